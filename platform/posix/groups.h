@@ -1,0 +1,13 @@
+// The layout of a token's groups.
+#pragma once
+
+#include <vector>
+
+#include <sys/types.h>
+
+#include "platform/os.h"
+
+// The groups as a TOKEN_GROUPS with the security identifiers behind it.  False, with only the size needed
+// written, when they do not fit.
+bool writeTokenGroups(const std::vector<gid_t> &in_groups, void *outp_info, DWORD in_length,
+                      DWORD *outp_needed);

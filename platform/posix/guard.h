@@ -1,0 +1,22 @@
+// Keeps exceptions inside the calls with C linkage.
+#pragma once
+
+#include <new>
+
+#include "platform/os.h"
+
+// Fails a call that answers zero on failure, with the reason for GetLastError.
+inline BOOL failWith(LONG in_error) {
+    SetLastError(static_cast<DWORD>(in_error));
+    return 0;
+}
+
+// Runs a call that answers zero on failure; running out of memory is such a failure.
+template <class Body>
+auto guarded(Body in_body) noexcept -> decltype(in_body()) {
+    try {
+        return in_body();
+    } catch (const std::bad_alloc &) {
+        return failWith(ERROR_NOT_ENOUGH_MEMORY);
+    }
+}

@@ -1,0 +1,27 @@
+// A caller's buffer for a name, with its size.
+#pragma once
+
+#include <cstring>
+#include <string>
+
+#include "platform/os.h"
+
+class NameBuffer {
+public:
+    // in_name must outlive this.
+    NameBuffer(char *outp_text, DWORD *inoutp_size, const std::string &in_name)
+        : text(outp_text), size(inoutp_size), name(in_name) {}
+
+    bool fits() const { return text != nullptr && name.size() < *size; }
+    void tellNeeded() { *size = static_cast<DWORD>(name.size() + 1); }
+    // REQUIRES: fits().  The size becomes that of the name without its NUL.
+    void write() {
+        std::memcpy(text, name.c_str(), name.size() + 1);
+        *size = static_cast<DWORD>(name.size());
+    }
+
+private:
+    char *text;
+    DWORD *size;
+    const std::string &name;
+};

@@ -1,0 +1,145 @@
+// The network library, and wide texts.
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "platform/posix/guard.h"
+#include "platform/posix/utf8.h"
+
+constexpr DWORD kErrorInvalidLevel = 124;
+constexpr DWORD kWorkstationLevel = 101;
+constexpr DWORD kTextLimit = 4096; // bytes of the group's name, above any that is in use
+constexpr char kWorkstationKey[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters";
+
+static char gNetworkLibrary; // stands for the one library
+
+static std::wstring wideOf(std::string_view in_text) {
+    std::wstring wide;
+    while (!in_text.empty())
+        wide.push_back(static_cast<wchar_t>(takeUtf8(in_text)));
+    return wide;
+}
+
+// The group that the machine's registry names.  A Win32 error code.
+static LONG readLanGroup(std::string *outp_group) {
+    HKEY key = nullptr;
+    if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, kWorkstationKey, 0, KEY_QUERY_VALUE, &key);
+        result != ERROR_SUCCESS)
+        return result;
+    char text[kTextLimit + 1] = ""; // data may come without a terminator
+    DWORD size = kTextLimit;
+    DWORD type = 0;
+    const LONG result =
+        RegQueryValueExA(key, "LanGroup", nullptr, &type, reinterpret_cast<BYTE *>(text), &size);
+    RegCloseKey(key);
+    if (result == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
+        return ERROR_FILE_NOT_FOUND;
+    if (result == ERROR_SUCCESS)
+        *outp_group = text;
+    return result;
+}
+
+// One block: the record, and its texts behind it.
+static BYTE *makeInfo(const std::wstring &in_computer, const std::wstring &in_group) {
+    const std::size_t computerLength = in_computer.size() + 1;
+    const std::size_t groupLength = in_group.size() + 1;
+    void *block = std::calloc(sizeof(WKSTA_INFO_101) + (computerLength + groupLength) * sizeof(wchar_t), 1);
+    if (block == nullptr)
+        return nullptr;
+    auto *info = static_cast<WKSTA_INFO_101 *>(block);
+    auto *computer = reinterpret_cast<wchar_t *>(info + 1);
+    in_computer.copy(computer, in_computer.size());
+    wchar_t *group = computer + computerLength;
+    in_group.copy(group, in_group.size());
+
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    GetVersionExA(&version);
+    *info = {VER_PLATFORM_WIN32_NT,  computer, group, version.dwMajorVersion, version.dwMinorVersion,
+             group + in_group.size()}; // no folder of a network client: an empty text
+    return static_cast<BYTE *>(block);
+}
+
+static DWORD workstationInfo(BYTE **outp_buffer) {
+    std::string group;
+    if (const LONG result = readLanGroup(&group); result != ERROR_SUCCESS)
+        return static_cast<DWORD>(result);
+    char computer[16] = "";
+    DWORD size = sizeof computer;
+    if (GetComputerNameA(computer, &size) == 0)
+        return GetLastError();
+    *outp_buffer = makeInfo(wideOf(computer), wideOf(group));
+    return *outp_buffer != nullptr ? ERROR_SUCCESS : DWORD{ERROR_NOT_ENOUGH_MEMORY};
+}
+
+static std::string narrowOf(std::wstring_view in_wide, const char *inp_default, bool *outp_usedDefault) {
+    std::string text;
+    for (const wchar_t character : in_wide) {
+        if (!appendUtf8(text, static_cast<char32_t>(character))) {
+            text += inp_default;
+            *outp_usedDefault = true;
+        }
+    }
+    return text;
+}
+
+extern "C" {
+
+HMODULE LoadLibraryA(const char *inp_name) {
+    return inp_name != nullptr && _stricmp(inp_name, "netapi32.dll") == 0 ? &gNetworkLibrary : nullptr;
+}
+
+FARPROC GetProcAddress(HMODULE in_library, const char *inp_name) {
+    if (in_library != &gNetworkLibrary || inp_name == nullptr)
+        return nullptr;
+    if (std::strcmp(inp_name, "NetWkstaGetInfo") == 0)
+        return reinterpret_cast<FARPROC>(&NetWkstaGetInfo);
+    if (std::strcmp(inp_name, "NetApiBufferFree") == 0)
+        return reinterpret_cast<FARPROC>(&NetApiBufferFree);
+    return nullptr;
+}
+
+BOOL FreeLibrary(HMODULE in_library) {
+    return in_library == &gNetworkLibrary ? 1 : failWith(ERROR_INVALID_HANDLE);
+}
+
+DWORD NetWkstaGetInfo(wchar_t *in_server, DWORD in_level, BYTE **outp_buffer) {
+    if (in_server != nullptr || outp_buffer == nullptr)
+        return ERROR_INVALID_PARAMETER; // only this machine can be asked
+    *outp_buffer = nullptr;
+    if (in_level != kWorkstationLevel)
+        return kErrorInvalidLevel;
+    try {
+        return workstationInfo(outp_buffer);
+    } catch (const std::bad_alloc &) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+DWORD NetApiBufferFree(void *in_buffer) {
+    std::free(in_buffer);
+    return ERROR_SUCCESS;
+}
+
+int WideCharToMultiByte(UINT in_codePage, DWORD in_flags, const wchar_t *inp_wide, int in_wideLength,
+                        char *outp_text, int in_size, const char *in_default, BOOL *outp_usedDefault) {
+    return guarded([&] {
+        if (in_codePage != CP_OEMCP || in_flags != 0 || inp_wide == nullptr || in_wideLength < -1 ||
+            in_wideLength == 0 || in_size < 0 || (in_size > 0 && outp_text == nullptr))
+            return failWith(ERROR_INVALID_PARAMETER);
+        const std::size_t length =
+            in_wideLength == -1 ? std::wcslen(inp_wide) + 1 : static_cast<std::size_t>(in_wideLength);
+        bool usedDefault = false;
+        const std::string text =
+            narrowOf({inp_wide, length}, in_default != nullptr ? in_default : "?", &usedDefault);
+        if (outp_usedDefault != nullptr)
+            *outp_usedDefault = usedDefault ? 1 : 0;
+        if (text.size() > static_cast<std::size_t>(in_size == 0 ? INT32_MAX : in_size))
+            return failWith(ERROR_INSUFFICIENT_BUFFER);
+        if (in_size > 0)
+            std::memcpy(outp_text, text.data(), text.size());
+        return static_cast<int>(text.size());
+    });
+}
+
+} // extern "C"

@@ -1,0 +1,188 @@
+// The registry calls, answered from the registry file.
+//
+// The file is read anew at each open, and an open key holds its values itself: nothing is shared.
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/os.h"
+#include "platform/posix/registry_file.h"
+
+constexpr char kDefaultPath[] = "/etc/qvledger/registry.reg";
+constexpr std::size_t kMostBytes = std::size_t{64} << 20; // no registry file is larger than 64 MiB
+constexpr std::size_t kPiece = 64 * 1024;
+
+struct OS_registryKey {
+    RegistryKey key;
+};
+
+static std::atomic<OS_reporter> gReporter = nullptr;
+
+static LONG refuseFile(const std::string &in_text) {
+    if (const OS_reporter reporter = gReporter.load())
+        reporter(in_text.c_str());
+    return ERROR_REGISTRY_CORRUPT;
+}
+
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int in_fd) : fd(in_fd) {}
+    ~Descriptor() {
+        if (fd >= 0)
+            close(fd);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int get() const { return fd; }
+
+private:
+    int fd;
+};
+
+} // namespace
+
+static const char *registryPath() {
+    const char *path = secure_getenv("QV_REGISTRY");
+    return path != nullptr ? path : kDefaultPath;
+}
+
+// All of an open regular file, or why it cannot be had.
+static std::string readAll(int in_fd, std::string *outp_bytes) {
+    struct stat status;
+    if (fstat(in_fd, &status) != 0)
+        return std::generic_category().message(errno);
+    if (!S_ISREG(status.st_mode))
+        return "no regular file";
+    outp_bytes->reserve(std::min(static_cast<std::size_t>(status.st_size), kMostBytes) + kPiece);
+    for (std::size_t size = 0; size <= kMostBytes;) {
+        outp_bytes->resize(size + kPiece);
+        const ssize_t got = read(in_fd, outp_bytes->data() + size, kPiece);
+        if (got < 0 && errno != EINTR)
+            return std::generic_category().message(errno);
+        size += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        if (got == 0) {
+            outp_bytes->resize(size);
+            return "";
+        }
+    }
+    return "larger than 64 MiB";
+}
+
+static LONG loadRegistry(Registry &outp_registry) {
+    const std::string path = registryPath();
+    // Without O_NONBLOCK a named pipe in the file's place would wait for a writer.
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file.get() < 0 && (errno == ENOENT || errno == ENOTDIR))
+        return ERROR_SUCCESS; // no file, no keys
+    std::string bytes;
+    const std::string trouble =
+        file.get() < 0 ? std::generic_category().message(errno) : readAll(file.get(), &bytes);
+    if (!trouble.empty())
+        return refuseFile(path + ": " + trouble);
+    if (const std::optional<RegistryFault> fault = parseRegistry(bytes, outp_registry))
+        return refuseFile(path + ":" + std::to_string(fault->line) + ": " + fault->reason);
+    return ERROR_SUCCESS;
+}
+
+static LONG openKey(const char *inp_path, HKEY *outp_key) {
+    Registry registry;
+    if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS)
+        return result;
+    std::optional<RegistryKey> key = registry.take(inp_path);
+    if (!key)
+        return ERROR_FILE_NOT_FOUND;
+    *outp_key = std::make_unique<OS_registryKey>(OS_registryKey{std::move(*key)}).release();
+    return ERROR_SUCCESS;
+}
+
+// A key that was opened here; the predefined one holds no values of its own.
+static bool isOpenKey(HKEY in_key) {
+    return in_key != nullptr && in_key != HKEY_LOCAL_MACHINE;
+}
+
+// Type and data of a value.  The data may be left out; a buffer needs its size.
+static LONG deliver(const RegistryValue &in_value, DWORD *outp_type, BYTE *outp_data,
+                    DWORD *inoutp_dataSize) {
+    if (outp_data != nullptr && inoutp_dataSize == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    if (outp_type != nullptr)
+        *outp_type = in_value.type;
+    if (inoutp_dataSize == nullptr)
+        return ERROR_SUCCESS;
+    const bool fits = outp_data == nullptr || in_value.data.size() <= *inoutp_dataSize;
+    *inoutp_dataSize = static_cast<DWORD>(in_value.data.size());
+    if (!fits)
+        return ERROR_MORE_DATA;
+    if (outp_data != nullptr)
+        in_value.data.copy(reinterpret_cast<char *>(outp_data), in_value.data.size());
+    return ERROR_SUCCESS;
+}
+
+extern "C" {
+
+void OS_SetReporter(OS_reporter in_reporter) {
+    gReporter.store(in_reporter);
+}
+
+LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD, DWORD, HKEY *outp_key) {
+    if (in_key != HKEY_LOCAL_MACHINE)
+        return ERROR_INVALID_HANDLE;
+    if (outp_key == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    try {
+        return openKey(inp_path != nullptr ? inp_path : "", outp_key);
+    } catch (const std::bad_alloc &) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+LONG RegEnumValueA(HKEY in_key, DWORD in_index, char *outp_name, DWORD *inoutp_nameSize, DWORD *,
+                   DWORD *outp_type, BYTE *outp_data, DWORD *inoutp_dataSize) {
+    if (!isOpenKey(in_key))
+        return ERROR_INVALID_HANDLE;
+    if (outp_name == nullptr || inoutp_nameSize == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    if (in_index >= in_key->key.all().size())
+        return ERROR_NO_MORE_ITEMS;
+    const RegistryValue &value = in_key->key.all()[in_index];
+    if (value.name.size() >= *inoutp_nameSize)
+        return ERROR_MORE_DATA;
+    if (const LONG result = deliver(value, outp_type, outp_data, inoutp_dataSize); result != ERROR_SUCCESS)
+        return result;
+    std::memcpy(outp_name, value.name.c_str(), value.name.size() + 1);
+    *inoutp_nameSize = static_cast<DWORD>(value.name.size());
+    return ERROR_SUCCESS;
+}
+
+LONG RegQueryValueExA(HKEY in_key, const char *inp_name, DWORD *, DWORD *outp_type, BYTE *outp_data,
+                      DWORD *inoutp_dataSize) {
+    if (!isOpenKey(in_key))
+        return ERROR_INVALID_HANDLE;
+    try {
+        const RegistryValue *value = in_key->key.find(inp_name != nullptr ? inp_name : "");
+        return value != nullptr ? deliver(*value, outp_type, outp_data, inoutp_dataSize)
+                                : ERROR_FILE_NOT_FOUND;
+    } catch (const std::bad_alloc &) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+LONG RegCloseKey(HKEY in_key) {
+    if (in_key == nullptr)
+        return ERROR_INVALID_HANDLE;
+    if (in_key != HKEY_LOCAL_MACHINE)
+        delete in_key;
+    return ERROR_SUCCESS;
+}
+
+} // extern "C"

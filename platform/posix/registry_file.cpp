@@ -1,0 +1,242 @@
+#include "platform/posix/registry_file.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/posix/line_scanner.h"
+#include "platform/posix/utf8.h"
+
+using namespace std::string_view_literals;
+
+constexpr std::string_view kLocalMachine = "HKEY_LOCAL_MACHINE";
+constexpr std::string_view kOtherRoots[] = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_CONFIG",   "HKEY_CURRENT_USER",
+                                            "HKEY_DYN_DATA",     "HKEY_PERFORMANCE_DATA", "HKEY_USERS"};
+
+constexpr const char *kBadHeader = "no registry header";
+constexpr const char *kBadLine = "malformed line";
+constexpr const char *kBadKey = "malformed key";
+constexpr const char *kBadValue = "malformed value";
+constexpr const char *kNoKey = "value outside a key";
+
+static std::string lowered(std::string_view in_name) {
+    std::string name(in_name);
+    for (char &byte : name)
+        if (byte >= 'A' && byte <= 'Z')
+            byte = static_cast<char>(byte + ('a' - 'A'));
+    return name;
+}
+
+void RegistryKey::set(RegistryValue in_value) {
+    const auto [place, isNew] = places.try_emplace(lowered(in_value.name), values.size());
+    if (isNew) {
+        values.push_back(std::move(in_value));
+    } else {
+        values[place->second].type = in_value.type;
+        values[place->second].data = std::move(in_value.data);
+    }
+}
+
+const RegistryValue *RegistryKey::find(std::string_view in_name) const {
+    const auto place = places.find(lowered(in_name));
+    return place != places.end() ? &values[place->second] : nullptr;
+}
+
+RegistryKey &Registry::make(std::string_view in_path) {
+    return keys[lowered(in_path)];
+}
+
+std::optional<RegistryKey> Registry::take(std::string_view in_path) {
+    std::string path = lowered(in_path);
+    if (auto found = keys.extract(path); !found.empty())
+        return std::move(found.mapped());
+    if (path.empty())
+        return keys.empty() ? std::nullopt : std::optional(RegistryKey());
+    path += '\\';
+    const auto below = keys.lower_bound(path);
+    return below != keys.end() && below->first.starts_with(path) ? std::optional(RegistryKey())
+                                                                 : std::nullopt;
+}
+
+namespace {
+
+class Parser {
+public:
+    Parser(std::string_view in_text, Registry &inout_registry) : text(in_text), registry(inout_registry) {}
+
+    std::optional<RegistryFault> parse();
+
+private:
+    bool nextLine();
+    const char *header();
+    const char *statement();
+    const char *section();
+    const char *value();
+    bool data(RegistryValue &outp_value);
+    bool number(std::string &outp_data);
+    bool hexData(RegistryValue &outp_value);
+    bool hexBytes(std::string &outp_data);
+    bool joinContinued();
+
+    std::string_view text; // what is left behind the current line
+    std::size_t lineNumber = 0;
+    LineScanner line;
+    Registry &registry;
+    bool wideTexts = false;     // texts in hex digits are UTF-16
+    bool inSection = false;     // a key came before
+    RegistryKey *key = nullptr; // null in a key that is not ours
+};
+
+} // namespace
+
+std::optional<RegistryFault> Parser::parse() {
+    nextLine();
+    const char *fault = header();
+    while (fault == nullptr && nextLine())
+        fault = statement();
+    return fault != nullptr ? std::optional(RegistryFault{std::max<std::size_t>(lineNumber, 1), fault})
+                            : std::nullopt;
+}
+
+bool Parser::nextLine() {
+    if (text.empty())
+        return false;
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    line = LineScanner(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+    ++lineNumber;
+    return true;
+}
+
+const char *Parser::header() {
+    wideTexts = line.all() == "Windows Registry Editor Version 5.00";
+    return wideTexts || line.all() == "REGEDIT4" ? nullptr : kBadHeader;
+}
+
+const char *Parser::statement() {
+    if (line.all().find('\0') != std::string_view::npos)
+        return kBadLine; // the calls hand out names and texts that end at a NUL
+    line.skipBlanks();
+    if (line.atEnd())
+        return nullptr;
+    if (line.take('['))
+        return section();
+    return value();
+}
+
+const char *Parser::section() {
+    const std::optional<std::string_view> bracketed = line.takeToBracket();
+    if (!bracketed)
+        return kBadKey;
+    const std::size_t rootEnd = std::min(bracketed->find('\\'), bracketed->size());
+    const std::string root = lowered(bracketed->substr(0, rootEnd));
+    const std::string_view path = bracketed->substr(std::min(rootEnd + 1, bracketed->size()));
+    const bool hasEmptyName = bracketed->ends_with('\\') || bracketed->find("\\\\") != std::string_view::npos;
+    const bool isOurs = root == lowered(kLocalMachine);
+    const auto isRoot = [&](std::string_view in_root) { return root == lowered(in_root); };
+    if (hasEmptyName || (!isOurs && std::none_of(std::begin(kOtherRoots), std::end(kOtherRoots), isRoot)))
+        return kBadKey;
+    inSection = true;
+    key = isOurs ? &registry.make(path) : nullptr;
+    return nullptr;
+}
+
+const char *Parser::value() {
+    RegistryValue parsed = {"", REG_SZ, ""};
+    if (!line.take('@') && !line.takeQuoted(parsed.name))
+        return kBadLine;
+    line.skipBlanks();
+    if (!line.take('='))
+        return kBadLine;
+    line.skipBlanks();
+    if (!data(parsed) || !line.atEnd())
+        return kBadValue;
+    if (!inSection)
+        return kNoKey;
+    if (key != nullptr)
+        key->set(std::move(parsed));
+    return nullptr;
+}
+
+bool Parser::data(RegistryValue &outp_value) {
+    if (line.takeQuoted(outp_value.data)) {
+        outp_value.data.push_back('\0');
+        return true;
+    }
+    if (line.take("dword:")) {
+        outp_value.type = REG_DWORD;
+        return number(outp_value.data);
+    }
+    return hexData(outp_value);
+}
+
+bool Parser::number(std::string &outp_data) {
+    const std::optional<DWORD> read = line.takeHex(1, 8);
+    for (unsigned shift = 0; read && shift < 32; shift += 8)
+        outp_data.push_back(static_cast<char>(*read >> shift & 0xFF));
+    return read.has_value();
+}
+
+bool Parser::hexData(RegistryValue &outp_value) {
+    outp_value.type = REG_BINARY;
+    if (line.take("hex(")) {
+        const std::optional<DWORD> type = line.takeHex(1, 8);
+        if (!type || !line.take("):"))
+            return false;
+        outp_value.type = *type;
+    } else if (!line.take("hex:")) {
+        return false;
+    }
+    if (!hexBytes(outp_value.data))
+        return false;
+    const bool isText =
+        outp_value.type == REG_SZ || outp_value.type == REG_EXPAND_SZ || outp_value.type == REG_MULTI_SZ;
+    if (!isText || !wideTexts)
+        return true;
+    if (outp_value.data.size() % 2 != 0)
+        return false;
+    outp_value.data = utf8FromUtf16(outp_value.data, false);
+    if (!outp_value.data.ends_with('\0'))
+        outp_value.data.push_back('\0');
+    return true;
+}
+
+// Pairs of digits with commas between them, over as many lines as are continued.
+bool Parser::hexBytes(std::string &outp_data) {
+    if (!joinContinued())
+        return false;
+    if (line.atEnd())
+        return true;
+    do {
+        if (!joinContinued())
+            return false;
+        const std::optional<DWORD> byte = line.takeHex(2, 2);
+        if (!byte || !joinContinued())
+            return false;
+        outp_data.push_back(static_cast<char>(*byte));
+    } while (line.take(','));
+    return true;
+}
+
+// Goes on with the next line where this one ends in a backslash.  False when there is none.
+bool Parser::joinContinued() {
+    line.skipBlanks();
+    while (line.takeContinuation()) {
+        if (!nextLine())
+            return false;
+        line.skipBlanks();
+    }
+    return true;
+}
+
+std::optional<RegistryFault> parseRegistry(std::string_view in_bytes, Registry &inout_registry) {
+    if (in_bytes.starts_with("\xFF\xFE"sv) || in_bytes.starts_with("\xFE\xFF"sv)) {
+        const bool bigEndian = in_bytes[0] == '\xFE';
+        std::string text = utf8FromUtf16(in_bytes.substr(2), bigEndian);
+        if (in_bytes.size() % 2 != 0)
+            text.push_back('\0'); // half a character is malformed where it stands
+        return Parser(text, inout_registry).parse();
+    }
+    if (in_bytes.starts_with("\xEF\xBB\xBF"sv))
+        in_bytes.remove_prefix(3);
+    return Parser(in_bytes, inout_registry).parse();
+}

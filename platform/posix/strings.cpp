@@ -1,0 +1,103 @@
+// Texts, the environment and the time zone.
+#include <algorithm>
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <cwctype>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "platform/os.h"
+#include "platform/posix/utf8.h"
+
+// Case is folded without regard to the process's locale: names must not match in one language alone.
+static int lower(char in_byte) {
+    const auto byte = static_cast<unsigned char>(in_byte);
+    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+}
+
+// A character's lower case in any alphabet.  The locale is made once and stays; without it only ASCII folds.
+static char32_t lowerCharacter(char32_t in_character) {
+    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    if (in_character < 0x80)
+        return static_cast<char32_t>(lower(static_cast<char>(in_character)));
+    return unicode == nullptr ? in_character
+                              : static_cast<char32_t>(towlower_l(static_cast<wint_t>(in_character), unicode));
+}
+
+static int assign(const char *inp_assignment) {
+    const char *equals = std::strchr(inp_assignment, '=');
+    if (equals == nullptr || equals == inp_assignment) {
+        errno = EINVAL;
+        return -1;
+    }
+    const std::string name(inp_assignment, equals);
+    return equals[1] == '\0' ? unsetenv(name.c_str()) : setenv(name.c_str(), equals + 1, 1);
+}
+
+extern "C" {
+
+long _timezone = 0;
+
+void _tzset() {
+    tzset();
+    _timezone = timezone;
+}
+
+int _putenv(const char *inp_assignment) {
+    try {
+        return assign(inp_assignment);
+    } catch (const std::bad_alloc &) {
+        errno = ENOMEM;
+        return -1;
+    }
+}
+
+char *_strdup(const char *inp_text) {
+    return strdup(inp_text);
+}
+
+int _stricmp(const char *inp_one, const char *inp_two) {
+    while (*inp_one != '\0' && lower(*inp_one) == lower(*inp_two)) {
+        ++inp_one;
+        ++inp_two;
+    }
+    return lower(*inp_one) - lower(*inp_two);
+}
+
+int _memicmp(const void *inp_one, const void *inp_two, std::size_t in_length) {
+    const auto *one = static_cast<const char *>(inp_one);
+    const auto *two = static_cast<const char *>(inp_two);
+    for (std::size_t i = 0; i < in_length; ++i)
+        if (lower(one[i]) != lower(two[i]))
+            return lower(one[i]) - lower(two[i]);
+    return 0;
+}
+
+const unsigned char *_mbschr(const unsigned char *inp_text, unsigned in_character) {
+    const char *begin = reinterpret_cast<const char *>(inp_text);
+    std::string_view rest(begin);
+    while (!rest.empty()) {
+        const char *here = rest.data();
+        if (takeUtf8(rest) == in_character)
+            return reinterpret_cast<const unsigned char *>(here);
+    }
+    return in_character == 0 ? inp_text + std::strlen(begin) : nullptr;
+}
+
+int _mbsicmp(const unsigned char *inp_one, const unsigned char *inp_two) {
+    std::string_view one(reinterpret_cast<const char *>(inp_one));
+    std::string_view two(reinterpret_cast<const char *>(inp_two));
+    while (!one.empty() && !two.empty()) {
+        const char32_t left = lowerCharacter(takeUtf8(one));
+        const char32_t right = lowerCharacter(takeUtf8(two));
+        if (left != right)
+            return left < right ? -1 : 1;
+    }
+    return static_cast<int>(!one.empty()) - static_cast<int>(!two.empty());
+}
+
+} // extern "C"

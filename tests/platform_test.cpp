@@ -1,0 +1,204 @@
+// Files, identity and texts of the platform layer.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/os.h"
+#include "platform/posix/account.h"
+#include "platform/posix/groups.h"
+#include "platform/posix/sid.h"
+
+class ReadAheadFile : public testing::Test {
+protected:
+    ReadAheadFile() {
+        for (int i = 0; i < 200'000; ++i)
+            content += static_cast<char>(i * 7 + i / 251);
+        std::ofstream(path, std::ios::binary) << content;
+        fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    }
+    ~ReadAheadFile() override {
+        EXPECT_EQ(_close(fd), 0);
+        std::remove(path.c_str());
+    }
+
+    std::string get(unsigned in_size) {
+        std::string bytes(in_size, '\0');
+        const int got = _read(fd, bytes.data(), in_size);
+        return got < 0 ? "failed" : bytes.substr(0, static_cast<std::size_t>(got));
+    }
+    void overwrite(long in_position, const std::string &in_bytes) {
+        std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).seekp(in_position) << in_bytes;
+    }
+
+    const std::string path = testing::TempDir() + "readahead" + std::to_string(getpid());
+    std::string content;
+    int fd = -1;
+};
+
+TEST_F(ReadAheadFile, EveryRequestIsFilledUntilTheFileEnds) {
+    for (const unsigned size : {1U, 4U, 1000U, 65535U, 65536U, 65537U, 150'000U, 200'000U, 300'000U}) {
+        ASSERT_EQ(_lseek(fd, 0, SEEK_SET), 0);
+        std::string all = get(3); // so that requests straddle the blocks
+        for (std::string piece = get(size); !piece.empty(); piece = get(size)) {
+            EXPECT_TRUE(piece.size() == size || all.size() + piece.size() == content.size()) << size;
+            all += piece;
+        }
+        EXPECT_TRUE(all == content) << size;
+    }
+}
+
+TEST_F(ReadAheadFile, SeekingCountsFromTheReadersPosition) {
+    get(70'000);
+    EXPECT_EQ(_lseek(fd, 0, SEEK_CUR), 70'000);
+    EXPECT_EQ(get(10), content.substr(70'000, 10));
+    EXPECT_EQ(_lseek(fd, -20, SEEK_CUR), 69'990);
+    EXPECT_EQ(get(10), content.substr(69'990, 10));
+    EXPECT_EQ(_lseek(fd, -80'000, SEEK_CUR), -1);
+    EXPECT_EQ(_lseek(fd, std::numeric_limits<long>::min(), SEEK_CUR), -1);
+    EXPECT_EQ(get(10), content.substr(70'000, 10)) << "a failed seek moves nothing";
+    EXPECT_EQ(_lseek(fd, -5, SEEK_END), 199'995);
+    EXPECT_EQ(get(10), content.substr(199'995));
+}
+
+TEST_F(ReadAheadFile, SeekingShowsWhatWasWrittenMeanwhile) {
+    get(100);
+    overwrite(100, "fresh");
+    EXPECT_EQ(_lseek(fd, 0, SEEK_CUR), 100);
+    EXPECT_EQ(get(5), "fresh");
+
+    _lseek(fd, -3, SEEK_END);
+    EXPECT_EQ(get(10).size(), 3U);
+    EXPECT_EQ(get(10), "");
+    overwrite(200'000, "grown");
+    EXPECT_EQ(_lseek(fd, -3, SEEK_CUR), 199'997);
+    EXPECT_EQ(get(10), content.substr(199'997) + "grown");
+}
+
+TEST_F(ReadAheadFile, ReusedDescriptorStartsAfresh) {
+    get(10);
+    const int number = fd;
+    _close(fd);
+    fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(fd, number);
+    EXPECT_EQ(get(10), content.substr(0, 10));
+}
+
+TEST(Files, WhatCannotBeReadFailsAndNeverWaits) {
+    char bytes[16];
+    const std::string path = testing::TempDir() + "fifo" + std::to_string(getpid());
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const int folder = open(testing::TempDir().c_str(), O_RDONLY | O_CLOEXEC);
+    const int fifo = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(_read(folder, bytes, 4), -1);
+    EXPECT_EQ(_read(fifo, bytes, 4), -1);
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(_read(-1, bytes, 4), -1);
+    EXPECT_EQ(_close(folder) + _close(fifo), 0);
+    EXPECT_EQ(_unlink(path.c_str()), 0);
+}
+
+TEST(Files, LinksAreFollowedByStatAlone) {
+    const std::string file = testing::TempDir() + "identity" + std::to_string(getpid());
+    const std::string link = file + ".link";
+    std::ofstream(file) << "12345";
+    ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+    struct _stat status = {};
+    OS_fileIdentity byLink = {}, byName = {}, byDescriptor = {};
+    EXPECT_EQ(_stat(link.c_str(), &status), 0);
+    EXPECT_EQ(OS_IdentifyName(link.c_str(), &byLink), 0);
+    EXPECT_EQ(OS_IdentifyName(file.c_str(), &byName), 0);
+    const int fd = open(link.c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(OS_IdentifyDescriptor(fd, &byDescriptor), 0);
+    EXPECT_EQ(status.st_size, 5);
+    EXPECT_EQ(status.st_ino, byName.number);
+    EXPECT_EQ(byDescriptor.number, byName.number);
+    EXPECT_NE(byLink.number, byName.number);
+    _close(fd);
+    EXPECT_EQ(_unlink(link.c_str()) + _unlink(file.c_str()), 0);
+}
+
+TEST(Identity, NamesAreTakenApart) {
+    const struct {
+        const char *full, *name, *domain;
+    } cases[] = {{"alice", "alice", ""},
+                 {"CORP\\alice", "alice", "CORP"},
+                 {"alice@corp.example", "alice", "corp.example"},
+                 {"CORP\\a@b", "a@b", "CORP"},
+                 {"\\alice", "\\alice", ""},
+                 {"CORP\\", "CORP\\", ""},
+                 {"alice@", "alice@", ""}};
+    for (const auto &row : cases) {
+        EXPECT_EQ(splitAccountName(row.full).name, row.name) << row.full;
+        EXPECT_EQ(splitAccountName(row.full).domain, row.domain) << row.full;
+    }
+    EXPECT_EQ(computerNameOf("host.example.org"), "host");
+    EXPECT_EQ(computerNameOf("a-name-of-many-letters.org"), "a-name-of-many-");
+}
+
+TEST(Identity, CallersAccountIsFoundBothWays) {
+    char user[512], domain[512], name[512];
+    unsigned char sid[512];
+    DWORD size = 1; // too small for any name
+    EXPECT_EQ(GetUserNameA(user, &size), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+    ASSERT_NE(GetUserNameA(user, &(size = sizeof user)), 0);
+    EXPECT_EQ(size, std::strlen(user) + 1);
+    DWORD sidSize = sizeof sid, domainSize = 0, nameSize = sizeof name;
+    SID_NAME_USE use = SidTypeGroup;
+    EXPECT_EQ(LookupAccountNameA(nullptr, user, sid, &sidSize, domain, &domainSize, &use), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+    ASSERT_NE(LookupAccountNameA(nullptr, user, sid, &sidSize, domain, &domainSize, &use), 0) << domainSize;
+    EXPECT_EQ(domainSize, std::strlen(domain));
+    const Sid expected = makeSid(kSidOfUser, getuid());
+    EXPECT_EQ(std::memcmp(sid, &expected, sizeof expected), 0);
+    domainSize = sizeof domain;
+    EXPECT_NE(LookupAccountSidA(nullptr, sid, name, &nameSize, domain, &domainSize, &use), 0);
+    EXPECT_STREQ(name, user);
+    EXPECT_EQ(use, SidTypeUser);
+    EXPECT_EQ(LookupAccountNameA(nullptr, "no such account", sid, &sidSize, domain, &domainSize, &use), 0);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NONE_MAPPED));
+}
+
+TEST(Identity, GroupsThatDoNotFitTellTheSizeNeeded) {
+    for (const std::size_t count : {1U, 15U, 16U, 1000U}) {
+        const std::vector<gid_t> groups(count, 7);
+        std::vector<TOKEN_GROUPS> buffer(count * 2);
+        DWORD needed = 0;
+        EXPECT_EQ(writeTokenGroups(groups, buffer.data(), 512, &needed), count <= 15) << count;
+        EXPECT_FALSE(writeTokenGroups(groups, buffer.data(), needed - 1, &needed)) << count;
+        ASSERT_TRUE(writeTokenGroups(groups, buffer.data(), needed, &needed)) << count;
+        EXPECT_EQ(buffer.data()->GroupCount, count);
+        const SID_AND_ATTRIBUTES *last = buffer.data()->Groups + count - 1;
+        const Sid expected = makeSid(kSidOfGroup, 7);
+        EXPECT_EQ(std::memcmp(last->Sid, &expected, sizeof expected), 0) << count;
+    }
+}
+
+TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
+    const auto bytes = [](const char *text) { return reinterpret_cast<const unsigned char *>(text); };
+    EXPECT_EQ(_mbsicmp(bytes("\xC3\x84RGER"), bytes("\xC3\xA4rger")), 0);
+    EXPECT_NE(_mbsicmp(bytes("\xC4"), bytes("\xE4")), 0); // no UTF-8, so no letters
+    EXPECT_LT(_mbsicmp(bytes("ab"), bytes("ABC")), 0);
+    const unsigned char *text = bytes("\xC3\xA9\xA9\xE9");
+    EXPECT_EQ(_mbschr(text, 0xE9), text);
+    EXPECT_EQ(_mbschr(text, 0), text + 4);
+    EXPECT_EQ(_mbschr(text, 'x'), nullptr);
+    EXPECT_LT(_stricmp("ALPHA", "alphb"), 0);
+    EXPECT_EQ(_memicmp("a\0B", "A\0b", 3), 0);
+
+    EXPECT_EQ(_putenv("QV_TEST_VARIABLE=a=b"), 0);
+    EXPECT_STREQ(getenv("QV_TEST_VARIABLE"), "a=b");
+    EXPECT_EQ(_putenv("QV_TEST_VARIABLE="), 0);
+    EXPECT_EQ(getenv("QV_TEST_VARIABLE"), nullptr);
+    EXPECT_EQ(_putenv("=x"), -1);
+}

@@ -1,0 +1,236 @@
+// The registry calls over a registry file.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/os.h"
+
+using namespace std::string_literals;
+
+static std::vector<std::string> gReported;
+
+class RegistryFile : public testing::Test {
+protected:
+    RegistryFile() {
+        gReported.clear();
+        OS_SetReporter([](const char *text) { gReported.emplace_back(text); });
+        setenv("QV_REGISTRY", path.c_str(), 1);
+    }
+    ~RegistryFile() override {
+        unsetenv("QV_REGISTRY");
+        OS_SetReporter(nullptr);
+        std::remove(path.c_str());
+    }
+
+    void write(const std::string &in_bytes) { std::ofstream(path, std::ios::binary) << in_bytes; }
+
+    static LONG open(const char *inp_key) {
+        HKEY key = nullptr;
+        const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, inp_key, 0, KEY_READ, &key);
+        if (result == ERROR_SUCCESS)
+            RegCloseKey(key);
+        return result;
+    }
+
+    // All values of a key as "name:type:data;", or the result that stopped the listing.
+    static std::string list(const char *inp_key) {
+        HKEY key = nullptr;
+        if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, inp_key, 0, KEY_READ, &key); result != 0)
+            return "open " + std::to_string(result);
+        std::string listed;
+        LONG result = ERROR_SUCCESS;
+        for (DWORD index = 0; result == ERROR_SUCCESS; ++index) {
+            char name[260];
+            char data[260];
+            DWORD nameSize = sizeof name;
+            DWORD dataSize = sizeof data;
+            DWORD type = 0;
+            result = RegEnumValueA(key, index, name, &nameSize, nullptr, &type,
+                                   reinterpret_cast<BYTE *>(data), &dataSize);
+            if (result == ERROR_SUCCESS)
+                listed += std::string(name, nameSize) + ":" + std::to_string(type) + ":" +
+                          std::string(data, dataSize) + ";";
+        }
+        RegCloseKey(key);
+        return result == ERROR_NO_MORE_ITEMS ? listed : listed + "enum " + std::to_string(result);
+    }
+
+    const std::string path = testing::TempDir() + "registry" + std::to_string(getpid()) + ".reg";
+};
+
+constexpr char kNew[] = "Windows Registry Editor Version 5.00\n";
+constexpr char kOld[] = "REGEDIT4\n";
+constexpr char kKey[] = "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Key]\n";
+
+TEST_F(RegistryFile, EveryFormOfDataIsRead) {
+    const struct {
+        const char *label;
+        std::string lines;
+        std::string listed;
+        const char *header = kNew;
+    } cases[] = {
+        {"no values", "", ""},
+        {"escapes", R"("q\"\\"="\\\"x\\")", "q\"\\:1:\\\"x\\\0;"s},
+        {"empty text, comment, blanks", "  ; note\n\n \"a\" = \"\" ; \"x\"=", "a:1:\0;"s},
+        {"unnamed", "@=\"d\"\n", ":1:d\0;"s},
+        {"number", "\"n\"=dword:A2345", "n:4:\x45\x23\x0A\0;"s},
+        {"bytes", "\"b\"=hex:41,00,ff", "b:3:A\0\xFF;"s},
+        {"no bytes", "\"b\"=hex:", "b:3:;"},
+        {"bytes over lines", "\"b\"=hex:\\\n 41,\\\n\t42\\\n ,43\n\"c\"=\"\"", "b:3:ABC;c:1:\0;"s},
+        {"wide text", "\"b\"=hex(2):e9,00,3d,d8,00,de,00,00", "b:2:\xC3\xA9\xF0\x9F\x98\x80\0;"s},
+        {"wide text without its end", "\"b\"=hex(1):41,00", "b:1:A\0;"s},
+        {"wide texts", "\"b\"=hex(7):41,00,00,00,42,00,00,00,00,00", "b:7:A\0B\0\0;"s},
+        {"texts of old files are bytes", "\"b\"=hex(2):e9,00", "b:2:\xE9\0;"s, kOld},
+        {"bytes of 8-bit texts stay", "\"\xE9\"=\"\xFF\"", "\xE9:1:\xFF\0;"s},
+        {"order and doubles", "\"b\"=\"1\"\n\"a\"=\"2\"\n\"B\"=dword:41", "b:4:A\0\0\0;a:1:2\0;"s},
+        {"a key twice", "\"a\"=\"1\"\n[hkey_local_machine\\software\\KEY]\n\"b\"=\"2\"", "a:1:1\0;b:1:2\0;"s},
+        {"other roots", "[HKEY_CURRENT_USER\\SOFTWARE\\Key]\n\"a\"=\"1\"", ""},
+    };
+    for (const auto &row : cases) {
+        write(row.header + (kKey + row.lines));
+        EXPECT_EQ(list("Software\\KEY"), row.listed) << row.label;
+        EXPECT_TRUE(gReported.empty()) << row.label << ": " << gReported.front();
+    }
+}
+
+TEST_F(RegistryFile, EncodingsAndLineEndsMakeNoDifference) {
+    const std::string plain = kNew + (kKey + "\"n\xC3\xA9\"=hex:41,\\\n  42\n"s);
+    std::string crLf, little = "\xFF\xFE", big = "\xFE\xFF";
+    for (const char byte : plain)
+        crLf += byte == '\n' ? "\r\n" : std::string(1, byte);
+    for (std::size_t i = 0; i < crLf.size(); ++i) {
+        const char unit = crLf[i] == '\xC3' ? crLf[++i] + 0x40 : crLf[i]; // the one character above ASCII
+        little += {unit, '\0'};
+        big += {'\0', unit};
+    }
+    const struct {
+        const char *label;
+        std::string bytes;
+    } cases[] = {
+        {"plain", plain},     {"CR LF", crLf},   {"byte order mark", "\xEF\xBB\xBF" + plain},
+        {"UTF-16LE", little}, {"UTF-16BE", big}, {"no last line end", plain.substr(0, plain.size() - 1)}};
+    for (const auto &row : cases) {
+        write(row.bytes);
+        EXPECT_EQ(list("SOFTWARE\\Key"), "n\xC3\xA9:3:AB;") << row.label;
+    }
+    write(little + "x");
+    EXPECT_EQ(open("SOFTWARE\\Key"), ERROR_REGISTRY_CORRUPT) << "half a character";
+}
+
+TEST_F(RegistryFile, MalformedLineFailsEveryOpenAndIsReported) {
+    const struct {
+        std::string bytes;
+        const char *reported;
+    } cases[] = {
+        {"", ":1: no registry header"},
+        {"\n"s + kNew, ":1: no registry header"},
+        {kNew + "\"a\"=\"b\""s, ":2: value outside a key"},
+        {kNew + "[HKEY_LOCAL_MACHINE\\A"s, ":2: malformed key"},
+        {kNew + "[HKEY_LOCAL_MACHINE\\A\\\\B]"s, ":2: malformed key"},
+        {kNew + "[-HKEY_LOCAL_MACHINE\\A]"s, ":2: malformed key"},
+        {kNew + "[HKEY_LOKAL_MACHINE\\A]"s, ":2: malformed key"},
+        {kOld + (kKey + "text"s), ":3: malformed line"},
+        {kOld + (kKey + "\"a=\"b\""s), ":3: malformed line"},
+        {kOld + (kKey + "\"a\"=\"b\0\""s), ":3: malformed line"},
+        {kOld + (kKey + "\n\"a\"=\"b\n"s), ":4: malformed value"},
+        {kOld + (kKey + "\"a\"=\"C:\\d\""s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=\"b\" c"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=-"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=dword:"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=dword:123456789"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=hex:41,"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=hex:41 42"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=hex(:41"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=hex:41,\\"s), ":3: malformed value"},
+        {kOld + (kKey + "\"a\"=hex:41,\\\n42,\\\n4x"s), ":5: malformed value"},
+        {kNew + (kKey + "\"a\"=hex(1):41"s), ":3: malformed value"},
+        {kNew + "[HKEY_USERS]\n\"a\"=b"s, ":3: malformed value"},
+    };
+    for (const auto &row : cases) {
+        gReported.clear();
+        write(row.bytes);
+        EXPECT_EQ(open("SOFTWARE"), ERROR_REGISTRY_CORRUPT) << row.bytes;
+        EXPECT_EQ(gReported, std::vector{path + row.reported}) << row.bytes;
+    }
+}
+
+TEST_F(RegistryFile, KeysExistWithTheirParents) {
+    EXPECT_EQ(open("SOFTWARE"), ERROR_FILE_NOT_FOUND) << "no file";
+    write(kOld + "[HKEY_LOCAL_MACHINE\\A\\B c\\D]\n[HKEY_LOCAL_MACHINE\\A\\B!]\n"s);
+    const struct {
+        const char *key;
+        LONG result;
+    } cases[] = {{"A", 0},    {"a\\b C", 0}, {"A\\B c\\D", 0}, {"A\\B!", 0}, {"", 0},
+                 {"A\\B", 2}, {"A\\", 2},    {"B c", 2},       {"\\A", 2},   {"A\\B c\\D\\E", 2}};
+    for (const auto &row : cases)
+        EXPECT_EQ(open(row.key), row.result) << row.key;
+    EXPECT_TRUE(gReported.empty());
+}
+
+TEST_F(RegistryFile, FileThatCannotBeReadIsReported) {
+    const auto expectRefused = [&](const std::string &in_reason) {
+        gReported.clear();
+        EXPECT_EQ(open("SOFTWARE"), ERROR_REGISTRY_CORRUPT);
+        EXPECT_EQ(gReported, std::vector{path + ": " + in_reason});
+        std::remove(path.c_str());
+    };
+    mkdir(path.c_str(), 0700);
+    expectRefused("no regular file");
+    mkfifo(path.c_str(), 0600); // must not wait for a writer
+    expectRefused("no regular file");
+    write(kOld);
+    ASSERT_EQ(truncate(path.c_str(), (64 << 20) + 1), 0);
+    expectRefused("larger than 64 MiB");
+}
+
+TEST_F(RegistryFile, LimitsOfTheBuffersCountTheTerminator) {
+    const std::string longest(259, 'x');
+    const std::string fitting = "\"" + longest + "\"=\"" + longest + "\"\n";
+    write(kOld + (kKey + fitting + "\"a\"=\"x" + longest + "\"\n"));
+    EXPECT_EQ(list("SOFTWARE\\Key"), longest + ":1:" + longest + "\0;enum 234"s);
+    write(kOld + (kKey + "\"x"s + longest + "\"=\"\"\n"));
+    EXPECT_EQ(list("SOFTWARE\\Key"), "enum 234");
+}
+
+TEST_F(RegistryFile, QueryGivesOneValueOrItsSize) {
+    write(kOld + (kKey + "\"Flags\"=dword:8\n@=\"text\"\n"s));
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\key", 0, KEY_QUERY_VALUE, &key), 0);
+    DWORD number = 0;
+    DWORD size = sizeof number, type = 0;
+    EXPECT_EQ(RegQueryValueExA(key, "FLAGS", nullptr, &type, reinterpret_cast<BYTE *>(&number), &size), 0);
+    EXPECT_EQ(number, 8U);
+    EXPECT_EQ(type, REG_DWORD);
+    EXPECT_EQ(RegQueryValueExA(key, "", nullptr, nullptr, reinterpret_cast<BYTE *>(&number), &size), 234);
+    EXPECT_EQ(size, 5U);
+    EXPECT_EQ(RegQueryValueExA(key, "absent", nullptr, nullptr, nullptr, &size), 2);
+    EXPECT_EQ(RegCloseKey(key), 0);
+}
+
+TEST_F(RegistryFile, LanGroupIsTheNetworksDomain) {
+    constexpr char kGroup[] = "B\xC3\xBCro\xFF\xC3\xF0\x9F\x98\x80"; // two of its bytes are no UTF-8
+    const std::string head =
+        "REGEDIT4\n"
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters]\n";
+    BYTE *buffer = nullptr;
+    write(head + "\"LanGroup\"=dword:1\n");
+    EXPECT_NE(NetWkstaGetInfo(nullptr, 101, &buffer), 0U);
+    write(head + "\"LanGroup\"=\"" + kGroup + "\"\n");
+    EXPECT_NE(NetWkstaGetInfo(nullptr, 100, &buffer), 0U);
+    ASSERT_EQ(NetWkstaGetInfo(nullptr, 101, &buffer), 0U);
+    const wchar_t *wide = reinterpret_cast<WKSTA_INFO_101 *>(buffer)->wki101_langroup;
+    char text[32] = "";
+    const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, -1, nullptr, 0, nullptr, nullptr);
+    ASSERT_EQ(size, static_cast<int>(sizeof kGroup));
+    EXPECT_EQ(WideCharToMultiByte(CP_OEMCP, 0, wide, -1, text, size - 1, nullptr, nullptr), 0);
+    EXPECT_EQ(WideCharToMultiByte(CP_OEMCP, 0, wide, -1, text, size, nullptr, nullptr), size);
+    EXPECT_STREQ(text, kGroup);
+    NetApiBufferFree(buffer);
+}
