@@ -1,0 +1,39 @@
+#include "service/clock.h"
+
+#include <cstdlib>
+#include <ctime>
+
+#include "platform/os.h"
+
+static std::int16_t narrow(long in_number) {
+    return static_cast<std::int16_t>(in_number);
+}
+
+std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time, std::int32_t) {
+    *outpp_time = nullptr;
+    std::timespec now{};
+    std::tm local{};
+    if (clock_gettime(CLOCK_REALTIME, &now) != 0 || localtime_r(&now.tv_sec, &local) == nullptr)
+        return 1;
+    auto *time = static_cast<GEN_generalizedTime *>(std::calloc(1, sizeof(GEN_generalizedTime)));
+    if (time == nullptr)
+        return 1;
+    time->year = narrow(local.tm_year + 1900L);
+    time->month = narrow(local.tm_mon + 1L);
+    time->day = narrow(local.tm_mday);
+    time->hour = narrow(local.tm_hour);
+    time->minute = narrow(local.tm_min);
+    time->second = narrow(local.tm_sec);
+    time->millisec = narrow(now.tv_nsec / 1'000'000);
+    time->mindiff = narrow(_timezone / 60);
+    *outpp_time = time;
+    return 0;
+}
+
+void GEN_DeleteGeneralizedTime(STF_l__hdr *, GEN_generalizedTime *inp_time, void *) {
+    std::free(inp_time);
+}
+
+void GENU_TimeZoneInit() {
+    _tzset();
+}

@@ -1,0 +1,325 @@
+#include "service/convert.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <optional>
+
+#include <iconv.h>
+
+namespace {
+
+struct CodeSet {
+    std::uint32_t number;
+    const char *name;      // iconv's
+    std::uint8_t unit = 1; // bytes of its smallest unit
+    bool hasAscii = true;  // bytes 0x01 to 0x7F are always the characters of ASCII
+};
+
+} // namespace
+
+// Code sets with shift states are left out: a fault in such a text has no place to go on from.  ASCII needs
+// no row, as it is what remains of an unknown code set.
+constexpr CodeSet kCodeSets[] = {
+    {CODE_SET_LATIN1, "ISO-8859-1"},
+    {5, "ISO-8859-2"},
+    {6, "ISO-8859-3"},
+    {7, "ISO-8859-4"},
+    {8, "ISO-8859-5"},
+    {9, "ISO-8859-6"},
+    {10, "ISO-8859-7"},
+    {11, "ISO-8859-8"},
+    {12, "ISO-8859-9"},
+    {13, "ISO-8859-10"},
+    {17, "SHIFT_JIS", 1, false},
+    {18, "EUC-JP"},
+    {38, "EUC-KR"},
+    {CODE_SET_T61, "T.61-8BIT", 1, false},
+    {CODE_SET_UTF8, "UTF-8"},
+    {109, "ISO-8859-13"},
+    {110, "ISO-8859-14"},
+    {111, "ISO-8859-15"},
+    {112, "ISO-8859-16"},
+    {113, "GBK", 1, false},
+    {114, "GB18030", 1, false},
+    {CODE_SET_UCS2, "UCS-2BE", 2, false},
+    {1001, "UCS-4BE", 4, false},
+    {1013, "UTF-16BE", 2, false},
+    {1014, "UTF-16LE", 2, false},
+    {1018, "UTF-32BE", 4, false},
+    {1019, "UTF-32LE", 4, false},
+    {2004, "HP-ROMAN8"},
+    {2009, "IBM850"},
+    {2010, "IBM852"},
+    {2011, "IBM437"},
+    {2024, "CP932", 1, false},
+    {2025, "GB2312"},
+    {2026, "BIG5", 1, false},
+    {2027, "MACINTOSH"},
+    {2047, "IBM857"},
+    {2084, "KOI8-R"},
+    {2086, "IBM866"},
+    {2088, "KOI8-U"},
+    {2089, "IBM858"},
+    {2109, "CP874"},
+    {2250, "CP1250"},
+    {2251, "CP1251"},
+    {2252, "CP1252"},
+    {2253, "CP1253"},
+    {2254, "CP1254"},
+    {2255, "CP1255"},
+    {2256, "CP1256"},
+    {2257, "CP1257"},
+    {2258, "CP1258"},
+    {2259, "TIS-620"},
+};
+static_assert(std::is_sorted(std::begin(kCodeSets), std::end(kCodeSets),
+                             [](const CodeSet &one, const CodeSet &two) { return one.number < two.number; }));
+
+// UTF-16 and UTF-32 in the byte order that a mark at their start tells.
+constexpr std::uint32_t kUtf16Marked = 1015;
+constexpr std::uint32_t kUtf32Marked = 1017;
+constexpr std::uint32_t kUtf16Big = 1013;
+constexpr std::uint32_t kUtf16Little = 1014;
+constexpr std::uint32_t kUtf32Big = 1018;
+constexpr std::uint32_t kUtf32Little = 1019;
+
+static const CodeSet *findCodeSet(std::uint32_t in_number) {
+    const auto *row =
+        std::lower_bound(std::begin(kCodeSets), std::end(kCodeSets), in_number,
+                         [](const CodeSet &set, std::uint32_t number) { return set.number < number; });
+    return row != std::end(kCodeSets) && row->number == in_number ? row : nullptr;
+}
+
+// ---- Converters ----
+
+namespace {
+
+const iconv_t kNotOpen = reinterpret_cast<iconv_t>(std::intptr_t{-1});
+
+// The thread's converters, opened as they are first needed.
+class Converters {
+public:
+    Converters() { std::fill(std::begin(open), std::end(open), kNotOpen); }
+    ~Converters() {
+        for (iconv_t converter : open) {
+            if (converter != kNotOpen)
+                iconv_close(converter);
+        }
+    }
+    Converters(const Converters &) = delete;
+    Converters &operator=(const Converters &) = delete;
+
+    iconv_t get(const CodeSet *inp_set) {
+        iconv_t &converter = open[inp_set - std::begin(kCodeSets)];
+        if (converter == kNotOpen)
+            converter = iconv_open("UTF-8", inp_set->name);
+        else
+            iconv(converter, nullptr, nullptr, nullptr, nullptr); // forget the last text
+        return converter;
+    }
+
+private:
+    iconv_t open[std::size(kCodeSets)];
+};
+
+struct Free {
+    void operator()(char *inp_text) const { std::free(inp_text); }
+};
+
+// The text that comes about, in memory that grows.
+class Output {
+public:
+    // A unit of one or two bytes makes at most three.
+    explicit Output(std::size_t in_bytes) { grow(3 * in_bytes + 16); }
+
+    bool grow(std::size_t in_by) {
+        auto *block = static_cast<char *>(std::realloc(text.get(), size + in_by));
+        if (block == nullptr)
+            return false;
+        static_cast<void>(text.release());
+        text.reset(block);
+        size += in_by;
+        return true;
+    }
+
+    bool ready() const { return text != nullptr; }
+    char *at() { return text.get() + used; }
+    std::size_t room() const { return size - used; }
+    void wrote(std::size_t in_bytes) { used += in_bytes; }
+    char *finish() {
+        text.get()[used] = '\0';
+        return text.release();
+    }
+
+private:
+    std::unique_ptr<char, Free> text;
+    std::size_t size = 0;
+    std::size_t used = 0;
+};
+
+constexpr std::size_t kRoomAtEnd = 8; // for a "?", a character that a converter still holds and the NUL
+
+} // namespace
+
+// Runs the converter once over the input, or lets it put out what it holds if that is null.  0, E2BIG after
+// the output grew, or another errno number.
+static int step(iconv_t in_converter, char **inoutpp_in, std::size_t *inoutp_left, Output &inout_out) {
+    char *to = inout_out.at();
+    const std::size_t room = inout_out.room() - kRoomAtEnd;
+    std::size_t left = room;
+    const std::size_t result = iconv(in_converter, inoutpp_in, inoutp_left, &to, &left);
+    const int reason = result == static_cast<std::size_t>(-1) ? errno : 0;
+    inout_out.wrote(room - left);
+    if (reason == E2BIG || inout_out.room() <= 2 * kRoomAtEnd)
+        return inout_out.grow(inout_out.room() + 256) ? reason : ENOMEM;
+    return reason;
+}
+
+// Puts a "?" for the unit at the front and passes over it.
+static void refuseUnit(std::size_t in_unit, char **inoutpp_in, std::size_t *inoutp_left, Output &inout_out) {
+    *inout_out.at() = '?';
+    inout_out.wrote(1);
+    const std::size_t size = std::min(in_unit, *inoutp_left);
+    *inoutp_left -= size;
+    *inoutpp_in += size;
+}
+
+static char *convertBy(iconv_t in_converter, std::size_t in_unit, std::span<const std::uint8_t> in_bytes) {
+    Output out(in_bytes.size());
+    if (!out.ready())
+        return nullptr;
+    char *in = reinterpret_cast<char *>(const_cast<std::uint8_t *>(in_bytes.data())); // iconv only reads it
+    std::size_t left = in_bytes.size();
+    while (left > 0) {
+        const int reason = step(in_converter, &in, &left, out);
+        if (reason == ENOMEM)
+            return nullptr;
+        if (reason == 0 || reason == E2BIG)
+            continue;
+        // What the converter holds belongs before the fault.
+        if (step(in_converter, nullptr, nullptr, out) == ENOMEM)
+            return nullptr;
+        refuseUnit(reason == EINVAL ? left : in_unit, &in, &left, out); // EINVAL: the last unit is cut
+    }
+    if (step(in_converter, nullptr, nullptr, out) == ENOMEM)
+        return nullptr;
+    return out.finish();
+}
+
+// ---- Without a converter ----
+
+static bool isAscii(std::span<const std::uint8_t> in_bytes) {
+    return std::all_of(in_bytes.begin(), in_bytes.end(), [](std::uint8_t byte) { return byte < 0x80; });
+}
+
+static char *newText(std::span<const std::uint8_t> in_bytes) {
+    auto *text = static_cast<char *>(std::malloc(in_bytes.size() + 1));
+    if (text == nullptr)
+        return nullptr;
+    std::copy(in_bytes.begin(), in_bytes.end(), text);
+    text[in_bytes.size()] = '\0';
+    return text;
+}
+
+static char *asciiAlone(std::span<const std::uint8_t> in_bytes) {
+    char *text = newText(in_bytes);
+    if (text != nullptr)
+        std::replace_if(
+            text, text + in_bytes.size(), [](char byte) { return (byte & 0x80) != 0; }, '?');
+    return text;
+}
+
+// The bytes before the first unit that is zero.
+static std::span<const std::uint8_t> beforeNul(std::span<const std::uint8_t> in_bytes, std::size_t in_unit) {
+    if (in_bytes.empty())
+        return in_bytes;
+    if (in_unit == 1) {
+        const void *nul = std::memchr(in_bytes.data(), 0, in_bytes.size());
+        return nul == nullptr ? in_bytes
+                              : in_bytes.first(static_cast<std::size_t>(
+                                    static_cast<const std::uint8_t *>(nul) - in_bytes.data()));
+    }
+    for (std::size_t at = 0; at + in_unit <= in_bytes.size(); at += in_unit) {
+        const auto unit = in_bytes.subspan(at, in_unit);
+        if (std::all_of(unit.begin(), unit.end(), [](std::uint8_t byte) { return byte == 0; }))
+            return in_bytes.first(at);
+    }
+    return in_bytes;
+}
+
+// Takes a byte order mark off; the code set that it and the number lead to.  Big-endian without a mark.
+static std::uint32_t takeMark(std::span<const std::uint8_t> &inout_bytes, std::uint32_t in_codeSet) {
+    const bool wide = in_codeSet == kUtf32Marked;
+    if (!wide && in_codeSet != kUtf16Marked)
+        return in_codeSet;
+    static constexpr std::uint8_t marks[] = {0, 0, 0xFE, 0xFF, 0, 0};
+    const std::size_t unit = wide ? 4 : 2;
+    const auto startsWith = [&](const std::uint8_t *mark) {
+        return inout_bytes.size() >= unit && std::equal(mark, mark + unit, inout_bytes.begin());
+    };
+    static constexpr std::uint8_t little[] = {0xFF, 0xFE, 0, 0};
+    const bool isBig = startsWith(marks + 4 - unit);
+    const bool isLittle = startsWith(little);
+    if (isBig || isLittle)
+        inout_bytes = inout_bytes.subspan(unit);
+    if (wide)
+        return isLittle ? kUtf32Little : kUtf32Big;
+    return isLittle ? kUtf16Little : kUtf16Big;
+}
+
+// ---- Operations ----
+
+char *convertToUtf8(std::span<const std::uint8_t> in_bytes, std::uint32_t in_codeSet) {
+    const CodeSet *set = findCodeSet(takeMark(in_bytes, in_codeSet));
+    const auto bytes = beforeNul(in_bytes, set != nullptr ? set->unit : 1);
+    if (set == nullptr)
+        return asciiAlone(bytes);
+    if (bytes.empty() || (set->hasAscii && isAscii(bytes)))
+        return newText(bytes);
+
+    static thread_local Converters converters;
+    const iconv_t converter = converters.get(set);
+    if (converter == kNotOpen) // the C library was installed without this code set
+        return errno == ENOMEM ? nullptr : asciiAlone(bytes);
+    return convertBy(converter, set->unit, bytes);
+}
+
+char *copyText(std::span<const std::uint8_t> in_bytes) {
+    return newText(beforeNul(in_bytes, 1));
+}
+
+// Bytes of the character at the front of a text, 0 if there is none.  RFC 3629, section 4.
+static std::size_t utf8Length(std::string_view in_text) {
+    const auto byte = [&](std::size_t at) {
+        return at < in_text.size() ? static_cast<unsigned char>(in_text[at]) : 0U;
+    };
+    const auto isTail = [&](std::size_t at) { return (byte(at) & 0xC0) == 0x80; };
+    const unsigned first = byte(0);
+    const unsigned second = byte(1);
+    if (first < 0x80)
+        return 1;
+    if (first < 0xC2 || first > 0xF4 || !isTail(1))
+        return 0;
+    if (first < 0xE0)
+        return 2;
+    if (first < 0xF0) {
+        const bool isCharacter = !(first == 0xE0 && second < 0xA0) && !(first == 0xED && second > 0x9F);
+        return isCharacter && isTail(2) ? 3 : 0;
+    }
+    const bool isCharacter = !(first == 0xF0 && second < 0x90) && !(first == 0xF4 && second > 0x8F);
+    return isCharacter && isTail(2) && isTail(3) ? 4 : 0;
+}
+
+bool isUtf8(std::string_view in_text) {
+    while (!in_text.empty()) {
+        const std::size_t length = utf8Length(in_text);
+        if (length == 0)
+            return false;
+        in_text.remove_prefix(length);
+    }
+    return true;
+}

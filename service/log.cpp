@@ -1,0 +1,274 @@
+#include "service/log.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <string_view>
+
+#include <fcntl.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "platform/os.h"
+#include "service/log_internal.h"
+#include "service/log_text.h"
+
+constexpr std::int32_t kEverything =
+    INT32_MAX; // not initialised: every entry comes through and starts the log
+constexpr std::int32_t kNothing = INT32_MIN;
+
+std::int32_t LOG_g_level = kEverything;
+
+namespace {
+
+// An entry that is being built in pieces.
+struct Message {
+    bool open = false;
+    std::int32_t level = 0;
+    const char *file = "";
+    std::int32_t line = 0;
+    LogText text;
+};
+
+// A caller that logs before it reads errno still finds its own.
+class KeepErrno {
+public:
+    KeepErrno() = default;
+    ~KeepErrno() { errno = kept; }
+    KeepErrno(const KeepErrno &) = delete;
+    KeepErrno &operator=(const KeepErrno &) = delete;
+
+private:
+    int kept = errno;
+};
+
+} // namespace
+
+// ---- Sink and levels ----
+
+constexpr int kSyslog = -1;
+constexpr int kNowhere = -2;
+
+static std::mutex startLock;
+static std::atomic<bool> started;
+static int sink = kNowhere; // a descriptor, or one of the two above
+static std::int32_t messageLevel = LOG_ERROR;
+static bool traceWanted;
+
+static thread_local Message message;
+
+static int openFile(const char *inp_path) {
+    // O_NONBLOCK: a pipe without a reader must not hold the program up.
+    const int fd = ::open(inp_path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640);
+    if (fd < 0)
+        return kSyslog;
+    if (fd > STDERR_FILENO)
+        return fd;
+    // One of the standard streams was closed; the log must not become the report's stream.
+    const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    ::close(fd);
+    return moved < 0 ? kSyslog : moved;
+}
+
+static int openSink() {
+    const char *name = ::secure_getenv("QV_LOG");
+    if (name != nullptr && std::strcmp(name, "none") == 0)
+        return kNowhere;
+    if (name != nullptr && std::strcmp(name, "stderr") == 0)
+        return STDERR_FILENO;
+    const int chosen = name != nullptr && *name != '\0' ? openFile(name) : kSyslog;
+    if (chosen == kSyslog)
+        ::openlog(program_invocation_short_name, LOG_PID, LOG_USER);
+    return chosen;
+}
+
+static void readLevels() {
+    const char *level = ::secure_getenv("QV_LOG_LEVEL");
+    const bool isLevel = level != nullptr && *level >= '5' && *level <= '7' && level[1] == '\0';
+    messageLevel = isLevel ? *level - '0' : LOG_ERROR;
+    const char *trace = ::secure_getenv("QV_LOG_TRACE");
+    traceWanted = trace != nullptr && std::strcmp(trace, "1") == 0;
+}
+
+static void start() {
+    if (started.load(std::memory_order_acquire))
+        return;
+    const std::lock_guard guard(startLock);
+    if (started.load(std::memory_order_relaxed))
+        return;
+    sink = openSink();
+    readLevels();
+    LOG_g_level = sink == kNowhere ? kNothing : traceWanted ? LOG_TRACE : messageLevel;
+    started.store(true, std::memory_order_release);
+}
+
+void LOG__Reset() {
+    const std::lock_guard guard(startLock);
+    if (sink > STDERR_FILENO)
+        ::close(sink);
+    if (sink == kSyslog)
+        ::closelog();
+    sink = kNowhere;
+    message.open = false;
+    LOG_g_level = kEverything;
+    started = false;
+}
+
+static bool isWanted(std::int32_t in_level) {
+    if (in_level > LOG_g_level)
+        return false;
+    start();
+    return sink != kNowhere && (in_level <= messageLevel || (in_level == LOG_TRACE && traceWanted));
+}
+
+// ---- Writing an entry ----
+
+// The path below the project's root, which is what this file's own path has before its name.
+static std::string_view inProject(std::string_view in_file) {
+    constexpr std::string_view self = __FILE__;
+    constexpr std::string_view name = "service/log.cpp";
+    static_assert(self.ends_with(name));
+    constexpr std::string_view root = self.substr(0, self.size() - name.size());
+    return in_file.starts_with(root) ? in_file.substr(root.size()) : in_file;
+}
+
+// Texts come from files and command lines that anyone may have written: none may begin a line of its own or
+// steer the terminal that the log is read on.
+static void appendVisible(LogText &inout_line, std::string_view in_text) {
+    std::size_t shown = 0;
+    for (std::size_t at = 0; at < in_text.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(in_text[at]);
+        if (byte >= 0x20 && byte != 0x7f)
+            continue;
+        char escape[5];
+        std::snprintf(escape, sizeof escape, "\\x%02X", byte);
+        inout_line.append(in_text.substr(shown, at - shown));
+        inout_line.append(escape);
+        shown = at + 1;
+    }
+    inout_line.append(in_text.substr(shown));
+}
+
+// Time, program and process, which syslog puts before an entry on its own.
+static void appendStamp(LogText &inout_line) {
+    std::timespec now{};
+    std::tm utc{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    ::gmtime_r(&now.tv_sec, &utc);
+    char stamp[sizeof "2000-01-01T00:00:00" + 16];
+    const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
+    inout_line.append({stamp, length});
+    char rest[64];
+    std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.tv_nsec / 1'000'000));
+    inout_line.append(rest);
+    appendVisible(inout_line, program_invocation_short_name);
+    std::snprintf(rest, sizeof rest, "[%d]: ", static_cast<int>(::getpid()));
+    inout_line.append(rest);
+}
+
+static void writeAll(int in_fd, std::string_view in_bytes) {
+    while (!in_bytes.empty()) {
+        const ssize_t written = ::write(in_fd, in_bytes.data(), in_bytes.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return; // nobody is left to tell
+        in_bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+// A datagram takes only so much, so a long entry goes in pieces.
+static void writeSyslog(std::int32_t in_level, std::string_view in_text) {
+    constexpr std::size_t kPiece = 8000;
+    for (; !in_text.empty(); in_text.remove_prefix(std::min(kPiece, in_text.size()))) {
+        const int length = static_cast<int>(std::min(kPiece, in_text.size()));
+        ::syslog(in_level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG, "%.*s", length, in_text.data());
+    }
+}
+
+static void writeEntry(std::int32_t in_level, const char *in_file, std::int32_t in_line,
+                       std::string_view in_text) {
+    LogText line;
+    if (sink != kSyslog)
+        appendStamp(line);
+    char number[32];
+    std::snprintf(number, sizeof number, "%d ", in_level);
+    line.append(number);
+    line.append(inProject(in_file));
+    std::snprintf(number, sizeof number, ":%d: ", in_line);
+    line.append(number);
+    if (in_text.ends_with('\n'))
+        in_text.remove_suffix(1);
+    appendVisible(line, in_text);
+    if (sink == kSyslog)
+        return writeSyslog(in_level, line.view());
+    line.end('\n');
+    writeAll(sink, line.view());
+}
+
+// ---- Operations ----
+
+void LOG_Init(const char *, const char *) {
+    start();
+}
+
+void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
+                  ...) {
+    const KeepErrno keep;
+    if (!isWanted(in_level))
+        return;
+    LogText text;
+    std::va_list values;
+    va_start(values, in_format);
+    text.appendFormat(in_format, values);
+    va_end(values);
+    writeEntry(in_level, in_file, in_line, text.view());
+}
+
+void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
+                    std::int32_t in_entry) {
+    LOG__Message(LOG_TRACE, in_file, in_line, "%s %s", in_entry != 0 ? "entering" : "leaving", in_function);
+}
+
+std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,
+                              std::int32_t) {
+    const KeepErrno keep;
+    message.open = isWanted(in_level);
+    message.level = in_level;
+    message.file = in_file;
+    message.line = in_line;
+    message.text.clear();
+    return message.open ? 1 : 0;
+}
+
+void LOG_CondAdd(const char *in_format, ...) {
+    if (!message.open)
+        return;
+    const KeepErrno keep;
+    std::va_list values;
+    va_start(values, in_format);
+    message.text.appendFormat(in_format, values);
+    va_end(values);
+}
+
+void LOG_EndMessage() {
+    if (!message.open)
+        return;
+    const KeepErrno keep;
+    message.open = false;
+    writeEntry(message.level, message.file, message.line, message.text.view());
+}
+
+// ---- What the operating-system layer tells of ----
+
+static void report(const char *inp_text) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", inp_text);
+}
+
+[[maybe_unused]] static const bool reporterSet = (OS_SetReporter(report), true);

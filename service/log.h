@@ -1,0 +1,48 @@
+// LOG_: the program's log.
+//
+// One line an entry: time in UTC, program and process id, level, source file and line, text.  The sink is
+// syslog unless QV_LOG names another (a file to append to, "stderr", "none").  QV_LOG_LEVEL=6 adds the
+// detail, QV_LOG_TRACE=1 the entry and exit of operations.  Nothing ever goes to the report stream.
+//
+// The macros test the level before they evaluate anything else, so an unwanted entry costs one comparison.
+#pragma once
+
+#include <cstdint>
+
+constexpr std::int32_t LOG_ERROR = 5;  // a failure
+constexpr std::int32_t LOG_DETAIL = 6; // what was read and decided
+constexpr std::int32_t LOG_TRACE = 7;  // entry and exit of operations
+
+extern "C" {
+
+// The highest level that is written.  Before LOG_Init it lets every entry through to LOG__Message, which
+// then sets it from the environment.
+extern std::int32_t LOG_g_level;
+
+// Reads the environment and opens the sink.  The arguments are the historical sink and level, which the
+// environment replaces.  A later call, and the first entry without any, has the same effect once.
+void LOG_Init(const char *in_sink, const char *in_level);
+
+// One entry.  Callers use LOG_CondMessage.
+void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
+                  ...) __attribute__((format(printf, 4, 5)));
+
+// Entry (in_entry 1) to or exit (0) from an operation.  Callers use LOG_CondFuncTrace.
+void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
+                    std::int32_t in_entry);
+
+// An entry built in pieces, one at a time per thread: StartMessage gives non-zero if the entry is wanted, and
+// then takes over what LOG_CondAdd appends, until LOG_EndMessage writes it.  Outside a message both others
+// do nothing.
+std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,
+                              std::int32_t in_reserved);
+void LOG_CondAdd(const char *in_format, ...) __attribute__((format(printf, 1, 2)));
+void LOG_EndMessage();
+
+} // extern "C"
+
+#define LOG_CondMessage(level, file, line, ...)                                                              \
+    ((level) <= LOG_g_level ? LOG__Message(level, file, line, __VA_ARGS__) : static_cast<void>(0))
+
+#define LOG_CondFuncTrace(function, file, line, entry, reserved)                                             \
+    (LOG_TRACE <= LOG_g_level ? LOG__FuncTrace(function, file, line, entry) : static_cast<void>(reserved))

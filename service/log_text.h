@@ -1,0 +1,76 @@
+// The buffer that log entries are built in.
+#pragma once
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+// Text that grows.  When memory runs out it keeps what it has and takes no more.
+class LogText {
+public:
+    LogText() = default;
+    LogText(const LogText &) = delete;
+    LogText &operator=(const LogText &) = delete;
+
+    void append(std::string_view in_text) {
+        const std::size_t size = makeRoom(in_text.size());
+        std::memcpy(text() + length, in_text.data(), size);
+        length += size;
+    }
+
+    void appendFormat(const char *in_format, std::va_list in_values) {
+        std::va_list again;
+        va_copy(again, in_values);
+        const int needed = std::vsnprintf(text() + length, capacity - length, in_format, in_values);
+        if (needed > 0 && static_cast<std::size_t>(needed) >= capacity - length) {
+            makeRoom(static_cast<std::size_t>(needed) + 1);
+            std::vsnprintf(text() + length, capacity - length, in_format, again);
+        }
+        va_end(again);
+        if (needed > 0 && capacity > length) // vsnprintf keeps a byte for its NUL
+            length += std::min(static_cast<std::size_t>(needed), capacity - length - 1);
+    }
+
+    // The last character in any case, in the place of another one if it must be.
+    void end(char in_character) {
+        if (makeRoom(1) == 0)
+            --length;
+        text()[length++] = in_character;
+    }
+
+    void clear() { length = 0; }
+    std::string_view view() const { return {onHeap ? onHeap.get() : inPlace, length}; }
+
+private:
+    struct Free {
+        void operator()(char *inp_text) const { std::free(inp_text); }
+    };
+
+    char *text() { return onHeap ? onHeap.get() : inPlace; }
+
+    // How many of in_size further bytes there is room for: all, unless memory ran out.
+    std::size_t makeRoom(std::size_t in_size) {
+        if (in_size > capacity - length) {
+            const std::size_t larger = 2 * capacity + in_size;
+            auto *block = static_cast<char *>(std::realloc(onHeap.get(), larger));
+            if (block == nullptr)
+                return capacity - length;
+            if (onHeap == nullptr)
+                std::memcpy(block, inPlace, length);
+            static_cast<void>(onHeap.release());
+            onHeap.reset(block);
+            capacity = larger;
+        }
+        return in_size;
+    }
+
+    char inPlace[768];
+    std::unique_ptr<char, Free> onHeap;
+    std::size_t capacity = sizeof inPlace;
+    std::size_t length = 0;
+};

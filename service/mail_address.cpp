@@ -1,0 +1,58 @@
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "platform/os.h"
+#include "service/text.h"
+
+constexpr char kMailType[] = "DDA:RFC-822";
+constexpr std::string_view kWrittenAt = "(a)"; // "@" is no character of an O/R address
+
+static const char *textOrEmpty(const char *inp_text) {
+    return inp_text != nullptr ? inp_text : "";
+}
+
+static const ODP_orPair *findMailAttribute(const ODP_orName *inp_address) {
+    for (const ODP_orAttribute *node = inp_address->attributes; node != nullptr; node = node->next) {
+        if (_stricmp(textOrEmpty(node->_value.type), kMailType) == 0)
+            return &node->_value;
+    }
+    return nullptr;
+}
+
+static std::string mailAddress(std::string_view in_written) {
+    std::string address;
+    for (std::size_t at = 0; (at = in_written.find(kWrittenAt)) != in_written.npos;) {
+        address.append(in_written.substr(0, at)).append("@");
+        in_written.remove_prefix(at + kWrittenAt.size());
+    }
+    return address.append(in_written);
+}
+
+static std::string listOfAttributes(const ODP_orName *inp_address) {
+    std::string list;
+    for (const ODP_orAttribute *node = inp_address->attributes; node != nullptr; node = node->next) {
+        list.append("/").append(textOrEmpty(node->_value.type));
+        list.append("=").append(textOrEmpty(node->_value.value));
+    }
+    return list.append("/");
+}
+
+std::int32_t GEN_X400ToInternetMailAddress(STF_l__hdr *, char **outpp_text, const ODP_orName *inp_address,
+                                           std::int32_t) {
+    if (inp_address == nullptr || inp_address->attributes == nullptr)
+        return 0;
+    try {
+        const ODP_orPair *mail = findMailAttribute(inp_address);
+        const std::string address =
+            mail != nullptr ? mailAddress(textOrEmpty(mail->value)) : listOfAttributes(inp_address);
+        char *text = _strdup(address.c_str());
+        if (text == nullptr)
+            return 1;
+        *outpp_text = text;
+        return 0;
+    } catch (const std::bad_alloc &) {
+        return 1;
+    }
+}

@@ -1,0 +1,266 @@
+#include "service/oid_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "service/convert.h"
+#include "service/log.h"
+#include "service/system.h"
+
+constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; keeps every position within 32 bits
+constexpr std::size_t kBlockSize = 16384;      // bytes
+constexpr std::size_t kFirstSlots = 64;        // a power of two, as every number of slots is
+constexpr std::size_t kMaxNameLength = OID_NAME_SIZE - 1;
+
+// ---- Lines of a file ----
+
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int in_fd) : fd(in_fd) {}
+    ~Descriptor() {
+        if (fd >= 0)
+            ::close(fd);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int get() const { return fd; }
+
+private:
+    int fd;
+};
+
+class LineReader {
+public:
+    explicit LineReader(int in_fd) : fd(in_fd), buffer(kBlockSize) {}
+
+    // The next line without its end; false behind the last one and when a read failed.
+    bool next(std::string_view *outp_line) {
+        std::size_t length = rest().find('\n');
+        while (length == rest().npos && refill())
+            length = rest().find('\n');
+        if (failed || rest().empty())
+            return false;
+        *outp_line = rest().substr(0, length);
+        begin = length == rest().npos ? end : begin + length + 1;
+        if (outp_line->ends_with('\r'))
+            outp_line->remove_suffix(1);
+        return true;
+    }
+
+    const char *failure() const { return failed ? std::strerror(reason) : nullptr; }
+
+private:
+    std::string_view rest() const { return {buffer.data() + begin, end - begin}; }
+
+    // Reads more behind the rest that no line has taken yet; false at the end and on failure.
+    bool refill() {
+        std::memmove(buffer.data(), buffer.data() + begin, end - begin);
+        end -= begin;
+        begin = 0;
+        if (end == buffer.size())
+            buffer.resize(2 * end);
+        ssize_t count = 0;
+        do
+            count = ::read(fd, buffer.data() + end, buffer.size() - end);
+        while (count < 0 && errno == EINTR);
+        total += count;
+        if (count < 0 || total > kMaxFileSize) {
+            reason = count < 0 ? errno : EFBIG;
+            failed = true;
+        }
+        end += count > 0 ? static_cast<std::size_t>(count) : 0;
+        return count > 0 && !failed;
+    }
+
+    int fd;
+    std::vector<char> buffer;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::int64_t total = 0;
+    bool failed = false;
+    int reason = 0;
+};
+
+} // namespace
+
+// ---- One line ----
+
+template <class Number>
+static bool parseNumber(std::string_view in_text, int in_base, Number *outp_number) {
+    const auto [end, error] =
+        std::from_chars(in_text.data(), in_text.data() + in_text.size(), *outp_number, in_base);
+    return error == std::errc() && end == in_text.data() + in_text.size();
+}
+
+// Splits at single tabs; false unless there are as many fields as asked for.
+static bool split(std::string_view in_line, std::span<std::string_view> out_fields) {
+    for (std::size_t at = 0; at < out_fields.size(); ++at) {
+        const std::size_t tab = in_line.find('\t');
+        const bool last = at + 1 == out_fields.size();
+        if (last != (tab == in_line.npos))
+            return false;
+        out_fields[at] = in_line.substr(0, tab);
+        in_line.remove_prefix(last ? in_line.size() : tab + 1);
+    }
+    return true;
+}
+
+static bool isName(std::string_view in_text) {
+    return !in_text.empty() && in_text.size() <= kMaxNameLength && in_text.find('\0') == in_text.npos &&
+           isUtf8(in_text);
+}
+
+// Null, or what is wrong with the line.
+static const char *parseLine(std::string_view in_line, OidTable::Kind in_kind, OidLine *outp_line) {
+    std::array<std::string_view, 4> fields;
+    const std::size_t count = in_kind == OidTable::Kind::Identifiers ? fields.size() : 2;
+    if (!split(in_line, std::span(fields).first(count)))
+        return "wrong number of fields";
+    if (!parseOid(fields[0], &outp_line->binary))
+        return "no object identifier";
+    outp_line->name = fields[count - 1];
+    if (!isName(outp_line->name))
+        return "no name of 1 to 255 bytes of UTF-8";
+    if (in_kind == OidTable::Kind::Names)
+        return nullptr;
+    if (!parseNumber(fields[1], 10, &outp_line->identifier))
+        return "no short identifier";
+    if (fields[2].size() != 2 || !parseNumber(fields[2], 16, &outp_line->classNumber))
+        return "no class of two hexadecimal digits";
+    return nullptr;
+}
+
+// ---- Hash tables ----
+
+static std::size_t hashOf(std::span<const std::uint8_t> in_contents) {
+    std::uint64_t hash = 0xcbf29ce484222325U; // FNV-1a
+    for (const std::uint8_t byte : in_contents)
+        hash = (hash ^ byte) * 0x100000001b3U;
+    return hash ^ hash >> 32;
+}
+
+static std::size_t hashOf(std::uint32_t in_identifier) {
+    return (in_identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads runs of numbers
+}
+
+// The place of the slot that holds the wanted entry, or the free one where it would go.  There is always a
+// free slot.
+template <class Slots, class IsWanted>
+static std::size_t probe(const Slots &in_slots, std::size_t in_hash, IsWanted in_isWanted) {
+    const std::size_t mask = in_slots.size() - 1;
+    for (std::size_t at = in_hash & mask;; at = (at + 1) & mask) {
+        if (in_slots[at] == 0 || in_isWanted(in_slots[at] - 1))
+            return at;
+    }
+}
+
+std::size_t OidTable::slotOf(std::span<const std::uint8_t> in_contents) const {
+    return probe(byContents, hashOf(in_contents), [&](std::uint32_t index) {
+        return std::ranges::equal(contents(entries[index]), in_contents);
+    });
+}
+
+std::size_t OidTable::slotOf(std::uint32_t in_identifier) const {
+    return probe(byIdentifier, hashOf(in_identifier),
+                 [&](std::uint32_t index) { return entries[index].identifier == in_identifier; });
+}
+
+const OidEntry *OidTable::find(std::span<const std::uint8_t> in_contents) const {
+    const std::uint32_t number = entries.empty() ? 0 : byContents[slotOf(in_contents)];
+    return number != 0 ? &entries[number - 1] : nullptr;
+}
+
+const OidEntry *OidTable::findShort(std::uint32_t in_identifier) const {
+    const std::uint32_t number = entries.empty() ? 0 : byIdentifier[slotOf(in_identifier)];
+    return number != 0 ? &entries[number - 1] : nullptr;
+}
+
+// Doubles the hash tables while they are at most half full.
+void OidTable::makeRoomForOne() {
+    if (2 * (entries.size() + 1) <= byContents.size())
+        return;
+    const std::size_t size = std::max(kFirstSlots, 2 * byContents.size());
+    byContents.assign(size, 0);
+    byIdentifier.assign(size, 0);
+    for (std::uint32_t number = 1; number <= entries.size(); ++number) {
+        const OidEntry &entry = entries[number - 1];
+        byContents[slotOf(contents(entry))] = number;
+        if (entry.identifier != 0)
+            byIdentifier[slotOf(entry.identifier)] = number;
+    }
+}
+
+// ---- Reading a table ----
+
+// Null, or what is wrong with the line.
+const char *OidTable::add(const OidLine &in_line) {
+    makeRoomForOne();
+    const std::span binary(in_line.binary.bytes, 1U + in_line.binary.bytes[0]);
+    std::uint32_t &contentsSlot = byContents[slotOf(binary.subspan(1))];
+    if (contentsSlot != 0)
+        return "object identifier given twice";
+    const auto number = static_cast<std::uint32_t>(entries.size() + 1);
+    if (in_line.identifier != 0) {
+        std::uint32_t &identifierSlot = byIdentifier[slotOf(in_line.identifier)];
+        if (identifierSlot != 0)
+            return "short identifier given twice";
+        identifierSlot = number;
+    }
+    contentsSlot = number;
+    entries.push_back({static_cast<std::uint32_t>(bytes.size()), in_line.identifier, in_line.classNumber});
+    bytes.insert(bytes.end(), binary.begin(), binary.end());
+    bytes.push_back(static_cast<std::uint8_t>(in_line.name.size()));
+    bytes.insert(bytes.end(), in_line.name.begin(), in_line.name.end());
+    return nullptr;
+}
+
+static bool saysNothing(std::string_view in_line) {
+    return in_line.starts_with('#') || in_line.find_first_not_of(" \t") == in_line.npos;
+}
+
+bool OidTable::readLines(int in_fd, const char *in_path, Kind in_kind) {
+    LineReader reader(in_fd);
+    std::string_view text;
+    for (unsigned number = 1; reader.next(&text); ++number) {
+        if (saysNothing(text))
+            continue;
+        OidLine line;
+        const char *fault = parseLine(text, in_kind, &line);
+        if (fault == nullptr)
+            fault = add(line);
+        if (fault != nullptr) {
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s:%u: %s", in_path, number, fault);
+            return false;
+        }
+    }
+    if (reader.failure() != nullptr)
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be read: %s", in_path, reader.failure());
+    return reader.failure() == nullptr;
+}
+
+OidTable::State OidTable::load(const char *in_path, Kind in_kind) {
+    const Descriptor file(SYSU_Open(in_path, 0));
+    if (file.get() < 0) {
+        if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
+            return State::Absent;
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be opened: %s", in_path,
+                        std::strerror(errno));
+        return State::Bad;
+    }
+    struct stat info {};
+    if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kMaxFileSize) {
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: no file of at most 1 GiB", in_path);
+        return State::Bad;
+    }
+    // What an entry takes is never more than its line.
+    bytes.reserve(static_cast<std::size_t>(info.st_size));
+    return readLines(file.get(), in_path, in_kind) ? State::Loaded : State::Bad;
+}

@@ -1,0 +1,62 @@
+// A table file of the OID database in memory, looked up through hash tables.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "service/oid_binary.h"
+
+struct OidEntry {
+    std::uint32_t at;         // where its OID and name lie
+    std::uint32_t identifier; // short identifier, 0 for none
+    std::uint8_t classNumber;
+};
+
+// What one line of a table says.
+struct OidLine {
+    OidBinary binary;
+    std::uint32_t identifier = 0;
+    std::uint8_t classNumber = 0;
+    std::string_view name;
+};
+
+class OidTable {
+public:
+    enum class Kind : std::uint8_t {
+        Identifiers, // "oids": dotted-decimal, short identifier, class, name
+        Names,       // "oids.LOCALE": dotted-decimal, name
+    };
+    enum class State : std::uint8_t { Loaded, Absent, Bad };
+
+    // Reads a file.  Bad: the log says why, file and line included.  Absent, when there is no such file, is
+    // not logged.  Throws std::bad_alloc.  Once only for each table.
+    State load(const char *in_path, Kind in_kind);
+
+    // Null for one that the table has not.
+    const OidEntry *find(std::span<const std::uint8_t> in_contents) const;
+    const OidEntry *findShort(std::uint32_t in_identifier) const;
+
+    std::span<const std::uint8_t> contents(const OidEntry &in_entry) const { return part(in_entry.at); }
+    std::span<const std::uint8_t> name(const OidEntry &in_entry) const {
+        return part(in_entry.at + 1U + bytes[in_entry.at]);
+    }
+
+private:
+    using Slots = std::vector<std::uint32_t>; // an entry's index and one, 0 for a free slot
+
+    bool readLines(int in_fd, const char *in_path, Kind in_kind);
+    const char *add(const OidLine &in_line);
+    void makeRoomForOne();
+    std::size_t slotOf(std::span<const std::uint8_t> in_contents) const;
+    std::size_t slotOf(std::uint32_t in_identifier) const;
+    std::span<const std::uint8_t> part(std::size_t in_at) const {
+        return std::span(bytes).subspan(in_at + 1, bytes[in_at]);
+    }
+
+    std::vector<std::uint8_t> bytes; // OID and name of each entry, each behind a length byte
+    std::vector<OidEntry> entries;
+    Slots byContents;
+    Slots byIdentifier;
+};

@@ -1,0 +1,380 @@
+#include "service/unpack.h"
+
+#include <algorithm>
+#include <iterator>
+
+// ---- Building stones ----
+//
+// unpack(in, field) reads one field in the order in which service/values.x has them.
+
+static void unpack(XdrReader &in, std::int32_t &number) {
+    number = in.integer();
+}
+static void unpack(XdrReader &in, std::uint32_t &number) {
+    number = in.word();
+}
+static void unpack(XdrReader &in, std::int16_t &number) {
+    number = in.shortInteger();
+}
+static void unpack(XdrReader &in, double &number) {
+    number = in.real();
+}
+static void unpack(XdrReader &in, char *&text) {
+    text = in.characters();
+}
+static void unpack(XdrReader &in, GEN_string &string) {
+    string._value = in.copyOfBytes(&string.length);
+}
+
+// Characters in place; the last one stays the NUL.
+static void unpack(XdrReader &in, char (&text)[256]) {
+    const auto bytes = in.bytes(sizeof text - 1);
+    std::copy(bytes.begin(), bytes.end(), text);
+}
+
+// Bytes in place behind a length.
+template <class Octets>
+static void unpackOctets(XdrReader &in, Octets &octets) {
+    const auto bytes = in.bytes(sizeof octets._value);
+    std::copy(bytes.begin(), bytes.end(), octets._value);
+    octets.length = static_cast<std::int16_t>(bytes.size());
+}
+static void unpack(XdrReader &in, GEN_octet255 &octets) {
+    unpackOctets(in, octets);
+}
+static void unpack(XdrReader &in, GEN_octet64 &octets) {
+    unpackOctets(in, octets);
+}
+static void unpack(XdrReader &in, GEN_octet2 &octets) {
+    unpackOctets(in, octets);
+}
+
+static void unpack(XdrReader &in, GEN_otherCodeSet &value);
+static void unpack(XdrReader &in, GEN_otherCodeSet255 &value);
+static void unpack(XdrReader &in, GEN_text &value);
+static void unpack(XdrReader &in, GEN_simpleName &value);
+static void unpack(XdrReader &in, GEN_nameOrOid &value);
+static void unpack(XdrReader &in, GEN_distNameString &value);
+static void unpack(XdrReader &in, GEN_fontReference &value);
+static void unpack(XdrReader &in, GEN_objectIdent &value);
+static void unpack(XdrReader &in, GEN_pageIdentifier &value);
+static void unpack(XdrReader &in, GEN_pageSelect &value);
+static void unpack(XdrReader &in, GEN_pageMediaSelect &value);
+static void unpack(XdrReader &in, GEN_mediaConsumed &value);
+static void unpack(XdrReader &in, GEN_deliveryAddress &value);
+static void unpack(XdrReader &in, GEN_locale &value);
+
+// An optional or defaulted field, or an element held by pointer.
+template <class Record>
+static void unpack(XdrReader &in, Record *&optional) {
+    if (!in.present())
+        return;
+    optional = in.make<Record>();
+    if (optional != nullptr)
+        unpack(in, *optional);
+}
+
+template <class... Fields>
+static void unpackAll(XdrReader &in, Fields &...fields) {
+    (unpack(in, fields), ...);
+}
+
+// A chain whose elements lie in the member named.  The nodes are linked as they come, so that a long chain
+// needs no deep stack.
+template <class Node, class Element>
+static Node *unpackChain(XdrReader &in, Element Node::*in_element) {
+    Node *head = nullptr;
+    for (Node **link = &head; in.present(); link = &(*link)->next) {
+        *link = in.make<Node>();
+        if (*link == nullptr)
+            break;
+        unpack(in, (*link)->*in_element);
+    }
+    return head;
+}
+
+// ---- Strings and names ----
+
+static void unpack(XdrReader &in, GEN_otherCodeSet &value) {
+    unpackAll(in, value.octet_string, value.codeSet);
+}
+static void unpack(XdrReader &in, GEN_otherCodeSet255 &value) {
+    unpackAll(in, value.octet_string, value.codeSet);
+}
+
+template <class Text>
+static void unpackText(XdrReader &in, Text &value) {
+    value.choice = in.integer();
+    switch (value.choice) {
+    case GEN_ISO_646_IRV:
+        return unpack(in, value.u.iso_646_irv);
+    case GEN_CCITT_T_61:
+        return unpack(in, value.u.ccitt_t_61);
+    case GEN_ISO_LATIN1:
+        return unpack(in, value.u.iso_latin1);
+    case GEN_ISO_UCS_2:
+        return unpack(in, value.u.iso_ucs_2);
+    case GEN_OTHER_CODE_SET:
+        return unpack(in, value.u.otherCodeSet);
+    default:
+        return; // a number that names no member has nothing behind it
+    }
+}
+static void unpack(XdrReader &in, GEN_text &value) {
+    unpackText(in, value);
+}
+static void unpack(XdrReader &in, GEN_simpleName &value) {
+    unpackText(in, value);
+}
+
+static void unpack(XdrReader &in, GEN_nameOrOid &value) {
+    value.choice = in.integer();
+    if (value.choice == GEN_GLOBAL_FORM)
+        unpack(in, value.u.globalForm);
+    else if (value.choice == GEN_LOCAL_FORM)
+        unpack(in, value.u.localForm);
+}
+
+static void unpack(XdrReader &in, GEN_distNameString &value) {
+    unpackAll(in, value.name, value.name_syntax_o);
+}
+
+// ---- Numbers and time ----
+
+static void unpack(XdrReader &in, GEN_cardinal64 &value) {
+    unpackAll(in, value.msdw, value.lsdw);
+}
+
+static void unpack(XdrReader &in, GEN_cardinalOrNoid &value) {
+    value.choice = in.integer();
+    if (value.choice == GEN_CARD_VALUE)
+        unpack(in, value.u.cardValue);
+    else if (value.choice == GEN_NAMED_VALUE)
+        unpack(in, value.u.namedValue);
+}
+
+static void unpack(XdrReader &in, GEN_generalizedTime &value) {
+    unpackAll(in, value.year, value.month, value.day, value.hour, value.minute, value.second, value.millisec,
+              value.mindiff, value.utc);
+}
+
+// ---- Job and document values ----
+
+static void unpack(XdrReader &in, GEN_documentFormat &value) {
+    unpackAll(in, value.format, value.formatVariants_o, value.formatVersion_o);
+}
+
+static void unpack(XdrReader &in, GEN_fontReference &value) {
+    value.choice = in.integer();
+    if (value.choice == GEN_SIMPLE_FONT_NAME)
+        unpack(in, value.u.simpleFontName);
+    else if (value.choice == GEN_ISO9541_FONT_NAME)
+        unpack(in, value.u.iso9541FontName);
+}
+
+static void unpack(XdrReader &in, GEN_ignoredAttribute &value) {
+    unpackAll(in, value.docNumber_o, value.attribute.choice);
+    if (value.attribute.choice == 1)
+        unpack(in, value.attribute.identifier);
+}
+
+static void unpack(XdrReader &in, GEN_finishing &value) {
+    unpackAll(in, value.finishingMessage_o, value.choice);
+    if (value.choice == GEN_FINISHING_NAMED)
+        unpack(in, value.u.named);
+    else if (value.choice == GEN_FINISHING_SPEC_LIST)
+        unpack(in, value.u.finishingSpecList);
+}
+
+static void unpack(XdrReader &in, GEN_pageIdentifier &value) {
+    value.choice = in.integer();
+    if (value.choice == GEN_NOMINAL_PAGE_NUM)
+        unpack(in, value.u.nominalPageNum);
+    else if (value.choice == GEN_ALPHANUMERIC_PAGE_NUM)
+        unpack(in, value.u.alphanumericPageNum);
+    else if (value.choice == GEN_PAGE_TAG)
+        unpack(in, value.u.pageTag);
+}
+
+static void unpack(XdrReader &in, GEN_pageSelect &value) {
+    unpackAll(in, value.beginningPage_o, value.endingPage_o);
+}
+
+static void unpack(XdrReader &in, GEN_pageMediaSelect &value) {
+    unpackAll(in, value.pageRange, value.mediumId);
+}
+
+static void unpack(XdrReader &in, GEN_mediaSelect &value) {
+    value.choice = in.integer();
+    if (value.choice == GEN_MEDIUM_FOR_ALL_PAGES)
+        unpack(in, value.u.mediumForAllPages);
+    else if (value.choice == GEN_MEDIUM_FOR_SEL_PAGES)
+        value.u.mediumForSelPages = unpackChain(in, &GEN_seqOfPageMediaSelect::_value);
+}
+
+static void unpack(XdrReader &in, GEN_objectIdent &value) {
+    value.choice = in.integer();
+    switch (value.choice) {
+    case GEN_OBJ_ID_JOB:
+        return unpack(in, value.u.objIdJob);
+    case GEN_OBJ_ID_DOCUMENT:
+        return unpackAll(in, value.u.objIdDocument.job_identifier, value.u.objIdDocument.document_number_o);
+    case GEN_OBJ_ID_OID:
+        return unpack(in, value.u.objIdOID);
+    case GEN_OBJ_ID_DIST_NAME:
+        return unpack(in, value.u.objIdDistName);
+    case GEN_OBJ_ID_FONT:
+        return unpack(in, value.u.objIdFont);
+    case GEN_OBJ_ID_NAME_OR_OID:
+        return unpack(in, value.u.objIdNameOrOid);
+    case GEN_OBJ_ID_SIMPLE_NAME:
+        return unpack(in, value.u.objIdSimpleName);
+    default:
+        return;
+    }
+}
+
+static void unpack(XdrReader &in, GEN_mediaConsumed &value) {
+    unpackAll(in, value.printType, value.mediumSize, value.printedImpressions, value.consumedMediaSheets);
+}
+
+// ---- Profiles and addresses ----
+
+// An attribute's two texts, as the element of its chain.
+static void unpack(XdrReader &in, ODP_orPair &value) {
+    unpackAll(in, value.type, value.value);
+}
+
+static void unpack(XdrReader &in, GEN_deliveryAddress &value) {
+    value.choice = in.integer();
+    switch (value.choice) {
+    case GEN_MHS_ADDRESS:
+        value.u.mhsAddress.attributes = unpackChain(in, &ODP_orAttribute::_value);
+        return;
+    case GEN_DISTINGUISHED_NAME:
+        return unpack(in, value.u.distinguishedName);
+    case GEN_ADDRESS_TEXT:
+        return unpack(in, value.u.text);
+    case GEN_DOR:
+        return unpack(in, value.u.dor);
+    case GEN_ADDRESS_OCTET_STRING:
+        return unpack(in, value.u.octetString);
+    case GEN_DIST_NAME_STRING:
+        return unpack(in, value.u.distNameString);
+    case GEN_RPC_ADDRESS:
+        return unpack(in, value.u.rpcAddress);
+    default:
+        return;
+    }
+}
+
+static void unpack(XdrReader &in, GEN_locale &value) {
+    unpackAll(in, value.language, value.country, value.character_set, value.modifier_o);
+}
+
+static void unpack(XdrReader &in, GEN_eventHandlingProfile &value) {
+    value.ehpEventIdentifiers_o = unpackChain(in, &GEN_setOfOids_t::_value);
+    unpackAll(in, value.ehpDeliveryMethod_o, value.ehpEventComment_o, value.ehpDeliveryAddr_o,
+              value.ehpLocale_o);
+}
+
+static void unpack(XdrReader &in, GEN_resultsProfile &value) {
+    unpackAll(in, value.deliveryMethod_o, value.resultsSetComment_o, value.deliveryAddress_o,
+              value.jobCopies_d, value.outputBin_o);
+}
+
+static void unpack(XdrReader &in, GEN_eACL &value) {
+    unpackAll(in, value.name, value.domain, value.nameType_d, value.privilegeLevel_d);
+}
+
+// ---- The table ----
+
+template <class Record>
+static void *record(XdrReader &in) {
+    auto *value = in.make<Record>();
+    if (value != nullptr)
+        unpack(in, *value);
+    return value;
+}
+
+template <class Node, auto Element>
+static void *chain(XdrReader &in) {
+    return unpackChain<Node>(in, Element);
+}
+
+static void *text(XdrReader &in) {
+    return in.characters();
+}
+
+static void *bytesAsTheyAre(XdrReader &in) {
+    const auto bytes = in.remainder();
+    auto *copy = static_cast<std::uint8_t *>(in.allocate(bytes.size()));
+    if (copy != nullptr)
+        std::copy(bytes.begin(), bytes.end(), copy);
+    return copy;
+}
+
+template <class Record>
+static constexpr UnpackRow recordRow(AS_attrValType_t in_type) {
+    return {in_type, sizeof(Record), record<Record>};
+}
+
+template <class Node, auto Element>
+static constexpr UnpackRow chainRow(AS_attrValType_t in_type) {
+    return {in_type, sizeof(Node), chain<Node, Element>};
+}
+
+static constexpr UnpackRow kRows[] = {
+    recordRow<GEN_boolean_t>(0),
+    recordRow<std::int32_t>(1),
+    recordRow<GEN_deltaTime_t>(4),
+    recordRow<GEN_distNameString>(6),
+    recordRow<GEN_eACL>(AS_ACCESS_LIST_ENTRY),
+    recordRow<GEN_eventHandlingProfile>(8),
+    recordRow<GEN_fontReference>(9),
+    recordRow<GEN_oid_t>(10),
+    recordRow<GEN_ignoredAttribute>(11),
+    recordRow<std::int32_t>(12),
+    {14, 0, text},
+    recordRow<GEN_text>(16),
+    recordRow<GEN_nameOrOid>(18),
+    recordRow<GEN_string>(20),
+    recordRow<std::int32_t>(22),
+    recordRow<double>(23),
+    recordRow<std::int16_t>(26),
+    recordRow<GEN_simpleName>(27),
+    recordRow<GEN_text>(28),
+    recordRow<GEN_cardinal64>(31),
+    recordRow<GEN_cardinalOrNoid>(34),
+    recordRow<GEN_deliveryAddress>(39),
+    chainRow<GEN_distNameStringSeq, &GEN_distNameStringSeq::_value>(42),
+    recordRow<GEN_documentFormat>(43),
+    recordRow<GEN_edge_t>(44),
+    recordRow<GEN_finishing>(46),
+    recordRow<GEN_generalizedTime>(48),
+    chainRow<GEN_nameOrOidSeq, &GEN_nameOrOidSeq::_value>(60),
+    recordRow<double>(62),
+    recordRow<GEN_mediaSelect>(67),
+    recordRow<GEN_pageOrderType_t>(68),
+    chainRow<GEN_pageSelectSeq, &GEN_pageSelectSeq::value>(69),
+    recordRow<std::int16_t>(75),
+    recordRow<GEN_resultsProfile>(81),
+    chainRow<GEN_mediaConsumedSeq, &GEN_mediaConsumedSeq::_value>(91),
+    chainRow<GEN_setOfObjId, &GEN_setOfObjId::value>(93),
+};
+
+static constexpr UnpackRow kUnknownType = {0, 0, bytesAsTheyAre};
+
+static constexpr bool byType(const UnpackRow &in_one, const UnpackRow &in_two) {
+    return in_one.type < in_two.type;
+}
+static_assert(std::adjacent_find(std::begin(kRows), std::end(kRows),
+                                 [](const UnpackRow &a, const UnpackRow &b) { return a.type >= b.type; }) ==
+                  std::end(kRows),
+              "one row a type, in ascending order");
+
+const UnpackRow &findUnpackRow(AS_attrValType_t in_type) {
+    const auto *row =
+        std::lower_bound(std::begin(kRows), std::end(kRows), UnpackRow{in_type, 0, nullptr}, byType);
+    return row != std::end(kRows) && row->type == in_type ? *row : kUnknownType;
+}

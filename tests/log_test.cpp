@@ -1,0 +1,206 @@
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "service/log.h"
+#include "service/log_internal.h"
+#include "service/message.h"
+
+class Log : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char name[] = "/tmp/logXXXXXX";
+        folder = mkdtemp(name);
+        path = folder + "/log";
+        setenv("QV_LOG", path.c_str(), 1);
+        restart(nullptr, nullptr);
+    }
+    void TearDown() override {
+        unsetenv("QV_LOG");
+        restart(nullptr, nullptr);
+        std::filesystem::remove_all(folder);
+    }
+
+    static void restart(const char *in_level, const char *in_trace) {
+        const auto set = [](const char *name, const char *value) {
+            if (value != nullptr)
+                setenv(name, value, 1);
+            else
+                unsetenv(name);
+        };
+        set("QV_LOG_LEVEL", in_level);
+        set("QV_LOG_TRACE", in_trace);
+        LOG__Reset();
+    }
+
+    // What the log got since the last call.
+    std::string takeLog() const {
+        std::ifstream in(path);
+        const std::string log{std::istreambuf_iterator<char>(in), {}};
+        std::filesystem::remove(path);
+        LOG__Reset();
+        return log;
+    }
+
+    std::string folder, path;
+};
+
+TEST_F(Log, EntryIsOneLineWithItsPlace) {
+    errno = ERANGE;
+    LOG_CondMessage(LOG_ERROR, __FILE__, 87, "code %d of %s\n", 12, "alpha");
+    EXPECT_EQ(errno, ERANGE);
+    std::string log = takeLog();
+    std::replace_if(
+        log.begin(), log.begin() + 24, [](unsigned char it) { return std::isdigit(it) != 0; }, '0');
+    EXPECT_TRUE(log.starts_with("0000-00-00T00:00:00.000Z ")) << log;
+    EXPECT_TRUE(log.ends_with("]: 5 tests/log_test.cpp:87: code 12 of alpha\n")) << log;
+}
+
+TEST_F(Log, HostileTextStaysWithinItsLine) {
+    LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "%s", "a\nb\x1B[2J\t\x7F%s\xC3\xA4\r\n");
+    const std::string log = takeLog();
+    EXPECT_TRUE(log.ends_with("f.cpp:1: a\\x0Ab\\x1B[2J\\x09\\x7F%s\xC3\xA4\\x0D\n")) << log;
+}
+
+TEST_F(Log, LongEntryIsNotCut) {
+    for (const std::size_t size : {766U, 767U, 768U, 769U, 5000U, 300000U}) {
+        const std::string text(size, '\x01');
+        LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "%s", text.c_str());
+        ASSERT_NE(LOG_StartMessage(LOG_ERROR, "g.cpp", 2, 0), 0);
+        LOG_CondAdd("%s", text.c_str());
+        LOG_CondAdd("%d.", 5);
+        LOG_EndMessage();
+        const std::string log = takeLog();
+        const std::size_t firstEnd = log.find('\n') + 1;
+        EXPECT_EQ(firstEnd - log.find("f.cpp:1: "), sizeof "f.cpp:1: " + 4 * size) << size;
+        EXPECT_EQ(log.size() - log.find("g.cpp:2: "), sizeof "g.cpp:2: " + 4 * size + 2) << size;
+        EXPECT_TRUE(log.ends_with("\\x015.\n")) << size;
+    }
+}
+
+TEST_F(Log, MessageInPieces) {
+    LOG_CondAdd("outside");
+    LOG_EndMessage();
+    ASSERT_NE(LOG_StartMessage(LOG_ERROR, "f.cpp", 3, 0), 0);
+    LOG_CondAdd("prefix: ");
+    LOG_CondAdd("text %d.\n", 7);
+    LOG_EndMessage();
+    LOG_CondAdd("outside");
+    LOG_EndMessage();
+    EXPECT_EQ(LOG_StartMessage(LOG_DETAIL, "f.cpp", 4, 0), 0);
+    LOG_CondAdd("unwanted");
+    LOG_EndMessage();
+    const std::string log = takeLog();
+    EXPECT_TRUE(log.ends_with("f.cpp:3: prefix: text 7.\n")) << log;
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
+}
+
+TEST_F(Log, EnvironmentChoosesTheLevels) {
+    // QV_LOG_LEVEL, QV_LOG_TRACE and the levels that come through.
+    const char *const cases[][3] = {{nullptr, nullptr, "5"}, {"5", "0", "5"},      {"6", nullptr, "56"},
+                                    {"7", nullptr, "567"},   {nullptr, "1", "57"}, {"6", "1", "567"},
+                                    {"6x", "yes", "5"},      {"", "", "5"},        {"4", nullptr, "5"}};
+    for (const auto &[level, trace, levels] : cases) {
+        restart(level, trace);
+        int evaluated = 0;
+        LOG_Init("stdout", "E");
+        LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "!%d", ++evaluated);
+        LOG_CondMessage(LOG_DETAIL, "f.cpp", 1, "!%d", ++evaluated);
+        LOG_CondFuncTrace("ALA_Open", "f.cpp", 1, 1, 0);
+        std::string written;
+        const std::string log = takeLog();
+        for (std::size_t at = 0; (at = log.find(" f.cpp:1: ", at)) != log.npos; ++at)
+            written += log[at - 1];
+        EXPECT_EQ(written, levels) << (level ? level : "-") << (trace ? trace : "-");
+    }
+}
+
+TEST_F(Log, EnvironmentChoosesTheSink) {
+    setenv("QV_LOG", "stderr", 1);
+    LOG__Reset();
+    testing::internal::CaptureStderr();
+    testing::internal::CaptureStdout();
+    LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "seen");
+    setenv("QV_LOG", "none", 1);
+    LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "the sink stays");
+    LOG__Reset();
+    LOG_Init("stdout", "E");
+    EXPECT_LT(LOG_g_level, LOG_ERROR);
+    LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "unseen");
+    setenv("QV_LOG", (folder + "/missing/log").c_str(), 1);
+    LOG__Reset();
+    LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "goes to the system's log");
+    const std::string errors = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
+    EXPECT_TRUE(errors.ends_with("f.cpp:1: the sink stays\n")) << errors;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+// ---- Messages ----
+
+TEST_F(Log, CatalogueTextIsFoundByTheLowHalfOfItsCode) {
+    std::ofstream(folder + "/source")
+        << "$quote \"\n$set 59\n101 \"eins %2$s %1$s\\n\"\n$set 1\n102 \"other set\"\n";
+    const std::string command = "gencat -o " + folder + "/qvtest.cat " + folder + "/source";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    setenv("NLSPATH", (folder + "/%N.cat").c_str(), 1);
+    char buffer[32] = "untouched";
+    std::uint32_t count = 99;
+    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, sizeof buffer, &count, buffer), 0);
+    MSG_UsageBegin("qvtest");
+    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0066, 0, sizeof buffer, &count, buffer), 0);
+    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, 15, &count, buffer), 0); // 15 characters and the NUL
+    EXPECT_STREQ(buffer, "untouched");
+    EXPECT_EQ(MSG_GetUnformatted(2, 0x3b0065, 0, 16, &count, buffer), 0);
+    EXPECT_STREQ(buffer, "eins %2$s %1$s\n");
+    EXPECT_EQ(count, 15U);
+    MSG_UsageEnd();
+    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, sizeof buffer, &count, buffer), 0);
+    MSG_UsageBegin("missing");
+    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, sizeof buffer, &count, buffer), 0);
+    MSG_UsageEnd();
+    unsetenv("NLSPATH");
+}
+
+static std::int32_t formatList(char *outp_buffer, const char *in_format, ...) {
+    std::va_list values;
+    va_start(values, in_format);
+    const std::int32_t result = MSG_vsprintf(outp_buffer, in_format, values);
+    va_end(values);
+    return result;
+}
+
+TEST(Message, FormatsFollowPrintf) {
+    const char *volatile none = nullptr; // hides the null from the compiler
+    char *text = nullptr;
+    std::size_t size = 0;
+    std::FILE *stream = open_memstream(&text, &size);
+    EXPECT_EQ(MSG_fprintf(stream, "%s%s", "ab", "c"), 3);
+    EXPECT_EQ(MSG_fprintf(stream, " %s", ""), 1);
+    EXPECT_EQ(MSG_fprintf(stream, "%s\n", "d"), 2);
+    EXPECT_EQ(MSG_fprintf(stream, "no value"), 8);
+    EXPECT_EQ(MSG_fprintf(stream, "%s;", none), 7);
+    EXPECT_EQ(MSG_fprintf(stream, "%d%%%s", -5, "x"), 4);
+    std::fclose(stream);
+    EXPECT_EQ(std::string(text, size), "abc d\nno value(null);-5%x");
+    std::free(text);
+
+    char buffer[16];
+    EXPECT_EQ(MSG_sprintf(buffer, "%s-%03d", "x", 7), 5);
+    EXPECT_STREQ(buffer, "x-007");
+    EXPECT_EQ(formatList(buffer, "%2$s-%1$03d", 8, "y"), 5);
+    EXPECT_STREQ(buffer, "y-008");
+
+    std::FILE *full = std::fopen("/dev/full", "w");
+    std::setvbuf(full, nullptr, _IONBF, 0);
+    EXPECT_LT(MSG_fprintf(full, "%s%s", "a", "b"), 0);
+    std::fclose(full);
+}

@@ -1,0 +1,189 @@
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "service/convert.h"
+#include "service/text.h"
+
+using namespace std::string_literals;
+
+constexpr char kNothing[] = "(no text)";
+
+// Takes over a text of the library.
+static std::string take(char *inp_text) {
+    const std::string text = inp_text != nullptr ? inp_text : kNothing;
+    std::free(inp_text);
+    return text;
+}
+
+static std::string convert(const std::string &in_bytes, std::uint32_t in_codeSet) {
+    // A block of its own lets the sanitizer see a read behind its end.
+    const auto bytes = std::make_unique<std::uint8_t[]>(in_bytes.size());
+    std::memcpy(bytes.get(), in_bytes.data(), in_bytes.size());
+    return take(convertToUtf8({bytes.get(), in_bytes.size()}, in_codeSet));
+}
+
+TEST(Convert, EachCodeSetGivesUtf8) {
+    struct Case {
+        const char *label;
+        std::uint32_t codeSet;
+        std::string bytes, text;
+    };
+    const Case cases[] = {
+        {"ASCII with other bytes", 3, "a\xE4\xF6z", "a??z"},
+        {"Latin-1", 4, "M\xFCller\x80", "M\u00FCller\u0080"},
+        {"text ends at its NUL", 4, "a\xE4\0b"s, "a\u00E4"},
+        {"ISO 8859-15", 111, "\xA4", "\u20AC"},
+        {"T.61 with a diacritic", 76, "M\xC8uller", "M\u00FCller"},
+        {"T.61 lacks some of ASCII", 76, "a\\b{", "a?b?"},
+        {"UTF-8", 106, "\xE2\x82\xAC \xF0\x9F\x98\x80", "\u20AC \U0001F600"},
+        {"UTF-8, each wrong byte", 106, "a\xE4\xFFz\xC0\xAF", "a??z??"},
+        {"UTF-8, cut", 106, "a\xE2\x82", "a?"},
+        {"UTF-8, a fault behind much", 106, std::string(5000, 'x') + "\xFF", std::string(5000, 'x') + "?"},
+        {"Shift JIS", 17, "\x83\x65", "\u30C6"},
+        {"UCS-2", 1000, "\0A\x20\xAC"s, "A\u20AC"},
+        {"UCS-2, a low zero byte is no end", 1000, "\x01\0\0A\0\0\0B"s, "\u0100A"},
+        {"UCS-2, a surrogate pair", 1000, "\0a\xD8\x3D\xDE\0\0z"s, "a??z"},
+        {"UCS-2, cut", 1000, "\0a\x20"s, "a?"},
+        {"UTF-16BE, a surrogate pair", 1013, "\xD8\x3D\xDE\0"s, "\U0001F600"},
+        {"UTF-16BE, half a pair", 1013, "\xDE\0\0a\xD8\x3D"s, "?a?"},
+        {"UTF-16 with marks", 1015,
+         "\xFF\xFE"
+         "a\0"s,
+         "a"},
+        {"UTF-32 with a mark", 1017, "\0\0\xFE\xFF\0\1\xF6\0"s, "\U0001F600"},
+        {"windows-1252", 2252, "\x80\x93", "\u20AC\u201C"},
+        {"windows-1252, no character", 2252, "a\x81z", "a?z"},
+        {"windows-1258, what the converter holds comes at the end", 2258, "ab\xE2", "ab\u00E2"},
+        {"windows-1258, and before a fault", 2258, "\xE2\xD2z\xE2\x8A", "\u1EA9z\u00E2?"},
+        {"unknown code set", 9999, "a\x80\xFFz", "a??z"},
+        {"nothing", 1000, "", ""},
+    };
+    for (const Case &row : cases) {
+        EXPECT_EQ(convert(row.bytes, row.codeSet), row.text) << row.label;
+        EXPECT_EQ(convert(row.bytes, row.codeSet), row.text) << row.label << ", again";
+    }
+}
+
+TEST(Convert, PlainTextIsTheSameInEveryAsciiCodeSet) {
+    std::string plain;
+    for (char character = 1; character != 0x7F; ++character)
+        plain += character;
+    for (std::uint32_t codeSet = 0; codeSet < 2300; ++codeSet) {
+        const bool differs = codeSet == 17 || codeSet == 76 || (codeSet >= 1000 && codeSet < 1020);
+        if (!differs) {
+            EXPECT_EQ(convert(plain, codeSet), plain) << codeSet;
+            // A byte that is not ASCII takes the text the other way; the plain part stays what it is.
+            EXPECT_EQ(convert(plain + "\xFF", codeSet).substr(0, plain.size()), plain) << codeSet;
+        }
+    }
+}
+
+// ---- Value records ----
+
+template <class Text>
+static std::string extract(const Text &in_value) {
+    char *text = nullptr;
+    std::int32_t result = 0;
+    if constexpr (std::is_same_v<Text, GEN_text>)
+        result = GENU_ExtractText(nullptr, &text, &in_value, 0);
+    else
+        result = GENU_ExtractSimpleName(nullptr, &text, &in_value, 0);
+    EXPECT_EQ(result == 0, text != nullptr);
+    return take(text);
+}
+
+TEST(Text, EachChoiceIsTaken) {
+    std::uint8_t bytes[] = {0x00, 0xE4, 0x00, 0x62};
+    char characters[] = "a\xC3\xA4";
+    GEN_text value{GEN_ISO_646_IRV, {.iso_646_irv = characters}};
+    EXPECT_EQ(extract(value), "a\u00E4");
+    value = {GEN_CCITT_T_61, {.ccitt_t_61 = characters}};
+    EXPECT_EQ(extract(value), "a?$"); // 0xC3 is an accent that the dollar sign cannot bear
+    value = {GEN_ISO_LATIN1, {.iso_latin1 = {2, bytes + 1}}};
+    EXPECT_EQ(extract(value), "\u00E4");
+    value = {GEN_ISO_UCS_2, {.iso_ucs_2 = {4, bytes}}};
+    EXPECT_EQ(extract(value), "\u00E4b");
+    value = {GEN_OTHER_CODE_SET, {.otherCodeSet = {{1, bytes + 1}, 2252}}};
+    EXPECT_EQ(extract(value), "\u00E4");
+
+    value = {GEN_ISO_646_IRV, {.iso_646_irv = nullptr}};
+    EXPECT_EQ(extract(value), "");
+    value = {GEN_ISO_LATIN1, {.iso_latin1 = {-1, bytes}}};
+    EXPECT_EQ(extract(value), "");
+    for (const std::int32_t choice : {0, 6, -1}) {
+        value = {choice, {.iso_646_irv = characters}};
+        EXPECT_EQ(extract(value), kNothing) << choice;
+    }
+}
+
+TEST(SimpleName, NothingIsReadBehindTheCharactersInPlace) {
+    GEN_simpleName name{};
+    for (const std::int32_t choice : {GEN_ISO_646_IRV, GEN_CCITT_T_61}) {
+        name.choice = choice;
+        std::memset(&name.u, 'x', sizeof name.u);
+        EXPECT_EQ(extract(name), std::string(256, 'x')) << choice;
+        name.u.iso_646_irv[3] = '\0';
+        EXPECT_EQ(extract(name), "xxx") << choice;
+    }
+    const std::pair<std::int16_t, std::size_t> lengths[] = {
+        {-5, 0}, {0, 0}, {3, 3}, {255, 255}, {32767, 255}};
+    for (const auto &[stored, taken] : lengths) {
+        name.choice = GEN_ISO_LATIN1;
+        std::memset(&name.u, 'x', sizeof name.u);
+        name.u.iso_latin1.length = stored;
+        EXPECT_EQ(extract(name), std::string(taken, 'x')) << stored;
+    }
+    name.choice = GEN_OTHER_CODE_SET;
+    name.u.otherCodeSet = {{2, {0xE4, 'b'}}, 4};
+    EXPECT_EQ(extract(name), "\u00E4b");
+}
+
+TEST(DistNameString, WhatIsMadeIsReadBack) {
+    for (const char *text : {"alpha.example", "", static_cast<const char *>(nullptr)}) {
+        GEN_distNameString *value = nullptr;
+        ASSERT_EQ(GENU_MakeDistNameString2(nullptr, &value, text, 3048, 0), 0);
+        char *found = nullptr;
+        std::uint32_t type = 0;
+        EXPECT_EQ(GENU_ExtractDistNameString(nullptr, &found, &type, value, 0), 0);
+        EXPECT_EQ(take(found), text != nullptr ? text : "");
+        EXPECT_EQ(type, 3048U);
+
+        value->name_syntax_o->choice = GEN_LOCAL_FORM;
+        EXPECT_EQ(GENU_ExtractDistNameString(nullptr, &found, &type, value, 0), 0);
+        EXPECT_EQ(type, 1U);
+        std::free(found);
+        value->name_syntax_o = nullptr;
+        value->name.choice = 9;
+        EXPECT_NE(GENU_ExtractDistNameString(nullptr, &found, &type, value, 0), 0);
+        EXPECT_EQ(found, nullptr);
+        EXPECT_EQ(type, 0U);
+        EXPECT_NE(GENU_ExtractDistNameString(nullptr, &found, nullptr, value, 0), 0);
+        GEN_DeleteDistNameString(nullptr, value, nullptr);
+    }
+}
+
+TEST(MailAddress, Rfc822AttributeOrTheWholeList) {
+    char country[] = "C", de[] = "de", surname[] = "S", name[] = "M\u00FCller", mail[] = "dda:rfc-822";
+    char address[] = "(a)joe(a)host(a";
+    ODP_orAttribute last{nullptr, {mail, address}};
+    ODP_orAttribute middle{nullptr, {surname, name}};
+    ODP_orAttribute first{&middle, {country, de}};
+    ODP_orName value{&first};
+    char *text = nullptr;
+    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
+    EXPECT_EQ(take(text), "/C=de/S=M\u00FCller/");
+    middle.next = &last;
+    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
+    EXPECT_EQ(take(text), "@joe@host(a");
+    last._value = {nullptr, nullptr};
+    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
+    EXPECT_EQ(take(text), "/C=de/S=M\u00FCller/=/");
+    value.attributes = nullptr;
+    text = name;
+    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
+    EXPECT_EQ(text, name);
+}
