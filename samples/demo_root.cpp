@@ -1,0 +1,101 @@
+#include "samples/demo_root.h"
+
+#include <cctype>
+#include <ctime>
+
+#include "samples/log_writer.h"
+#include "samples/sample_jobs.h"
+
+namespace samples {
+
+// ---- Access lists ----
+
+// In mixed case, since names of users and groups compare without it.
+static std::string mixedCase(std::string name) {
+    for (std::size_t i = 0; i < name.size(); i += 2)
+        name[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[i])));
+    return name;
+}
+
+// A reader asks for its groups with a buffer that has room for 15; with more no group entry applies to it.
+static constexpr std::size_t kMostGroups = 15;
+
+static std::vector<Value> admitUser(const Account &caller) {
+    AccessEntry powerless = userEntry(caller.user.name, caller.user.domain);
+    powerless.privilege = 1;
+    return {pack(userEntry("auditor", "HEADOFFICE")), pack(powerless),
+            pack(userEntry(mixedCase(caller.user.name), caller.user.domain))};
+}
+
+static std::vector<Value> admitGroup(const Account &caller) {
+    std::vector<Value> entries = {pack(groupEntry("auditors", "HEADOFFICE"))};
+    if (!caller.groups.empty())
+        entries.push_back(pack(groupEntry(mixedCase(caller.groups[0].name), caller.groups[0].domain)));
+    if (caller.groups.empty() || caller.groupIds > kMostGroups)
+        entries.push_back(pack(userEntry(caller.user.name, caller.user.domain)));
+    return entries;
+}
+
+static std::vector<Value> admitAnyUser(const Account &) {
+    return {pack(anyUserEntry())};
+}
+
+static std::vector<Value> admitNobody() {
+    return {pack(userEntry("auditor", "HEADOFFICE"))};
+}
+
+// Logs are counted from the oldest.
+static constexpr std::uint32_t kRefusedLog = 1;
+
+static std::vector<Value> accessList(std::uint32_t log, bool current, const Account &caller) {
+    if (log == kRefusedLog && !current)
+        return admitNobody();
+    constexpr std::vector<Value> (*kRoads[])(const Account &) = {admitUser, admitAnyUser, admitGroup};
+    return kRoads[log % std::size(kRoads)](caller);
+}
+
+// ---- Logs ----
+
+static std::tm daysAgo(std::time_t now, std::uint32_t days) {
+    std::tm date = {};
+    localtime_r(&now, &date);
+    date.tm_mday -= static_cast<int>(days);
+    date.tm_hour = 12; // no change to or from summer time moves noon to another day
+    date.tm_min = date.tm_sec = 0;
+    date.tm_isdst = -1;
+    std::mktime(&date);
+    return date;
+}
+
+static std::string dateText(const std::tm &date) {
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y%m%d", &date)};
+}
+
+static void writeLog(const std::filesystem::path &path, const Day &day, JobKind kind,
+                     std::vector<Value> access) {
+    std::tm noon = day.date;
+    LogWriter log(path, {.createDate = static_cast<std::uint32_t>(std::mktime(&noon)),
+                         .accessList = std::move(access)});
+    Job job;
+    for (std::uint64_t number = 1; number <= day.jobs; number++) {
+        makeJob(day, number, kind, job);
+        log.job(job);
+    }
+    log.close();
+}
+
+void layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options) {
+    constexpr std::uint32_t kLogsToAnOrderDay = 4;
+    const std::time_t now = std::time(nullptr);
+    root.writeRegistry(options.server);
+    for (std::uint32_t log = 0; log <= options.days; log++) {
+        const bool current = log == options.days;
+        const Day day{options.server, daysAgo(now, options.days - log), log, options.jobs};
+        const JobKind kind = log % kLogsToAnOrderDay == 2 ? JobKind::ORDER : JobKind::OFFICE;
+        writeLog(root.log(options.server, current ? "current" : dateText(day.date)), day, kind,
+                 accessList(log, current, caller));
+    }
+}
+
+} // namespace samples

@@ -1,0 +1,21 @@
+// The demonstration: a root with logs of some past days and of today, which admit the caller in different
+// ways, but for one that admits nobody.
+#pragma once
+
+#include <cstdint>
+
+#include "samples/account.h"
+#include "samples/sample_root.h"
+
+namespace samples {
+
+struct DemoOptions {
+    std::string server = "alpha";
+    std::uint64_t jobs = 12; // in each log
+    std::uint32_t days = 5;  // past ones
+};
+
+// Throws what its parts throw, all of it derived from std::exception.
+void layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options);
+
+} // namespace samples

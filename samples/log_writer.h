@@ -1,0 +1,118 @@
+// Writes accounting logs: LogWriter streams one of any size to a file, Log holds a small one in memory for
+// tests to cut and overwrite.
+//
+// What is written by default is well formed; every count, length and byte of a tag can be stated by hand
+// too.  docs/formats.md describes the format.
+//
+//     Log log;
+//     log.job(Job().attribute("1.3.6.1.4.1.32473.1.1", STRING, {packString("alpha.1")})
+//                 .document()
+//                 .attribute("1.3.6.1.4.1.32473.1.40", INTEGER, {packInt(3), packInt(4)}));
+#pragma once
+
+#include "samples/output_file.h"
+#include "samples/packer.h"
+
+namespace samples {
+
+constexpr std::size_t TAG_SIZE = 152;
+constexpr std::size_t DECOID_SIZE = 137;
+
+// One packed value behind its length.
+struct Value {
+    Value(Bytes packed) : bytes(std::move(packed)), length(static_cast<std::uint32_t>(bytes.size())) {}
+    Value(Bytes packed, std::uint32_t statedLength) : bytes(std::move(packed)), length(statedLength) {}
+
+    Bytes bytes;
+    std::uint32_t length;
+};
+
+struct Tag {
+    std::uint32_t numAttrVal = 0;
+    std::uint32_t attrID = 0;
+    Bytes decoid = {}; // as it is, filled up with NULs; 137 bytes without a NUL are possible
+    std::uint32_t attrValType = 0;
+};
+
+void appendTag(Bytes &out, const Tag &tag);
+void appendValue(Bytes &out, const Value &value);
+
+struct LogHeader {
+    std::uint32_t verNum = 3;
+    std::uint32_t createDate = 0; // left out by versions 0 and 1
+    std::uint32_t numAttr = 1;
+    std::vector<Value> accessList = {pack(anyUserEntry())};
+    std::uint32_t accessListType = ACCESS_ENTRY;
+    std::optional<std::uint32_t> numAttrVal = {}; // otherwise the length of accessList
+};
+
+void appendHeader(Bytes &out, const LogHeader &header);
+
+// A job record.  Attributes belong to the job until document() opens the first document.
+class Job {
+public:
+    Job &attribute(std::string_view decoid, std::uint32_t type, const std::vector<Value> &values = {});
+    Job &attribute(const Tag &tag, const std::vector<Value> &values); // the tag says what it wants to
+    Job &document();
+
+    // States a count by hand; otherwise it is that of the attributes, of the first document's for the third.
+    Job &numAttr(std::uint32_t count);
+    Job &numJobAttr(std::uint32_t count);
+    Job &docAttrPerDoc(std::uint32_t count);
+
+    // Back to a new record, in the same memory.
+    void clear();
+
+    // The record as a log of that version has it.
+    void appendTo(Bytes &out, std::uint32_t verNum = 3) const;
+
+private:
+    void count();
+
+    Bytes attributes;
+    std::uint32_t attributeCount = 0, jobCount = 0, documentAttrCount = 0;
+    std::uint32_t documents = 0;
+    std::optional<std::uint32_t> statedNumAttr, statedNumJobAttr, statedDocAttrPerDoc;
+};
+
+// A log in memory.
+class Log {
+public:
+    explicit Log(const LogHeader &header = {});
+
+    Log &job(const Job &job);
+    Log &raw(std::string_view bytes);
+    Log &cutTo(std::size_t size);
+    Log &overwrite(std::size_t at, std::string_view bytes); // grows the log where it must
+
+    const Bytes &bytes() const { return image; }
+    std::size_t size() const { return image.size(); }
+    // Where the records begin that job() has written.
+    const std::vector<std::size_t> &records() const { return starts; }
+
+    void save(const std::filesystem::path &path) const { writeFile(path, image); }
+
+private:
+    std::uint32_t version;
+    Bytes image;
+    std::vector<std::size_t> starts;
+};
+
+// A log on its way to a file, in bounded memory.  Failures are thrown as std::system_error.
+class LogWriter {
+public:
+    explicit LogWriter(const std::filesystem::path &path, const LogHeader &header = {});
+
+    LogWriter &job(const Job &job);
+    LogWriter &raw(std::string_view bytes);
+    void close(); // the log is whole once this returns
+
+private:
+    void flushAbove(std::size_t limit);
+
+    OutputFile file;
+    std::uint32_t version;
+    Bytes buffer;
+};
+
+} // namespace samples

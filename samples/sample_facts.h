@@ -1,0 +1,70 @@
+// What a made-up print job is about: chosen once, told by its attributes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "samples/sample_jobs.h"
+
+namespace samples {
+
+struct Person {
+    const char *name, *domain;
+    std::uint32_t domainType;
+};
+
+// What pick() is asked about; each has numbers of its own.
+enum Subject : std::uint32_t {
+    PAGES,
+    MANY_COPIES,
+    COPIES,
+    PRIORITY,
+    SIDES,
+    OWNER,
+    TITLE,
+    START,
+    PRINTER,
+    MEDIUM,
+    FORMAT,
+    FINISHING_KIND,
+    MAIL_FORM,
+    LETTERHEAD,
+    FINISHED,
+    HAS_RESULTS_PROFILE,
+    FLOOR,
+    HAS_COMMENT,
+    COMMENT_FORM,
+    IS_COUNTED,
+    HAS_ANNEX,
+    ACCOUNT,
+    HELD,
+    BINDING,
+    RETRIES,
+    SHIFT,
+    ORDER_OF_PAGES,
+};
+
+struct Facts {
+    const Day &day;
+    std::uint64_t number;
+    std::uint32_t document = 0; // 1 for the first one, 0 for the job as a whole
+
+    std::uint32_t pages, copies, priority;
+    std::int32_t submitted, started, completed; // seconds of the day
+    bool twoSided;
+    Person owner;
+    std::string identifier, title;
+    const char *printer, *medium, *format, *finishing; // all but the printer are named in the OID table
+
+    Facts(const Day &in_day, std::uint64_t in_number);
+
+    // A number below the limit, the same whenever it is asked for.
+    std::uint32_t pick(Subject subject, std::uint32_t limit) const;
+    bool oneIn(std::uint32_t limit, Subject subject) const { return pick(subject, limit) == 0; }
+
+    std::uint32_t impressions() const { return pages * copies; }
+    std::uint32_t sheets() const { return twoSided ? (pages + 1) / 2 * copies : impressions(); }
+    std::uint32_t documents() const { return number % 4 == 2 ? 2 : 1; }
+};
+
+} // namespace samples

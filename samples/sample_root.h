@@ -1,0 +1,47 @@
+// Lays the folders and files of a print system's root:
+//
+//     registry.reg              the settings of its servers
+//     share/oid/oids, oids.de   the OID tables
+//     var/acct/SERVER.*         the accounting logs
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace samples {
+
+struct RegistryKey {
+    std::string path; // under HKEY_LOCAL_MACHINE
+    std::vector<std::pair<std::string, std::string>> values;
+};
+
+// The key with a spooler's environment, and the key that stands in for servers without one.
+std::string serverKey(std::string_view server);
+std::string commonKey();
+
+std::string registryText(const std::vector<RegistryKey> &keys);
+
+class SampleRoot {
+public:
+    // Makes the folders and the OID tables.
+    explicit SampleRoot(const std::filesystem::path &path);
+
+    const std::filesystem::path &path() const { return folder; } // absolute
+    std::filesystem::path registry() const { return folder / "registry.reg"; }
+    std::filesystem::path oids() const { return folder / "share/oid"; }
+    std::filesystem::path logs() const { return folder / "var/acct"; }
+    // tail: YYYYMMDD or "current"
+    std::filesystem::path log(std::string_view server, std::string_view tail) const;
+
+    // The registry file, with this root as QV_ROOT of the server and of all others.
+    void writeRegistry(std::string_view server) const;
+    void writeRegistry(const std::vector<RegistryKey> &keys) const;
+
+private:
+    std::filesystem::path folder;
+};
+
+} // namespace samples
