@@ -1,0 +1,67 @@
+// Who is asking: the calling user's and the machine's names and domains.
+#pragma once
+
+#include <cstdint>
+
+#include "service/values.h"
+
+// What kind of name a domain is.
+using SEC_domType_t = std::uint32_t;
+constexpr SEC_domType_t SEC_DOM_FLAT = 3044;    // compared whole
+constexpr SEC_domType_t SEC_DOM_DOTTED1 = 3045; // dotted, compared by suffix
+constexpr SEC_domType_t SEC_DOM_DOTTED2 = 3048; // dotted, compared by suffix
+constexpr SEC_domType_t SEC_DOM_W95HOST = 3049; // a computer name given as a domain
+constexpr SEC_domType_t SEC_DOM_NT = 3051;      // the type of the machine's own domain
+constexpr SEC_domType_t SEC_DOM_ANY = 3055;
+
+constexpr std::size_t kUserSize = 256;    // bytes of a user or host name, NUL included
+constexpr std::size_t kDomainSize = 1024; // bytes of a domain, NUL included
+
+// The identity as gathered; all numbers in network byte order.
+struct ALA__pac {
+    std::uint32_t version; // 1001
+    std::uint32_t magic;
+    char user[kUserSize];
+    char userDomain[kDomainSize];
+    std::uint32_t userDomType;
+    char host[kUserSize];
+    char hostDomain[kDomainSize];
+    std::uint32_t hostDomType;
+    std::uint32_t certificateLen_o;
+    std::uint8_t certificateVal_o[1];
+};
+
+// The identity as matched.  The domain types stay in network byte order.
+struct ALA_oncMsCred {
+    char *user;
+    char *domainName;
+    SEC_domType_t userDomType;
+    char *host;
+    char *hostDomain;
+    SEC_domType_t hostDomType;
+    void *handle;
+};
+
+struct ALA_dceCred {
+    GEN_string pac;
+};
+
+struct ALA_signature {
+    GEN_simpleName serverName;
+    GEN_string pac;
+};
+
+struct ALA_credential_t {
+    std::int32_t choice;
+    std::int32_t credType;
+    union {
+        ALA_oncMsCred oncMsCred; // the only one in use
+        ALA_dceCred dceCred;
+        ALA_signature sig;
+    } u;
+};
+
+// Fill a zeroed block from the operating system, on either platform family.  0, or 1 when a call fails,
+// memory runs out or a name does not fit its field; the block must not be used then.
+std::int32_t ALA__GetUserInfoForClientNT(ALA__pac *outp_userCred);
+std::int32_t ALA__GetUserInfoForClient95(ALA__pac *outp_userCred);

@@ -1,0 +1,49 @@
+// Does the domain of a credential fall within the domain of an access list entry?
+//
+// A matched flag is set by the caller before a comparison: 0 means that the domains match, any other value
+// that they do not.  The result of an operation is separate: 0 means that the comparison ran.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/access/credential.h"
+#include "service/status.h"
+#include "service/values.h"
+
+// Make and release the machine's domain as a value, which stands in where a credential or an entry gives
+// none. Paired per registration; the last ALA__EACL_Term releases it.
+void ALA__EACL_Init();
+void ALA__EACL_Term();
+
+// Compares the credential's user domain, then its host domain.  1 when the entry's domain cannot be read.
+std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *in_status, const ALA_credential_t *inp_cred,
+                                   const GEN_distNameString *inp_aclDom, std::int32_t *outp_matched);
+
+// Chooses the comparison by the two types.  Non-zero when the entry's domain cannot be read.
+std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *in_status, const char *inp_credDom,
+                                   SEC_domType_t in_credDomType, const GEN_distNameString *inp_aclDom,
+                                   std::int32_t *outp_matched);
+
+// Dotted names, by suffix; and names compared whole.  A null credential domain matches nothing.  Always 0.
+std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *in_status, const char *inp_credDom,
+                                      SEC_domType_t in_credDomType, const char *inp_aclDom,
+                                      SEC_domType_t in_aclDomType, std::int32_t *outp_matched);
+std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *in_status, const char *inp_credDom,
+                                        SEC_domType_t in_credDomType, const char *inp_aclDom,
+                                        SEC_domType_t in_aclDomType, std::int32_t *outp_matched);
+
+// Is the entry's domain a suffix of the credential's on a label boundary?  1 when memory runs out, with the
+// flag untouched.
+std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *in_status, const char *inp_credDom, const char *inp_aclDom,
+                                std::int32_t *outp_matched);
+
+// The bytes from the end to the start as a new text, or null.
+char *_ALA_ReverseString(const char *inp_str);
+
+// The machine's domain, looked up once per process, and its type, SEC_DOM_NT.  The text belongs to the
+// facility. Null, with the type 0, when the look-up could not be run.
+const char *ALA__GetHostDomain(SEC_domType_t *outp_domType);
+const char *ALA__GetUserDomain(SEC_domType_t *outp_domType);
+
+// The once-only look-up behind both.
+void TOnceGetDomainName();

@@ -1,0 +1,126 @@
+// The groups of the calling process, and whether an entry's group is among them.
+#include "ala/access/acl.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ala/owners.h"
+#include "service/text.h"
+
+constexpr DWORD kTokenSize = 512; // bytes for a token's groups; one that needs more has no group list
+constexpr DWORD kNameSize = 512;  // bytes of a group's name and of its domain
+constexpr DWORD kComputerNameSize = 16;
+
+namespace {
+
+struct HandleCloser {
+    void operator()(void *in_handle) const { CloseHandle(in_handle); }
+};
+using OpenToken = std::unique_ptr<void, HandleCloser>;
+
+} // namespace
+
+static bool addGroup(ALA_groupSIDList **inoutpp_list, const char *inp_name, const char *inp_domain) {
+    Malloced<ALA_groupSIDList> node = makeZeroed<ALA_groupSIDList>();
+    Malloced<char> name(_strdup(inp_name));
+    Malloced<char> domain(_strdup(inp_domain));
+    if (node == nullptr || name == nullptr || domain == nullptr)
+        return false;
+    *node = {name.release(), domain.release(), *inoutpp_list};
+    *inoutpp_list = node.release();
+    return true;
+}
+
+// Puts one group of the token into the list if it is of a kind that counts.  False when memory runs out.
+static bool addTokenGroup(ALA_groupSIDList **inoutpp_list, PSID inp_sid, const char *inp_computer) {
+    char name[kNameSize] = "";
+    char domain[kNameSize] = "";
+    DWORD nameSize = sizeof name;
+    DWORD domainSize = sizeof domain;
+    SID_NAME_USE use = SidTypeUser;
+    if (LookupAccountSidA(nullptr, inp_sid, name, &nameSize, domain, &domainSize, &use) == 0)
+        return true; // a group without a name is nobody's
+    if (use == SidTypeAlias)
+        return addGroup(inoutpp_list, name, inp_computer); // a local group counts in its machine's name
+    return use != SidTypeGroup || addGroup(inoutpp_list, name, domain);
+}
+
+std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *, ALA_groupSIDList **inoutpp_gSidList) {
+    if (*inoutpp_gSidList != nullptr)
+        return 0;
+    HANDLE opened = nullptr;
+    if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == 0)
+        return 1;
+    const OpenToken token(opened);
+    char computer[kComputerNameSize] = "";
+    DWORD computerSize = sizeof computer;
+    if (GetComputerNameA(computer, &computerSize) == 0)
+        return 1;
+    const Malloced<TOKEN_GROUPS> groups(static_cast<TOKEN_GROUPS *>(std::malloc(kTokenSize)));
+    DWORD needed = 0;
+    if (groups == nullptr ||
+        GetTokenInformation(token.get(), TokenGroups, groups.get(), kTokenSize, &needed) == 0)
+        return 1;
+    const SID_AND_ATTRIBUTES *first = groups->Groups;
+    const bool complete =
+        std::all_of(first, first + groups->GroupCount, [&](const SID_AND_ATTRIBUTES &group) {
+            return addTokenGroup(inoutpp_gSidList, group.Sid, computer);
+        });
+    if (!complete)
+        ALA__ClearGroupSIDList(inoutpp_gSidList);
+    return complete ? 0 : 1;
+}
+
+std::int32_t ALA__ClearGroupSIDList(ALA_groupSIDList **inoutpp_gSidList) {
+    while (*inoutpp_gSidList != nullptr) {
+        ALA_groupSIDList *node = *inoutpp_gSidList;
+        *inoutpp_gSidList = node->next;
+        std::free(node->user);
+        std::free(node->domainName);
+        std::free(node);
+    }
+    return 0;
+}
+
+static bool equalsIgnoringCase(const char *inp_text, const char *inp_bytes, std::size_t in_length) {
+    return std::strlen(inp_text) == in_length && _memicmp(inp_text, inp_bytes, in_length) == 0;
+}
+
+std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *,
+                          ALA_groupSIDList *const *inp_gSidList) {
+    const char *name = nullptr;
+    std::int32_t nameLength = 0;
+    if (const std::int32_t result = ALA__SeparateSimpleName(&inp_msACL->name, &name, &nameLength);
+        result != 0)
+        return result;
+    const StatusList status;
+    Malloced<char> domain;
+    if (GENU_ExtractDistNameString(status, TextOut(domain), nullptr, &inp_msACL->domain, 0) != 0)
+        return 1;
+    if (domain == nullptr || *domain == '\0')
+        return 1; // without a domain the entry's group is nobody's
+    for (const ALA_groupSIDList *group = *inp_gSidList; group != nullptr; group = group->next)
+        if (equalsIgnoringCase(group->user, name, static_cast<std::size_t>(nameLength)) &&
+            equalsIgnoringCase(group->domainName, domain.get(), std::strlen(domain.get())))
+            return 0;
+    return 1;
+}
+
+std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const char **outp_val,
+                                     std::int32_t *outp_len) {
+    switch (inp_serverName->choice) {
+    case GEN_ISO_646_IRV:
+    case GEN_CCITT_T_61:
+        *outp_val = inp_serverName->u.iso_646_irv;
+        *outp_len = static_cast<std::int32_t>(strnlen(*outp_val, sizeof inp_serverName->u.iso_646_irv));
+        return 0;
+    case GEN_ISO_LATIN1:
+    case GEN_ISO_UCS_2:
+    case GEN_OTHER_CODE_SET: // all three begin with the length and the bytes
+        *outp_val = reinterpret_cast<const char *>(inp_serverName->u.iso_latin1._value);
+        *outp_len = inp_serverName->u.iso_latin1.length;
+        return 0;
+    default:
+        return 1;
+    }
+}

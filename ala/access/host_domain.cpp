@@ -1,0 +1,98 @@
+// The domain of the machine the program runs on.
+#include "ala/access/domain.h"
+
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
+
+#include "ala/owners.h"
+#include "ala/trace.h"
+#include "service/thread.h"
+
+constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device
+constexpr DWORD kWorkstationLevel = 101;
+
+static char gMyDomainName[kDomainSize + 1] = ""; // empty until known, and when none is found
+static std::int32_t threadOnce = 0;
+
+static bool isWindowsNT() {
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    return GetVersionExA(&version) != 0 && version.dwPlatformId == VER_PLATFORM_WIN32_NT;
+}
+
+static bool networkLogonRuns() {
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000", 0,
+                      KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
+        return false;
+    DWORD flags = 0;
+    DWORD size = sizeof flags;
+    DWORD type = 0;
+    const LONG result =
+        RegQueryValueExA(key, "StatusFlags", nullptr, &type, reinterpret_cast<BYTE *>(&flags), &size);
+    RegCloseKey(key);
+    return result == ERROR_SUCCESS && size == sizeof flags && flags == kLogonServiceRuns;
+}
+
+static void keepAsDomain(const wchar_t *inp_wide) {
+    const int wideLength = static_cast<int>(std::wcslen(inp_wide));
+    const int size = WideCharToMultiByte(CP_OEMCP, 0, inp_wide, wideLength, nullptr, 0, nullptr, nullptr);
+    if (size <= 0 || static_cast<std::size_t>(size) >= sizeof gMyDomainName)
+        return; // a domain that does not fit is none
+    WideCharToMultiByte(CP_OEMCP, 0, inp_wide, wideLength, gMyDomainName, size, nullptr, nullptr);
+    gMyDomainName[size] = '\0';
+}
+
+static void takeLanGroup() {
+    HMODULE library = LoadLibraryA("netapi32.dll");
+    if (library == nullptr)
+        return;
+    const auto getInfo =
+        reinterpret_cast<decltype(&NetWkstaGetInfo)>(GetProcAddress(library, "NetWkstaGetInfo"));
+    const auto freeInfo =
+        reinterpret_cast<decltype(&NetApiBufferFree)>(GetProcAddress(library, "NetApiBufferFree"));
+    BYTE *buffer = nullptr;
+    if (getInfo != nullptr && freeInfo != nullptr) {
+        if (getInfo(nullptr, kWorkstationLevel, &buffer) != 0) {
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "SEC_GetDefaultDomain: NetWkstaGetInfo failed\n");
+        } else {
+            keepAsDomain(reinterpret_cast<const WKSTA_INFO_101 *>(buffer)->wki101_langroup);
+            freeInfo(buffer);
+        }
+    }
+    FreeLibrary(library);
+}
+
+static void takeComputerName() {
+    char computer[16] = "";
+    DWORD size = sizeof computer;
+    if (GetComputerNameA(computer, &size) == 0) {
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "TOnceGetDomainName: GetComputerName failed\n");
+        return;
+    }
+    std::copy(std::begin(computer), std::end(computer), gMyDomainName);
+}
+
+void TOnceGetDomainName() {
+    std::memset(gMyDomainName, 0, sizeof gMyDomainName);
+    if (!isWindowsNT())
+        return;
+    if (networkLogonRuns())
+        takeLanGroup();
+    else
+        takeComputerName();
+}
+
+const char *ALA__GetHostDomain(SEC_domType_t *outp_domType) {
+    const bool known = THR_Once(&threadOnce, TOnceGetDomainName) == 0;
+    if (!known)
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "ALA__GetUserDomain: THR_Once failed\n");
+    if (outp_domType != nullptr)
+        *outp_domType = known ? SEC_DOM_NT : 0;
+    return known ? gMyDomainName : nullptr;
+}
+
+const char *ALA__GetUserDomain(SEC_domType_t *outp_domType) {
+    return ALA__GetHostDomain(outp_domType);
+}

@@ -1,0 +1,189 @@
+// The cursors over the attributes of a job and of a document.
+#include "ala/cursor/cursor.h"
+
+#include "ala/render/render.h"
+#include "ala/trace.h"
+
+std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
+    const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);
+    inoutp_node->oid = result == 0 ? inoutp_node->oidBytes : nullptr;
+    return result;
+}
+
+// Renders the values in turn.  The last one's result counts; that of an earlier one shows as a missing value.
+static ALA_retCode_t deliverValues(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
+                                   const char *inp_locale, const CursorTexts &in_texts,
+                                   ALA_attrPair **outp_attribute, bool *outp_complete) {
+    ALA_retCode_t result = ALA_N_NORMAL;
+    for (std::uint32_t i = 0; i < inoutp_node->numAttrVal; ++i) {
+        const GEN_string &packed = inoutp_node->attrVals[i];
+        void *value = nullptr;
+        AS_attrValDesc_t description = {};
+        if (ODP_UnpackAV(in_status, packed.length, packed._value, inoutp_node->attrValType, &value,
+                         &description) != 0) {
+            ++in_handle->valuesPassedOver;
+            return ALA_FAIL(ALA_A_ODPUNPACK_ERROR,
+                            "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
+                            static_cast<std::int32_t>(inoutp_node->attrValType), in_texts.operation);
+        }
+        result = ALA__GetAttribute(inoutp_node, value, description, inp_locale, &in_handle->oidHandle,
+                                   outp_attribute);
+        if (result != ALA_N_NORMAL)
+            ++in_handle->valuesPassedOver;
+    }
+    *outp_complete = true;
+    return result;
+}
+
+ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_node, const char *inp_locale,
+                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
+                                    bool *outp_complete) {
+    const StatusList status;
+    if (const std::int32_t result = ALA__FillOid(status, inoutp_node); result != 0) {
+        ++in_handle->valuesPassedOver;
+        return ALA_FAIL(ALA_A_OID_ERROR,
+                        "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
+                        in_texts.operation, static_cast<unsigned>(result), inoutp_node->decoid);
+    }
+    if (inoutp_node->numAttrVal != 0)
+        return deliverValues(status, in_handle, inoutp_node, inp_locale, in_texts, outp_attribute,
+                             outp_complete);
+    const ALA_retCode_t result =
+        ALA__GetAttribute(inoutp_node, nullptr, {}, inp_locale, &in_handle->oidHandle, outp_attribute);
+    if (result != ALA_N_NORMAL)
+        ++in_handle->valuesPassedOver;
+    *outp_complete = true;
+    return result;
+}
+
+template <class Record>
+ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord,
+                               const CursorTexts &in_texts) {
+    if (const ALA_retCode_t valid = ALA__CheckHandle(in_handle, in_texts.operation); valid != ALA_N_NORMAL)
+        return valid;
+    if (inoutp_curRecord == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_RECORD, "inoutp_curRecord is NULL in %s; ALA_A_INVALID_RECORD",
+                        in_texts.operation);
+    if (*inoutp_curRecord == nullptr || (*inoutp_curRecord)->attrValList == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_RECORD, "%s", in_texts.invalidRecord);
+    return ALA_N_NORMAL;
+}
+template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, record **, const CursorTexts &);
+template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, docRecord **, const CursorTexts &);
+
+// Delivers the node at the cursor's index.  The cursor stands on it only once its rendering has reached its
+// end.
+template <class Record>
+static ALA_retCode_t deliverAtIndex(ALA_handle_t in_handle, Record *inoutp_record, const char *inp_locale,
+                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute) {
+    attrValNode *node = inoutp_record->attrValList + inoutp_record->index;
+    bool complete = false;
+    const ALA_retCode_t result =
+        ALA__DeliverAttribute(in_handle, node, inp_locale, in_texts, outp_attribute, &complete);
+    if (complete)
+        inoutp_record->curAttr = node;
+    return result;
+}
+
+constexpr CursorTexts kFirstFromJob = {
+    "ALA_GetFirstAttrFromJob",
+    "record or record->attrValList is NULL in ALA_GetFirstAttrFromJob; ALA_A_INVALID_RECORD"};
+constexpr CursorTexts kNextFromJob = {"ALA_GetNextAttrFromJob",
+                                      "record or record->attrValList is NULL or record->numAttr < 0 in "
+                                      "ALA_GetNextAttrFromJob; ALA_A_INVALID_RECORD"};
+constexpr CursorTexts kFirstFromDoc = {"ALA_GetFirstAttrFromDoc",
+                                       "record or record->attrValList is NULL or record->numDocAttr < 0 in "
+                                       "ALA_GetFirstAttrFromDoc; ALA_A_INVALID_RECORD"};
+constexpr CursorTexts kNextFromDoc = {"ALA_GetNextAttrFromDoc",
+                                      "record or record->attrValList is NULL or record->numDocAttr < 0 in "
+                                      "ALA_GetNextAttrFromDoc; ALA_A_INVALID_RECORD"};
+
+ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
+                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kFirstFromJob.operation);
+    *outp_attribute = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kFirstFromJob);
+        valid != ALA_N_NORMAL)
+        return valid;
+    record *job = *inoutp_curRecord;
+    job->curAttr = job->attrValList;
+    job->index = 0;
+    job->docIndex = 0;
+    return deliverAtIndex(in_alaHandle, job, inp_locale, kFirstFromJob, outp_attribute);
+}
+
+// Moves to the next node if the cursor was started and there is one.
+template <class Record>
+static bool advance(Record *inoutp_record, std::uint32_t in_count) {
+    // Past the end the index stops rising where it could wrap.
+    if (inoutp_record->curAttr == nullptr || inoutp_record->index == UINT32_MAX)
+        return false;
+    return ++inoutp_record->index < in_count;
+}
+
+ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
+                                     const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kNextFromJob.operation);
+    *outp_attribute = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kNextFromJob);
+        valid != ALA_N_NORMAL)
+        return valid;
+    record *job = *inoutp_curRecord;
+    if (!advance(job, job->numAttr))
+        return ALA_FAIL(ALA_A_LAST_ATTRIBUTE,
+                        "record->curAttr is NULL or (++(record->index)>=record->numAttr) in "
+                        "ALA_GetNextAttrFromJob; ALA_A_LAST_ATTRIBUTE");
+    if (job->index >= job->numJobAttr)
+        return ALA_FAIL(ALA_A_NO_MORE_JOB_ATTR,
+                        "record->index>=record->numJobAttr in ALA_GetNextAttrFromJob; "
+                        "ALA_A_NO_MORE_JOB_ATTR");
+    return deliverAtIndex(in_alaHandle, job, inp_locale, kNextFromJob, outp_attribute);
+}
+
+ALA_retCode_t ALA_GetFirstAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
+                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kFirstFromDoc.operation);
+    *outp_attribute = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kFirstFromDoc);
+        valid != ALA_N_NORMAL)
+        return valid;
+    docRecord *document = *inoutp_curRecord;
+    document->index = 0;
+    if (document->numDocAttr == 0) {
+        ALA_DETAIL("record->numDocAttr is 0 in ALA_GetFirstAttrFromDoc; ALA_A_LAST_ATTRIBUTE");
+        return ALA_A_LAST_ATTRIBUTE;
+    }
+    document->curAttr = document->attrValList;
+    return deliverAtIndex(in_alaHandle, document, inp_locale, kFirstFromDoc, outp_attribute);
+}
+
+ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
+                                     const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kNextFromDoc.operation);
+    *outp_attribute = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kNextFromDoc);
+        valid != ALA_N_NORMAL)
+        return valid;
+    docRecord *document = *inoutp_curRecord;
+    if (!advance(document, document->numDocAttr)) {
+        ALA_DETAIL(
+            "record->curAttr is NULL or (++(record->index)>=record->numDocAttr) in ALA_GetNextAttrFromDoc; "
+            "ALA_A_LAST_ATTRIBUTE");
+        return ALA_A_LAST_ATTRIBUTE;
+    }
+    return deliverAtIndex(in_alaHandle, document, inp_locale, kNextFromDoc, outp_attribute);
+}
+
+ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
+    ALA_attrPair *pair = *inoutp_attribute;
+    std::free(pair->attrName);
+    while (pair->attrVal != nullptr) {
+        attributeVal *value = pair->attrVal;
+        pair->attrVal = value->next;
+        std::free(value->value);
+        std::free(value);
+    }
+    std::free(pair);
+    *inoutp_attribute = nullptr;
+    return ALA_N_NORMAL;
+}

@@ -1,0 +1,143 @@
+// Document records, cut out of a job record.
+#include "ala/cursor/cursor.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "ala/owners.h"
+#include "ala/trace.h"
+
+namespace {
+
+struct DocumentDeleter {
+    void operator()(docRecord *inp_document) const { ALA_FreeDocmtRecord(&inp_document); }
+};
+using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
+
+} // namespace
+
+// Deep copies in the document's own memory.  False when memory runs out.
+static bool copyNode(const attrValNode &in_source, RecordMemory &inoutp_memory, attrValNode *outp_copy) {
+    *outp_copy = in_source;
+    if (in_source.oid != nullptr)
+        outp_copy->oid = outp_copy->oidBytes;
+    if (in_source.attrVals == nullptr)
+        return true;
+    const std::size_t count = in_source.numAttrVal;
+    outp_copy->attrVals = static_cast<GEN_string *>(inoutp_memory.allocate(count * sizeof(GEN_string)));
+    if (outp_copy->attrVals == nullptr)
+        return false;
+    for (std::size_t i = 0; i < count; ++i) {
+        const GEN_string &value = in_source.attrVals[i];
+        const auto length = static_cast<std::size_t>(value.length);
+        auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocate(length));
+        if (bytes == nullptr)
+            return false;
+        std::memcpy(bytes, value._value, length);
+        outp_copy->attrVals[i] = {value.length, bytes};
+    }
+    return true;
+}
+
+static ALA_retCode_t noMemoryForList(const char *in_operation) {
+    return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                    "Could not allocate memory for docRecord->attrValList in %s; ALA_A_OUT_OF_MEMORY",
+                    in_operation);
+}
+
+// The document of that number, counted from 0.  Its last nodes are missing if the record ends before them.
+static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number, const char *in_operation,
+                                  ALA_dRecord_t *outp_docRecord) {
+    OwnedDocument document(makeZeroed<docRecord>().release());
+    if (document == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                        "Could not allocate memory for docRecord in %s; ALA_A_OUT_OF_MEMORY", in_operation);
+    const std::uint64_t start =
+        inoutp_record->numJobAttr + std::uint64_t{in_number} * inoutp_record->docAttrPerDoc;
+    const std::uint64_t left = inoutp_record->numAttr - start;
+    const auto count =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(inoutp_record->docAttrPerDoc, left));
+    document->attrValList =
+        static_cast<attrValNode *>(std::malloc(std::max<std::size_t>(count, 1) * sizeof(attrValNode)));
+    if (document->attrValList == nullptr)
+        return noMemoryForList(in_operation);
+    for (; document->numDocAttr < count; ++document->numDocAttr)
+        if (!copyNode(inoutp_record->attrValList[start + document->numDocAttr], document->memory,
+                      &document->attrValList[document->numDocAttr]))
+            return noMemoryForList(in_operation);
+    ++inoutp_record->docIndex;
+    *outp_docRecord = document.release();
+    return ALA_N_NORMAL;
+}
+
+namespace {
+
+// Has the record got any documents?  No: *outp_none is set and the result is the operation's.
+ALA_retCode_t checkDocuments(ALA_handle_t in_handle, ALA_record_t *inoutp_curRecord,
+                             const CursorTexts &in_texts, bool *outp_none) {
+    *outp_none = false;
+    if (const ALA_retCode_t valid = ALA__CheckRecord(in_handle, inoutp_curRecord, in_texts);
+        valid != ALA_N_NORMAL)
+        return valid;
+    const record *job = *inoutp_curRecord;
+    if (job->numAttr == job->numJobAttr) {
+        ALA_DETAIL(
+            "There are no document attributes in this job record; numAttr = numJobAttr; in %s; ALA_N_NORMAL",
+            in_texts.operation);
+        *outp_none = true;
+    } else if (job->numAttr < job->numJobAttr) {
+        return ALA_FAIL(ALA_A_UNKNOWN_ERR, "numAttr (%d) < numJobAttr (%d) in %s; ALA_A_UNKNOWN_ERR",
+                        static_cast<std::int32_t>(job->numAttr), static_cast<std::int32_t>(job->numJobAttr),
+                        in_texts.operation);
+    }
+    return ALA_N_NORMAL;
+}
+
+} // namespace
+
+constexpr CursorTexts kFirstDocument = {"ALA_GetFirstDocmt",
+                                        "record or record->attrValList is NULL or record->numAttr < 0 in "
+                                        "ALA_GetFirstDocmt; ALA_A_INVALID_RECORD"};
+constexpr CursorTexts kNextDocument = {
+    "ALA_GetNextDocmt",
+    "record or record->attrValList is NULL or record->numAttr < 0 in ALA_GetNextDocmt; ALA_A_INVALID_RECORD"};
+
+ALA_retCode_t ALA_GetFirstDocmt(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
+                                ALA_dRecord_t *outp_docRecord) {
+    const FuncTrace trace(kFirstDocument.operation);
+    *outp_docRecord = nullptr;
+    bool none = false;
+    const ALA_retCode_t result = checkDocuments(in_alaHandle, inoutp_curRecord, kFirstDocument, &none);
+    if (result != ALA_N_NORMAL || none)
+        return result;
+    return copyDocument(*inoutp_curRecord, 0, kFirstDocument.operation, outp_docRecord);
+}
+
+ALA_retCode_t ALA_GetNextDocmt(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
+                               ALA_dRecord_t *outp_docRecord) {
+    const FuncTrace trace(kNextDocument.operation);
+    *outp_docRecord = nullptr;
+    bool none = false;
+    const ALA_retCode_t result = checkDocuments(in_alaHandle, inoutp_curRecord, kNextDocument, &none);
+    if (result != ALA_N_NORMAL || none)
+        return result;
+    record *job = *inoutp_curRecord;
+    const std::uint64_t start = std::uint64_t{job->docIndex} * job->docAttrPerDoc + job->numJobAttr;
+    // Documents without attributes would never use the record up.
+    if (job->docAttrPerDoc == 0 || job->numAttr <= start) {
+        ALA_DETAIL("No more document attributes in ALA_GetNextDocmt; ALA_A_NO_MORE_DOCMT_ATTR");
+        return ALA_A_NO_MORE_DOCMT_ATTR;
+    }
+    return copyDocument(job, job->docIndex, kNextDocument.operation, outp_docRecord);
+}
+
+ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord) {
+    if (inoutp_docRecord == nullptr || *inoutp_docRecord == nullptr)
+        return ALA_N_NORMAL;
+    docRecord *owned = *inoutp_docRecord;
+    owned->memory.release();
+    std::free(owned->attrValList);
+    std::free(owned);
+    *inoutp_docRecord = nullptr;
+    return ALA_N_NORMAL;
+}

@@ -1,0 +1,32 @@
+// Dates of the calendar and of files.
+#include "ala/directory/directory.h"
+
+#include "service/clock.h"
+#include "service/system.h"
+
+std::int32_t ALA__NumFromDate(const ALA_time *inp_date) {
+    return inp_date->year * 10000 + inp_date->month * 100 + inp_date->day;
+}
+
+ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_result) {
+    *outp_result = 0;
+    const StatusList status;
+    GEN_generalizedTime *now = nullptr;
+    if (GENU_GetCurrentTime(status, &now, 0) != 0)
+        return ALA_A_FAIL_TO_GET_TIME;
+    if (inp_date->year == now->year && inp_date->month == now->month && inp_date->day == now->day)
+        *outp_result = 1;
+    GEN_DeleteGeneralizedTime(status, now, nullptr);
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum) {
+    struct _stat file = {};
+    if (_stat(inp_fileName, &file) != 0)
+        return ALA_A_FAIL_TO_GET_TIME;
+    std::tm local = {};
+    if (SYSU_Localtime_r(&file.st_mtime, &local) == nullptr)
+        return ALA_A_FAIL_TO_GET_TIME;
+    *outp_dateInNum = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
+    return ALA_N_NORMAL;
+}

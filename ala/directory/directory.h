@@ -1,0 +1,55 @@
+// The log directory: which logs a server has, of which dates, and their removal.
+//
+// A file belongs to a server when its name starts with the server's name and a dot.  What follows is its
+// tail: "current" for the day in progress, dated by its last change; otherwise eight digits of a date.  A
+// date number is year * 10000 + month * 100 + day.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+#include "ala/owners.h"
+#include "platform/os.h"
+
+// A log by name and date, in a list.
+struct nameNode {
+    char *logName; // file name without directory; owned
+    std::int32_t date;
+    nameNode *next;
+};
+
+// The oldest log: its name, released with free, and its date number.  Of two logs of one date the one that
+// the directory gives first.
+ALA_retCode_t ALA__GetOldestLogName(const char *inp_svrName, const char *inp_acctLogPath,
+                                    char **outpp_logName, std::int32_t *outp_dateInNum);
+
+// All logs, newest first; null when there is none.  Written on success only.
+ALA_retCode_t ALA__GetSortedLogList(const char *inp_svrName, const char *inp_acctLogPath,
+                                    nameNode **outp_nameList);
+
+// Into descending order of dates, in place.
+void ALA__SortList(nameNode **inoutp_head);
+void ALA__FreeNameNodeList(nameNode **inoutp_list);
+
+// 1 if the date is today's, else 0.  ALA_A_FAIL_TO_GET_TIME when there is no current time; nothing is logged.
+ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_result);
+
+std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
+
+// The local date of a file's last change.  ALA_A_FAIL_TO_GET_TIME, with the output untouched, when the file
+// cannot be examined.
+ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum);
+
+// ALA_Delete for a log that was read: the file goes only if it is the very file that inp_read describes, and
+// no longer than what was read of it.  ALA_N_NORMAL with *outp_kept 1, and a log entry that says why, when it
+// stays because it is another or has grown.
+ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
+                              const OS_fileIdentity *inp_read, std::int32_t *outp_kept);
+
+// Paths of logs as new texts; null when memory runs out.
+Malloced<char> ALA__PathInDirectory(const char *inp_directory, const char *inp_name);
+Malloced<char> ALA__CurrentLogPath(const char *inp_directory, const char *inp_server);
+Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_server, const ALA_time *inp_date);
+
+// The path as the system's calls take it; false when FA_ConvertFilePath fails.
+bool ALA__ConvertPath(const char *inp_path, Malloced<char> &outp_converted);

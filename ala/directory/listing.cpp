@@ -1,0 +1,210 @@
+// The oldest log, the sorted list of logs, and the lists that the facility hands out.
+#include "ala/directory/directory.h"
+
+#include "ala/directory/scan.h"
+#include "ala/handle.h"
+#include "ala/trace.h"
+
+constexpr ScanRules kOldestRules = {
+    "Return code from ALA__GetOldestLogName is ALA_A_INVALID_ARG.",
+    "Return code from ALA__GetOldestLogName is ALA_A_OUT_OF_MEMORY.",
+    "Return code from ALA__GetOldestLogName is ALA_A_UNKNOWN_ERR. FA_ConvertFilePath failed",
+    "Return code from ALA__GetOldestLogName is ALA_A_FAIL_OPEN_DIR.",
+    ALA_A_FAIL_OPEN_DIR,
+    "ALA__GetDateFromStat failed in ALA__GetOldestLogName",
+};
+
+constexpr ScanRules kSortedRules = {
+    "Return code from ALA__GetSortedLogList is ALA_A_INVALID_ARG.",
+    "Return code from ALA__GetSortedLogList is ALA_A_OUT_OF_MEMORY.",
+    "Return code from ALA__GetSortedLogList is ALA_A_UNKNOWN_ERR.",
+    "Return code from ALA__GetSortedLogList is ALA_A_INVALID_LOG_PATH_NAME.",
+    ALA_A_INVALID_LOG_PATH_NAME,
+    nullptr,
+};
+
+namespace {
+
+template <class List, ALA_retCode_t (*Free)(List **)>
+struct ListDeleter {
+    void operator()(List *inp_list) const { Free(&inp_list); }
+};
+using DateList = std::unique_ptr<dateNode, ListDeleter<dateNode, ALA_FreeDateList>>;
+using NameList = std::unique_ptr<ALA_name, ListDeleter<ALA_name, ALA_FreeNameList>>;
+
+struct NameNodeDeleter {
+    void operator()(nameNode *inp_list) const { ALA__FreeNameNodeList(&inp_list); }
+};
+using NameNodeList = std::unique_ptr<nameNode, NameNodeDeleter>;
+
+} // namespace
+
+namespace {
+
+// Keeps the oldest log; of two logs of one date the one seen first.
+class OldestLog final : public LogVisitor {
+public:
+    ALA_retCode_t visit(const FoundLog &in_log) override {
+        const bool first = name == nullptr;
+        if (!first && in_log.date >= date)
+            return ALA_N_NORMAL;
+        date = in_log.date;
+        name.reset(_strdup(in_log.name));
+        if (name != nullptr)
+            return ALA_N_NORMAL;
+        return first ? ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", kOldestRules.noMemory)
+                     : ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                                "Return code from ALA__GetOldestLogName is ALA_A_OUT_OF_MEMORY");
+    }
+
+    Malloced<char> name;
+    std::int32_t date = -1;
+};
+
+// Puts every log at the head of a list.
+class LogList final : public LogVisitor {
+public:
+    ALA_retCode_t visit(const FoundLog &in_log) override {
+        Malloced<nameNode> node = makeZeroed<nameNode>();
+        Malloced<char> logName(_strdup(in_log.name));
+        if (node == nullptr || logName == nullptr)
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", kSortedRules.noMemory);
+        *node = {logName.release(), in_log.date, list.release()};
+        list.reset(node.release());
+        return ALA_N_NORMAL;
+    }
+
+    NameNodeList list;
+};
+
+} // namespace
+
+ALA_retCode_t ALA__GetOldestLogName(const char *inp_svrName, const char *inp_acctLogPath,
+                                    char **outpp_logName, std::int32_t *outp_dateInNum) {
+    OldestLog oldest;
+    const ALA_retCode_t result = scanLogs(inp_svrName, inp_acctLogPath, kOldestRules, oldest);
+    if (result != ALA_N_NORMAL)
+        return result;
+    if (oldest.name == nullptr)
+        return ALA_FAIL(ALA_A_FAIL_GET_LOG_NAME_FROM_DIR,
+                        "Return code from ALA__GetOldestLogName is ALA_A_FAIL_GET_LOG_NAME_FROM_DIR.");
+    *outpp_logName = oldest.name.release();
+    *outp_dateInNum = oldest.date;
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA__GetSortedLogList(const char *inp_svrName, const char *inp_acctLogPath,
+                                    nameNode **outp_nameList) {
+    LogList logs;
+    const ALA_retCode_t result = scanLogs(inp_svrName, inp_acctLogPath, kSortedRules, logs);
+    if (result != ALA_N_NORMAL)
+        return result;
+    nameNode *list = logs.list.release();
+    ALA__SortList(&list);
+    *outp_nameList = list;
+    return ALA_N_NORMAL;
+}
+
+// An insertion sort on the links.  A node with the date of the head goes directly behind it, one with the
+// date of a group further down in front of that group.
+void ALA__SortList(nameNode **inoutp_head) {
+    if (inoutp_head == nullptr || *inoutp_head == nullptr)
+        return;
+    nameNode *tail = *inoutp_head;
+    while (nameNode *cur = tail->next) {
+        nameNode **place = inoutp_head;
+        if (cur->date <= (*place)->date)
+            place = &(*place)->next;
+        while (*place != cur && cur->date < (*place)->date)
+            place = &(*place)->next;
+        if (*place == cur) {
+            tail = cur;
+            continue;
+        }
+        tail->next = cur->next;
+        cur->next = *place;
+        *place = cur;
+    }
+}
+
+void ALA__FreeNameNodeList(nameNode **inoutp_list) {
+    if (inoutp_list == nullptr)
+        return;
+    while (*inoutp_list != nullptr) {
+        nameNode *node = *inoutp_list;
+        *inoutp_list = node->next;
+        std::free(node->logName);
+        std::free(node);
+    }
+}
+
+static ALA_time dateFromNumber(std::int32_t in_number) {
+    const std::int32_t year = in_number / 10000;
+    const std::int32_t month = (in_number - year * 10000) / 100;
+    const std::int32_t day = in_number - (year * 100 + month) * 100;
+    return {static_cast<std::int16_t>(year), static_cast<std::int16_t>(month),
+            static_cast<std::int16_t>(day)};
+}
+
+ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **outp_dateList,
+                                         ALA_name **outp_nameList) {
+    const FuncTrace trace("ALA_ListExistingLogsByDate");
+    *outp_dateList = nullptr;
+    *outp_nameList = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_ListExistingLogsByDate");
+        valid != ALA_N_NORMAL)
+        return valid;
+    nameNode *sorted = nullptr;
+    if (const ALA_retCode_t result =
+            ALA__GetSortedLogList(in_alaHandle->svrName, in_alaHandle->acctLogPath, &sorted);
+        result != ALA_N_NORMAL)
+        return ALA_FAIL(result, "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate");
+
+    // The input runs newest first; building from the head turns it round.
+    const NameNodeList newestFirst(sorted);
+    DateList dates;
+    NameList names;
+    for (nameNode *log = sorted; log != nullptr; log = log->next) {
+        Malloced<dateNode> date = makeZeroed<dateNode>();
+        if (date == nullptr)
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for dateNode in "
+                                                 "ALA_ListExistingLogsByDate; ALA_A_OUT_OF_MEMORY");
+        *date = {dateFromNumber(log->date), dates.release()};
+        dates.reset(date.release());
+        Malloced<ALA_name> node = makeZeroed<ALA_name>();
+        if (node == nullptr)
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for nameNode in "
+                                                 "ALA_ListExistingLogsByDate; ALA_A_OUT_OF_MEMORY");
+        char *logName = _strdup(log->logName);
+        if (logName == nullptr)
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for nameNode->logName in "
+                                                 "ALA_ListExistingLogsByDate; ALA_A_OUT_OF_MEMORY");
+        *node = {logName, names.release()};
+        names.reset(node.release());
+    }
+    if (names == nullptr)
+        return ALA_FAIL(ALA_A_LOG_FILES_NOT_FOUND,
+                        "nameList is NULL in ALA_ListExistingLogsByDate; ALA_A_LOG_FILES_NOT_FOUND");
+    *outp_dateList = dates.release();
+    *outp_nameList = names.release();
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_FreeDateList(dateNode **inoutp_dateList) {
+    while (*inoutp_dateList != nullptr) {
+        dateNode *node = *inoutp_dateList;
+        *inoutp_dateList = node->next;
+        std::free(node);
+    }
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_FreeNameList(ALA_name **inoutp_nameList) {
+    while (*inoutp_nameList != nullptr) {
+        ALA_name *node = *inoutp_nameList;
+        *inoutp_nameList = node->next;
+        std::free(node->logName);
+        std::free(node);
+    }
+    return ALA_N_NORMAL;
+}

@@ -1,0 +1,89 @@
+#include "ala/environment.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "ala/owners.h"
+
+constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data
+
+static const char *servicePrefix(std::uint32_t in_serverType) {
+    if (in_serverType == kServerTypeSpooler)
+        return "qv spl ";
+    return in_serverType == kServerTypeOther ? "qv spv " : nullptr;
+}
+
+std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_serverType,
+                                 char **outpp_serviceName) {
+    if (outpp_serviceName == nullptr)
+        return -1;
+    *outpp_serviceName = nullptr;
+    const char *prefix = servicePrefix(in_serverType);
+    if (prefix == nullptr)
+        return -1;
+    *outpp_serviceName = _ALA_AddChar(prefix, inp_serverName);
+    return *outpp_serviceName != nullptr ? 0 : -1;
+}
+
+char *_ALA_AddChar(const char *inp_string, const char *inp_str) {
+    const std::size_t head = std::strlen(inp_string);
+    const std::size_t tail = std::strlen(inp_str) + 1;
+    auto *joined = static_cast<char *>(std::malloc(head + tail));
+    if (joined == nullptr)
+        return nullptr;
+    std::memcpy(joined, inp_string, head);
+    std::memcpy(joined + head, inp_str, tail);
+    return joined;
+}
+
+namespace {
+
+struct KeyCloser {
+    void operator()(HKEY in_key) const { RegCloseKey(in_key); }
+};
+using OpenKey = std::unique_ptr<OS_registryKey, KeyCloser>;
+
+} // namespace
+
+static OpenKey openKey(const char *inp_path) {
+    HKEY key = nullptr;
+    const bool opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, inp_path, 0, KEY_READ, &key) == ERROR_SUCCESS;
+    return OpenKey(opened ? key : nullptr);
+}
+
+static bool setVariable(const char *inp_name, const char *inp_data) {
+    const Malloced<char> head(_ALA_AddChar(inp_name, "="));
+    if (head == nullptr)
+        return false;
+    const Malloced<char> assignment(_ALA_AddChar(head.get(), inp_data));
+    if (assignment == nullptr)
+        return false;
+    static_cast<void>(_putenv(assignment.get())); // a name that is none sets nothing
+    return true;
+}
+
+std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
+    const Malloced<char> head(_ALA_AddChar("SYSTEM\\CurrentControlSet\\Services\\", inp_serviceName));
+    const Malloced<char> path(head != nullptr ? _ALA_AddChar(head.get(), "\\Environment") : nullptr);
+    if (path == nullptr)
+        return -1;
+    OpenKey key = openKey(path.get());
+    if (key == nullptr)
+        key = openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment");
+    if (key == nullptr)
+        return -1;
+
+    for (DWORD index = 0;; ++index) {
+        char achValue[kValueSize] = "";
+        char envValue[kValueSize + 1] = ""; // data may come without a terminator
+        DWORD nameSize = kValueSize;
+        DWORD dataSize = kValueSize;
+        DWORD type = 0;
+        const LONG result = RegEnumValueA(key.get(), index, achValue, &nameSize, nullptr, &type,
+                                          reinterpret_cast<BYTE *>(envValue), &dataSize);
+        if (result != ERROR_SUCCESS)
+            return result == ERROR_NO_MORE_ITEMS ? 0 : -1;
+        if (!setVariable(achValue, envValue))
+            return -1;
+    }
+}

@@ -1,0 +1,165 @@
+#include "ala/handle.h"
+
+#include <cstring>
+
+#include <unistd.h>
+
+#include "ala/access/domain.h"
+#include "ala/environment.h"
+#include "ala/owners.h"
+#include "ala/trace.h"
+#include "service/clock.h"
+#include "service/oid.h"
+#include "service/status.h"
+
+void *const ALA_nullHandle = nullptr;
+void *const ALA_nullAcctLogHandle = nullptr;
+void *const ALA_nullRecord = nullptr;
+
+THR_mutex_t timeLock = {};
+THR_mutex_t localeLock = {};
+static std::int32_t mutexInit = 0; // control word of the once-only set-up
+
+std::int32_t ALA__CurrentPid() {
+    return static_cast<std::int32_t>(getpid());
+}
+
+static bool isValid(ALA_handle_t in_handle) {
+    return in_handle != nullptr && in_handle->svrName != nullptr && in_handle->acctLogPath != nullptr &&
+           in_handle->pid == ALA__CurrentPid();
+}
+
+ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation) {
+    if (isValid(in_handle))
+        return ALA_N_NORMAL;
+    return ALA_FAIL(ALA_A_NOT_REGISTER,
+                    "handle, handle->svrName, handle->acctLogPath is NULL or handle->pid!=getpid in %s; "
+                    "ALA_A_NOT_REGISTER",
+                    in_operation);
+}
+
+ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation) {
+    if (isValid(in_handle))
+        return ALA_N_NORMAL;
+    return ALA_FAIL(ALA_A_NOT_REGISTER,
+                    "handle, handle->svrName or handle->acctLogPath is NULL or handle->pid != getpid in %s; "
+                    "ALA_A_NOT_REGISTER",
+                    in_operation);
+}
+
+void ALA__InitOnce() {
+    GENU_TimeZoneInit();
+}
+
+void ALA__InitMutex() {
+    THR_InitMutex(&localeLock);
+    THR_InitMutex(&timeLock);
+}
+
+namespace {
+
+struct HandleDeleter {
+    void operator()(handleData *inp_handle) const {
+        std::free(inp_handle->svrName);
+        std::free(inp_handle->acctLogPath);
+        std::free(inp_handle);
+    }
+};
+using OwnedHandle = std::unique_ptr<handleData, HandleDeleter>;
+
+} // namespace
+
+// QV_ROOT followed by "/share/oid", with the server's service environment loaded first.
+static ALA_retCode_t defaultOidPath(const char *inp_svrName, Malloced<char> &outp_path) {
+    Malloced<char> serviceName;
+    if (ALA__GetServiceName(inp_svrName, kServerTypeSpooler, TextOut(serviceName)) != 0)
+        return ALA_FAIL(ALA_A_SYSTEM_ERR,
+                        "ALA__GetServiceName failed for spooler %s in ALA_Register; ALA_A_SYSTEM_ERR",
+                        inp_svrName);
+    if (ALA__SetEnvironmentVariables(serviceName.get()) != 0)
+        return ALA_FAIL(ALA_A_SYSTEM_ERR,
+                        "ALA__SetEnvironmentVariables failed for server %s in ALA_Register; ALA_A_SYSTEM_ERR",
+                        serviceName.get());
+    const char *root = std::getenv("QV_ROOT");
+    if (root == nullptr)
+        return ALA_FAIL(ALA_A_SYSTEM_ERR, "getenv on QV_ROOT failed in ALA_Register; ALA_A_SYSTEM_ERR");
+    outp_path.reset(_ALA_AddChar(root, "/share/oid"));
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t openOidDatabase(const char *inp_path, void **outp_oidHandle) {
+    const StatusList status;
+    std::int32_t result = OID_Init(status, inp_path, 0);
+    if (result != 0)
+        return ALA_FAIL(ALA_A_OID_ERROR, "OID_Init failed in ALA_Register; oid return = 0x%X ALA_A_OID_ERROR",
+                        static_cast<unsigned>(result));
+    result = OID_OpenDb(status, inp_path, 0, 0, outp_oidHandle);
+    if (result == 0)
+        return ALA_N_NORMAL;
+    OID_Term();
+    return ALA_FAIL(ALA_A_OID_ERROR, "OID_OpenDb failed in ALA_Register; oid return = 0x%X ALA_A_OID_ERROR",
+                    static_cast<unsigned>(result));
+}
+
+ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath, const char *inp_oidDbPath,
+                           ALA_handle_t *outp_alaHandle) {
+    const FuncTrace trace("ALA_Register");
+    *outp_alaHandle = nullptr;
+    if (inp_svrName == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_SERVER_NAME,
+                        "inp_svrName is NULL for ALA_Register; ALA_A_INVALID_SERVER_NAME");
+    if (inp_acctLogPath == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_LOG_PATH_NAME,
+                        "inp_acctLogPath is NULL for ALA_Register;ALA_A_INVALID_LOG_PATH_NAME");
+
+    OwnedHandle handle(makeZeroed<handleData>().release());
+    if (handle == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for handle; ALA_A_OUT_OF_MEMORY");
+    handle->pid = ALA__CurrentPid();
+    handle->svrName = _strdup(inp_svrName);
+    if (handle->svrName == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                        "Could not allocate memory for handle->svrName; ALA_A_OUT_OF_MEMORY");
+    handle->acctLogPath = _strdup(inp_acctLogPath);
+    if (handle->acctLogPath == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                        "Could not allocate memory for handle->acctLogPath; ALA_A_OUT_OF_MEMORY");
+
+    Malloced<char> oidPath;
+    if (inp_oidDbPath != nullptr)
+        oidPath.reset(_strdup(inp_oidDbPath));
+    else if (const ALA_retCode_t result = defaultOidPath(inp_svrName, oidPath); result != ALA_N_NORMAL)
+        return result;
+    if (oidPath == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for oidPath; ALA_A_OUT_OF_MEMORY");
+    ALA_DETAIL("ALA_Register - oidPath: %s\n", oidPath.get());
+    if (const ALA_retCode_t result = openOidDatabase(oidPath.get(), &handle->oidHandle);
+        result != ALA_N_NORMAL)
+        return result;
+
+    // What these three cannot set up shows where it is used: a lock that does not lock, a domain without a
+    // text.
+    static_cast<void>(THR_Once(&mutexInit, ALA__InitOnce));
+    ALA__InitMutex();
+    ALA__EACL_Init();
+    *outp_alaHandle = handle.release();
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_Unregister(ALA_handle_t *inoutp_alaHandle) {
+    const FuncTrace trace("ALA_Unregister");
+    const ALA_retCode_t valid =
+        ALA__CheckHandle(inoutp_alaHandle != nullptr ? *inoutp_alaHandle : nullptr, "ALA_Unregister");
+    if (valid != ALA_N_NORMAL)
+        return valid;
+
+    const OwnedHandle handle(*inoutp_alaHandle);
+    ALA__EACL_Term();
+    THR_TermMutex(&localeLock);
+    THR_TermMutex(&timeLock);
+    const StatusList status;
+    OID_CloseDb(status, &handle->oidHandle);
+    OID_Term();
+    *inoutp_alaHandle = nullptr;
+    return ALA_N_NORMAL;
+}

@@ -1,0 +1,35 @@
+// The registration behind an ALA_handle_t, and the facility's process-wide state.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+#include "service/thread.h"
+
+struct handleData {
+    std::int32_t pid;  // of the process that registered
+    char *svrName;     // owned
+    char *acctLogPath; // owned
+    void *oidHandle;   // the open OID database
+
+    // Values, and attributes, that the cursors could not deliver so far.  A log whose walk raised this number
+    // has something in it that no report shows.
+    std::uint64_t valuesPassedOver;
+};
+
+// Guards of the time conversion and of the switching of the locale; never held together.
+extern THR_mutex_t timeLock;
+extern THR_mutex_t localeLock;
+
+// The check that every operation makes on its handle.  ALA_N_NORMAL, or ALA_A_NOT_REGISTER with a level 5
+// line that names the operation.
+ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation);
+
+// The same for ALA_Open and ALA_Close, whose line has words of its own.
+ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation);
+
+std::int32_t ALA__CurrentPid();
+
+// Once per process, and at every registration.
+void ALA__InitOnce();
+void ALA__InitMutex();

@@ -1,0 +1,29 @@
+// An open log: its descriptor stands on the record to be read next.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+#include "platform/os.h"
+
+struct logParams {
+    std::int32_t fd;        // -1 once closed
+    char *logName;          // path of the file that was opened; owned
+    std::int32_t date;      // date number: year * 10000 + month * 100 + day
+    std::int32_t pid;       // of the process that opened it
+    std::uint32_t verNum;   // format version from the header
+    std::int32_t todaysLog; // 0; no operation depends on it
+};
+
+// Reads the header of the log and finds out whether its access list admits the caller: accessOK is 1 then,
+// else 0.  With ALA_N_NORMAL the descriptor stands on the first record.
+ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber);
+
+// The format version from which on the header holds createDate, and the one from which on records hold the
+// counts of job and document attributes.
+constexpr std::uint32_t kVersionWithDate = 2;
+constexpr std::uint32_t kVersionWithCounts = 3;
+
+// The file of an open log and how much of it was read: size is the position behind the last record delivered.
+// 0, or -1 when that cannot be found out.
+std::int32_t ALA__ReadExtent(ALA_acctLogHandle_t in_log, OS_fileIdentity *outp_extent);

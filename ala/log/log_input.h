@@ -1,0 +1,42 @@
+// Reading the fields of a log file.
+//
+// Two kinds of 32-bit word occur: net words in network byte order, and native ones in the byte order of the
+// machine.  A read that gives fewer bytes than asked for is a failed read.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+constexpr std::size_t kDecoidSize = 137;
+
+// What precedes the values of an attribute, as it stands in the file.
+struct ALA_attrTag_t {
+    std::uint32_t numAttrVal; // native: number of value blocks behind the tag
+    std::uint32_t attrID;     // native; nothing interprets it
+    char decoid[kDecoidSize]; // dotted decimal, NUL-terminated
+    char fill[3];
+    std::uint32_t attrValType; // native
+};
+static_assert(sizeof(ALA_attrTag_t) == 152, "the size of a tag in the file");
+static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
+
+class LogInput {
+public:
+    explicit LogInput(int in_fd) : fd(in_fd) {}
+
+    bool read(void *outp_bytes, std::size_t in_size);
+    bool readNetWord(std::uint32_t *outp_word);
+    bool readNativeWord(std::uint32_t *outp_word) { return read(outp_word, sizeof *outp_word); }
+
+    // Bytes taken from the file so far, those of a failed read included.
+    std::int64_t consumed() const { return taken; }
+
+private:
+    int fd;
+    std::int64_t taken = 0;
+};
+
+// How much memory a count or length of the file may ask for before the bytes behind it were seen.  From there
+// on the memory doubles as the bytes arrive, so that a damaged count or length never takes much more than the
+// file.
+constexpr std::size_t kTrustedBytes = 64 * 1024;

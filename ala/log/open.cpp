@@ -1,0 +1,145 @@
+// Opening a log by its date, and closing it.
+#include "ala/log/log.h"
+
+#include <cstdio>
+
+#include "ala/directory/directory.h"
+#include "ala/handle.h"
+#include "ala/owners.h"
+#include "ala/trace.h"
+#include "service/system.h"
+
+static ALA_retCode_t noMemoryForPath() {
+    return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                    "Could not allocate memory for logName in ALA_Open; ALA_A_OUT_OF_MEMORY");
+}
+
+namespace {
+
+struct LogFile {
+    Malloced<char> path;          // as made from directory and name
+    Malloced<char> convertedPath; // as the system takes it
+    Descriptor descriptor;
+    std::int32_t date = 0;
+};
+
+} // namespace
+
+static ALA_retCode_t convertPath(LogFile &inoutp_file) {
+    if (ALA__ConvertPath(inoutp_file.path.get(), inoutp_file.convertedPath))
+        return ALA_N_NORMAL;
+    return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Open; ALA_A_UNKNOWN_ERR");
+}
+
+static ALA_retCode_t pathOfOldest(ALA_handle_t in_handle, LogFile &outp_file) {
+    Malloced<char> oldest;
+    if (ALA__GetOldestLogName(in_handle->svrName, in_handle->acctLogPath, TextOut(oldest), &outp_file.date) !=
+        ALA_N_NORMAL)
+        return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
+                        "ALA__GetOldestLogName failed in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
+    outp_file.path = ALA__PathInDirectory(in_handle->acctLogPath, oldest.get());
+    return outp_file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
+}
+
+static ALA_retCode_t pathOfDate(ALA_handle_t in_handle, const ALA_time *inp_date, LogFile &outp_file) {
+    std::int32_t isToday = 0;
+    if (const ALA_retCode_t result = ALA__IsTodaysDate(inp_date, &isToday); result != ALA_N_NORMAL)
+        return ALA_FAIL(result, "ALA__IsTodaysDate failed in ALA_Open");
+    outp_file.date = ALA__NumFromDate(inp_date);
+    outp_file.path = isToday != 0 ? ALA__CurrentLogPath(in_handle->acctLogPath, in_handle->svrName)
+                                  : ALA__DatedLogPath(in_handle->acctLogPath, in_handle->svrName, inp_date);
+    return outp_file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
+}
+
+// The log of the day in progress stands in for a date on which it was last written.
+static ALA_retCode_t openStandBy(ALA_handle_t in_handle, LogFile &inoutp_file) {
+    inoutp_file.path = ALA__CurrentLogPath(in_handle->acctLogPath, in_handle->svrName);
+    if (inoutp_file.path == nullptr)
+        return noMemoryForPath();
+    if (const ALA_retCode_t result = convertPath(inoutp_file); result != ALA_N_NORMAL)
+        return result;
+    std::int32_t lastWritten = 0; // matches no date if the file cannot be examined
+    static_cast<void>(ALA__GetDateFromStat(inoutp_file.convertedPath.get(), &lastWritten));
+    if (lastWritten == inoutp_file.date)
+        inoutp_file.descriptor.reset(SYSU_Open(inoutp_file.convertedPath.get(), 0));
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t openFile(ALA_handle_t in_handle, const ALA_time *inp_date, LogFile &outp_file) {
+    ALA_retCode_t result =
+        inp_date == nullptr ? pathOfOldest(in_handle, outp_file) : pathOfDate(in_handle, inp_date, outp_file);
+    if (result != ALA_N_NORMAL)
+        return result;
+    ALA_DETAIL("svrName: %s\n", in_handle->svrName);
+    ALA_DETAIL("logName: %s\n", outp_file.path.get());
+    result = convertPath(outp_file);
+    if (result != ALA_N_NORMAL)
+        return result;
+    outp_file.descriptor.reset(SYSU_Open(outp_file.convertedPath.get(), 0));
+    if (!outp_file.descriptor.isOpen() && inp_date != nullptr) {
+        result = openStandBy(in_handle, outp_file);
+        if (result != ALA_N_NORMAL)
+            return result;
+    }
+    if (!outp_file.descriptor.isOpen())
+        return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
+                        "SYSU_Open failed in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
+                       ALA_acctLogHandle_t *outp_logHandle) {
+    const FuncTrace trace("ALA_Open");
+    *outp_logHandle = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_alaHandle, "ALA_Open"); valid != ALA_N_NORMAL)
+        return valid;
+    LogFile file;
+    if (const ALA_retCode_t result = openFile(in_alaHandle, inp_date, file); result != ALA_N_NORMAL)
+        return result;
+
+    std::int32_t accessOK = 0;
+    std::uint32_t verNum = 0;
+    if (const ALA_retCode_t result = ALA__LookupPermission(file.descriptor.get(), &accessOK, &verNum);
+        result != ALA_N_NORMAL)
+        return ALA_FAIL(result, "ALA__LookupPermission failed in ALA_Open");
+    if (accessOK != 1)
+        return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE,
+                        "No access to log file in ALA_Open; ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE");
+
+    Malloced<logParams> log = makeZeroed<logParams>();
+    if (log == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                        "Could not allocate memory for logHandle in ALA_Open; ALA_A_OUT_OF_MEMORY");
+    *log = {file.descriptor.release(), file.convertedPath.release(), file.date, ALA__CurrentPid(), verNum, 0};
+    *outp_logHandle = log.release();
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_acctLogHandle) {
+    const FuncTrace trace("ALA_Close");
+    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_alaHandle, "ALA_Close"); valid != ALA_N_NORMAL)
+        return valid;
+    if (inoutp_acctLogHandle == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
+                        "inoutp_acctLogHandle is NULL in ALA_Close; ALA_A_INVALID_LOG_HANDLE");
+    logParams *log = *inoutp_acctLogHandle;
+    if (log == nullptr || log->pid != ALA__CurrentPid())
+        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
+                        "*inoutp_acctLogHandle is NULL or logHandle->pid!=getpid in "
+                        "ALA_Close; ALA_A_INVALID_LOG_HANDLE");
+    if (log->fd == -1)
+        return ALA_FAIL(ALA_A_LOG_FILE_NOT_OPEN, "logHandle->fd == -1 in ALA_Close; ALA_A_LOG_FILE_NOT_OPEN");
+    static_cast<void>(_close(log->fd)); // only read from: nothing can be lost
+    log->fd = -1;
+    std::free(log->logName);
+    std::free(log);
+    *inoutp_acctLogHandle = nullptr;
+    return ALA_N_NORMAL;
+}
+
+std::int32_t ALA__ReadExtent(ALA_acctLogHandle_t in_log, OS_fileIdentity *outp_extent) {
+    if (OS_IdentifyDescriptor(in_log->fd, outp_extent) != 0)
+        return -1;
+    outp_extent->size = _lseek(in_log->fd, 0, SEEK_CUR);
+    return outp_extent->size >= 0 ? 0 : -1;
+}

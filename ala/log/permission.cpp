@@ -1,0 +1,174 @@
+// The log's header, and what its access list says of the caller.
+#include "ala/log/log.h"
+
+#include <cstring>
+
+#include <arpa/inet.h>
+
+#include "ala/access/acl.h"
+#include "ala/log/memory.h"
+#include "ala/owners.h"
+#include "ala/trace.h"
+#include "service/packed.h"
+
+static const char *codeName(ALA_retCode_t in_code) {
+    switch (in_code) {
+#define ALA_RETURN_CODE(number, name, message, logText)                                                      \
+    case number:                                                                                             \
+        return #name;
+#define ALA_UNNAMED_CODE(number, message, logText)
+#include "ala/return_codes.inc"
+    default:
+        return "unknown";
+    }
+}
+
+namespace {
+
+// A credential with the copies that it owns.
+class Credential {
+public:
+    Credential() = default;
+    ~Credential() {
+        std::free(caller.user);
+        std::free(caller.domainName);
+        std::free(caller.host);
+        std::free(caller.hostDomain);
+    }
+    Credential(const Credential &) = delete;
+    Credential &operator=(const Credential &) = delete;
+
+    // False when memory runs out.
+    bool fill(const ALA__pac &in_pac) {
+        caller.user = _strdup(in_pac.user);
+        caller.domainName = _strdup(in_pac.userDomain);
+        caller.userDomType = in_pac.userDomType;
+        caller.host = _strdup(in_pac.host);
+        caller.hostDomain = _strdup(in_pac.hostDomain);
+        caller.hostDomType = in_pac.hostDomType;
+        return caller.user != nullptr && caller.domainName != nullptr && caller.host != nullptr &&
+               caller.hostDomain != nullptr;
+    }
+    const ALA_credential_t *get() const { return &credential; }
+
+private:
+    ALA_credential_t credential = {};
+    ALA_oncMsCred &caller = credential.u.oncMsCred;
+};
+
+struct Header {
+    std::uint32_t verNum;
+    ALA_attrTag_t tag;
+};
+
+} // namespace
+
+static ALA_retCode_t readHeader(LogInput &inoutp_in, Header *outp_header) {
+    if (!inoutp_in.readNetWord(&outp_header->verNum))
+        return ALA_A_FAIL_READ_LOG_FILE;
+    ALA_DETAIL("verNum: %d\n", static_cast<std::int32_t>(outp_header->verNum));
+    if (outp_header->verNum >= kVersionWithDate) {
+        std::uint32_t createDate = 0;
+        if (!inoutp_in.readNetWord(&createDate))
+            return ALA_A_FAIL_READ_LOG_FILE;
+        ALA_DETAIL("createDate: %d\n", static_cast<std::int32_t>(createDate));
+    }
+    std::uint32_t numAttr = 0;
+    if (!inoutp_in.readNetWord(&numAttr))
+        return ALA_A_FAIL_READ_LOG_FILE;
+    ALA_DETAIL("numAttr: %d\n", static_cast<std::int32_t>(numAttr));
+    if (numAttr == 0)
+        return ALA_A_BAD_NUMATTR_VALUE;
+    ALA_attrTag_t &tag = outp_header->tag;
+    if (!inoutp_in.read(&tag, sizeof tag))
+        return ALA_A_FAIL_READ_LOG_FILE;
+    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d\n", static_cast<std::int32_t>(tag.numAttrVal),
+               static_cast<std::int32_t>(tag.attrID), static_cast<std::int32_t>(tag.attrValType));
+    ALA_DETAIL("numAttrVal: %d\n", static_cast<std::int32_t>(tag.numAttrVal));
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t gatherCredential(Credential &outp_credential) {
+    OSVERSIONINFOA version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    if (GetVersionExA(&version) == 0)
+        return ALA_A_SYSTEM_ERR;
+    ALA__pac pac = {};
+    std::int32_t failed = 0;
+    if (version.dwPlatformId == VER_PLATFORM_WIN32_WINDOWS)
+        failed = ALA__GetUserInfoForClient95(&pac);
+    else if (version.dwPlatformId == VER_PLATFORM_WIN32_NT)
+        failed = ALA__GetUserInfoForClientNT(&pac);
+    else
+        return ALA_A_UNKNOWN_ERR;
+    if (failed != 0)
+        return ALA_A_SYSTEM_ERR;
+    return outp_credential.fill(pac) ? ALA_N_NORMAL : ALA_A_OUT_OF_MEMORY;
+}
+
+// Evaluates one packed entry, unless an earlier one has granted access; it has to be sound in either case.
+static ALA_retCode_t evaluateEntry(const GEN_string &in_packed, AS_attrValType_t in_type,
+                                   const Credential &in_credential, std::int32_t *inoutp_accessOK) {
+    const StatusList status;
+    void *value = nullptr;
+    AS_attrValDesc_t description = {};
+    if (in_type != AS_ACCESS_LIST_ENTRY) // whatever it unpacks to, it is no entry
+        return ALA_A_ODPUNPACK_ERROR;
+    if (ODP_UnpackAV(status, in_packed.length, in_packed._value, in_type, &value, &description) != 0)
+        return ALA_A_ODPUNPACK_ERROR;
+    auto *entry = static_cast<GEN_eACL *>(value);
+    std::int32_t bad = 0;
+    if (*inoutp_accessOK == 0)
+        bad = ALA__AccountingAuthorized(status, entry, in_credential.get(), inoutp_accessOK);
+    GEN_DeleteExtACL(status, entry, nullptr);
+    return bad == 0 ? ALA_N_NORMAL : ALA_A_ODPUNPACK_ERROR;
+}
+
+static ALA_retCode_t readEntry(LogInput &inoutp_in, AS_attrValType_t in_type, const Credential &in_credential,
+                               std::int32_t *inoutp_accessOK) {
+    std::uint32_t length = 0;
+    if (!inoutp_in.readNativeWord(&length))
+        return ALA_A_FAIL_READ_LOG_FILE;
+    ALA_DETAIL("attrVals->length: %d ntohl: %d\n", static_cast<std::int32_t>(length),
+               static_cast<std::int32_t>(ntohl(length)));
+    struct Owned : RecordMemory {
+        ~Owned() { release(); }
+    } memory;
+    GEN_string packed = {};
+    switch (readValueBytes(inoutp_in, length, memory, &packed)) {
+    case ReadResult::Cut:
+        return ALA_A_FAIL_READ_LOG_FILE;
+    case ReadResult::NoMemory:
+        return ALA_A_OUT_OF_MEMORY;
+    case ReadResult::Whole:
+        break;
+    }
+    return evaluateEntry(packed, in_type, in_credential, inoutp_accessOK);
+}
+
+static ALA_retCode_t lookUp(LogInput in, std::int32_t *outp_accessOK, std::uint32_t *outp_verNumber) {
+    Header header = {};
+    const ALA_retCode_t headerResult = readHeader(in, &header);
+    *outp_verNumber = header.verNum;
+    if (headerResult != ALA_N_NORMAL)
+        return headerResult;
+    Credential credential;
+    if (const ALA_retCode_t result = gatherCredential(credential); result != ALA_N_NORMAL)
+        return result;
+    // The first record lies behind the last entry, so all are read even after one has granted access.
+    std::int32_t granted = 0;
+    for (std::uint32_t i = 0; i < header.tag.numAttrVal; ++i)
+        if (const ALA_retCode_t result = readEntry(in, header.tag.attrValType, credential, &granted);
+            result != ALA_N_NORMAL)
+            return result;
+    *outp_accessOK = granted;
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber) {
+    *accessOK = 0;
+    const ALA_retCode_t result = lookUp(LogInput(in_fd), accessOK, verNumber);
+    if (result == ALA_N_NORMAL)
+        return result;
+    return ALA_FAIL(result, "Return code for ALA__LookupPermission is %s", codeName(result));
+}

@@ -1,0 +1,46 @@
+// A job record in memory: all its attributes, their values still packed.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+#include "ala/log/memory.h"
+#include "service/oid.h"
+#include "service/packed.h"
+#include "service/values.h"
+
+// One attribute.
+struct attrValNode {
+    std::uint32_t numAttrVal;
+    std::uint32_t attrID;
+    std::uint8_t *oid; // binary object identifier: null until first used, then oidBytes
+    char decoid[kDecoidSize];
+    AS_attrValType_t attrValType;
+    GEN_string *attrVals; // numAttrVal of them; null when there are none
+    std::uint8_t oidBytes[OID_BINARY_SIZE];
+};
+
+struct record {
+    std::uint32_t numAttr;
+    std::uint32_t numJobAttr;    // leading attributes that belong to the job; 0 for old logs
+    std::uint32_t docAttrPerDoc; // 0 for old logs
+    attrValNode *attrValList;    // numAttr of them, in file order; owned
+    attrValNode *curAttr;        // node last delivered by the job cursor, null before the first
+    std::uint32_t index;         // of that node
+    std::uint32_t docIndex;      // documents handed out since the job cursor was started
+    RecordMemory memory;         // of the values
+};
+
+// One document: deep copies of its attributes, independent of the record.
+struct docRecord {
+    std::uint32_t numDocAttr;
+    std::uint32_t index;
+    attrValNode *attrValList; // numDocAttr of them; owned
+    attrValNode *curAttr;
+    RecordMemory memory; // of the values
+};
+
+// After a failed read: sets the file's position, releases what has been read of the record, if anything, and
+// clears the variable.
+void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
+                              std::int32_t in_pos);

@@ -1,0 +1,272 @@
+// The bytes at the log's position as one job record.
+#include "ala/log/record.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "ala/handle.h"
+#include "ala/log/log.h"
+#include "ala/owners.h"
+#include "ala/trace.h"
+
+namespace {
+
+// What the two reading operations do differently.
+struct ReaderRules {
+    const char *operation;
+    ALA_retCode_t codeOfNoRecord; // no byte where a record should begin
+    bool backToFileStart;         // after a failure; otherwise back to the record's first byte
+    const char *nullAddress;
+    const char *invalidHandle;
+    const char *noRecord;
+    const char *zeroAttributes;
+    const char *noJobAttributes;
+    const char *noDocAttributes;
+    const char *noMemoryForRecord;
+    const char *noMemoryForList;
+    const char *noMemoryForValues;
+    const char *noMemoryForValue;
+    const char *cutInAttributes;
+    const char *tagDetail;
+    const char *tagDetail2;  // null: none
+    const char *valueDetail; // null: none
+};
+
+constexpr ReaderRules kFirstRecord = {
+    "ALA_GetFirstJobRecord",
+    ALA_A_FAIL_READ_LOG_FILE,
+    true,
+    "inoutp_logHandle is NULL in ALA_GetFirstJobRecord; ALA_A_INVALID_LOG_HANDLE",
+    "logHandle is NULL or logHandle->pid!=getpid in ALA_GetFirstJobRecord; ALA_A_INVALID_LOG_HANDLE",
+    "read failed in ALA_GetFirstJobRecord; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
+    "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB",
+    "read failed, job attrs, numJobAttr = %d, in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE",
+    "read failed, doc attrs, docAttrPerDoc = %d, in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE",
+    "Could not allocate memory for record in ALA_GetFirstJobRecord; ALA_A_OUT_OF_MEMORY",
+    "Could not allocate memory for record->attrValList in ALA_GetFirstJobRecord; ALA_A_OUT_OF_MEMORY",
+    "Could not allocate memory for record->attrValList[%d].attrVals in ALA_GetFirstJobRecord; "
+    "ALA_A_OUT_OF_MEMORY",
+    "Could not allocate memory for attrVals->_value in ALA_GetFirstJobRecord; ALA_A_OUT_OF_MEMORY",
+    "(%d < %d) || (%d<%d in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE",
+    "ALA_GetFirstJobRecord numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
+    nullptr,
+    "attrVals->length: %d\n",
+};
+
+constexpr ReaderRules kNextRecord = {
+    "ALA_GetNextJobRecord",
+    ALA_A_LAST_ATTRIBUTE,
+    false,
+    "inoutp_logHandle is NULL in ALA_GetNextJobRecord; ALA_A_INVALID_LOG_HANDLE",
+    "logHandle is NULL or logHandle->pid!=getpid in ALA_GetNextJobRecord; ALA_A_INVALID_LOG_HANDLE",
+    "read failed in ALA_GetNextJobRecord; numAttr = %d ALA_A_LAST_ATTRIBUTE",
+    "numAttr %d < 0 in ALA_GetNextJobRecord; ALA_A_NO_MORE_JOB",
+    "read, job attrs failed in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE",
+    "read, doc attrs failed in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE",
+    "Could not allocate memory for record in ALA_GetNextJobRecord; ALA_A_OUT_OF_MEMORY",
+    "Could not allocate memory for record->attrValList in ALA_GetNextJobRecord; ALA_A_OUT_OF_MEMORY",
+    "Could not allocate memory for record->attrValList[%d].attrVals in ALA_GetNextJobRecord; "
+    "ALA_A_OUT_OF_MEMORY",
+    "Could not allocate memory for attrVals->_value in ALA_GetNextJobRecord; ALA_A_OUT_OF_MEMORY",
+    "(%d < %d) || (%d < %d) in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE",
+    "numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
+    "numAttrs: %d\n",
+    nullptr,
+};
+
+struct RecordDeleter {
+    void operator()(record *inp_record) const { ALA_FreeJobRecord(&inp_record); }
+};
+using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
+
+struct Counts {
+    std::uint32_t numAttr;
+    std::uint32_t numJobAttr;
+    std::uint32_t docAttrPerDoc;
+};
+
+} // namespace
+
+// An array of in_count elements grows as its elements are read: this many are trusted at once.
+template <class Element>
+static std::uint32_t trusted(std::uint32_t in_count) {
+    return std::min(in_count, static_cast<std::uint32_t>(kTrustedBytes / sizeof(Element)));
+}
+
+static std::uint32_t grown(std::uint32_t in_room, std::uint32_t in_count) {
+    return in_room > in_count / 2 ? in_count : 2 * in_room;
+}
+
+static ALA_retCode_t readCounts(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
+                                Counts *outp_counts) {
+    if (!inoutp_in.readNetWord(&outp_counts->numAttr)) {
+        if (inoutp_in.consumed() == 0)
+            return ALA_FAIL(in_rules.codeOfNoRecord, in_rules.noRecord, 0);
+        return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "read failed in %s; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
+                        in_rules.operation, 0);
+    }
+    if (outp_counts->numAttr == 0)
+        return ALA_FAIL(ALA_A_NO_MORE_JOB, in_rules.zeroAttributes, 0);
+    if (in_verNum < kVersionWithCounts)
+        return ALA_N_NORMAL;
+    if (!inoutp_in.readNetWord(&outp_counts->numJobAttr))
+        return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, in_rules.noJobAttributes, 0);
+    if (!inoutp_in.readNetWord(&outp_counts->docAttrPerDoc))
+        return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, in_rules.noDocAttributes, 0);
+    return ALA_N_NORMAL;
+}
+
+// The failure of a read inside the attributes; a count of values stands for "none read yet" as 0.
+static ALA_retCode_t cutRecord(const ReaderRules &in_rules, std::uint32_t in_attr, std::uint32_t in_numAttr,
+                               std::uint32_t in_value, std::uint32_t in_numValues) {
+    return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, in_rules.cutInAttributes, static_cast<std::int32_t>(in_attr),
+                    static_cast<std::int32_t>(in_numAttr), static_cast<std::int32_t>(in_value),
+                    static_cast<std::int32_t>(in_numValues));
+}
+
+static ALA_retCode_t readValues(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
+                                const ReaderRules &in_rules) {
+    attrValNode &node = inoutp_record->attrValList[in_attr];
+    std::uint32_t room = 0;
+    for (std::uint32_t i = 0; i < node.numAttrVal; ++i) {
+        if (i == room) {
+            room = room == 0 ? trusted<GEN_string>(node.numAttrVal) : grown(room, node.numAttrVal);
+            auto *values =
+                static_cast<GEN_string *>(inoutp_record->memory.allocate(room * sizeof(GEN_string)));
+            if (values == nullptr)
+                return ALA_FAIL(ALA_A_OUT_OF_MEMORY, in_rules.noMemoryForValues,
+                                static_cast<std::int32_t>(in_attr));
+            std::copy_n(node.attrVals, i, values);
+            node.attrVals = values;
+        }
+        std::uint32_t length = 0;
+        if (!inoutp_in.readNativeWord(&length))
+            return cutRecord(in_rules, in_attr, inoutp_record->numAttr, i, node.numAttrVal);
+        if (in_rules.valueDetail != nullptr)
+            ALA_DETAIL(in_rules.valueDetail, static_cast<std::int32_t>(length));
+        switch (readValueBytes(inoutp_in, length, inoutp_record->memory, &node.attrVals[i])) {
+        case ReadResult::Whole:
+            break;
+        case ReadResult::Cut:
+            return cutRecord(in_rules, in_attr, inoutp_record->numAttr, i, node.numAttrVal);
+        case ReadResult::NoMemory:
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForValue);
+        }
+    }
+    return ALA_N_NORMAL;
+}
+
+static void logTag(const attrValNode &in_node, const ReaderRules &in_rules) {
+    ALA_DETAIL(in_rules.tagDetail, static_cast<std::int32_t>(in_node.numAttrVal),
+               static_cast<std::int32_t>(in_node.attrID), static_cast<std::int32_t>(in_node.attrValType),
+               in_node.decoid);
+    if (in_rules.tagDetail2 != nullptr)
+        ALA_DETAIL(in_rules.tagDetail2, static_cast<std::int32_t>(in_node.numAttrVal));
+}
+
+static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
+                                   const ReaderRules &in_rules) {
+    ALA_attrTag_t tag;
+    if (!inoutp_in.read(&tag, sizeof tag))
+        return cutRecord(in_rules, in_attr, inoutp_record->numAttr, 0, 0);
+    attrValNode &node = inoutp_record->attrValList[in_attr];
+    node.numAttrVal = tag.numAttrVal;
+    node.attrID = tag.attrID;
+    node.oid = nullptr;
+    std::memcpy(node.decoid, tag.decoid, kDecoidSize - 1);
+    node.decoid[kDecoidSize - 1] = '\0';
+    node.attrValType = tag.attrValType;
+    node.attrVals = nullptr;
+    if (LOG_DETAIL <= LOG_g_level)
+        logTag(node, in_rules);
+    return readValues(inoutp_in, inoutp_record, in_attr, in_rules);
+}
+
+static ALA_retCode_t readAttributes(LogInput &inoutp_in, record *inoutp_record, const ReaderRules &in_rules) {
+    std::uint32_t room = 0;
+    for (std::uint32_t i = 0; i < inoutp_record->numAttr; ++i) {
+        if (i == room) {
+            room = room == 0 ? trusted<attrValNode>(inoutp_record->numAttr)
+                             : grown(room, inoutp_record->numAttr);
+            auto *list = static_cast<attrValNode *>(
+                std::realloc(inoutp_record->attrValList, room * sizeof(attrValNode)));
+            if (list == nullptr)
+                return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForList);
+            inoutp_record->attrValList = list;
+        }
+        if (const ALA_retCode_t result = readAttribute(inoutp_in, inoutp_record, i, in_rules);
+            result != ALA_N_NORMAL)
+            return result;
+    }
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t readRecord(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
+                                OwnedRecord &outp_record) {
+    Counts counts = {};
+    if (const ALA_retCode_t result = readCounts(inoutp_in, in_verNum, in_rules, &counts);
+        result != ALA_N_NORMAL)
+        return result;
+    outp_record.reset(makeZeroed<record>().release());
+    if (outp_record == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForRecord);
+    outp_record->numAttr = counts.numAttr;
+    outp_record->numJobAttr = counts.numJobAttr;
+    outp_record->docAttrPerDoc = counts.docAttrPerDoc;
+    return readAttributes(inoutp_in, outp_record.get(), in_rules);
+}
+
+static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
+                                  ALA_record_t *outp_record, const ReaderRules &in_rules) {
+    const FuncTrace trace(in_rules.operation);
+    *outp_record = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, in_rules.operation); valid != ALA_N_NORMAL)
+        return valid;
+    if (inoutp_logHandle == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.nullAddress);
+    const logParams *log = *inoutp_logHandle;
+    if (log == nullptr || log->pid != ALA__CurrentPid())
+        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.invalidHandle);
+
+    LogInput in(log->fd);
+    OwnedRecord read;
+    const ALA_retCode_t result = readRecord(in, log->verNum, in_rules, read);
+    if (result == ALA_N_NORMAL) {
+        *outp_record = read.release();
+        return result;
+    }
+    record *partial = read.release();
+    if (in_rules.backToFileStart)
+        ALA__GetJobRecordCleanup(&partial, &log->fd, 0, SEEK_SET);
+    else
+        ALA__GetJobRecordCleanup(&partial, &log->fd, -in.consumed(), SEEK_CUR);
+    return result;
+}
+
+void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
+                              std::int32_t in_pos) {
+    static_cast<void>(_lseek(*inoutp_fd, static_cast<long>(in_offset), in_pos));
+    ALA_FreeJobRecord(inoutpp_record);
+}
+
+ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
+                                    ALA_record_t *outp_record) {
+    return getJobRecord(in_alaHandle, inoutp_logHandle, outp_record, kFirstRecord);
+}
+
+ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
+                                   ALA_record_t *outp_record) {
+    return getJobRecord(in_alaHandle, inoutp_logHandle, outp_record, kNextRecord);
+}
+
+ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {
+    if (inoutp_record == nullptr || *inoutp_record == nullptr)
+        return ALA_N_NORMAL;
+    record *owned = *inoutp_record;
+    owned->memory.release();
+    std::free(owned->attrValList);
+    std::free(owned);
+    *inoutp_record = nullptr;
+    return ALA_N_NORMAL;
+}

@@ -1,0 +1,58 @@
+// Owners of a few lines for what an operation holds until it succeeds.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+#include <utility>
+
+#include "platform/os.h"
+
+struct FreeDeleter {
+    void operator()(void *inp_memory) const { std::free(inp_memory); }
+};
+
+// Memory from malloc; release() hands it to the caller of the operation.
+template <class T>
+using Malloced = std::unique_ptr<T, FreeDeleter>;
+
+// A zeroed record, or null.
+template <class T>
+Malloced<T> makeZeroed() {
+    return Malloced<T>(static_cast<T *>(std::calloc(1, sizeof(T))));
+}
+
+// Receives what an operation hands out through a char ** argument.  The owner has it at the end of the full
+// expression that holds the call, not before.
+class TextOut {
+public:
+    explicit TextOut(Malloced<char> &inoutp_owner) : owner(inoutp_owner) {}
+    ~TextOut() { owner.reset(text); }
+    TextOut(const TextOut &) = delete;
+    TextOut &operator=(const TextOut &) = delete;
+    operator char **() { return &text; }
+
+private:
+    Malloced<char> &owner;
+    char *text = nullptr;
+};
+
+// An open file; -1 for none.
+class Descriptor {
+public:
+    explicit Descriptor(int in_fd = -1) : fd(in_fd) {}
+    ~Descriptor() { reset(-1); }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    bool isOpen() const { return fd != -1; }
+    int get() const { return fd; }
+    int release() { return std::exchange(fd, -1); }
+    void reset(int in_fd) {
+        if (fd != -1)
+            static_cast<void>(_close(fd)); // only read from: nothing can be lost
+        fd = in_fd;
+    }
+
+private:
+    int fd;
+};

@@ -1,0 +1,162 @@
+#include "ala/render/names.h"
+
+#include <cctype>
+
+#include "ala/render/render.h"
+#include "ala/trace.h"
+#include "service/text.h"
+
+constexpr std::uint8_t kClassMask = 0xF0;
+constexpr std::uint8_t kNumberedClasses[] = {0x40, 0x10}; // whose names may begin with a number and a hyphen
+
+static ALA_retCode_t noMemory() {
+    return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OUT_OF_MEMORY");
+}
+
+namespace {
+
+struct PairDeleter {
+    void operator()(ALA_attrPair *inp_pair) const { ALA_FreeAttributePair(&inp_pair); }
+};
+
+} // namespace
+
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
+                                         void **inoutp_oidHandle, ALA_attrPair **outp_attribute,
+                                         char **outpp_attrName) {
+    *outp_attribute = nullptr;
+    *outpp_attrName = nullptr;
+    Malloced<ALA__growingPair> growing = makeZeroed<ALA__growingPair>();
+    if (growing == nullptr)
+        return noMemory();
+    std::unique_ptr<ALA_attrPair, PairDeleter> pair(&growing.release()->pair);
+    if (const ALA_retCode_t result = ALA__AllocValue(&pair->attrVal); result != ALA_N_NORMAL)
+        return ALA_FAIL(result, "Return code for ALA__LookupAttrNameFromOID is %d", result);
+    Malloced<char> name(static_cast<char *>(std::calloc(OID_NAME_SIZE, 1)));
+    if (name == nullptr)
+        return noMemory();
+
+    const StatusList status;
+    std::int32_t result = 0;
+    if (inp_locale != nullptr) {
+        const Malloced<char> copy(_strdup(inp_locale));
+        if (copy == nullptr)
+            return noMemory();
+        char *locale = copy.get();
+        result = OID_SetLocale(status, inoutp_oidHandle, &locale);
+    }
+    if (result == 0)
+        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, name.get(), 0);
+    if (result != 0)
+        return ALA_FAIL(ALA_A_OID_ERROR, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OID_ERROR. "
+                                         "OID_LookupBinary failed.");
+    *outp_attribute = pair.release();
+    *outpp_attrName = name.release();
+    return ALA_N_NORMAL;
+}
+
+static bool isNumberedClass(std::uint8_t in_class) {
+    for (const std::uint8_t numbered : kNumberedClasses)
+        if ((in_class & kClassMask) == numbered)
+            return true;
+    return false;
+}
+
+const char *ALA__StrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
+                              char (&outp_buffer)[OID_NAME_SIZE]) {
+    std::uint8_t tmp_out_chars[OID_CLASS_SIZE] = {};
+    if (OID_LookupShort(inoutp_status, in_handle, in_shortOID, outp_buffer, tmp_out_chars) != 0)
+        return nullptr;
+    if (!isNumberedClass(tmp_out_chars[1]) || std::isdigit(static_cast<unsigned char>(outp_buffer[0])) == 0)
+        return outp_buffer;
+    const auto *hyphen = _mbschr(reinterpret_cast<const unsigned char *>(outp_buffer), '-');
+    return hyphen != nullptr ? reinterpret_cast<const char *>(hyphen) + 1 : outp_buffer;
+}
+
+char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID) {
+    char tempName[OID_NAME_SIZE];
+    const char *name = ALA__StrippedName(inoutp_status, in_handle, in_shortOID, tempName);
+    return name != nullptr ? _strdup(name) : nullptr;
+}
+
+bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
+                          Text &inoutp_text) {
+    char tempName[OID_NAME_SIZE];
+    const char *name = ALA__StrippedName(inoutp_status, in_handle, in_shortOID, tempName);
+    if (name != nullptr)
+        inoutp_text.add(name);
+    return name != nullptr;
+}
+
+char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip) {
+    char *name = nullptr;
+    return GENU_ExtractSimpleName(inoutp_status, &name, ip, 0) == 0 ? name : nullptr;
+}
+
+void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text) {
+    const Malloced<char> name(ALA__SimpleNameToAscii(inoutp_status, ip));
+    if (name != nullptr)
+        inoutp_text.add(name.get());
+}
+
+bool ALA__AddText(STF_l__hdr *inoutp_status, const GEN_text *ip, Text &inoutp_text) {
+    Malloced<char> text;
+    if (GENU_ExtractText(inoutp_status, TextOut(text), ip, 0) != 0)
+        return false;
+    inoutp_text.add(text.get());
+    return true;
+}
+
+void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, const GEN_nameOrOid *ip, void *in_handle, Text &buf) {
+    if (ip->choice == GEN_GLOBAL_FORM)
+        static_cast<void>(
+            ALA__AddStrippedName(inoutp_status, in_handle, ip->u.globalForm, buf)); // or nothing
+    else if (ip->choice == GEN_LOCAL_FORM)
+        ALA__AddSimpleName(inoutp_status, &ip->u.localForm, buf);
+}
+
+static void addDistName(STF_l__hdr *inoutp_status, const GEN_distNameString *ip, Text &buf) {
+    Malloced<char> name;
+    static_cast<void>(GENU_ExtractDistNameString(inoutp_status, TextOut(name), nullptr, ip, 0)); // or nothing
+    if (name != nullptr)
+        buf.add(name.get());
+}
+
+void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, const GEN_objectIdent *inp_objectIdent,
+                             void *in_handle, Text &buf) {
+    if (inp_objectIdent == nullptr)
+        return buf.add("NULL");
+    const auto &u = inp_objectIdent->u;
+    switch (inp_objectIdent->choice) {
+    case GEN_OBJ_ID_JOB:
+        return buf.addUpToNul(u.objIdJob, sizeof u.objIdJob);
+    case GEN_OBJ_ID_DOCUMENT:
+        buf.addUpToNul(u.objIdDocument.job_identifier, sizeof u.objIdDocument.job_identifier);
+        if (u.objIdDocument.document_number_o != nullptr) {
+            buf.add(':');
+            buf.addNumber(static_cast<std::int32_t>(*u.objIdDocument.document_number_o));
+        }
+        return;
+    case GEN_OBJ_ID_OID:
+        static_cast<void>(ALA__AddStrippedName(inoutp_status, in_handle, u.objIdOID, buf)); // or nothing
+        return;
+    case GEN_OBJ_ID_DIST_NAME:
+        return addDistName(inoutp_status, &u.objIdDistName, buf);
+    case GEN_OBJ_ID_FONT:
+        return;
+    case GEN_OBJ_ID_NAME_OR_OID:
+        return ALA__NameOrOidToAscii(inoutp_status, &u.objIdNameOrOid, in_handle, buf);
+    case GEN_OBJ_ID_SIMPLE_NAME:
+        return ALA__AddSimpleName(inoutp_status, &u.objIdSimpleName, buf);
+    default:
+        return buf.add("unknown object identification choice");
+    }
+}
+
+void ALA__CardOrNoidToAscii(const GEN_cardinalOrNoid *ip, void *in_handle, Text &buf) {
+    const StatusList status;
+    if (ip->choice == GEN_CARD_VALUE)
+        buf.addNumber(static_cast<std::int32_t>(ip->u.cardValue));
+    else if (ip->choice == GEN_NAMED_VALUE)
+        ALA__NameOrOidToAscii(status, &ip->u.namedValue, in_handle, buf);
+}

@@ -1,0 +1,44 @@
+// Names: of attributes, of values that are object identifiers, and of records that hold one or the other.
+//
+// The operations that take a Text append to it.  When they have nothing to say they leave it as it was.
+#pragma once
+
+#include "ala/ala.h"
+#include "ala/render/text.h"
+#include "service/oid.h"
+#include "service/values.h"
+
+// A new pair with one empty value, and the attribute's name in a buffer of its own, which the caller stores
+// in the pair.  A locale that is not null stays set on the database handle. ALA_A_OUT_OF_MEMORY,
+// ALA_A_OID_ERROR: both outputs are null.
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
+                                         void **inoutp_oidHandle, ALA_attrPair **outp_attribute,
+                                         char **outpp_attrName);
+
+// The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
+// first hyphen.  The pointer lies in outp_buffer, and is null when the database does not know the identifier.
+const char *ALA__StrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
+                              char (&outp_buffer)[OID_NAME_SIZE]);
+
+// The same as a new string, or null.
+char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID);
+
+// Appends it; false when there is none.
+bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
+                          Text &inoutp_text);
+
+// A new string, or null.
+char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip);
+
+// Append the text of a record, or nothing if it has none; ALA__AddText then gives false.
+void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text);
+bool ALA__AddText(STF_l__hdr *inoutp_status, const GEN_text *ip, Text &inoutp_text);
+
+void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, const GEN_nameOrOid *ip, void *in_handle, Text &buf);
+
+// "NULL" for a null record.
+void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, const GEN_objectIdent *inp_objectIdent,
+                             void *in_handle, Text &buf);
+
+// Nothing for a choice outside the members.
+void ALA__CardOrNoidToAscii(const GEN_cardinalOrNoid *ip, void *in_handle, Text &buf);

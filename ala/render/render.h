@@ -1,0 +1,66 @@
+// Rendering: one unpacked value becomes text on an attrPair.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+#include "ala/log/record.h"
+#include "ala/render/text.h"
+#include "service/packed.h"
+
+constexpr std::size_t kValueSize = 256; // bytes of a value's first buffer
+
+// Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the
+// text is appended to the pair's values.  Takes over in_attrVal, which may be null for an attribute without a
+// value.  On failure a new pair does not reach the caller, and one that was there keeps its values and the
+// node begun.
+ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
+                                AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
+                                void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute);
+
+// Releases a value record; null is fine.
+void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
+
+// A value node with an empty text in a zeroed buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
+// variable null.
+ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
+
+// A pair that remembers its last value, so that appending costs the same however many there are.
+struct ALA__growingPair {
+    ALA_attrPair pair; // what the caller sees; first, so that its address is this record's
+    attributeVal *last;
+};
+
+// What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
+struct RenderFailure {
+    ALA_retCode_t code;
+    const char *message;
+};
+
+// One value on its way to text.
+struct Rendering {
+    STF_l__hdr *status;
+    void **oidHandle;
+    const char *locale;
+    Text text;           // of the target
+    attributeVal **link; // where the target hangs in the pair's chain
+
+    // The text becomes a string made elsewhere; what was in the buffer goes.
+    void replaceText(char *in_string);
+
+    // The target goes, and nothing hangs at the link.
+    void dropTarget();
+};
+
+// Gives null on success.
+using RenderFunction = const RenderFailure *(Rendering &inoutp_rendering, const void *inp_value);
+
+// One row a value type.
+struct RenderRow {
+    AS_attrValType_t type;
+    const char *name;
+    RenderFunction *render;
+};
+
+// The row of a type, or null for one that renders as empty text.
+const RenderRow *findRenderRow(AS_attrValType_t in_type);

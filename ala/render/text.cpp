@@ -1,0 +1,33 @@
+#include "ala/render/text.h"
+
+#include <algorithm>
+#include <cstring>
+
+constexpr std::size_t kSmallest = 256;
+
+bool Text::grow(std::size_t in_size) {
+    const std::size_t wanted = std::max({in_size, 2 * capacity, kSmallest});
+    auto *grown = static_cast<char *>(std::realloc(buffer.get(), wanted));
+    if (grown == nullptr)
+        return false;
+    static_cast<void>(buffer.release()); // realloc has taken it over
+    buffer.reset(grown);
+    capacity = wanted;
+    return true;
+}
+
+void Text::add(std::string_view in_text) {
+    const std::size_t size = length + in_text.size() + 1;
+    if (noMemory || (size > capacity && !grow(size))) {
+        noMemory = true;
+        return;
+    }
+    std::copy(in_text.begin(), in_text.end(), buffer.get() + length);
+    length += in_text.size();
+    buffer.get()[length] = '\0';
+}
+
+void Text::addUpToNul(const void *inp_bytes, std::size_t in_length) {
+    const auto *characters = static_cast<const char *>(inp_bytes);
+    add({characters, strnlen(characters, in_length)});
+}

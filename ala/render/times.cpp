@@ -1,0 +1,149 @@
+#include "ala/render/times.h"
+
+#include <clocale>
+
+#include "ala/handle.h"
+#include "ala/owners.h"
+#include "service/system.h"
+
+constexpr std::size_t kTimeSize = 100;  // bytes of a time's text
+constexpr std::int32_t kTmEpoch = 1900; // year 0 of tm_year
+
+namespace {
+
+// Holds a lock for the length of a block, if it could be taken.
+class Lock {
+public:
+    explicit Lock(THR_mutex_t &inoutp_mutex) : mutex(inoutp_mutex), locked(THR_LockMutex(&mutex) == 0) {}
+    ~Lock() { static_cast<void>(release()); }
+    Lock(const Lock &) = delete;
+    Lock &operator=(const Lock &) = delete;
+    bool isLocked() const { return locked; }
+    bool release() { return !locked || (locked = false, THR_UnlockMutex(&mutex) == 0); }
+
+private:
+    THR_mutex_t &mutex;
+    bool locked;
+};
+
+} // namespace
+
+static std::int32_t yearForTm(const GEN_generalizedTime &in_time) {
+    return in_time.utc == 1 ? in_time.year : in_time.year - kTmEpoch;
+}
+
+std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int64_t *outp_unixTime) {
+    if (inp_UTC == nullptr)
+        return 1;
+    *outp_unixTime = 0;
+    // mktime reads local time.  Shifting the fields by the zone's standard offset makes it give the instant
+    // that the record means; whether summer time applies is left to it.
+    std::tm utc = {};
+    utc.tm_year = yearForTm(*inp_UTC);
+    utc.tm_mon = inp_UTC->month - 1;
+    utc.tm_mday = inp_UTC->day;
+    utc.tm_hour = inp_UTC->hour;
+    utc.tm_min = inp_UTC->utc == 1 ? inp_UTC->minute : inp_UTC->minute + inp_UTC->mindiff;
+    utc.tm_sec = static_cast<int>(inp_UTC->second - _timezone);
+    utc.tm_isdst = -1;
+    Lock lock(timeLock);
+    if (!lock.isLocked())
+        return 1;
+    *outp_unixTime = std::mktime(&utc);
+    if (!lock.release())
+        return 1;
+    return *outp_unixTime == -1 ? 1 : 0;
+}
+
+std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
+                                         GEN_generalizedTime *outp_localTime) {
+    if (inp_GMTTime == nullptr)
+        return 1;
+    *outp_localTime = {};
+    std::int64_t time1 = 0;
+    if (ALA__ConvertUTCToUnix(inp_GMTTime, &time1) != 0)
+        return 1;
+    std::tm local = {};
+    static_cast<void>(SYSU_Localtime_r(&time1, &local)); // mktime has just made this instant from local time
+    return ALA__MakeGeneralizedTime(outp_localTime, &local, 0);
+}
+
+std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const std::tm *inp_time,
+                                      std::int32_t in_useUTC) {
+    if (inp_time == nullptr)
+        return 1;
+    const auto narrow = [](long in_number) { return static_cast<std::int16_t>(in_number); };
+    const bool countsFromEpoch = in_useUTC == 1;
+    outp_target->year = narrow(countsFromEpoch ? inp_time->tm_year : inp_time->tm_year + kTmEpoch);
+    outp_target->month = narrow(inp_time->tm_mon + 1);
+    outp_target->day = narrow(inp_time->tm_mday);
+    outp_target->hour = narrow(inp_time->tm_hour);
+    outp_target->minute = narrow(inp_time->tm_min);
+    outp_target->second = narrow(inp_time->tm_sec);
+    outp_target->millisec = 0;
+    outp_target->mindiff = narrow(_timezone / 60);
+    outp_target->utc = countsFromEpoch ? 1 : 0;
+    return 0;
+}
+
+std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
+                                         char **outp_asciiTime) {
+    if (inp_gt == nullptr)
+        return 1;
+    std::tm time = {};
+    time.tm_year = yearForTm(*inp_gt);
+    time.tm_mon = inp_gt->month - 1;
+    time.tm_mday = inp_gt->day;
+    time.tm_hour = inp_gt->hour;
+    time.tm_min = inp_gt->minute;
+    time.tm_sec = inp_gt->second;
+    time.tm_isdst = -1;
+    time.tm_wday = ALA__GetDayOfWk(inp_gt->year, inp_gt->month, inp_gt->day);
+    Malloced<char> text(static_cast<char *>(std::malloc(kTimeSize)));
+    if (text == nullptr)
+        return 1;
+
+    Lock lock(localeLock);
+    if (!lock.isLocked())
+        return 1;
+    const char *named = std::setlocale(LC_TIME, "");
+    const Malloced<char> defLocale(named != nullptr ? _strdup(named)
+                                                    : nullptr); // the name lasts until the next call
+    if (inp_locale != nullptr)
+        static_cast<void>(std::setlocale(LC_TIME, inp_locale)); // an unknown one leaves the default in force
+    // Four digits of the year whatever it is: "%Y" alone gives an early one without its zeros.
+    const bool early = time.tm_year > -kTmEpoch && time.tm_year < 1000 - kTmEpoch;
+    const char *format = early ? "%m/%d/0%Y %H:%M:%S" : "%m/%d/%Y %H:%M:%S";
+    const std::size_t res = std::strftime(text.get(), kTimeSize, format, &time);
+    if (!lock.release())
+        return 1;
+    if (defLocale != nullptr) {
+        const Lock again(localeLock);
+        static_cast<void>(std::setlocale(LC_TIME, defLocale.get()));
+    }
+    if (res == 0)
+        return 1;
+    *outp_asciiTime = text.release();
+    return 0;
+}
+
+std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day) {
+    static constexpr std::int32_t kOffset[] = {0, 3, 3, 6, 1, 4, 6, 2, 5, 0, 3, 5};
+    static constexpr std::int32_t kLeapOffset[] = {0, 3, 4, 0, 2, 5, 0, 3, 6, 1, 4, 6};
+    static constexpr std::int32_t kCenturyOffset[] = {0, 6, 4, 2};
+    if (in_year < 0 || in_month < 1 || in_month > 12)
+        return 0; // no date of the calendar
+    const std::int32_t month = in_month - 1;
+    const std::int32_t century = in_year / 100 % 4;
+    std::int32_t sum = kCenturyOffset[century] + 6;
+    if (century != 0 && in_year % 100 == 0) { // a century year that is no leap year
+        sum += kOffset[month];
+    } else {
+        sum += 5 * (in_year % 100 / 4);
+        const std::int32_t rest = in_year % 4;
+        sum += rest == 0 ? kLeapOffset[month] : kOffset[month] + rest + 1;
+        if (century != 0)
+            sum -= 1;
+    }
+    return (sum + in_day - 1) % 7;
+}

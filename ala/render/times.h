@@ -1,0 +1,27 @@
+// Times of the log, in Coordinated Universal Time, as local time and as text.
+//
+// Results: 0 success, 1 failure.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+
+#include "service/values.h"
+
+// Calendar seconds of the record; -1 when there are none.
+std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int64_t *outp_unixTime);
+
+// The same instant as a local record; zeroed on failure.
+std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
+                                         GEN_generalizedTime *outp_localTime);
+
+// A record from broken-down time; in_useUTC 1 keeps the year as it counts there, from 1900.
+std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const std::tm *inp_time,
+                                      std::int32_t in_useUTC);
+
+// "MM/DD/YYYY HH:MM:SS" as a new text of 100 bytes.
+std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
+                                         char **outp_asciiTime);
+
+// Day of the week in the Gregorian calendar, 0 for Sunday.
+std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day);
