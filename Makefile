@@ -1,17 +1,30 @@
 # The front door.  Every target installs what the machine lacks first (scripts/setup).
 SHELL := /bin/bash
 .SHELLFLAGS := -eu -o pipefail -c
+DESTDIR ?=
+PREFIX ?= /usr/local
+DEMO := build/demo
 
-.PHONY: all test clean setup
+.PHONY: all demo test install clean setup
 
 all: setup
-	@cmake --preset release >/dev/null
+	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
 	@cmake --build --preset release
+
+# Lays a sample print-system root under build/demo/ and reports its server.
+demo:
+	@$(MAKE) --no-print-directory all >&2
+	@rm -rf $(DEMO)
+	@build/bin/mksample $(DEMO)
+	@scripts/demo build/bin/qvledger $(DEMO)
 
 test: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev
 	@ctest --preset dev
+
+install: all
+	@DESTDIR=$(DESTDIR) cmake --install build
 
 clean:
 	@rm -rf build

@@ -1,0 +1,52 @@
+// Scripted calls in the place of single calls of the system, to drive the roads that a real one rarely takes.
+//
+// The test programs are linked so that the calls listed in tests/CMakeLists.txt come here first.  A call
+// without a script goes on to the real one.
+#pragma once
+
+#include <functional>
+
+#include "platform/os.h"
+#include "service/clock.h"
+#include "service/system.h"
+#include "service/thread.h"
+
+// Puts a script in force for the length of a block: Scripted user(script::GetUserNameA, [](char *, DWORD *)
+// {...});
+template <class Function>
+class Scripted {
+public:
+    Scripted(std::function<Function> &slot, std::function<Function> script) : place(slot) {
+        place = std::move(script);
+    }
+    ~Scripted() { place = nullptr; }
+    Scripted(const Scripted &) = delete;
+    Scripted &operator=(const Scripted &) = delete;
+
+private:
+    std::function<Function> &place;
+};
+
+namespace script {
+
+extern std::function<decltype(::GetVersionExA)> GetVersionExA;
+extern std::function<decltype(::GetUserNameA)> GetUserNameA;
+extern std::function<decltype(::LookupAccountNameA)> LookupAccountNameA;
+extern std::function<decltype(::LookupAccountSidA)> LookupAccountSidA;
+extern std::function<decltype(::GetTokenInformation)> GetTokenInformation;
+extern std::function<decltype(::GetComputerNameA)> GetComputerNameA;
+extern std::function<decltype(::FA_ConvertFilePath)> FA_ConvertFilePath;
+extern std::function<decltype(::GENU_GetCurrentTime)> GENU_GetCurrentTime;
+extern std::function<decltype(::THR_Once)> THR_Once;
+
+} // namespace script
+
+// The calling user as the credential gathers it: account and domain.  Other calls stay real.
+class ScriptedUser {
+public:
+    ScriptedUser(const char *in_user, const char *in_domain);
+
+private:
+    Scripted<decltype(::GetUserNameA)> name;
+    Scripted<decltype(::LookupAccountNameA)> account;
+};

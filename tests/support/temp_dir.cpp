@@ -1,0 +1,23 @@
+#include "tests/support/temp_dir.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+TempDir::TempDir() {
+    std::string name = (std::filesystem::temp_directory_path() / "qvledger-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::runtime_error("no temporary folder");
+    folder = name;
+}
+
+TempDir::~TempDir() {
+    std::error_code ignored; // what is left is the system's to sweep
+    std::filesystem::remove_all(folder, ignored);
+}
+
+std::string readFile(const std::filesystem::path &in_path) {
+    std::ifstream in(in_path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}

@@ -1,0 +1,21 @@
+// A folder of its own for a test, gone with it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir &) = delete;
+    TempDir &operator=(const TempDir &) = delete;
+
+    const std::filesystem::path &path() const { return folder; }
+    std::filesystem::path operator/(const std::string &in_name) const { return folder / in_name; }
+
+private:
+    std::filesystem::path folder;
+};
+
+std::string readFile(const std::filesystem::path &in_path);

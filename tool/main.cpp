@@ -1,0 +1,18 @@
+// qvledger: reports a print server's accounting logs.
+#include <clocale>
+
+#include "platform/os.h"
+#include "service/log.h"
+#include "service/message.h"
+#include "tool/options.h"
+#include "tool/run.h"
+
+int main(int argc, char **argv) {
+    OS_IgnoreBrokenPipes(); // a report that nobody reads is a failure to be noticed, not the end of the run
+    std::setlocale(LC_ALL, "");
+    LOG_Init("stdout", "E");
+    MSG_UsageBegin("qvledg");
+    const int status = run(readOptions(argc, argv));
+    MSG_UsageEnd();
+    return status;
+}

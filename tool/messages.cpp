@@ -1,0 +1,108 @@
+#include "tool/messages.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+
+#include "service/log.h"
+#include "service/message.h"
+
+constexpr std::uint32_t kRawSize = 1024; // bytes of a message before its arguments are put in
+
+namespace {
+
+struct Message {
+    std::uint32_t code;
+    const char *text;
+};
+
+struct ReturnCode {
+    std::int32_t number;
+    std::uint32_t message;
+    const char *logText;
+};
+
+} // namespace
+
+static constexpr Message kMessages[] = {
+#define MESSAGE(code, text) {code, text},
+#include "tool/messages.inc"
+};
+
+static constexpr ReturnCode kReturnCodes[] = {
+#define ALA_RETURN_CODE(number, name, message, logText) {number, message, logText},
+#define ALA_UNNAMED_CODE(number, message, logText) {number, message, logText},
+#include "ala/return_codes.inc"
+};
+
+static const char *defaultText(std::uint32_t in_msgCode) {
+    const auto hasCode = [](std::uint32_t code) {
+        return [code](const Message &m) { return m.code == code; };
+    };
+    const auto *message = std::find_if(std::begin(kMessages), std::end(kMessages), hasCode(in_msgCode));
+    return message != std::end(kMessages) ? message->text : defaultText(kMsgUnknownError);
+}
+
+static ReturnCode findReturnCode(std::int64_t in_errCode) {
+    const auto *row = std::find_if(std::begin(kReturnCodes), std::end(kReturnCodes),
+                                   [&](const ReturnCode &code) { return code.number == in_errCode; });
+    return row != std::end(kReturnCodes) ? *row : ReturnCode{0, kMsgUnknownError, "unknown error.\n"};
+}
+
+void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf) {
+    std::uint32_t count = 0;
+    if (in_bufSize == 0 || MSG_GetUnformatted(2, in_msgCode, 0, in_bufSize, &count, inoutp_buf) == 0)
+        return;
+    const char *text = defaultText(in_msgCode);
+    const std::size_t length = strnlen(text, in_bufSize - 1);
+    std::memcpy(inoutp_buf, text, length);
+    inoutp_buf[length] = '\0';
+}
+
+static void display(std::uint32_t in_msgCode, std::va_list in_values) {
+    char unfmtMsg[kRawSize] = "";
+    GetMsg(in_msgCode, sizeof unfmtMsg, unfmtMsg);
+    std::va_list measured;
+    va_copy(measured, in_values);
+    const int length = std::vsnprintf(nullptr, 0, unfmtMsg, measured);
+    va_end(measured);
+    if (length < 0)
+        return;
+    // Arguments have no bound of their own.  Without memory for all of it the raw text has to do.
+    const std::unique_ptr<char[]> msgBuffer(new (std::nothrow) char[static_cast<std::size_t>(length) + 1]);
+    if (msgBuffer != nullptr)
+        MSG_vsprintf(msgBuffer.get(), unfmtMsg, in_values);
+    std::fputs(msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg, stderr);
+}
+
+void DisplayMsg(std::uint32_t in_msgCode, ...) {
+    std::va_list values;
+    va_start(values, in_msgCode);
+    display(in_msgCode, values);
+    va_end(values);
+}
+
+void DisplayMsgFromErr(std::uint32_t in_errCode, ...) {
+    std::va_list values;
+    va_start(values, in_errCode);
+    display(findReturnCode(in_errCode).message, values);
+    va_end(values);
+}
+
+void printError(std::int32_t errRes) {
+    if (errRes != 0)
+        LOG_CondAdd("%s", findReturnCode(errRes).logText);
+}
+
+void logFailure(const char *in_prefix, std::int32_t in_errCode, const char *in_file, std::int32_t in_line) {
+    if (LOG_StartMessage(LOG_ERROR, in_file, in_line, 0) == 0)
+        return;
+    if (in_prefix != nullptr)
+        LOG_CondAdd("%s", in_prefix);
+    printError(in_errCode);
+    LOG_EndMessage();
+}

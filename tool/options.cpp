@@ -1,0 +1,86 @@
+#include "tool/options.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <initializer_list>
+
+#include "service/system.h"
+#include "tool/messages.h"
+
+Options readOptions(int in_argc, char *const *inp_argv) {
+    Options options;
+    for (;;) {
+        switch (SYSU_Getopt(in_argc, inp_argv, "do:s:e:p:O:hVag")) {
+        case 'd':
+            ++options.dflg;
+            break;
+        case 'o':
+            options.ofile = optarg;
+            break;
+        case 's':
+            options.startDate = optarg;
+            break;
+        case 'e':
+            options.endDate = optarg;
+            break;
+        case 'p':
+            options.acctPath2 = optarg;
+            break;
+        case 'O':
+            options.oidPath = optarg;
+            break;
+        case 'h':
+            ++options.helpflg;
+            break;
+        case 'V':
+            ++options.verflg;
+            break;
+        case 'a':
+            options.docflg = 1;
+            break;
+        case 'g':
+            options.suppressHeadflg = 1;
+            break;
+        case -1:
+            if (optind < in_argc)
+                options.serverName = inp_argv[optind];
+            return options;
+        default:
+            ++options.errflg;
+        }
+    }
+}
+
+static std::int32_t lastDayOf(std::int32_t in_year, std::int32_t in_month) {
+    for (const std::int32_t shorter : {4, 6, 9, 11})
+        if (in_month == shorter)
+            return 30;
+    if (in_month != 2)
+        return 31;
+    const bool leap = in_year % 4 == 0 && (in_year % 100 != 0 || in_year / 100 % 4 == 0);
+    return leap ? 29 : 28;
+}
+
+std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr) {
+    constexpr std::int32_t kDigits = 8;
+    std::int32_t digits = 0;
+    while (digits <= kDigits && std::isdigit(static_cast<unsigned char>(dateStr[digits])) != 0)
+        ++digits;
+    if (digits != kDigits) {
+        DisplayMsg(dateTypeStr == kStartDate ? kMsgBadStartDate : kMsgBadEndDate, dateStr);
+        return 0;
+    }
+    const std::int32_t number = std::atoi(dateStr);
+    const std::int32_t year = number / 10000;
+    const std::int32_t month = number % 10000 / 100;
+    const std::int32_t day = number % 100;
+    if (month > 12 || month < 1) {
+        DisplayMsg(kMsgBadMonth, month, dateStr);
+        return 0;
+    }
+    if (day > lastDayOf(year, month) || day < 1) {
+        DisplayMsg(kMsgBadDay, day, dateStr);
+        return 0;
+    }
+    return 1;
+}

@@ -1,0 +1,206 @@
+#include "tool/report_writer.h"
+
+#include <cstring>
+#include <memory>
+
+#include "ala/handle.h"
+#include "service/message.h"
+#include "tool/messages.h"
+
+std::int32_t needDoc = 0;
+
+static const char *const kInternalError = "qvledger internal error: ";
+static const char *const kUnreadable = "unable to read record: ";
+
+namespace {
+
+// The name list of a record.
+class Names {
+public:
+    Names() = default;
+    ~Names() { ALA_FreeAttributeList(&list); }
+    Names(const Names &) = delete;
+    Names &operator=(const Names &) = delete;
+
+    ALA_retCode_t take(ALA_handle_t in_handle, ALA_record_t in_record) {
+        ALA_FreeAttributeList(&list);
+        return ALA_ListAttributesFromRecord(
+            in_handle, in_record, needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES,
+            nullptr, &list);
+    }
+    const ALA_attrName *get() const { return list; }
+    void swap(Names &inoutp_other) { std::swap(list, inoutp_other.list); }
+    void moveTo(ALA_attrName **inoutp_list) {
+        ALA_FreeAttributeList(inoutp_list);
+        std::swap(*inoutp_list, list);
+    }
+
+private:
+    ALA_attrName *list = nullptr;
+};
+
+struct RecordDeleter {
+    void operator()(record *inp_record) const { ALA_FreeJobRecord(&inp_record); }
+};
+using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
+
+struct DocumentDeleter {
+    void operator()(docRecord *inp_document) const { ALA_FreeDocmtRecord(&inp_document); }
+};
+using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
+
+} // namespace
+
+static void tellFailure(ALA_retCode_t in_code, const char *in_prefix) {
+    DisplayMsgFromErr(static_cast<std::uint32_t>(in_code));
+    logFailure(in_prefix, in_code);
+}
+
+std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2) {
+    while (list1 != nullptr && list2 != nullptr && std::strcmp(list1->attrNameStr, list2->attrNameStr) == 0) {
+        list1 = list1->next;
+        list2 = list2->next;
+    }
+    return list1 == nullptr && list2 == nullptr ? 1 : 0;
+}
+
+// One field: the name, or the values with a blank in front of each further one.
+static void writeField(std::FILE *fl, const char *in_separator, const ALA_attrPair &in_pair,
+                       std::int32_t isHeader) {
+    const attributeVal *value = in_pair.attrVal;
+    MSG_fprintf(fl, "%s%s", in_separator, isHeader != 0 ? in_pair.attrName : value->value);
+    if (isHeader != 0)
+        return;
+    for (value = value->next; value != nullptr; value = value->next)
+        MSG_fprintf(fl, " %s", value->value);
+}
+
+// Gives a pair back that was begun and not finished.
+static void dropPair(ALA_attrPair *inp_pair) {
+    if (inp_pair != nullptr)
+        ALA_FreeAttributePair(&inp_pair);
+}
+
+// Writes all attributes of a document, each behind a tab.  The code that ended them.
+static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t in_document, std::FILE *fl,
+                                   std::int32_t isHeader) {
+    ALA_attrPair *attr = nullptr;
+    ALA_retCode_t result = ALA_GetFirstAttrFromDoc(alaHandle, &in_document, nullptr, &attr);
+    while (result == ALA_N_NORMAL) {
+        writeField(fl, "\t", *attr, isHeader);
+        result = ALA_FreeAttributePair(&attr);
+        if (result == ALA_N_NORMAL)
+            result = ALA_GetNextAttrFromDoc(alaHandle, &in_document, nullptr, &attr);
+    }
+    dropPair(attr);
+    return result;
+}
+
+std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *fl, std::int32_t isHeader,
+                      std::int32_t numJobAttrs) {
+    ALA_dRecord_t document = nullptr;
+    ALA_retCode_t result = ALA_GetFirstDocmt(alaHandle, record, &document);
+    if (result != ALA_N_NORMAL || document == nullptr)
+        return result;
+    result = writeDocument(alaHandle, document, fl, isHeader);
+    ALA_FreeDocmtRecord(&document);
+    if (isHeader != 0)
+        return result; // a header shows the names of the first document only
+
+    for (;;) {
+        result = ALA_GetNextDocmt(alaHandle, record, &document);
+        if (result != ALA_N_NORMAL || document == nullptr)
+            return result;
+        MSG_fprintf(fl, "\n");
+        for (std::int32_t i = 1; i < numJobAttrs; ++i)
+            MSG_fprintf(fl, "\t");
+        result = writeDocument(alaHandle, document, fl, isHeader);
+        ALA_FreeDocmtRecord(&document);
+        if (result != ALA_A_LAST_ATTRIBUTE)
+            return result;
+    }
+}
+
+static bool isNormalEndOfDocuments(ALA_retCode_t in_code) {
+    return in_code == ALA_N_NORMAL || in_code == ALA_A_NO_MORE_DOCMT_ATTR || in_code == ALA_A_LAST_ATTRIBUTE;
+}
+
+bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, std::FILE *fl) {
+    ALA_attrPair *attr = nullptr;
+    ALA_retCode_t result = ALA_GetFirstAttrFromJob(mainh, recordPtr, nullptr, &attr);
+    if (result != ALA_N_NORMAL) {
+        dropPair(attr);
+        tellFailure(result, kUnreadable);
+        return false;
+    }
+    std::int32_t numJobAttrs = 0;
+    while (result == ALA_N_NORMAL) {
+        writeField(fl, numJobAttrs == 0 ? "" : "\t", *attr, isHeader);
+        ++numJobAttrs;
+        if (const ALA_retCode_t freed = ALA_FreeAttributePair(&attr); freed != ALA_N_NORMAL)
+            logFailure(kInternalError, freed);
+        result = ALA_GetNextAttrFromJob(mainh, recordPtr, nullptr, &attr);
+    }
+    dropPair(attr);
+    bool complete = true;
+    if (result == ALA_A_NO_MORE_JOB_ATTR) {
+        if (needDoc != 0)
+            complete = isNormalEndOfDocuments(getDocmt(mainh, recordPtr, fl, isHeader, numJobAttrs));
+    } else if (result != ALA_A_LAST_ATTRIBUTE) {
+        tellFailure(result, kInternalError);
+        complete = false;
+    }
+    MSG_fprintf(fl, "\n");
+    return complete;
+}
+
+bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
+           std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
+    const std::uint64_t passedOverBefore = mainh->valuesPassedOver;
+    ALA_record_t read = nullptr;
+    ALA_retCode_t result = ALA_GetFirstJobRecord(mainh, loghPtr, &read);
+    OwnedRecord current(read);
+    Names names;
+    if (result == ALA_N_NORMAL)
+        result = names.take(mainh, current.get());
+    if (result != ALA_N_NORMAL) {
+        tellFailure(result, kInternalError);
+        return false;
+    }
+
+    bool header = false;
+    if (suppressHeaders == 0) {
+        const bool sameAsPrev = *inoutp_list != nullptr && equalList(*inoutp_list, names.get()) == 1;
+        ALA_FreeAttributeList(inoutp_list);
+        header = *doHeader != 0 && !sameAsPrev;
+        if (header)
+            *doHeader = 0;
+    }
+    for (bool complete = true;;) {
+        ALA_record_t writing = current.get();
+        if (header)
+            complete = doLine(mainh, &writing, 1, fl) && complete;
+        complete = doLine(mainh, &writing, 0, fl) && complete;
+        writing = current.release();
+        if (const ALA_retCode_t freed = ALA_FreeJobRecord(&writing); freed != ALA_N_NORMAL) {
+            logFailure(kInternalError, freed);
+            return false;
+        }
+
+        result = ALA_GetNextJobRecord(mainh, loghPtr, &read);
+        current.reset(read);
+        if (result == ALA_A_LAST_ATTRIBUTE) {
+            names.moveTo(inoutp_list);
+            return complete && mainh->valuesPassedOver == passedOverBefore;
+        }
+        Names next;
+        if (result == ALA_N_NORMAL)
+            result = next.take(mainh, current.get());
+        if (result != ALA_N_NORMAL) {
+            tellFailure(result, kInternalError);
+            return false;
+        }
+        header = suppressHeaders == 0 && equalList(names.get(), next.get()) == 0;
+        names.swap(next);
+    }
+}

@@ -1,0 +1,262 @@
+#include "tool/run.h"
+
+#include <cstdlib>
+#include <limits>
+#include <memory>
+
+#include "ala/ala.h"
+#include "ala/directory/directory.h"
+#include "ala/environment.h"
+#include "ala/log/log.h"
+#include "ala/owners.h"
+#include "service/log.h"
+#include "service/message.h"
+#include "tool/messages.h"
+#include "tool/report_stream.h"
+#include "tool/report_writer.h"
+
+constexpr std::int32_t kNoUpperBound = 99999999;
+
+namespace {
+
+// What the log loop carries from log to log.
+struct LoopState {
+    std::int32_t doHeader = 1;
+    ALA_attrName *prevLog = nullptr; // names of the record written last
+    bool noLogFound = true;
+    bool deletedAny = false;
+    bool errOut = false;
+    ALA_retCode_t finalErr = ALA_N_NORMAL; // code of the latest failure
+
+    LoopState() = default;
+    ~LoopState() { ALA_FreeAttributeList(&prevLog); }
+    LoopState(const LoopState &) = delete;
+    LoopState &operator=(const LoopState &) = delete;
+
+    void fail(ALA_retCode_t in_code) {
+        errOut = true;
+        finalErr = in_code;
+    }
+};
+
+struct DateRange {
+    std::int32_t first;
+    std::int32_t last;
+};
+
+// The registration and the lists of logs.  Released step by step at the normal end, as each step can fail.
+struct Facility {
+    ALA_handle_t mainh = nullptr;
+    dateNode *dateList = nullptr;
+    ALA_name *nameList = nullptr;
+
+    Facility() = default;
+    ~Facility() {
+        ALA_FreeDateList(&dateList);
+        ALA_FreeNameList(&nameList);
+        if (mainh != nullptr)
+            ALA_Unregister(&mainh); // too late for its result to matter
+    }
+    Facility(const Facility &) = delete;
+    Facility &operator=(const Facility &) = delete;
+};
+
+} // namespace
+
+static bool loadServiceEnvironment(const char *inp_serverName) {
+    Malloced<char> serviceName;
+    if (ALA__GetServiceName(inp_serverName, kServerTypeSpooler, TextOut(serviceName)) != 0)
+        return false;
+    return ALA__SetEnvironmentVariables(serviceName.get()) == 0;
+}
+
+static bool datesAreValid(const Options &in_options) {
+    return (in_options.startDate == nullptr || ValidDate(in_options.startDate, kStartDate) == 1) &&
+           (in_options.endDate == nullptr || ValidDate(in_options.endDate, kEndDate) == 1);
+}
+
+static DateRange dateRange(const Options &in_options) {
+    return {in_options.startDate != nullptr ? std::atoi(in_options.startDate) : 0,
+            in_options.endDate != nullptr ? std::atoi(in_options.endDate) : kNoUpperBound};
+}
+
+// QV_ROOT directly followed by "/var/acct".  0, or the status that ends the run.
+static int makeDefaultLogPath(Malloced<char> &outp_path) {
+    const char *root = std::getenv("QV_ROOT");
+    if (root == nullptr) {
+        LOG_CondAdd("QV_ROOT environment variable not set\n");
+        DisplayMsg(kMsgEnvironment);
+        return kStatusNoRoot;
+    }
+    outp_path.reset(_ALA_AddChar(root, "/var/acct"));
+    if (outp_path != nullptr)
+        return 0;
+    DisplayMsg(kMsgNoMemory);
+    return kStatusNoMemory;
+}
+
+// Registers and lists the server's logs.  0, or the code that ends the run.
+static ALA_retCode_t startFacility(const Options &in_options, const char *inp_logPath,
+                                   Facility &outp_facility) {
+    ALA_retCode_t result =
+        ALA_Register(in_options.serverName, inp_logPath, in_options.oidPath, &outp_facility.mainh);
+    if (result != ALA_N_NORMAL) {
+        DisplayMsgFromErr(static_cast<std::uint32_t>(result));
+        logFailure(nullptr, result);
+        return result;
+    }
+    result =
+        ALA_ListExistingLogsByDate(outp_facility.mainh, &outp_facility.dateList, &outp_facility.nameList);
+    if (result != ALA_N_NORMAL) {
+        DisplayMsgFromErr(static_cast<std::uint32_t>(result), in_options.serverName);
+        logFailure(nullptr, result);
+    }
+    return result;
+}
+
+static void logKept(std::int32_t in_date, const char *in_why) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", in_date,
+                    in_why);
+}
+
+// A log goes only when nothing of it exists there alone.
+static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const OS_fileIdentity &in_read,
+                      LoopState &inoutp_state) {
+    std::int32_t kept = 0;
+    const ALA_retCode_t result = ALA__DeleteRead(mainh, &in_date, &in_read, &kept);
+    if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept != 0)
+        return;
+    if (result == ALA_N_NORMAL) {
+        inoutp_state.deletedAny = true;
+        return;
+    }
+    DisplayMsgFromErr(static_cast<std::uint32_t>(result), ALA__NumFromDate(&in_date));
+    logFailure(nullptr, result);
+    inoutp_state.fail(result);
+}
+
+// Reports one log, and deletes it under -d.
+static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
+                       ReportStream &inoutp_report, LoopState &inoutp_state) {
+    const std::int32_t date = ALA__NumFromDate(&in_date);
+    ALA_acctLogHandle_t logh = nullptr;
+    if (const ALA_retCode_t result = ALA_Open(mainh, &in_date, &logh); result != ALA_N_NORMAL) {
+        DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
+        logFailure(nullptr, result);
+        return inoutp_state.fail(result);
+    }
+    const bool complete = doLog(mainh, &logh, &inoutp_state.doHeader, inoutp_report.stream(),
+                                in_options.suppressHeadflg, &inoutp_state.prevLog);
+    OS_fileIdentity read = {};
+    const bool known = in_options.dflg != 0 && ALA__ReadExtent(logh, &read) == 0;
+    const ALA_retCode_t closed = ALA_Close(mainh, &logh);
+    inoutp_state.noLogFound = false;
+    if (closed != ALA_N_NORMAL) {
+        DisplayMsg(kMsgCloseFailed, date);
+        logFailure(nullptr, closed);
+        inoutp_state.fail(closed);
+    }
+    if (in_options.dflg == 0)
+        return;
+    if (!complete)
+        logKept(date, "not all of it is in the report");
+    else if (!inoutp_report.isSafe())
+        logKept(date, "its lines have not all reached the report");
+    else if (!known)
+        logKept(date, "its file cannot be identified");
+    else
+        deleteLog(mainh, in_date, read, inoutp_state);
+}
+
+static void processLogs(const Options &in_options, const Facility &in_facility, ReportStream &inoutp_report,
+                        LoopState &inoutp_state) {
+    const DateRange range = dateRange(in_options);
+    const std::int32_t headerForEachLog = in_options.suppressHeadflg != 0 ? 0 : 1;
+    inoutp_state.doHeader = headerForEachLog;
+    for (const dateNode *node = in_facility.dateList; node != nullptr; node = node->next) {
+        const std::int32_t date = ALA__NumFromDate(&node->date);
+        if (date > range.last)
+            return; // the later ones are newer
+        if (date < range.first)
+            continue;
+        processLog(in_options, in_facility.mainh, node->date, inoutp_report, inoutp_state);
+        inoutp_state.doHeader = headerForEachLog;
+    }
+}
+
+// Gives back what the run holds.  0, or the code of the step that failed, which ends it.
+static ALA_retCode_t releaseFacility(Facility &inoutp_facility) {
+    ALA_retCode_t result = ALA_FreeDateList(&inoutp_facility.dateList);
+    if (result != ALA_N_NORMAL) {
+        logFailure("ALA_FreeDateList error: ", result);
+        return result;
+    }
+    result = ALA_FreeNameList(&inoutp_facility.nameList);
+    if (result != ALA_N_NORMAL) {
+        logFailure("ALA_FreeNameList error: ", result);
+        return result;
+    }
+    result = ALA_Unregister(&inoutp_facility.mainh);
+    if (result != ALA_N_NORMAL)
+        logFailure("ALA_Unregister error: ", result);
+    return result;
+}
+
+// The run behind its checks.  *outp_leavesFile tells whether a report file that it made has to stay.
+static int reportLogs(const Options &in_options, ReportStream &inoutp_report, bool *outp_leavesFile) {
+    *outp_leavesFile = false;
+    Malloced<char> defaultPath;
+    if (in_options.acctPath2 == nullptr)
+        if (const int status = makeDefaultLogPath(defaultPath); status != 0)
+            return status;
+    const char *logPath = in_options.acctPath2 != nullptr ? in_options.acctPath2 : defaultPath.get();
+    Facility facility;
+    if (const ALA_retCode_t result = startFacility(in_options, logPath, facility); result != ALA_N_NORMAL)
+        return result;
+
+    LoopState state;
+    processLogs(in_options, facility, inoutp_report, state);
+    inoutp_report.close();
+    *outp_leavesFile = !state.errOut || state.deletedAny;
+    if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL)
+        return result;
+    if (state.noLogFound && !state.errOut) {
+        DisplayMsg(kMsgNoLogs);
+        *outp_leavesFile = false;
+        return kStatusNoLogs;
+    }
+    return state.errOut ? state.finalErr : 0;
+}
+
+int run(const Options &in_options) {
+    if (in_options.helpflg != 0) {
+        DisplayMsg(kMsgUsage);
+        return 0;
+    }
+    if (in_options.verflg != 0) {
+        MSG_fprintf(stdout, "%s\n", compiledVersionString);
+        return 0;
+    }
+    if (in_options.errflg != 0 || in_options.serverName == nullptr) {
+        DisplayMsg(kMsgUsage);
+        return kStatusUsage;
+    }
+    needDoc = in_options.docflg;
+    if (!loadServiceEnvironment(in_options.serverName)) {
+        DisplayMsg(kMsgEnvironment);
+        return kStatusBadStart;
+    }
+    if (!datesAreValid(in_options))
+        return kStatusBadStart;
+    ReportStream report;
+    if (!report.open(in_options.ofile)) {
+        DisplayMsg(kMsgReportFile, in_options.ofile);
+        return kStatusBadStart;
+    }
+    bool leavesFile = false;
+    const int status = reportLogs(in_options, report, &leavesFile);
+    report.close();
+    if (!leavesFile)
+        report.removeIfCreated();
+    return status;
+}

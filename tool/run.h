@@ -1,0 +1,16 @@
+// One run for one server, from its options to its exit status.
+#pragma once
+
+#include "tool/options.h"
+
+// The tool's version, for -V.
+constexpr char compiledVersionString[] = "1.2-06";
+
+// Exit statuses besides 0 and the return codes of the facility.
+constexpr int kStatusUsage = 1;     // option error, or no server name
+constexpr int kStatusNoMemory = 3;  // for the default log path
+constexpr int kStatusNoLogs = 29;   // none in the date range
+constexpr int kStatusBadStart = 30; // environment, dates or report file
+constexpr int kStatusNoRoot = 100;  // QV_ROOT is not set
+
+int run(const Options &in_options);
