@@ -175,6 +175,7 @@ ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *i
 }
 
 ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
+    const FuncTrace trace("ALA_FreeAttributePair");
     ALA_attrPair *pair = *inoutp_attribute;
     std::free(pair->attrName);
     while (pair->attrVal != nullptr) {

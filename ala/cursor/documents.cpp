@@ -132,6 +132,7 @@ ALA_retCode_t ALA_GetNextDocmt(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_c
 }
 
 ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord) {
+    const FuncTrace trace("ALA_FreeDocmtRecord");
     if (inoutp_docRecord == nullptr || *inoutp_docRecord == nullptr)
         return ALA_N_NORMAL;
     docRecord *owned = *inoutp_docRecord;

@@ -115,6 +115,7 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
 }
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {
+    const FuncTrace trace("ALA_FreeAttributeList");
     while (*inoutp_attributeNames != nullptr) {
         ALA_attrName *node = *inoutp_attributeNames;
         *inoutp_attributeNames = node->next;

@@ -44,8 +44,10 @@ ALA_retCode_t scanLogs(const char *inp_svrName, const char *inp_acctLogPath, con
     SYSU_dirent entry;
     SYSU_dirent *found = nullptr;
     while (SYSU_Readdir_r(directory.get(), &entry, &found) == 0 && found != nullptr) {
+        if (std::strncmp(entry.d_name, prefix.get(), prefixLength) != 0)
+            continue;
         const char *tail = entry.d_name + prefixLength;
-        if (std::strncmp(entry.d_name, prefix.get(), prefixLength) != 0 || std::strlen(tail) > kLongestTail)
+        if (std::strlen(tail) > kLongestTail)
             continue;
         const Malloced<char> file = ALA__PathInDirectory(path.get(), entry.d_name);
         if (file == nullptr)

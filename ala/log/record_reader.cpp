@@ -261,6 +261,7 @@ ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_
 }
 
 ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {
+    const FuncTrace trace("ALA_FreeJobRecord");
     if (inoutp_record == nullptr || *inoutp_record == nullptr)
         return ALA_N_NORMAL;
     record *owned = *inoutp_record;

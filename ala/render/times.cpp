@@ -45,6 +45,10 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     utc.tm_hour = inp_UTC->hour;
     utc.tm_min = inp_UTC->utc == 1 ? inp_UTC->minute : inp_UTC->minute + inp_UTC->mindiff;
     utc.tm_sec = static_cast<int>(inp_UTC->second - _timezone);
+    // In range again before mktime sees them: it would settle summer time by the fields as they stand, and then by
+    // whatever it converted last.
+    const std::time_t shifted = timegm(&utc);
+    gmtime_r(&shifted, &utc);
     utc.tm_isdst = -1;
     Lock lock(timeLock);
     if (!lock.isLocked())
@@ -86,6 +90,14 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
     return 0;
 }
 
+// Four digits of the year whatever it is: "%Y" alone gives an early one without its zeros.
+static const char *formatFor(const std::tm &in_time) {
+    const int year = in_time.tm_year + kTmEpoch;
+    if (year < 0 || year >= 1000)
+        return "%m/%d/%Y %H:%M:%S";
+    return year >= 100 ? "%m/%d/0%Y %H:%M:%S" : year >= 10 ? "%m/%d/00%Y %H:%M:%S" : "%m/%d/000%Y %H:%M:%S";
+}
+
 std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
                                          char **outp_asciiTime) {
     if (inp_gt == nullptr)
@@ -111,10 +123,7 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
                                                     : nullptr); // the name lasts until the next call
     if (inp_locale != nullptr)
         static_cast<void>(std::setlocale(LC_TIME, inp_locale)); // an unknown one leaves the default in force
-    // Four digits of the year whatever it is: "%Y" alone gives an early one without its zeros.
-    const bool early = time.tm_year > -kTmEpoch && time.tm_year < 1000 - kTmEpoch;
-    const char *format = early ? "%m/%d/0%Y %H:%M:%S" : "%m/%d/%Y %H:%M:%S";
-    const std::size_t res = std::strftime(text.get(), kTimeSize, format, &time);
+    const std::size_t res = std::strftime(text.get(), kTimeSize, formatFor(time), &time);
     if (!lock.release())
         return 1;
     if (defLocale != nullptr) {
