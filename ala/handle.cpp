@@ -1,7 +1,9 @@
 #include "ala/handle.h"
 
+#include <atomic>
 #include <cstring>
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include "ala/access/domain.h"
@@ -20,8 +22,17 @@ THR_mutex_t timeLock = {};
 THR_mutex_t localeLock = {};
 static std::int32_t mutexInit = 0; // control word of the once-only set-up
 
+// Every operation asks, and a system call would cost more than most of them do.  Only a fork changes the id.
 std::int32_t ALA__CurrentPid() {
-    return static_cast<std::int32_t>(getpid());
+    static std::atomic<std::int32_t> known = 0;
+    static const bool forkIsSeen = pthread_atfork(nullptr, nullptr, [] { known = 0; }) == 0;
+    std::int32_t pid = known.load(std::memory_order_relaxed);
+    if (pid == 0) {
+        pid = static_cast<std::int32_t>(getpid());
+        if (forkIsSeen)
+            known = pid;
+    }
+    return pid;
 }
 
 static bool isValid(ALA_handle_t in_handle) {

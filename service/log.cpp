@@ -120,11 +120,25 @@ void LOG__Reset() {
     started = false;
 }
 
+// Without a daemon that listens every entry would cost a vain connection.  Whether there is one is looked up
+// once a second.
+static bool syslogListens() {
+    static std::atomic<std::int64_t> checkedAt = -1;
+    static std::atomic<bool> listens = false;
+    std::timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    if (checkedAt.exchange(now.tv_sec) != now.tv_sec)
+        listens = ::access(_PATH_LOG, W_OK) == 0;
+    return listens;
+}
+
 static bool isWanted(std::int32_t in_level) {
     if (in_level > LOG_g_level)
         return false;
     start();
-    return sink != kNowhere && (in_level <= messageLevel || (in_level == LOG_TRACE && traceWanted));
+    if (sink == kNowhere || (sink == kSyslog && !syslogListens()))
+        return false;
+    return in_level <= messageLevel || (in_level == LOG_TRACE && traceWanted);
 }
 
 // ---- Writing an entry ----
