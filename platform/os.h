@@ -242,8 +242,23 @@ int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity);
 // Puts the folder entry of a file that was just made on the disk.  0, or -1.
 int OS_SyncFolderOf(const char *inp_path);
 
-// A failed write to a pipe without a reader becomes an error of that write instead of the program's end.
-void OS_IgnoreBrokenPipes();
+// Keeps other processes from opening the file for writing until the descriptor is closed.  0; 1 when one has
+// it open for writing already; -1 where the system cannot tell.  Only the file's owner, or root, can be told.
+int OS_HoldAgainstWriters(int in_fd);
+
+// What a program of this system needs of its process, first of all: a failed write to a pipe without a reader
+// is an error of that write, and the arrival of a writer whom a file is held against goes unnoticed, instead
+// of either being the program's end; and no file that it opens takes the place of a standard stream that came
+// closed.
+void OS_PrepareProcess();
+
+// A set-group-id or set-user-id bit lends a program rights that its caller has not.  OS_HasLentRights gives
+// non-zero then.  The other two choose with whose rights files are used from now on; a program without lent
+// rights has only its caller's.  Both end the program when the system refuses, for it would go on with the
+// wrong rights.
+int OS_HasLentRights();
+void OS_UseCallersRights();
+void OS_UseLentRights();
 
 // Where this layer tells of a malformed registry file; nowhere until it is set.  service/ sets it.
 void OS_SetReporter(OS_reporter in_reporter);

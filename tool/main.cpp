@@ -5,10 +5,12 @@
 #include "service/log.h"
 #include "service/message.h"
 #include "tool/options.h"
+#include "tool/rights.h"
 #include "tool/run.h"
 
 int main(int argc, char **argv) {
-    OS_IgnoreBrokenPipes(); // a report that nobody reads is a failure to be noticed, not the end of the run
+    OS_PrepareProcess();
+    dropLentRights();
     std::setlocale(LC_ALL, "");
     LOG_Init("stdout", "E");
     MSG_UsageBegin("qvledg");

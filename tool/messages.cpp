@@ -10,6 +10,7 @@
 
 #include "service/log.h"
 #include "service/message.h"
+#include "tool/placeholders.h"
 
 constexpr std::uint32_t kRawSize = 1024; // bytes of a message before its arguments are put in
 
@@ -54,10 +55,11 @@ static ReturnCode findReturnCode(std::int64_t in_errCode) {
 }
 
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf) {
-    std::uint32_t count = 0;
-    if (in_bufSize == 0 || MSG_GetUnformatted(2, in_msgCode, 0, in_bufSize, &count, inoutp_buf) == 0)
-        return;
     const char *text = defaultText(in_msgCode);
+    std::uint32_t count = 0;
+    if (in_bufSize == 0 || (MSG_GetUnformatted(2, in_msgCode, 0, in_bufSize, &count, inoutp_buf) == 0 &&
+                            samePlaceholders(inoutp_buf, text)))
+        return;
     const std::size_t length = strnlen(text, in_bufSize - 1);
     std::memcpy(inoutp_buf, text, length);
     inoutp_buf[length] = '\0';

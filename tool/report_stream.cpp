@@ -6,7 +6,8 @@
 #include "platform/os.h"
 #include "service/log.h"
 
-constexpr std::size_t kBufferSize = 256 * 1024;
+// Outlives every stream: standard output is flushed once more when the program ends.
+static char buffer[256 * 1024];
 
 bool ReportStream::open(const char *inp_fileName) {
     fileName = inp_fileName;
@@ -21,8 +22,7 @@ bool ReportStream::open(const char *inp_fileName) {
     if (fl == nullptr)
         return false;
     if (fileName != nullptr || _isatty(_fileno(fl)) == 0)
-        static_cast<void>(
-            std::setvbuf(fl, nullptr, _IOFBF, kBufferSize)); // without memory it stays as it was
+        static_cast<void>(std::setvbuf(fl, buffer, _IOFBF, sizeof buffer)); // refused, it stays as it was
     return true;
 }
 

@@ -14,6 +14,7 @@
 #include "tool/messages.h"
 #include "tool/report_stream.h"
 #include "tool/report_writer.h"
+#include "tool/rights.h"
 
 constexpr std::int32_t kNoUpperBound = 99999999;
 
@@ -64,6 +65,7 @@ struct Facility {
 } // namespace
 
 static bool loadServiceEnvironment(const char *inp_serverName) {
+    const LentRights rights(true);
     Malloced<char> serviceName;
     if (ALA__GetServiceName(inp_serverName, kServerTypeSpooler, TextOut(serviceName)) != 0)
         return false;
@@ -84,7 +86,10 @@ static DateRange dateRange(const Options &in_options) {
 static int makeDefaultLogPath(Malloced<char> &outp_path) {
     const char *root = std::getenv("QV_ROOT");
     if (root == nullptr) {
-        LOG_CondAdd("QV_ROOT environment variable not set\n");
+        if (LOG_StartMessage(LOG_ERROR, __FILE__, __LINE__, 0) != 0) {
+            LOG_CondAdd("QV_ROOT environment variable not set\n");
+            LOG_EndMessage();
+        }
         DisplayMsg(kMsgEnvironment);
         return kStatusNoRoot;
     }
@@ -95,11 +100,16 @@ static int makeDefaultLogPath(Malloced<char> &outp_path) {
     return kStatusNoMemory;
 }
 
+static ALA_retCode_t registerServer(const Options &in_options, const char *inp_logPath,
+                                    ALA_handle_t *outp_mainh) {
+    const LentRights rights(in_options.oidPath == nullptr);
+    return ALA_Register(in_options.serverName, inp_logPath, in_options.oidPath, outp_mainh);
+}
+
 // Registers and lists the server's logs.  0, or the code that ends the run.
 static ALA_retCode_t startFacility(const Options &in_options, const char *inp_logPath,
                                    Facility &outp_facility) {
-    ALA_retCode_t result =
-        ALA_Register(in_options.serverName, inp_logPath, in_options.oidPath, &outp_facility.mainh);
+    ALA_retCode_t result = registerServer(in_options, inp_logPath, &outp_facility.mainh);
     if (result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result));
         logFailure(nullptr, result);
@@ -119,7 +129,7 @@ static void logKept(std::int32_t in_date, const char *in_why) {
                     in_why);
 }
 
-// A log goes only when nothing of it exists there alone.
+// A log goes only once all that the report shows of it is safe there.
 static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const OS_fileIdentity &in_read,
                       LoopState &inoutp_state) {
     std::int32_t kept = 0;
@@ -135,12 +145,18 @@ static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const OS_file
     inoutp_state.fail(result);
 }
 
+static ALA_retCode_t openLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
+                             ALA_acctLogHandle_t *outp_logh) {
+    const LentRights rights(in_options.acctPath2 == nullptr);
+    return ALA_Open(mainh, &in_date, outp_logh);
+}
+
 // Reports one log, and deletes it under -d.
 static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
                        ReportStream &inoutp_report, LoopState &inoutp_state) {
     const std::int32_t date = ALA__NumFromDate(&in_date);
     ALA_acctLogHandle_t logh = nullptr;
-    if (const ALA_retCode_t result = ALA_Open(mainh, &in_date, &logh); result != ALA_N_NORMAL) {
+    if (const ALA_retCode_t result = openLog(in_options, mainh, in_date, &logh); result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
         logFailure(nullptr, result);
         return inoutp_state.fail(result);

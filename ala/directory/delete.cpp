@@ -4,6 +4,7 @@
 #include "ala/handle.h"
 #include "ala/trace.h"
 #include "service/clock.h"
+#include "service/system.h"
 
 namespace {
 
@@ -27,18 +28,35 @@ static ALA_retCode_t refuseToday(const ALA_time *inp_date) {
                     today.year, today.month, today.day);
 }
 
+static bool isSameFile(const OS_fileIdentity &in_one, const OS_fileIdentity &in_two) {
+    return in_one.device == in_two.device && in_one.number == in_two.number;
+}
+
+// Why the file of that name must stay, or null.  The descriptor holds it against writers from then on, so
+// that what was found stays true until it is removed.
+static const char *reasonToKeep(const char *inp_path, const OS_fileIdentity &in_read, Descriptor &outp_held) {
+    OS_fileIdentity present = {};
+    // The name first: behind a symbolic link there is another file than the one to be removed.
+    if (OS_IdentifyName(inp_path, &present) != 0 || !isSameFile(present, in_read))
+        return "it is not the file that was read";
+    outp_held.reset(SYSU_Open(inp_path, 0));
+    if (!outp_held.isOpen())
+        return "it cannot be opened";
+    if (OS_HoldAgainstWriters(outp_held.get()) == 1)
+        return "another program has it open for writing";
+    if (OS_IdentifyDescriptor(outp_held.get(), &present) != 0 || !isSameFile(present, in_read))
+        return "it is not the file that was read";
+    return present.size != in_read.size ? "it is not as long as what was read of it" : nullptr;
+}
+
 // May the file of that name go, given what was read?  Without a description of it, whatever is there may.
-static Verdict compareWithRead(const char *inp_path, const OS_fileIdentity *inp_read) {
+static Verdict compareWithRead(const char *inp_path, const OS_fileIdentity *inp_read, Descriptor &outp_held) {
     if (inp_read == nullptr)
         return Verdict::Remove;
     OS_fileIdentity present = {};
     if (OS_IdentifyName(inp_path, &present) != 0)
         return Verdict::Missing;
-    const char *why = nullptr;
-    if (present.device != inp_read->device || present.number != inp_read->number)
-        why = "it is not the file that was read";
-    else if (present.size != inp_read->size)
-        why = "it is not as long as what was read of it";
+    const char *why = reasonToKeep(inp_path, *inp_read, outp_held);
     if (why == nullptr)
         return Verdict::Remove;
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not deleted: %s", inp_path, why);
@@ -62,7 +80,8 @@ static ALA_retCode_t deleteLog(ALA_handle_t in_alaHandle, const ALA_time *inp_da
     if (!ALA__ConvertPath(path.get(), converted))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Delete; ALA_A_UNKNOWN_ERR");
 
-    const Verdict verdict = compareWithRead(converted.get(), inp_read);
+    Descriptor held;
+    const Verdict verdict = compareWithRead(converted.get(), inp_read, held);
     if (verdict == Verdict::Keep) {
         *outp_kept = 1;
         return ALA_N_NORMAL;

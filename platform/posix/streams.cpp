@@ -1,6 +1,7 @@
 // Streams, and what keeps written files on their disk.
 #include "platform/os.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -36,6 +37,22 @@ int OS_SyncFolderOf(const char *inp_path) {
     return result;
 }
 
-void OS_IgnoreBrokenPipes() {
+int OS_HoldAgainstWriters(int in_fd) {
+    if (fcntl(in_fd, F_SETLEASE, F_RDLCK) == 0)
+        return 0;
+    return errno == EAGAIN ? 1 : -1;
+}
+
+void OS_PrepareProcess() {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGIO, SIG_IGN);
+    // What stands in for a closed stream refuses its use, as a closed one does.
+    while (true) {
+        const int fd = open("/dev/null", O_RDONLY);
+        if (fd == -1 || fd > STDERR_FILENO) {
+            if (fd != -1)
+                static_cast<void>(close(fd));
+            return;
+        }
+    }
 }

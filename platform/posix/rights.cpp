@@ -1,0 +1,38 @@
+// Whose rights files are used with, when a set-group-id or set-user-id bit lent some.
+#include "platform/os.h"
+
+#include <cstdlib>
+
+#include <unistd.h>
+
+namespace {
+
+struct Ids {
+    uid_t user;
+    gid_t group;
+};
+
+} // namespace
+
+// As they were when the program started.
+static const Ids kLent = {geteuid(), getegid()};
+static const Ids kCallers = {getuid(), getgid()};
+
+static void use(const Ids &in_ids) {
+    if (getegid() != in_ids.group && setegid(in_ids.group) != 0)
+        std::abort();
+    if (geteuid() != in_ids.user && seteuid(in_ids.user) != 0)
+        std::abort();
+}
+
+int OS_HasLentRights() {
+    return kLent.user != kCallers.user || kLent.group != kCallers.group ? 1 : 0;
+}
+
+void OS_UseCallersRights() {
+    use(kCallers);
+}
+
+void OS_UseLentRights() {
+    use(kLent);
+}

@@ -1,0 +1,29 @@
+// The rights that a set-group-id installation lends.
+//
+// The program runs with its caller's own rights.  What it was lent serves only to read the system's registry
+// file and OID database and to list and open the logs in the system's own directory, where each log's access
+// list decides. docs/security.md tells why.
+#pragma once
+
+#include <cstdlib>
+
+#include "platform/os.h"
+
+// First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.
+inline void dropLentRights() {
+    if (OS_HasLentRights() != 0)
+        static_cast<void>(unsetenv("QV_ROOT")); // fails for malformed names only
+    OS_UseCallersRights();
+}
+
+// Uses what was lent for the length of a block, if the path used there is the system's own.
+class LentRights {
+public:
+    explicit LentRights(bool in_pathIsTheSystems) {
+        if (in_pathIsTheSystems)
+            OS_UseLentRights();
+    }
+    ~LentRights() { OS_UseCallersRights(); }
+    LentRights(const LentRights &) = delete;
+    LentRights &operator=(const LentRights &) = delete;
+};
