@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test install clean setup
+.PHONY: all demo test fuzz install clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -22,6 +22,15 @@ test: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev
 	@ctest --preset dev
+
+# Fuzzes each target for SECONDS, in turn; JOBS of them at a time.
+SECONDS ?= 60
+JOBS ?= 2
+fuzz:
+	@scripts/setup clang
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz
+	@scripts/fuzz build/fuzz $(SECONDS) $(JOBS)
 
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build

@@ -1,0 +1,28 @@
+// A folder of its own that a target works in, with the sample print system's OID tables and no log.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+#include "samples/sample_root.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size);
+
+class Sandbox {
+public:
+    // Makes it and turns the program's log and its environment away from the machine's.
+    Sandbox();
+    ~Sandbox();
+    Sandbox(const Sandbox &) = delete;
+    Sandbox &operator=(const Sandbox &) = delete;
+
+    const samples::SampleRoot &root() const { return tree; }
+
+    static void write(const std::filesystem::path &in_file, std::span<const std::uint8_t> in_bytes);
+
+private:
+    std::filesystem::path folder;
+    samples::SampleRoot tree;
+};
