@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "ala/access/domain.h"
+#include "ala/cursor/columns.h"
 #include "ala/environment.h"
 #include "ala/owners.h"
 #include "ala/trace.h"
@@ -73,6 +74,7 @@ struct HandleDeleter {
     void operator()(handleData *inp_handle) const {
         std::free(inp_handle->svrName);
         std::free(inp_handle->acctLogPath);
+        ALA__ForgetColumns(inp_handle);
         std::free(inp_handle);
     }
 };

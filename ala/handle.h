@@ -6,6 +6,8 @@
 #include "ala/ala.h"
 #include "service/thread.h"
 
+struct ALA__column; // ala/cursor/columns.h
+
 struct handleData {
     std::int32_t pid;  // of the process that registered
     char *svrName;     // owned
@@ -15,6 +17,8 @@ struct handleData {
     // Values, and attributes, that the cursors could not deliver so far.  A log whose walk raised this number
     // has something in it that no report shows.
     std::uint64_t valuesPassedOver;
+
+    ALA__column *columns; // what the cursors remember from record to record; owned
 };
 
 // Guards of the time conversion and of the switching of the locale; never held together.

@@ -18,7 +18,18 @@ using Malloced = std::unique_ptr<T, FreeDeleter>;
 // A zeroed record, or null.
 template <class T>
 Malloced<T> makeZeroed() {
-    return Malloced<T>(static_cast<T *>(std::calloc(1, sizeof(T))));
+    Malloced<T> record(static_cast<T *>(std::malloc(sizeof(T))));
+    if (record != nullptr)
+        *record = T{};
+    return record;
+}
+
+// A buffer of that many bytes with an empty text, or null.
+inline Malloced<char> makeTextBuffer(std::size_t in_size) {
+    Malloced<char> buffer(static_cast<char *>(std::malloc(in_size)));
+    if (buffer != nullptr)
+        *buffer = '\0';
+    return buffer;
 }
 
 // Receives what an operation hands out through a char ** argument.  The owner has it at the end of the full

@@ -1,6 +1,7 @@
 #include "service/unpack.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 // ---- Building stones ----
@@ -365,16 +366,23 @@ static constexpr UnpackRow kRows[] = {
 
 static constexpr UnpackRow kUnknownType = {0, 0, bytesAsTheyAre};
 
-static constexpr bool byType(const UnpackRow &in_one, const UnpackRow &in_two) {
-    return in_one.type < in_two.type;
-}
 static_assert(std::adjacent_find(std::begin(kRows), std::end(kRows),
                                  [](const UnpackRow &a, const UnpackRow &b) { return a.type >= b.type; }) ==
                   std::end(kRows),
               "one row a type, in ascending order");
 
+static constexpr std::size_t kTypes = std::end(kRows)[-1].type + 1;
+
+static constexpr std::array<const UnpackRow *, kTypes> rowsByType() {
+    std::array<const UnpackRow *, kTypes> rows = {};
+    rows.fill(&kUnknownType);
+    for (const UnpackRow &row : kRows)
+        rows[row.type] = &row;
+    return rows;
+}
+
+static constexpr std::array<const UnpackRow *, kTypes> kRowsByType = rowsByType();
+
 const UnpackRow &findUnpackRow(AS_attrValType_t in_type) {
-    const auto *row =
-        std::lower_bound(std::begin(kRows), std::end(kRows), UnpackRow{in_type, 0, nullptr}, byType);
-    return row != std::end(kRows) && row->type == in_type ? *row : kUnknownType;
+    return in_type < kTypes ? *kRowsByType[in_type] : kUnknownType;
 }

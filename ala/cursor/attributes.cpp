@@ -1,36 +1,54 @@
 // The cursors over the attributes of a job and of a document.
 #include "ala/cursor/cursor.h"
 
+#include <cstring>
+
+#include "ala/cursor/columns.h"
 #include "ala/render/render.h"
 #include "ala/trace.h"
 
-std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
+std::int32_t ALA__FillOid(STF_l__hdr *in_status, const ALA__column *inp_column, attrValNode *inoutp_node) {
+    if (inp_column != nullptr) {
+        std::memcpy(inoutp_node->oidBytes, inp_column->oid, sizeof inoutp_node->oidBytes);
+        inoutp_node->oid = inoutp_node->oidBytes;
+        return 0;
+    }
     const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);
     inoutp_node->oid = result == 0 ? inoutp_node->oidBytes : nullptr;
     return result;
 }
 
+// Renders one value, or the lack of any, into the pair.
+static ALA_retCode_t deliverValue(ALA_handle_t in_handle, const attrValNode &in_node, void *in_value,
+                                  AS_attrValDesc_t in_description, const char *inp_locale,
+                                  ALA_attrPair **outp_attribute) {
+    const ALA_retCode_t result = ALA__GetAttribute(&in_node, in_value, in_description, inp_locale,
+                                                   &in_handle->oidHandle, outp_attribute);
+    if (result != ALA_N_NORMAL)
+        ++in_handle->valuesPassedOver;
+    return result;
+}
+
 // Renders the values in turn.  The last one's result counts; that of an earlier one shows as a missing value.
-static ALA_retCode_t deliverValues(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
+static ALA_retCode_t deliverValues(STF_l__hdr *in_status, ALA_handle_t in_handle, const attrValNode *inp_node,
                                    const char *inp_locale, const CursorTexts &in_texts,
                                    ALA_attrPair **outp_attribute, bool *outp_complete) {
     ALA_retCode_t result = ALA_N_NORMAL;
-    for (std::uint32_t i = 0; i < inoutp_node->numAttrVal; ++i) {
-        const GEN_string &packed = inoutp_node->attrVals[i];
+    for (std::uint32_t i = 0; i < inp_node->numAttrVal; ++i) {
+        const GEN_string &packed = inp_node->attrVals[i];
         void *value = nullptr;
         AS_attrValDesc_t description = {};
-        if (ODP_UnpackAV(in_status, packed.length, packed._value, inoutp_node->attrValType, &value,
+        if (ODP_UnpackAV(in_status, packed.length, packed._value, inp_node->attrValType, &value,
                          &description) != 0) {
             ++in_handle->valuesPassedOver;
             return ALA_FAIL(ALA_A_ODPUNPACK_ERROR,
                             "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
-                            static_cast<std::int32_t>(inoutp_node->attrValType), in_texts.operation);
+                            static_cast<std::int32_t>(inp_node->attrValType), in_texts.operation);
         }
-        result = ALA__GetAttribute(inoutp_node, value, description, inp_locale, &in_handle->oidHandle,
-                                   outp_attribute);
-        if (result != ALA_N_NORMAL)
-            ++in_handle->valuesPassedOver;
+        result = deliverValue(in_handle, *inp_node, value, description, inp_locale, outp_attribute);
     }
+    if (inp_node->numAttrVal == 0)
+        result = deliverValue(in_handle, *inp_node, nullptr, {}, inp_locale, outp_attribute);
     *outp_complete = true;
     return result;
 }
@@ -39,20 +57,21 @@ ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_
                                     const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
                                     bool *outp_complete) {
     const StatusList status;
-    if (const std::int32_t result = ALA__FillOid(status, inoutp_node); result != 0) {
+    if (inp_locale != nullptr)
+        ALA__ForgetColumns(in_handle);
+    const ALA__column *column = ALA__RecallColumn(in_handle, *inoutp_node);
+    if (const std::int32_t result = ALA__FillOid(status, column, inoutp_node); result != 0) {
         ++in_handle->valuesPassedOver;
         return ALA_FAIL(ALA_A_OID_ERROR,
                         "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
                         in_texts.operation, static_cast<unsigned>(result), inoutp_node->decoid);
     }
-    if (inoutp_node->numAttrVal != 0)
-        return deliverValues(status, in_handle, inoutp_node, inp_locale, in_texts, outp_attribute,
-                             outp_complete);
+    inoutp_node->knownName = column != nullptr ? column->name : nullptr;
     const ALA_retCode_t result =
-        ALA__GetAttribute(inoutp_node, nullptr, {}, inp_locale, &in_handle->oidHandle, outp_attribute);
-    if (result != ALA_N_NORMAL)
-        ++in_handle->valuesPassedOver;
-    *outp_complete = true;
+        deliverValues(status, in_handle, inoutp_node, inp_locale, in_texts, outp_attribute, outp_complete);
+    inoutp_node->knownName = nullptr;
+    if (column == nullptr && inp_locale == nullptr && *outp_attribute != nullptr)
+        ALA__RememberColumn(in_handle, *inoutp_node, (*outp_attribute)->attrName);
     return result;
 }
 

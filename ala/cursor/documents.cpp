@@ -61,10 +61,13 @@ static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number
         static_cast<attrValNode *>(std::malloc(std::max<std::size_t>(count, 1) * sizeof(attrValNode)));
     if (document->attrValList == nullptr)
         return noMemoryForList(in_operation);
-    for (; document->numDocAttr < count; ++document->numDocAttr)
-        if (!copyNode(inoutp_record->attrValList[start + document->numDocAttr], document->memory,
-                      &document->attrValList[document->numDocAttr]))
+    for (; document->numDocAttr < count; ++document->numDocAttr) {
+        const std::uint32_t number = document->numDocAttr;
+        attrValNode *copy = &document->attrValList[number];
+        if (!copyNode(inoutp_record->attrValList[start + number], document->memory, copy))
             return noMemoryForList(in_operation);
+        copy->place = inoutp_record->numJobAttr + number;
+    }
     ++inoutp_record->docIndex;
     *outp_docRecord = document.release();
     return ALA_N_NORMAL;

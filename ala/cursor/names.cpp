@@ -2,7 +2,9 @@
 #include "ala/cursor/cursor.h"
 
 #include <algorithm>
+#include <cstring>
 
+#include "ala/cursor/columns.h"
 #include "ala/owners.h"
 #include "ala/trace.h"
 
@@ -54,18 +56,27 @@ static ALA_retCode_t setLocale(STF_l__hdr *in_status, ALA_handle_t in_handle, co
         inp_locale, static_cast<unsigned>(result), in_record.attrValList->decoid);
 }
 
-// Puts one name at the head of the list.
-static ALA_retCode_t addName(STF_l__hdr *in_status, void *in_oidHandle, attrValNode *inoutp_node,
-                             NameList &inoutp_names) {
-    Malloced<char> text(static_cast<char *>(std::calloc(OID_NAME_SIZE, 1)));
-    if (text == nullptr)
-        return ALA_FAIL(
-            ALA_A_OUT_OF_MEMORY,
-            "Could not allocate memory for attrName in ALA_ListAttributesFromRecord; ALA_A_OUT_OF_MEMORY");
-    std::int32_t result = ALA__FillOid(in_status, inoutp_node);
+// The attribute's name into a buffer of OID_NAME_SIZE bytes.  0, or the failure of the OID database.
+static std::int32_t lookUpName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
+                               char *outp_name) {
+    const ALA__column *column = ALA__RecallColumn(in_handle, *inoutp_node);
+    std::int32_t result = ALA__FillOid(in_status, column, inoutp_node);
+    if (column != nullptr) {
+        std::memcpy(outp_name, column->name, std::strlen(column->name) + 1);
+        return 0;
+    }
     if (result == 0)
-        result = OID_LookupBinary(in_status, in_oidHandle, inoutp_node->oid, text.get(), 0);
-    if (result != 0) {
+        result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, outp_name, 0);
+    if (result == 0)
+        ALA__RememberColumn(in_handle, *inoutp_node, outp_name);
+    return result;
+}
+
+// Puts one name at the head of the list.
+static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
+                             NameList &inoutp_names) {
+    char name[OID_NAME_SIZE];
+    if (const std::int32_t result = lookUpName(in_status, in_handle, inoutp_node, name); result != 0) {
         inoutp_node->oid = nullptr;
         return ALA_FAIL(
             ALA_A_OID_ERROR,
@@ -73,6 +84,10 @@ static ALA_retCode_t addName(STF_l__hdr *in_status, void *in_oidHandle, attrValN
             "= 0x%X; decoid = %s; ALA_A_OID_ERROR",
             static_cast<unsigned>(result), inoutp_node->decoid);
     }
+    Malloced<char> text(_strdup(name));
+    if (text == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrName in "
+                                             "ALA_ListAttributesFromRecord; ALA_A_OUT_OF_MEMORY");
     Malloced<ALA_attrName> node = makeZeroed<ALA_attrName>();
     if (node == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrNameNode in "
@@ -100,14 +115,15 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
                         "Unknown attribute type: %d in ALA_ListAttributesFromRecord; ALA_A_UNKNOWN_ERR",
                         in_attrType);
     const StatusList status;
-    if (inp_locale != nullptr)
+    if (inp_locale != nullptr) {
+        ALA__ForgetColumns(in_alaHandle);
         if (const ALA_retCode_t result = setLocale(status, in_alaHandle, inp_locale, *in_curRecord);
             result != ALA_N_NORMAL)
             return result;
+    }
     NameList names;
     for (std::uint64_t i = range.first; i < range.end; ++i)
-        if (const ALA_retCode_t result =
-                addName(status, in_alaHandle->oidHandle, &in_curRecord->attrValList[i], names);
+        if (const ALA_retCode_t result = addName(status, in_alaHandle, &in_curRecord->attrValList[i], names);
             result != ALA_N_NORMAL)
             return result;
     *outp_attributeNames = names.release();

@@ -18,6 +18,8 @@ struct attrValNode {
     AS_attrValType_t attrValType;
     GEN_string *attrVals; // numAttrVal of them; null when there are none
     std::uint8_t oidBytes[OID_BINARY_SIZE];
+    std::uint32_t place;   // among the record's attributes; of a document's, where the first document has it
+    const char *knownName; // the attribute's name, if it is known already, while a value is being rendered
 };
 
 struct record {

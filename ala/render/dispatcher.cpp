@@ -9,7 +9,7 @@
 ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
     *inoutpp_val = nullptr;
     Malloced<attributeVal> node = makeZeroed<attributeVal>();
-    Malloced<char> value(static_cast<char *>(std::calloc(kValueSize, 1)));
+    Malloced<char> value = makeTextBuffer(kValueSize);
     if (node == nullptr || value == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
     node->value = value.release();
@@ -91,8 +91,8 @@ static ALA_retCode_t makePair(const attrValNode *inp_node, const char *inp_local
                               OwnedPair &outp_pair) {
     ALA_attrPair *pair = nullptr;
     char *attrName = nullptr;
-    const ALA_retCode_t result =
-        ALA__LookupAttrNameFromOID(inp_node->oid, inp_locale, inoutp_oidHandle, &pair, &attrName);
+    const ALA_retCode_t result = ALA__LookupAttrNameFromOID(inp_node->oid, inp_node->knownName, inp_locale,
+                                                            inoutp_oidHandle, &pair, &attrName);
     if (result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute",
                         inp_node->decoid);

@@ -1,6 +1,7 @@
 #include "ala/render/names.h"
 
 #include <cctype>
+#include <cstring>
 
 #include "ala/render/render.h"
 #include "ala/trace.h"
@@ -21,9 +22,9 @@ struct PairDeleter {
 
 } // namespace
 
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
-                                         void **inoutp_oidHandle, ALA_attrPair **outp_attribute,
-                                         char **outpp_attrName) {
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_knownName,
+                                         const char *inp_locale, void **inoutp_oidHandle,
+                                         ALA_attrPair **outp_attribute, char **outpp_attrName) {
     *outp_attribute = nullptr;
     *outpp_attrName = nullptr;
     Malloced<ALA__growingPair> growing = makeZeroed<ALA__growingPair>();
@@ -32,7 +33,7 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char 
     std::unique_ptr<ALA_attrPair, PairDeleter> pair(&growing.release()->pair);
     if (const ALA_retCode_t result = ALA__AllocValue(&pair->attrVal); result != ALA_N_NORMAL)
         return ALA_FAIL(result, "Return code for ALA__LookupAttrNameFromOID is %d", result);
-    Malloced<char> name(static_cast<char *>(std::calloc(OID_NAME_SIZE, 1)));
+    Malloced<char> name = makeTextBuffer(OID_NAME_SIZE);
     if (name == nullptr)
         return noMemory();
 
@@ -45,7 +46,9 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char 
         char *locale = copy.get();
         result = OID_SetLocale(status, inoutp_oidHandle, &locale);
     }
-    if (result == 0)
+    if (inp_knownName != nullptr)
+        std::memcpy(name.get(), inp_knownName, std::strlen(inp_knownName) + 1);
+    else if (result == 0)
         result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, name.get(), 0);
     if (result != 0)
         return ALA_FAIL(ALA_A_OID_ERROR, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OID_ERROR. "

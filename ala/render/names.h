@@ -9,11 +9,11 @@
 #include "service/values.h"
 
 // A new pair with one empty value, and the attribute's name in a buffer of its own, which the caller stores
-// in the pair.  A locale that is not null stays set on the database handle. ALA_A_OUT_OF_MEMORY,
-// ALA_A_OID_ERROR: both outputs are null.
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
-                                         void **inoutp_oidHandle, ALA_attrPair **outp_attribute,
-                                         char **outpp_attrName);
+// in the pair. inp_knownName: the name if it was looked up before, else null.  A locale that is not null
+// stays set on the database handle. ALA_A_OUT_OF_MEMORY, ALA_A_OID_ERROR: both outputs are null.
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_knownName,
+                                         const char *inp_locale, void **inoutp_oidHandle,
+                                         ALA_attrPair **outp_attribute, char **outpp_attrName);
 
 // The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
 // first hyphen.  The pointer lies in outp_buffer, and is null when the database does not know the identifier.

@@ -21,7 +21,7 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
 // Releases a value record; null is fine.
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
 
-// A value node with an empty text in a zeroed buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
+// A value node with an empty text in a buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
 // variable null.
 ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
 

@@ -1,32 +1,16 @@
 #include "ala/render/times.h"
 
+#include <chrono>
 #include <clocale>
 
 #include "ala/handle.h"
+#include "ala/lock.h"
 #include "ala/owners.h"
+#include "ala/render/plain_days.h"
 #include "service/system.h"
 
 constexpr std::size_t kTimeSize = 100;  // bytes of a time's text
 constexpr std::int32_t kTmEpoch = 1900; // year 0 of tm_year
-
-namespace {
-
-// Holds a lock for the length of a block, if it could be taken.
-class Lock {
-public:
-    explicit Lock(THR_mutex_t &inoutp_mutex) : mutex(inoutp_mutex), locked(THR_LockMutex(&mutex) == 0) {}
-    ~Lock() { static_cast<void>(release()); }
-    Lock(const Lock &) = delete;
-    Lock &operator=(const Lock &) = delete;
-    bool isLocked() const { return locked; }
-    bool release() { return !locked || (locked = false, THR_UnlockMutex(&mutex) == 0); }
-
-private:
-    THR_mutex_t &mutex;
-    bool locked;
-};
-
-} // namespace
 
 static std::int32_t yearForTm(const GEN_generalizedTime &in_time) {
     return in_time.utc == 1 ? in_time.year : in_time.year - kTmEpoch;
@@ -45,8 +29,8 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     utc.tm_hour = inp_UTC->hour;
     utc.tm_min = inp_UTC->utc == 1 ? inp_UTC->minute : inp_UTC->minute + inp_UTC->mindiff;
     utc.tm_sec = static_cast<int>(inp_UTC->second - _timezone);
-    // In range again before mktime sees them: it would settle summer time by the fields as they stand, and then by
-    // whatever it converted last.
+    // In range again before mktime sees them: it would settle summer time by the fields as they stand, and
+    // then by whatever it converted last.
     const std::time_t shifted = timegm(&utc);
     gmtime_r(&shifted, &utc);
     utc.tm_isdst = -1;
@@ -59,11 +43,42 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     return *outp_unixTime == -1 ? 1 : 0;
 }
 
+// The local time of a record on a plain day, without the conversions to the instant and back.  False for any
+// other.
+static bool shiftOnPlainDay(const GEN_generalizedTime &in_time, GEN_generalizedTime *outp_localTime) {
+    using namespace std::chrono;
+    const std::int32_t fullYear = yearForTm(in_time) + kTmEpoch;
+    if (fullYear < 1 || fullYear > 9998 || in_time.month < 1 || in_time.month > 12)
+        return false;
+    const sys_days monthStart = year{fullYear} / month{static_cast<unsigned>(in_time.month)} / 1;
+    const std::int32_t minutes = in_time.utc == 1 ? in_time.minute : in_time.minute + in_time.mindiff;
+    const sys_seconds local = monthStart + days{in_time.day - 1} + hours{in_time.hour} +
+                              std::chrono::minutes{minutes} + seconds{in_time.second - _timezone};
+    const sys_days date = floor<days>(local);
+    if (!ALA__IsPlainDay(static_cast<std::int32_t>(date.time_since_epoch().count())))
+        return false;
+    const year_month_day calendar{date};
+    const hh_mm_ss clock{local - date};
+    const auto narrow = [](auto in_number) { return static_cast<std::int16_t>(in_number); };
+    *outp_localTime = {narrow(static_cast<int>(calendar.year())),
+                       narrow(static_cast<unsigned>(calendar.month())),
+                       narrow(static_cast<unsigned>(calendar.day())),
+                       narrow(clock.hours().count()),
+                       narrow(clock.minutes().count()),
+                       narrow(clock.seconds().count()),
+                       0,
+                       narrow(_timezone / 60),
+                       0};
+    return true;
+}
+
 std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
                                          GEN_generalizedTime *outp_localTime) {
     if (inp_GMTTime == nullptr)
         return 1;
     *outp_localTime = {};
+    if (shiftOnPlainDay(*inp_GMTTime, outp_localTime))
+        return 0;
     std::int64_t time1 = 0;
     if (ALA__ConvertUTCToUnix(inp_GMTTime, &time1) != 0)
         return 1;
@@ -90,12 +105,33 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
     return 0;
 }
 
-// Four digits of the year whatever it is: "%Y" alone gives an early one without its zeros.
-static const char *formatFor(const std::tm &in_time) {
-    const int year = in_time.tm_year + kTmEpoch;
-    if (year < 0 || year >= 1000)
-        return "%m/%d/%Y %H:%M:%S";
-    return year >= 100 ? "%m/%d/0%Y %H:%M:%S" : year >= 10 ? "%m/%d/00%Y %H:%M:%S" : "%m/%d/000%Y %H:%M:%S";
+// Writes a number as that many digits, leading zeros included.
+static char *putDigits(char *outp_text, std::int32_t in_number, std::int32_t in_digits) {
+    for (std::int32_t i = in_digits; i-- > 0; in_number /= 10)
+        outp_text[i] = static_cast<char>('0' + in_number % 10);
+    return outp_text + in_digits;
+}
+
+// The text of a time that a clock can show.  It is made of digits alone, which no locale changes.
+static bool writeClockTime(const std::tm &in_time, char *outp_text) {
+    const std::int32_t fullYear = in_time.tm_year + kTmEpoch;
+    const auto isPair = [](int in_number) { return in_number >= 0 && in_number <= 99; };
+    if (fullYear < 0 || fullYear > 9999 || !isPair(in_time.tm_mon + 1) || !isPair(in_time.tm_mday) ||
+        !isPair(in_time.tm_hour) || !isPair(in_time.tm_min) || !isPair(in_time.tm_sec))
+        return false;
+    char *at = putDigits(outp_text, in_time.tm_mon + 1, 2);
+    *at++ = '/';
+    at = putDigits(at, in_time.tm_mday, 2);
+    *at++ = '/';
+    at = putDigits(at, fullYear, 4);
+    *at++ = ' ';
+    at = putDigits(at, in_time.tm_hour, 2);
+    *at++ = ':';
+    at = putDigits(at, in_time.tm_min, 2);
+    *at++ = ':';
+    at = putDigits(at, in_time.tm_sec, 2);
+    *at = '\0';
+    return true;
 }
 
 std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
@@ -118,12 +154,18 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
     Lock lock(localeLock);
     if (!lock.isLocked())
         return 1;
+    if (writeClockTime(time, text.get())) {
+        if (!lock.release())
+            return 1;
+        *outp_asciiTime = text.release();
+        return 0;
+    }
     const char *named = std::setlocale(LC_TIME, "");
     const Malloced<char> defLocale(named != nullptr ? _strdup(named)
                                                     : nullptr); // the name lasts until the next call
     if (inp_locale != nullptr)
         static_cast<void>(std::setlocale(LC_TIME, inp_locale)); // an unknown one leaves the default in force
-    const std::size_t res = std::strftime(text.get(), kTimeSize, formatFor(time), &time);
+    const std::size_t res = std::strftime(text.get(), kTimeSize, "%m/%d/%Y %H:%M:%S", &time);
     if (!lock.release())
         return 1;
     if (defLocale != nullptr) {

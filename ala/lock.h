@@ -1,0 +1,19 @@
+// A lock held for the length of a block.
+#pragma once
+
+#include "service/thread.h"
+
+// Held if it could be taken.
+class Lock {
+public:
+    explicit Lock(THR_mutex_t &inoutp_mutex) : mutex(inoutp_mutex), locked(THR_LockMutex(&mutex) == 0) {}
+    ~Lock() { static_cast<void>(release()); }
+    Lock(const Lock &) = delete;
+    Lock &operator=(const Lock &) = delete;
+    bool isLocked() const { return locked; }
+    bool release() { return !locked || (locked = false, THR_UnlockMutex(&mutex) == 0); }
+
+private:
+    THR_mutex_t &mutex;
+    bool locked;
+};
