@@ -11,6 +11,7 @@
 #include "service/log.h"
 #include "service/message.h"
 #include "tool/placeholders.h"
+#include "tool/progress.h"
 
 constexpr std::uint32_t kRawSize = 1024; // bytes of a message before its arguments are put in
 
@@ -78,6 +79,7 @@ static void display(std::uint32_t in_msgCode, std::va_list in_values) {
     const std::unique_ptr<char[]> msgBuffer(new (std::nothrow) char[static_cast<std::size_t>(length) + 1]);
     if (msgBuffer != nullptr)
         MSG_vsprintf(msgBuffer.get(), unfmtMsg, in_values);
+    eraseProgress();
     std::fputs(msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg, stderr);
 }
 

@@ -6,6 +6,7 @@
 #include "ala/handle.h"
 #include "service/message.h"
 #include "tool/messages.h"
+#include "tool/progress.h"
 
 std::int32_t needDoc = 0;
 
@@ -181,6 +182,7 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
         if (header)
             complete = doLine(mainh, &writing, 1, fl) && complete;
         complete = doLine(mainh, &writing, 0, fl) && complete;
+        countRecord();
         writing = current.release();
         if (const ALA_retCode_t freed = ALA_FreeJobRecord(&writing); freed != ALA_N_NORMAL) {
             logFailure(kInternalError, freed);

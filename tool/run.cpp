@@ -12,6 +12,7 @@
 #include "service/log.h"
 #include "service/message.h"
 #include "tool/messages.h"
+#include "tool/progress.h"
 #include "tool/report_stream.h"
 #include "tool/report_writer.h"
 #include "tool/rights.h"
@@ -184,17 +185,28 @@ static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_
         deleteLog(mainh, in_date, read, inoutp_state);
 }
 
+static std::int32_t countLogs(const dateNode *inp_dates, const DateRange &in_range) {
+    std::int32_t count = 0;
+    for (const dateNode *node = inp_dates; node != nullptr; node = node->next) {
+        const std::int32_t date = ALA__NumFromDate(&node->date);
+        count += date >= in_range.first && date <= in_range.last ? 1 : 0;
+    }
+    return count;
+}
+
 static void processLogs(const Options &in_options, const Facility &in_facility, ReportStream &inoutp_report,
                         LoopState &inoutp_state) {
     const DateRange range = dateRange(in_options);
     const std::int32_t headerForEachLog = in_options.suppressHeadflg != 0 ? 0 : 1;
     inoutp_state.doHeader = headerForEachLog;
+    startProgress(inoutp_report.stream(), countLogs(in_facility.dateList, range));
     for (const dateNode *node = in_facility.dateList; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (date > range.last)
             return; // the later ones are newer
         if (date < range.first)
             continue;
+        progressToLog(date);
         processLog(in_options, in_facility.mainh, node->date, inoutp_report, inoutp_state);
         inoutp_state.doHeader = headerForEachLog;
     }
@@ -232,6 +244,7 @@ static int reportLogs(const Options &in_options, ReportStream &inoutp_report, bo
 
     LoopState state;
     processLogs(in_options, facility, inoutp_report, state);
+    endProgress();
     inoutp_report.close();
     *outp_leavesFile = !state.errOut || state.deletedAny;
     if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL)

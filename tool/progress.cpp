@@ -1,0 +1,83 @@
+#include "tool/progress.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "platform/os.h"
+
+constexpr std::int64_t kRedrawAfter = 250; // milliseconds
+
+namespace {
+
+struct State {
+    bool shows = false;
+    bool drawn = false;
+    std::int32_t numLogs = 0;
+    std::int32_t logNumber = 0; // of the one being read, counted from 1
+    std::int32_t date = 0;
+    std::int64_t records = 0;
+    std::int64_t started = 0; // milliseconds
+    std::int64_t lastDrawn = 0;
+};
+
+} // namespace
+
+static State state;
+
+static std::int64_t milliseconds() {
+    std::timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+}
+
+static bool isSetTo(const char *inp_variable, const char *inp_value) {
+    const char *value = secure_getenv(inp_variable);
+    return value != nullptr && std::strcmp(value, inp_value) == 0;
+}
+
+void startProgress(std::FILE *inp_report, std::int32_t in_numLogs) {
+    state = {};
+    state.shows = _isatty(_fileno(stderr)) != 0 && _isatty(_fileno(inp_report)) == 0 &&
+                  !isSetTo("QV_PROGRESS", "0") && !isSetTo("QV_LOG", "stderr");
+    state.numLogs = in_numLogs;
+    state.started = milliseconds();
+    state.lastDrawn = state.started; // a short run shows nothing
+}
+
+static void drawIfDue() {
+    const std::int64_t now = milliseconds();
+    if (now - state.lastDrawn < kRedrawAfter)
+        return;
+    state.lastDrawn = now;
+    state.drawn = true;
+    const std::int64_t perSecond = state.records * 1000 / (now - state.started);
+    std::fprintf(stderr, "\r%08d  log %d of %d  %lld records/s\033[K", state.date, state.logNumber,
+                 state.numLogs, static_cast<long long>(perSecond));
+}
+
+void progressToLog(std::int32_t in_date) {
+    if (!state.shows)
+        return;
+    state.date = in_date;
+    ++state.logNumber;
+    drawIfDue();
+}
+
+void countRecord() {
+    if (!state.shows)
+        return;
+    ++state.records;
+    drawIfDue();
+}
+
+void eraseProgress() {
+    if (state.drawn)
+        std::fputs("\r\033[K", stderr);
+    state.drawn = false;
+}
+
+void endProgress() {
+    eraseProgress();
+    state.shows = false;
+}

@@ -1,0 +1,21 @@
+// The progress of a long run, on a terminal that nothing else is being written to.
+//
+// One line on the standard error stream: date, share of the logs, records per second.  It shows when, and
+// only when, the standard error stream is a terminal and the report does not go to one; QV_PROGRESS=0 turns
+// it off.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+// The run begins with that many logs before it.
+void startProgress(std::FILE *inp_report, std::int32_t in_numLogs);
+
+// A log of the date is read from now on; one more record was written.  The line is drawn again at most four
+// times a second.
+void progressToLog(std::int32_t in_date);
+void countRecord();
+
+// Before anything else is written to the standard error stream, and at the end of the run.
+void eraseProgress();
+void endProgress();
