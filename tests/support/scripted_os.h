@@ -5,6 +5,7 @@
 #pragma once
 
 #include <functional>
+#include <type_traits>
 
 #include "platform/os.h"
 #include "service/clock.h"
@@ -16,7 +17,8 @@
 template <class Function>
 class Scripted {
 public:
-    Scripted(std::function<Function> &slot, std::function<Function> script) : place(slot) {
+    Scripted(std::function<Function> &slot, std::type_identity_t<std::function<Function>> script)
+        : place(slot) {
         place = std::move(script);
     }
     ~Scripted() { place = nullptr; }
@@ -38,6 +40,9 @@ extern std::function<decltype(::GetComputerNameA)> GetComputerNameA;
 extern std::function<decltype(::FA_ConvertFilePath)> FA_ConvertFilePath;
 extern std::function<decltype(::GENU_GetCurrentTime)> GENU_GetCurrentTime;
 extern std::function<decltype(::THR_Once)> THR_Once;
+extern std::function<decltype(::_commit)> _commit;
+extern std::function<decltype(::_unlink)> _unlink;
+extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
 } // namespace script
 

@@ -1,0 +1,260 @@
+// Whom an access list admits: entries against scripted callers, domains, groups and credentials.
+#include <cstring>
+
+#include <gmock/gmock.h>
+
+#include <arpa/inet.h>
+
+#include "ala/access/domain.h"
+#include "tests/support/facility.h"
+
+using namespace samples;
+using testing::ElementsAre;
+
+static std::function<decltype(::GetComputerNameA)> computer(const char *in_name) {
+    return [=](char *name, DWORD *size) {
+        *size = static_cast<DWORD>(std::strlen(in_name));
+        std::memcpy(name, in_name, *size + 1);
+        return 1;
+    };
+}
+
+// One entry of a scripted machine's log.  The machine's domain is looked up anew, without a registry.
+class Access : public Facility {
+protected:
+    Access() : machine(script::GetComputerNameA, computer("MACHINE")) {
+        EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
+        TOnceGetDomainName();
+        EXPECT_EQ(ALA_Register("alpha", root.logs().c_str(), root.oids().c_str(), &handle), ALA_N_NORMAL);
+    }
+
+    ALA_retCode_t open(const AccessEntry &in_entry) {
+        return Facility::open(Log({.accessList = {pack(in_entry)}}));
+    }
+
+    Scripted<decltype(::GetComputerNameA)> machine;
+};
+
+constexpr ALA_retCode_t kAdmitted = ALA_N_NORMAL;
+constexpr ALA_retCode_t kRefused = ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE;
+
+TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
+    const std::optional<NameOrOid> nt = oid(DOMAIN_NT), any = oid(DOMAIN_ANY), dns = oid(SEC_DOM_DOTTED1);
+    const Text none = {9, ""};
+    const struct {
+        const char *label;
+        AccessEntry entry;
+        ALA_retCode_t code;
+        const char *user = "alice";
+        const char *domain = "CORP";
+        const char *line = nullptr;
+    } cases[] = {
+        {"privilege 1", {text("alice"), {text("CORP"), nt}, 1, 1}, kRefused},
+        {"privilege 2", {text("alice"), {text("CORP"), nt}, 1, 2}, kAdmitted},
+        {"privilege 3", {text("alice"), {text("CORP"), nt}, 1, 3}, kAdmitted},
+        {"privilege 0", {text("alice"), {text("CORP"), nt}, 1, 0}, ALA_A_ODPUNPACK_ERROR},
+        {"privilege 4", {text("alice"), {text("CORP"), nt}, 1, 4}, ALA_A_ODPUNPACK_ERROR},
+        {"case of name and domain", {text("ALICE"), {text("corp"), nt}, 1}, kAdmitted},
+        {"other domain", {text("alice"), {text("OTHER"), nt}, 1}, kRefused},
+        {"name in Latin-1", {latin1Text("\xC4nne"), {text("CORP"), nt}, 1}, kAdmitted, "\xC3\x84nne"},
+        {"name type 3", {text("alice"), {text("CORP"), nt}, 3}, kRefused},
+        {"any user without a name", {none, {text("CORP"), nt}, 0}, kAdmitted},
+        {"any user of another domain", {text("alice"), {text("OTHER"), nt}, 0}, kRefused},
+        {"user without a name", {none, {text("CORP"), nt}, 1}, kRefused, "alice", "CORP", "Invalid ACL: 0"},
+        {"any domain", {text("alice"), {text(""), any}, 1}, kAdmitted},
+        {"type any with a text", {text("alice"), {text("CORP"), any}, 1}, kRefused},
+        {"no type is the machine's", {text("alice"), {text("CORP"), std::nullopt}, 1}, kAdmitted},
+        {"another type", {text("alice"), {text("CORP"), dns}, 1}, kRefused},
+        {"type by name", {text("alice"), {text("CORP"), samples::name("nt")}, 1}, kRefused},
+        {"no text is the machine's", {text("alice"), {text(""), nt}, 1}, kAdmitted, "alice", "machine"},
+        {"no text, user of a domain", {text("alice"), {text(""), nt}, 1}, kRefused},
+        {"user without a domain", {text("alice"), {text("machine"), nt}, 1}, kAdmitted, "alice", ""},
+        {"unreadable domain", {text("alice"), {none, nt}, 0}, kRefused},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.label);
+        const ScriptedUser caller(c.user, c.domain);
+        takeLog();
+        EXPECT_EQ(open(c.entry), c.code);
+        if (c.line != nullptr) {
+            EXPECT_EQ(takeLog().front(), std::string("ALA__MSACLMatch: ") + c.line);
+        }
+    }
+}
+
+TEST_F(Access, DomainsMatchBySuffixOrWhole) {
+    constexpr SEC_domType_t dns = SEC_DOM_DOTTED1, nis = SEC_DOM_DOTTED2, nt = SEC_DOM_NT, any = SEC_DOM_ANY;
+    const struct {
+        const char *user;
+        SEC_domType_t userType;
+        const char *host;
+        SEC_domType_t hostType;
+        const char *entry;
+        SEC_domType_t entryType; // 0: none
+        const char *trace;       // number of the match, null for none
+    } cases[] = {
+        {"b.c", dns, "x", dns, "b.c", dns, "#1"},
+        {"A.B.C.", dns, "x", dns, "b.c", dns, "#1"},
+        {"a.b.c", dns, "x", dns, "B.c.", dns, "#1"},
+        {"xb.c", dns, "x", dns, "b.c", dns, nullptr},
+        {"c", dns, "x", dns, "b.c", dns, nullptr},
+        {"a.b.c", dns, "x", dns, "b.c", any, "#1"},
+        {"a.b.c", nis, "x", nis, "b.c", nis, "#1"},
+        {"a.b.c", dns, "x", dns, ".", dns, nullptr},
+        {"x", nt, "a.b.c", dns, "b.c", dns, "#1"},
+        {"x", nt, "y", dns, "", dns, "#2"},
+        {"x", any, "x", any, "", any, "#0"},
+        {"a.b", SEC_DOM_FLAT, "x", nt, "b", dns, nullptr},
+        {"a.b", SEC_DOM_FLAT, "x", nt, "A.B", SEC_DOM_FLAT, "#4"},
+        {"M", SEC_DOM_W95HOST, "M", SEC_DOM_W95HOST, "m", SEC_DOM_W95HOST, "#4"},
+        {"x", nt, "CORP", nt, "corp", nt, "#4"},
+        {"corp", 0, "x", nt, "corp", nt, "#4"},
+        {nullptr, nt, "x", nt, "machine", nt, "#4"},
+        {"x", nt, nullptr, 0, "machine", 0, "#4"},
+    };
+    setLogLevel("6");
+    for (const auto &c : cases) {
+        ALA_credential_t caller = {};
+        const auto copy = [](const char *text) { return const_cast<char *>(text); };
+        caller.u.oncMsCred = {copy("alice"),     copy(c.user), htonl(c.userType), copy("h"), copy(c.host),
+                              htonl(c.hostType), nullptr};
+        GEN_nameOrOid type = {GEN_GLOBAL_FORM, {c.entryType}};
+        GEN_distNameString entry = {{GEN_ISO_646_IRV, {copy(c.entry)}}, c.entryType != 0 ? &type : nullptr};
+        std::int32_t matched = 1;
+        takeLog('6');
+        const StatusList status;
+        EXPECT_EQ(_ALA_EACL_DomainMatch(status, &caller, &entry, &matched), 0);
+        const std::vector<std::string> lines = takeLog('6');
+        SCOPED_TRACE((c.user != nullptr ? c.user : "(null)") + std::string(" in ") + c.entry);
+        EXPECT_EQ(matched == 0, c.trace != nullptr);
+        EXPECT_EQ(lines.size(), matched == 0 ? 1U : 0U);
+        if (c.trace != nullptr && !lines.empty()) {
+            EXPECT_THAT(lines[0], testing::HasSubstr(std::string("matched ") + c.trace));
+        }
+    }
+}
+
+TEST_F(Access, GroupEntryAdmitsMembers) {
+    const struct {
+        const char *name, *domain;
+        SID_NAME_USE use;
+        bool known = true;
+    } groups[] = {{"gone", "CORP", SidTypeGroup, false},
+                  {"Staff", "CORP", SidTypeGroup},
+                  {"print", "BUILTIN", SidTypeAlias},
+                  {"world", "CORP", SidTypeWellKnownGroup},
+                  {"\xC4rzte", "CORP", SidTypeGroup}};
+    const ScriptedUser caller("alice", "CORP");
+    const Scripted account(script::LookupAccountSidA,
+                           [&](const char *, PSID sid, char *name, DWORD *nameSize, char *domain,
+                               DWORD *domainSize, SID_NAME_USE *use) {
+                               const auto &group = groups[reinterpret_cast<std::uintptr_t>(sid) - 1];
+                               EXPECT_TRUE(*nameSize == 512 && *domainSize == 512) << group.name;
+                               *nameSize = *domainSize = 1;
+                               std::strcpy(name, group.name);
+                               std::strcpy(domain, group.domain);
+                               *use = group.use;
+                               return group.known ? 1 : 0;
+                           });
+    bool fits = true;
+    const Scripted token(script::GetTokenInformation,
+                         [&](HANDLE, TOKEN_INFORMATION_CLASS, void *info, DWORD length, DWORD *) {
+                             EXPECT_EQ(length, 512U);
+                             auto *list = static_cast<TOKEN_GROUPS *>(info);
+                             list->GroupCount = std::size(groups);
+                             for (std::uintptr_t i = 0; i < std::size(groups); i++)
+                                 list->Groups[i] = {reinterpret_cast<PSID>(i + 1), 0};
+                             return fits ? 1 : 0;
+                         });
+    const struct {
+        Text name;
+        const char *domain;
+        ALA_retCode_t code;
+    } cases[] = {
+        {text("staff"), "corp", kAdmitted},   {text("staff"), "OTHER", kRefused},
+        {text("sta"), "CORP", kRefused},      {text("print"), "MACHINE", kAdmitted},
+        {text("print"), "BUILTIN", kRefused}, {text("world"), "CORP", kRefused},
+        {text("gone"), "CORP", kRefused},     {latin1Text("\xC4RZTE"), "CORP", kAdmitted},
+        {text("staff"), "", kRefused},        {text(""), "CORP", kRefused},
+    };
+    for (const bool whole : {true, false})
+        for (const auto &c : cases) {
+            fits = whole;
+            const AccessEntry entry = {c.name, {text(c.domain), oid(DOMAIN_NT)}, 2};
+            EXPECT_EQ(open(entry), whole ? c.code : kRefused) << c.name.member << " of " << c.domain;
+        }
+    EXPECT_EQ(open(userEntry("alice", "CORP")), kAdmitted) << "a user needs no groups";
+}
+
+TEST_F(Access, CredentialNeedsBothLookUps) {
+    const struct {
+        const char *label;
+        std::size_t user, domain; // lengths
+        DWORD sid, error;         // bytes needed; of the first look-up, 0 for none
+        bool second;
+        ALA_retCode_t code;
+    } cases[] = {
+        {"longest names", 255, 1023, 28, 122, true, kAdmitted},
+        {"user too long", 256, 4, 28, 122, true, ALA_A_SYSTEM_ERR},
+        {"domain too long", 5, 1024, 28, 122, true, ALA_A_SYSTEM_ERR},
+        {"large SID", 5, 4, 4096, 122, true, kAdmitted},
+        {"other error first", 5, 4, 28, 1332, true, ALA_A_SYSTEM_ERR},
+        {"success first", 5, 4, 28, 0, true, ALA_A_SYSTEM_ERR},
+        {"failure then", 5, 4, 28, 122, false, ALA_A_SYSTEM_ERR},
+    };
+    for (const auto &c : cases) {
+        const ScriptedUser caller(std::string(c.user, 'u').c_str(), "");
+        bool first = true;
+        const Scripted account(script::LookupAccountNameA,
+                               [&](const char *, const char *, PSID sid, DWORD *sidSize, char *domain,
+                                   DWORD *domainSize, SID_NAME_USE *) {
+                                   if (std::exchange(first, false)) {
+                                       EXPECT_TRUE(*sidSize == 512 && *domainSize == 0) << c.label;
+                                       *sidSize = c.sid;
+                                       *domainSize = static_cast<DWORD>(c.domain) + 1;
+                                       SetLastError(c.error);
+                                       return c.error == 0 ? 1 : 0;
+                                   }
+                                   std::memset(sid, 1, c.sid); // a block that did not grow is overrun here
+                                   std::memset(domain, 'd', c.domain);
+                                   return c.second ? 1 : 0;
+                               });
+        EXPECT_EQ(open(userEntry(std::string(c.user, 'u'), std::string(c.domain, 'd'))), c.code) << c.label;
+    }
+}
+
+TEST_F(Access, OlderPlatformTakesTheComputerAsDomain) {
+    const Scripted version(script::GetVersionExA, [](OSVERSIONINFOA *out) {
+        out->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
+        return 1;
+    });
+    const ScriptedUser caller("alice", "CORP");
+    EXPECT_EQ(open(userEntry("alice", "machine", SEC_DOM_W95HOST)), kAdmitted);
+    EXPECT_EQ(open(userEntry("alice", "machine", SEC_DOM_NT)), kRefused);
+    TOnceGetDomainName();
+    SEC_domType_t type = 0;
+    EXPECT_STREQ(ALA__GetHostDomain(&type), "") << "found on the newer platform only";
+    EXPECT_EQ(type, SEC_DOM_NT);
+}
+
+TEST_F(Access, MachineOfADomainHasItsLanGroup) {
+    const auto domainWith = [&](const char *in_flags, const char *in_group) {
+        std::string text = registryText({{R"(System\CurrentControlSet\Enum\Root\LEGACY_NETLOGON\0000)", {}}});
+        text += std::string("\"StatusFlags\"=") + in_flags + "\n";
+        text += R"([HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\LanmanWorkstation\Parameters])"
+                "\n";
+        writeFile(root.registry(), text + in_group + "\n");
+        TOnceGetDomainName();
+        return std::string(ALA__GetHostDomain(nullptr));
+    };
+    EXPECT_EQ(domainWith("dword:00000008", "\"LanGroup\"=\"K\xC3\x96LN\""), "K\xC3\x96LN");
+    EXPECT_EQ(domainWith("dword:00000009", "\"LanGroup\"=\"CORP\""), "MACHINE");
+    EXPECT_EQ(domainWith("\"8\"", "\"LanGroup\"=\"CORP\""), "MACHINE");
+    takeLog();
+    EXPECT_EQ(domainWith("dword:00000008", ""), "");
+    EXPECT_THAT(takeLog(), ElementsAre("SEC_GetDefaultDomain: NetWkstaGetInfo failed"));
+    const Scripted once(script::THR_Once, [](auto...) { return 1; });
+    SEC_domType_t type = 1;
+    EXPECT_EQ(ALA__GetHostDomain(&type), nullptr);
+    EXPECT_EQ(type, 0U);
+}

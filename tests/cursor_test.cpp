@@ -1,0 +1,204 @@
+// Walking a record: its attributes, its documents and their attributes, and the names of both.
+#include <chrono>
+
+#include <gmock/gmock.h>
+
+#include "ala/log/record.h"
+#include "tests/support/facility.h"
+
+using namespace samples;
+using testing::ElementsAre;
+
+class Cursor : public Facility {
+protected:
+    ~Cursor() override { ALA_FreeJobRecord(&job); }
+
+    // The names a, b, c, ... of a table of its own stand for 1.2.1, 1.2.2, 1.2.3, ...
+    void SetUp() override {
+        std::string table;
+        for (char name = 'a'; name <= 'h'; name++)
+            table += "1.2." + std::to_string(name - 'a' + 1) + "\t0\t00\t" + name + '\n';
+        writeFile(root.oids() / "oids", table);
+        writeFile(root.oids() / "oids.de", "1.2.1\tgerman-a\n");
+        ASSERT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
+        ASSERT_EQ(ALA_Register("alpha", root.logs().c_str(), root.oids().c_str(), &handle), ALA_N_NORMAL);
+    }
+
+    // A record with that many attributes a=1, b=2, ... and these counts.
+    void load(std::uint32_t in_attributes, std::uint32_t in_ofJob, std::uint32_t in_perDocument,
+              std::uint32_t in_version = 3) {
+        Job made;
+        for (std::uint32_t i = 1; i <= in_attributes; i++)
+            made.attribute("1.2." + std::to_string(i), INTEGER, {packInt(static_cast<std::int32_t>(i))});
+        load(made.numJobAttr(in_ofJob).docAttrPerDoc(in_perDocument), in_version);
+    }
+    void load(const Job &in_job, std::uint32_t in_version = 3) {
+        ALA_FreeJobRecord(&job);
+        ASSERT_EQ(open(Log({.verNum = in_version}).job(in_job)), ALA_N_NORMAL);
+        ASSERT_EQ(ALA_GetFirstJobRecord(handle, &log, &job), ALA_N_NORMAL);
+    }
+
+    // What First and then Next deliver, up to the code that says that there is no more.
+    template <class Record, class Get>
+    std::string walk(Record &inout_record, Get in_first, Get in_next) {
+        std::string got;
+        ALA_retCode_t code = ALA_N_NORMAL;
+        for (auto get = in_first; code != ALA_A_LAST_ATTRIBUTE && code != ALA_A_NO_MORE_JOB_ATTR;
+             get = in_next) {
+            ALA_attrPair *pair = nullptr;
+            code = get(handle, &inout_record, nullptr, &pair);
+            got += (pair != nullptr ? takeText(pair) + ' ' : "") +
+                   (code != 0 ? '#' + std::to_string(code) + ' ' : "");
+        }
+        return got.substr(0, got.size() - 1);
+    }
+    std::string walkJob() { return walk(job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob); }
+
+    // One document's walk, or the code if there is none.
+    std::string document(decltype(ALA_GetNextDocmt) *in_get) {
+        ALA_dRecord_t made = nullptr;
+        const ALA_retCode_t code = in_get(handle, &job, &made);
+        if (made == nullptr)
+            return '#' + std::to_string(code);
+        const std::string text = walk(made, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc);
+        EXPECT_EQ(ALA_FreeDocmtRecord(&made), ALA_N_NORMAL);
+        return text.substr(0, text.rfind("#17"));
+    }
+    std::string walkDocuments() {
+        std::string last = document(ALA_GetFirstDocmt), all = last;
+        for (; last[0] != '#' && all.size() < 100; all += "/ " + last)
+            last = document(ALA_GetNextDocmt);
+        return all;
+    }
+
+    std::string names(ALA_recAttrType_t in_type, const char *inp_locale = nullptr) {
+        ALA_attrName *list = nullptr;
+        const ALA_retCode_t code = ALA_ListAttributesFromRecord(handle, job, in_type, inp_locale, &list);
+        std::string text = code != ALA_N_NORMAL ? "code " + std::to_string(code) : "";
+        for (const ALA_attrName *it = list; it != nullptr; it = it->next)
+            text += (text.empty() ? "" : " ") + std::string(it->attrNameStr);
+        EXPECT_EQ(ALA_FreeAttributeList(&list), ALA_N_NORMAL);
+        return text;
+    }
+
+    ALA_record_t job = nullptr;
+};
+
+TEST_F(Cursor, CountsBoundEveryWalk) {
+    constexpr std::uint32_t huge = 0xFFFFFFFF;
+    const struct {
+        const char *label;
+        std::uint32_t attributes, ofJob, perDocument, version;
+        const char *job, *documents, *names[3];
+    } cases[] = {
+        {"no documents", 2, 2, 0, 3, "a=1 b=2 #17", "#0", {"b a", "b a", ""}},
+        {"two", 6, 2, 2, 3, "a=1 b=2 #33", "c=3 d=4 / e=5 f=6 / #32", {"d c b a", "b a", "d c"}},
+        {"short last", 4, 1, 2, 3, "a=1 #33", "b=2 c=3 / d=4 / #32", {"c b a", "a", "c b"}},
+        {"empty ones", 3, 1, 0, 3, "a=1 #33", "/ #32", {"a", "a", ""}},
+        {"fewer than the job's", 2, 5, 1, 3, "a=1 b=2 #17", "#31", {"b a", "b a", ""}},
+        {"huge document", 3, 1, huge, 3, "a=1 #33", "b=2 c=3 / #32", {"c b a", "a", "c b"}},
+        {"huge counts", 2, huge, huge, 3, "a=1 b=2 #17", "#31", {"b a", "b a", ""}},
+        {"documents only", 2, 0, 1, 3, "a=1 #33", "a=1 / b=2 / #32", {"a", "", "a"}},
+        {"version 2", 2, 0, 0, 2, "a=1 #33", "/ #32", {"", "", ""}},
+        {"version 2, one attribute", 1, 0, 0, 2, "a=1 #17", "/ #32", {"", "", ""}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.label);
+        load(c.attributes, c.ofJob, c.perDocument, c.version);
+        for (int round = 0; round < 2; round++) {
+            EXPECT_EQ(walkJob(), c.job);
+            EXPECT_EQ(walkDocuments(), c.documents);
+        }
+        for (const ALA_recAttrType_t type : {0, 1, 2})
+            EXPECT_EQ(names(type), c.names[type]) << type;
+    }
+}
+
+TEST_F(Cursor, RestartOfTheJobRestartsTheDocuments) {
+    load(4, 1, 1);
+    ALA_attrPair *pair = nullptr;
+    EXPECT_EQ(ALA_GetNextAttrFromJob(handle, &job, nullptr, &pair), ALA_A_LAST_ATTRIBUTE) << "not started";
+    EXPECT_EQ(document(ALA_GetNextDocmt), "b=2 ") << "without a first";
+    EXPECT_EQ(document(ALA_GetFirstDocmt), "b=2 ");
+    EXPECT_EQ(document(ALA_GetNextDocmt), "d=4 ") << "a first one counts as handed out";
+    EXPECT_EQ(document(ALA_GetNextDocmt), "#32");
+    walkJob();
+    EXPECT_EQ(document(ALA_GetNextDocmt), "b=2 ");
+    for (const ALA_retCode_t code : {ALA_A_NO_MORE_JOB_ATTR, ALA_A_NO_MORE_JOB_ATTR, ALA_A_LAST_ATTRIBUTE})
+        EXPECT_EQ(ALA_GetNextAttrFromJob(handle, &job, nullptr, &pair), code) << "the index keeps rising";
+    ALA_dRecord_t made = nullptr;
+    ASSERT_EQ(ALA_GetFirstDocmt(handle, &job, &made), ALA_N_NORMAL);
+    ALA_FreeJobRecord(&job);
+    EXPECT_EQ(walk(made, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc), "b=2 #17")
+        << "outlives its record";
+    ALA_FreeDocmtRecord(&made);
+}
+
+TEST_F(Cursor, FailingValuesDoNotEndTheWalk) {
+    const Bytes bad = "...";
+    load(Job()
+             .attribute("1.2.1", INTEGER)
+             .attribute("1.2.2", INTEGER, {packInt(1), bad, packInt(3)})
+             .attribute("1.2.x", INTEGER, {packInt(1)})
+             .attribute("1.2.99", INTEGER, {packInt(1)})
+             .attribute("1.2.3", INTEGER, {bad})
+             .attribute("1.2.4", INTEGER, {packInt(1), packInt(2), packInt(3)})
+             .document()
+             .attribute("1.2.5", INTEGER, {bad})
+             .attribute("1.2.6", INTEGER, {packInt(6)}));
+    EXPECT_EQ(walkJob(), "a= b=1 #14 #4 #4 #14 d=1|2|3 #33");
+    EXPECT_EQ(takeLog()[0],
+              "ODP_UnpackAV failed for attr val type 1 in ALA_GetNextAttrFromJob; ALA_A_ODPUNPACK_ERROR");
+    EXPECT_EQ(document(ALA_GetFirstDocmt), "#14 f=6 ");
+    EXPECT_EQ(names(1), "code 4");
+    EXPECT_EQ(
+        takeLog().back(),
+        "OID_ConvertDecToBin or OID_LookupBinary failed in ALA_ListAttributesFromRecord; oid status = 0x4; "
+        "decoid = 1.2.x; ALA_A_OID_ERROR");
+    load(Job().attribute("1..2", INTEGER).attribute("1.2.1", INTEGER));
+    EXPECT_EQ(walkJob(), "#4 a= #17");
+    EXPECT_EQ(takeLog()[0],
+              "OID_ConvertDecToBin failed in ALA_GetFirstAttrFromJob; oid status = 0x4; decoid = 1..2; "
+              "ALA_A_OID_ERROR");
+}
+
+TEST_F(Cursor, ManyValuesAreLinearInTime) {
+    const std::vector<Value> values(300000, packInt(1));
+    load(Job().attribute("1.2.1", INTEGER, values));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(walkJob().size(), 2 * values.size() + 5);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20))
+        << "300000 steps, not their square";
+}
+
+TEST_F(Cursor, NamesFollowTheLocale) {
+    load(2, 2, 0);
+    EXPECT_EQ(names(1, "de_DE.UTF-8"), "b german-a");
+    EXPECT_EQ(names(1, "C"), "b a");
+    EXPECT_EQ(names(3), "code 31");
+    writeFile(root.oids() / "oids.xx", "broken\n");
+    takeLog();
+    EXPECT_EQ(names(1, "xx"), "code 4");
+    EXPECT_EQ(takeLog().back(),
+              "OID_SetLocale failed for locale xx in ALA_ListAttributesFromRecord; oid status = 0x2; "
+              "decoid = 1.2.1; ALA_A_OID_ERROR");
+}
+
+TEST_F(Cursor, MissingRecordsAreRefused) {
+    ALA_attrPair *pair = nullptr;
+    ALA_dRecord_t made = nullptr;
+    EXPECT_EQ(ALA_GetFirstAttrFromJob(handle, nullptr, nullptr, &pair), ALA_A_INVALID_RECORD);
+    EXPECT_EQ(ALA_GetFirstAttrFromJob(handle, &job, nullptr, &pair), ALA_A_INVALID_RECORD);
+    EXPECT_EQ(ALA_GetNextAttrFromDoc(handle, &made, nullptr, &pair), ALA_A_INVALID_RECORD);
+    EXPECT_EQ(ALA_GetNextDocmt(handle, &job, &made), ALA_A_INVALID_RECORD);
+    EXPECT_EQ(names(1), "code 13");
+    const std::string missing = "record or record->attrValList is NULL";
+    EXPECT_THAT(
+        takeLog(),
+        ElementsAre("inoutp_curRecord is NULL in ALA_GetFirstAttrFromJob; ALA_A_INVALID_RECORD",
+                    missing + " in ALA_GetFirstAttrFromJob; ALA_A_INVALID_RECORD",
+                    missing + " or record->numDocAttr < 0 in ALA_GetNextAttrFromDoc; ALA_A_INVALID_RECORD",
+                    missing + " or record->numAttr < 0 in ALA_GetNextDocmt; ALA_A_INVALID_RECORD",
+                    missing +
+                        " or record->numAttr < 0 in ALA_ListAttributesFromRecord; ALA_A_INVALID_JOB_RECORD"));
+}

@@ -1,0 +1,159 @@
+// The log directory: which files are logs, their dates and order, the oldest one, and removal.
+#include <fstream>
+
+#include <gmock/gmock.h>
+
+#include "ala/directory/directory.h"
+#include "tests/support/facility.h"
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+
+class Directory : public Facility {
+protected:
+    void touch(const std::string &in_name) const { std::ofstream(root.logs() / in_name) << "x"; }
+
+    // "year-month-day name" of every log, or the code.
+    std::vector<std::string> list() {
+        dateNode *dates = nullptr;
+        ALA_name *names = nullptr;
+        const ALA_retCode_t code = ALA_ListExistingLogsByDate(handle, &dates, &names);
+        std::vector<std::string> listed;
+        if (code != ALA_N_NORMAL)
+            listed.push_back("code " + std::to_string(code));
+        const ALA_name *name = names;
+        for (const dateNode *it = dates; it != nullptr; it = it->next, name = name->next)
+            listed.push_back(std::to_string(it->date.year) + '-' + std::to_string(it->date.month) + '-' +
+                             std::to_string(it->date.day) + ' ' + name->logName);
+        EXPECT_EQ(name, nullptr);
+        EXPECT_EQ(ALA_FreeDateList(&dates), ALA_N_NORMAL);
+        EXPECT_EQ(ALA_FreeNameList(&names), ALA_N_NORMAL);
+        return listed;
+    }
+
+    std::string oldest() {
+        char *name = nullptr;
+        std::int32_t date = 0;
+        const ALA_retCode_t code = ALA__GetOldestLogName("alpha", root.logs().c_str(), &name, &date);
+        const Malloced<char> owned(name);
+        return code != ALA_N_NORMAL ? "code " + std::to_string(code) : std::to_string(date) + ' ' + name;
+    }
+};
+
+TEST_F(Directory, TailGivesTheDate) {
+    const struct {
+        const char *name;
+        const char *listed; // null: no log of this server
+    } cases[] = {
+        {"alpha.20010203", "2001-2-3"},   {"alpha.20019999", "2001-99-99"},
+        {"alpha.123", "0-1-23"},          {"alpha.", "0-0-0"},
+        {"alpha.abc", "0-0-0"},           {"alpha.-1234567", "-123--45--67"},
+        {"alpha.99999999", "9999-99-99"}, {"alpha.Current", "0-0-0"},
+        {"alpha.200102031", nullptr},     {"alpha", nullptr},
+        {"Alpha.20010203", nullptr},      {"alpha2.20010203", nullptr},
+    };
+    for (const auto &c : cases) {
+        touch(c.name);
+        EXPECT_THAT(list(),
+                    ElementsAre(c.listed != nullptr ? std::string(c.listed) + ' ' + c.name : "code 29"));
+        fs::remove(root.logs() / c.name);
+    }
+}
+
+TEST_F(Directory, LogsComeOldestFirst) {
+    for (const char *tail : {"20010102", "20010303", "19991231", "abc"})
+        touch(std::string("alpha.") + tail);
+    layCurrentLog();
+    EXPECT_THAT(list(), ElementsAre("0-0-0 alpha.abc", "1999-12-31 alpha.19991231", "2001-1-2 alpha.20010102",
+                                    "2001-2-3 alpha.current", "2001-3-3 alpha.20010303"));
+    EXPECT_EQ(oldest(), "0 alpha.abc");
+}
+
+TEST_F(Directory, CurrentLogHasTheLocalDateOfItsLastChange) {
+    layCurrentLog();
+    EXPECT_EQ(oldest(), "20010203 alpha.current");
+    setTimeZone("AAA-1");
+    EXPECT_EQ(oldest(), "20010204 alpha.current");
+}
+
+TEST_F(Directory, EqualDatesKeepTheirPlaces) {
+    const struct {
+        const char *before, *after; // newest first; a letter names a log, the digit is its date
+    } cases[] = {{"A1 B2 C3", "C3 B2 A1"},
+                 {"C3 B1 A2", "C3 A2 B1"},
+                 {"B1 A1", "B1 A1"},
+                 {"Z1 Y1 X1", "Z1 X1 Y1"},
+                 {"A9 B5 C5 D7 E5", "A9 D7 E5 C5 B5"}};
+    for (const auto &c : cases) {
+        std::istringstream in(c.before);
+        nameNode *list = nullptr;
+        nameNode **end = &list;
+        for (std::string word; in >> word; end = &(*end)->next) {
+            *end = makeZeroed<nameNode>().release();
+            **end = {_strdup(word.c_str()), word[1] - '0', nullptr};
+        }
+        ALA__SortList(&list);
+        std::string after;
+        for (const nameNode *it = list; it != nullptr; it = it->next)
+            after += (after.empty() ? "" : " ") + std::string(it->logName);
+        EXPECT_EQ(after, c.after) << c.before;
+        ALA__FreeNameNodeList(&list);
+    }
+}
+
+TEST_F(Directory, FailuresOfTheScansDiffer) {
+    const std::string oldestLine = "Return code from ALA__GetOldestLogName is ";
+    const std::string sortedLine = "Return code from ALA__GetSortedLogList is ";
+    const auto expect = [&](const char *label, ALA_retCode_t oldestCode, const std::string &oldestText,
+                            ALA_retCode_t listCode, const std::vector<std::string> &listTexts) {
+        SCOPED_TRACE(label);
+        takeLog();
+        EXPECT_EQ(oldest(), "code " + std::to_string(oldestCode));
+        EXPECT_THAT(takeLog(), ElementsAre(oldestText));
+        EXPECT_THAT(list(), ElementsAre("code " + std::to_string(listCode)));
+        EXPECT_EQ(takeLog(), listTexts);
+    };
+    const std::string none = "nameList is NULL in ALA_ListExistingLogsByDate; ALA_A_LOG_FILES_NOT_FOUND";
+    const std::string outer = "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate";
+    expect("empty", 23, oldestLine + "ALA_A_FAIL_GET_LOG_NAME_FROM_DIR.", 29, {none});
+    fs::create_symlink("nowhere", path("current"));
+    expect("vanished current log", 28, "ALA__GetDateFromStat failed in ALA__GetOldestLogName", 29, {none});
+    {
+        const Scripted fails(script::FA_ConvertFilePath, [](auto...) { return 1; });
+        expect("path", 31, oldestLine + "ALA_A_UNKNOWN_ERR. FA_ConvertFilePath failed", 31,
+               {sortedLine + "ALA_A_UNKNOWN_ERR.", outer});
+    }
+    fs::remove_all(root.logs());
+    expect("no directory", 27, oldestLine + "ALA_A_FAIL_OPEN_DIR.", 2,
+           {sortedLine + "ALA_A_INVALID_LOG_PATH_NAME.", outer});
+}
+
+TEST_F(Directory, DeleteRemovesTheDatedLogOfAPastDayOnly) {
+    const NextDay itIs;
+    for (const char *tail : {"20010203", "20010204", "00330405"})
+        touch(std::string("alpha.") + tail);
+    layCurrentLog();
+    const struct {
+        ALA_time date;
+        const char *tail; // of the file in question
+        ALA_retCode_t code;
+        bool remains;
+    } cases[] = {
+        {{2001, 2, 4}, "20010204", ALA_A_TRY_TO_DELETE_CUR_DAY_LOG, true},
+        {{2001, 2, 3}, "20010203", ALA_N_NORMAL, false},
+        {{2001, 2, 3}, "current", ALA_A_FAIL_TO_UNLINK, true},
+        {{33, 4, 5}, "00330405", ALA_N_NORMAL, false},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(ALA_Delete(handle, &c.date), c.code) << c.tail;
+        EXPECT_EQ(fs::exists(path(c.tail)), c.remains) << c.tail;
+    }
+    EXPECT_EQ(ALA_Delete(handle, nullptr), ALA_A_INVALID_ARG);
+    EXPECT_THAT(takeLog(),
+                ElementsAre("Trying to delete current day's file, year: 2001, month: 2, day: 4in ALA_Delete; "
+                            "ALA_A_TRY_TO_DELETE_CUR_DAY_LOG",
+                            "Failed to unlink file in ALA_Delete; ALA_A_FAIL_TO_UNLINK",
+                            "inp_date is NULL in ALA_Delete; ALA_A_INVALID_ARG"));
+    const Scripted fails(script::FA_ConvertFilePath, [](auto...) { return 1; });
+    EXPECT_EQ(ALA_Delete(handle, &kDay), ALA_A_UNKNOWN_ERR);
+}

@@ -1,0 +1,162 @@
+// Opening a log: which file a date means, damaged headers, failing system calls, and closing.
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "ala/log/log.h"
+#include "tests/support/facility.h"
+
+namespace fs = std::filesystem;
+using namespace samples;
+using testing::ElementsAre;
+
+static std::ptrdiff_t openFiles() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+}
+
+class Open : public Facility {
+protected:
+    // The tail of the file that opens for a date, or the code.
+    std::string opened(const ALA_time *inp_date) {
+        const ALA_retCode_t code = ALA_Open(handle, inp_date, &log);
+        if (code != ALA_N_NORMAL)
+            return "code " + std::to_string(code);
+        const std::string tail = fs::path(log->logName).extension().string().substr(1);
+        const std::string date = std::to_string(log->date);
+        close();
+        return tail + " of " + date;
+    }
+};
+
+TEST_F(Open, DateChoosesTheFile) {
+    const NextDay itIs;
+    const ALA_time today = {2001, 2, 4}, other = {2001, 2, 2};
+    EXPECT_EQ(opened(nullptr), "code 6") << "no log at all";
+    EXPECT_EQ(opened(&today), "code 6") << "today without a current log";
+    layCurrentLog();
+    EXPECT_EQ(opened(&kDay), "current of 20010203") << "stands in for its day";
+    EXPECT_EQ(opened(&today), "current of 20010204") << "whatever its date";
+    EXPECT_EQ(opened(nullptr), "current of 20010203");
+    EXPECT_EQ(opened(&other), "code 6");
+    for (const char *tail : {kDayTail, "20010204", "abc"})
+        Log().save(path(tail));
+    EXPECT_EQ(opened(&kDay), "20010203 of 20010203") << "a dated log comes first";
+    EXPECT_EQ(opened(&today), "current of 20010204") << "but not today";
+    EXPECT_EQ(opened(nullptr), "abc of 0") << "the oldest";
+}
+
+TEST_F(Open, HeaderCutAnywhereIsAFailedRead) {
+    for (const std::uint32_t version : {0U, 1U, 2U, 3U, 7U}) {
+        const Log whole({.verNum = version, .accessList = {pack(anyUserEntry()), pack(userEntry("x", "y"))}});
+        ASSERT_EQ(open(whole), ALA_N_NORMAL);
+        EXPECT_EQ(log->verNum, version);
+        OS_fileIdentity extent = {};
+        EXPECT_EQ(ALA__ReadExtent(log, &extent), 0);
+        EXPECT_EQ(extent.size, static_cast<std::int64_t>(whole.size())) << "stands on the first record";
+        for (std::size_t size = 0; size < whole.size(); size++)
+            ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_A_FAIL_READ_LOG_FILE)
+                << version << " cut to " << size;
+    }
+}
+
+TEST_F(Open, DamagedHeadersHaveTheirCodes) {
+    const Bytes any = pack(anyUserEntry());
+    AccessEntry bad = anyUserEntry();
+    bad.privilege = 4;
+    const struct {
+        const char *label;
+        LogHeader header;
+        ALA_retCode_t code;
+    } cases[] = {
+        {"count of attributes 0", {.numAttr = 0}, ALA_A_BAD_NUMATTR_VALUE},
+        {"huge count of attributes", {.numAttr = 0xFFFFFFFF}, ALA_N_NORMAL},
+        {"no entries", {.accessList = {}}, ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE},
+        {"no entries of another type",
+         {.accessList = {}, .accessListType = 14},
+         ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE},
+        {"entries of another type", {.accessListType = INTEGER}, ALA_A_ODPUNPACK_ERROR},
+        {"entries of an unknown type", {.accessListType = 999}, ALA_A_ODPUNPACK_ERROR},
+        {"one entry fewer than stated", {.numAttrVal = 2}, ALA_A_FAIL_READ_LOG_FILE},
+        {"huge count of entries", {.numAttrVal = 0xFFFFFFFF}, ALA_A_FAIL_READ_LOG_FILE},
+        {"entry of length 0", {.accessList = {any, Value("", 0)}}, ALA_A_FAIL_READ_LOG_FILE},
+        {"entry of length 2^31-1", {.accessList = {any, Value(any, 0x7FFFFFFF)}}, ALA_A_FAIL_READ_LOG_FILE},
+        {"entry of length 2^32-1", {.accessList = {Value(any, 0xFFFFFFFF)}}, ALA_A_FAIL_READ_LOG_FILE},
+        {"damaged entry behind one that admits",
+         {.accessList = {any, any, Value("....")}},
+         ALA_A_ODPUNPACK_ERROR},
+        {"entry with a byte too many", {.accessList = {any + '\0'}}, ALA_A_ODPUNPACK_ERROR},
+        {"bad privilege", {.accessList = {pack(bad), any}}, ALA_A_ODPUNPACK_ERROR},
+        {"bad privilege behind one that admits", {.accessList = {any, pack(bad)}}, ALA_N_NORMAL},
+    };
+    const std::ptrdiff_t before = openFiles();
+    for (const auto &c : cases) {
+        EXPECT_EQ(open(Log(c.header)), c.code) << c.label;
+        close();
+        EXPECT_EQ(openFiles(), before) << c.label;
+    }
+    takeLog();
+    open(Log({.numAttr = 0}));
+    EXPECT_THAT(takeLog(), ElementsAre("Return code for ALA__LookupPermission is ALA_A_BAD_NUMATTR_VALUE",
+                                       "ALA__LookupPermission failed in ALA_Open"));
+    open(Log({.accessList = {}}));
+    EXPECT_THAT(takeLog(),
+                ElementsAre("No access to log file in ALA_Open; ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE"));
+}
+
+TEST_F(Open, FailingCallsOfTheSystemHaveTheirCodes) {
+    for (const auto &[platform, code] : {std::pair{0U, ALA_A_SYSTEM_ERR}, {3U, ALA_A_UNKNOWN_ERR}}) {
+        const Scripted version(script::GetVersionExA, [number = platform](OSVERSIONINFOA *out) {
+            out->dwPlatformId = number;
+            return number != 0;
+        });
+        EXPECT_EQ(open(Log()), code);
+    }
+    {
+        const Scripted fails(script::GENU_GetCurrentTime, [](auto...) { return 1; });
+        EXPECT_EQ(open(Log()), ALA_A_FAIL_TO_GET_TIME);
+    }
+    const Scripted fails(script::FA_ConvertFilePath, [](auto...) { return 1; });
+    EXPECT_EQ(open(Log()), ALA_A_UNKNOWN_ERR);
+}
+
+TEST_F(Open, WhatIsNoPlainFileNeitherWaitsNorCrashes) {
+    ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
+    EXPECT_EQ(opened(&kDay), "code 11") << "pipe";
+    const int writer = ::open(path().c_str(), O_RDWR | O_NONBLOCK); // a writer that writes nothing
+    EXPECT_EQ(opened(&kDay), "code 11") << "silent pipe";
+    ::close(writer);
+    fs::remove(path());
+    fs::create_directory(path());
+    EXPECT_EQ(opened(&kDay), "code 11") << "folder";
+    fs::remove(path());
+    fs::create_symlink(path(), path());
+    EXPECT_EQ(opened(&kDay), "code 6") << "link to itself";
+    fs::remove(path());
+    Log().save(path());
+    fs::permissions(path(), fs::perms::none);
+    if (access(path().c_str(), R_OK) != 0) { // nothing is unreadable to the superuser
+        EXPECT_EQ(opened(&kDay), "code 6") << "unreadable";
+    }
+}
+
+TEST_F(Open, CloseRefusesWhatIsNoOpenLogOfThisProcess) {
+    ASSERT_EQ(open(Log()), ALA_N_NORMAL);
+    takeLog();
+    EXPECT_EQ(ALA_Close(handle, nullptr), ALA_A_INVALID_LOG_HANDLE);
+    log->pid++;
+    EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
+    log->pid--;
+    const std::int32_t fd = std::exchange(log->fd, -1);
+    EXPECT_EQ(ALA_Close(handle, &log), ALA_A_LOG_FILE_NOT_OPEN);
+    log->fd = fd;
+    EXPECT_EQ(ALA_Close(handle, &log), ALA_N_NORMAL);
+    EXPECT_EQ(log, nullptr);
+    EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
+    const char *refused =
+        "*inoutp_acctLogHandle is NULL or logHandle->pid!=getpid in ALA_Close; ALA_A_INVALID_LOG_HANDLE";
+    EXPECT_THAT(takeLog(),
+                ElementsAre("inoutp_acctLogHandle is NULL in ALA_Close; ALA_A_INVALID_LOG_HANDLE", refused,
+                            "logHandle->fd == -1 in ALA_Close; ALA_A_LOG_FILE_NOT_OPEN", refused));
+}

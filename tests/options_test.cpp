@@ -1,0 +1,88 @@
+// The command line, as a user meets it.
+#include <gtest/gtest.h>
+
+#include "tests/support/run_tool.h"
+
+static const char *const kUsage = "Command line usage: qvledger [-h] [-V] [-d] [-a] [-g] [-o <filename>]\n"
+                                  "   [-s <start date>]\n"
+                                  "   [-e <end date>] [-p <path>]\n"
+                                  "   [-O <path>] serverName\n";
+
+TEST(Options, HelpVersionAndErrorsEndTheRunAtOnce) {
+    struct Case {
+        std::vector<std::string> arguments;
+        int status;
+        const char *out, *err;
+    };
+    PrintSystem system;
+    for (const Case &c : {
+             Case{{"-h"}, 0, "", kUsage},
+             {{"-h", "-x"}, 0, "", kUsage},
+             {{"-V", "-h"}, 0, "", kUsage},
+             {{"-V", "-x"}, 0, "1.2-06\n", ""},
+             {{"-x", "alpha"}, 1, "", kUsage},
+             {{"alpha", "-x"}, 29, "", "Unable to find the accounting logs for server alpha.\n"},
+             {{}, 1, "", kUsage},
+             {{"-d", "-s", "19990101"}, 1, "", kUsage},
+             {{"alpha", "-o"}, 29, "", "Unable to find the accounting logs for server alpha.\n"},
+             {{"-o"}, 1, "", kUsage},
+             {{"--", "-h"}, 29, "", "Unable to find the accounting logs for server -h.\n"},
+         }) {
+        SCOPED_TRACE(testing::PrintToString(c.arguments));
+        const ToolResult result = system.run(c.arguments);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_EQ(result.out, c.out);
+        EXPECT_EQ(result.err, c.err);
+    }
+}
+
+TEST(Options, FirstOperandIsTheServerAndRepeatedOptionsKeepTheLastArgument) {
+    PrintSystem system;
+    system.save("19990301", logOf({jobOf({{"job-name", {"march"}}})}));
+    const std::string path = system.root.logs();
+    EXPECT_EQ(
+        system.run({"-p", "/nonexistent", "-s", "x", "-s", "19990301", "-p", path, "alpha", "beta", "-x"})
+            .out,
+        "job-name\nmarch\n");
+}
+
+TEST(Options, DatesAreChecked) {
+    struct Case {
+        const char *option, *date, *err; // no message: the date is valid
+    };
+    PrintSystem system;
+    system.save("19990301", logOf({jobOf({{"job-name", {"march"}}})}));
+    for (const Case &c : {
+             Case{"-s", "19990229", "The day 29 specified from the date 19990229 is invalid.\n"},
+             {"-s", "20000229", nullptr},
+             {"-e", "19000229", "The day 29 specified from the date 19000229 is invalid.\n"},
+             {"-e", "20040229", nullptr},
+             {"-s", "19990431", "The day 31 specified from the date 19990431 is invalid.\n"},
+             {"-s", "19991231", nullptr},
+             {"-s", "19991301", "The month 13 specified from the date 19991301 is invalid.\n"},
+             {"-s", "19990001", "The month 0 specified from the date 19990001 is invalid.\n"},
+             {"-s", "19990100", "The day 0 specified from the date 19990100 is invalid.\n"},
+             {"-s", "1999013", "The start date 1999013 is invalid.  The correct format is YYYYMMDD.\n"},
+             {"-s", "199901011", "The start date 199901011 is invalid.  The correct format is YYYYMMDD.\n"},
+             {"-s", "", "The start date  is invalid.  The correct format is YYYYMMDD.\n"},
+             {"-s", "-1990101", "The start date -1990101 is invalid.  The correct format is YYYYMMDD.\n"},
+             {"-e", "%s%n0101", "The end date %s%n0101 is invalid.  The correct format is YYYYMMDD.\n"},
+             {"-s", "19990101x", nullptr},
+             {"-s", "00000229", nullptr},
+         }) {
+        SCOPED_TRACE(std::string(c.option) + " " + c.date);
+        const ToolResult result = system.run({c.option, c.date, "alpha"});
+        if (c.err != nullptr) {
+            EXPECT_EQ(result.status, 30);
+            EXPECT_EQ(result.err, c.err);
+            EXPECT_EQ(result.out, "");
+        } else {
+            EXPECT_NE(result.status, 30);
+        }
+    }
+    const std::string longDate(5000, 'x');
+    EXPECT_EQ(system.run({"-s", longDate, "alpha"}).err,
+              "The start date " + longDate + " is invalid.  The correct format is YYYYMMDD.\n");
+    EXPECT_EQ(system.run({"-s", "x", "-e", "y", "alpha"}).err,
+              "The start date x is invalid.  The correct format is YYYYMMDD.\n");
+}

@@ -1,0 +1,136 @@
+// What is no packed value, and what would be too much: refused, without a crash or a large allocation.
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "service/packed.h"
+#include "tests/support/value_cases.h"
+
+using namespace samples;
+
+// Memory asked of malloc since the last reset; past the limit there is none.
+static std::size_t allocated = 0, limit = SIZE_MAX;
+
+extern "C" void *__real_malloc(std::size_t size);
+extern "C" void *__wrap_malloc(std::size_t size);
+void *__wrap_malloc(std::size_t size) {
+    allocated += size;
+    return allocated <= limit ? __real_malloc(size) : nullptr;
+}
+
+// The result for bytes in a block of their own, so that the sanitizer sees a read behind their end.
+static std::int32_t unpack(AS_attrValType_t type, const Bytes &bytes) {
+    const auto block = std::make_unique<char[]>(bytes.size());
+    std::memcpy(block.get(), bytes.data(), bytes.size());
+    void *value = nullptr;
+    AS_attrValDesc_t description;
+    allocated = 0;
+    const std::int32_t result = ODP_UnpackAV(nullptr, static_cast<std::int32_t>(bytes.size()), block.get(),
+                                             type, &value, &description);
+    EXPECT_TRUE(result == 0 || value == nullptr);
+    if (value != nullptr)
+        description.deleteFunc(nullptr, value, nullptr);
+    return result;
+}
+
+// Every byte, but of a long value no more than some hundreds.
+static std::size_t stride(const Bytes &packed) {
+    return 1 + packed.size() / 400;
+}
+
+TEST(Packed, CutAndContinuedValuesAreRefused) {
+    for (const auto &[label, type, packed, text, code] : valueCases()) {
+        SCOPED_TRACE("value type " + std::to_string(type) + ", " + label);
+        EXPECT_EQ(unpack(type, packed), 0);
+        for (std::size_t size = 0; size < packed.size(); size += stride(packed))
+            EXPECT_EQ(unpack(type, packed.substr(0, size)), ODP_E_REFUSED) << "cut to " << size;
+        EXPECT_EQ(unpack(type, packed + '\0'), ODP_E_REFUSED);
+        EXPECT_EQ(unpack(type, packed + Bytes(4, '\0')), ODP_E_REFUSED);
+    }
+}
+
+// The factor: the largest record that an element of a chain can be, for the fewest bytes that make one.
+TEST(Packed, DamagedValuesAreRefusedOrRead) {
+    constexpr std::size_t kBasis = 4096, kFactor = 100;
+    std::mt19937 random(1);
+    for (const auto &[label, type, packed, text, code] : valueCases()) {
+        SCOPED_TRACE("value type " + std::to_string(type) + ", " + label);
+        for (std::size_t at = 0; at < packed.size(); at += stride(packed))
+            for (int change : {1, 2, 3, 4, 8, 0x7F, 0x80, 0xFF}) {
+                Bytes bytes = packed;
+                bytes[at] = static_cast<char>(bytes[at] ^ change);
+                ASSERT_NE(unpack(type, bytes), ODP_E_NO_MEMORY) << "byte " << at << " ^ " << change;
+                ASSERT_LE(allocated, kBasis + kFactor * bytes.size()) << "byte " << at << " ^ " << change;
+            }
+        for (int i = 0; i < 100; i++) { // words that are mostly small come far into a value
+            Bytes bytes;
+            for (auto words = random() % 40; words > 0; words--)
+                bytes += packUint(static_cast<std::uint32_t>(random() % 8 == 0 ? random() : random() % 3));
+            ASSERT_NE(unpack(type, bytes), ODP_E_NO_MEMORY);
+            ASSERT_LE(allocated, kBasis + kFactor * bytes.size());
+        }
+    }
+}
+
+TEST(Packed, RulesOfTheFormat) {
+    const Bytes huge = packUint(0xFFFFFFFF), one = packInt(1), none = packInt(0);
+    const struct {
+        const char *label;
+        std::uint32_t type;
+        Bytes bytes;
+        bool accepted;
+    } cases[] = {
+        {"short, highest", SHORT_26, packInt(32767), true},
+        {"short, too high", SHORT_26, packInt(32768), false},
+        {"short, too low", SHORT_75, packInt(-32769), false},
+        {"time, one field too high", TIME, pack(Time{.minute = 40000}), false},
+        {"fill byte", STRING, packUint(3) + "abc\1", false},
+        {"fill byte of octets", OCTETS, packUint(1) + Bytes("a\0\0\1", 4), false},
+        {"NUL inside characters", STRING, packString(Bytes("a\0b", 3)), false},
+        {"NUL inside ASCII text", TEXT, pack(text(Bytes("a\0b", 3))), false},
+        {"NUL inside T.61 text", TEXT, pack(t61Text(Bytes("a\0b", 3))), false},
+        {"NUL inside octets", OCTETS, packString(Bytes("a\0b", 3)), true},
+        {"presence 2", DIST_NAME, pack(text("x")) + packInt(2) + pack(oid(1)), false},
+        {"presence 2 in a chain", NAME_OR_OIDS, packInt(2) + pack(oid(1)) + none, false},
+        {"chain of no elements", NAME_OR_OIDS, none, true},
+        {"simple name of 255", SIMPLE_NAME, pack(text(Bytes(255, 'x'))), true},
+        {"simple name of 256", SIMPLE_NAME, pack(text(Bytes(256, 'x'))), false},
+        {"simple name of 256 octets", SIMPLE_NAME, pack(latin1Text(Bytes(256, 'x'))), false},
+        {"job identifier of 256", OBJECT_IDENTS, one + one + pack(objectJob(Bytes(256, 'x'))) + none, false},
+        {"language of three", EVENT_PROFILE, pack(EventProfile{.locale = Locale{.language = "deu"}}), false},
+        {"modifier of 64", EVENT_PROFILE, pack(EventProfile{.locale = Locale{.modifier = Bytes(64, 'm')}}),
+         true},
+        {"modifier of 65", EVENT_PROFILE, pack(EventProfile{.locale = Locale{.modifier = Bytes(65, 'm')}}),
+         false},
+        {"characters of 2^32-1", STRING, huge + Bytes(64, 'x'), false},
+        {"characters of 2^31-1", STRING, packInt(0x7FFFFFFF) + Bytes(64, 'x'), false},
+        {"octets of 2^32-1", OCTETS, huge + Bytes(64, 'x'), false},
+        {"octets of 2^32-1 without a byte", OCTETS, huge, false},
+        {"name of 2^32-1", SIMPLE_NAME, one + huge + Bytes(64, 'x'), false},
+        {"choice without a member, with one", NAME_OR_OID, packInt(3) + one, false},
+        {"choice without a member", NAME_OR_OID, packInt(-1), true},
+        {"reference in another form, with a number", IGNORED_ATTRIBUTE, none + packInt(2) + one, false},
+        {"unknown type", 2, "any", true},
+        {"unknown type without bytes", 94, "", true},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(unpack(c.type, c.bytes), c.accepted ? 0 : ODP_E_REFUSED) << c.label;
+        EXPECT_LE(allocated, 4096U) << c.label;
+    }
+    EXPECT_EQ(ODP_UnpackAV(nullptr, -1, "", STRING, std::make_unique<void *>().get(),
+                           std::make_unique<AS_attrValDesc_t>().get()),
+              ODP_E_REFUSED);
+}
+
+TEST(Packed, NoMemoryIsToldFromARefusal) {
+    const Bytes packed = pack(std::vector(1000, name("x")));
+    ASSERT_EQ(unpack(NAME_OR_OIDS, packed), 0);
+    for (const std::size_t most : {std::size_t{0}, allocated / 2, allocated - 1}) {
+        limit = most;
+        EXPECT_EQ(unpack(NAME_OR_OIDS, packed), ODP_E_NO_MEMORY) << most;
+        limit = SIZE_MAX;
+    }
+}

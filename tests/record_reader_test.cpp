@@ -1,0 +1,175 @@
+// Reading job records: cut, growing and damaged logs, and the format's versions.
+#include <gmock/gmock.h>
+
+#include <sys/resource.h>
+
+#include "ala/handle.h"
+#include "ala/log/log.h"
+#include "ala/log/record.h"
+#include "tests/support/facility.h"
+
+using namespace samples;
+using testing::ElementsAre;
+
+static Job smallJob() {
+    return Job()
+        .attribute("1.2.3", STRING, {packString("abc"), packString("defgh")})
+        .attribute("1.2.4", INTEGER)
+        .document()
+        .attribute("1.2.5", INTEGER, {packInt(7)});
+}
+
+// Counts and attributes of a record in one text, which tells any difference.
+static std::string describe(const record *inp_record) {
+    std::string text = std::to_string(inp_record->numAttr) + ' ' + std::to_string(inp_record->numJobAttr) +
+                       ' ' + std::to_string(inp_record->docAttrPerDoc);
+    for (std::uint32_t i = 0; i < inp_record->numAttr; i++) {
+        const attrValNode &node = inp_record->attrValList[i];
+        EXPECT_EQ(node.oid, nullptr);
+        text += std::string("; ") + node.decoid + ':' + std::to_string(node.attrValType);
+        EXPECT_EQ(node.attrVals == nullptr, node.numAttrVal == 0);
+        for (std::uint32_t v = 0; v < node.numAttrVal; v++)
+            text += ' ' + std::string(reinterpret_cast<const char *>(node.attrVals[v]._value),
+                                      static_cast<std::size_t>(node.attrVals[v].length));
+    }
+    return text;
+}
+
+class RecordReader : public Facility {
+protected:
+    // The record, or "code n" and its level 5 line.
+    std::string first() { return take(ALA_GetFirstJobRecord); }
+    std::string next() { return take(ALA_GetNextJobRecord); }
+
+    void overwriteFile(const Bytes &in_bytes) const { writeFile(path(), in_bytes); }
+
+    std::string line; // of the last failure
+
+private:
+    std::string take(decltype(ALA_GetNextJobRecord) *in_get) {
+        takeLog();
+        ALA_record_t got = nullptr;
+        const ALA_retCode_t code = in_get(handle, &log, &got);
+        const std::vector<std::string> lines = takeLog();
+        line = lines.empty() ? "" : lines.back();
+        const std::string text = got != nullptr ? describe(got) : "code " + std::to_string(code);
+        EXPECT_EQ(ALA_FreeJobRecord(&got), ALA_N_NORMAL);
+        return text;
+    }
+};
+
+TEST_F(RecordReader, RecordCutAnywhereComesWholeLater) {
+    for (const std::uint32_t version : {2U, 3U}) {
+        Log whole({.verNum = version});
+        whole.job(smallJob()).job(smallJob());
+        const std::size_t start = whole.records()[1];
+        ASSERT_EQ(open(Log(whole).cutTo(start)), ALA_N_NORMAL);
+        const std::string expected = first();
+        ASSERT_TRUE(expected.starts_with(version == 2 ? "3 0 0; 1.2.3:14 " : "3 2 1; 1.2.3:14 "));
+        for (std::size_t size = start; size < whole.size(); size++) {
+            SCOPED_TRACE(size - start);
+            overwriteFile(whole.bytes().substr(0, size));
+            ASSERT_EQ(next(), size == start ? "code 17" : "code 11");
+        }
+        overwriteFile(whole.bytes());
+        EXPECT_EQ(next(), expected);
+        EXPECT_EQ(next(), "code 17");
+        EXPECT_EQ(line, "read failed in ALA_GetNextJobRecord; numAttr = 0 ALA_A_LAST_ATTRIBUTE");
+        overwriteFile(whole.job(smallJob()).bytes());
+        EXPECT_EQ(next(), expected) << "appended meanwhile";
+    }
+}
+
+TEST_F(RecordReader, FirstRecordCutAnywhereIsAFailedRead) {
+    const Log whole = Log().job(smallJob());
+    for (std::size_t size = whole.size(); size-- > whole.records()[0];) {
+        ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_N_NORMAL);
+        ASSERT_EQ(first(), "code 11") << size;
+    }
+    EXPECT_EQ(line, "read failed in ALA_GetFirstJobRecord; numAttr = 0; ALA_A_FAIL_READ_LOG_FILE");
+}
+
+TEST_F(RecordReader, ZeroCountStaysUntilOverwritten) {
+    Log whole;
+    whole.job(smallJob()).job(smallJob());
+    ASSERT_EQ(open(Log(whole).overwrite(whole.records()[1], packUint(0))), ALA_N_NORMAL);
+    const std::string expected = first();
+    for (int i = 0; i < 2; i++)
+        EXPECT_EQ(next(), "code 34");
+    EXPECT_EQ(line, "numAttr 0 < 0 in ALA_GetNextJobRecord; ALA_A_NO_MORE_JOB");
+    overwriteFile(whole.bytes());
+    EXPECT_EQ(next(), expected);
+    ASSERT_EQ(open(Log().raw(packUint(0))), ALA_N_NORMAL);
+    EXPECT_EQ(first(), "code 34");
+    EXPECT_EQ(line, "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB");
+}
+
+TEST_F(RecordReader, VersionsDifferInTheCounts) {
+    for (const auto &[version, counts] :
+         {std::pair{0U, "1 0 0"}, {1U, "1 0 0"}, {2U, "1 0 0"}, {3U, "1 1 0"}, {7U, "1 1 0"}}) {
+        ASSERT_EQ(open(Log({.verNum = version}).job(Job().attribute("1.2", 12, {Bytes("v")}))), ALA_N_NORMAL);
+        EXPECT_EQ(first(), counts + std::string("; 1.2:12 v")) << version;
+    }
+}
+
+TEST_F(RecordReader, UnterminatedObjectIdentifierEndsInItsField) {
+    const std::string longest(137, '1');
+    ASSERT_EQ(open(Log().job(Job().attribute({.decoid = longest, .attrValType = 0x01010101}, {}))),
+              ALA_N_NORMAL);
+    EXPECT_EQ(first(), "1 1 0; " + longest.substr(1) + ":16843009");
+}
+
+TEST_F(RecordReader, LongValuesAndManyAreReadWhole) {
+    for (const std::size_t size : {65535U, 65536U, 65537U, 131073U, 1000000U}) {
+        const Bytes value = Bytes(size - 1, 'x') + 'y';
+        ASSERT_EQ(open(Log().job(Job().attribute("1", 1, {Bytes("a"), value, Bytes("b")}))), ALA_N_NORMAL);
+        ASSERT_EQ(first(), "1 1 0; 1:1 a " + value + " b") << size;
+    }
+    Job many;
+    std::string expected = "5000 5000 0";
+    for (int i = 0; i < 5000; i++, expected += "; 1:1 a bc")
+        many.attribute("1", 1, {Bytes("a"), Bytes("bc")});
+    ASSERT_EQ(open(Log().job(many)), ALA_N_NORMAL);
+    EXPECT_EQ(first(), expected);
+}
+
+TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
+    const Tag huge = {.numAttrVal = 0xFFFFFFFF, .decoid = "1.2"};
+    const std::pair<const char *, Job> cases[] = {
+        {"attributes", smallJob().numAttr(0xFFFFFFFF)},
+        {"values", Job().attribute(huge, {Bytes("x")})},
+        {"length 2^31-1", Job().attribute("1.2", 1, {Value("x", 0x7FFFFFFF)})},
+        {"length 2^31", Job().attribute("1.2", 1, {Value("x", 0x80000000)})},
+        {"length 2^32-1", Job().attribute("1.2", 1, {Value("x", 0xFFFFFFFF)})},
+        {"length 0", Job().attribute("1.2", 1, {Bytes()})},
+    };
+#if !defined(__SANITIZE_ADDRESS__)
+    // What asks for much more than there is to read runs out of memory instead of bytes.
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
+    const auto pages = std::stoul(readFile("/proc/self/statm"));
+    const rlimit tight = {pages * 4096 + 16 * 1024 * 1024, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
+#endif
+    for (const auto &[label, job] : cases) {
+        ASSERT_EQ(open(Log().job(smallJob()).job(job)), ALA_N_NORMAL);
+        EXPECT_TRUE(first().starts_with("3 2 1"));
+        EXPECT_EQ(next(), "code 11") << label;
+        EXPECT_EQ(next(), "code 11") << label << " again";
+    }
+    EXPECT_EQ(line, "(0 < 1) || (0 < 1) in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE");
+#if !defined(__SANITIZE_ADDRESS__)
+    setrlimit(RLIMIT_AS, &before);
+#endif
+}
+
+TEST_F(RecordReader, LogHandleOfAnotherProcessIsRefused) {
+    ASSERT_EQ(open(Log().job(smallJob())), ALA_N_NORMAL);
+    log->pid++;
+    EXPECT_EQ(next(), "code 10");
+    EXPECT_EQ(
+        line,
+        "logHandle is NULL or logHandle->pid!=getpid in ALA_GetNextJobRecord; ALA_A_INVALID_LOG_HANDLE");
+    log->pid--;
+    EXPECT_TRUE(first().starts_with("3 2 1")) << "a refused call moves nothing";
+}

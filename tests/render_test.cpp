@@ -1,0 +1,167 @@
+// Values of every type through ALA__GetAttribute: texts, failures, and who releases what.
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+#include "ala/handle.h"
+#include "ala/render/render.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/value_cases.h"
+
+using namespace samples;
+
+static int releases = 0;
+static void (*realDelete)(STF_l__hdr *, void *, void *) = nullptr;
+
+class Rendered : public testing::Test {
+protected:
+    Rendered() {
+        std::ofstream(folder / "oids")
+            << "1.3.1\t1\t20\tattribute\n1.3.10\t10\t00\ta4\n1.3.11\t11\t40\t12-abc\n"
+               "1.3.12\t12\t10\t1-2-3\n1.3.13\t13\t4F\t12-\n1.3.14\t14\t40\t12abc\n"
+               "1.3.15\t15\t1F\tabc-def\n1.3.16\t16\t20\t7-staple\n";
+        std::ofstream(folder / "oids.de") << "1.3.1\tmerkmal\n1.3.10\twei\u00DF\n1.3.11\t9-neun\n";
+        EXPECT_EQ(OID_Init(nullptr, folder.path().c_str(), 0), 0);
+        EXPECT_EQ(OID_OpenDb(nullptr, folder.path().c_str(), 0, 0, &oids), 0);
+        ALA__InitMutex();
+        setenv("TZ", "UTC0", 1);
+        _tzset();
+    }
+    ~Rendered() override {
+        if (pair != nullptr)
+            ALA_FreeAttributePair(&pair);
+        OID_CloseDb(nullptr, &oids);
+        OID_Term();
+        THR_TermMutex(&timeLock);
+        THR_TermMutex(&localeLock);
+        unsetenv("TZ");
+        _tzset();
+    }
+
+    // Renders onto the pair; no bytes: an attribute without a value.
+    ALA_retCode_t render(std::uint32_t type, const Bytes *packed, const char *locale = nullptr,
+                         const char *decoid = "1.3.1") {
+        attrValNode node = {};
+        node.attrValType = type;
+        node.oid = node.oidBytes;
+        EXPECT_EQ(OID_ConvertDecToBin(nullptr, decoid, node.oid, 0), 0);
+        void *value = nullptr;
+        AS_attrValDesc_t description = {};
+        if (packed != nullptr) {
+            EXPECT_EQ(ODP_UnpackAV(nullptr, static_cast<std::int32_t>(packed->size()), packed->data(), type,
+                                   &value, &description),
+                      0);
+        }
+        realDelete = description.deleteFunc;
+        description.deleteFunc = [](STF_l__hdr *status, void *record, void *allocator) {
+            releases++;
+            realDelete(status, record, allocator);
+        };
+        releases = 0;
+        const ALA_retCode_t result = ALA__GetAttribute(&node, value, description, locale, &oids, &pair);
+        EXPECT_EQ(releases, value != nullptr ? 1 : 0);
+        return result;
+    }
+    ALA_retCode_t render(std::uint32_t type, const Bytes &packed, const char *locale = nullptr) {
+        return render(type, &packed, locale);
+    }
+
+    // The values with "|" between them; the pair goes.
+    std::string take() {
+        if (pair == nullptr)
+            return "(no pair)";
+        std::string texts;
+        for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
+            texts.append(value->value).append(value->next != nullptr ? "|" : "");
+        ALA_FreeAttributePair(&pair);
+        return texts;
+    }
+
+    TempDir folder;
+    void *oids = nullptr;
+    ALA_attrPair *pair = nullptr;
+};
+
+TEST_F(Rendered, EachValueAsFirstAndAsFurtherOne) {
+    for (const ValueCase &c : valueCases()) {
+        SCOPED_TRACE("value type " + std::to_string(c.type) + ", " + c.label);
+        EXPECT_EQ(render(c.type, c.packed), c.code);
+        EXPECT_EQ(take(), c.code == 0 ? c.text : "(no pair)");
+
+        ASSERT_EQ(render(STRING, packString("first")), 0);
+        EXPECT_EQ(render(c.type, c.packed), c.code);
+        ASSERT_EQ(render(STRING, packString("last")), 0);
+        // A value that fails keeps its place, empty; the type of several values leaves none.
+        const bool leavesNone = c.code != 0 && c.type == DIST_NAMES;
+        EXPECT_EQ(take(), "first|" + (leavesNone ? "" : c.text + "|") + "last");
+    }
+}
+
+TEST_F(Rendered, TypesWithoutARowAndAttributesWithoutAValueAreEmpty) {
+    for (std::uint32_t type = 0; type < 100; type++) {
+        SCOPED_TRACE(type);
+        EXPECT_EQ(render(type, nullptr), 0);
+        EXPECT_EQ(take(), "");
+        const auto &cases = valueCases();
+        if (std::any_of(cases.begin(), cases.end(), [type](const ValueCase &c) { return c.type == type; }))
+            continue;
+        EXPECT_EQ(render(type, "\1\2\3"), 0);
+        EXPECT_EQ(take(), "");
+    }
+    EXPECT_EQ(render(0xFFFFFFFF, "\1\2\3"), 0);
+    EXPECT_EQ(take(), "");
+}
+
+TEST_F(Rendered, NamesComeInTheLanguageAskedFor) {
+    const struct {
+        const char *locale, *name, *values;
+    } cases[] = {{nullptr, "attribute", "a4 abc 2-3"},
+                 {"de_DE.UTF-8", "merkmal", "wei\u00DF neun 2-3"},
+                 {nullptr, "merkmal", "wei\u00DF neun 2-3"},
+                 {"fr", "attribute", "a4 abc 2-3"}};
+    for (const auto &c : cases) {
+        ASSERT_EQ(render(NAME_OR_OIDS, samples::pack(std::vector{oid(10), oid(11), oid(12)}), c.locale), 0);
+        EXPECT_STREQ(pair->attrName, c.name);
+        EXPECT_EQ(take(), c.values);
+    }
+    const Bytes one = packInt(1);
+    EXPECT_EQ(render(INTEGER, &one, nullptr, "1.3.99"), ALA_A_OID_ERROR);
+    EXPECT_EQ(pair, nullptr);
+}
+
+TEST_F(Rendered, LongChainsNeedNoDeepStack) {
+    constexpr std::size_t kElements = 100'000;
+    const PageSelect pages = {page(1), {}};
+    const std::vector<std::pair<std::string, std::string>> pairs(kElements, {"C", ""});
+    const struct {
+        std::uint32_t type;
+        Bytes packed;
+        std::string element; // of the text
+    } cases[] = {
+        {EVENT_PROFILE, samples::pack(EventProfile{std::vector<std::uint32_t>(kElements, 10)}), "a4 "},
+        {DELIVERY_ADDRESS, samples::pack(mailAddress(pairs)), "/C="},
+        {DIST_NAMES, samples::pack(DistNames(kElements, DistName{text("x"), {}})), "x|"},
+        {NAME_OR_OIDS, samples::pack(std::vector(kElements, oid(10))), "a4 "},
+        {MEDIA_SELECT, samples::pack(mediumForPages(std::vector(kElements, PageMedium{pages, oid(10)}))),
+         "a4 1 <not specified> "},
+        {PAGE_SELECTS, samples::pack(std::vector(kElements, pages)), "1:<not specified> "},
+        {MEDIA_CONSUMED, samples::pack(std::vector(kElements, MediaConsumed{oid(10), objectOid(11), 2, 1})),
+         "a4:abc:2:1 "},
+        {OBJECT_IDENTS, samples::pack(ObjectIdents(kElements)), "NULL "},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(render(c.type, c.packed), 0);
+        const std::string texts = take();
+        std::size_t elements = 0; // the last one may lack what sets it off
+        const std::string_view element = c.element, cut = element.substr(0, element.size() - 1);
+        while (std::string_view(texts)
+                   .substr(std::min(texts.size(), elements * element.size()))
+                   .starts_with(cut))
+            elements++;
+        EXPECT_EQ(elements, kElements) << c.type;
+    }
+}

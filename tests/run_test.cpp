@@ -1,0 +1,215 @@
+// How runs end: status, messages, log entries, and what becomes of the report file.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include "samples/account.h"
+#include "tests/support/run_tool.h"
+#include "tool/messages.h"
+
+using namespace samples;
+namespace fs = std::filesystem;
+
+static const char *const kEnvironment = "Unable to process the environment variables during initialization \n"
+                                        "or the server name is invalid.\n";
+static const char *const kUnknown = "Unable to process data due to an unknown error.\n";
+static const LogHeader kForNobody{.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}};
+
+static Log march(const LogHeader &in_header = {}) {
+    return logOf({jobOf({{"job-name", {"march"}}})}, in_header);
+}
+
+using Preparation = std::function<void(const PrintSystem &)>;
+
+// Runs with -o FILE before the arguments, once with a file that existed and once with a new one.
+static void expectEnd(const char *in_label, const Preparation &in_prepare,
+                      const std::vector<std::string> &in_arguments, int in_status, const std::string &in_err,
+                      const std::string &in_entry = "") {
+    for (const bool existing : {false, true}) {
+        SCOPED_TRACE(std::string(in_label) + (existing ? ", report file existed" : ", new report file"));
+        PrintSystem system;
+        system.save("19990301", march());
+        in_prepare(system);
+        const fs::path report = system / "report";
+        if (existing)
+            writeFile(report, "earlier\n");
+        std::vector<std::string> arguments = {"-o", report};
+        arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
+        const ToolResult result = system.run(arguments);
+        EXPECT_EQ(result.status, in_status);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, in_err);
+        EXPECT_EQ(result.entries, in_entry.empty() ? std::vector<std::string>{} : std::vector{in_entry});
+        EXPECT_EQ(fs::exists(report), existing || in_status == 0);
+        EXPECT_EQ(readFile(report),
+                  std::string(existing ? "earlier\n" : "") + (in_status == 0 ? "job-name\nmarch\n" : ""));
+    }
+}
+
+TEST(Run, EveryEndHasItsStatusMessageAndLogEntry) {
+    const Preparation nothing = [](const PrintSystem &) {};
+    const Preparation noRegistry = [](const PrintSystem &system) { fs::remove(system.root.registry()); };
+    const Preparation noRoot = [](const PrintSystem &system) {
+        system.root.writeRegistry({{serverKey("alpha"), {}}});
+    };
+    const Preparation refused = [](const PrintSystem &system) { system.save("19990301", march(kForNobody)); };
+    const Preparation damaged = [](const PrintSystem &system) {
+        system.save("19990301", Log(LogHeader{.numAttr = 0}));
+    };
+    const Preparation folder = [](const PrintSystem &system) {
+        fs::remove(system.log("19990301"));
+        fs::create_directory(system.log("19990301"));
+    };
+    const Preparation deadLink = [](const PrintSystem &system) {
+        fs::remove(system.log("19990301"));
+        fs::create_symlink("nowhere", system.log("19990301"));
+    };
+    const char *const noLogs = "There are no accounting logs available.\n";
+
+    expectEnd("success", nothing, {"alpha"}, 0, "");
+    expectEnd("no registry", noRegistry, {"alpha"}, 30, kEnvironment);
+    expectEnd("no registry comes before a bad date", noRegistry, {"-s", "x", "alpha"}, 30, kEnvironment);
+    expectEnd("bad date", nothing, {"-e", "19991301", "alpha"}, 30,
+              "The month 13 specified from the date 19991301 is invalid.\n");
+    expectEnd("report file in no folder", nothing, {"-o", "/nonexistent/100%s", "alpha"}, 30,
+              "Unable to open the file /nonexistent/100%s to append more accounting information.\n");
+    expectEnd("no QV_ROOT for the logs", noRoot, {"alpha"}, 100, kEnvironment,
+              "QV_ROOT environment variable not set");
+    expectEnd("no QV_ROOT for the OID database", noRoot, {"-p", "/", "alpha"}, 30, kUnknown,
+              "unknown error.");
+    expectEnd("no OID database", nothing, {"-O", "/nonexistent", "alpha"}, 4,
+              "A problem has been encountered using the OID database.\n",
+              "Object Identifier Database (OID) error.");
+    expectEnd("no log directory", nothing, {"-p", "/nonexistent", "alpha"}, 2,
+              "The pathname specified for the accounting logs is invalid.\n",
+              "invalid accounting log file pathname.");
+    expectEnd("no log of the server", nothing, {"beta"}, 29,
+              "Unable to find the accounting logs for server beta.\n", "accounting log files not found.");
+    expectEnd("no log in the range", nothing, {"-s", "19990302", "alpha"}, 29, noLogs);
+    expectEnd("range turned round", nothing, {"-s", "19990301", "-e", "19990228", "alpha"}, 29, noLogs);
+    expectEnd("not admitted", refused, {"alpha"}, 7,
+              "The user is not authorized to open the log file for the date 19990301.\n",
+              "user is not authorized to access the accounting logs.");
+    expectEnd("log cannot be opened", deadLink, {"alpha"}, 6,
+              "Unable to open the accounting log for the date 19990301.\n",
+              "unable to open accounting log file.");
+    expectEnd("folder in a log's place", folder, {"alpha"}, 11, "Unable to read the accounting file.\n",
+              "unable to read Accounting log file.");
+    expectEnd("damaged header", damaged, {"alpha"}, 12,
+              "Unable to read accounting information because the data appears to be corrupted.\n",
+              "internal data format error.");
+}
+
+TEST(Run, FailedLogsDoNotStopTheOthersAndTheLastOneGivesTheStatus) {
+    PrintSystem system;
+    for (const char *tail : {"19990228", "19990301", "19990302", "19990303", "19990304"})
+        system.save(tail, march());
+    system.save("19990301", march(kForNobody));
+    system.save("19990303", march().cutTo(100));
+    const std::string refused = "The user is not authorized to open the log file for the date 19990301.\n";
+    const auto expectRun = [&](const std::vector<std::string> &arguments, int status, const char *out,
+                               const std::string &err) {
+        const ToolResult result = system.run(arguments);
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        EXPECT_EQ(result.status, status);
+        EXPECT_EQ(result.out, out);
+        EXPECT_EQ(result.err, err);
+    };
+    expectRun({"alpha"}, 11, "job-name\nmarch\nmarch\nmarch\n",
+              refused + "Unable to read the accounting file.\n");
+    expectRun({"-e", "19990302", "alpha"}, 7, "job-name\nmarch\nmarch\n", refused);
+    expectRun({"-s", "19990301", "-e", "19990301", "alpha"}, 7, "", refused);
+    expectRun({"-s", "19990302", "-e", "19990302x", "alpha"}, 0, "job-name\nmarch\n", "");
+}
+
+TEST(Run, MessagesStayOutOfTheReportWhenTheErrorStreamIsClosed) {
+    PrintSystem system;
+    system.save("19990301", march(kForNobody));
+    system.save("19990302", march());
+    const fs::path report = system / "report";
+    EXPECT_EQ(system.run({"-o", report, "alpha"}, {.closed = {0, 1, 2}}).status, 7);
+    EXPECT_FALSE(fs::exists(report));
+    writeFile(report, "");
+    EXPECT_EQ(system.run({"-o", report, "alpha"}, {.closed = {0, 1, 2}}).status, 7);
+    EXPECT_EQ(readFile(report), "job-name\nmarch\n");
+}
+
+TEST(Run, AccessListDecidesByUserAndGroup) {
+    const Account caller = callersAccount();
+    const auto statusFor = [](const AccessEntry &entry) {
+        PrintSystem system;
+        system.save("19990301", march({.accessList = {pack(entry)}}));
+        return system.run({"alpha"}).status;
+    };
+    EXPECT_EQ(statusFor(userEntry(caller.user.name, caller.user.domain)), 0);
+    EXPECT_EQ(statusFor(userEntry(caller.user.name, "ELSEWHERE")), 7);
+    EXPECT_EQ(statusFor(groupEntry("no-such-group", caller.user.domain)), 7);
+    if (!caller.groups.empty() && caller.groupIds <= 15) {
+        EXPECT_EQ(statusFor(groupEntry(caller.groups[0].name, caller.groups[0].domain)), 0);
+    }
+}
+
+TEST(Run, AnotherUserIsJudgedByWhoHeIs) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    constexpr uid_t kDaemon = 1;
+    constexpr uid_t kNobodysId = 3'999'999; // without an account
+    const passwd *account = getpwuid(kDaemon);
+    const group *groupOfDaemon = getgrgid(kDaemon);
+    if (account == nullptr || groupOfDaemon == nullptr)
+        GTEST_SKIP() << "no second account";
+    PrintSystem system;
+    const std::string tool = system / "qvledger";
+    fs::copy_file(QVLEDGER_BINARY, tool); // where every user can reach it
+    fs::permissions(tool, fs::perms(0755));
+    system.save("19990301", march({.accessList = {pack(userEntry(account->pw_name, computerName()))}}));
+    system.save("19990302",
+                march({.accessList = {pack(groupEntry(groupOfDaemon->gr_name, computerName()))}}));
+    EXPECT_EQ(system.run({"alpha"}).status, 7) << "root is no member";
+    ToolResult result = system.run(
+        {"alpha"},
+        {.environment = {{"USER", "root"}, {"LOGNAME", "root"}}, .user = kDaemon, .program = tool});
+    EXPECT_EQ(result.status, 0) << result.err << result.log;
+    EXPECT_EQ(result.out, "job-name\nmarch\nmarch\n");
+    result = system.run({"alpha"},
+                        {.environment = {{"USER", account->pw_name}}, .user = kNobodysId, .program = tool});
+    EXPECT_EQ(result.status, 30);
+    EXPECT_EQ(result.err, std::string(kUnknown) + kUnknown);
+    fs::permissions(system.log("19990302"), fs::perms(0600));
+    EXPECT_EQ(system.run({"alpha"}, {.user = kDaemon, .program = tool}).status, 6);
+}
+
+TEST(Run, CatalogueWinsOverTheDefaultTexts) {
+    PrintSystem system;
+    writeFile(system / "texts", "$set 59\n$quote \"\n"
+                                "110 \"Aufruf: qvledger SERVER\\n\"\n"
+                                "108 \"Im Datum %2$s gibt es keinen Monat %1$d.\\n\"\n");
+    const std::string command =
+        "gencat '" + (system / "qvledg.cat").string() + "' '" + (system / "texts").string() + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const ToolRun translated{.environment = {{"NLSPATH", system / "%N.cat"}}};
+    EXPECT_EQ(system.run({"-h"}, translated).err, "Aufruf: qvledger SERVER\n");
+    EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, translated).err,
+              "Im Datum 19991301 gibt es keinen Monat 13.\n");
+    EXPECT_EQ(system.run({"-s", "19990100", "alpha"}, translated).err,
+              "The day 0 specified from the date 19990100 is invalid.\n")
+        << "a text whose placeholders are others is not used";
+    EXPECT_EQ(system.run({"alpha"}, translated).err,
+              "Unable to find the accounting logs for server alpha.\n");
+}
+
+TEST(Messages, TextsFitTheirBufferAndUnknownCodesHaveTheGeneralText) {
+    for (const std::uint32_t code : {0x3b0064U, 0x3b007dU, 0U, 0xffffffffU}) {
+        char text[100] = "";
+        GetMsg(code, sizeof text, text);
+        EXPECT_STREQ(text, kUnknown) << code;
+    }
+    char small[8] = "";
+    GetMsg(kMsgUnknownError, sizeof small, small);
+    EXPECT_STREQ(small, "Unable ");
+}

@@ -1,0 +1,87 @@
+#include "tests/support/facility.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+
+#include "service/log_internal.h"
+
+std::string takeText(ALA_attrPair *&inout_pair) {
+    if (inout_pair == nullptr)
+        return "(none)";
+    std::string text = inout_pair->attrName;
+    for (const attributeVal *value = inout_pair->attrVal; value != nullptr; value = value->next)
+        text += (value == inout_pair->attrVal ? '=' : '|') + std::string(value->value);
+    ALA_FreeAttributePair(&inout_pair);
+    return text;
+}
+
+NextDay::NextDay()
+    : Scripted(script::GENU_GetCurrentTime, [](STF_l__hdr *, GEN_generalizedTime **time, std::int32_t) {
+          *time = static_cast<GEN_generalizedTime *>(std::calloc(1, sizeof(GEN_generalizedTime)));
+          (*time)->year = 2001;
+          (*time)->month = 2;
+          (*time)->day = 4;
+          return 0;
+      }) {}
+
+void Facility::layCurrentLog() const {
+    samples::Log().save(path("current"));
+    const std::chrono::sys_seconds when =
+        std::chrono::sys_days(std::chrono::year(2001) / 2 / 3) + std::chrono::minutes(23 * 60 + 30);
+    std::filesystem::last_write_time(path("current"), std::chrono::file_clock::from_sys(when));
+}
+
+void Facility::setTimeZone(const char *in_zone) {
+    setenv("TZ", in_zone, 1);
+    tzset();
+}
+
+Facility::Facility() {
+    setenv("QV_LOG", (folder / "program.log").c_str(), 1);
+    setenv("QV_REGISTRY", root.registry().c_str(), 1);
+    unsetenv("QV_ROOT");
+    setLogLevel("5");
+    setTimeZone("UTC0");
+    EXPECT_EQ(ALA_Register("alpha", root.logs().c_str(), root.oids().c_str(), &handle), ALA_N_NORMAL);
+}
+
+Facility::~Facility() {
+    close();
+    if (handle != nullptr) {
+        EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
+    }
+    for (const char *name : {"QV_LOG", "QV_LOG_LEVEL", "QV_REGISTRY", "QV_ROOT", "TZ"})
+        unsetenv(name);
+    tzset();
+    LOG__Reset();
+}
+
+void Facility::setLogLevel(const char *in_level) {
+    setenv("QV_LOG_LEVEL", in_level, 1);
+    LOG__Reset();
+}
+
+std::vector<std::string> Facility::takeLog(char in_level) {
+    std::ifstream fresh(folder / "program.log");
+    fresh.seekg(taken);
+    std::vector<std::string> texts;
+    const std::string mark = std::string("]: ") + in_level + ' ';
+    for (std::string line; std::getline(fresh, line); taken = fresh.tellg())
+        if (const std::size_t level = line.find(mark); level != std::string::npos)
+            texts.push_back(line.substr(line.find(": ", level + mark.size()) + 2));
+    return texts;
+}
+
+ALA_retCode_t Facility::open(const samples::Log &in_log) {
+    close();
+    in_log.save(path());
+    return ALA_Open(handle, &kDay, &log);
+}
+
+void Facility::close() {
+    if (log != nullptr) {
+        EXPECT_EQ(ALA_Close(handle, &log), ALA_N_NORMAL);
+    }
+}

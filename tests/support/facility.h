@@ -1,0 +1,56 @@
+// A print server with its root, its log of one day and a live registration, and what the program logged.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ala/ala.h"
+#include "samples/log_writer.h"
+#include "samples/oid_table.h"
+#include "samples/sample_root.h"
+#include "tests/support/scripted_os.h"
+#include "tests/support/temp_dir.h"
+
+// An attribute as "name=value|value", or "(none)".  Gives the pair back.
+std::string takeText(ALA_attrPair *&inout_pair);
+
+constexpr ALA_time kDay = {2001, 2, 3};
+constexpr char kDayTail[] = "20010203";
+
+// Makes it the day after kDay.
+class NextDay : Scripted<decltype(::GENU_GetCurrentTime)> {
+public:
+    NextDay();
+};
+
+class Facility : public testing::Test {
+protected:
+    Facility();
+    ~Facility() override;
+
+    // The texts that were logged at a level since the last call.
+    std::vector<std::string> takeLog(char in_level = '5');
+    static void setLogLevel(const char *in_level);
+
+    // Lays the log of kDay and opens it.  An older one is closed.
+    ALA_retCode_t open(const samples::Log &in_log);
+    void close();
+
+    std::filesystem::path path(const std::string &in_tail = kDayTail) const {
+        return root.log("alpha", in_tail);
+    }
+
+    // The current log, last changed at 23:30 of kDay in UTC, which is the time zone that tests begin with.
+    void layCurrentLog() const;
+    static void setTimeZone(const char *in_zone);
+
+    TempDir folder;
+    samples::SampleRoot root{folder.path()};
+    ALA_handle_t handle = nullptr;
+    ALA_acctLogHandle_t log = nullptr;
+
+private:
+    std::streamoff taken = 0; // bytes of the program's log
+};

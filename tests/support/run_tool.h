@@ -1,0 +1,60 @@
+// Runs the built qvledger on a root of its own and gives back all that a user and an operator see of it.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+#include "samples/log_writer.h"
+#include "samples/sample_root.h"
+#include "tests/support/temp_dir.h"
+
+struct ToolResult {
+    int status = -1; // of the exit; 1000 and more: the signal that ended the run
+    std::string out, err;
+    std::vector<std::string> entries; // the tool's own log entries, without what precedes their texts
+    std::string log;                  // the whole log
+};
+
+// How a run differs from the usual one.
+struct ToolRun {
+    std::vector<std::pair<std::string, std::string>> environment = {}; // wins over the defaults
+    int output = -1;              // a descriptor for the standard output; -1: it is collected
+    std::vector<int> closed = {}; // standard streams that are closed at the start
+    uid_t user = 0;               // a user to change to, with the group of the same number; 0: none
+    std::string program = QVLEDGER_BINARY;
+};
+
+// A print system with one server, alpha, whose registry gives its root as QV_ROOT.
+class PrintSystem {
+public:
+    PrintSystem();
+
+    std::filesystem::path operator/(const std::string &in_name) const { return folder / in_name; }
+    std::filesystem::path log(const std::string &in_tail) const { return root.log("alpha", in_tail); }
+    void save(const std::string &in_tail, const samples::Log &in_log) const { in_log.save(log(in_tail)); }
+
+    // What is started must be finished.  A run that takes longer than 20 seconds ends by SIGALRM.
+    pid_t start(const std::vector<std::string> &in_arguments, const ToolRun &in_run = {});
+    ToolResult finish(pid_t in_pid);
+    ToolResult run(const std::vector<std::string> &in_arguments, const ToolRun &in_run = {}) {
+        return finish(start(in_arguments, in_run));
+    }
+
+private:
+    TempDir folder;
+
+public:
+    const samples::SampleRoot root;
+};
+
+// Sets a file's last change: seconds since 1970.
+void setChanged(const std::filesystem::path &in_path, time_t in_when);
+
+// An attribute of the sample system with texts as its values.
+using NamedTexts = std::pair<std::string, std::vector<std::string>>;
+void addTexts(samples::Job &inoutp_job, const std::vector<NamedTexts> &in_attributes);
+samples::Job jobOf(const std::vector<NamedTexts> &in_attributes);
+samples::Log logOf(const std::vector<samples::Job> &in_jobs, const samples::LogHeader &in_header = {});

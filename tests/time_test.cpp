@@ -1,0 +1,149 @@
+// Times of the log as local time, in zones whose rules stand in the text of TZ.
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "ala/handle.h"
+#include "ala/owners.h"
+#include "ala/render/times.h"
+#include "platform/os.h"
+
+constexpr char kBerlin[] = "CET-1CEST,M3.5.0,M10.5.0/3";
+constexpr char kNewYork[] = "EST5EDT,M3.2.0,M11.1.0";
+constexpr char kSydney[] = "AEST-10AEDT,M10.1.0,M4.1.0/3";
+constexpr char kIndia[] = "IST-5:30";
+
+class Times : public testing::Test {
+protected:
+    Times() { ALA__InitMutex(); }
+    ~Times() override {
+        unsetenv("TZ");
+        _tzset();
+        THR_TermMutex(&timeLock);
+        THR_TermMutex(&localeLock);
+    }
+    static void setZone(const char *zone) {
+        setenv("TZ", zone, 1);
+        _tzset();
+    }
+    static std::string text(const GEN_generalizedTime &time, const char *locale = nullptr) {
+        char *ascii = nullptr;
+        const std::int32_t result = ALA__GeneralizedTimeToAscii(&time, locale, &ascii);
+        const Malloced<char> owner(result == 0 ? ascii : nullptr);
+        return result == 0 ? ascii : "(failure)";
+    }
+};
+
+// The standard offset is added in every season and mktime takes the sum for a local time, so that in summer
+// the result is an hour behind the clocks.  Within the zone's offset of a change results depend on the order
+// in which the C library normalises fields and finds summer time; no case depends on that.
+TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
+    const struct {
+        const char *label, *zone;
+        GEN_generalizedTime utc;
+        const char *expected;
+    } cases[] = {
+        {"Greenwich", "UTC0", {2024, 2, 29, 12, 30, 1, 5, 0, 0}, "02/29/2024 12:30:01"},
+        {"east, over new year", kBerlin, {1999, 12, 31, 23, 30, 0, 0, 0, 0}, "01/01/2000 00:30:00"},
+        {"last second of a local year", kBerlin, {1999, 12, 31, 22, 59, 59, 0, 0, 0}, "12/31/1999 23:59:59"},
+        {"west, back over a leap day", kNewYork, {2024, 3, 1, 4, 59, 59, 0, 0, 0}, "02/29/2024 23:59:59"},
+        {"half an hour", kIndia, {2023, 12, 31, 18, 30, 0, 0, 0, 0}, "01/01/2024 00:00:00"},
+        {"summer in the north", kBerlin, {2024, 7, 1, 12, 0, 0, 0, 0, 0}, "07/01/2024 13:00:00"},
+        {"summer in the west", kNewYork, {2024, 7, 1, 12, 0, 0, 0, 0, 0}, "07/01/2024 07:00:00"},
+        {"summer in the south", kSydney, {2024, 1, 1, 0, 0, 0, 0, 0, 0}, "01/01/2024 10:00:00"},
+        {"winter in the south", kSydney, {2024, 7, 1, 0, 0, 0, 0, 0, 0}, "07/01/2024 10:00:00"},
+        {"before spring's change", kBerlin, {2024, 3, 31, 0, 59, 59, 0, 0, 0}, "03/31/2024 01:59:59"},
+        {"after spring's change", kBerlin, {2024, 3, 31, 3, 0, 0, 0, 0, 0}, "03/31/2024 04:00:00"},
+        {"before autumn's hour", kBerlin, {2024, 10, 27, 0, 59, 59, 0, 0, 0}, "10/27/2024 01:59:59"},
+        {"in autumn's hour", kBerlin, {2024, 10, 27, 1, 30, 0, 0, 0, 0}, "10/27/2024 02:30:00"},
+        {"after autumn's change", kBerlin, {2024, 10, 27, 3, 0, 0, 0, 0, 0}, "10/27/2024 04:00:00"},
+        {"spring's change in the south", kSydney, {2024, 10, 5, 15, 59, 59, 0, 0, 0}, "10/06/2024 01:59:59"},
+        {"autumn's change in the south", kSydney, {2024, 4, 7, 3, 0, 0, 0, 0, 0}, "04/07/2024 13:00:00"},
+        {"before 1970", kNewYork, {1955, 1, 1, 4, 0, 0, 0, 0, 0}, "12/31/1954 23:00:00"},
+        {"year from 1900", kBerlin, {99, 12, 31, 12, 0, 0, 0, 0, 1}, "12/31/1999 13:00:00"},
+        {"year from 1900, past 2000", kBerlin, {124, 1, 1, 0, 0, 0, 0, 0, 1}, "01/01/2024 01:00:00"},
+        {"mindiff east", "UTC0", {2024, 1, 1, 0, 30, 0, 0, -60, 0}, "12/31/2023 23:30:00"},
+        {"mindiff west", "UTC0", {2024, 1, 1, 0, 30, 0, 0, 300, 0}, "01/01/2024 05:30:00"},
+        {"mindiff plays no part", "UTC0", {124, 1, 1, 0, 30, 0, 0, 300, 1}, "01/01/2024 00:30:00"},
+        {"fields out of range", "UTC0", {2024, 14, 0, 25, 61, 61, 0, 0, 0}, "02/01/2025 02:02:01"},
+        {"years of few digits", "UTC0", {5, 1, 1, 0, 0, 0, 0, 0, 0}, "01/01/0005 00:00:00"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.label);
+        setZone(c.zone);
+        GEN_generalizedTime local = {};
+        ASSERT_EQ(ALA__GeneralizedToLocalTime(&c.utc, &local), 0);
+        EXPECT_EQ(text(local), c.expected);
+        EXPECT_EQ(local.millisec, 0);
+        EXPECT_EQ(local.utc, 0);
+    }
+}
+
+TEST_F(Times, SecondsAndFailures) {
+    setZone("UTC0");
+    std::int64_t seconds = 7;
+    const GEN_generalizedTime lastBefore = {1969, 12, 31, 23, 59, 59, 0, 0, 0};
+    EXPECT_EQ(ALA__ConvertUTCToUnix(&lastBefore, &seconds), 1) << "-1 is mktime's failure";
+    EXPECT_EQ(seconds, -1);
+    GEN_generalizedTime local;
+    std::memset(&local, 0x55, sizeof local);
+    EXPECT_EQ(ALA__GeneralizedToLocalTime(&lastBefore, &local), 1);
+    EXPECT_EQ(local.year | local.month | local.day | local.mindiff | local.utc, 0);
+    const GEN_generalizedTime after2038 = {2040, 1, 1, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(ALA__ConvertUTCToUnix(&after2038, &seconds), 0);
+    EXPECT_EQ(seconds, 2208988800);
+    EXPECT_EQ(ALA__ConvertUTCToUnix(nullptr, &seconds), 1);
+    EXPECT_EQ(ALA__GeneralizedToLocalTime(nullptr, &local), 1);
+    EXPECT_EQ(ALA__MakeGeneralizedTime(&local, nullptr, 0), 1);
+    char *ascii = nullptr;
+    EXPECT_EQ(ALA__GeneralizedTimeToAscii(nullptr, nullptr, &ascii), 1);
+    EXPECT_EQ(text(after2038, "no_such_LOCALE"), "01/01/2040 00:00:00");
+
+    THR_TermMutex(&timeLock); // a lock that cannot be taken
+    EXPECT_EQ(ALA__ConvertUTCToUnix(&after2038, &seconds), 1);
+    THR_InitMutex(&timeLock);
+    THR_TermMutex(&localeLock);
+    EXPECT_EQ(text(after2038), "(failure)");
+    THR_InitMutex(&localeLock);
+}
+
+TEST_F(Times, RecordOfBrokenDownTime) {
+    std::tm time = {};
+    time.tm_year = 99, time.tm_mon = 11, time.tm_mday = 31, time.tm_hour = 23, time.tm_min = 58,
+    time.tm_sec = 59;
+    const struct {
+        std::int32_t useUTC, year, utc;
+        const char *zone;
+        std::int32_t mindiff;
+    } cases[] = {{0, 1999, 0, kBerlin, -60},
+                 {1, 99, 1, kNewYork, 300},
+                 {2, 1999, 0, kIndia, -330},
+                 {0, 1999, 0, "LMT0:25:21", 25},
+                 {0, 1999, 0, "LMT-0:25:21", -25}};
+    for (const auto &c : cases) {
+        setZone(c.zone);
+        GEN_generalizedTime made = {0, 0, 0, 0, 0, 0, 5, 0, 0};
+        ASSERT_EQ(ALA__MakeGeneralizedTime(&made, &time, c.useUTC), 0);
+        EXPECT_EQ(made.year, c.year) << c.zone;
+        EXPECT_EQ(made.utc, c.utc) << c.zone;
+        EXPECT_EQ(made.mindiff, c.mindiff) << c.zone;
+        EXPECT_EQ(made.millisec, 0) << c.zone;
+        made.utc = 0, made.year = 1999;
+        EXPECT_EQ(text(made), "12/31/1999 23:58:59") << c.zone;
+    }
+}
+
+TEST_F(Times, DayOfWeekOfEveryDate) {
+    int weekday = 6; // 1 January 1600 was a Saturday
+    for (int year = 1600; year < 2400; year++)
+        for (int month = 1; month <= 12; month++) {
+            const bool leap = year % 400 == 0 || (year % 4 == 0 && year % 100 != 0);
+            const int days = month == 2 ? (leap ? 29 : 28) : 30 + (month + month / 8) % 2;
+            for (int day = 1; day <= days; day++, weekday = (weekday + 1) % 7)
+                ASSERT_EQ(ALA__GetDayOfWk(year, month, day), weekday) << year << '-' << month << '-' << day;
+        }
+}
