@@ -14,7 +14,7 @@ struct ValueCase {
     std::string label;
     std::uint32_t type;
     samples::Bytes packed;
-    std::string text; // type 42: its texts with "|" between them
+    std::string text;      // type 42: its texts with "|" between them
     std::int32_t code = 0; // of ALA__GetAttribute
 };
 
