@@ -236,25 +236,3 @@ TEST_F(Access, OlderPlatformTakesTheComputerAsDomain) {
     EXPECT_STREQ(ALA__GetHostDomain(&type), "") << "found on the newer platform only";
     EXPECT_EQ(type, SEC_DOM_NT);
 }
-
-TEST_F(Access, MachineOfADomainHasItsLanGroup) {
-    const auto domainWith = [&](const char *in_flags, const char *in_group) {
-        std::string text = registryText({{R"(System\CurrentControlSet\Enum\Root\LEGACY_NETLOGON\0000)", {}}});
-        text += std::string("\"StatusFlags\"=") + in_flags + "\n";
-        text += R"([HKEY_LOCAL_MACHINE\SYSTEM\CurrentControlSet\Services\LanmanWorkstation\Parameters])"
-                "\n";
-        writeFile(root.registry(), text + in_group + "\n");
-        TOnceGetDomainName();
-        return std::string(ALA__GetHostDomain(nullptr));
-    };
-    EXPECT_EQ(domainWith("dword:00000008", "\"LanGroup\"=\"K\xC3\x96LN\""), "K\xC3\x96LN");
-    EXPECT_EQ(domainWith("dword:00000009", "\"LanGroup\"=\"CORP\""), "MACHINE");
-    EXPECT_EQ(domainWith("\"8\"", "\"LanGroup\"=\"CORP\""), "MACHINE");
-    takeLog();
-    EXPECT_EQ(domainWith("dword:00000008", ""), "");
-    EXPECT_THAT(takeLog(), ElementsAre("SEC_GetDefaultDomain: NetWkstaGetInfo failed"));
-    const Scripted once(script::THR_Once, [](auto...) { return 1; });
-    SEC_domType_t type = 1;
-    EXPECT_EQ(ALA__GetHostDomain(&type), nullptr);
-    EXPECT_EQ(type, 0U);
-}

@@ -48,22 +48,6 @@ TEST_F(Log, EntryIsOneLineWithItsPlaceWhateverItsText) {
         << log;
 }
 
-TEST_F(Log, LongEntryIsNotCut) {
-    for (const std::size_t size : {766U, 767U, 768U, 769U, 5000U, 300000U}) {
-        const std::string text(size, '\x01');
-        LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "%s", text.c_str());
-        ASSERT_NE(LOG_StartMessage(LOG_ERROR, "g.cpp", 2, 0), 0);
-        LOG_CondAdd("%s", text.c_str());
-        LOG_CondAdd("%d.", 5);
-        LOG_EndMessage();
-        const std::string log = takeLog();
-        const std::size_t firstEnd = log.find('\n') + 1;
-        EXPECT_EQ(firstEnd - log.find("f.cpp:1: "), sizeof "f.cpp:1: " + 4 * size) << size;
-        EXPECT_EQ(log.size() - log.find("g.cpp:2: "), sizeof "g.cpp:2: " + 4 * size + 2) << size;
-        EXPECT_TRUE(log.ends_with("\\x015.\n")) << size;
-    }
-}
-
 TEST_F(Log, PiecesMakeAnEntryOnlyBetweenStartAndEnd) {
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, "f.cpp", 3, 0), 0);
     LOG_CondAdd("prefix: ");
@@ -118,27 +102,6 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
 }
 
 // ---- Messages ----
-
-TEST_F(Log, CatalogueTextIsFoundByTheLowHalfOfItsCode) {
-    std::ofstream(folder / "source")
-        << "$quote \"\n$set 59\n101 \"eins %2$s %1$s\\n\"\n$set 1\n102 \"other set\"\n";
-    const std::string base = folder.path(), command = "gencat " + base + "/qvtest.cat " + base + "/source";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    setenv("NLSPATH", (base + "/%N.cat").c_str(), 1);
-    char buffer[32] = "untouched";
-    std::uint32_t count = 99;
-    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, sizeof buffer, &count, buffer), 0) << "before its use";
-    MSG_UsageBegin("qvtest");
-    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0066, 0, sizeof buffer, &count, buffer), 0) << "of another set";
-    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, 15, &count, buffer), 0) << "no room for the NUL";
-    EXPECT_STREQ(buffer, "untouched");
-    EXPECT_EQ(MSG_GetUnformatted(2, 0x3b0065, 0, 16, &count, buffer), 0);
-    EXPECT_STREQ(buffer, "eins %2$s %1$s\n");
-    EXPECT_EQ(count, 15U);
-    MSG_UsageEnd();
-    EXPECT_NE(MSG_GetUnformatted(2, 0x3b0065, 0, sizeof buffer, &count, buffer), 0) << "after its use";
-    unsetenv("NLSPATH");
-}
 
 static std::int32_t formatList(char *outp_buffer, const char *in_format, ...) {
     std::va_list values;

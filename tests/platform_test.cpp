@@ -93,40 +93,6 @@ TEST_F(ReadAheadFile, ReusedDescriptorStartsAfresh) {
     EXPECT_EQ(get(10), content.substr(0, 10));
 }
 
-TEST(Files, WhatCannotBeReadFailsAndNeverWaits) {
-    char bytes[16];
-    const std::string path = testing::TempDir() + "fifo" + std::to_string(getpid());
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    const int folder = open(testing::TempDir().c_str(), O_RDONLY | O_CLOEXEC);
-    const int fifo = open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    EXPECT_EQ(_read(folder, bytes, 4), -1);
-    EXPECT_EQ(_read(fifo, bytes, 4), -1);
-    EXPECT_EQ(errno, EAGAIN);
-    EXPECT_EQ(_read(-1, bytes, 4), -1);
-    EXPECT_EQ(_close(folder) + _close(fifo), 0);
-    EXPECT_EQ(_unlink(path.c_str()), 0);
-}
-
-TEST(Files, LinksAreFollowedByStatAlone) {
-    const std::string file = testing::TempDir() + "identity" + std::to_string(getpid());
-    const std::string link = file + ".link";
-    std::ofstream(file) << "12345";
-    ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
-    struct _stat status = {};
-    OS_fileIdentity byLink = {}, byName = {}, byDescriptor = {};
-    EXPECT_EQ(_stat(link.c_str(), &status), 0);
-    EXPECT_EQ(OS_IdentifyName(link.c_str(), &byLink), 0);
-    EXPECT_EQ(OS_IdentifyName(file.c_str(), &byName), 0);
-    const int fd = open(link.c_str(), O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(OS_IdentifyDescriptor(fd, &byDescriptor), 0);
-    EXPECT_EQ(status.st_size, 5);
-    EXPECT_EQ(status.st_ino, byName.number);
-    EXPECT_EQ(byDescriptor.number, byName.number);
-    EXPECT_NE(byLink.number, byName.number);
-    _close(fd);
-    EXPECT_EQ(_unlink(link.c_str()) + _unlink(file.c_str()), 0);
-}
-
 TEST(Identity, NamesAreTakenApart) {
     const struct {
         const char *full, *name, *domain;

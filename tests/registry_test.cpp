@@ -199,21 +199,6 @@ TEST_F(RegistryFile, LimitsOfTheBuffersCountTheTerminator) {
     EXPECT_EQ(list("SOFTWARE\\Key"), "enum 234");
 }
 
-TEST_F(RegistryFile, QueryGivesOneValueOrItsSize) {
-    write(kOld + (kKey + "\"Flags\"=dword:8\n@=\"text\"\n"s));
-    HKEY key = nullptr;
-    ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "software\\key", 0, KEY_QUERY_VALUE, &key), 0);
-    DWORD number = 0;
-    DWORD size = sizeof number, type = 0;
-    EXPECT_EQ(RegQueryValueExA(key, "FLAGS", nullptr, &type, reinterpret_cast<BYTE *>(&number), &size), 0);
-    EXPECT_EQ(number, 8U);
-    EXPECT_EQ(type, REG_DWORD);
-    EXPECT_EQ(RegQueryValueExA(key, "", nullptr, nullptr, reinterpret_cast<BYTE *>(&number), &size), 234);
-    EXPECT_EQ(size, 5U);
-    EXPECT_EQ(RegQueryValueExA(key, "absent", nullptr, nullptr, nullptr, &size), 2);
-    EXPECT_EQ(RegCloseKey(key), 0);
-}
-
 TEST_F(RegistryFile, LanGroupIsTheNetworksDomain) {
     constexpr char kGroup[] = "B\xC3\xBCro\xFF\xC3\xF0\x9F\x98\x80"; // two of its bytes are no UTF-8
     const std::string head =

@@ -68,20 +68,6 @@ TEST(Convert, EachCodeSetGivesUtf8) {
     }
 }
 
-TEST(Convert, PlainTextIsTheSameInEveryAsciiCodeSet) {
-    std::string plain;
-    for (char character = 1; character != 0x7F; ++character)
-        plain += character;
-    for (std::uint32_t codeSet = 0; codeSet < 2300; ++codeSet) {
-        const bool differs = codeSet == 17 || codeSet == 76 || (codeSet >= 1000 && codeSet < 1020);
-        if (!differs) {
-            EXPECT_EQ(convert(plain, codeSet), plain) << codeSet;
-            // A byte that is not ASCII takes the text the other way; the plain part stays what it is.
-            EXPECT_EQ(convert(plain + "\xFF", codeSet).substr(0, plain.size()), plain) << codeSet;
-        }
-    }
-}
-
 // ---- Value records ----
 
 template <class Text>
@@ -94,30 +80,6 @@ static std::string extract(const Text &in_value) {
         result = GENU_ExtractSimpleName(nullptr, &text, &in_value, 0);
     EXPECT_EQ(result == 0, text != nullptr);
     return take(text);
-}
-
-TEST(Text, EachChoiceIsTaken) {
-    std::uint8_t bytes[] = {0x00, 0xE4, 0x00, 0x62};
-    char characters[] = "a\xC3\xA4";
-    GEN_text value{GEN_ISO_646_IRV, {.iso_646_irv = characters}};
-    EXPECT_EQ(extract(value), "a\u00E4");
-    value = {GEN_CCITT_T_61, {.ccitt_t_61 = characters}};
-    EXPECT_EQ(extract(value), "a?$"); // 0xC3 is an accent that the dollar sign cannot bear
-    value = {GEN_ISO_LATIN1, {.iso_latin1 = {2, bytes + 1}}};
-    EXPECT_EQ(extract(value), "\u00E4");
-    value = {GEN_ISO_UCS_2, {.iso_ucs_2 = {4, bytes}}};
-    EXPECT_EQ(extract(value), "\u00E4b");
-    value = {GEN_OTHER_CODE_SET, {.otherCodeSet = {{1, bytes + 1}, 2252}}};
-    EXPECT_EQ(extract(value), "\u00E4");
-
-    value = {GEN_ISO_646_IRV, {.iso_646_irv = nullptr}};
-    EXPECT_EQ(extract(value), "");
-    value = {GEN_ISO_LATIN1, {.iso_latin1 = {-1, bytes}}};
-    EXPECT_EQ(extract(value), "");
-    for (const std::int32_t choice : {0, 6, -1}) {
-        value = {choice, {.iso_646_irv = characters}};
-        EXPECT_EQ(extract(value), kNothing) << choice;
-    }
 }
 
 TEST(SimpleName, NothingIsReadBehindTheCharactersInPlace) {
@@ -140,30 +102,6 @@ TEST(SimpleName, NothingIsReadBehindTheCharactersInPlace) {
     name.choice = GEN_OTHER_CODE_SET;
     name.u.otherCodeSet = {{2, {0xE4, 'b'}}, 4};
     EXPECT_EQ(extract(name), "\u00E4b");
-}
-
-TEST(DistNameString, WhatIsMadeIsReadBack) {
-    for (const char *text : {"alpha.example", "", static_cast<const char *>(nullptr)}) {
-        GEN_distNameString *value = nullptr;
-        ASSERT_EQ(GENU_MakeDistNameString2(nullptr, &value, text, 3048, 0), 0);
-        char *found = nullptr;
-        std::uint32_t type = 0;
-        EXPECT_EQ(GENU_ExtractDistNameString(nullptr, &found, &type, value, 0), 0);
-        EXPECT_EQ(take(found), text != nullptr ? text : "");
-        EXPECT_EQ(type, 3048U);
-
-        value->name_syntax_o->choice = GEN_LOCAL_FORM;
-        EXPECT_EQ(GENU_ExtractDistNameString(nullptr, &found, &type, value, 0), 0);
-        EXPECT_EQ(type, 1U);
-        std::free(found);
-        value->name_syntax_o = nullptr;
-        value->name.choice = 9;
-        EXPECT_NE(GENU_ExtractDistNameString(nullptr, &found, &type, value, 0), 0);
-        EXPECT_EQ(found, nullptr);
-        EXPECT_EQ(type, 0U);
-        EXPECT_NE(GENU_ExtractDistNameString(nullptr, &found, nullptr, value, 0), 0);
-        GEN_DeleteDistNameString(nullptr, value, nullptr);
-    }
 }
 
 TEST(MailAddress, Rfc822AttributeOrTheWholeList) {
