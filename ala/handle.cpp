@@ -41,22 +41,21 @@ static bool isValid(ALA_handle_t in_handle) {
            in_handle->pid == ALA__CurrentPid();
 }
 
+// Each form of the line has the operation's name as its one argument.
+static ALA_retCode_t check(ALA_handle_t in_handle, const char *in_operation, const char *in_line) {
+    return isValid(in_handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, in_line, in_operation);
+}
+
 ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation) {
-    if (isValid(in_handle))
-        return ALA_N_NORMAL;
-    return ALA_FAIL(ALA_A_NOT_REGISTER,
-                    "handle, handle->svrName, handle->acctLogPath is NULL or handle->pid!=getpid in %s; "
-                    "ALA_A_NOT_REGISTER",
-                    in_operation);
+    return check(in_handle, in_operation,
+                 "handle, handle->svrName, handle->acctLogPath is NULL or handle->pid!=getpid in %s; "
+                 "ALA_A_NOT_REGISTER");
 }
 
 ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation) {
-    if (isValid(in_handle))
-        return ALA_N_NORMAL;
-    return ALA_FAIL(ALA_A_NOT_REGISTER,
-                    "handle, handle->svrName or handle->acctLogPath is NULL or handle->pid != getpid in %s; "
-                    "ALA_A_NOT_REGISTER",
-                    in_operation);
+    return check(in_handle, in_operation,
+                 "handle, handle->svrName or handle->acctLogPath is NULL or handle->pid != getpid in %s; "
+                 "ALA_A_NOT_REGISTER");
 }
 
 void ALA__InitOnce() {

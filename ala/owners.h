@@ -3,9 +3,8 @@
 
 #include <cstdlib>
 #include <memory>
-#include <utility>
 
-#include "platform/os.h"
+#include "platform/descriptor.h"
 
 struct FreeDeleter {
     void operator()(void *inp_memory) const { std::free(inp_memory); }
@@ -45,25 +44,4 @@ public:
 private:
     Malloced<char> &owner;
     char *text = nullptr;
-};
-
-// An open file; -1 for none.
-class Descriptor {
-public:
-    explicit Descriptor(int in_fd = -1) : fd(in_fd) {}
-    ~Descriptor() { reset(-1); }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-
-    bool isOpen() const { return fd != -1; }
-    int get() const { return fd; }
-    int release() { return std::exchange(fd, -1); }
-    void reset(int in_fd) {
-        if (fd != -1)
-            static_cast<void>(_close(fd)); // only read from: nothing can be lost
-        fd = in_fd;
-    }
-
-private:
-    int fd;
 };

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/descriptor.h"
 #include "service/convert.h"
 #include "service/log.h"
 #include "service/system.h"
@@ -21,21 +22,6 @@ constexpr std::size_t kMaxNameLength = OID_NAME_SIZE - 1;
 // ---- Lines of a file ----
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int in_fd) : fd(in_fd) {}
-    ~Descriptor() {
-        if (fd >= 0)
-            ::close(fd);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int get() const { return fd; }
-
-private:
-    int fd;
-};
 
 class LineReader {
 public:

@@ -117,18 +117,19 @@ constexpr CursorTexts kNextFromDoc = {"ALA_GetNextAttrFromDoc",
                                       "record or record->attrValList is NULL or record->numDocAttr < 0 in "
                                       "ALA_GetNextAttrFromDoc; ALA_A_INVALID_RECORD"};
 
-ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
-                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
-    const FuncTrace trace(kFirstFromJob.operation);
+// What all four do: the checks, the move of the cursor, and the delivery of the node that it moved to.
+template <class Record, class Move>
+static ALA_retCode_t moveAndDeliver(ALA_handle_t in_handle, Record **inoutp_curRecord, const char *inp_locale,
+                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
+                                    Move in_move) {
+    const FuncTrace trace(in_texts.operation);
     *outp_attribute = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kFirstFromJob);
-        valid != ALA_N_NORMAL)
-        return valid;
-    record *job = *inoutp_curRecord;
-    job->curAttr = job->attrValList;
-    job->index = 0;
-    job->docIndex = 0;
-    return deliverAtIndex(in_alaHandle, job, inp_locale, kFirstFromJob, outp_attribute);
+    ALA_retCode_t result = ALA__CheckRecord(in_handle, inoutp_curRecord, in_texts);
+    if (result == ALA_N_NORMAL)
+        result = in_move(*inoutp_curRecord);
+    if (result == ALA_N_NORMAL)
+        result = deliverAtIndex(in_handle, *inoutp_curRecord, inp_locale, in_texts, outp_attribute);
+    return result;
 }
 
 // Moves to the next node if the cursor was started and there is one.
@@ -140,57 +141,66 @@ static bool advance(Record *inoutp_record, std::uint32_t in_count) {
     return ++inoutp_record->index < in_count;
 }
 
-ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
-                                     const char *inp_locale, ALA_attrPair **outp_attribute) {
-    const FuncTrace trace(kNextFromJob.operation);
-    *outp_attribute = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kNextFromJob);
-        valid != ALA_N_NORMAL)
-        return valid;
-    record *job = *inoutp_curRecord;
-    if (!advance(job, job->numAttr))
+static ALA_retCode_t moveToFirst(record *inoutp_job) {
+    inoutp_job->curAttr = inoutp_job->attrValList;
+    inoutp_job->index = 0;
+    inoutp_job->docIndex = 0;
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t moveToNext(record *inoutp_job) {
+    if (!advance(inoutp_job, inoutp_job->numAttr))
         return ALA_FAIL(ALA_A_LAST_ATTRIBUTE,
                         "record->curAttr is NULL or (++(record->index)>=record->numAttr) in "
                         "ALA_GetNextAttrFromJob; ALA_A_LAST_ATTRIBUTE");
-    if (job->index >= job->numJobAttr)
+    if (inoutp_job->index >= inoutp_job->numJobAttr)
         return ALA_FAIL(ALA_A_NO_MORE_JOB_ATTR,
                         "record->index>=record->numJobAttr in ALA_GetNextAttrFromJob; "
                         "ALA_A_NO_MORE_JOB_ATTR");
-    return deliverAtIndex(in_alaHandle, job, inp_locale, kNextFromJob, outp_attribute);
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t moveToFirst(docRecord *inoutp_document) {
+    inoutp_document->index = 0;
+    if (inoutp_document->numDocAttr == 0) {
+        ALA_DETAIL("record->numDocAttr is 0 in ALA_GetFirstAttrFromDoc; ALA_A_LAST_ATTRIBUTE");
+        return ALA_A_LAST_ATTRIBUTE;
+    }
+    inoutp_document->curAttr = inoutp_document->attrValList;
+    return ALA_N_NORMAL;
+}
+
+static ALA_retCode_t moveToNext(docRecord *inoutp_document) {
+    if (advance(inoutp_document, inoutp_document->numDocAttr))
+        return ALA_N_NORMAL;
+    ALA_DETAIL(
+        "record->curAttr is NULL or (++(record->index)>=record->numDocAttr) in ALA_GetNextAttrFromDoc; "
+        "ALA_A_LAST_ATTRIBUTE");
+    return ALA_A_LAST_ATTRIBUTE;
+}
+
+ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
+                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
+    return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kFirstFromJob, outp_attribute,
+                          [](record *inoutp_record) { return moveToFirst(inoutp_record); });
+}
+
+ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
+                                     const char *inp_locale, ALA_attrPair **outp_attribute) {
+    return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromJob, outp_attribute,
+                          [](record *inoutp_record) { return moveToNext(inoutp_record); });
 }
 
 ALA_retCode_t ALA_GetFirstAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
                                       const char *inp_locale, ALA_attrPair **outp_attribute) {
-    const FuncTrace trace(kFirstFromDoc.operation);
-    *outp_attribute = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kFirstFromDoc);
-        valid != ALA_N_NORMAL)
-        return valid;
-    docRecord *document = *inoutp_curRecord;
-    document->index = 0;
-    if (document->numDocAttr == 0) {
-        ALA_DETAIL("record->numDocAttr is 0 in ALA_GetFirstAttrFromDoc; ALA_A_LAST_ATTRIBUTE");
-        return ALA_A_LAST_ATTRIBUTE;
-    }
-    document->curAttr = document->attrValList;
-    return deliverAtIndex(in_alaHandle, document, inp_locale, kFirstFromDoc, outp_attribute);
+    return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kFirstFromDoc, outp_attribute,
+                          [](docRecord *inoutp_record) { return moveToFirst(inoutp_record); });
 }
 
 ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
-    const FuncTrace trace(kNextFromDoc.operation);
-    *outp_attribute = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckRecord(in_alaHandle, inoutp_curRecord, kNextFromDoc);
-        valid != ALA_N_NORMAL)
-        return valid;
-    docRecord *document = *inoutp_curRecord;
-    if (!advance(document, document->numDocAttr)) {
-        ALA_DETAIL(
-            "record->curAttr is NULL or (++(record->index)>=record->numDocAttr) in ALA_GetNextAttrFromDoc; "
-            "ALA_A_LAST_ATTRIBUTE");
-        return ALA_A_LAST_ATTRIBUTE;
-    }
-    return deliverAtIndex(in_alaHandle, document, inp_locale, kNextFromDoc, outp_attribute);
+    return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromDoc, outp_attribute,
+                          [](docRecord *inoutp_record) { return moveToNext(inoutp_record); });
 }
 
 ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {

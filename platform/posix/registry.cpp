@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/descriptor.h"
 #include "platform/os.h"
 #include "platform/posix/registry_file.h"
 
@@ -31,25 +32,6 @@ static LONG refuseFile(const std::string &in_text) {
         reporter(in_text.c_str());
     return ERROR_REGISTRY_CORRUPT;
 }
-
-namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int in_fd) : fd(in_fd) {}
-    ~Descriptor() {
-        if (fd >= 0)
-            close(fd);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int get() const { return fd; }
-
-private:
-    int fd;
-};
-
-} // namespace
 
 static const char *registryPath() {
     const char *path = secure_getenv("QV_REGISTRY");

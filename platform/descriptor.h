@@ -1,0 +1,27 @@
+// An open file, closed when its owner goes.
+#pragma once
+
+#include <utility>
+
+#include "platform/os.h"
+
+// -1 for none.
+class Descriptor {
+public:
+    explicit Descriptor(int in_fd = -1) : fd(in_fd) {}
+    ~Descriptor() { reset(-1); }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    bool isOpen() const { return fd != -1; }
+    int get() const { return fd; }
+    int release() { return std::exchange(fd, -1); }
+    void reset(int in_fd) {
+        if (fd != -1)
+            static_cast<void>(_close(fd)); // only read from: nothing can be lost
+        fd = in_fd;
+    }
+
+private:
+    int fd;
+};
