@@ -1,8 +1,7 @@
 #include "tool/progress.h"
 
-#include <cstdlib>
+#include <chrono>
 #include <cstring>
-#include <ctime>
 
 #include "platform/os.h"
 
@@ -26,13 +25,12 @@ struct State {
 static State state;
 
 static std::int64_t milliseconds() {
-    std::timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+    using namespace std::chrono;
+    return duration_cast<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 static bool isSetTo(const char *inp_variable, const char *inp_value) {
-    const char *value = secure_getenv(inp_variable);
+    const char *value = OS_ProgramVariable(inp_variable);
     return value != nullptr && std::strcmp(value, inp_value) == 0;
 }
 

@@ -5,14 +5,12 @@
 // list decides. docs/security.md tells why.
 #pragma once
 
-#include <cstdlib>
-
 #include "platform/os.h"
 
 // First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.
 inline void dropLentRights() {
     if (OS_HasLentRights() != 0)
-        static_cast<void>(unsetenv("QV_ROOT")); // fails for malformed names only
+        static_cast<void>(_putenv("QV_ROOT=")); // an empty value removes a variable
     OS_UseCallersRights();
 }
 

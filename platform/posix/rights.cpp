@@ -25,6 +25,10 @@ static void use(const Ids &in_ids) {
         std::abort();
 }
 
+const char *OS_ProgramVariable(const char *inp_name) {
+    return secure_getenv(inp_name);
+}
+
 int OS_HasLentRights() {
     return kLent.user != kCallers.user || kLent.group != kCallers.group ? 1 : 0;
 }
