@@ -116,6 +116,7 @@ static ALA_retCode_t startFacility(const Options &in_options, const char *inp_lo
         logFailure(nullptr, result);
         return result;
     }
+    const LentRights rights(in_options.acctPath2 == nullptr);
     result =
         ALA_ListExistingLogsByDate(outp_facility.mainh, &outp_facility.dateList, &outp_facility.nameList);
     if (result != ALA_N_NORMAL) {
