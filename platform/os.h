@@ -252,8 +252,8 @@ int OS_HoldAgainstWriters(int in_fd);
 // closed.
 void OS_PrepareProcess();
 
-// A variable of the environment that steers the program itself; null when it is not set, and when lent rights make the
-// caller's environment one not to be trusted.
+// A variable of the environment that steers the program itself; null when it is not set, and when lent rights
+// make the caller's environment one not to be trusted.
 const char *OS_ProgramVariable(const char *inp_name);
 
 // A set-group-id or set-user-id bit lends a program rights that its caller has not.  OS_HasLentRights gives
