@@ -103,25 +103,3 @@ TEST(SimpleName, NothingIsReadBehindTheCharactersInPlace) {
     name.u.otherCodeSet = {{2, {0xE4, 'b'}}, 4};
     EXPECT_EQ(extract(name), "\u00E4b");
 }
-
-TEST(MailAddress, Rfc822AttributeOrTheWholeList) {
-    char country[] = "C", de[] = "de", surname[] = "S", name[] = "M\u00FCller", mail[] = "dda:rfc-822";
-    char address[] = "(a)joe(a)host(a";
-    ODP_orAttribute last{nullptr, {mail, address}};
-    ODP_orAttribute middle{nullptr, {surname, name}};
-    ODP_orAttribute first{&middle, {country, de}};
-    ODP_orName value{&first};
-    char *text = nullptr;
-    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
-    EXPECT_EQ(take(text), "/C=de/S=M\u00FCller/");
-    middle.next = &last;
-    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
-    EXPECT_EQ(take(text), "@joe@host(a");
-    last._value = {nullptr, nullptr};
-    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
-    EXPECT_EQ(take(text), "/C=de/S=M\u00FCller/=/");
-    value.attributes = nullptr;
-    text = name;
-    EXPECT_EQ(GEN_X400ToInternetMailAddress(nullptr, &text, &value, 0), 0);
-    EXPECT_EQ(text, name);
-}
