@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test fuzz install clean setup
+.PHONY: all demo test fuzz install deb clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -34,6 +34,11 @@ fuzz:
 
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build
+
+# The Debian packages, in build/deb/packages/: the same bytes from the same commit.
+deb:
+	@scripts/setup package
+	@scripts/package build/deb
 
 clean:
 	@rm -rf build

@@ -47,6 +47,11 @@ typedef struct logParams *ALA_acctLogHandle_t; /* an open log */
 typedef struct record *ALA_record_t;           /* a job record */
 typedef struct docRecord *ALA_dRecord_t;       /* a document of a job record; lives on its own */
 
+/* The shared library exports what is declared from here on and nothing else. */
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
+#endif
+
 /* Nulls to initialise variables with. */
 extern void *const ALA_nullHandle;
 extern void *const ALA_nullAcctLogHandle;
@@ -200,6 +205,10 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames);
 ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute);
 ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord);
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
 
 #ifdef __cplusplus
 }

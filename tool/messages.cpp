@@ -110,3 +110,8 @@ void logFailure(const char *in_prefix, std::int32_t in_errCode, const char *in_f
     printError(in_errCode);
     LOG_EndMessage();
 }
+
+void tellFailure(std::int32_t in_errCode, const char *in_prefix, const char *in_file, std::int32_t in_line) {
+    DisplayMsgFromErr(static_cast<std::uint32_t>(in_errCode));
+    logFailure(in_prefix, in_errCode, in_file, in_line);
+}

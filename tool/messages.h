@@ -32,3 +32,7 @@ void printError(std::int32_t errRes);
 // A log entry for a failure with a return code, behind a prefix unless that is null.
 void logFailure(const char *in_prefix, std::int32_t in_errCode, const char *in_file = __builtin_FILE(),
                 std::int32_t in_line = __builtin_LINE());
+
+// The message and the log entry of a failure with a return code.
+void tellFailure(std::int32_t in_errCode, const char *in_prefix, const char *in_file = __builtin_FILE(),
+                 std::int32_t in_line = __builtin_LINE());

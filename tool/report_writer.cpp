@@ -52,11 +52,6 @@ using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
 
 } // namespace
 
-static void tellFailure(ALA_retCode_t in_code, const char *in_prefix) {
-    DisplayMsgFromErr(static_cast<std::uint32_t>(in_code));
-    logFailure(in_prefix, in_code);
-}
-
 std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2) {
     while (list1 != nullptr && list2 != nullptr && std::strcmp(list1->attrNameStr, list2->attrNameStr) == 0) {
         list1 = list1->next;

@@ -23,22 +23,33 @@ namespace {
 
 // What the log loop carries from log to log.
 struct LoopState {
-    std::int32_t doHeader = 1;
-    ALA_attrName *prevLog = nullptr; // names of the record written last
     bool noLogFound = true;
     bool deletedAny = false;
     bool errOut = false;
     ALA_retCode_t finalErr = ALA_N_NORMAL; // code of the latest failure
 
-    LoopState() = default;
-    ~LoopState() { ALA_FreeAttributeList(&prevLog); }
-    LoopState(const LoopState &) = delete;
-    LoopState &operator=(const LoopState &) = delete;
-
     void fail(ALA_retCode_t in_code) {
         errOut = true;
         finalErr = in_code;
     }
+};
+
+class ReportWriter final : public LogWriter {
+public:
+    explicit ReportWriter(std::int32_t in_suppressHeadflg) : suppressHeadflg(in_suppressHeadflg) {}
+    ~ReportWriter() override { ALA_FreeAttributeList(&prevLog); }
+    ReportWriter(const ReportWriter &) = delete;
+    ReportWriter &operator=(const ReportWriter &) = delete;
+
+    bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t,
+               std::FILE *inp_stream) override {
+        std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
+        return doLog(in_handle, &in_log, &doHeader, inp_stream, suppressHeadflg, &prevLog);
+    }
+
+private:
+    std::int32_t suppressHeadflg;
+    ALA_attrName *prevLog = nullptr; // names of the record written last
 };
 
 struct DateRange {
@@ -112,8 +123,7 @@ static ALA_retCode_t startFacility(const Options &in_options, const char *inp_lo
                                    Facility &outp_facility) {
     ALA_retCode_t result = registerServer(in_options, inp_logPath, &outp_facility.mainh);
     if (result != ALA_N_NORMAL) {
-        DisplayMsgFromErr(static_cast<std::uint32_t>(result));
-        logFailure(nullptr, result);
+        tellFailure(result, nullptr);
         return result;
     }
     const LentRights rights(in_options.acctPath2 == nullptr);
@@ -155,7 +165,7 @@ static ALA_retCode_t openLog(const Options &in_options, ALA_handle_t mainh, cons
 
 // Reports one log, and deletes it under -d.
 static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
-                       ReportStream &inoutp_report, LoopState &inoutp_state) {
+                       ReportStream &inoutp_report, LogWriter &inoutp_writer, LoopState &inoutp_state) {
     const std::int32_t date = ALA__NumFromDate(&in_date);
     ALA_acctLogHandle_t logh = nullptr;
     if (const ALA_retCode_t result = openLog(in_options, mainh, in_date, &logh); result != ALA_N_NORMAL) {
@@ -163,8 +173,7 @@ static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_
         logFailure(nullptr, result);
         return inoutp_state.fail(result);
     }
-    const bool complete = doLog(mainh, &logh, &inoutp_state.doHeader, inoutp_report.stream(),
-                                in_options.suppressHeadflg, &inoutp_state.prevLog);
+    const bool complete = inoutp_writer.write(mainh, logh, date, inoutp_report.stream());
     OS_fileIdentity read = {};
     const bool known = in_options.dflg != 0 && ALA__ReadExtent(logh, &read) == 0;
     const ALA_retCode_t closed = ALA_Close(mainh, &logh);
@@ -196,10 +205,8 @@ static std::int32_t countLogs(const dateNode *inp_dates, const DateRange &in_ran
 }
 
 static void processLogs(const Options &in_options, const Facility &in_facility, ReportStream &inoutp_report,
-                        LoopState &inoutp_state) {
+                        LogWriter &inoutp_writer, LoopState &inoutp_state) {
     const DateRange range = dateRange(in_options);
-    const std::int32_t headerForEachLog = in_options.suppressHeadflg != 0 ? 0 : 1;
-    inoutp_state.doHeader = headerForEachLog;
     startProgress(inoutp_report.stream(), countLogs(in_facility.dateList, range));
     for (const dateNode *node = in_facility.dateList; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
@@ -208,8 +215,7 @@ static void processLogs(const Options &in_options, const Facility &in_facility, 
         if (date < range.first)
             continue;
         progressToLog(date);
-        processLog(in_options, in_facility.mainh, node->date, inoutp_report, inoutp_state);
-        inoutp_state.doHeader = headerForEachLog;
+        processLog(in_options, in_facility.mainh, node->date, inoutp_report, inoutp_writer, inoutp_state);
     }
 }
 
@@ -232,7 +238,8 @@ static ALA_retCode_t releaseFacility(Facility &inoutp_facility) {
 }
 
 // The run behind its checks.  *outp_leavesFile tells whether a report file that it made has to stay.
-static int reportLogs(const Options &in_options, ReportStream &inoutp_report, bool *outp_leavesFile) {
+static int reportLogs(const Options &in_options, ReportStream &inoutp_report, LogWriter &inoutp_writer,
+                      bool *outp_leavesFile) {
     *outp_leavesFile = false;
     Malloced<char> defaultPath;
     if (in_options.acctPath2 == nullptr)
@@ -244,7 +251,7 @@ static int reportLogs(const Options &in_options, ReportStream &inoutp_report, bo
         return result;
 
     LoopState state;
-    processLogs(in_options, facility, inoutp_report, state);
+    processLogs(in_options, facility, inoutp_report, inoutp_writer, state);
     endProgress();
     inoutp_report.close();
     *outp_leavesFile = !state.errOut || state.deletedAny;
@@ -258,7 +265,7 @@ static int reportLogs(const Options &in_options, ReportStream &inoutp_report, bo
     return state.errOut ? state.finalErr : 0;
 }
 
-int run(const Options &in_options) {
+int runWith(const Options &in_options, LogWriter &inoutp_writer) {
     if (in_options.helpflg != 0) {
         DisplayMsg(kMsgUsage);
         return 0;
@@ -284,9 +291,14 @@ int run(const Options &in_options) {
         return kStatusBadStart;
     }
     bool leavesFile = false;
-    const int status = reportLogs(in_options, report, &leavesFile);
+    const int status = reportLogs(in_options, report, inoutp_writer, &leavesFile);
     report.close();
     if (!leavesFile)
         report.removeIfCreated();
     return status;
+}
+
+int run(const Options &in_options) {
+    ReportWriter writer(in_options.suppressHeadflg);
+    return runWith(in_options, writer);
 }

@@ -1,6 +1,9 @@
 // One run for one server, from its options to its exit status.
 #pragma once
 
+#include <cstdio>
+
+#include "ala/ala.h"
 #include "tool/options.h"
 
 // The tool's version, for -V.
@@ -13,4 +16,18 @@ constexpr int kStatusNoLogs = 29;   // none in the date range
 constexpr int kStatusBadStart = 30; // environment, dates or report file
 constexpr int kStatusNoRoot = 100;  // QV_ROOT is not set
 
+// What a run makes of each log.
+class LogWriter {
+public:
+    virtual ~LogWriter() = default;
+    // Writes all records of the open log of a date (YYYYMMDD).  True when the walk ended at the log's end and
+    // nothing in it had to be passed over; failures were told to the user.
+    virtual bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
+                       std::FILE *inp_stream) = 0;
+};
+
+// The run of qvledger.
 int run(const Options &in_options);
+
+// The same with another writer in the place of the report's.
+int runWith(const Options &in_options, LogWriter &inoutp_writer);

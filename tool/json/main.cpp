@@ -1,0 +1,70 @@
+// qvledger-json: a print server's accounting logs as JSON Lines.  Options, messages and statuses are those of
+// qvledger, whose driver it shares.
+#include <clocale>
+#include <new>
+
+#include "platform/os.h"
+#include "service/log.h"
+#include "service/message.h"
+#include "tool/json/json_lines.h"
+#include "tool/messages.h"
+#include "tool/options.h"
+#include "tool/progress.h"
+#include "tool/rights.h"
+#include "tool/run.h"
+
+static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V]\n"
+                                  "   [-s <start date>]\n"
+                                  "   [-e <end date>] [-p <path>]\n"
+                                  "   [-O <path>] serverName\n";
+
+namespace {
+
+class JsonWriter final : public LogWriter, JsonEvents {
+public:
+    bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
+               std::FILE *inp_stream) override {
+        const ALA_retCode_t ended = writeJsonLines(in_handle, in_log, in_date, inp_stream, *this);
+        if (ended != ALA_A_LAST_ATTRIBUTE)
+            tellFailure(ended, "qvledger-json internal error: ");
+        return ended == ALA_A_LAST_ATTRIBUTE;
+    }
+    void recordWritten() override { countRecord(); }
+    void recordFailed(ALA_retCode_t in_code) override { tellFailure(in_code, "unable to read record: "); }
+};
+
+} // namespace
+
+// What concerns the report of lines alone is no option here.
+static bool optionsAreValid(const Options &in_options) {
+    return in_options.errflg == 0 && in_options.serverName != nullptr && in_options.dflg == 0 &&
+           in_options.docflg == 0 && in_options.suppressHeadflg == 0 && in_options.ofile == nullptr;
+}
+
+static int runJson(const Options &in_options) {
+    const bool asksForVersion = in_options.helpflg == 0 && in_options.verflg != 0;
+    if (!asksForVersion && (in_options.helpflg != 0 || !optionsAreValid(in_options))) {
+        std::fputs(kUsage, stderr);
+        return in_options.helpflg != 0 ? 0 : kStatusUsage;
+    }
+    try {
+        JsonWriter writer;
+        return runWith(in_options, writer);
+    } catch (const std::bad_alloc &) {
+        DisplayMsg(kMsgNoMemory);
+        return kStatusNoMemory;
+    }
+}
+
+int main(int argc, char **argv) {
+    OS_PrepareProcess();
+    dropLentRights();
+    // Messages in the user's language; what the lines hold is the same for everyone.
+    std::setlocale(LC_CTYPE, "");
+    std::setlocale(LC_MESSAGES, "");
+    LOG_Init("stdout", "E");
+    MSG_UsageBegin("qvledg");
+    const int status = runJson(readOptions(argc, argv));
+    MSG_UsageEnd();
+    return status;
+}
