@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test fuzz install deb clean setup
+.PHONY: all demo test faults live fuzz install deb clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -22,6 +22,23 @@ test: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev
 	@ctest --preset dev
+
+# Fails each STEP-th allocation and call of a run, plain and under the sanitizers.
+STEP ?= 1
+faults: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target faults | tail -n 1
+	@build/dev/bin/faults $(STEP)
+	@cmake --preset asan >/dev/null
+	@cmake --build --preset asan --target faults | tail -n 1
+	@build/asan/bin/faults $(STEP)
+
+# Reports logs while they are written, renamed and deleted, in ROUNDS rounds.
+ROUNDS ?= 10000
+live: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev
+	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/unit_tests --gtest_filter='LiveLog.*'
 
 # Fuzzes each target for SECONDS, in turn; JOBS of them at a time.
 SECONDS ?= 60

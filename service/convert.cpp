@@ -7,8 +7,10 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include <iconv.h>
+#include <pthread.h>
 
 namespace {
 
@@ -96,35 +98,41 @@ static const CodeSet *findCodeSet(std::uint32_t in_number) {
 
 // ---- Converters ----
 
-namespace {
+static const iconv_t kNoConverter = reinterpret_cast<iconv_t>(std::intptr_t{-1});
 
-const iconv_t kNotOpen = reinterpret_cast<iconv_t>(std::intptr_t{-1});
+// The thread's converters, opened as they are first needed; null until then.
+static thread_local iconv_t gConverters[std::size(kCodeSets)];
 
-// The thread's converters, opened as they are first needed.
-class Converters {
-public:
-    Converters() { std::fill(std::begin(open), std::end(open), kNotOpen); }
-    ~Converters() {
-        for (iconv_t converter : open) {
-            if (converter != kNotOpen)
-                iconv_close(converter);
-        }
-    }
-    Converters(const Converters &) = delete;
-    Converters &operator=(const Converters &) = delete;
+static void closeConverters(void *) {
+    for (iconv_t &converter : gConverters)
+        if (converter != nullptr)
+            iconv_close(std::exchange(converter, nullptr));
+}
 
-    iconv_t get(const CodeSet *inp_set) {
-        iconv_t &converter = open[inp_set - std::begin(kCodeSets)];
-        if (converter == kNotOpen)
-            converter = iconv_open("UTF-8", inp_set->name);
-        else
-            iconv(converter, nullptr, nullptr, nullptr, nullptr); // forget the last text
+// Has them closed when the thread ends.  Unlike a destructor, which ends the program when there is no memory
+// to register it, a key can fail: they are left to the process then.
+static void closeAtThreadsEnd() {
+    static pthread_key_t key;
+    static const bool made = pthread_key_create(&key, closeConverters) == 0;
+    if (made)
+        static_cast<void>(pthread_setspecific(key, gConverters));
+}
+
+// kNoConverter, and why in errno, when it cannot be opened.
+static iconv_t findConverter(const CodeSet *inp_set) {
+    iconv_t &converter = gConverters[inp_set - std::begin(kCodeSets)];
+    if (converter != nullptr) {
+        iconv(converter, nullptr, nullptr, nullptr, nullptr); // forget the last text
         return converter;
     }
+    const iconv_t opened = iconv_open("UTF-8", inp_set->name);
+    if (opened == kNoConverter)
+        return kNoConverter;
+    closeAtThreadsEnd();
+    return converter = opened;
+}
 
-private:
-    iconv_t open[std::size(kCodeSets)];
-};
+namespace {
 
 struct Free {
     void operator()(char *inp_text) const { std::free(inp_text); }
@@ -281,10 +289,9 @@ char *convertToUtf8(std::span<const std::uint8_t> in_bytes, std::uint32_t in_cod
     if (bytes.empty() || (set->hasAscii && isAscii(bytes)))
         return newText(bytes);
 
-    static thread_local Converters converters;
-    const iconv_t converter = converters.get(set);
-    if (converter == kNotOpen) // the C library was installed without this code set
-        return errno == ENOMEM ? nullptr : asciiAlone(bytes);
+    const iconv_t converter = findConverter(set);
+    if (converter == kNoConverter) // EINVAL: the C library was installed without this code set
+        return errno == EINVAL ? asciiAlone(bytes) : nullptr;
     return convertBy(converter, set->unit, bytes);
 }
 

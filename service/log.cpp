@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 #include <mutex>
+#include <new>
 #include <string_view>
 
 #include <fcntl.h>
@@ -61,7 +62,15 @@ static int sink = kNowhere; // a descriptor, or one of the two above
 static std::int32_t messageLevel = LOG_ERROR;
 static bool traceWanted;
 
-static thread_local Message message;
+// The thread's message.  It is never destroyed, as registering a destructor ends the program when memory runs
+// out; LOG_EndMessage releases what it holds.
+static Message &threadsMessage() {
+    alignas(Message) static thread_local unsigned char room[sizeof(Message)];
+    static thread_local Message *made = nullptr;
+    if (made == nullptr)
+        made = new (room) Message;
+    return *made;
+}
 
 static int openFile(const char *inp_path) {
     // O_NONBLOCK: a pipe without a reader must not hold the program up.
@@ -115,7 +124,7 @@ void LOG__Reset() {
     if (sink == kSyslog)
         ::closelog();
     sink = kNowhere;
-    message.open = false;
+    threadsMessage().open = false;
     LOG_g_level = kEverything;
     started = false;
 }
@@ -253,6 +262,7 @@ void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t i
 std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,
                               std::int32_t) {
     const KeepErrno keep;
+    Message &message = threadsMessage();
     message.open = isWanted(in_level);
     message.level = in_level;
     message.file = in_file;
@@ -262,6 +272,7 @@ std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::i
 }
 
 void LOG_CondAdd(const char *in_format, ...) {
+    Message &message = threadsMessage();
     if (!message.open)
         return;
     const KeepErrno keep;
@@ -272,11 +283,13 @@ void LOG_CondAdd(const char *in_format, ...) {
 }
 
 void LOG_EndMessage() {
+    Message &message = threadsMessage();
     if (!message.open)
         return;
     const KeepErrno keep;
     message.open = false;
     writeEntry(message.level, message.file, message.line, message.text.view());
+    message.text.clear();
 }
 
 // ---- What the operating-system layer tells of ----

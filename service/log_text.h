@@ -43,7 +43,11 @@ public:
         text()[length++] = in_character;
     }
 
-    void clear() { length = 0; }
+    void clear() {
+        onHeap.reset();
+        capacity = sizeof inPlace;
+        length = 0;
+    }
     std::string_view view() const { return {onHeap ? onHeap.get() : inPlace, length}; }
 
 private:

@@ -2,24 +2,22 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
-#include <string>
 
 #include <dirent.h>
 #include <fcntl.h>
 
+constexpr std::size_t kOptionsSize = 512; // an option is a letter with at most two colons
+
 std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char *inp_options) {
-    try {
-        // The plus sign ends the options at the first operand, where they would otherwise be looked for
-        // behind it as well.
-        const std::string options = std::string("+") + inp_options;
-        opterr = 0;
-        return ::getopt(in_argc, inp_argv, options.c_str());
-    } catch (const std::bad_alloc &) {
-        return '?';
-    }
+    // The plus sign ends the options at the first operand, where they would otherwise be looked for behind it
+    // as well.  In place: a caller that asks until the options end could not be told of exhausted memory.
+    char options[kOptionsSize];
+    std::snprintf(options, sizeof options, "+%s", inp_options);
+    opterr = 0;
+    return ::getopt(in_argc, inp_argv, options);
 }
 
 std::int32_t SYSU_Open(const char *inp_path, std::int32_t) {

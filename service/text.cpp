@@ -9,7 +9,6 @@
 #include "service/convert.h"
 
 constexpr std::int32_t kNoChoice = 1;
-constexpr std::int32_t kNoMemory = 2;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -66,7 +65,7 @@ static std::int32_t extract(char **outpp_text, const Text *inp_value) {
     default:
         return kNoChoice;
     }
-    return *outpp_text != nullptr ? 0 : kNoMemory;
+    return *outpp_text != nullptr ? 0 : GENU_E_NO_MEMORY;
 }
 
 std::int32_t GENU_ExtractText(STF_l__hdr *, char **outpp_text, const GEN_text *inp_value, std::int32_t) {
@@ -112,7 +111,7 @@ std::int32_t GENU_MakeDistNameString2(STF_l__hdr *, GEN_distNameString **outpp_v
     const Bytes characters = bytesOf(inp_text);
     auto *own = static_cast<OwnDistName *>(std::calloc(1, sizeof(OwnDistName) + characters.size() + 1));
     if (own == nullptr)
-        return kNoMemory;
+        return GENU_E_NO_MEMORY;
     char *text = reinterpret_cast<char *>(own + 1);
     std::copy(characters.begin(), characters.end(), text);
     own->value.name.choice = GEN_ISO_646_IRV;

@@ -9,10 +9,12 @@
 #include "service/status.h"
 #include "service/values.h"
 
+constexpr std::int32_t GENU_E_NO_MEMORY = 2; // a result of the extractions
+
 extern "C" {
 
 // A new NUL-terminated text, released with free.  0; non-zero, with the text null, for a choice outside 1
-// to 5 or when memory runs out.
+// to 5, and GENU_E_NO_MEMORY when memory runs out.
 std::int32_t GENU_ExtractText(STF_l__hdr *in_status, char **outpp_text, const GEN_text *inp_value,
                               std::int32_t in_reserved);
 std::int32_t GENU_ExtractSimpleName(STF_l__hdr *in_status, char **outpp_text, const GEN_simpleName *inp_value,

@@ -48,17 +48,13 @@ TEST_F(Open, DateChoosesTheFile) {
 }
 
 TEST_F(Open, HeaderCutAnywhereIsAFailedRead) {
-    for (const std::uint32_t version : {0U, 1U, 2U, 3U, 7U}) {
-        const Log whole({.verNum = version, .accessList = {pack(anyUserEntry()), pack(userEntry("x", "y"))}});
-        ASSERT_EQ(open(whole), ALA_N_NORMAL);
-        EXPECT_EQ(log->verNum, version);
-        OS_fileIdentity extent = {};
-        EXPECT_EQ(ALA__ReadExtent(log, &extent), 0);
-        EXPECT_EQ(extent.size, static_cast<std::int64_t>(whole.size())) << "stands on the first record";
-        for (std::size_t size = 0; size < whole.size(); size++)
-            ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_A_FAIL_READ_LOG_FILE)
-                << version << " cut to " << size;
-    }
+    const Log whole({.accessList = {pack(anyUserEntry()), pack(userEntry("x", "y"))}});
+    ASSERT_EQ(open(whole), ALA_N_NORMAL);
+    OS_fileIdentity extent = {};
+    EXPECT_EQ(ALA__ReadExtent(log, &extent), 0);
+    EXPECT_EQ(extent.size, static_cast<std::int64_t>(whole.size())) << "stands on the first record";
+    for (std::size_t size = 0; size < whole.size(); size++)
+        ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_A_FAIL_READ_LOG_FILE) << "cut to " << size;
 }
 
 TEST_F(Open, DamagedHeadersHaveTheirCodes) {
@@ -71,21 +67,14 @@ TEST_F(Open, DamagedHeadersHaveTheirCodes) {
         ALA_retCode_t code;
     } cases[] = {
         {"count of attributes 0", {.numAttr = 0}, ALA_A_BAD_NUMATTR_VALUE},
-        {"huge count of attributes", {.numAttr = 0xFFFFFFFF}, ALA_N_NORMAL},
         {"no entries", {.accessList = {}}, ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE},
-        {"no entries of another type",
-         {.accessList = {}, .accessListType = 14},
-         ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE},
         {"entries of another type", {.accessListType = INTEGER}, ALA_A_ODPUNPACK_ERROR},
         {"entries of an unknown type", {.accessListType = 999}, ALA_A_ODPUNPACK_ERROR},
         {"one entry fewer than stated", {.numAttrVal = 2}, ALA_A_FAIL_READ_LOG_FILE},
         {"huge count of entries", {.numAttrVal = 0xFFFFFFFF}, ALA_A_FAIL_READ_LOG_FILE},
         {"entry of length 0", {.accessList = {any, Value("", 0)}}, ALA_A_FAIL_READ_LOG_FILE},
-        {"entry of length 2^31-1", {.accessList = {any, Value(any, 0x7FFFFFFF)}}, ALA_A_FAIL_READ_LOG_FILE},
         {"entry of length 2^32-1", {.accessList = {Value(any, 0xFFFFFFFF)}}, ALA_A_FAIL_READ_LOG_FILE},
-        {"damaged entry behind one that admits",
-         {.accessList = {any, any, Value("....")}},
-         ALA_A_ODPUNPACK_ERROR},
+        {"damaged entry behind another", {.accessList = {any, any, Value("....")}}, ALA_A_ODPUNPACK_ERROR},
         {"entry with a byte too many", {.accessList = {any + '\0'}}, ALA_A_ODPUNPACK_ERROR},
         {"bad privilege", {.accessList = {pack(bad), any}}, ALA_A_ODPUNPACK_ERROR},
         {"bad privilege behind one that admits", {.accessList = {any, pack(bad)}}, ALA_N_NORMAL},
@@ -100,9 +89,6 @@ TEST_F(Open, DamagedHeadersHaveTheirCodes) {
     open(Log({.numAttr = 0}));
     EXPECT_THAT(takeLog(), ElementsAre("Return code for ALA__LookupPermission is ALA_A_BAD_NUMATTR_VALUE",
                                        "ALA__LookupPermission failed in ALA_Open"));
-    open(Log({.accessList = {}}));
-    EXPECT_THAT(takeLog(),
-                ElementsAre("No access to log file in ALA_Open; ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE"));
 }
 
 TEST_F(Open, FailingCallsOfTheSystemHaveTheirCodes) {
@@ -133,30 +119,15 @@ TEST_F(Open, WhatIsNoPlainFileNeitherWaitsNorCrashes) {
     fs::remove(path());
     fs::create_symlink(path(), path());
     EXPECT_EQ(opened(&kDay), "code 6") << "link to itself";
-    fs::remove(path());
-    Log().save(path());
-    fs::permissions(path(), fs::perms::none);
-    if (access(path().c_str(), R_OK) != 0) { // nothing is unreadable to the superuser
-        EXPECT_EQ(opened(&kDay), "code 6") << "unreadable";
-    }
 }
 
 TEST_F(Open, CloseRefusesWhatIsNoOpenLogOfThisProcess) {
     ASSERT_EQ(open(Log()), ALA_N_NORMAL);
-    takeLog();
     EXPECT_EQ(ALA_Close(handle, nullptr), ALA_A_INVALID_LOG_HANDLE);
     log->pid++;
     EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
     log->pid--;
-    const std::int32_t fd = std::exchange(log->fd, -1);
-    EXPECT_EQ(ALA_Close(handle, &log), ALA_A_LOG_FILE_NOT_OPEN);
-    log->fd = fd;
     EXPECT_EQ(ALA_Close(handle, &log), ALA_N_NORMAL);
     EXPECT_EQ(log, nullptr);
     EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
-    const char *refused =
-        "*inoutp_acctLogHandle is NULL or logHandle->pid!=getpid in ALA_Close; ALA_A_INVALID_LOG_HANDLE";
-    EXPECT_THAT(takeLog(),
-                ElementsAre("inoutp_acctLogHandle is NULL in ALA_Close; ALA_A_INVALID_LOG_HANDLE", refused,
-                            "logHandle->fd == -1 in ALA_Close; ALA_A_LOG_FILE_NOT_OPEN", refused));
 }

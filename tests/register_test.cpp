@@ -42,7 +42,6 @@ TEST_F(Register, FailuresHaveTheirCodeAndLine) {
            "inp_svrName is NULL for ALA_Register; ");
     expect("a", nullptr, oids.c_str(), {}, ALA_A_INVALID_LOG_PATH_NAME,
            "inp_acctLogPath is NULL for ALA_Register;A");
-    expect("a", "/", none.c_str(), {}, ALA_A_OID_ERROR, "OID_");
     byDefault({}, ALA_A_SYSTEM_ERR,
               "ALA__SetEnvironmentVariables failed for server qv spl alpha in ALA_Register; ");
     byDefault({{ours, {}}, keyWith(common, path)}, ALA_A_SYSTEM_ERR,

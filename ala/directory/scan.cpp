@@ -43,7 +43,12 @@ ALA_retCode_t scanLogs(const char *inp_svrName, const char *inp_acctLogPath, con
 
     SYSU_dirent entry;
     SYSU_dirent *found = nullptr;
-    while (SYSU_Readdir_r(directory.get(), &entry, &found) == 0 && found != nullptr) {
+    for (;;) {
+        if (const std::int32_t error = SYSU_Readdir_r(directory.get(), &entry, &found); error != 0)
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not read to its end: %s", path.get(),
+                            std::strerror(error));
+        if (found == nullptr)
+            return ALA_N_NORMAL;
         if (std::strncmp(entry.d_name, prefix.get(), prefixLength) != 0)
             continue;
         const char *tail = entry.d_name + prefixLength;
@@ -61,5 +66,4 @@ ALA_retCode_t scanLogs(const char *inp_svrName, const char *inp_acctLogPath, con
         if (const ALA_retCode_t result = inoutp_visitor.visit({entry.d_name, date}); result != ALA_N_NORMAL)
             return result;
     }
-    return ALA_N_NORMAL;
 }

@@ -91,23 +91,26 @@ bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t 
     return name != nullptr;
 }
 
-char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip) {
-    char *name = nullptr;
-    return GENU_ExtractSimpleName(inoutp_status, &name, ip, 0) == 0 ? name : nullptr;
+// Appends what an extraction gave.  False when there is no text; without memory for it the buffer fails.
+static bool addExtracted(std::int32_t in_result, const Malloced<char> &in_text, Text &inoutp_text) {
+    if (in_result == GENU_E_NO_MEMORY)
+        inoutp_text.fail();
+    if (in_result != 0)
+        return false;
+    inoutp_text.add(in_text.get());
+    return true;
 }
 
 void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text) {
-    const Malloced<char> name(ALA__SimpleNameToAscii(inoutp_status, ip));
-    if (name != nullptr)
-        inoutp_text.add(name.get());
+    Malloced<char> name;
+    const std::int32_t result = GENU_ExtractSimpleName(inoutp_status, TextOut(name), ip, 0);
+    addExtracted(result, name, inoutp_text); // or nothing
 }
 
 bool ALA__AddText(STF_l__hdr *inoutp_status, const GEN_text *ip, Text &inoutp_text) {
     Malloced<char> text;
-    if (GENU_ExtractText(inoutp_status, TextOut(text), ip, 0) != 0)
-        return false;
-    inoutp_text.add(text.get());
-    return true;
+    const std::int32_t result = GENU_ExtractText(inoutp_status, TextOut(text), ip, 0);
+    return addExtracted(result, text, inoutp_text);
 }
 
 void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, const GEN_nameOrOid *ip, void *in_handle, Text &buf) {
@@ -120,9 +123,8 @@ void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, const GEN_nameOrOid *ip, v
 
 static void addDistName(STF_l__hdr *inoutp_status, const GEN_distNameString *ip, Text &buf) {
     Malloced<char> name;
-    static_cast<void>(GENU_ExtractDistNameString(inoutp_status, TextOut(name), nullptr, ip, 0)); // or nothing
-    if (name != nullptr)
-        buf.add(name.get());
+    const std::int32_t result = GENU_ExtractDistNameString(inoutp_status, TextOut(name), nullptr, ip, 0);
+    addExtracted(result, name, buf); // or nothing
 }
 
 void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, const GEN_objectIdent *inp_objectIdent,

@@ -1,6 +1,7 @@
 // Names: of attributes, of values that are object identifiers, and of records that hold one or the other.
 //
-// The operations that take a Text append to it.  When they have nothing to say they leave it as it was.
+// The operations that take a Text append to it.  When they have nothing to say they leave it as it was; when
+// memory runs out they make it fail.
 #pragma once
 
 #include "ala/ala.h"
@@ -26,9 +27,6 @@ char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_
 // Appends it; false when there is none.
 bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
                           Text &inoutp_text);
-
-// A new string, or null.
-char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip);
 
 // Append the text of a record, or nothing if it has none; ALA__AddText then gives false.
 void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text);

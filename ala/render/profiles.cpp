@@ -4,11 +4,29 @@
 #include "ala/render/formatters.h"
 #include "ala/render/names.h"
 
+// Is it of a form that becomes a text, unless memory runs out?
+static bool hasText(const GEN_deliveryAddress *inp_address) {
+    return inp_address != nullptr &&
+           (inp_address->choice == GEN_ADDRESS_OCTET_STRING ||
+            (inp_address->choice == GEN_MHS_ADDRESS && inp_address->u.mhsAddress.attributes != nullptr));
+}
+
+// Appends the address and in_behind; false when it has no text.
+static bool addAddress(Rendering &inoutp_rendering, const GEN_deliveryAddress *inp_address,
+                       const char *in_behind) {
+    const Malloced<char> address(ALA__DAToAscii(inoutp_rendering.status, inp_address));
+    if (address == nullptr) {
+        if (hasText(inp_address))
+            inoutp_rendering.text.fail();
+        return false;
+    }
+    inoutp_rendering.text.add(address.get());
+    inoutp_rendering.text.add(in_behind);
+    return true;
+}
+
 const RenderFailure *renderDeliveryAddress(Rendering &inoutp_rendering, const void *inp_value) {
-    const Malloced<char> address(
-        ALA__DAToAscii(inoutp_rendering.status, static_cast<const GEN_deliveryAddress *>(inp_value)));
-    if (address != nullptr)
-        inoutp_rendering.text.add(address.get());
+    addAddress(inoutp_rendering, static_cast<const GEN_deliveryAddress *>(inp_value), ""); // or nothing
     return nullptr;
 }
 
@@ -37,17 +55,6 @@ static void addLocale(Rendering &inoutp_rendering, const GEN_locale *inp_locale)
     addOctetsItem(inp_locale->country, inoutp_rendering.text);
     addOidItem(inoutp_rendering, inp_locale->character_set);
     addOctetsItem(inp_locale->modifier_o, inoutp_rendering.text);
-}
-
-// Appends the address and in_behind; false when it has no text.
-static bool addAddress(Rendering &inoutp_rendering, const GEN_deliveryAddress *inp_address,
-                       const char *in_behind) {
-    const Malloced<char> address(ALA__DAToAscii(inoutp_rendering.status, inp_address));
-    if (address == nullptr)
-        return false;
-    inoutp_rendering.text.add(address.get());
-    inoutp_rendering.text.add(in_behind);
-    return true;
 }
 
 const RenderFailure *renderEventHandlingProfile(Rendering &inoutp_rendering, const void *inp_value) {
@@ -97,15 +104,10 @@ const RenderFailure *renderResultsProfile(Rendering &inoutp_rendering, const voi
         ALA__AddStrippedName(status, *inoutp_rendering.oidHandle, *profile.deliveryMethod_o,
                              text); // or nothing
 
-    Text comment;
-    if (profile.resultsSetComment_o != nullptr &&
-        ALA__AddText(status, profile.resultsSetComment_o, comment)) {
-        text.add(' ');
-        text.add(comment.c_str());
-        text.add(' ');
-    } else {
-        text.add(" NULL ");
-    }
+    text.add(' ');
+    if (profile.resultsSetComment_o == nullptr || !ALA__AddText(status, profile.resultsSetComment_o, text))
+        text.add("NULL");
+    text.add(' ');
     if (!addAddress(inoutp_rendering, profile.deliveryAddress_o, " "))
         text.add(" NULL ");
     text.addNumber(profile.jobCopies_d != nullptr ? static_cast<std::int32_t>(*profile.jobCopies_d) : 1);

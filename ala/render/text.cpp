@@ -27,6 +27,12 @@ void Text::add(std::string_view in_text) {
     buffer.get()[length] = '\0';
 }
 
+void Text::add(const Text &in_text) {
+    if (in_text.failed())
+        fail();
+    add(std::string_view(in_text.c_str(), in_text.length));
+}
+
 void Text::addUpToNul(const void *inp_bytes, std::size_t in_length) {
     const auto *characters = static_cast<const char *>(inp_bytes);
     add({characters, strnlen(characters, in_length)});

@@ -7,8 +7,8 @@
 
 #include "ala/owners.h"
 
-// A NUL-terminated text without a fixed limit.  When memory runs out the text stays as it was, what is added
-// later is dropped, and failed() tells.
+// A NUL-terminated text without a fixed limit.  When memory runs out, here or for something that was to be
+// added, the text stays as it was, what is added later is dropped, and failed() tells.
 class Text {
 public:
     Text() = default;
@@ -17,6 +17,8 @@ public:
 
     void add(std::string_view in_text);
     void add(char in_character) { add(std::string_view(&in_character, 1)); }
+    // Another text; one that failed fails this one.
+    void add(const Text &in_text);
     // The characters up to a NUL, at most in_length.
     void addUpToNul(const void *inp_bytes, std::size_t in_length);
     template <class Number>
@@ -26,6 +28,7 @@ public:
     }
 
     const char *c_str() const { return buffer != nullptr ? buffer.get() : ""; }
+    void fail() { noMemory = true; }
     bool failed() const { return noMemory; }
     // The buffer for its next owner; null when nothing was added to a text that began without one.
     char *release() { return buffer.release(); }

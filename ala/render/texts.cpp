@@ -61,7 +61,7 @@ const RenderFailure *renderDistName(Rendering &inoutp_rendering, const void *inp
     Text text; // the value shows all of it or nothing
     if (!addDistName(inoutp_rendering, name, text))
         return &kExtractTextFailed;
-    inoutp_rendering.text.add(text.c_str());
+    inoutp_rendering.text.add(text);
     return nullptr;
 }
 

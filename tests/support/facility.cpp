@@ -1,8 +1,6 @@
 #include "tests/support/facility.h"
 
 #include <chrono>
-#include <cstdlib>
-#include <ctime>
 #include <fstream>
 
 #include "service/log_internal.h"
@@ -44,6 +42,13 @@ Facility::Facility() {
     unsetenv("QV_ROOT");
     setLogLevel("5");
     setTimeZone("UTC0");
+    registerAnew();
+}
+
+void Facility::registerAnew() {
+    if (handle != nullptr) {
+        EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
+    }
     EXPECT_EQ(ALA_Register("alpha", root.logs().c_str(), root.oids().c_str(), &handle), ALA_N_NORMAL);
 }
 

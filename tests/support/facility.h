@@ -30,6 +30,8 @@ protected:
     Facility();
     ~Facility() override;
 
+    void registerAnew();
+
     // The texts that were logged at a level since the last call.
     std::vector<std::string> takeLog(char in_level = '5');
     static void setLogLevel(const char *in_level);
