@@ -1,7 +1,9 @@
 #include "service/message.h"
 
 #include <cerrno>
+#include <clocale>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 
 #include <nl_types.h>
@@ -15,9 +17,28 @@ constexpr std::uint32_t kNumberMask = 0xffff; // the part of a code that is the 
 static const nl_catd kNoCatalogue = reinterpret_cast<nl_catd>(std::intptr_t{-1});
 static nl_catd catalogue = kNoCatalogue;
 
+// A catalogue of this installation, whose folder need not be one that the C library looks into.
+static nl_catd openInstalled(const char *inp_catalogue) {
+    char language[64] = "";
+    if (const char *locale = std::setlocale(LC_MESSAGES, nullptr); locale != nullptr)
+        std::snprintf(language, sizeof language, "%s", locale);
+    nl_catd found = kNoCatalogue;
+    for (const char *end : {".@", "_"}) { // "de_DE.UTF-8": first de_DE, then de
+        language[std::strcspn(language, end)] = '\0';
+        char path[512];
+        const int length = std::snprintf(path, sizeof path, "%s/%s/LC_MESSAGES/%s", QVLEDGER_LOCALEDIR,
+                                         language, inp_catalogue);
+        if (found == kNoCatalogue && length < static_cast<int>(sizeof path))
+            found = catopen(path, 0);
+    }
+    return found;
+}
+
 void MSG_UsageBegin(const char *inp_catalogue) {
     MSG_UsageEnd();
     catalogue = catopen(inp_catalogue, NL_CAT_LOCALE);
+    if (catalogue == kNoCatalogue)
+        catalogue = openInstalled(inp_catalogue);
 }
 
 void MSG_UsageEnd() {

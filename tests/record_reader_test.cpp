@@ -135,7 +135,7 @@ TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
         {"length 2^31", Job().attribute("1.2", 1, {Value("x", 0x80000000)})},
         {"length 0", Job().attribute("1.2", 1, {Bytes()})},
     };
-#if !defined(__SANITIZE_ADDRESS__)
+#ifndef QVLEDGER_SANITIZED
     // What asks for much more than there is to read runs out of memory instead of bytes.
     rlimit before = {};
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
@@ -150,7 +150,7 @@ TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
         EXPECT_EQ(next(), "code 11") << label << " again";
     }
     EXPECT_EQ(line, "(0 < 1) || (0 < 1) in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE");
-#if !defined(__SANITIZE_ADDRESS__)
+#ifndef QVLEDGER_SANITIZED
     setrlimit(RLIMIT_AS, &before);
 #endif
 }

@@ -188,4 +188,8 @@ TEST(Run, CatalogueWinsOverTheDefaultTexts) {
     EXPECT_EQ(system.run({"-s", "19990100", "alpha"}, translated).err,
               "The day 0 specified from the date 19990100 is invalid.\n")
         << "a text whose placeholders are others is not used";
+    const ToolRun german{.environment = {{"NLSPATH", QVLEDGER_CATALOGUES "/de/%N.cat"}}};
+    EXPECT_TRUE(system.run({"-h"}, german).err.starts_with("Aufruf: qvledger [-h] "));
+    EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, german).err,
+              "Der Monat 13 im Datum 19991301 ist ung\u00FCltig.\n");
 }

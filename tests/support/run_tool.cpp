@@ -71,8 +71,8 @@ pid_t PrintSystem::start(const std::vector<std::string> &in_arguments, const Too
     std::vector<char *> environmentList = pointersTo(environment);
     const pid_t pid = fork();
     if (pid == 0)
-        becomeTool(in_run, in_run.output >= 0 ? in_run.output : captured, error, argumentList.data(),
-                   environmentList.data());
+        becomeTool(in_run, in_run.output >= 0 ? in_run.output : captured,
+                   in_run.error >= 0 ? in_run.error : error, argumentList.data(), environmentList.data());
     close(captured);
     close(error);
     return pid;

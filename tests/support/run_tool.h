@@ -22,6 +22,7 @@ struct ToolResult {
 struct ToolRun {
     std::vector<std::pair<std::string, std::string>> environment = {}; // wins over the defaults
     int output = -1;              // a descriptor for the standard output; -1: it is collected
+    int error = -1;               // the same for the standard error stream
     std::vector<int> closed = {}; // standard streams that are closed at the start
     uid_t user = 0;               // a user to change to, with the group of the same number; 0: none
     std::string program = QVLEDGER_BINARY;

@@ -14,7 +14,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "faults/injector.h"
+#include "trials/injector.h"
 #include "samples/demo_root.h"
 #include "samples/oid_table.h"
 #include "tests/support/run_tool.h"
@@ -221,14 +221,23 @@ void Bench::sweep(const Scenario &in_scenario, unsigned in_step) {
               "file limit " + std::to_string(limit));
 }
 
-int main(int argc, char **argv) {
-    setenv("TZ", "UTC", 1); // of the tool's runs
-    std::signal(SIGXFSZ, SIG_IGN);
+static int sweepAll(unsigned in_step) {
     Bench bench;
-    const unsigned step = argc > 1 ? static_cast<unsigned>(std::atoi(argv[1])) : 1;
     for (const Scenario &scenario : bench.scenarios())
-        bench.sweep(scenario, step);
+        bench.sweep(scenario, in_step);
     std::printf("allocations: %u points once, %u for good; calls: %u points; %u faults\n",
                 bench.allocations[0], bench.allocations[1], bench.calls, bench.faults);
     return bench.faults == 0 ? 0 : 1;
+}
+
+int main(int argc, char **argv) {
+    setenv("TZ", "UTC", 1); // of the tool's runs
+    std::signal(SIGXFSZ, SIG_IGN);
+    const int step = argc > 1 ? std::atoi(argv[1]) : 1;
+    try {
+        return sweepAll(static_cast<unsigned>(std::max(step, 1)));
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "faults: %s\n", error.what());
+        return 2;
+    }
 }

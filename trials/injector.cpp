@@ -3,7 +3,7 @@
 // The allocation functions take the place of the C library's own, so that what the libraries allocate can
 // fail too; under AddressSanitizer, which has its own in that place, only what the program allocates.  Calls
 // are wrapped at link time (failing_calls in CMakeLists.txt).  Points count from the program's own start.
-#include "faults/injector.h"
+#include "trials/injector.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -120,8 +120,9 @@ void free(void *inp_block) {
 #endif
 char *__real_strdup(const char *);
 char *__wrap_strdup(const char *inp_text) { // or the copy would be the library's
-    auto *copy = static_cast<char *>(std::malloc(std::strlen(inp_text) + 1));
-    return copy != nullptr ? std::strcpy(copy, inp_text) : nullptr;
+    const std::size_t size = std::strlen(inp_text) + 1;
+    void *copy = std::malloc(size);
+    return copy != nullptr ? static_cast<char *>(std::memcpy(copy, inp_text, size)) : nullptr;
 }
 
 } // extern "C"
