@@ -69,8 +69,7 @@ protected:
         madeFolder = fs::create_directory(fs::path(kSystemsRegistry).parent_path());
         installed = true;
         const std::pair<std::string, std::string> root{"QV_ROOT", system.root.path().string()};
-        writeFile(kSystemsRegistry,
-                  registryText({{serverKey("alpha"), {root}}, {serverKey(kRootless), {}}}));
+        writeFile(kSystemsRegistry, registryText({{serverKey("alpha"), {root}}, {serverKey(kRootless), {}}}));
         own(kSystemsRegistry, 0, kLent, 0640);
     }
 

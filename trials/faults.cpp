@@ -14,11 +14,11 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "trials/injector.h"
 #include "samples/demo_root.h"
 #include "samples/oid_table.h"
 #include "tests/support/run_tool.h"
 #include "tool/run.h"
+#include "trials/injector.h"
 
 namespace fs = std::filesystem;
 
