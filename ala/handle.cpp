@@ -24,16 +24,19 @@ THR_mutex_t localeLock = {};
 static std::int32_t mutexInit = 0; // control word of the once-only set-up
 
 // Every operation asks, and a system call would cost more than most of them do.  Only a fork changes the id.
-std::int32_t ALA__CurrentPid() {
-    static std::atomic<std::int32_t> known = 0;
-    static const bool forkIsSeen = pthread_atfork(nullptr, nullptr, [] { known = 0; }) == 0;
-    std::int32_t pid = known.load(std::memory_order_relaxed);
-    if (pid == 0) {
-        pid = static_cast<std::int32_t>(getpid());
-        if (forkIsSeen)
-            known = pid;
-    }
+static std::atomic<std::int32_t> knownPid; // 0: not known
+
+static std::int32_t findPid() {
+    static const bool forkIsSeen = pthread_atfork(nullptr, nullptr, [] { knownPid = 0; }) == 0;
+    const auto pid = static_cast<std::int32_t>(getpid());
+    if (forkIsSeen)
+        knownPid = pid;
     return pid;
+}
+
+std::int32_t ALA__CurrentPid() {
+    const std::int32_t pid = knownPid.load(std::memory_order_relaxed);
+    return pid != 0 ? pid : findPid();
 }
 
 static bool isValid(ALA_handle_t in_handle) {

@@ -18,7 +18,8 @@ struct handleData {
     // has something in it that no report shows.
     std::uint64_t valuesPassedOver;
 
-    ALA__column *columns; // what the cursors remember from record to record; owned
+    ALA__column *columns;       // what the cursors remember from record to record; owned
+    std::uint64_t columnsState; // changes with them; never 0 while there are any
 };
 
 // Guards of the time conversion and of the switching of the locale; never held together.

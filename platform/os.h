@@ -231,6 +231,13 @@ struct OS_fileIdentity {
     std::int64_t size; // bytes
 };
 
+// What _read has read ahead of a descriptor, from next up to end.  A caller may take bytes from its front by
+// moving next, in place of a _read.
+struct OS_readAhead {
+    const unsigned char *next;
+    const unsigned char *end;
+};
+
 using OS_reporter = void (*)(const char *inp_text);
 
 extern "C" {
@@ -238,6 +245,9 @@ extern "C" {
 // 0, or -1 when there is no such file.  OS_IdentifyName looks at a symbolic link itself, not behind it.
 int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity);
 int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity);
+
+// Good until the descriptor is closed; null when there is none.
+OS_readAhead *OS_ReadAheadOf(int in_fd);
 
 // Puts the folder entry of a file that was just made on the disk.  0, or -1.
 int OS_SyncFolderOf(const char *inp_path);

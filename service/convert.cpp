@@ -10,7 +10,8 @@
 #include <utility>
 
 #include <iconv.h>
-#include <pthread.h>
+
+#include "service/thread.h"
 
 namespace {
 
@@ -109,15 +110,6 @@ static void closeConverters(void *) {
             iconv_close(std::exchange(converter, nullptr));
 }
 
-// Has them closed when the thread ends.  Unlike a destructor, which ends the program when there is no memory
-// to register it, a key can fail: they are left to the process then.
-static void closeAtThreadsEnd() {
-    static pthread_key_t key;
-    static const bool made = pthread_key_create(&key, closeConverters) == 0;
-    if (made)
-        static_cast<void>(pthread_setspecific(key, gConverters));
-}
-
 // kNoConverter, and why in errno, when it cannot be opened.
 static iconv_t findConverter(const CodeSet *inp_set) {
     iconv_t &converter = gConverters[inp_set - std::begin(kCodeSets)];
@@ -128,7 +120,8 @@ static iconv_t findConverter(const CodeSet *inp_set) {
     const iconv_t opened = iconv_open("UTF-8", inp_set->name);
     if (opened == kNoConverter)
         return kNoConverter;
-    closeAtThreadsEnd();
+    static ThreadsEnd end(closeConverters);
+    static_cast<void>(end.enter(gConverters)); // or they are left to the process
     return converter = opened;
 }
 

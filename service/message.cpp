@@ -7,6 +7,7 @@
 #include <limits>
 
 #include <nl_types.h>
+#include <sys/single_threaded.h>
 
 // ---- The catalogue ----
 
@@ -78,42 +79,45 @@ std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) {
     return result;
 }
 
-// Whether "%s" is the only conversion of a format.  The report is written field by field with such ones.
-static bool hasOnlyTexts(const char *in_format) {
-    const char *at = in_format;
-    while ((at = std::strchr(at, '%')) != nullptr) {
-        if (at[1] != 's')
-            return false;
-        at += 2;
+static bool put(std::FILE *inp_stream, const char *inp_text, std::size_t in_length) {
+#ifdef __GLIBC__
+    // What putc_unlocked does in place for one character, for all of them.
+    if (inp_stream->_IO_write_end - inp_stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(in_length)) {
+        std::memcpy(inp_stream->_IO_write_ptr, inp_text, in_length);
+        inp_stream->_IO_write_ptr += in_length;
+        return true;
     }
-    return true;
-}
-
-static bool put(std::FILE *inp_stream, const char *inp_text, std::size_t in_length,
-                std::size_t *inoutp_count) {
-    *inoutp_count += in_length;
-    if (in_length == 1)
-        return putc_unlocked(*inp_text, inp_stream) != EOF;
+#endif
     return fwrite_unlocked(inp_text, 1, in_length, inp_stream) == in_length;
 }
 
-// What vfprintf does for a format with only texts, without its cost.
-static std::int32_t putTexts(std::FILE *inp_stream, const char *in_format, std::va_list in_values) {
+static std::size_t lengthOf(const char *inp_text) {
+    const bool isOne = inp_text[0] != '\0' && inp_text[1] == '\0'; // as separators are
+    return isOne ? 1 : std::strlen(inp_text);
+}
+
+// Whether a format is "%s" any number of times, or a text without any conversion.  The report is written with
+// such ones.
+static bool isPlain(const char *in_format) {
+    const char *at = in_format;
+    while (at[0] == '%' && at[1] == 's')
+        at += 2;
+    return at == in_format ? std::strchr(at, '%') == nullptr : *at == '\0';
+}
+
+// What vfprintf does for such a format, without its cost.
+static std::int32_t putPlain(std::FILE *inp_stream, const char *in_format, std::va_list in_values) {
     std::size_t count = 0;
-    for (const char *at = in_format; *at != '\0';) {
-        const std::size_t literal = std::strcspn(at, "%");
-        if (literal != 0 && !put(inp_stream, at, literal, &count))
-            return -1;
-        at += literal;
-        if (*at == '\0')
-            break;
-        const char *text = va_arg(in_values, const char *);
+    const char *at = in_format;
+    do {
+        const char *text = *at == '%' ? va_arg(in_values, const char *) : in_format;
         if (text == nullptr)
             text = "(null)";
-        if (!put(inp_stream, text, std::strlen(text), &count))
+        const std::size_t length = lengthOf(text);
+        if (!put(inp_stream, text, length))
             return -1;
-        at += 2;
-    }
+        count += length;
+    } while (*at == '%' && *(at += 2) != '\0');
     if (count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
         errno = EOVERFLOW;
         return -1;
@@ -124,10 +128,13 @@ static std::int32_t putTexts(std::FILE *inp_stream, const char *in_format, std::
 std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {
     std::va_list values;
     va_start(values, in_format);
-    flockfile(inp_stream);
-    const std::int32_t result = hasOnlyTexts(in_format) ? putTexts(inp_stream, in_format, values)
-                                                        : std::vfprintf(inp_stream, in_format, values);
-    funlockfile(inp_stream);
+    const bool locks = __libc_single_threaded == 0;
+    if (locks)
+        flockfile(inp_stream);
+    const std::int32_t result = isPlain(in_format) ? putPlain(inp_stream, in_format, values)
+                                                   : std::vfprintf(inp_stream, in_format, values);
+    if (locks)
+        funlockfile(inp_stream);
     va_end(values);
     return result;
 }

@@ -25,3 +25,23 @@ std::int32_t THR_TermMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 
 } // extern "C"
+
+// Has a function called at the end of each thread that entered.  Unlike the registration of a thread_local
+// destructor, which ends the program when memory runs out, entering can fail.
+class ThreadsEnd {
+public:
+    explicit ThreadsEnd(void (*in_function)(void *)) : made(pthread_key_create(&key, in_function) == 0) {}
+    ~ThreadsEnd() {
+        if (made)
+            pthread_key_delete(key);
+    }
+    ThreadsEnd(const ThreadsEnd &) = delete;
+    ThreadsEnd &operator=(const ThreadsEnd &) = delete;
+
+    // inp_argument: what the function gets; not null.
+    bool enter(const void *inp_argument) { return made && pthread_setspecific(key, inp_argument) == 0; }
+
+private:
+    pthread_key_t key = {};
+    bool made;
+};

@@ -1,7 +1,6 @@
 #include "service/xdr_reader.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 #include <limits>
 
@@ -11,24 +10,6 @@ void XdrReader::fail(Fault in_fault) {
     if (!failed())
         fault = in_fault;
     rest = {};
-}
-
-std::span<const std::uint8_t> XdrReader::take(std::size_t in_size) {
-    if (failed() || rest.size() < in_size) {
-        fail(Fault::Malformed);
-        return {};
-    }
-    const std::span<const std::uint8_t> taken = rest.first(in_size);
-    rest = rest.subspan(in_size);
-    return taken;
-}
-
-std::uint32_t XdrReader::word() {
-    const std::span<const std::uint8_t> b = take(kUnit);
-    if (b.empty())
-        return 0;
-    return static_cast<std::uint32_t>(b[0]) << 24 | static_cast<std::uint32_t>(b[1]) << 16 |
-           static_cast<std::uint32_t>(b[2]) << 8 | b[3];
 }
 
 std::int16_t XdrReader::shortInteger() {
@@ -53,15 +34,17 @@ bool XdrReader::present() {
 
 std::span<const std::uint8_t> XdrReader::bytes(std::size_t in_limit) {
     const std::size_t length = word();
-    if (length > in_limit || length > rest.size()) {
+    const std::size_t padded = (length + kUnit - 1) / kUnit * kUnit;
+    bool wellFormed = length <= in_limit && padded <= rest.size();
+    for (std::size_t at = length; wellFormed && at < padded; ++at)
+        wellFormed = rest[at] == 0;
+    if (!wellFormed) {
         fail(Fault::Malformed);
         return {};
     }
-    const std::span<const std::uint8_t> text = take(length);
-    const std::span<const std::uint8_t> fill = take((kUnit - length % kUnit) % kUnit);
-    if (std::any_of(fill.begin(), fill.end(), [](std::uint8_t b) { return b != 0; }))
-        fail(Fault::Malformed);
-    return failed() ? std::span<const std::uint8_t>() : text;
+    const std::span<const std::uint8_t> text = rest.first(length);
+    rest = rest.subspan(padded);
+    return text;
 }
 
 std::uint8_t *XdrReader::copyOfBytes(std::int32_t *outp_length) {
@@ -79,16 +62,10 @@ char *XdrReader::characters() {
     if (!text.empty() && std::memchr(text.data(), 0, text.size()) != nullptr)
         fail(Fault::Malformed);
     auto *copy = static_cast<char *>(allocate(text.size() + 1));
-    if (copy != nullptr)
-        std::copy(text.begin(), text.end(), copy); // the NUL is there: allocations are zeroed
-    return copy;
-}
-
-void *XdrReader::allocate(std::size_t in_size) {
-    if (failed())
+    if (copy == nullptr)
         return nullptr;
-    void *allocation = block.allocate(in_size);
-    if (allocation == nullptr)
-        fail(Fault::Memory);
-    return allocation;
+    if (!text.empty())
+        std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
+    return copy;
 }

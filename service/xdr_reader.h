@@ -4,10 +4,13 @@
 // later getter then gives zero or nothing, and the caller tests once, at the end of the value.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <type_traits>
+#include <utility>
 
 #include "service/value_block.h"
 
@@ -16,7 +19,16 @@ public:
     XdrReader(std::span<const std::uint8_t> in_bytes, ValueBlock &in_block)
         : rest(in_bytes), block(in_block) {}
 
-    std::uint32_t word();
+    std::uint32_t word() {
+        std::uint32_t word = 0;
+        if (rest.size() < sizeof word) {
+            fail(Fault::Malformed);
+            return 0;
+        }
+        std::memcpy(&word, rest.data(), sizeof word);
+        rest = rest.subspan(sizeof word);
+        return std::endian::native == std::endian::big ? word : __builtin_bswap32(word);
+    }
     std::int32_t integer() { return static_cast<std::int32_t>(word()); }
     std::int16_t shortInteger(); // an int from -32768 to 32767
     double real();
@@ -33,12 +45,21 @@ public:
     template <class Record>
     Record *make() {
         static_assert(std::is_trivially_destructible_v<Record>);
-        return static_cast<Record *>(allocate(sizeof(Record)));
+        void *memory = allocate(sizeof(Record));
+        return memory != nullptr ? static_cast<Record *>(std::memset(memory, 0, sizeof(Record))) : nullptr;
     }
-    void *allocate(std::size_t in_size);
+    // Memory that is not cleared; the same.
+    void *allocate(std::size_t in_size) {
+        if (failed())
+            return nullptr;
+        void *allocation = block.allocate(in_size);
+        if (allocation == nullptr)
+            fail(Fault::Memory);
+        return allocation;
+    }
 
     // Everything still unread, as it is.
-    std::span<const std::uint8_t> remainder() { return take(rest.size()); }
+    std::span<const std::uint8_t> remainder() { return std::exchange(rest, {}); }
 
     bool failed() const { return fault != Fault::None; }
     bool outOfMemory() const { return fault == Fault::Memory; }
@@ -47,10 +68,9 @@ public:
 private:
     enum class Fault : std::uint8_t { None, Malformed, Memory };
 
-    std::span<const std::uint8_t> take(std::size_t in_size);
     void fail(Fault in_fault);
 
-    std::span<const std::uint8_t> rest;
+    std::span<const std::uint8_t> rest; // nothing once it failed
     ValueBlock &block;
     Fault fault = Fault::None;
 };

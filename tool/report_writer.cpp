@@ -68,7 +68,7 @@ static void writeField(std::FILE *fl, const char *in_separator, const ALA_attrPa
     if (isHeader != 0)
         return;
     for (value = value->next; value != nullptr; value = value->next)
-        MSG_fprintf(fl, " %s", value->value);
+        MSG_fprintf(fl, "%s%s", " ", value->value);
 }
 
 // Gives a pair back that was begun and not finished.

@@ -7,12 +7,7 @@
 #include "ala/render/render.h"
 #include "ala/trace.h"
 
-std::int32_t ALA__FillOid(STF_l__hdr *in_status, const ALA__column *inp_column, attrValNode *inoutp_node) {
-    if (inp_column != nullptr) {
-        std::memcpy(inoutp_node->oidBytes, inp_column->oid, sizeof inoutp_node->oidBytes);
-        inoutp_node->oid = inoutp_node->oidBytes;
-        return 0;
-    }
+std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
     const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);
     inoutp_node->oid = result == 0 ? inoutp_node->oidBytes : nullptr;
     return result;
@@ -59,17 +54,17 @@ ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_
     const StatusList status;
     if (inp_locale != nullptr)
         ALA__ForgetColumns(in_handle);
-    const ALA__column *column = ALA__RecallColumn(in_handle, *inoutp_node);
-    if (const std::int32_t result = ALA__FillOid(status, column, inoutp_node); result != 0) {
+    const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node);
+    if (const std::int32_t result = column != nullptr ? 0 : ALA__FillOid(status, inoutp_node); result != 0) {
         ++in_handle->valuesPassedOver;
         return ALA_FAIL(ALA_A_OID_ERROR,
                         "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
                         in_texts.operation, static_cast<unsigned>(result), inoutp_node->decoid);
     }
-    inoutp_node->knownName = column != nullptr ? column->name : nullptr;
+    inoutp_node->knownName = column != nullptr ? column->nameText() : std::string_view();
     const ALA_retCode_t result =
         deliverValues(status, in_handle, inoutp_node, inp_locale, in_texts, outp_attribute, outp_complete);
-    inoutp_node->knownName = nullptr;
+    inoutp_node->knownName = {};
     if (column == nullptr && inp_locale == nullptr && *outp_attribute != nullptr)
         ALA__RememberColumn(in_handle, *inoutp_node, (*outp_attribute)->attrName);
     return result;
@@ -201,19 +196,4 @@ ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *i
                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromDoc, outp_attribute,
                           [](docRecord *inoutp_record) { return moveToNext(inoutp_record); });
-}
-
-ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
-    const FuncTrace trace("ALA_FreeAttributePair");
-    ALA_attrPair *pair = *inoutp_attribute;
-    std::free(pair->attrName);
-    while (pair->attrVal != nullptr) {
-        attributeVal *value = pair->attrVal;
-        pair->attrVal = value->next;
-        std::free(value->value);
-        std::free(value);
-    }
-    std::free(pair);
-    *inoutp_attribute = nullptr;
-    return ALA_N_NORMAL;
 }

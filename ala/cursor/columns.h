@@ -1,24 +1,28 @@
 // What the facility remembers of a record's attributes until the next record.
 //
 // Records of a log mostly have the same attributes at the same places.  A column is the attribute that stood
-// at a place last: its object identifier in both forms and its name, so that neither is worked out again
-// while it stays the same.
+// at a place last: its object identifier and its name, which is not looked up again while it stays the same.
 #pragma once
+
+#include <string_view>
 
 #include "ala/handle.h"
 #include "ala/log/record.h"
 
 struct ALA__column {
-    char decoid[kDecoidSize]; // empty until something is remembered
-    std::uint8_t oid[OID_BINARY_SIZE];
+    char decoid[kDecoidSize];
     char name[OID_NAME_SIZE];
+    std::uint8_t decoidSize; // with the NUL; 0 until something is remembered
+    std::uint16_t nameSize;  // without it
+
+    std::string_view nameText() const { return {name, nameSize}; }
 };
 
 // The column at the attribute's place if the attribute is still the same, else null.  It is good until the
-// next call for the handle.
-const ALA__column *ALA__RecallColumn(ALA_handle_t in_handle, const attrValNode &in_node);
+// next call for the handle; the node keeps it for as long as nothing else is remembered.
+const ALA__column *ALA__RecallColumn(ALA_handle_t in_handle, attrValNode *inoutp_node);
 
-// Remembers an attribute whose oid was filled, with its name.  Places far behind, and exhausted memory, are
+// Remembers an attribute with its name.  Places far behind, and exhausted memory, are
 // no failure: nothing is remembered then.
 void ALA__RememberColumn(ALA_handle_t in_handle, const attrValNode &in_node, const char *inp_name);
 

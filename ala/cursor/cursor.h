@@ -17,9 +17,8 @@ ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_
                                     const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
                                     bool *outp_complete);
 
-// Fills the node's binary object identifier, from its column or else from its dotted-decimal text; null again
-// on failure.
-std::int32_t ALA__FillOid(STF_l__hdr *in_status, const ALA__column *inp_column, attrValNode *inoutp_node);
+// Fills the node's binary object identifier; null again on failure.
+std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node);
 
 // The checks at the head of a cursor or document operation; ALA_N_NORMAL when all pass.
 template <class Record>

@@ -57,8 +57,8 @@ static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number
     const std::uint64_t left = inoutp_record->numAttr - start;
     const auto count =
         static_cast<std::uint32_t>(std::min<std::uint64_t>(inoutp_record->docAttrPerDoc, left));
-    document->attrValList =
-        static_cast<attrValNode *>(std::malloc(std::max<std::size_t>(count, 1) * sizeof(attrValNode)));
+    document->attrValList = static_cast<attrValNode *>(
+        document->memory.allocate(std::max<std::size_t>(count, 1) * sizeof(attrValNode)));
     if (document->attrValList == nullptr)
         return noMemoryForList(in_operation);
     for (; document->numDocAttr < count; ++document->numDocAttr) {
@@ -67,6 +67,7 @@ static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number
         if (!copyNode(inoutp_record->attrValList[start + number], document->memory, copy))
             return noMemoryForList(in_operation);
         copy->place = inoutp_record->numJobAttr + number;
+        copy->columnsState = 0;
     }
     ++inoutp_record->docIndex;
     *outp_docRecord = document.release();
@@ -140,7 +141,6 @@ ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord) {
         return ALA_N_NORMAL;
     docRecord *owned = *inoutp_docRecord;
     owned->memory.release();
-    std::free(owned->attrValList);
     std::free(owned);
     *inoutp_docRecord = nullptr;
     return ALA_N_NORMAL;

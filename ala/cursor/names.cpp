@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
+#include <utility>
 
 #include "ala/cursor/columns.h"
 #include "ala/owners.h"
@@ -10,10 +12,53 @@
 
 namespace {
 
-struct NamesDeleter {
-    void operator()(ALA_attrName *inp_names) const { ALA_FreeAttributeList(&inp_names); }
+// The list in one piece of memory: the nodes, in the order of the list, and behind them the texts.  So the
+// list's address is that of all its memory.
+class NameBlock {
+public:
+    explicit NameBlock(std::size_t in_count) : count(in_count), free(in_count) {}
+
+    // Adds a name in front of those that were added before.  False when memory runs out.
+    bool add(std::string_view in_name) {
+        const std::size_t size = in_name.size() + 1;
+        if (used + size > capacity && !grow(used + size))
+            return false;
+        char *text = block.get() + used;
+        text[in_name.copy(text, in_name.size())] = '\0';
+        used += size;
+        --free;
+        nodes()[free] = {text, free + 1 < count ? &nodes()[free + 1] : nullptr};
+        return true;
+    }
+
+    // The list, once all names have been added.
+    ALA_attrName *release() { return reinterpret_cast<ALA_attrName *>(block.release()); }
+
+private:
+    ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block.get()); }
+
+    bool grow(std::size_t in_size) {
+        static constexpr std::size_t kUsualName = 24; // bytes
+        const std::size_t texts = count * sizeof(ALA_attrName);
+        const std::size_t wanted = std::max({in_size, texts + count * kUsualName, 2 * capacity});
+        Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
+        if (grown == nullptr)
+            return false;
+        NameBlock larger(count);
+        larger.capacity = wanted;
+        larger.block = std::move(grown);
+        for (std::size_t i = count; i-- > free;)
+            larger.add(nodes()[i].attrNameStr);
+        std::swap(*this, larger);
+        return true;
+    }
+
+    std::size_t count;
+    std::size_t free; // nodes that are not used yet, the front ones
+    std::size_t used = count * sizeof(ALA_attrName);
+    std::size_t capacity = 0;
+    Malloced<char> block;
 };
-using NameList = std::unique_ptr<ALA_attrName, NamesDeleter>;
 
 struct Range {
     std::uint64_t first;
@@ -56,27 +101,20 @@ static ALA_retCode_t setLocale(STF_l__hdr *in_status, ALA_handle_t in_handle, co
         inp_locale, static_cast<unsigned>(result), in_record.attrValList->decoid);
 }
 
-// The attribute's name into a buffer of OID_NAME_SIZE bytes.  0, or the failure of the OID database.
-static std::int32_t lookUpName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
-                               char *outp_name) {
-    const ALA__column *column = ALA__RecallColumn(in_handle, *inoutp_node);
-    std::int32_t result = ALA__FillOid(in_status, column, inoutp_node);
-    if (column != nullptr) {
-        std::memcpy(outp_name, column->name, std::strlen(column->name) + 1);
-        return 0;
-    }
-    if (result == 0)
-        result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, outp_name, 0);
-    if (result == 0)
-        ALA__RememberColumn(in_handle, *inoutp_node, outp_name);
-    return result;
-}
-
-// Puts one name at the head of the list.
+// Puts one name into the list.
 static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
-                             NameList &inoutp_names) {
-    char name[OID_NAME_SIZE];
-    if (const std::int32_t result = lookUpName(in_status, in_handle, inoutp_node, name); result != 0) {
+                             NameBlock &inoutp_names) {
+    char buffer[OID_NAME_SIZE];
+    std::string_view name;
+    std::int32_t result = 0;
+    const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node);
+    if (column != nullptr)
+        name = column->nameText();
+    else
+        result = ALA__FillOid(in_status, inoutp_node);
+    if (column == nullptr && result == 0)
+        result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, buffer, 0);
+    if (result != 0) {
         inoutp_node->oid = nullptr;
         return ALA_FAIL(
             ALA_A_OID_ERROR,
@@ -84,16 +122,13 @@ static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attr
             "= 0x%X; decoid = %s; ALA_A_OID_ERROR",
             static_cast<unsigned>(result), inoutp_node->decoid);
     }
-    Malloced<char> text(_strdup(name));
-    if (text == nullptr)
+    if (column == nullptr) {
+        name = buffer;
+        ALA__RememberColumn(in_handle, *inoutp_node, buffer);
+    }
+    if (!inoutp_names.add(name))
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrName in "
                                              "ALA_ListAttributesFromRecord; ALA_A_OUT_OF_MEMORY");
-    Malloced<ALA_attrName> node = makeZeroed<ALA_attrName>();
-    if (node == nullptr)
-        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrNameNode in "
-                                             "ALA_ListAttributesFromRecord; ALA_A_OUT_OF_MEMORY");
-    *node = {text.release(), inoutp_names.release()};
-    inoutp_names.reset(node.release());
     return ALA_N_NORMAL;
 }
 
@@ -121,7 +156,9 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
             result != ALA_N_NORMAL)
             return result;
     }
-    NameList names;
+    if (range.first >= range.end)
+        return ALA_N_NORMAL;
+    NameBlock names(range.end - range.first);
     for (std::uint64_t i = range.first; i < range.end; ++i)
         if (const ALA_retCode_t result = addName(status, in_alaHandle, &in_curRecord->attrValList[i], names);
             result != ALA_N_NORMAL)
@@ -132,11 +169,7 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {
     const FuncTrace trace("ALA_FreeAttributeList");
-    while (*inoutp_attributeNames != nullptr) {
-        ALA_attrName *node = *inoutp_attributeNames;
-        *inoutp_attributeNames = node->next;
-        std::free(node->attrNameStr);
-        std::free(node);
-    }
+    std::free(*inoutp_attributeNames); // a list is one piece
+    *inoutp_attributeNames = nullptr;
     return ALA_N_NORMAL;
 }

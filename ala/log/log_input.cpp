@@ -2,9 +2,7 @@
 
 #include <arpa/inet.h>
 
-#include "platform/os.h"
-
-bool LogInput::read(void *outp_bytes, std::size_t in_size) {
+bool LogInput::readBehind(void *outp_bytes, std::size_t in_size) {
     const int got = _read(fd, outp_bytes, static_cast<unsigned>(in_size));
     if (got > 0)
         taken += got;

@@ -6,6 +6,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+
+#include "platform/os.h"
 
 constexpr std::size_t kDecoidSize = 137;
 
@@ -22,9 +25,16 @@ static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 
 class LogInput {
 public:
-    explicit LogInput(int in_fd) : fd(in_fd) {}
+    explicit LogInput(int in_fd) : fd(in_fd), ahead(OS_ReadAheadOf(in_fd)) {}
 
-    bool read(void *outp_bytes, std::size_t in_size);
+    bool read(void *outp_bytes, std::size_t in_size) {
+        if (ahead == nullptr || in_size == 0 || in_size > static_cast<std::size_t>(ahead->end - ahead->next))
+            return readBehind(outp_bytes, in_size);
+        std::memcpy(outp_bytes, ahead->next, in_size);
+        ahead->next += in_size;
+        taken += static_cast<std::int64_t>(in_size);
+        return true;
+    }
     bool readNetWord(std::uint32_t *outp_word);
     bool readNativeWord(std::uint32_t *outp_word) { return read(outp_word, sizeof *outp_word); }
 
@@ -32,7 +42,11 @@ public:
     std::int64_t consumed() const { return taken; }
 
 private:
+    // Of what was not read ahead.
+    bool readBehind(void *outp_bytes, std::size_t in_size);
+
     int fd;
+    OS_readAhead *ahead;
     std::int64_t taken = 0;
 };
 

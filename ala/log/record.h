@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "ala/ala.h"
 #include "ala/log/memory.h"
@@ -10,36 +11,34 @@
 #include "service/values.h"
 
 // One attribute.
-struct attrValNode {
-    std::uint32_t numAttrVal;
-    std::uint32_t attrID;
-    std::uint8_t *oid; // binary object identifier: null until first used, then oidBytes
-    char decoid[kDecoidSize];
-    AS_attrValType_t attrValType;
+struct attrValNode : ALA_attrTag_t {
+    std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
     GEN_string *attrVals; // numAttrVal of them; null when there are none
     std::uint8_t oidBytes[OID_BINARY_SIZE];
-    std::uint32_t place;   // among the record's attributes; of a document's, where the first document has it
-    const char *knownName; // the attribute's name, if it is known already, while a value is being rendered
+    std::uint32_t place; // among the record's attributes; of a document's, where the first document has it
+    std::uint64_t columnsState; // in which the column at its place was this attribute; 0: in none
+    std::string_view
+        knownName; // the attribute's name, if it is known already, while a value is being rendered
 };
 
 struct record {
     std::uint32_t numAttr;
     std::uint32_t numJobAttr;    // leading attributes that belong to the job; 0 for old logs
     std::uint32_t docAttrPerDoc; // 0 for old logs
-    attrValNode *attrValList;    // numAttr of them, in file order; owned
+    attrValNode *attrValList;    // numAttr of them, in file order
     attrValNode *curAttr;        // node last delivered by the job cursor, null before the first
     std::uint32_t index;         // of that node
     std::uint32_t docIndex;      // documents handed out since the job cursor was started
-    RecordMemory memory;         // of the values
+    RecordMemory memory;         // of the attributes
 };
 
 // One document: deep copies of its attributes, independent of the record.
 struct docRecord {
     std::uint32_t numDocAttr;
     std::uint32_t index;
-    attrValNode *attrValList; // numDocAttr of them; owned
+    attrValNode *attrValList; // numDocAttr of them
     attrValNode *curAttr;
-    RecordMemory memory; // of the values
+    RecordMemory memory; // of the attributes
 };
 
 // After a failed read: sets the file's position, releases what has been read of the record, if anything, and

@@ -167,19 +167,16 @@ static void logTag(const attrValNode &in_node, const ReaderRules &in_rules) {
 
 static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
                                    const ReaderRules &in_rules) {
-    ALA_attrTag_t tag;
+    attrValNode &node = inoutp_record->attrValList[in_attr];
+    ALA_attrTag_t &tag = node;
     if (!inoutp_in.read(&tag, sizeof tag))
         return cutRecord(in_rules, in_attr, inoutp_record->numAttr, 0, 0);
-    attrValNode &node = inoutp_record->attrValList[in_attr];
-    node.numAttrVal = tag.numAttrVal;
-    node.attrID = tag.attrID;
-    node.oid = nullptr;
-    std::memcpy(node.decoid, tag.decoid, kDecoidSize - 1);
     node.decoid[kDecoidSize - 1] = '\0';
-    node.attrValType = tag.attrValType;
+    node.oid = nullptr;
     node.attrVals = nullptr;
     node.place = in_attr;
-    node.knownName = nullptr;
+    node.columnsState = 0;
+    node.knownName = {};
     if (LOG_DETAIL <= LOG_g_level)
         logTag(node, in_rules);
     return readValues(inoutp_in, inoutp_record, in_attr, in_rules);
@@ -191,10 +188,11 @@ static ALA_retCode_t readAttributes(LogInput &inoutp_in, record *inoutp_record, 
         if (i == room) {
             room = room == 0 ? trusted<attrValNode>(inoutp_record->numAttr)
                              : grown(room, inoutp_record->numAttr);
-            auto *list = static_cast<attrValNode *>(
-                std::realloc(inoutp_record->attrValList, room * sizeof(attrValNode)));
+            auto *list =
+                static_cast<attrValNode *>(inoutp_record->memory.allocate(room * sizeof(attrValNode)));
             if (list == nullptr)
                 return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForList);
+            std::copy_n(inoutp_record->attrValList, i, list);
             inoutp_record->attrValList = list;
         }
         if (const ALA_retCode_t result = readAttribute(inoutp_in, inoutp_record, i, in_rules);
@@ -268,7 +266,6 @@ ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {
         return ALA_N_NORMAL;
     record *owned = *inoutp_record;
     owned->memory.release();
-    std::free(owned->attrValList);
     std::free(owned);
     *inoutp_record = nullptr;
     return ALA_N_NORMAL;

@@ -8,12 +8,32 @@
 
 ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
     *inoutpp_val = nullptr;
-    Malloced<attributeVal> node = makeZeroed<attributeVal>();
-    Malloced<char> value = makeTextBuffer(kValueSize);
-    if (node == nullptr || value == nullptr)
+    auto *value = static_cast<ALA__roomyValue *>(std::malloc(sizeof(ALA__roomyValue)));
+    if (value == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    node->value = value.release();
-    *inoutpp_val = node.release();
+    value->text[0] = '\0';
+    value->node = {value->text, nullptr};
+    *inoutpp_val = &value->node;
+    return ALA_N_NORMAL;
+}
+
+void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value) {
+    if (inp_value->value != reinterpret_cast<const ALA__roomyValue *>(inp_value)->text)
+        std::free(inp_value->value);
+    if (inp_value != &reinterpret_cast<const ALA__growingPair *>(inp_pair)->first.node)
+        std::free(inp_value);
+}
+
+ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
+    const FuncTrace trace("ALA_FreeAttributePair");
+    ALA_attrPair *pair = *inoutp_attribute;
+    while (pair->attrVal != nullptr) {
+        attributeVal *value = pair->attrVal;
+        pair->attrVal = value->next;
+        ALA__FreeValue(pair, value);
+    }
+    PairMemory::release(pair); // with its name
+    *inoutp_attribute = nullptr;
     return ALA_N_NORMAL;
 }
 
@@ -24,13 +44,9 @@ void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
     in_valDesc.deleteFunc(status, in_attr, nullptr);
 }
 
-void Rendering::replaceText(char *in_string) {
-    text = Text(in_string, 0);
-}
-
 void Rendering::dropTarget() {
-    text = Text();
-    std::free(*link);
+    text.replace(nullptr);
+    ALA__FreeValue(pair, *link);
     *link = nullptr;
 }
 
@@ -68,7 +84,7 @@ static ALA__growingPair *asGrowing(ALA_attrPair *inp_pair) {
 // Renders into the target at the link.  The text that the value has reached stays there, also on failure.
 static const RenderFailure *renderTarget(AS_attrValType_t in_type, const void *inp_value,
                                          const char *inp_locale, void **in_oidHandle,
-                                         attributeVal **inoutp_link) {
+                                         const ALA_attrPair *inp_pair, attributeVal **inoutp_link) {
     static constexpr RenderFailure kNoMemoryForText = {
         ALA_A_OUT_OF_MEMORY, "Could not allocate memory for the value of oid: %s in ALA__GetAttribute"};
     const RenderRow *row = findRenderRow(in_type);
@@ -76,8 +92,8 @@ static const RenderFailure *renderTarget(AS_attrValType_t in_type, const void *i
         return nullptr;
     const StatusList status;
     attributeVal *target = *inoutp_link;
-    Rendering rendering = {status, in_oidHandle, inp_locale,
-                           Text(std::exchange(target->value, nullptr), kValueSize), inoutp_link};
+    Rendering rendering = {status,   in_oidHandle, inp_locale, Text(target->value, kValueSize),
+                           inp_pair, inoutp_link};
     const RenderFailure *failure = row->render(rendering, inp_value);
     if (*inoutp_link == target)
         target->value = rendering.text.release();
@@ -96,7 +112,7 @@ static ALA_retCode_t makePair(const attrValNode *inp_node, const char *inp_local
     if (result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute",
                         inp_node->decoid);
-    pair->attrName = attrName;
+    pair->attrName = attrName; // which is a part of the pair
     outp_pair.reset(asGrowing(pair));
     return ALA_N_NORMAL;
 }
@@ -124,7 +140,8 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
 
     const RenderFailure *failure = nullptr;
     if (value.get() != nullptr)
-        failure = renderTarget(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle, link);
+        failure =
+            renderTarget(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle, &pair->pair, link);
     for (attributeVal *last = *link; last != nullptr; last = last->next)
         pair->last = last;
     if (failure != nullptr)

@@ -16,26 +16,25 @@ static ALA_retCode_t noMemory() {
 
 namespace {
 
-struct PairDeleter {
-    void operator()(ALA_attrPair *inp_pair) const { ALA_FreeAttributePair(&inp_pair); }
+struct PairReleaser {
+    void operator()(ALA__growingPair *inp_pair) const { PairMemory::release(inp_pair); }
 };
 
 } // namespace
 
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_knownName,
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
                                          const char *inp_locale, void **inoutp_oidHandle,
                                          ALA_attrPair **outp_attribute, char **outpp_attrName) {
     *outp_attribute = nullptr;
     *outpp_attrName = nullptr;
-    Malloced<ALA__growingPair> growing = makeZeroed<ALA__growingPair>();
-    if (growing == nullptr)
+    std::unique_ptr<ALA__growingPair, PairReleaser> pair(
+        static_cast<ALA__growingPair *>(PairMemory::allocate()));
+    if (pair == nullptr)
         return noMemory();
-    std::unique_ptr<ALA_attrPair, PairDeleter> pair(&growing.release()->pair);
-    if (const ALA_retCode_t result = ALA__AllocValue(&pair->attrVal); result != ALA_N_NORMAL)
-        return ALA_FAIL(result, "Return code for ALA__LookupAttrNameFromOID is %d", result);
-    Malloced<char> name = makeTextBuffer(OID_NAME_SIZE);
-    if (name == nullptr)
-        return noMemory();
+    pair->first.text[0] = '\0';
+    pair->first.node = {pair->first.text, nullptr};
+    pair->pair = {nullptr, &pair->first.node};
+    pair->last = nullptr;
 
     const StatusList status;
     std::int32_t result = 0;
@@ -46,15 +45,17 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char 
         char *locale = copy.get();
         result = OID_SetLocale(status, inoutp_oidHandle, &locale);
     }
-    if (inp_knownName != nullptr)
-        std::memcpy(name.get(), inp_knownName, std::strlen(inp_knownName) + 1);
-    else if (result == 0)
-        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, name.get(), 0);
+    if (!in_knownName.empty()) {
+        std::memcpy(pair->name, in_knownName.data(),
+                    in_knownName.size()); // shorter than OID_NAME_SIZE, as all
+        pair->name[in_knownName.size()] = '\0';
+    } else if (result == 0)
+        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, pair->name, 0);
     if (result != 0)
         return ALA_FAIL(ALA_A_OID_ERROR, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OID_ERROR. "
                                          "OID_LookupBinary failed.");
-    *outp_attribute = pair.release();
-    *outpp_attrName = name.release();
+    *outpp_attrName = pair->name;
+    *outp_attribute = &pair.release()->pair;
     return ALA_N_NORMAL;
 }
 

@@ -9,10 +9,10 @@
 #include "service/oid.h"
 #include "service/values.h"
 
-// A new pair with one empty value, and the attribute's name in a buffer of its own, which the caller stores
-// in the pair. inp_knownName: the name if it was looked up before, else null.  A locale that is not null
-// stays set on the database handle. ALA_A_OUT_OF_MEMORY, ALA_A_OID_ERROR: both outputs are null.
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_knownName,
+// A new pair with one empty value, and the attribute's name, which lies in the pair and which the caller
+// makes known there. in_knownName: the name if it was looked up before, else empty.  A locale that is not
+// null stays set on the database handle. ALA_A_OUT_OF_MEMORY, ALA_A_OID_ERROR: both outputs are null.
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
                                          const char *inp_locale, void **inoutp_oidHandle,
                                          ALA_attrPair **outp_attribute, char **outpp_attrName);
 

@@ -10,7 +10,7 @@
 #include "platform/os.h"
 
 constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr std::size_t kDays = 4096; // remembered
+constexpr std::size_t kDays = 16384; // remembered: those of 44 years
 
 namespace {
 

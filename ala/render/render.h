@@ -7,6 +7,7 @@
 #include "ala/log/record.h"
 #include "ala/render/text.h"
 #include "service/packed.h"
+#include "service/spare_block.h"
 
 constexpr std::size_t kValueSize = 256; // bytes of a value's first buffer
 
@@ -21,15 +22,29 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
 // Releases a value record; null is fine.
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
 
-// A value node with an empty text in a buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
-// variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
+// A value with room for its text; a longer one has memory of its own.  The node is first, so that its address
+// is this record's.
+struct ALA__roomyValue {
+    attributeVal node;
+    char text[kValueSize];
+};
 
-// A pair that remembers its last value, so that appending costs the same however many there are.
+// A pair with its name and its first value in one piece.  It remembers its last value, so that appending
+// costs the same however many there are.
 struct ALA__growingPair {
     ALA_attrPair pair; // what the caller sees; first, so that its address is this record's
     attributeVal *last;
+    char name[OID_NAME_SIZE];
+    ALA__roomyValue first;
 };
+
+using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
+
+// A value with an empty text.  0, or ALA_A_OUT_OF_MEMORY with the variable null.
+ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
+
+// Releases a value and its text, but for what is a part of the pair.
+void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);
 
 // What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
 struct RenderFailure {
@@ -42,11 +57,12 @@ struct Rendering {
     STF_l__hdr *status;
     void **oidHandle;
     const char *locale;
-    Text text;           // of the target
-    attributeVal **link; // where the target hangs in the pair's chain
+    Text text;                // of the target
+    const ALA_attrPair *pair; // that the target belongs to
+    attributeVal **link;      // where the target hangs in the pair's chain
 
-    // The text becomes a string made elsewhere; what was in the buffer goes.
-    void replaceText(char *in_string);
+    // The text becomes a string from malloc; what was in the buffer goes.
+    void replaceText(char *in_string) { text.replace(in_string); }
 
     // The target goes, and nothing hangs at the link.
     void dropTarget();

@@ -7,13 +7,23 @@ constexpr std::size_t kSmallest = 256;
 
 bool Text::grow(std::size_t in_size) {
     const std::size_t wanted = std::max({in_size, 2 * capacity, kSmallest});
-    auto *grown = static_cast<char *>(std::realloc(buffer.get(), wanted));
+    auto *grown = static_cast<char *>(std::realloc(own.get(), wanted));
     if (grown == nullptr)
         return false;
-    static_cast<void>(buffer.release()); // realloc has taken it over
-    buffer.reset(grown);
+    if (own == nullptr)
+        std::copy_n(text, length, grown); // from the maker's buffer, if there was one
+    static_cast<void>(own.release());     // realloc has taken it over
+    own.reset(grown);
+    text = grown;
     capacity = wanted;
     return true;
+}
+
+void Text::replace(char *in_text) {
+    own.reset(in_text);
+    text = in_text;
+    length = in_text != nullptr ? std::strlen(in_text) : 0;
+    capacity = in_text != nullptr ? length + 1 : 0;
 }
 
 void Text::add(std::string_view in_text) {
@@ -22,9 +32,9 @@ void Text::add(std::string_view in_text) {
         noMemory = true;
         return;
     }
-    std::copy(in_text.begin(), in_text.end(), buffer.get() + length);
+    std::copy(in_text.begin(), in_text.end(), text + length);
     length += in_text.size();
-    buffer.get()[length] = '\0';
+    text[length] = '\0';
 }
 
 void Text::add(const Text &in_text) {

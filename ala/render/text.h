@@ -7,13 +7,13 @@
 
 #include "ala/owners.h"
 
-// A NUL-terminated text without a fixed limit.  When memory runs out, here or for something that was to be
+// A NUL-terminated text without a fixed limit.  It begins in a buffer of its maker's, if it is given one, and
+// moves to one of its own when it outgrows that.  When memory runs out, here or for something that was to be
 // added, the text stays as it was, what is added later is dropped, and failed() tells.
 class Text {
 public:
     Text() = default;
-    // Takes over a buffer that holds an empty text.
-    Text(char *in_buffer, std::size_t in_capacity) : buffer(in_buffer), capacity(in_capacity) {}
+    Text(char *in_room, std::size_t in_capacity) : text(in_room), capacity(in_capacity) { *text = '\0'; }
 
     void add(std::string_view in_text);
     void add(char in_character) { add(std::string_view(&in_character, 1)); }
@@ -27,16 +27,24 @@ public:
         add({digits, std::to_chars(digits, digits + sizeof digits, in_number).ptr});
     }
 
-    const char *c_str() const { return buffer != nullptr ? buffer.get() : ""; }
+    // Becomes a text from malloc, which is taken over; null is an empty one.
+    void replace(char *in_text);
+
+    const char *c_str() const { return text != nullptr ? text : ""; }
     void fail() { noMemory = true; }
     bool failed() const { return noMemory; }
-    // The buffer for its next owner; null when nothing was added to a text that began without one.
-    char *release() { return buffer.release(); }
+    // The characters for their next owner, from malloc unless they are in the maker's buffer still; null when
+    // nothing was added to a text that began without one.
+    char *release() {
+        static_cast<void>(own.release());
+        return text;
+    }
 
 private:
     bool grow(std::size_t in_size);
 
-    Malloced<char> buffer;
+    Malloced<char> own;
+    char *text = nullptr;     // in own or in the maker's buffer
     std::size_t capacity = 0; // bytes
     std::size_t length = 0;   // without the NUL
     bool noMemory = false;

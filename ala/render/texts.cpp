@@ -68,16 +68,16 @@ const RenderFailure *renderDistName(Rendering &inoutp_rendering, const void *inp
 namespace {
 
 struct ValueChain {
+    const ALA_attrPair *pair; // that the values are for
     attributeVal *head = nullptr;
     attributeVal **end = &head;
 
-    ValueChain() = default;
+    explicit ValueChain(const ALA_attrPair *inp_pair) : pair(inp_pair) {}
     ~ValueChain() {
         while (head != nullptr) {
             attributeVal *value = head;
             head = value->next;
-            std::free(value->value);
-            std::free(value);
+            ALA__FreeValue(pair, value);
         }
     }
     ValueChain(const ValueChain &) = delete;
@@ -92,24 +92,23 @@ static const RenderFailure *addElement(const Rendering &in_rendering, const GEN_
                                               "malloc failed for tmpNode in ALA__GetAttribute"};
     static constexpr RenderFailure kNoText = {ALA_A_OUT_OF_MEMORY,
                                               "strdup failed for tmpNode->value in ALA__GetAttribute"};
-    Malloced<attributeVal> tmpNode = makeZeroed<attributeVal>();
-    if (tmpNode == nullptr)
+    attributeVal *tmpNode = nullptr;
+    if (ALA__AllocValue(&tmpNode) != ALA_N_NORMAL)
         return &kNoNode;
-    Text text;
-    text.add("");
+    *inoutp_values.end = tmpNode;
+    Text text(tmpNode->value, kValueSize);
     if (inp_name != nullptr && !addDistName(in_rendering, *inp_name, text))
         return &kExtractTextFailed;
     if (text.failed())
         return &kNoText;
     tmpNode->value = text.release();
-    *inoutp_values.end = tmpNode.release();
-    inoutp_values.end = &(*inoutp_values.end)->next;
+    inoutp_values.end = &tmpNode->next;
     return nullptr;
 }
 
 // This type alone gives several values.  They take the place of the target, which goes whatever the outcome.
 const RenderFailure *renderDistNameSeq(Rendering &inoutp_rendering, const void *inp_value) {
-    ValueChain values;
+    ValueChain values(inoutp_rendering.pair);
     const RenderFailure *failure = nullptr;
     for (const auto *element = static_cast<const GEN_distNameStringSeq *>(inp_value);
          element != nullptr && failure == nullptr; element = element->next)

@@ -15,19 +15,20 @@ constexpr int kDescriptors = 1024; // descriptors from here on are read without 
 
 namespace {
 
-// What was read ahead of a descriptor: the kernel's position is left() bytes behind the caller's.
-struct ReadAhead {
+// The kernel's position is left() bytes behind the caller's.
+struct ReadAhead : OS_readAhead {
     unsigned char *block; // kBlockSize bytes, or null until the first read and after _close
-    std::size_t position;
-    std::size_t end;
 
-    std::size_t left() const { return end - position; }
-    void drop() { position = end = 0; }
+    std::size_t left() const { return static_cast<std::size_t>(end - next); }
+    void fill(std::size_t in_size) {
+        next = block;
+        end = block + in_size;
+    }
     std::size_t take(unsigned char *outp_bytes, std::size_t in_size) {
         const std::size_t taken = std::min(in_size, left());
         if (taken != 0)
-            std::memcpy(outp_bytes, block + position, taken);
-        position += taken;
+            std::memcpy(outp_bytes, next, taken);
+        next += taken;
         return taken;
     }
 };
@@ -53,9 +54,9 @@ static ssize_t readOnce(int in_fd, void *outp_bytes, std::size_t in_size) {
 static bool canReadAhead(ReadAhead *inout_ahead) {
     if (inout_ahead == nullptr)
         return false;
-    inout_ahead->drop();
     if (inout_ahead->block == nullptr)
         inout_ahead->block = static_cast<unsigned char *>(std::malloc(kBlockSize));
+    inout_ahead->fill(0);
     return inout_ahead->block != nullptr;
 }
 
@@ -66,7 +67,7 @@ static ssize_t readSome(int in_fd, ReadAhead *inout_ahead, unsigned char *outp_b
     const ssize_t got = readOnce(in_fd, inout_ahead->block, kBlockSize);
     if (got <= 0)
         return got;
-    inout_ahead->end = static_cast<std::size_t>(got);
+    inout_ahead->fill(static_cast<std::size_t>(got));
     return static_cast<ssize_t>(inout_ahead->take(outp_bytes, in_size));
 }
 
@@ -100,11 +101,15 @@ static OS_fileIdentity identityOf(const Status &in_status) {
 
 extern "C" {
 
+OS_readAhead *OS_ReadAheadOf(int in_fd) {
+    return readAheadOf(in_fd);
+}
+
 int _read(int in_fd, void *outp_buffer, unsigned in_size) {
     ReadAhead *ahead = readAheadOf(in_fd);
     if (ahead != nullptr && in_size != 0 && in_size <= ahead->left()) {
-        std::memcpy(outp_buffer, ahead->block + ahead->position, in_size);
-        ahead->position += in_size;
+        std::memcpy(outp_buffer, ahead->next, in_size);
+        ahead->next += in_size;
         return static_cast<int>(in_size);
     }
     if (in_size > INT_MAX) {
@@ -124,7 +129,7 @@ long _lseek(int in_fd, long in_offset, int in_origin) {
     }
     const off_t position = lseek(in_fd, offset, in_origin);
     if (position >= 0 && ahead != nullptr)
-        ahead->drop();
+        ahead->fill(0);
     return position;
 }
 
