@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test faults live fuzz install deb clean setup
+.PHONY: all demo test faults live fuzz bench install deb clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -48,6 +48,14 @@ fuzz:
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
 	@scripts/fuzz build/fuzz $(SECONDS) $(JOBS)
+
+# Measures the release build side by side with a bare reader and dump-acct; GROWTH=--growth for more.
+bench:
+	@scripts/setup bench
+	@cmake --preset release -B build/bench -DQVLEDGER_BENCH=ON >/dev/null
+	@cmake --build build/bench | tail -n 1
+	@bench/run.py build/bench $(GROWTH)
+	@build/bench/bin/micro --benchmark_min_time=0.2
 
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build

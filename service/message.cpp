@@ -96,33 +96,45 @@ static std::size_t lengthOf(const char *inp_text) {
     return isOne ? 1 : std::strlen(inp_text);
 }
 
-// Whether a format is "%s" any number of times, or a text without any conversion.  The report is written with
-// such ones.
-static bool isPlain(const char *in_format) {
-    const char *at = in_format;
-    while (at[0] == '%' && at[1] == 's')
-        at += 2;
-    return at == in_format ? std::strchr(at, '%') == nullptr : *at == '\0';
+static std::int32_t countOf(std::size_t in_characters) {
+    if (in_characters <= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+        return static_cast<std::int32_t>(in_characters);
+    errno = EOVERFLOW;
+    return -1;
 }
 
-// What vfprintf does for such a format, without its cost.
-static std::int32_t putPlain(std::FILE *inp_stream, const char *in_format, std::va_list in_values) {
-    std::size_t count = 0;
-    const char *at = in_format;
-    do {
-        const char *text = *at == '%' ? va_arg(in_values, const char *) : in_format;
-        if (text == nullptr)
-            text = "(null)";
-        const std::size_t length = lengthOf(text);
-        if (!put(inp_stream, text, length))
-            return -1;
-        count += length;
-    } while (*at == '%' && *(at += 2) != '\0');
-    if (count > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-        errno = EOVERFLOW;
+// The formats that the report is written with, at a fraction of what the general formatter costs.
+static bool isTwoTexts(const char *in_format) {
+    constexpr char kTwoTexts[] = "%s%s";
+    for (std::size_t i = 0; i < sizeof kTwoTexts; ++i)
+        if (in_format[i] != kTwoTexts[i])
+            return false;
+    return true;
+}
+
+static std::int32_t putTwoTexts(std::FILE *inp_stream, const char *inp_first, const char *inp_second) {
+    const char *const first = inp_first != nullptr ? inp_first : "(null)";
+    const char *const second = inp_second != nullptr ? inp_second : "(null)";
+    const std::size_t firstLength = lengthOf(first);
+    const std::size_t secondLength = lengthOf(second);
+    if (!put(inp_stream, first, firstLength) || !put(inp_stream, second, secondLength))
         return -1;
+    return countOf(firstLength + secondLength);
+}
+
+static std::int32_t putLiteral(std::FILE *inp_stream, const char *in_format) {
+    const std::size_t length = lengthOf(in_format);
+    return put(inp_stream, in_format, length) ? countOf(length) : -1;
+}
+
+static std::int32_t putFormatted(std::FILE *inp_stream, const char *in_format, std::va_list in_values) {
+    if (isTwoTexts(in_format)) {
+        const char *first = va_arg(in_values, const char *);
+        return putTwoTexts(inp_stream, first, va_arg(in_values, const char *));
     }
-    return static_cast<std::int32_t>(count);
+    if (std::strchr(in_format, '%') == nullptr)
+        return putLiteral(inp_stream, in_format);
+    return std::vfprintf(inp_stream, in_format, in_values);
 }
 
 std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {
@@ -131,8 +143,7 @@ std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {
     const bool locks = __libc_single_threaded == 0;
     if (locks)
         flockfile(inp_stream);
-    const std::int32_t result = isPlain(in_format) ? putPlain(inp_stream, in_format, values)
-                                                   : std::vfprintf(inp_stream, in_format, values);
+    const std::int32_t result = putFormatted(inp_stream, in_format, values);
     if (locks)
         funlockfile(inp_stream);
     va_end(values);

@@ -61,10 +61,13 @@ ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_
                         "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
                         in_texts.operation, static_cast<unsigned>(result), inoutp_node->decoid);
     }
-    inoutp_node->knownName = column != nullptr ? column->nameText() : std::string_view();
+    if (column != nullptr) {
+        inoutp_node->knownName = column->name;
+        inoutp_node->knownNameLength = column->nameSize;
+    }
     const ALA_retCode_t result =
         deliverValues(status, in_handle, inoutp_node, inp_locale, in_texts, outp_attribute, outp_complete);
-    inoutp_node->knownName = {};
+    inoutp_node->knownName = nullptr;
     if (column == nullptr && inp_locale == nullptr && *outp_attribute != nullptr)
         ALA__RememberColumn(in_handle, *inoutp_node, (*outp_attribute)->attrName);
     return result;

@@ -4,18 +4,14 @@
 // at a place last: its object identifier and its name, which is not looked up again while it stays the same.
 #pragma once
 
-#include <string_view>
-
 #include "ala/handle.h"
 #include "ala/log/record.h"
 
 struct ALA__column {
-    char decoid[kDecoidSize];
-    char name[OID_NAME_SIZE];
     std::uint8_t decoidSize; // with the NUL; 0 until something is remembered
     std::uint16_t nameSize;  // without it
-
-    std::string_view nameText() const { return {name, nameSize}; }
+    char decoid[kDecoidSize];
+    char name[OID_NAME_SIZE];
 };
 
 // The column at the attribute's place if the attribute is still the same, else null.  It is good until the

@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 #include "ala/cursor/columns.h"
 #include "ala/owners.h"
+#include "ala/render/names.h"
 #include "ala/trace.h"
 
 namespace {
@@ -18,14 +18,15 @@ class NameBlock {
 public:
     explicit NameBlock(std::size_t in_count) : count(in_count), free(in_count) {}
 
-    // Adds a name in front of those that were added before.  False when memory runs out.
-    bool add(std::string_view in_name) {
-        const std::size_t size = in_name.size() + 1;
-        if (used + size > capacity && !grow(used + size))
+    // Adds a name in front of those that were added before.  inp_name: as for copyName.  False when memory
+    // runs out.
+    bool add(const char *inp_name, std::size_t in_length) {
+        const std::size_t room = std::max(in_length + 1, kUsualName);
+        if (used + room > capacity && !grow(used + room))
             return false;
         char *text = block.get() + used;
-        text[in_name.copy(text, in_name.size())] = '\0';
-        used += size;
+        copyName(inp_name, in_length, text);
+        used += in_length + 1;
         --free;
         nodes()[free] = {text, free + 1 < count ? &nodes()[free + 1] : nullptr};
         return true;
@@ -38,7 +39,6 @@ private:
     ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block.get()); }
 
     bool grow(std::size_t in_size) {
-        static constexpr std::size_t kUsualName = 24; // bytes
         const std::size_t texts = count * sizeof(ALA_attrName);
         const std::size_t wanted = std::max({in_size, texts + count * kUsualName, 2 * capacity});
         Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
@@ -48,7 +48,7 @@ private:
         larger.capacity = wanted;
         larger.block = std::move(grown);
         for (std::size_t i = count; i-- > free;)
-            larger.add(nodes()[i].attrNameStr);
+            larger.add(nodes()[i].attrNameStr, std::strlen(nodes()[i].attrNameStr));
         std::swap(*this, larger);
         return true;
     }
@@ -105,13 +105,16 @@ static ALA_retCode_t setLocale(STF_l__hdr *in_status, ALA_handle_t in_handle, co
 static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
                              NameBlock &inoutp_names) {
     char buffer[OID_NAME_SIZE];
-    std::string_view name;
+    const char *name = buffer;
+    std::size_t length = 0;
     std::int32_t result = 0;
     const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node);
-    if (column != nullptr)
-        name = column->nameText();
-    else
+    if (column != nullptr) {
+        name = column->name;
+        length = column->nameSize;
+    } else {
         result = ALA__FillOid(in_status, inoutp_node);
+    }
     if (column == nullptr && result == 0)
         result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, buffer, 0);
     if (result != 0) {
@@ -123,10 +126,10 @@ static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attr
             static_cast<unsigned>(result), inoutp_node->decoid);
     }
     if (column == nullptr) {
-        name = buffer;
+        length = std::strlen(buffer);
         ALA__RememberColumn(in_handle, *inoutp_node, buffer);
     }
-    if (!inoutp_names.add(name))
+    if (!inoutp_names.add(name, length))
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrName in "
                                              "ALA_ListAttributesFromRecord; ALA_A_OUT_OF_MEMORY");
     return ALA_N_NORMAL;

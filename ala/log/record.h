@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "ala/ala.h"
 #include "ala/log/memory.h"
@@ -14,11 +13,13 @@
 struct attrValNode : ALA_attrTag_t {
     std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
     GEN_string *attrVals; // numAttrVal of them; null when there are none
-    std::uint8_t oidBytes[OID_BINARY_SIZE];
     std::uint32_t place; // among the record's attributes; of a document's, where the first document has it
     std::uint64_t columnsState; // in which the column at its place was this attribute; 0: in none
-    std::string_view
-        knownName; // the attribute's name, if it is known already, while a value is being rendered
+    // The attribute's name, in a buffer of OID_NAME_SIZE bytes, if it is known already while a value is being
+    // rendered; else null.
+    const char *knownName;
+    std::uint32_t knownNameLength;
+    std::uint8_t oidBytes[OID_BINARY_SIZE];
 };
 
 struct record {

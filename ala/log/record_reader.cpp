@@ -176,7 +176,7 @@ static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, s
     node.attrVals = nullptr;
     node.place = in_attr;
     node.columnsState = 0;
-    node.knownName = {};
+    node.knownName = nullptr;
     if (LOG_DETAIL <= LOG_g_level)
         logTag(node, in_rules);
     return readValues(inoutp_in, inoutp_record, in_attr, in_rules);

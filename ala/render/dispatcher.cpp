@@ -107,8 +107,8 @@ static ALA_retCode_t makePair(const attrValNode *inp_node, const char *inp_local
                               OwnedPair &outp_pair) {
     ALA_attrPair *pair = nullptr;
     char *attrName = nullptr;
-    const ALA_retCode_t result = ALA__LookupAttrNameFromOID(inp_node->oid, inp_node->knownName, inp_locale,
-                                                            inoutp_oidHandle, &pair, &attrName);
+    const ALA_retCode_t result =
+        ALA__LookupAttrNameFromOID(inp_node, inp_locale, inoutp_oidHandle, &pair, &attrName);
     if (result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute",
                         inp_node->decoid);

@@ -4,17 +4,30 @@
 // memory runs out they make it fail.
 #pragma once
 
+#include <cstring>
+
 #include "ala/ala.h"
+#include "ala/log/record.h"
 #include "ala/render/text.h"
 #include "service/oid.h"
 #include "service/values.h"
 
+// Copies a name and its NUL from one buffer to another, which both have room for OID_NAME_SIZE bytes, or for
+// kUsualName if the name is shorter.  That many at once cost less than counting.
+constexpr std::size_t kUsualName = 32;
+inline void copyName(const char *inp_name, std::size_t in_length, char *outp_name) {
+    std::memcpy(outp_name, inp_name, kUsualName);
+    if (in_length >= kUsualName)
+        std::memcpy(outp_name + kUsualName, inp_name + kUsualName, in_length + 1 - kUsualName);
+}
+
 // A new pair with one empty value, and the attribute's name, which lies in the pair and which the caller
-// makes known there. in_knownName: the name if it was looked up before, else empty.  A locale that is not
-// null stays set on the database handle. ALA_A_OUT_OF_MEMORY, ALA_A_OID_ERROR: both outputs are null.
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
-                                         const char *inp_locale, void **inoutp_oidHandle,
-                                         ALA_attrPair **outp_attribute, char **outpp_attrName);
+// makes known there.  The node's name is taken if it is known, else that of its object identifier.  A locale
+// that is not null stays set on the database handle. ALA_A_OUT_OF_MEMORY, ALA_A_OID_ERROR: both outputs are
+// null.
+ALA_retCode_t ALA__LookupAttrNameFromOID(const attrValNode *inp_node, const char *inp_locale,
+                                         void **inoutp_oidHandle, ALA_attrPair **outp_attribute,
+                                         char **outpp_attrName);
 
 // The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
 // first hyphen.  The pointer lies in outp_buffer, and is null when the database does not know the identifier.

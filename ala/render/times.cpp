@@ -146,7 +146,6 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
     time.tm_min = inp_gt->minute;
     time.tm_sec = inp_gt->second;
     time.tm_isdst = -1;
-    time.tm_wday = ALA__GetDayOfWk(inp_gt->year, inp_gt->month, inp_gt->day);
     Malloced<char> text(static_cast<char *>(std::malloc(kTimeSize)));
     if (text == nullptr)
         return 1;
@@ -160,6 +159,7 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
         *outp_asciiTime = text.release();
         return 0;
     }
+    time.tm_wday = ALA__GetDayOfWk(inp_gt->year, inp_gt->month, inp_gt->day);
     const char *named = std::setlocale(LC_TIME, "");
     const Malloced<char> defLocale(named != nullptr ? _strdup(named)
                                                     : nullptr); // the name lasts until the next call

@@ -10,7 +10,7 @@
 
 #include "platform/os.h"
 
-constexpr std::size_t kBlockSize = 64 * 1024;
+constexpr std::size_t kBlockSize = 128 * 1024;
 constexpr int kDescriptors = 1024; // descriptors from here on are read without read-ahead
 
 namespace {
