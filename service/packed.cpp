@@ -6,7 +6,7 @@
 constexpr std::size_t kRoomForParts = 32;
 
 static void deleteValue(STF_l__hdr *, void *inp_value, void *) {
-    ValueBlock::releaseValue(inp_value);
+    ValueBlock::releaseFromFirst(inp_value);
 }
 
 std::int32_t ODP_UnpackAV(STF_l__hdr *, std::int32_t in_length, const void *inp_bytes,

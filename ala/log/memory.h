@@ -5,32 +5,11 @@
 #include <cstdint>
 
 #include "ala/log/log_input.h"
+#include "service/chunk_memory.h"
 #include "service/values.h"
 
-// Allocations are aligned for GEN_string and not cleared.  A zeroed object is a valid, empty one.
-struct RecordMemory {
-    struct Chunk;
-
-    // Null when memory runs out.
-    void *allocate(std::size_t in_size) {
-        constexpr std::size_t kAlignment = alignof(GEN_string);
-        const std::size_t size = (in_size + kAlignment - 1) / kAlignment * kAlignment;
-        if (size > left && !addChunk(size))
-            return nullptr;
-        std::uint8_t *allocation = next;
-        next += size;
-        left -= size;
-        return allocation;
-    }
-    void release();
-
-    Chunk *last = nullptr;
-    std::uint8_t *next = nullptr; // free memory of the last chunk
-    std::size_t left = 0;
-
-private:
-    bool addChunk(std::size_t in_size);
-};
+// A record of 20 attributes takes about half of the first chunk.
+using RecordMemory = ChunkMemory<class OfRecords, 16 * 1024, alignof(GEN_string)>;
 
 enum class ReadResult : std::uint8_t { Whole, Cut, NoMemory };
 

@@ -13,7 +13,7 @@
 struct attrValNode : ALA_attrTag_t {
     std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
     GEN_string *attrVals; // numAttrVal of them; null when there are none
-    std::uint32_t place; // among the record's attributes; of a document's, where the first document has it
+    std::uint32_t place;  // among the record's attributes; of a document's, where the first document has it
     std::uint64_t columnsState; // in which the column at its place was this attribute; 0: in none
     // The attribute's name, in a buffer of OID_NAME_SIZE bytes, if it is known already while a value is being
     // rendered; else null.
