@@ -40,14 +40,14 @@ live: setup
 	@cmake --build --preset dev --target live_log | tail -n 1
 	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/live_log
 
-# Fuzzes each target for SECONDS, in turn; JOBS of them at a time.
+# Fuzzes each target (or TARGETS) for SECONDS, in turn; JOBS of them at a time.
 SECONDS ?= 60
 JOBS ?= 2
 fuzz:
 	@scripts/setup clang
 	@cmake --preset fuzz >/dev/null
 	@cmake --build --preset fuzz
-	@scripts/fuzz build/fuzz $(SECONDS) $(JOBS)
+	@scripts/fuzz build/fuzz $(SECONDS) $(JOBS) $(TARGETS)
 
 # Measures the release build side by side with a bare reader and dump-acct; GROWTH=--growth for more.
 bench:
