@@ -23,14 +23,6 @@ Malloced<T> makeZeroed() {
     return record;
 }
 
-// A buffer of that many bytes with an empty text, or null.
-inline Malloced<char> makeTextBuffer(std::size_t in_size) {
-    Malloced<char> buffer(static_cast<char *>(std::malloc(in_size)));
-    if (buffer != nullptr)
-        *buffer = '\0';
-    return buffer;
-}
-
 // Receives what an operation hands out through a char ** argument.  The owner has it at the end of the full
 // expression that holds the call, not before.
 class TextOut {

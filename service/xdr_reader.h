@@ -48,7 +48,7 @@ public:
         void *memory = allocate(sizeof(Record));
         return memory != nullptr ? static_cast<Record *>(std::memset(memory, 0, sizeof(Record))) : nullptr;
     }
-    // Memory that is not cleared; the same.
+    // The same for bytes that are not cleared.
     void *allocate(std::size_t in_size) {
         if (failed())
             return nullptr;

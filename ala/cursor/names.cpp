@@ -101,35 +101,37 @@ static ALA_retCode_t setLocale(STF_l__hdr *in_status, ALA_handle_t in_handle, co
         inp_locale, static_cast<unsigned>(result), in_record.attrValList->decoid);
 }
 
+// Looks a name up and remembers it.  0, or the failure of the OID database.
+static std::int32_t lookUpName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
+                               char *outp_name) {
+    std::int32_t result = ALA__FillOid(in_status, inoutp_node);
+    if (result == 0)
+        result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, outp_name, 0);
+    if (result == 0)
+        ALA__RememberColumn(in_handle, *inoutp_node, outp_name);
+    return result;
+}
+
 // Puts one name into the list.
 static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
                              NameBlock &inoutp_names) {
-    char buffer[OID_NAME_SIZE];
-    const char *name = buffer;
-    std::size_t length = 0;
-    std::int32_t result = 0;
-    const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node);
-    if (column != nullptr) {
-        name = column->name;
-        length = column->nameSize;
+    bool added = false;
+    if (const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node); column != nullptr) {
+        added = inoutp_names.add(column->name, column->nameSize);
     } else {
-        result = ALA__FillOid(in_status, inoutp_node);
+        char name[OID_NAME_SIZE];
+        const std::int32_t result = lookUpName(in_status, in_handle, inoutp_node, name);
+        if (result != 0) {
+            inoutp_node->oid = nullptr;
+            return ALA_FAIL(
+                ALA_A_OID_ERROR,
+                "OID_ConvertDecToBin or OID_LookupBinary failed in ALA_ListAttributesFromRecord; oid "
+                "status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
+                static_cast<unsigned>(result), inoutp_node->decoid);
+        }
+        added = inoutp_names.add(name, std::strlen(name));
     }
-    if (column == nullptr && result == 0)
-        result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, buffer, 0);
-    if (result != 0) {
-        inoutp_node->oid = nullptr;
-        return ALA_FAIL(
-            ALA_A_OID_ERROR,
-            "OID_ConvertDecToBin or OID_LookupBinary failed in ALA_ListAttributesFromRecord; oid status "
-            "= 0x%X; decoid = %s; ALA_A_OID_ERROR",
-            static_cast<unsigned>(result), inoutp_node->decoid);
-    }
-    if (column == nullptr) {
-        length = std::strlen(buffer);
-        ALA__RememberColumn(in_handle, *inoutp_node, buffer);
-    }
-    if (!inoutp_names.add(name, length))
+    if (!added)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrName in "
                                              "ALA_ListAttributesFromRecord; ALA_A_OUT_OF_MEMORY");
     return ALA_N_NORMAL;
