@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 #include "service/spare_block.h"
 
@@ -19,12 +20,9 @@ public:
     void *allocate(std::size_t in_size) {
         const std::size_t size =
             (std::max<std::size_t>(in_size, 1) + kAlignment - 1) / kAlignment * kAlignment;
-        if (size > left && !addChunk(size))
+        if (size > static_cast<std::size_t>(end - next) && !addChunk(size))
             return nullptr;
-        std::uint8_t *allocation = next;
-        next += size;
-        left -= size;
-        return allocation;
+        return std::exchange(next, next + size);
     }
 
     // What the first chunk shall hold if that is more than usual.
@@ -63,7 +61,7 @@ private:
         (last == nullptr ? first : last->following) = chunk;
         last = chunk;
         next = reinterpret_cast<std::uint8_t *>(chunk + 1);
-        left = capacity;
+        end = next + capacity;
         return true;
     }
 
@@ -81,6 +79,6 @@ private:
     Chunk *first = nullptr;
     Chunk *last = nullptr;
     std::uint8_t *next = nullptr; // free memory of the last chunk
-    std::size_t left = 0;
+    std::uint8_t *end = nullptr;
     std::size_t expected = 0;
 };

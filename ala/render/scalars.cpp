@@ -71,6 +71,11 @@ const RenderFailure *renderTime(Rendering &inoutp_rendering, const void *inp_val
     GEN_generalizedTime localTime = {};
     if (ALA__GeneralizedToLocalTime(static_cast<const GEN_generalizedTime *>(inp_value), &localTime) != 0)
         return &kNoLocalTime;
+    char clock[kClockTimeSize];
+    if (const std::string_view shown = ALA__ClockTime(localTime, clock); !shown.empty()) {
+        inoutp_rendering.text.add(shown);
+        return nullptr;
+    }
     char *text = nullptr;
     if (ALA__GeneralizedTimeToAscii(&localTime, inoutp_rendering.locale, &text) != 0)
         return &kNoText;

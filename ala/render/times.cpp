@@ -112,26 +112,24 @@ static char *putDigits(char *outp_text, std::int32_t in_number, std::int32_t in_
     return outp_text + in_digits;
 }
 
-// The text of a time that a clock can show.  It is made of digits alone, which no locale changes.
-static bool writeClockTime(const std::tm &in_time, char *outp_text) {
-    const std::int32_t fullYear = in_time.tm_year + kTmEpoch;
-    const auto isPair = [](int in_number) { return in_number >= 0 && in_number <= 99; };
-    if (fullYear < 0 || fullYear > 9999 || !isPair(in_time.tm_mon + 1) || !isPair(in_time.tm_mday) ||
-        !isPair(in_time.tm_hour) || !isPair(in_time.tm_min) || !isPair(in_time.tm_sec))
-        return false;
-    char *at = putDigits(outp_text, in_time.tm_mon + 1, 2);
+std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time, char (&outp_text)[kClockTimeSize]) {
+    const std::int32_t fullYear = yearForTm(in_time) + kTmEpoch;
+    const auto isPair = [](std::int32_t in_number) { return in_number >= 0 && in_number <= 99; };
+    if (fullYear < 0 || fullYear > 9999 || !isPair(in_time.month) || !isPair(in_time.day) ||
+        !isPair(in_time.hour) || !isPair(in_time.minute) || !isPair(in_time.second))
+        return {};
+    char *at = putDigits(outp_text, in_time.month, 2);
     *at++ = '/';
-    at = putDigits(at, in_time.tm_mday, 2);
+    at = putDigits(at, in_time.day, 2);
     *at++ = '/';
     at = putDigits(at, fullYear, 4);
     *at++ = ' ';
-    at = putDigits(at, in_time.tm_hour, 2);
+    at = putDigits(at, in_time.hour, 2);
     *at++ = ':';
-    at = putDigits(at, in_time.tm_min, 2);
+    at = putDigits(at, in_time.minute, 2);
     *at++ = ':';
-    at = putDigits(at, in_time.tm_sec, 2);
-    *at = '\0';
-    return true;
+    at = putDigits(at, in_time.second, 2);
+    return {outp_text, at};
 }
 
 std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
@@ -153,7 +151,9 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
     Lock lock(localeLock);
     if (!lock.isLocked())
         return 1;
-    if (writeClockTime(time, text.get())) {
+    char clock[kClockTimeSize];
+    if (const std::string_view shown = ALA__ClockTime(*inp_gt, clock); !shown.empty()) {
+        text.get()[shown.copy(text.get(), kTimeSize - 1)] = '\0';
         if (!lock.release())
             return 1;
         *outp_asciiTime = text.release();

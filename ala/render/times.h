@@ -3,8 +3,10 @@
 // Results: 0 success, 1 failure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <string_view>
 
 #include "service/values.h"
 
@@ -22,6 +24,11 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
 // "MM/DD/YYYY HH:MM:SS" as a new text of 100 bytes.
 std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
                                          char **outp_asciiTime);
+
+// The same text of a time that a clock can show, in the caller's buffer, without a lock and without the C
+// library: it is made of digits, which no locale changes.  Empty for any other time.
+constexpr std::size_t kClockTimeSize = 19;
+std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time, char (&outp_text)[kClockTimeSize]);
 
 // Day of the week in the Gregorian calendar, 0 for Sunday.
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day);
