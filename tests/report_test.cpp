@@ -38,6 +38,8 @@ TEST(Report, HeaderStandsWhereverTheNamesChange) {
     for (const Case &c : {
              Case{"same names", {"aa"}, "--", "Aaa"},
              {"changing names", {"abba"}, "--", "AaBbbAa"},
+             {"names that come back", {"aabbaab"}, "--", "AaaBbbAaaBb"},
+             {"documents that come back", {"ccaacc"}, "-a", "CccAaaCcc"},
              {"across logs", {"a", "a"}, "--", "Aaa"},
              {"A, B, A across logs", {"a", "b", "a"}, "--", "AaBbAa"},
              {"last record counts", {"ab", "b"}, "--", "AaBbb"},

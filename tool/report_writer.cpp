@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "ala/cursor/cursor.h"
 #include "ala/handle.h"
 #include "service/message.h"
 #include "tool/messages.h"
@@ -13,9 +14,17 @@ std::int32_t needDoc = 0;
 static const char *const kInternalError = "qvledger internal error: ";
 static const char *const kUnreadable = "unable to read record: ";
 
+std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2) {
+    while (list1 != nullptr && list2 != nullptr && std::strcmp(list1->attrNameStr, list2->attrNameStr) == 0) {
+        list1 = list1->next;
+        list2 = list2->next;
+    }
+    return list1 == nullptr && list2 == nullptr ? 1 : 0;
+}
+
 namespace {
 
-// The name list of a record.
+// The name list of a record, then of the next one, and so on.
 class Names {
 public:
     Names() = default;
@@ -23,14 +32,23 @@ public:
     Names(const Names &) = delete;
     Names &operator=(const Names &) = delete;
 
-    ALA_retCode_t take(ALA_handle_t in_handle, ALA_record_t in_record) {
+    // Most records have the names of the one before, and the facility knows without a list.
+    ALA_retCode_t take(ALA_handle_t in_handle, ALA_record_t in_record, bool *outp_changed) {
+        const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
+        *outp_changed = false;
+        if (remembered.columnsState != 0 && ALA__RecallNames(in_handle, *in_record, type) == remembered)
+            return ALA_N_NORMAL;
+        ALA_attrName *next = nullptr;
+        const ALA_retCode_t result = ALA_ListAttributesFromRecord(in_handle, in_record, type, nullptr, &next);
+        if (result != ALA_N_NORMAL)
+            return result;
+        *outp_changed = equalList(list, next) == 0;
         ALA_FreeAttributeList(&list);
-        return ALA_ListAttributesFromRecord(
-            in_handle, in_record, needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES,
-            nullptr, &list);
+        list = next;
+        remembered = ALA__RecallNames(in_handle, *in_record, type);
+        return result;
     }
     const ALA_attrName *get() const { return list; }
-    void swap(Names &inoutp_other) { std::swap(list, inoutp_other.list); }
     void moveTo(ALA_attrName **inoutp_list) {
         ALA_FreeAttributeList(inoutp_list);
         std::swap(*inoutp_list, list);
@@ -38,6 +56,7 @@ public:
 
 private:
     ALA_attrName *list = nullptr;
+    ALA__rememberedNames remembered = {};
 };
 
 struct RecordDeleter {
@@ -51,14 +70,6 @@ struct DocumentDeleter {
 using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
 
 } // namespace
-
-std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2) {
-    while (list1 != nullptr && list2 != nullptr && std::strcmp(list1->attrNameStr, list2->attrNameStr) == 0) {
-        list1 = list1->next;
-        list2 = list2->next;
-    }
-    return list1 == nullptr && list2 == nullptr ? 1 : 0;
-}
 
 // One field: the name, or the values with a blank in front of each further one.
 static void writeField(std::FILE *fl, const char *in_separator, const ALA_attrPair &in_pair,
@@ -157,8 +168,9 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
     ALA_retCode_t result = ALA_GetFirstJobRecord(mainh, loghPtr, &read);
     OwnedRecord current(read);
     Names names;
+    bool changed = false;
     if (result == ALA_N_NORMAL)
-        result = names.take(mainh, current.get());
+        result = names.take(mainh, current.get(), &changed);
     if (result != ALA_N_NORMAL) {
         tellFailure(result, kInternalError);
         return false;
@@ -190,14 +202,12 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
             names.moveTo(inoutp_list);
             return complete && mainh->valuesPassedOver == passedOverBefore;
         }
-        Names next;
         if (result == ALA_N_NORMAL)
-            result = next.take(mainh, current.get());
+            result = names.take(mainh, current.get(), &changed);
         if (result != ALA_N_NORMAL) {
             tellFailure(result, kInternalError);
             return false;
         }
-        header = suppressHeaders == 0 && equalList(names.get(), next.get()) == 0;
-        names.swap(next);
+        header = suppressHeaders == 0 && changed;
     }
 }

@@ -38,7 +38,7 @@ public:
 private:
     ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block.get()); }
 
-    bool grow(std::size_t in_size) {
+    [[gnu::noinline]] bool grow(std::size_t in_size) { // in line it would slow add() down
         const std::size_t texts = count * sizeof(ALA_attrName);
         const std::size_t wanted = std::max({in_size, texts + count * kUsualName, 2 * capacity});
         Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
@@ -60,15 +60,10 @@ private:
     Malloced<char> block;
 };
 
-struct Range {
-    std::uint64_t first;
-    std::uint64_t end; // not included
-};
-
 } // namespace
 
 // The nodes that the type selects, as far as the record has them.  False for an unknown type.
-static bool selectRange(const record &in_record, ALA_recAttrType_t in_type, Range *outp_range) {
+static bool selectRange(const record &in_record, ALA_recAttrType_t in_type, ALA__nodeRange *outp_range) {
     const std::uint64_t job = in_record.numJobAttr;
     const std::uint64_t document = job + in_record.docAttrPerDoc;
     switch (in_type) {
@@ -149,7 +144,7 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
         return ALA_FAIL(ALA_A_INVALID_JOB_RECORD,
                         "record or record->attrValList is NULL or record->numAttr < 0 in "
                         "ALA_ListAttributesFromRecord; ALA_A_INVALID_JOB_RECORD");
-    Range range = {};
+    ALA__nodeRange range = {};
     if (!selectRange(*in_curRecord, in_attrType, &range))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR,
                         "Unknown attribute type: %d in ALA_ListAttributesFromRecord; ALA_A_UNKNOWN_ERR",
@@ -170,6 +165,18 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
             return result;
     *outp_attributeNames = names.release();
     return ALA_N_NORMAL;
+}
+
+ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, const record &in_record,
+                                      ALA_recAttrType_t in_type) {
+    ALA__rememberedNames names = {};
+    if (!selectRange(in_record, in_type, &names.range))
+        return {};
+    for (std::uint64_t i = names.range.first; i < names.range.end; ++i)
+        if (ALA__RecallColumn(in_handle, &in_record.attrValList[i]) == nullptr)
+            return {};
+    names.columnsState = in_handle->columnsState;
+    return names;
 }
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {
