@@ -1,18 +1,8 @@
 // Owners of a few lines for what an operation holds until it succeeds.
 #pragma once
 
-#include <cstdlib>
-#include <memory>
-
 #include "platform/descriptor.h"
-
-struct FreeDeleter {
-    void operator()(void *inp_memory) const { std::free(inp_memory); }
-};
-
-// Memory from malloc; release() hands it to the caller of the operation.
-template <class T>
-using Malloced = std::unique_ptr<T, FreeDeleter>;
+#include "platform/malloced.h"
 
 // A zeroed record, or null.
 template <class T>

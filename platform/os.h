@@ -198,6 +198,11 @@ int _stat(const char *inp_path, struct _stat *outp_stat);
 #pragma GCC diagnostic pop
 int _unlink(const char *inp_path);
 
+// Gives the bytes written, fewer than asked for where no more fit; -1 on failure.
+int _write(int in_fd, const void *inp_bytes, unsigned in_size);
+// A second descriptor of the same open file, position and locks included; -1 on failure.
+int _dup(int in_fd);
+
 // Descriptors of streams.  _commit gives 0 once everything written is on the disk, -1 where it cannot be.
 int _fileno(std::FILE *inp_stream);
 int _isatty(int in_fd);
@@ -224,12 +229,22 @@ extern long _timezone;
 
 // ---- Without a counterpart among the real calls ----
 
-// The file behind a descriptor or a name.  Two files with the same device and number are one.
+// The file behind a descriptor or a name, as it stood when it was looked at.  Times are nanoseconds since
+// 1970.
 struct OS_fileIdentity {
     std::uint64_t device;
     std::uint64_t number;
-    std::int64_t size; // bytes
+    std::int64_t size;     // bytes
+    std::int64_t modified; // last change of the contents
+    std::int64_t changed;  // the same, or of a name
+    std::uint64_t names;   // that lead to it; 0 once it was removed
+    bool regular;          // a file on a disk
 };
+
+// Two with the same device and number are one.
+inline bool OS_IsSameFile(const OS_fileIdentity &in_one, const OS_fileIdentity &in_two) {
+    return in_one.device == in_two.device && in_one.number == in_two.number;
+}
 
 // What _read has read ahead of a descriptor, from next up to end.  A caller may take bytes from its front by
 // moving next, in place of a _read.
@@ -240,11 +255,48 @@ struct OS_readAhead {
 
 using OS_reporter = void (*)(const char *inp_text);
 
+// Takes bytes of a stream: how many it took, 0 for a failure, with errno set.
+using OS_writer = std::size_t (*)(void *inp_context, const char *inp_bytes, std::size_t in_size);
+
+// The results of what can meet another program.
+constexpr int OS_DONE = 0;
+constexpr int OS_TAKEN = 1;    // another one has the file, or the name
+constexpr int OS_REFUSED = -1; // by the system; errno tells why
+
 extern "C" {
 
-// 0, or -1 when there is no such file.  OS_IdentifyName looks at a symbolic link itself, not behind it.
+// 0, or -1 when there is no such file.  OS_IdentifyName looks at a symbolic link itself, OS_IdentifyTarget
+// behind it.
 int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity);
 int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity);
+int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity);
+
+// OS_IdentifyDescriptor for a file whose later changes shall all show.  File times advance in steps, so a
+// file that was changed just now is looked at again when the step is over.
+int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity);
+
+// An exclusive advisory lock on an open file, which all its descriptors share and the last one to close ends.
+// OS_DONE, OS_TAKEN or OS_REFUSED; never waits.
+int OS_LockFile(int in_fd);
+void OS_UnlockFile(int in_fd);
+
+// Gives a file another name in its folder without replacing what may have that name: OS_TAKEN then, and
+// OS_REFUSED on any other failure.
+int OS_MoveName(const char *inp_from, const char *inp_to);
+
+// Opens a file to append to, and makes it if there is none; a symbolic link is followed, also one that leads
+// nowhere yet.  -1 on failure.  *outp_made is the path at which a file was made, to be released with free,
+// or null.
+int OS_OpenToAppend(const char *inp_path, char **outp_made);
+
+// The last byte of an open file; -1 when it is empty or not to be read.
+int OS_LastByte(int in_fd);
+
+// Cuts an open file to a size and, where it is not appended to, moves its position there.  0, or -1.
+int OS_CutFile(int in_fd, std::int64_t in_size);
+
+// A stream for writing whose bytes go to a function; null on failure.
+std::FILE *OS_StreamTo(OS_writer in_writer, void *inp_context);
 
 // Good until the descriptor is closed; null when there is none.
 OS_readAhead *OS_ReadAheadOf(int in_fd);
@@ -257,10 +309,19 @@ int OS_SyncFolderOf(const char *inp_path);
 int OS_HoldAgainstWriters(int in_fd);
 
 // What a program of this system needs of its process, first of all: a failed write to a pipe without a reader
-// is an error of that write, and the arrival of a writer whom a file is held against goes unnoticed, instead
-// of either being the program's end; and no file that it opens takes the place of a standard stream that came
-// closed.
+// or beyond the size that files may have is an error of that write, and the arrival of a writer whom a file
+// is held against goes unnoticed, instead of being the program's end; and no file that it opens takes the
+// place of a standard stream that came closed.
 void OS_PrepareProcess();
+
+// From now on the first signal that asks the program to end (interrupt, termination, hang-up) is noted and
+// the second one ends it.  A signal that the program was started to ignore stays ignored.
+void OS_NoteEndSignals();
+// The noted signal, or 0.
+int OS_NotedSignal();
+// Ends the program as the noted signal would have; without one it returns.
+void OS_EndBySignal();
+void OS_Sleep(int in_milliseconds);
 
 // A variable of the environment that steers the program itself; null when it is not set, and when lent rights
 // make the caller's environment one not to be trusted.

@@ -11,8 +11,8 @@
 
 // ---- The catalogue ----
 
-constexpr int kMessageSet = 0x3b;
-constexpr std::uint32_t kNumberMask = 0xffff; // the part of a code that is the message's number
+constexpr std::uint32_t kNumberMask = 0xffff; // the part of a code that is the message's number in its set
+constexpr unsigned kSetShift = 16;
 
 // catopen's result without a catalogue.
 static const nl_catd kNoCatalogue = reinterpret_cast<nl_catd>(std::intptr_t{-1});
@@ -53,7 +53,8 @@ std::int32_t MSG_GetUnformatted(std::int32_t, std::uint32_t in_code, std::int32_
     if (catalogue == kNoCatalogue)
         return 1;
     static const char absent = '\0'; // known by its address
-    const char *text = catgets(catalogue, kMessageSet, static_cast<int>(in_code & kNumberMask), &absent);
+    const char *text = catgets(catalogue, static_cast<int>(in_code >> kSetShift),
+                               static_cast<int>(in_code & kNumberMask), &absent);
     if (text == &absent)
         return 1;
     const std::size_t length = std::strlen(text);

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "samples/oid_table.h"
@@ -49,7 +50,7 @@ TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {
     };
     const Log sound = logOf({march(), withDocument({text})});
     expectDeleted(true, "sound", sound, "-da");
-    expectDeleted(false, "no record", Log());
+    expectDeleted(true, "no record", Log());
     expectDeleted(false, "record cut short", Log(sound).cutTo(sound.size() - 1));
     expectDeleted(false, "stray bytes", Log(sound).raw("abc"));
     expectDeleted(false, "record count of zero", Log(sound).raw(zero));
@@ -100,30 +101,39 @@ TEST(Deletion, CurrentLogStays) {
     EXPECT_TRUE(fs::exists(system.log("current")));
 }
 
-TEST(Deletion, LogsWhoseLinesAreLostStay) {
+TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
     int pipe[2];
     ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);
     close(pipe[0]);
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     const auto expectKept = [](const char *label, const std::vector<std::string> &arguments,
-                               const ToolRun &run) {
+                               const ToolRun &run, const std::string &err) {
         SCOPED_TRACE(label);
         PrintSystem system;
         system.save("19990301", logOf({jobOf({{"job-name", {std::string(600'000, 'x')}}})}));
         system.save("19990302", logOf({march()}));
         const ToolResult result = system.run(arguments, run);
         EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(result.err, err);
         EXPECT_TRUE(fs::exists(system.log("19990301")) && fs::exists(system.log("19990302")));
-        EXPECT_TRUE(wasKept(result, "the report could not be written: ")) << result.log;
+        EXPECT_NE(result.log.find("the report could not be written: "), std::string::npos);
+        EXPECT_TRUE(wasKept(result, "the log for the date 19990301")) << result.log;
+        EXPECT_FALSE(wasKept(result, "the log for the date 19990302")) << result.log;
     };
-    expectKept("full device", {"-d", "alpha"}, {.output = full});
-    expectKept("pipe without a reader", {"-d", "alpha"}, {.output = pipe[1]});
-    expectKept("closed stream", {"-d", "alpha"}, {.closed = {1}});
-    expectKept("report file on a full device", {"-d", "-o", "/dev/full", "alpha"}, {});
-    expectKept("report file without a disk", {"-d", "-o", "/dev/null", "alpha"}, {});
+    const std::string output = "qvledger: the report could not be written to standard output: ";
+    expectKept("full device", {"-d", "alpha"}, {.output = full}, output + "No space left on device.\n");
+    expectKept("pipe without a reader", {"-d", "alpha"}, {.output = pipe[1]}, "");
+    expectKept("closed stream", {"-d", "alpha"}, {.closed = {1}}, output + "Bad file descriptor.\n");
+    expectKept("report file on a full device", {"-d", "-o", "/dev/full", "alpha"}, {},
+               "qvledger: the report /dev/full could not be written: No space left on device.\n");
     close(pipe[1]);
     close(full);
+
+    PrintSystem system;
+    system.save("19990301", logOf({march()}));
+    const ToolResult result = system.run({"-d", "-o", "/dev/null", "alpha"});
+    EXPECT_EQ(result.err, "");
+    EXPECT_FALSE(fs::exists(system.log("19990301"))) << "what has no disk is safe once it is written";
 }
 
 // The report's pipe is kept full, so that the tool has read the log to its end and waits before it deletes.
@@ -163,7 +173,8 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
         fs::rename(system.log("current"), system.log(kTail));
     };
     const char *const grew = "it is not as long as what was read of it",
-                      *other = "it is not the file that was read";
+                      *other = "it is not the file that was read",
+                      *written = "it was written to since it was read";
 
     expectAfter("unchanged", kTail, [](PrintSystem &) {});
     expectAfter("current log got the day's name", "current", nameOfDay);
@@ -174,6 +185,13 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
     expectAfter("current log got the day's name and grew", "current", renameAndGrow, grew);
     expectAfter(
         "shortened", kTail, [](PrintSystem &system) { fs::resize_file(system.log(kTail), 10); }, grew);
+    const auto overwrite = [](PrintSystem &system) {
+        Bytes bytes = readFile(system.log(kTail));
+        writeFile(system.log(kTail), bytes.replace(bytes.size() - 100, 8, "reprints")); // the same file
+    };
+    expectAfter("overwritten in place", kTail, overwrite, written);
+    const auto inTheWay = [](PrintSystem &system) { writeFile(system.log("19990301.being-deleted"), ""); };
+    expectAfter("its name for the time of the deletion is taken", kTail, inTheWay, "is taken");
     const auto copy = [](PrintSystem &system) {
         fs::copy_file(system.log(kTail), system.log("copy"));
         fs::rename(system.log("copy"), system.log(kTail));
@@ -215,8 +233,9 @@ TEST(Deletion, ReportFileIsOnItsDiskBeforeALogGoes) {
             calls += "folder ";
             return sync;
         });
-        const Scripted unlinked(script::_unlink, [&](const char *) {
+        const Scripted unlinked(script::_unlink, [&](const char *name) {
             calls += "unlink ";
+            EXPECT_TRUE(fs::remove(name));
             return 0;
         });
         EXPECT_EQ(run({.serverName = "alpha",
@@ -230,6 +249,36 @@ TEST(Deletion, ReportFileIsOnItsDiskBeforeALogGoes) {
     };
     expectCalls("new file", 0, 0, false, "commit folder unlink commit unlink ");
     expectCalls("existing file", 0, 0, true, "commit unlink commit unlink ");
-    expectCalls("file not synced", -1, 0, false, "commit commit ");
+    expectCalls("file not synced", -1, 0, false, "commit ");
     expectCalls("folder not synced", 0, -1, false, "commit folder commit folder ");
+}
+
+TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
+    PrintSystem system;
+    const fs::path report = system / "report", aside = system.log("19990301.being-deleted");
+    system.save(kTail, logOf({march()}));
+    const int held = open(system.log(kTail).c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(OS_LockFile(held), OS_DONE);
+    const pid_t waiting = system.start({"-d", "-o", report, "alpha"});
+    usleep(1'300'000);
+    EXPECT_EQ(waitpid(waiting, nullptr, WNOHANG), 0) << "it waits for the log";
+    fs::remove(system.log(kTail)); // as the run that has it does
+    close(held);
+    const ToolResult result = system.finish(waiting);
+    EXPECT_EQ(result.status, 6);
+    EXPECT_EQ(result.err, "qvledger: waiting for " + system.log(kTail).string() +
+                              ", which another run holds.\n"
+                              "Unable to open the accounting log for the date 19990301.\n");
+    EXPECT_FALSE(fs::exists(report));
+
+    system.save("19990301.being-deleted", logOf({march()})); // a killed run's
+    EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is no log";
+    EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}).status, 0);
+    EXPECT_EQ(readFile(report), "job-name\nmarch\n");
+    EXPECT_FALSE(fs::exists(aside) || fs::exists(system.log(kTail)));
+    for (const char *tail : {"19990301.being-deleted", kTail})
+        system.save(tail, logOf({march()}));
+    EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted stays under the name " +
+                                                   aside.string() + ", for its own one was taken.\n");
+    EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither takes the other's place";
 }

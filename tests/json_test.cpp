@@ -112,12 +112,15 @@ TEST(Json, EndsAsTheToolDoes) {
     EXPECT_EQ(system.run({"-V"}, kJson).out, system.run({"-V"}).out);
 }
 
-TEST(Json, AFullOutputIsLogged) {
+TEST(Json, AFullOutputIsToldAndHasItsStatus) {
     PrintSystem system;
     system.save("19990301", logOf({jobOf({{"job-name", {"x"}}})}));
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
     const ToolResult result = system.run({"alpha"}, {.output = full, .program = QVLEDGER_JSON_BINARY});
     close(full);
-    EXPECT_EQ(result.entries,
-              std::vector<std::string>{"the report could not be written: No space left on device"});
+    EXPECT_EQ(result.status, 74);
+    EXPECT_EQ(result.err,
+              "qvledger: the report could not be written to standard output: No space left on device.\n");
+    EXPECT_EQ(result.entries, std::vector<std::string>{"the report could not be written: standard output: "
+                                                       "No space left on device"});
 }

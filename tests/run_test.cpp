@@ -1,12 +1,16 @@
 // How runs end: status, messages, log entries, and what becomes of the report file.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <functional>
 
+#include <fcntl.h>
 #include <grp.h>
 #include <pwd.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include "platform/os.h"
 #include "samples/account.h"
 #include "tests/support/run_tool.h"
 
@@ -127,6 +131,91 @@ TEST(Run, MessagesStayOutOfTheReportWhenTheErrorStreamIsClosed) {
     writeFile(report, "");
     EXPECT_EQ(system.run({"-o", report, "alpha"}, {.closed = {0, 1, 2}}).status, 7);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");
+}
+
+TEST(Run, ReportFileIsHeldAndEndsInWholeLines) {
+    PrintSystem system;
+    system.save("19990301", march());
+    const fs::path report = system / "report", link = system / "link";
+    fs::create_symlink("report", link);
+    EXPECT_EQ(system.run({"-o", link, "-s", "19990302", "alpha"}).status, 29);
+    EXPECT_FALSE(fs::exists(report)) << "made through the link, and of no use";
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(system.run({"-o", link, "alpha"}).status, 0);
+    writeFile(report, "half a line");
+    EXPECT_EQ(system.run({"-g", "-o", link, "alpha"}).status, 0);
+    EXPECT_EQ(readFile(report), "half a line\nmarch\n");
+
+    const int held = open(report.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(OS_LockFile(held), OS_DONE);
+    const pid_t waiting = system.start({"-o", report, "alpha"}),
+                ended = system.start({"-o", report, "alpha"});
+    usleep(100'000);
+    kill(ended, SIGTERM);
+    EXPECT_EQ(system.finish(ended).status, 1000 + SIGTERM);
+    EXPECT_EQ(readFile(report), "half a line\nmarch\n");
+    fs::rename(report, system / "moved");
+    close(held);
+    EXPECT_EQ(system.finish(waiting).status, 0);
+    EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "in the file that has the name now";
+}
+
+TEST(Run, ReportThatIsALogIsRefused) {
+    PrintSystem system;
+    for (const char *tail : {"19990301", "current"})
+        system.save(tail, march());
+    const std::string before = readFile(system.log("current"));
+    fs::create_symlink(system.log("current"), system / "link");
+    fs::create_hard_link(system.log("current"), system / "second name");
+    for (const fs::path &report :
+         {system.log("current"), system / "link", system / "second name", system.log("new")}) {
+        const ToolResult result = system.run({"-o", report, "-e", "19990301", "alpha"});
+        EXPECT_EQ(result.status, 30);
+        EXPECT_EQ(result.err,
+                  "Unable to open the file " + report.string() + " to append more accounting information.\n");
+    }
+    const int output = open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    EXPECT_EQ(system.run({"alpha"}, {.output = output}).status, 30);
+    close(output);
+    EXPECT_EQ(readFile(system.log("current")), before);
+    EXPECT_FALSE(fs::exists(system.log("new")));
+}
+
+TEST(Run, SignalsEndItBehindTheRecordAtHand) {
+    for (const int asked : {SIGINT, SIGTERM, SIGHUP}) {
+        PrintSystem system;
+        const fs::path report = system / "report";
+        system.save("19990301", march());
+        system.save("19990302",
+                    logOf(std::vector<Job>(40'000, jobOf({{"job-name", {std::string(900, 'x')}}}))));
+        writeFile(report, "");
+        const pid_t run = system.start({"-d", "-o", report, "alpha"});
+        while (fs::file_size(report) < 1'000'000)
+            usleep(200);
+        kill(run, asked);
+        EXPECT_EQ(system.finish(run).status, 1000 + asked);
+        const std::string written = readFile(report);
+        EXPECT_EQ((written.size() - std::string("job-name\nmarch\n").size()) % 901, 0U) << "whole lines";
+        EXPECT_LT(written.size(), 36'000'000U);
+        EXPECT_FALSE(fs::exists(system.log("19990301")));
+        EXPECT_TRUE(fs::exists(system.log("19990302")));
+    }
+}
+
+TEST(Run, AFullFileKeepsItsWholeLines) {
+    PrintSystem system;
+    const fs::path report = system / "report";
+    system.save("19990301", logOf(std::vector<Job>(1000, jobOf({{"job-name", {std::string(999, 'x')}}}))));
+    const rlimit limit = {500'500, RLIM_INFINITY}, none = {RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    const pid_t run = system.start({"-d", "-g", "-o", report, "alpha"});
+    setrlimit(RLIMIT_FSIZE, &none);
+    const ToolResult result = system.finish(run);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err,
+              "qvledger: the report " + report.string() + " could not be written: File too large.\n");
+    EXPECT_EQ(fs::file_size(report), 500'000U);
+    EXPECT_TRUE(fs::exists(system.log("19990301")));
 }
 
 TEST(Run, AccessListDecidesByUserAndGroup) {

@@ -10,11 +10,13 @@
 
 int main(int argc, char **argv) {
     OS_PrepareProcess();
+    OS_NoteEndSignals();
     dropLentRights();
     std::setlocale(LC_ALL, "");
     LOG_Init("stdout", "E");
     MSG_UsageBegin("qvledg");
     const int status = run(readOptions(argc, argv));
     MSG_UsageEnd();
+    OS_EndBySignal();
     return status;
 }

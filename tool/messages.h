@@ -15,6 +15,10 @@ constexpr std::uint32_t kMsgReportFile = 0x3b006f;
 constexpr std::uint32_t kMsgEnvironment = 0x3b0070;
 constexpr std::uint32_t kMsgCloseFailed = 0x3b0074;
 constexpr std::uint32_t kMsgNoLogs = 0x3b0079;
+constexpr std::uint32_t kMsgWaiting = 0x3c0001;
+constexpr std::uint32_t kMsgReportLost = 0x3c0002;
+constexpr std::uint32_t kMsgOutputLost = 0x3c0003;
+constexpr std::uint32_t kMsgLeftAside = 0x3c0004;
 
 // Prints a message with its arguments.
 void DisplayMsg(std::uint32_t in_msgCode, ...);

@@ -1,6 +1,7 @@
 #include "tool/progress.h"
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 
 #include "platform/os.h"
@@ -34,10 +35,10 @@ static bool isSetTo(const char *inp_variable, const char *inp_value) {
     return value != nullptr && std::strcmp(value, inp_value) == 0;
 }
 
-void startProgress(std::FILE *inp_report, std::int32_t in_numLogs) {
+void startProgress(bool in_reportIsTerminal, std::int32_t in_numLogs) {
     state = {};
-    state.shows = _isatty(_fileno(stderr)) != 0 && _isatty(_fileno(inp_report)) == 0 &&
-                  !isSetTo("QV_PROGRESS", "0") && !isSetTo("QV_LOG", "stderr");
+    state.shows = _isatty(_fileno(stderr)) != 0 && !in_reportIsTerminal && !isSetTo("QV_PROGRESS", "0") &&
+                  !isSetTo("QV_LOG", "stderr");
     state.numLogs = in_numLogs;
     state.started = milliseconds();
     state.lastDrawn = state.started; // a short run shows nothing

@@ -6,10 +6,9 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 
 // The run begins with that many logs before it.
-void startProgress(std::FILE *inp_report, std::int32_t in_numLogs);
+void startProgress(bool in_reportIsTerminal, std::int32_t in_numLogs);
 
 // A log of the date is read from now on; one more record was written.  The line is drawn again at most four
 // times a second.

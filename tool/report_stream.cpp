@@ -1,71 +1,253 @@
 #include "tool/report_stream.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
-#include "platform/os.h"
 #include "service/log.h"
+#include "tool/holding.h"
+#include "tool/messages.h"
 
-// Outlives every stream: standard output is flushed once more when the program ends.
-static char buffer[256 * 1024];
+constexpr std::size_t kStreamSize = 32 * 1024;
 
-bool ReportStream::open(const char *inp_fileName) {
+// Of the one report that a program writes.
+static char streamBuffer[kStreamSize];
+static char lines[256 * 1024]; // on their way to the system
+
+static const char *const kStandardOutput = "standard output";
+
+// ---- Opening ----
+
+ReportStream::Opened ReportStream::open(const char *inp_fileName) {
     fileName = inp_fileName;
-    if (fileName == nullptr) {
-        fl = stdout;
-    } else {
-        fl = std::fopen(fileName, "ax"); // only if there is no such file
-        created = fl != nullptr;
-        if (fl == nullptr && errno == EEXIST)
-            fl = std::fopen(fileName, "a");
-    }
+    fd = _fileno(stdout);
+    const Opened opened = fileName != nullptr ? openFile() : hold();
+    if (opened != Opened::Yes)
+        return opened;
+    fl = OS_StreamTo(takeBytes, this);
     if (fl == nullptr)
+        return Opened::No;
+    static_cast<void>( // refused, it has a buffer of its own
+        std::setvbuf(fl, streamBuffer, isTerminal() ? _IOLBF : _IOFBF, sizeof streamBuffer));
+    return Opened::Yes;
+}
+
+// Another run may remove or replace the file that was opened before it lets go of it.
+ReportStream::Opened ReportStream::openFile() {
+    for (;;) {
+        char *made = nullptr;
+        fd = OS_OpenToAppend(fileName, &made);
+        madePath.reset(made);
+        if (fd == -1)
+            return Opened::No;
+        const Opened opened = hold();
+        if (opened != Opened::Yes || !held || nameLeadsHere())
+            return opened;
+        static_cast<void>(_close(fd)); // nothing was written
+        fd = -1;
+    }
+}
+
+ReportStream::Opened ReportStream::hold() {
+    if (OS_IdentifyDescriptor(fd, &identity) != 0)
+        identity = {}; // closed: the first write fails
+    if (!identity.regular)
+        return Opened::Yes;
+    const char *name = fileName != nullptr ? fileName : kStandardOutput;
+    switch (holdFile(fd, name)) {
+    case ALA__holdResult::Held:
+        held = true;
+        break;
+    case ALA__holdResult::NotKnown:
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report %s cannot be held against other runs: %s",
+                        name, std::strerror(errno));
+        break;
+    case ALA__holdResult::GivenUp:
+        return Opened::GivenUp;
+    }
+    // Another run may have written to it first.
+    return OS_IdentifyDescriptor(fd, &identity) == 0 ? Opened::Yes : Opened::No;
+}
+
+bool ReportStream::nameLeadsHere() const {
+    OS_fileIdentity named = {};
+    return OS_IdentifyTarget(fileName, &named) == 0 && OS_IsSameFile(named, identity);
+}
+
+// ---- Writing ----
+
+std::size_t ReportStream::takeBytes(void *inp_stream, const char *inp_bytes, std::size_t in_size) {
+    return static_cast<ReportStream *>(inp_stream)->take(inp_bytes, in_size);
+}
+
+std::size_t ReportStream::take(const char *inp_bytes, std::size_t in_size) {
+    for (std::size_t taken = 0; taken < in_size && !lost;) {
+        const std::size_t size = std::min(in_size - taken, sizeof lines - waiting);
+        std::memcpy(lines + waiting, inp_bytes + taken, size);
+        waiting += size;
+        taken += size;
+        if (waiting == sizeof lines)
+            static_cast<void>(writeLines(false)); // lost tells
+    }
+    if (!lost && isTerminal())
+        static_cast<void>(writeLines(false));
+    return lost ? 0 : in_size;
+}
+
+// The whole lines in the buffer; everything if that is asked for, or if there is no line end in a full one.
+bool ReportStream::writeLines(bool in_all) {
+    const void *lineEnd = memrchr(lines, '\n', waiting);
+    std::size_t size = waiting;
+    if (lineEnd != nullptr && !in_all)
+        size = static_cast<std::size_t>(static_cast<const char *>(lineEnd) - lines) + 1;
+    else if (waiting != sizeof lines && !in_all)
+        return !lost;
+    if (lost || (size != 0 && !write(size)))
         return false;
-    if (fileName != nullptr || _isatty(_fileno(fl)) == 0)
-        static_cast<void>(std::setvbuf(fl, buffer, _IOFBF, sizeof buffer)); // refused, it stays as it was
+    waiting -= size;
+    std::memmove(lines, lines + size, waiting);
     return true;
 }
 
-static void logWriteFailure() {
-    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report could not be written: %s",
-                    std::strerror(errno));
+// Counts what has reached the system.
+void ReportStream::count(std::size_t in_size) {
+    const char *from = lines;
+    const void *lineEnd = memrchr(from, '\n', in_size);
+    written += static_cast<std::int64_t>(in_size);
+    openLine = lineEnd == nullptr ? openLine + static_cast<std::int64_t>(in_size)
+                                  : from + in_size - static_cast<const char *>(lineEnd) - 1;
 }
 
-bool ReportStream::isSafe() {
-    if (std::ferror(fl) != 0)
-        return false; // the failure was logged when it was met, or is when the stream is closed
-    if (std::fflush(fl) != 0) {
-        logWriteFailure();
+bool ReportStream::write(std::size_t in_size) {
+    if (!beginLine())
         return false;
+    std::size_t size = in_size;
+    for (std::size_t done = 0; done < size;) {
+        const int got = _write(fd, lines + done, static_cast<unsigned>(size - done));
+        const int error = got < 0 ? errno : 0;
+        done += static_cast<std::size_t>(std::max(got, 0));
+        if (done < size && !identity.regular && OS_NotedSignal() != 0) {
+            // Whoever should take it does not, and the program is asked to end: only the line at hand goes
+            // on.
+            const void *lineEnd = std::memchr(lines + done, '\n', size - done);
+            const bool atLineEnd = done == 0 || lines[done - 1] == '\n';
+            size = atLineEnd || lineEnd == nullptr
+                       ? done
+                       : static_cast<std::size_t>(static_cast<const char *>(lineEnd) - lines) + 1;
+        }
+        if (got <= 0 && error != EINTR) {
+            count(done);
+            return fail(got < 0 ? error : EIO);
+        }
     }
-    if (fileName == nullptr)
+    count(size);
+    return size == in_size || fail(EINTR);
+}
+
+// What another run or program could not finish stays a line of its own.
+bool ReportStream::beginLine() {
+    if (begun)
         return true;
-    if (_commit(_fileno(fl)) != 0) {
-        logWriteFailure();
-        return false;
-    }
-    if (created && !folderSynced) {
-        folderSynced = OS_SyncFolderOf(fileName) == 0;
-        if (!folderSynced)
-            logWriteFailure();
-        return folderSynced;
-    }
-    return true;
+    begun = true;
+    if (!identity.regular || identity.size == 0)
+        return true;
+    const int last = OS_LastByte(fd);
+    if (last == -1 || last == '\n')
+        return true;
+    return _write(fd, "\n", 1) == 1 || fail(errno);
 }
 
-void ReportStream::close() {
+bool ReportStream::flush() {
+    const bool flushed = fl == nullptr || std::fflush(fl) == 0;
+    return !lost && flushed && writeLines(true);
+}
+
+// False, for the caller to return.
+bool ReportStream::fail(int in_error) {
+    const bool told =
+        in_error == EPIPE || in_error == EINTR; // by whoever stopped reading, or asked for the end
+    const char *reason = std::strerror(in_error);
+    lost = true;
+    waiting = 0;
+    if (!told && fileName != nullptr)
+        DisplayMsg(kMsgReportLost, fileName, reason);
+    else if (!told)
+        DisplayMsg(kMsgOutputLost, reason);
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report could not be written: %s: %s",
+                    fileName != nullptr ? fileName : kStandardOutput, reason);
+    cutBack();
+    errno = in_error;
+    return false;
+}
+
+// Takes back the part of a line that was written last, if nothing stands behind it.
+void ReportStream::cutBack() {
+    if (!held || openLine == 0)
+        return;
+    OS_fileIdentity present = {};
+    const std::int64_t end = _lseek(fd, 0, SEEK_CUR);
+    if (OS_IdentifyDescriptor(fd, &present) != 0 || present.size != end ||
+        OS_CutFile(fd, end - openLine) != 0) {
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report ends in a part of a line");
+        return;
+    }
+    written -= openLine;
+    openLine = 0;
+}
+
+// ---- What becomes of it ----
+
+const char *ReportStream::whyNotSafe() {
+    if (!flush())
+        return "its lines have not all reached the report";
+    if (!identity.regular)
+        return nullptr; // it has no disk, and who reads it has it
+    if (!held)
+        return "its report cannot be held against other runs";
+    if (_commit(fd) != 0) {
+        static_cast<void>(fail(errno)); // once lost, a later success means nothing
+        return "its lines have not all reached the disk";
+    }
+    if (madePath != nullptr && !folderSynced) {
+        folderSynced = OS_SyncFolderOf(madePath.get()) == 0;
+        if (!folderSynced)
+            return "the name of its report has not reached the disk";
+    }
+    return nullptr;
+}
+
+const char *ReportStream::whyNotInPlace() const {
+    OS_fileIdentity present = {};
+    if (!identity.regular)
+        return nullptr;
+    const bool isThere = fileName != nullptr ? nameLeadsHere()
+                                             : OS_IdentifyDescriptor(fd, &present) == 0 && present.names != 0;
+    return isThere ? nullptr : "its report is no longer there";
+}
+
+void ReportStream::finish() {
     if (fl == nullptr)
         return;
-    const bool failedBefore = std::ferror(fl) != 0;
-    const bool flushed = std::fflush(fl) == 0;
-    if (failedBefore || !flushed)
-        logWriteFailure();
-    if (fileName != nullptr)
-        static_cast<void>(std::fclose(fl)); // its one failure left was told above
+    static_cast<void>(flush()); // told where it failed
+    static_cast<void>(std::fclose(fl));
     fl = nullptr;
 }
 
 void ReportStream::removeIfCreated() {
-    if (created && _unlink(fileName) == 0)
-        created = false;
+    OS_fileIdentity present = {};
+    if (madePath == nullptr || !held || identity.size != 0 || !nameLeadsHere() ||
+        OS_IdentifyDescriptor(fd, &present) != 0 || present.size != written)
+        return;
+    if (_unlink(madePath.get()) == 0)
+        madePath.reset();
+}
+
+void ReportStream::close() {
+    finish();
+    if (fileName == nullptr && held)
+        OS_UnlockFile(fd); // whoever started the program goes on with the same file
+    else if (fileName != nullptr && fd != -1 && _close(fd) != 0 && !lost)
+        static_cast<void>(fail(errno));
+    fd = -1;
+    held = false;
 }

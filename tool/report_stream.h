@@ -1,32 +1,81 @@
 // Where the report goes: standard output, or a file that it is appended to.
+//
+// A report that is a file on a disk is held against other runs from its opening to its closing.  What is
+// written reaches the system in whole lines, but for a line longer than the buffer.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
+
+#include "ala/driver.h"
+#include "platform/malloced.h"
+#include "platform/os.h"
 
 class ReportStream {
 public:
+    enum class Opened : std::uint8_t {
+        Yes,
+        No,
+        GivenUp // the program was asked to end while another run had the file
+    };
+
     ReportStream() = default;
     ~ReportStream() { close(); }
     ReportStream(const ReportStream &) = delete;
     ReportStream &operator=(const ReportStream &) = delete;
 
-    // Standard output if the name is null.  False when the file cannot be opened for appending.
-    bool open(const char *inp_fileName);
+    // Standard output if the name is null.
+    Opened open(const char *inp_fileName);
 
     std::FILE *stream() const { return fl; }
+    bool isTerminal() const { return _isatty(fd) != 0; }
+    // The log that the report would go into; null when it is none of them.
+    const ALA_name *findIn(ALA_handle_t in_handle, const ALA_name *inp_logs) const {
+        return identity.regular ? ALA__FindLog(in_handle, inp_logs, identity) : nullptr;
+    }
 
-    // Have all lines so far reached their place?  Flushed without an error, and in a file on its disk.
-    bool isSafe();
+    // Could something not be written?  The user was told, and nothing more is written.
+    bool failed() const { return lost; }
 
-    // A failure to write the last lines goes to the log.
-    void close();
+    // Have all lines so far reached their place: written, and in a file also on its disk?  Null, or why a log
+    // with these lines has to stay.
+    const char *whyNotSafe();
+    // Directly before a log goes: is the file that was made safe still the one that has the report's name?
+    const char *whyNotInPlace() const;
 
-    // A run that failed, or found nothing, leaves no file behind that it made itself.
+    // Writes what is left.
+    void finish();
+
+    // A run that failed, or found nothing, leaves no file behind that it made itself.  REQUIRES: finish().
     void removeIfCreated();
 
+    void close();
+
 private:
+    Opened openFile();
+    Opened hold();
+    bool nameLeadsHere() const;
+    static std::size_t takeBytes(void *inp_stream, const char *inp_bytes, std::size_t in_size);
+    std::size_t take(const char *inp_bytes, std::size_t in_size);
+    bool flush();
+    bool writeLines(bool in_all);
+    bool write(std::size_t in_size);
+    bool beginLine();
+    void count(std::size_t in_size);
+    bool fail(int in_error);
+    void cutBack();
+
     std::FILE *fl = nullptr;
-    const char *fileName = nullptr;
-    bool created = false;
+    int fd = -1;
+    const char *fileName = nullptr; // null: standard output
+    Malloced<char> madePath;        // of the file, if this run made it
+    OS_fileIdentity identity = {};  // when it was opened
+    bool held = false;
     bool folderSynced = false;
+    bool begun = false;
+    bool lost = false;
+    std::size_t waiting = 0;   // bytes in the buffer
+    std::int64_t written = 0;  // bytes in all
+    std::int64_t openLine = 0; // of these, behind the last line end
 };

@@ -4,10 +4,12 @@
 #include <memory>
 
 #include "ala/cursor/cursor.h"
+#include "ala/driver.h"
 #include "ala/handle.h"
 #include "service/message.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
+#include "tool/stop.h"
 
 std::int32_t needDoc = 0;
 
@@ -173,7 +175,7 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
         result = names.take(mainh, current.get(), &changed);
     if (result != ALA_N_NORMAL) {
         tellFailure(result, kInternalError);
-        return false;
+        return ALA__HoldsNoRecord(*loghPtr);
     }
 
     bool header = false;
@@ -195,6 +197,8 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
             logFailure(kInternalError, freed);
             return false;
         }
+        if (mustStop(fl))
+            return false;
 
         result = ALA_GetNextJobRecord(mainh, loghPtr, &read);
         current.reset(read);

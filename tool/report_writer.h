@@ -11,8 +11,8 @@
 extern std::int32_t needDoc;
 
 // Writes all records of an open log.  inoutp_list carries the names of the record written last from one log
-// to the next.  True when the walk ended at the end of the log and nothing in it had to be passed over; every
-// failure but those inside documents was told to the user.
+// to the next.  True when the walk ended at the end of the log and nothing in it had to be passed over, also
+// of a log without a record; every failure but those inside documents was told to the user.
 bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
            std::int32_t suppressHeaders, ALA_attrName **inoutp_list);
 

@@ -6,16 +6,18 @@
 
 #include "ala/ala.h"
 #include "ala/directory/directory.h"
+#include "ala/driver.h"
 #include "ala/environment.h"
-#include "ala/log/log.h"
 #include "ala/owners.h"
 #include "service/log.h"
 #include "service/message.h"
+#include "tool/holding.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
 #include "tool/report_stream.h"
 #include "tool/report_writer.h"
 #include "tool/rights.h"
+#include "tool/stop.h"
 
 constexpr std::int32_t kNoUpperBound = 99999999;
 
@@ -118,13 +120,32 @@ static ALA_retCode_t registerServer(const Options &in_options, const char *inp_l
     return ALA_Register(in_options.serverName, inp_logPath, in_options.oidPath, outp_mainh);
 }
 
+namespace {
+
+// What the facility asks and tells while it deletes logs.
+class Deletion final : public ALA__deletion {
+public:
+    explicit Deletion(const ReportStream &in_report) : report(in_report) {}
+    const char *objection() override { return report.whyNotInPlace(); }
+    void leftAside(const char *inp_path) override { DisplayMsg(kMsgLeftAside, inp_path); }
+
+private:
+    const ReportStream &report;
+};
+
+} // namespace
+
 // Registers and lists the server's logs.  0, or the code that ends the run.
 static ALA_retCode_t startFacility(const Options &in_options, const char *inp_logPath,
-                                   Facility &outp_facility) {
+                                   const ReportStream &in_report, Facility &outp_facility) {
     ALA_retCode_t result = registerServer(in_options, inp_logPath, &outp_facility.mainh);
     if (result != ALA_N_NORMAL) {
         tellFailure(result, nullptr);
         return result;
+    }
+    if (in_options.dflg != 0) {
+        Deletion deletion(in_report);
+        ALA__PutBackLogs(outp_facility.mainh, deletion);
     }
     const LentRights rights(in_options.acctPath2 == nullptr);
     result =
@@ -136,16 +157,28 @@ static ALA_retCode_t startFacility(const Options &in_options, const char *inp_lo
     return result;
 }
 
+// A report that went into a log would be read as its records.
+static bool refuseLogAsReport(const Options &in_options, const Facility &in_facility,
+                              const ReportStream &in_report) {
+    const LentRights rights(in_options.acctPath2 == nullptr);
+    const ALA_name *log = in_report.findIn(in_facility.mainh, in_facility.nameList);
+    if (log == nullptr)
+        return false;
+    DisplayMsg(kMsgReportFile, in_options.ofile != nullptr ? in_options.ofile : log->logName);
+    return true;
+}
+
 static void logKept(std::int32_t in_date, const char *in_why) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", in_date,
                     in_why);
 }
 
-// A log goes only once all that the report shows of it is safe there.
-static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const OS_fileIdentity &in_read,
-                      LoopState &inoutp_state) {
+// Deletes a log that was read.
+static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const ALA__readLog &in_read,
+                      const ReportStream &in_report, LoopState &inoutp_state) {
+    Deletion deletion(in_report);
     std::int32_t kept = 0;
-    const ALA_retCode_t result = ALA__DeleteRead(mainh, &in_date, &in_read, &kept);
+    const ALA_retCode_t result = ALA__DeleteRead(mainh, &in_date, in_read, deletion, &kept);
     if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept != 0)
         return;
     if (result == ALA_N_NORMAL) {
@@ -160,7 +193,9 @@ static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const OS_file
 static ALA_retCode_t openLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
                              ALA_acctLogHandle_t *outp_logh) {
     const LentRights rights(in_options.acctPath2 == nullptr);
-    return ALA_Open(mainh, &in_date, outp_logh);
+    if (in_options.dflg == 0)
+        return ALA_Open(mainh, &in_date, outp_logh);
+    return ALA__OpenToDelete(mainh, &in_date, holdFile, outp_logh);
 }
 
 // Reports one log, and deletes it under -d.
@@ -173,9 +208,13 @@ static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_
         logFailure(nullptr, result);
         return inoutp_state.fail(result);
     }
+    if (logh == nullptr)
+        return; // asked to end while another run had it
     const bool complete = inoutp_writer.write(mainh, logh, date, inoutp_report.stream());
-    OS_fileIdentity read = {};
-    const bool known = in_options.dflg != 0 && ALA__ReadExtent(logh, &read) == 0;
+    ALA__readLog read;
+    const char *why = complete ? nullptr : "not all of it is in the report";
+    if (in_options.dflg != 0 && why == nullptr)
+        why = ALA__KeepRead(logh, read);
     const ALA_retCode_t closed = ALA_Close(mainh, &logh);
     inoutp_state.noLogFound = false;
     if (closed != ALA_N_NORMAL) {
@@ -185,14 +224,11 @@ static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_
     }
     if (in_options.dflg == 0)
         return;
-    if (!complete)
-        logKept(date, "not all of it is in the report");
-    else if (!inoutp_report.isSafe())
-        logKept(date, "its lines have not all reached the report");
-    else if (!known)
-        logKept(date, "its file cannot be identified");
-    else
-        deleteLog(mainh, in_date, read, inoutp_state);
+    if (why == nullptr)
+        why = inoutp_report.whyNotSafe();
+    if (why != nullptr)
+        return logKept(date, why);
+    deleteLog(mainh, in_date, read, inoutp_report, inoutp_state);
 }
 
 static std::int32_t countLogs(const dateNode *inp_dates, const DateRange &in_range) {
@@ -207,11 +243,13 @@ static std::int32_t countLogs(const dateNode *inp_dates, const DateRange &in_ran
 static void processLogs(const Options &in_options, const Facility &in_facility, ReportStream &inoutp_report,
                         LogWriter &inoutp_writer, LoopState &inoutp_state) {
     const DateRange range = dateRange(in_options);
-    startProgress(inoutp_report.stream(), countLogs(in_facility.dateList, range));
+    startProgress(inoutp_report.isTerminal(), countLogs(in_facility.dateList, range));
     for (const dateNode *node = in_facility.dateList; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (date > range.last)
-            return; // the later ones are newer
+        if (date > range.last) // the later ones are newer
+            return;
+        if (mustStop(inoutp_report.stream()))
+            return;
         if (date < range.first)
             continue;
         progressToLog(date);
@@ -237,35 +275,49 @@ static ALA_retCode_t releaseFacility(Facility &inoutp_facility) {
     return result;
 }
 
-// The run behind its checks.  *outp_leavesFile tells whether a report file that it made has to stay.
-static int reportLogs(const Options &in_options, ReportStream &inoutp_report, LogWriter &inoutp_writer,
-                      bool *outp_leavesFile) {
-    *outp_leavesFile = false;
+// All that comes before the first log.  0, or the status that ends the run.
+static int prepare(const Options &in_options, const ReportStream &in_report, Facility &outp_facility) {
     Malloced<char> defaultPath;
     if (in_options.acctPath2 == nullptr)
         if (const int status = makeDefaultLogPath(defaultPath); status != 0)
             return status;
     const char *logPath = in_options.acctPath2 != nullptr ? in_options.acctPath2 : defaultPath.get();
-    Facility facility;
-    if (const ALA_retCode_t result = startFacility(in_options, logPath, facility); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = startFacility(in_options, logPath, in_report, outp_facility);
+        result != ALA_N_NORMAL)
         return result;
+    return refuseLogAsReport(in_options, outp_facility, in_report) ? kStatusBadStart : 0;
+}
 
+// The run behind its checks, up to its status.
+static int reportLogs(const Options &in_options, ReportStream &inoutp_report, LogWriter &inoutp_writer) {
+    Facility facility;
     LoopState state;
+    const auto removeReport = [&] {
+        if (!state.deletedAny) // the lines of deleted logs exist nowhere else
+            inoutp_report.removeIfCreated();
+    };
+    if (const int status = prepare(in_options, inoutp_report, facility); status != 0) {
+        inoutp_report.finish();
+        removeReport();
+        return status;
+    }
     processLogs(in_options, facility, inoutp_report, inoutp_writer, state);
     endProgress();
-    inoutp_report.close();
-    *outp_leavesFile = !state.errOut || state.deletedAny;
+    inoutp_report.finish();
+    const bool askedToEnd = OS_NotedSignal() != 0;
+    if (state.errOut || askedToEnd)
+        removeReport();
     if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL)
         return result;
-    if (state.noLogFound && !state.errOut) {
+    if (state.noLogFound && !state.errOut && !askedToEnd) {
         DisplayMsg(kMsgNoLogs);
-        *outp_leavesFile = false;
+        removeReport();
         return kStatusNoLogs;
     }
     return state.errOut ? state.finalErr : 0;
 }
 
-int runWith(const Options &in_options, LogWriter &inoutp_writer) {
+int runWith(const Options &in_options, LogWriter &inoutp_writer, int in_statusIfLost) {
     if (in_options.helpflg != 0) {
         DisplayMsg(kMsgUsage);
         return 0;
@@ -286,16 +338,18 @@ int runWith(const Options &in_options, LogWriter &inoutp_writer) {
     if (!datesAreValid(in_options))
         return kStatusBadStart;
     ReportStream report;
-    if (!report.open(in_options.ofile)) {
+    switch (report.open(in_options.ofile)) {
+    case ReportStream::Opened::No:
         DisplayMsg(kMsgReportFile, in_options.ofile);
         return kStatusBadStart;
+    case ReportStream::Opened::GivenUp:
+        return 0; // the signal ends the program
+    case ReportStream::Opened::Yes:
+        break;
     }
-    bool leavesFile = false;
-    const int status = reportLogs(in_options, report, inoutp_writer, &leavesFile);
+    const int status = reportLogs(in_options, report, inoutp_writer);
     report.close();
-    if (!leavesFile)
-        report.removeIfCreated();
-    return status;
+    return report.failed() && in_statusIfLost != kStatusAsUsual ? in_statusIfLost : status;
 }
 
 int run(const Options &in_options) {

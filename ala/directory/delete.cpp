@@ -1,16 +1,16 @@
 // Removal of the log of a past day.
 #include "ala/directory/directory.h"
 
+#include <cerrno>
+#include <cstring>
+
+#include "ala/directory/scan.h"
+#include "ala/driver.h"
+#include "ala/environment.h"
 #include "ala/handle.h"
 #include "ala/trace.h"
 #include "service/clock.h"
 #include "service/system.h"
-
-namespace {
-
-enum class Verdict : std::uint8_t { Remove, Keep, Missing };
-
-} // namespace
 
 static ALA_retCode_t refuseToday(const ALA_time *inp_date) {
     const StatusList status;
@@ -28,44 +28,9 @@ static ALA_retCode_t refuseToday(const ALA_time *inp_date) {
                     today.year, today.month, today.day);
 }
 
-static bool isSameFile(const OS_fileIdentity &in_one, const OS_fileIdentity &in_two) {
-    return in_one.device == in_two.device && in_one.number == in_two.number;
-}
-
-// Why the file of that name must stay, or null.  The descriptor holds it against writers from then on, so
-// that what was found stays true until it is removed.
-static const char *reasonToKeep(const char *inp_path, const OS_fileIdentity &in_read, Descriptor &outp_held) {
-    OS_fileIdentity present = {};
-    // The name first: behind a symbolic link there is another file than the one to be removed.
-    if (OS_IdentifyName(inp_path, &present) != 0 || !isSameFile(present, in_read))
-        return "it is not the file that was read";
-    outp_held.reset(SYSU_Open(inp_path, 0));
-    if (!outp_held.isOpen())
-        return "it cannot be opened";
-    if (OS_HoldAgainstWriters(outp_held.get()) == 1)
-        return "another program has it open for writing";
-    if (OS_IdentifyDescriptor(outp_held.get(), &present) != 0 || !isSameFile(present, in_read))
-        return "it is not the file that was read";
-    return present.size != in_read.size ? "it is not as long as what was read of it" : nullptr;
-}
-
-// May the file of that name go, given what was read?  Without a description of it, whatever is there may.
-static Verdict compareWithRead(const char *inp_path, const OS_fileIdentity *inp_read, Descriptor &outp_held) {
-    if (inp_read == nullptr)
-        return Verdict::Remove;
-    OS_fileIdentity present = {};
-    if (OS_IdentifyName(inp_path, &present) != 0)
-        return Verdict::Missing;
-    const char *why = reasonToKeep(inp_path, *inp_read, outp_held);
-    if (why == nullptr)
-        return Verdict::Remove;
-    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not deleted: %s", inp_path, why);
-    return Verdict::Keep;
-}
-
-static ALA_retCode_t deleteLog(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
-                               const OS_fileIdentity *inp_read, std::int32_t *outp_kept) {
-    const FuncTrace trace("ALA_Delete");
+// The checks of a deletion, and the path of what is to go.
+static ALA_retCode_t pathToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
+                                  Malloced<char> &outp_path) {
     if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
         return valid;
     if (inp_date == nullptr)
@@ -76,30 +41,185 @@ static ALA_retCode_t deleteLog(ALA_handle_t in_alaHandle, const ALA_time *inp_da
                         "Could not allocate memory for logName in ALA_Delete; ALA_A_OUT_OF_MEMORY");
     if (const ALA_retCode_t result = refuseToday(inp_date); result != ALA_N_NORMAL)
         return result;
-    Malloced<char> converted;
-    if (!ALA__ConvertPath(path.get(), converted))
+    if (!ALA__ConvertPath(path.get(), outp_path))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Delete; ALA_A_UNKNOWN_ERR");
-
-    Descriptor held;
-    const Verdict verdict = compareWithRead(converted.get(), inp_read, held);
-    if (verdict == Verdict::Keep) {
-        *outp_kept = 1;
-        return ALA_N_NORMAL;
-    }
-    ALA_DETAIL("Unlinking %s", converted.get());
-    // A file that is missing now may be there in a moment, and would then be one that nobody read.
-    if (verdict == Verdict::Missing || _unlink(converted.get()) == -1)
-        return ALA_FAIL(ALA_A_FAIL_TO_UNLINK, "Failed to unlink file in ALA_Delete; ALA_A_FAIL_TO_UNLINK");
     return ALA_N_NORMAL;
 }
 
+static ALA_retCode_t failToUnlink() {
+    return ALA_FAIL(ALA_A_FAIL_TO_UNLINK, "Failed to unlink file in ALA_Delete; ALA_A_FAIL_TO_UNLINK");
+}
+
 ALA_retCode_t ALA_Delete(ALA_handle_t in_alaHandle, const ALA_time *inp_date) {
-    std::int32_t kept = 0;
-    return deleteLog(in_alaHandle, inp_date, nullptr, &kept);
+    const FuncTrace trace("ALA_Delete");
+    Malloced<char> path;
+    if (const ALA_retCode_t result = pathToDelete(in_alaHandle, inp_date, path); result != ALA_N_NORMAL)
+        return result;
+    ALA_DETAIL("Unlinking %s", path.get());
+    return _unlink(path.get()) == -1 ? failToUnlink() : ALA_N_NORMAL;
+}
+
+// ---- Of a log that was read ----
+
+// Why the file of that name has to stay; null if it is the one that was read and holds nothing else.
+static const char *difference(const char *inp_path, const ALA__readLog &in_read) {
+    OS_fileIdentity present = {};
+    // Of the name itself: behind a symbolic link there is another file than the one to be removed.
+    if (OS_IdentifyName(inp_path, &present) != 0 || !OS_IsSameFile(present, in_read.identity))
+        return "it is not the file that was read";
+    if (present.size != in_read.identity.size)
+        return "it is not as long as what was read of it";
+    return present.modified != in_read.identity.modified ? "it was written to since it was read" : nullptr;
+}
+
+// The same before the name is moved, which is itself a change.  So is the name of its day that the server
+// gave it, if it was opened under that of the day in progress.
+static const char *differenceInPlace(const char *inp_path, const ALA__readLog &in_read) {
+    if (const char *why = difference(inp_path, in_read); why != nullptr)
+        return why;
+    OS_fileIdentity present = {};
+    if (OS_IdentifyDescriptor(in_read.file.get(), &present) != 0)
+        return "it cannot be looked at";
+    const bool sameName = std::strcmp(inp_path, in_read.path.get()) == 0;
+    return sameName && present.changed != in_read.identity.changed ? "it was changed since it was read"
+                                                                   : nullptr;
+}
+
+static void tellLeftAside(const char *inp_path, const char *inp_aside, const char *in_why,
+                          ALA__deletion &inout_deletion) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s stays under the name %s: %s", inp_path, inp_aside,
+                    in_why);
+    inout_deletion.leftAside(inp_aside);
+}
+
+static bool putBack(const char *inp_path, const char *inp_aside, ALA__deletion &inout_deletion) {
+    const int moved = OS_MoveName(inp_aside, inp_path);
+    if (moved != OS_DONE)
+        tellLeftAside(inp_path, inp_aside,
+                      moved == OS_TAKEN ? "another file has its own name" : std::strerror(errno),
+                      inout_deletion);
+    return moved == OS_DONE;
+}
+
+static ALA_retCode_t keep(const char *inp_path, const char *in_why, std::int32_t *outp_kept) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not deleted: %s", inp_path, in_why);
+    *outp_kept = 1;
+    return ALA_N_NORMAL;
+}
+
+// Why what is behind the private name has to stay, or null.  From the hold on nobody else opens it to write.
+static const char *differenceAside(const char *inp_aside, const ALA__readLog &in_read,
+                                   ALA__deletion &inout_deletion) {
+    if (OS_HoldAgainstWriters(in_read.file.get()) == OS_TAKEN)
+        return "another program has it open for writing";
+    const char *why = difference(inp_aside, in_read);
+    return why != nullptr ? why : inout_deletion.objection();
+}
+
+// A name can be given to another file at any time.  Under the private one nobody else does, so that what is
+// seen there is what is removed.
+static ALA_retCode_t removeRead(const char *inp_path, const char *inp_aside, const ALA__readLog &in_read,
+                                ALA__deletion &inout_deletion, std::int32_t *outp_kept) {
+    OS_fileIdentity present = {};
+    // A file that is missing now may be there in a moment, and would then be one that nobody read.
+    if (OS_IdentifyName(inp_path, &present) != 0)
+        return failToUnlink();
+    if (const char *why = differenceInPlace(inp_path, in_read); why != nullptr)
+        return keep(inp_path, why, outp_kept);
+    switch (OS_MoveName(inp_path, inp_aside)) {
+    case OS_DONE:
+        break;
+    case OS_TAKEN:
+        return keep(inp_path, "the name that it has while it is deleted is taken", outp_kept);
+    default:
+        if (errno == EINVAL || errno == ENOSYS)
+            return keep(inp_path, "its file system cannot give it another name safely", outp_kept);
+        return failToUnlink();
+    }
+    const char *why = differenceAside(inp_aside, in_read, inout_deletion);
+    if (why == nullptr) {
+        ALA_DETAIL("Unlinking %s", inp_path);
+        if (_unlink(inp_aside) == 0)
+            return ALA_N_NORMAL;
+    }
+    const bool isBack = putBack(inp_path, inp_aside, inout_deletion);
+    if (why == nullptr)
+        return failToUnlink();
+    if (!isBack)
+        *outp_kept = 1;
+    return isBack ? keep(inp_path, why, outp_kept) : ALA_N_NORMAL;
 }
 
 ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
-                              const OS_fileIdentity *inp_read, std::int32_t *outp_kept) {
+                              const ALA__readLog &in_read, ALA__deletion &inout_deletion,
+                              std::int32_t *outp_kept) {
+    const FuncTrace trace("ALA_Delete");
     *outp_kept = 0;
-    return deleteLog(in_alaHandle, inp_date, inp_read, outp_kept);
+    Malloced<char> path;
+    if (const ALA_retCode_t result = pathToDelete(in_alaHandle, inp_date, path); result != ALA_N_NORMAL)
+        return result;
+    const Malloced<char> aside = ALA__AsidePath(path.get());
+    if (aside == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                        "Could not allocate memory for logName in ALA_Delete; ALA_A_OUT_OF_MEMORY");
+    return removeRead(path.get(), aside.get(), in_read, inout_deletion, outp_kept);
+}
+
+// ---- What a run that ended early left ----
+
+namespace {
+
+class LogsAside final : public EntryVisitor {
+public:
+    LogsAside(const char *inp_directory, ALA__deletion &inout_deletion)
+        : directory(inp_directory), deletion(inout_deletion) {}
+
+    ALA_retCode_t visit(const FoundEntry &in_entry) override {
+        const std::string_view tail = in_entry.tail;
+        if (!tail.ends_with(kAside) || tail.size() > kLongestTail + kAside.size())
+            return ALA_N_NORMAL;
+        const Malloced<char> aside = ALA__PathInDirectory(directory, in_entry.name);
+        const Malloced<char> path = ALA__PathInDirectory(directory, in_entry.name);
+        if (aside == nullptr || path == nullptr)
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to look for logs that were about to be deleted");
+        path.get()[std::strlen(path.get()) - kAside.size()] = '\0';
+        putBackIfLeft(path.get(), aside.get());
+        return ALA_N_NORMAL;
+    }
+
+private:
+    // The lock tells a run that still lives, and keeps the next one off.
+    void putBackIfLeft(const char *inp_path, const char *inp_aside) {
+        const Descriptor file(SYSU_Open(inp_aside, 0));
+        if (!file.isOpen())
+            return tellLeftAside(inp_path, inp_aside, std::strerror(errno), deletion);
+        const int locked = OS_LockFile(file.get());
+        if (locked == OS_REFUSED)
+            return tellLeftAside(inp_path, inp_aside, std::strerror(errno), deletion);
+        OS_fileIdentity held = {};
+        OS_fileIdentity named = {};
+        if (locked == OS_TAKEN || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
+            OS_IdentifyName(inp_aside, &named) != 0 || !OS_IsSameFile(held, named))
+            return; // another run is at it, or has finished with it just now
+        if (putBack(inp_path, inp_aside, deletion))
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
+                            "%s has its name back, which a run that ended early had taken", inp_path);
+    }
+
+    const char *directory;
+    ALA__deletion &deletion;
+};
+
+} // namespace
+
+void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion) {
+    Malloced<char> path;
+    const Malloced<char> prefix(_ALA_AddChar(in_alaHandle->svrName, "."));
+    if (prefix == nullptr || !ALA__ConvertPath(in_alaHandle->acctLogPath, path))
+        return; // the listing fails for the same reason, and tells
+    const Directory directory(SYSU_Opendir(path.get()));
+    if (directory == nullptr)
+        return;
+    LogsAside logs(path.get(), inout_deletion);
+    static_cast<void>(visitEntries(directory.get(), path.get(), prefix.get(), logs)); // told where it failed
 }

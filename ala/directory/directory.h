@@ -6,10 +6,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "ala/ala.h"
 #include "ala/owners.h"
-#include "platform/os.h"
 
 // A log by name and date, in a list.
 struct nameNode {
@@ -40,16 +40,15 @@ std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
 // cannot be examined.
 ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum);
 
-// ALA_Delete for a log that was read: the file goes only if it is the very file that inp_read describes, and
-// no longer than what was read of it.  ALA_N_NORMAL with *outp_kept 1, and a log entry that says why, when it
-// stays because it is another or has grown.
-ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
-                              const OS_fileIdentity *inp_read, std::int32_t *outp_kept);
-
 // Paths of logs as new texts; null when memory runs out.
 Malloced<char> ALA__PathInDirectory(const char *inp_directory, const char *inp_name);
 Malloced<char> ALA__CurrentLogPath(const char *inp_directory, const char *inp_server);
 Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_server, const ALA_time *inp_date);
+
+// The name that a log has for the moment before it is removed: its own one with this behind it.  The listing
+// takes it for no log, for its tail is too long.
+constexpr std::string_view kAside = ".being-deleted";
+Malloced<char> ALA__AsidePath(const char *inp_path);
 
 // The path as the system's calls take it; false when FA_ConvertFilePath fails.
 bool ALA__ConvertPath(const char *inp_path, Malloced<char> &outp_converted);

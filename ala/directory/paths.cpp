@@ -37,6 +37,10 @@ Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_serv
                       inp_date->day);
 }
 
+Malloced<char> ALA__AsidePath(const char *inp_path) {
+    return formatPath("%s%s", inp_path, kAside.data());
+}
+
 bool ALA__ConvertPath(const char *inp_path, Malloced<char> &outp_converted) {
     std::uint32_t length = 0;
     return FA_ConvertFilePath(inp_path, static_cast<std::uint32_t>(std::strlen(inp_path) + 1),

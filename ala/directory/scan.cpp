@@ -6,17 +6,6 @@
 #include "ala/directory/directory.h"
 #include "ala/environment.h"
 #include "ala/trace.h"
-#include "service/system.h"
-
-constexpr std::size_t kLongestTail = 8;
-
-namespace {
-
-struct DirectoryCloser {
-    void operator()(SYSU_dir *in_directory) const { SYSU_Closedir(in_directory); }
-};
-
-} // namespace
 
 // Dates a log by its tail.  False for a log of the day in progress that cannot be examined.
 static bool dateLog(const char *inp_tail, const char *inp_path, std::int32_t *outp_date) {
@@ -26,6 +15,54 @@ static bool dateLog(const char *inp_tail, const char *inp_path, std::int32_t *ou
     return true;
 }
 
+ALA_retCode_t visitEntries(SYSU_dir *in_directory, const char *inp_path, const char *inp_prefix,
+                           EntryVisitor &inoutp_visitor) {
+    const std::size_t prefixLength = std::strlen(inp_prefix);
+    SYSU_dirent entry;
+    SYSU_dirent *found = nullptr;
+    for (;;) {
+        if (const std::int32_t error = SYSU_Readdir_r(in_directory, &entry, &found); error != 0)
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not read to its end: %s", inp_path,
+                            std::strerror(error));
+        if (found == nullptr)
+            return ALA_N_NORMAL;
+        if (std::strncmp(entry.d_name, inp_prefix, prefixLength) != 0)
+            continue;
+        if (const ALA_retCode_t result = inoutp_visitor.visit({entry.d_name, entry.d_name + prefixLength});
+            result != ALA_N_NORMAL)
+            return result;
+    }
+}
+
+namespace {
+
+// Passes on what is a log, with its date.
+class DatedLogs final : public EntryVisitor {
+public:
+    DatedLogs(const char *inp_directory, const ScanRules &in_rules, LogVisitor &inout_visitor)
+        : directory(inp_directory), rules(in_rules), visitor(inout_visitor) {}
+
+    ALA_retCode_t visit(const FoundEntry &in_entry) override {
+        if (std::strlen(in_entry.tail) > kLongestTail)
+            return ALA_N_NORMAL;
+        const Malloced<char> file = ALA__PathInDirectory(directory, in_entry.name);
+        if (file == nullptr)
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
+        std::int32_t date = 0;
+        if (dateLog(in_entry.tail, file.get(), &date))
+            return visitor.visit({in_entry.name, date});
+        return rules.notDated == nullptr ? ALA_N_NORMAL
+                                         : ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules.notDated);
+    }
+
+private:
+    const char *directory;
+    const ScanRules &rules;
+    LogVisitor &visitor;
+};
+
+} // namespace
+
 ALA_retCode_t scanLogs(const char *inp_svrName, const char *inp_acctLogPath, const ScanRules &in_rules,
                        LogVisitor &inoutp_visitor) {
     if (inp_svrName == nullptr || inp_acctLogPath == nullptr)
@@ -33,37 +70,12 @@ ALA_retCode_t scanLogs(const char *inp_svrName, const char *inp_acctLogPath, con
     const Malloced<char> prefix(_ALA_AddChar(inp_svrName, "."));
     if (prefix == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemory);
-    const std::size_t prefixLength = std::strlen(prefix.get());
     Malloced<char> path;
     if (!ALA__ConvertPath(inp_acctLogPath, path))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "%s", in_rules.pathNotConverted);
-    const std::unique_ptr<SYSU_dir, DirectoryCloser> directory(SYSU_Opendir(path.get()));
+    const Directory directory(SYSU_Opendir(path.get()));
     if (directory == nullptr)
         return ALA_FAIL(in_rules.codeOfDirectory, "%s", in_rules.directoryNotOpened);
-
-    SYSU_dirent entry;
-    SYSU_dirent *found = nullptr;
-    for (;;) {
-        if (const std::int32_t error = SYSU_Readdir_r(directory.get(), &entry, &found); error != 0)
-            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not read to its end: %s", path.get(),
-                            std::strerror(error));
-        if (found == nullptr)
-            return ALA_N_NORMAL;
-        if (std::strncmp(entry.d_name, prefix.get(), prefixLength) != 0)
-            continue;
-        const char *tail = entry.d_name + prefixLength;
-        if (std::strlen(tail) > kLongestTail)
-            continue;
-        const Malloced<char> file = ALA__PathInDirectory(path.get(), entry.d_name);
-        if (file == nullptr)
-            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemory);
-        std::int32_t date = 0;
-        if (!dateLog(tail, file.get(), &date)) {
-            if (in_rules.notDated == nullptr)
-                continue;
-            return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", in_rules.notDated);
-        }
-        if (const ALA_retCode_t result = inoutp_visitor.visit({entry.d_name, date}); result != ALA_N_NORMAL)
-            return result;
-    }
+    DatedLogs logs(path.get(), in_rules, inoutp_visitor);
+    return visitEntries(directory.get(), path.get(), prefix.get(), logs);
 }

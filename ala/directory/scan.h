@@ -1,9 +1,40 @@
 // One pass over a log directory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "ala/ala.h"
+#include "service/system.h"
+
+// One entry of a directory whose name begins with the wanted prefix.  The texts are good until the visitor
+// returns.
+struct FoundEntry {
+    const char *name;
+    const char *tail; // of the name, behind the prefix
+};
+
+class EntryVisitor {
+public:
+    virtual ALA_retCode_t visit(const FoundEntry &in_entry) = 0;
+
+protected:
+    ~EntryVisitor() = default;
+};
+
+struct DirectoryCloser {
+    void operator()(SYSU_dir *in_directory) const { SYSU_Closedir(in_directory); }
+};
+using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
+
+// Visits the entries of an open directory, whose path is for the log alone, until a visit gives a code other
+// than ALA_N_NORMAL, which is then the result.
+ALA_retCode_t visitEntries(SYSU_dir *in_directory, const char *inp_path, const char *inp_prefix,
+                           EntryVisitor &inoutp_visitor);
+
+// The longest tail of a log's name.
+constexpr std::size_t kLongestTail = 8;
 
 struct FoundLog {
     const char *name; // file name without directory, good until the visitor returns

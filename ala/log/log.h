@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "ala/ala.h"
-#include "platform/os.h"
+#include "ala/log/log_input.h"
 
 struct logParams {
     std::int32_t fd;        // -1 once closed
@@ -13,6 +13,9 @@ struct logParams {
     std::int32_t pid;       // of the process that opened it
     std::uint32_t verNum;   // format version from the header
     std::int32_t todaysLog; // 0; no operation depends on it
+    std::int64_t end;       // position at which the last call found the file's end; -1: it did not
+    bool holdsNoRecord;     // the first call did, behind the header
+    ReadWatch watch;        // of a log that is to be deleted
 };
 
 // Reads the header of the log and finds out whether its access list admits the caller: accessOK is 1 then,
@@ -23,7 +26,3 @@ ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, 
 // counts of job and document attributes.
 constexpr std::uint32_t kVersionWithDate = 2;
 constexpr std::uint32_t kVersionWithCounts = 3;
-
-// The file of an open log and how much of it was read: size is the position behind the last record delivered.
-// 0, or -1 when that cannot be found out.
-std::int32_t ALA__ReadExtent(ALA_acctLogHandle_t in_log, OS_fileIdentity *outp_extent);

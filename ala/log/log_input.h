@@ -23,9 +23,27 @@ struct ALA_attrTag_t {
 static_assert(sizeof(ALA_attrTag_t) == 152, "the size of a tag in the file");
 static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 
+// How the file of a log stood before the last read of it, for whoever wants to know that it still does.
+class ReadWatch {
+public:
+    // Begins to watch the file; nothing of it has been read.  False when it cannot be looked at.
+    bool begin(int in_fd);
+    void lookAgain(int in_fd);
+
+    bool sawAll() const { return watches && !rewritten; }
+    const OS_fileIdentity &lastSeen() const { return seen; }
+
+private:
+    bool watches;
+    bool rewritten; // something changed, and not by growing: perhaps what had been read already
+    OS_fileIdentity seen;
+};
+
 class LogInput {
 public:
-    explicit LogInput(int in_fd) : fd(in_fd), ahead(OS_ReadAheadOf(in_fd)) {}
+    // inout_watch: null for none.
+    explicit LogInput(int in_fd, ReadWatch *inout_watch = nullptr)
+        : fd(in_fd), ahead(OS_ReadAheadOf(in_fd)), watch(inout_watch) {}
 
     bool read(void *outp_bytes, std::size_t in_size) {
         if (ahead == nullptr || in_size == 0 || in_size > static_cast<std::size_t>(ahead->end - ahead->next))
@@ -41,13 +59,18 @@ public:
     // Bytes taken from the file so far, those of a failed read included.
     std::int64_t consumed() const { return taken; }
 
+    // Has a read found the file's end, and nothing before it?
+    bool metEnd() const { return nothingLeft; }
+
 private:
     // Of what was not read ahead.
     bool readBehind(void *outp_bytes, std::size_t in_size);
 
     int fd;
     OS_readAhead *ahead;
+    ReadWatch *watch;
     std::int64_t taken = 0;
+    bool nothingLeft = false;
 };
 
 // How much memory a count or length of the file may ask for before the bytes behind it were seen.  From there

@@ -1,9 +1,10 @@
 // Opening a log by its date, and closing it.
 #include "ala/log/log.h"
 
-#include <cstdio>
+#include <cerrno>
 
 #include "ala/directory/directory.h"
+#include "ala/driver.h"
 #include "ala/handle.h"
 #include "ala/owners.h"
 #include "ala/trace.h"
@@ -87,15 +88,43 @@ static ALA_retCode_t openFile(ALA_handle_t in_handle, const ALA_time *inp_date, 
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
-                       ALA_acctLogHandle_t *outp_logHandle) {
+// Opens the file and has it held, until the name leads to the very file that is held.  Without a descriptor,
+// and ALA_N_NORMAL, the caller gave up waiting.
+static ALA_retCode_t openHeld(ALA_handle_t in_handle, const ALA_time *inp_date, ALA__holdFile in_hold,
+                              LogFile &outp_file) {
+    for (;;) {
+        if (const ALA_retCode_t result = openFile(in_handle, inp_date, outp_file); result != ALA_N_NORMAL)
+            return result;
+        const char *path = outp_file.convertedPath.get();
+        if (in_hold(outp_file.descriptor.get(), path) == ALA__holdResult::GivenUp) {
+            outp_file.descriptor.reset(-1);
+            return ALA_N_NORMAL;
+        }
+        OS_fileIdentity held = {};
+        OS_fileIdentity named = {};
+        const bool found = OS_IdentifyTarget(path, &named) == 0;
+        if ((!found && errno != ENOENT) || OS_IdentifyDescriptor(outp_file.descriptor.get(), &held) != 0)
+            return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
+                            "the log cannot be looked at in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
+        if (found && OS_IsSameFile(held, named))
+            return ALA_N_NORMAL;
+    }
+}
+
+static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, ALA__holdFile in_hold,
+                             ALA_acctLogHandle_t *outp_logHandle) {
     const FuncTrace trace("ALA_Open");
     *outp_logHandle = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_alaHandle, "ALA_Open"); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
     LogFile file;
-    if (const ALA_retCode_t result = openFile(in_alaHandle, inp_date, file); result != ALA_N_NORMAL)
-        return result;
+    const ALA_retCode_t opened = in_hold == nullptr ? openFile(in_handle, inp_date, file)
+                                                    : openHeld(in_handle, inp_date, in_hold, file);
+    if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
+        return opened;
+    ReadWatch watch = {};
+    if (in_hold != nullptr)
+        static_cast<void>(watch.begin(file.descriptor.get())); // or the log will not be deleted
 
     std::int32_t accessOK = 0;
     std::uint32_t verNum = 0;
@@ -110,9 +139,27 @@ ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
     if (log == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for logHandle in ALA_Open; ALA_A_OUT_OF_MEMORY");
-    *log = {file.descriptor.release(), file.convertedPath.release(), file.date, ALA__CurrentPid(), verNum, 0};
+    *log = {.fd = file.descriptor.release(),
+            .logName = file.convertedPath.release(),
+            .date = file.date,
+            .pid = ALA__CurrentPid(),
+            .verNum = verNum,
+            .todaysLog = 0,
+            .end = -1,
+            .holdsNoRecord = false,
+            .watch = watch};
     *outp_logHandle = log.release();
     return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
+                       ALA_acctLogHandle_t *outp_logHandle) {
+    return openLog(in_alaHandle, inp_date, nullptr, outp_logHandle);
+}
+
+ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date, ALA__holdFile in_hold,
+                                ALA_acctLogHandle_t *outp_logHandle) {
+    return openLog(in_alaHandle, inp_date, in_hold, outp_logHandle);
 }
 
 ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_acctLogHandle) {
@@ -137,9 +184,18 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
     return ALA_N_NORMAL;
 }
 
-std::int32_t ALA__ReadExtent(ALA_acctLogHandle_t in_log, OS_fileIdentity *outp_extent) {
-    if (OS_IdentifyDescriptor(in_log->fd, outp_extent) != 0)
-        return -1;
-    outp_extent->size = _lseek(in_log->fd, 0, SEEK_CUR);
-    return outp_extent->size >= 0 ? 0 : -1;
+bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log) {
+    return in_log->holdsNoRecord;
+}
+
+const char *ALA__KeepRead(ALA_acctLogHandle_t in_log, ALA__readLog &outp_read) {
+    if (in_log->end < 0)
+        return "it was not read to its end";
+    if (!in_log->watch.sawAll())
+        return "it was written to while it was read";
+    outp_read.identity = in_log->watch.lastSeen();
+    outp_read.identity.size = in_log->end;
+    outp_read.path.reset(_strdup(in_log->logName));
+    outp_read.file.reset(_dup(in_log->fd));
+    return outp_read.path != nullptr && outp_read.file.isOpen() ? nullptr : "its file cannot be kept open";
 }

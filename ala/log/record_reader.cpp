@@ -225,13 +225,15 @@ static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t
         return valid;
     if (inoutp_logHandle == nullptr)
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.nullAddress);
-    const logParams *log = *inoutp_logHandle;
+    logParams *log = *inoutp_logHandle;
     if (log == nullptr || log->pid != ALA__CurrentPid())
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.invalidHandle);
 
-    LogInput in(log->fd);
+    LogInput in(log->fd, &log->watch);
     OwnedRecord read;
     const ALA_retCode_t result = readRecord(in, log->verNum, in_rules, read);
+    log->end = in.metEnd() && in.consumed() == 0 ? _lseek(log->fd, 0, SEEK_CUR) : -1;
+    log->holdsNoRecord = log->end >= 0 && in_rules.backToFileStart;
     if (result == ALA_N_NORMAL) {
         *outp_record = read.release();
         return result;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -94,11 +95,6 @@ static int readFully(int in_fd, ReadAhead *inout_ahead, unsigned char *outp_byte
     return static_cast<int>(done);
 }
 
-template <class Status>
-static OS_fileIdentity identityOf(const Status &in_status) {
-    return {in_status.st_dev, in_status.st_ino, in_status.st_size};
-}
-
 extern "C" {
 
 OS_readAhead *OS_ReadAheadOf(int in_fd) {
@@ -154,20 +150,12 @@ int _unlink(const char *inp_path) {
     return unlink(inp_path);
 }
 
-int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
-    struct stat status;
-    if (fstat(in_fd, &status) != 0)
-        return -1;
-    *outp_identity = identityOf(status);
-    return 0;
+int _write(int in_fd, const void *inp_bytes, unsigned in_size) {
+    return static_cast<int>(write(in_fd, inp_bytes, std::min(in_size, unsigned{INT_MAX})));
 }
 
-int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {
-    struct stat status;
-    if (lstat(inp_path, &status) != 0)
-        return -1;
-    *outp_identity = identityOf(status);
-    return 0;
+int _dup(int in_fd) {
+    return fcntl(in_fd, F_DUPFD_CLOEXEC, 0L);
 }
 
 } // extern "C"

@@ -1,13 +1,20 @@
 // Streams, and what keeps written files on their disk.
 #include "platform/os.h"
 
-#include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
 #include <fcntl.h>
 #include <unistd.h>
+
+namespace {
+
+struct Stream {
+    OS_writer writer;
+    void *context;
+};
+
+} // namespace
 
 int _fileno(std::FILE *inp_stream) {
     return fileno(inp_stream);
@@ -37,22 +44,23 @@ int OS_SyncFolderOf(const char *inp_path) {
     return result;
 }
 
-int OS_HoldAgainstWriters(int in_fd) {
-    if (fcntl(in_fd, F_SETLEASE, F_RDLCK) == 0)
-        return 0;
-    return errno == EAGAIN ? 1 : -1;
+static ssize_t writeTo(void *inp_stream, const char *inp_bytes, std::size_t in_size) {
+    const auto *stream = static_cast<const Stream *>(inp_stream);
+    return static_cast<ssize_t>(stream->writer(stream->context, inp_bytes, in_size));
 }
 
-void OS_PrepareProcess() {
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGIO, SIG_IGN);
-    // What stands in for a closed stream refuses its use, as a closed one does.
-    while (true) {
-        const int fd = open("/dev/null", O_RDONLY);
-        if (fd == -1 || fd > STDERR_FILENO) {
-            if (fd != -1)
-                static_cast<void>(close(fd));
-            return;
-        }
-    }
+static int closeStream(void *inp_stream) {
+    std::free(inp_stream);
+    return 0;
+}
+
+std::FILE *OS_StreamTo(OS_writer in_writer, void *inp_context) {
+    auto *stream = static_cast<Stream *>(std::malloc(sizeof(Stream)));
+    if (stream == nullptr)
+        return nullptr;
+    *stream = {in_writer, inp_context};
+    std::FILE *made = fopencookie(stream, "w", {nullptr, writeTo, nullptr, closeStream});
+    if (made == nullptr)
+        std::free(stream);
+    return made;
 }

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <grp.h>
+#include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -34,6 +35,8 @@ PrintSystem::PrintSystem() : root(folder / "root") {
     if (in_run.user != 0 &&
         (setgroups(0, nullptr) != 0 || setgid(in_run.user) != 0 || setuid(in_run.user) != 0))
         _exit(126);
+    if (in_run.traced && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
+        _exit(125);
     execve(in_run.program.c_str(), inp_arguments, inp_environment);
     _exit(127);
 }

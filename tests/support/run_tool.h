@@ -26,6 +26,7 @@ struct ToolRun {
     std::vector<int> closed = {}; // standard streams that are closed at the start
     uid_t user = 0;               // a user to change to, with the group of the same number; 0: none
     std::string program = QVLEDGER_BINARY;
+    bool traced = false; // by this process; it stops at its start
 };
 
 // A print system with one server, alpha, whose registry gives its root as QV_ROOT.

@@ -155,7 +155,8 @@ ALA_retCode_t writeJsonLines(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log,
     while (result == ALA_N_NORMAL) {
         makeLine(line, in_handle, in_date, current.get(), inoutp_events);
         std::fwrite(line.data(), 1, line.size(), inp_stream);
-        inoutp_events.recordWritten();
+        if (!inoutp_events.recordWritten())
+            return ALA_N_NORMAL;
         result = ALA_GetNextJobRecord(in_handle, &in_log, &read);
         current.reset(read);
     }

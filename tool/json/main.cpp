@@ -12,6 +12,10 @@
 #include "tool/progress.h"
 #include "tool/rights.h"
 #include "tool/run.h"
+#include "tool/stop.h"
+
+constexpr int kStatusLost =
+    74; // the lines could not be written; as for an input/output error in other programs
 
 static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V]\n"
                                   "   [-s <start date>]\n"
@@ -24,13 +28,20 @@ class JsonWriter final : public LogWriter, JsonEvents {
 public:
     bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
                std::FILE *inp_stream) override {
+        stream = inp_stream;
         const ALA_retCode_t ended = writeJsonLines(in_handle, in_log, in_date, inp_stream, *this);
-        if (ended != ALA_A_LAST_ATTRIBUTE)
+        if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
             tellFailure(ended, "qvledger-json internal error: ");
         return ended == ALA_A_LAST_ATTRIBUTE;
     }
-    void recordWritten() override { countRecord(); }
+    bool recordWritten() override {
+        countRecord();
+        return !mustStop(stream);
+    }
     void recordFailed(ALA_retCode_t in_code) override { tellFailure(in_code, "unable to read record: "); }
+
+private:
+    std::FILE *stream = nullptr;
 };
 
 } // namespace
@@ -49,7 +60,7 @@ static int runJson(const Options &in_options) {
     }
     try {
         JsonWriter writer;
-        return runWith(in_options, writer);
+        return runWith(in_options, writer, kStatusLost);
     } catch (const std::bad_alloc &) {
         DisplayMsg(kMsgNoMemory);
         return kStatusNoMemory;
@@ -58,6 +69,7 @@ static int runJson(const Options &in_options) {
 
 int main(int argc, char **argv) {
     OS_PrepareProcess();
+    OS_NoteEndSignals();
     dropLentRights();
     // Messages in the user's language; what the lines hold is the same for everyone.
     std::setlocale(LC_CTYPE, "");
@@ -66,5 +78,6 @@ int main(int argc, char **argv) {
     MSG_UsageBegin("qvledg");
     const int status = runJson(readOptions(argc, argv));
     MSG_UsageEnd();
+    OS_EndBySignal();
     return status;
 }

@@ -1,0 +1,70 @@
+// What a driver needs of the facility beyond ala/ala.h: logs that are read in order to be deleted.
+//
+// Several drivers may work on one log directory, beside the server that writes to it.  So a log that is to be
+// deleted is held against the others before anything of it is read, is kept open until it is gone, and goes
+// only if its file is the one that was read and nobody has written to it since.  docs/architecture.md has the
+// order of the steps.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+#include "platform/descriptor.h"
+#include "platform/malloced.h"
+#include "platform/os.h"
+
+// What came of the wish to hold a file against other runs.
+enum class ALA__holdResult : std::uint8_t {
+    Held,
+    NotKnown, // the system grants no locks on it
+    GivenUp   // another run has it, and the caller will not wait any longer
+};
+
+// Holds the file behind a descriptor (OS_LockFile), waiting for a run that has it as long as the driver
+// likes.
+using ALA__holdFile = ALA__holdResult (*)(int in_fd, const char *inp_path);
+
+// ALA_Open, with the log held before it is read.  Where the system grants no locks the log is opened all the
+// same.  A log that lost its name while it was waited for is looked for anew.  ALA_N_NORMAL with a null log
+// when in_hold gave up.
+ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date, ALA__holdFile in_hold,
+                                ALA_acctLogHandle_t *outp_logHandle);
+
+// The log of the list that is that file; null when none is.
+const ALA_name *ALA__FindLog(ALA_handle_t in_alaHandle, const ALA_name *inp_logs,
+                             const OS_fileIdentity &in_file);
+
+// True if the log's first record was asked for and there is none: the file ends behind its header.
+bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log);
+
+// A log that was read to its end.  It keeps the file open, and held, when the log is closed.
+struct ALA__readLog {
+    Descriptor file;
+    Malloced<char> path;      // under which it was opened
+    OS_fileIdentity identity; // as it was before the read that found the end; size is what was read
+};
+
+// Makes one of an open log.  Null, or why it cannot be deleted.
+const char *ALA__KeepRead(ALA_acctLogHandle_t in_log, ALA__readLog &outp_read);
+
+// What the driver has to say while a log is deleted.
+class ALA__deletion {
+public:
+    // Directly before the log goes: are its lines still safe elsewhere?  Null, or why it has to stay.
+    virtual const char *objection() = 0;
+    // The log stays under this path, for its own name was taken meanwhile.
+    virtual void leftAside(const char *inp_path) = 0;
+
+protected:
+    ~ALA__deletion() = default;
+};
+
+// ALA_Delete for a log that was read.  ALA_N_NORMAL with *outp_kept 1, and a log entry that says why, when it
+// stays.
+ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
+                              const ALA__readLog &in_read, ALA__deletion &inout_deletion,
+                              std::int32_t *outp_kept);
+
+// Gives logs their names back which a run that ended early was about to delete.  The log tells of each; what
+// goes wrong stays as it is.
+void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion);

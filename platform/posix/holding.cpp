@@ -1,0 +1,154 @@
+// Which file it is, whose it is for now, and under which name: what keeps a program from taking one file for
+// another while others work on the same folder.
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/malloced.h"
+#include "platform/os.h"
+
+constexpr std::int64_t kSecond = 1'000'000'000;
+constexpr std::int64_t kTimeStep = kSecond / 50; // twice the longest that file times are known to advance by
+constexpr int kLooks = 3;                        // at a file that changes all the time
+constexpr int kLinks = 40;                       // that a path may lead through, as for the kernel
+
+// ---- Identity ----
+
+static std::int64_t nanoseconds(const std::timespec &in_time) {
+    return in_time.tv_sec * kSecond + in_time.tv_nsec;
+}
+
+static int identify(int in_result, const struct stat &in_status, OS_fileIdentity *outp_identity) {
+    if (in_result != 0)
+        return -1;
+    *outp_identity = {in_status.st_dev,
+                      in_status.st_ino,
+                      in_status.st_size,
+                      nanoseconds(in_status.st_mtim),
+                      nanoseconds(in_status.st_ctim),
+                      in_status.st_nlink,
+                      S_ISREG(in_status.st_mode)};
+    return 0;
+}
+
+int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
+    struct stat status;
+    return identify(fstat(in_fd, &status), status, outp_identity);
+}
+
+int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {
+    struct stat status;
+    return identify(lstat(inp_path, &status), status, outp_identity);
+}
+
+int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity) {
+    struct stat status;
+    return identify(stat(inp_path, &status), status, outp_identity);
+}
+
+int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity) {
+    for (int look = 0; look < kLooks; ++look) {
+        std::timespec now = {}; // before the file is looked at: what changes behind the look has a later time
+        if (clock_gettime(CLOCK_REALTIME, &now) != 0 || OS_IdentifyDescriptor(in_fd, outp_identity) != 0)
+            return -1;
+        const std::int64_t age = nanoseconds(now) - outp_identity->changed;
+        if (age > kTimeStep || age < -kTimeStep) // or by another clock than this machine's
+            return 0;
+        OS_Sleep(static_cast<int>(kTimeStep / 1'000'000));
+    }
+    return OS_IdentifyDescriptor(in_fd, outp_identity);
+}
+
+// ---- Holding ----
+
+int OS_LockFile(int in_fd) {
+    if (flock(in_fd, LOCK_EX | LOCK_NB) == 0)
+        return OS_DONE;
+    return errno == EWOULDBLOCK ? OS_TAKEN : OS_REFUSED;
+}
+
+void OS_UnlockFile(int in_fd) {
+    static_cast<void>(flock(in_fd, LOCK_UN)); // held or not, it is not afterwards
+}
+
+int OS_HoldAgainstWriters(int in_fd) {
+    if (fcntl(in_fd, F_SETLEASE, static_cast<long>(F_RDLCK)) == 0)
+        return OS_DONE;
+    return errno == EAGAIN ? OS_TAKEN : OS_REFUSED;
+}
+
+// ---- Names ----
+
+int OS_MoveName(const char *inp_from, const char *inp_to) {
+    if (renameat2(AT_FDCWD, inp_from, AT_FDCWD, inp_to, RENAME_NOREPLACE) == 0)
+        return OS_DONE;
+    return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
+}
+
+// The path one symbolic link further; null when the path is no link, or memory runs out.
+static Malloced<char> follow(const char *inp_path) {
+    char target[PATH_MAX];
+    const ssize_t length = readlink(inp_path, target, sizeof target - 1);
+    if (length <= 0)
+        return nullptr;
+    target[length] = '\0';
+    const char *slash = target[0] == '/' ? nullptr : std::strrchr(inp_path, '/');
+    const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - inp_path) + 1 : 0;
+    Malloced<char> path(static_cast<char *>(std::malloc(folder + static_cast<std::size_t>(length) + 1)));
+    if (path == nullptr)
+        return nullptr;
+    std::memcpy(path.get(), inp_path, folder);
+    std::memcpy(path.get() + folder, target, static_cast<std::size_t>(length) + 1);
+    return path;
+}
+
+int OS_OpenToAppend(const char *inp_path, char **outp_made) {
+    constexpr int kAppend = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
+    constexpr mode_t kMode = 0666; // less what the umask takes
+    *outp_made = nullptr;
+    Malloced<char> path(strdup(inp_path));
+    for (int links = 0; path != nullptr && links < kLinks;) {
+        int fd = open(path.get(), kAppend | O_CREAT | O_EXCL, kMode);
+        if (fd != -1) {
+            *outp_made = path.release();
+            return fd;
+        }
+        if (errno != EEXIST)
+            return -1;
+        fd = open(inp_path, kAppend, mode_t{0});
+        if (fd != -1 || errno != ENOENT)
+            return fd;
+        // It went meanwhile, or the link leads nowhere.
+        if (Malloced<char> target = follow(path.get()); target != nullptr)
+            path = std::move(target);
+        ++links;
+    }
+    errno = path != nullptr ? ELOOP : ENOMEM;
+    return -1;
+}
+
+// ---- Contents ----
+
+int OS_LastByte(int in_fd) {
+    // A descriptor that only writes can be opened once more by whoever may read the file.
+    char path[64];
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", in_fd);
+    const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
+    if (fd == -1)
+        return -1;
+    unsigned char last = 0;
+    const bool found = lseek(fd, -1, SEEK_END) >= 0 && read(fd, &last, 1) == 1;
+    static_cast<void>(close(fd)); // only read from: nothing can be lost
+    return found ? last : -1;
+}
+
+int OS_CutFile(int in_fd, std::int64_t in_size) {
+    return ftruncate(in_fd, in_size) == 0 && lseek(in_fd, in_size, SEEK_SET) == in_size ? 0 : -1;
+}

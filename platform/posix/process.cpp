@@ -1,0 +1,65 @@
+// What the program needs of its process, and how it is asked to end.
+#include "platform/os.h"
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <initializer_list>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+static volatile std::sig_atomic_t notedSignal = 0;
+
+void OS_PrepareProcess() {
+    for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
+        std::signal(ignored, SIG_IGN);
+    // What stands in for a closed stream refuses its use, as a closed one does.
+    while (true) {
+        const int fd = open("/dev/null", O_RDONLY);
+        if (fd == -1 || fd > STDERR_FILENO) {
+            if (fd != -1)
+                static_cast<void>(close(fd));
+            return;
+        }
+    }
+}
+
+static void endBy(int in_signal) {
+    std::signal(in_signal, SIG_DFL);
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, in_signal);
+    std::raise(in_signal);
+    sigprocmask(SIG_UNBLOCK, &only, nullptr);
+}
+
+static void note(int in_signal) {
+    if (notedSignal != 0)
+        endBy(in_signal);
+    notedSignal = in_signal;
+}
+
+void OS_NoteEndSignals() {
+    for (const int asking : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        struct sigaction noting = {};
+        noting.sa_handler = note; // and without SA_RESTART, so that a call that waits comes back
+        if (sigaction(asking, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            static_cast<void>(sigaction(asking, &noting, nullptr)); // the arguments are valid
+    }
+}
+
+int OS_NotedSignal() {
+    return notedSignal;
+}
+
+void OS_EndBySignal() {
+    if (notedSignal != 0)
+        endBy(notedSignal);
+}
+
+void OS_Sleep(int in_milliseconds) {
+    const std::timespec length = {in_milliseconds / 1000, in_milliseconds % 1000 * 1'000'000L};
+    static_cast<void>(nanosleep(&length, nullptr)); // a signal may cut it short
+}

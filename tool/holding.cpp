@@ -1,0 +1,35 @@
+#include "tool/holding.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "tool/messages.h"
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kPatience(1); // until the user is told
+constexpr int kShortestPause = 10;           // milliseconds
+constexpr int kLongestPause = 100;
+
+// Asked for again and again: a wait inside the system could begin just behind the signal that is to end it.
+ALA__holdResult holdFile(int in_fd, const char *inp_name) {
+    const Clock::time_point start = Clock::now();
+    bool told = false;
+    for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
+        switch (OS_LockFile(in_fd)) {
+        case OS_DONE:
+            return ALA__holdResult::Held;
+        case OS_REFUSED:
+            return ALA__holdResult::NotKnown;
+        default:
+            break;
+        }
+        if (OS_NotedSignal() != 0)
+            return ALA__holdResult::GivenUp;
+        if (!told && Clock::now() - start >= kPatience) {
+            DisplayMsg(kMsgWaiting, inp_name);
+            told = true;
+        }
+        OS_Sleep(pause);
+    }
+}

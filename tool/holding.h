@@ -1,0 +1,8 @@
+// Holding files against other runs.
+#pragma once
+
+#include "ala/driver.h"
+
+// Waits for the run that has the file behind the descriptor, and says so once after a second.  Gives up when
+// the program is asked to end.  inp_name: what the message calls the file.
+ALA__holdResult holdFile(int in_fd, const char *inp_name);

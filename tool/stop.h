@@ -1,0 +1,11 @@
+// When a walk through records ends before their end.
+#pragma once
+
+#include <cstdio>
+
+#include "platform/os.h"
+
+// The report could not be written, or the program was asked to end.  To be asked behind each record.
+inline bool mustStop(std::FILE *inp_report) {
+    return OS_NotedSignal() != 0 || std::ferror(inp_report) != 0;
+}
