@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test faults live fuzz bench install deb clean setup
+.PHONY: all demo test faults live stops fuzz bench install deb clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -33,12 +33,18 @@ faults: setup
 	@cmake --build --preset asan --target faults | tail -n 1
 	@build/asan/bin/faults $(STEP)
 
-# Reports logs while they are written, renamed and deleted, in ROUNDS rounds.
-ROUNDS ?= 10000
+# Reports logs while they are written, renamed and deleted, and runs beside runs, in ROUNDS rounds of each kind.
+ROUNDS ?= 2000
 live: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target live_log | tail -n 1
 	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/live_log
+
+# Stops a run at each STEP-th of its system calls, where another program acts.
+stops: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target stops | tail -n 1
+	@build/dev/bin/stops $(STEP)
 
 # Fuzzes each target (or TARGETS) for SECONDS, in turn; JOBS of them at a time.
 SECONDS ?= 60

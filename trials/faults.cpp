@@ -123,9 +123,10 @@ static void sortOut(const std::string &in_error, Run &outp_run) {
 }
 
 Run Bench::run(const Scenario &in_scenario, const std::string &in_order, rlim_t in_fileLimit) {
-    for (const auto &entry : fs::directory_iterator(store)) // what an earlier run deleted
-        if (!fs::exists(system.root.logs() / entry.path().filename()))
-            fs::create_hard_link(entry.path(), system.root.logs() / entry.path().filename());
+    fs::remove_all(system.root.logs()); // what an earlier run deleted, or left aside
+    fs::create_directory(system.root.logs());
+    for (const auto &entry : fs::directory_iterator(store))
+        fs::create_hard_link(entry.path(), system.root.logs() / entry.path().filename());
     fs::remove(report);
     std::vector<std::string> arguments = in_scenario.arguments;
     arguments.emplace_back("alpha");
