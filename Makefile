@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test faults live stops fuzz bench install deb clean setup
+.PHONY: all demo test faults live stops threads fuzz bench install deb clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -45,6 +45,16 @@ stops: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target stops | tail -n 1
 	@build/dev/bin/stops $(STEP)
+
+# Lets eight threads with a handle each do ROUNDS rounds of all operations, plain and under ThreadSanitizer.
+threads: ROUNDS := 2000
+threads: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target threads | tail -n 1
+	@build/dev/bin/threads $(ROUNDS)
+	@cmake --preset tsan >/dev/null
+	@cmake --build --preset tsan --target threads | tail -n 1
+	@build/tsan/bin/threads $(ROUNDS)
 
 # Fuzzes each target (or TARGETS) for SECONDS, in turn; JOBS of them at a time.
 SECONDS ?= 60

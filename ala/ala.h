@@ -21,8 +21,12 @@
    which takes the address of the caller's variable and sets it to null.  All texts are NUL-terminated UTF-8.
 
    Every operation that takes an ALA_handle_t returns ALA_A_NOT_REGISTER for a handle that is null or that
-   another process registered (a child process included).  Most can return ALA_A_OUT_OF_MEMORY.  A handle, and
-   what hangs from it, is used by one thread at a time.  Each failure leaves a line in the program's log.
+   another process registered (a child process included).  Most can return ALA_A_OUT_OF_MEMORY.  Each failure
+   leaves a line in the program's log.
+
+   A handle, and what hangs from it, is used by one thread at a time; threads with a handle each need not wait
+   for each other, to register and unregister neither.  Where ALA_Register loads a service environment, other
+   threads may read the process's meanwhile (getenv, times of the C library), but not change it (setenv).
 
    The header can be included from C and from C++. */
 #ifndef ALA_ALA_H

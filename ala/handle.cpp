@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <mutex>
 
 #include <pthread.h>
 #include <unistd.h>
@@ -84,8 +85,11 @@ using OwnedHandle = std::unique_ptr<handleData, HandleDeleter>;
 
 } // namespace
 
-// QV_ROOT followed by "/share/oid", with the server's service environment loaded first.
+// QV_ROOT followed by "/share/oid", with the server's service environment loaded first.  One at a time: the
+// root of a server must not be taken for another's.
 static ALA_retCode_t defaultOidPath(const char *inp_svrName, Malloced<char> &outp_path) {
+    static std::mutex environmentLock;
+    const std::lock_guard guard(environmentLock);
     Malloced<char> serviceName;
     if (ALA__GetServiceName(inp_svrName, kServerTypeSpooler, TextOut(serviceName)) != 0)
         return ALA_FAIL(ALA_A_SYSTEM_ERR,

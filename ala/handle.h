@@ -22,7 +22,7 @@ struct handleData {
     std::uint64_t columnsState; // changes with them; never 0 while there are any
 };
 
-// Guards of the time conversion and of the switching of the locale; never held together.
+// Guards of the time conversion and of the making of a time's text; never held together.
 extern THR_mutex_t timeLock;
 extern THR_mutex_t localeLock;
 

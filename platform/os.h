@@ -208,7 +208,8 @@ int _fileno(std::FILE *inp_stream);
 int _isatty(int in_fd);
 int _commit(int in_fd);
 
-// "name=value" into the process environment, which keeps a copy; an empty value removes the variable.
+// "name=value" into the process environment, which keeps a copy; an empty value removes the variable.  Other
+// threads may read the environment meanwhile, but not change it by other means.
 int _putenv(const char *inp_assignment);
 
 char *_strdup(const char *inp_text);

@@ -24,7 +24,7 @@ constexpr std::int32_t kEverything =
     INT32_MAX; // not initialised: every entry comes through and starts the log
 constexpr std::int32_t kNothing = INT32_MIN;
 
-std::int32_t LOG_g_level = kEverything;
+std::atomic<std::int32_t> LOG_g_level = kEverything;
 
 namespace {
 
@@ -133,7 +133,7 @@ void LOG__Reset() {
 // once a second.
 static bool syslogListens() {
     static std::atomic<std::int64_t> checkedAt = -1;
-    static std::atomic<bool> listens = false;
+    static std::atomic<bool> listens = true; // to who comes while another one looks
     std::timespec now{};
     ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
     if (checkedAt.exchange(now.tv_sec) != now.tv_sec)
@@ -142,7 +142,7 @@ static bool syslogListens() {
 }
 
 static bool isWanted(std::int32_t in_level) {
-    if (in_level > LOG_g_level)
+    if (!LOG_Wants(in_level))
         return false;
     start();
     if (sink == kNowhere || (sink == kSyslog && !syslogListens()))

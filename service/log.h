@@ -7,6 +7,7 @@
 // The macros test the level before they evaluate anything else, so an unwanted entry costs one comparison.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 constexpr std::int32_t LOG_ERROR = 5;  // a failure
@@ -17,7 +18,7 @@ extern "C" {
 
 // The highest level that is written.  Before LOG_Init it lets every entry through to LOG__Message, which
 // then sets it from the environment.
-extern std::int32_t LOG_g_level;
+extern std::atomic<std::int32_t> LOG_g_level;
 
 // Reads the environment and opens the sink.  The arguments are the historical sink and level, which the
 // environment replaces.  A later call, and the first entry without any, has the same effect once.
@@ -41,8 +42,12 @@ void LOG_EndMessage();
 
 } // extern "C"
 
+inline bool LOG_Wants(std::int32_t in_level) {
+    return in_level <= LOG_g_level.load(std::memory_order_relaxed);
+}
+
 #define LOG_CondMessage(level, file, line, ...)                                                              \
-    ((level) <= LOG_g_level ? LOG__Message(level, file, line, __VA_ARGS__) : static_cast<void>(0))
+    (LOG_Wants(level) ? LOG__Message(level, file, line, __VA_ARGS__) : static_cast<void>(0))
 
 #define LOG_CondFuncTrace(function, file, line, entry, reserved)                                             \
-    (LOG_TRACE <= LOG_g_level ? LOG__FuncTrace(function, file, line, entry) : static_cast<void>(reserved))
+    (LOG_Wants(LOG_TRACE) ? LOG__FuncTrace(function, file, line, entry) : static_cast<void>(reserved))

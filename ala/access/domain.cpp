@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 #include <arpa/inet.h>
 
@@ -9,10 +10,14 @@
 #include "ala/trace.h"
 #include "service/text.h"
 
-static GEN_distNameString *serverUserDomain = nullptr; // the machine's domain, of type SEC_DOM_NT
-static std::int32_t registrations = 0;                 // that use it
+// The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so that those who
+// are read it without the lock.
+static GEN_distNameString *serverUserDomain = nullptr;
+static std::int32_t registrations = 0; // that use it
+static std::mutex registrationLock;
 
 void ALA__EACL_Init() {
+    const std::lock_guard guard(registrationLock);
     if (registrations++ > 0)
         return;
     const StatusList status;
@@ -23,6 +28,7 @@ void ALA__EACL_Init() {
 }
 
 void ALA__EACL_Term() {
+    const std::lock_guard guard(registrationLock);
     if (--registrations > 0)
         return;
     const StatusList status;

@@ -177,7 +177,7 @@ static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, s
     node.place = in_attr;
     node.columnsState = 0;
     node.knownName = nullptr;
-    if (LOG_DETAIL <= LOG_g_level)
+    if (LOG_Wants(LOG_DETAIL))
         logTag(node, in_rules);
     return readValues(inoutp_in, inoutp_record, in_attr, in_rules);
 }

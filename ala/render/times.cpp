@@ -1,7 +1,6 @@
 #include "ala/render/times.h"
 
 #include <chrono>
-#include <clocale>
 
 #include "ala/handle.h"
 #include "ala/lock.h"
@@ -132,7 +131,8 @@ std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time, char (&outp_
     return {outp_text, at};
 }
 
-std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *inp_locale,
+// All of it is digits, which no locale changes: the process's stays as it is, for other threads' sake.
+std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *,
                                          char **outp_asciiTime) {
     if (inp_gt == nullptr)
         return 1;
@@ -154,25 +154,12 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
     char clock[kClockTimeSize];
     if (const std::string_view shown = ALA__ClockTime(*inp_gt, clock); !shown.empty()) {
         text.get()[shown.copy(text.get(), kTimeSize - 1)] = '\0';
-        if (!lock.release())
+    } else {
+        time.tm_wday = ALA__GetDayOfWk(inp_gt->year, inp_gt->month, inp_gt->day);
+        if (std::strftime(text.get(), kTimeSize, "%m/%d/%Y %H:%M:%S", &time) == 0)
             return 1;
-        *outp_asciiTime = text.release();
-        return 0;
     }
-    time.tm_wday = ALA__GetDayOfWk(inp_gt->year, inp_gt->month, inp_gt->day);
-    const char *named = std::setlocale(LC_TIME, "");
-    const Malloced<char> defLocale(named != nullptr ? _strdup(named)
-                                                    : nullptr); // the name lasts until the next call
-    if (inp_locale != nullptr)
-        static_cast<void>(std::setlocale(LC_TIME, inp_locale)); // an unknown one leaves the default in force
-    const std::size_t res = std::strftime(text.get(), kTimeSize, "%m/%d/%Y %H:%M:%S", &time);
     if (!lock.release())
-        return 1;
-    if (defLocale != nullptr) {
-        const Lock again(localeLock);
-        static_cast<void>(std::setlocale(LC_TIME, defLocale.get()));
-    }
-    if (res == 0)
         return 1;
     *outp_asciiTime = text.release();
     return 0;

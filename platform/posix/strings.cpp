@@ -1,14 +1,20 @@
 // Texts, the environment and the time zone.
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <cwctype>
+#include <mutex>
 #include <new>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include <unistd.h>
 
 #include "platform/os.h"
 #include "platform/posix/utf8.h"
@@ -28,6 +34,8 @@ static char32_t lowerCharacter(char32_t in_character) {
                               : static_cast<char32_t>(towlower_l(static_cast<wint_t>(in_character), unicode));
 }
 
+// The environment is read without a lock, by the C library too, and what was found may be kept.  So its array
+// is not changed but exchanged, and no array and no text is ever released; each is there once.
 static int assign(const char *inp_assignment) {
     const char *equals = std::strchr(inp_assignment, '=');
     if (equals == nullptr || equals == inp_assignment) {
@@ -35,7 +43,24 @@ static int assign(const char *inp_assignment) {
         return -1;
     }
     const std::string name(inp_assignment, equals);
-    return equals[1] == '\0' ? unsetenv(name.c_str()) : setenv(name.c_str(), equals + 1, 1);
+    const bool remains = equals[1] != '\0';
+    static std::mutex lock;
+    const std::lock_guard guard(lock);
+    const char *now = std::getenv(name.c_str());
+    if (remains ? now != nullptr && std::strcmp(now, equals + 1) == 0 : now == nullptr)
+        return 0;
+    static auto &texts = *new std::set<std::string>;
+    static auto &arrays = *new std::set<std::vector<const char *>>;
+    std::vector<const char *> next;
+    for (char **at = environ; at != nullptr && *at != nullptr; ++at)
+        if (std::strncmp(*at, inp_assignment, name.size() + 1) != 0)
+            next.push_back(*at);
+    if (remains)
+        next.push_back(texts.insert(inp_assignment).first->c_str());
+    next.push_back(nullptr);
+    char **array = const_cast<char **>(arrays.insert(std::move(next)).first->data());
+    std::atomic_ref(environ).store(array, std::memory_order_release);
+    return 0;
 }
 
 extern "C" {

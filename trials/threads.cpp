@@ -1,0 +1,124 @@
+// Eight threads at the same time, each with a server and a handle of its own: none gets in another's way.
+//
+//     threads [ROUNDS]      rounds of each thread (2000)
+//
+// In a round a thread lays its server's log, registers, lists the logs, reads its own one, deletes it and
+// unregisters.  What that gives has to be what a thread alone is given.  Half of the servers have a root with
+// German names, the others one without.
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <thread>
+
+#include "ala/ala.h"
+#include "samples/log_writer.h"
+#include "samples/oid_table.h"
+#include "samples/sample_root.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/value_cases.h"
+
+using namespace samples;
+
+constexpr unsigned kThreads = 8;
+constexpr ALA_time kDay = {2001, 2, 3};
+constexpr char kAllDone[] = "0 0 0 0 0 0 0 "; // the codes of a round without a failure
+
+// Two jobs, values of every type in their document, for users of the machine's domain, which is left out.
+static Log makeLog() {
+    Job job;
+    job.attribute(dotted("job-name"), TIME, {pack(Time{.year = 20000, .month = 1, .day = 1})}).document();
+    for (const ValueCase &value : valueCases())
+        if (value.code == ALA_N_NORMAL)
+            job.attribute(dotted("job-comment"), value.type, {value.packed});
+    AccessEntry entry = anyUserEntry();
+    entry.domain.syntax = oid(DOMAIN_NT);
+    return Log({.accessList = {pack(entry)}}).job(job).job(job);
+}
+
+template <class Record>
+using Cursor = ALA_retCode_t(ALA_handle_t, Record *, const char *, ALA_attrPair **);
+
+template <class Record>
+static void addAttributes(ALA_handle_t in_handle, Record *inoutp_record, Cursor<Record> *in_first,
+                          Cursor<Record> *in_next, std::string &inout_text) {
+    ALA_attrPair *pair = nullptr;
+    for (auto *get = in_first; get(in_handle, inoutp_record, "de", &pair) == ALA_N_NORMAL; get = in_next) {
+        inout_text += pair->attrName;
+        for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
+            inout_text.append("=").append(value->value);
+        ALA_FreeAttributePair(&pair);
+    }
+}
+
+static void addJobs(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::string &inout_text) {
+    ALA_record_t job = nullptr;
+    auto *read = ALA_GetFirstJobRecord;
+    for (; read(in_handle, &in_log, &job) == ALA_N_NORMAL; read = ALA_GetNextJobRecord) {
+        addAttributes(in_handle, &job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob, inout_text);
+        ALA_dRecord_t document = nullptr;
+        ALA_GetFirstDocmt(in_handle, &job, &document);
+        addAttributes(in_handle, &document, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc, inout_text);
+        ALA_FreeDocmtRecord(&document);
+        ALA_FreeJobRecord(&job);
+    }
+}
+
+// The codes of the operations, and what was read.
+static std::string playRound(const std::string &in_server, const SampleRoot &in_root, const Log &in_log) {
+    in_log.save(in_root.log(in_server, "20010203"));
+    ALA_handle_t handle = nullptr;
+    dateNode *dates = nullptr;
+    ALA_name *names = nullptr;
+    ALA_acctLogHandle_t log = nullptr;
+    std::string codes, text;
+    const auto note = [&](ALA_retCode_t in_code) { codes += std::to_string(in_code) + ' '; };
+    note(ALA_Register(in_server.c_str(), in_root.logs().c_str(), nullptr, &handle));
+    note(ALA_ListExistingLogsByDate(handle, &dates, &names));
+    note(ALA_Open(handle, &kDay, &log));
+    addJobs(handle, log, text);
+    note(ALA_Close(handle, &log));
+    note(ALA_Delete(handle, &kDay));
+    note(ALA_FreeDateList(&dates) + ALA_FreeNameList(&names));
+    note(ALA_Unregister(&handle));
+    return codes + text;
+}
+
+int main(int argc, char **argv) {
+    const int rounds = argc > 1 ? std::atoi(argv[1]) : 2000;
+    const TempDir folder;
+    const SampleRoot roots[] = {SampleRoot(folder / "0"), SampleRoot(folder / "1")};
+    std::filesystem::remove(roots[1].oids() / "oids.de");
+    std::vector<RegistryKey> keys; // a variable that half of the servers have, before TZ in the environment
+    for (unsigned i = 0; i < kThreads; ++i)
+        keys.push_back({serverKey(std::to_string(i)),
+                        {{"QV_HALF", i % 2 == 0 ? "" : "1"}, {"QV_ROOT", roots[i % 2].path()}}});
+    roots[0].writeRegistry(keys);
+    setenv("QV_HALF", "1", 1);
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    setenv("QV_LOG", (folder / "log").c_str(), 1);
+    setenv("QV_REGISTRY", roots[0].registry().c_str(), 1);
+
+    const Log log = makeLog();
+    const auto play = [&](unsigned in_number) {
+        return playRound(std::to_string(in_number), roots[in_number % 2], log);
+    };
+    std::map<std::string, int> given[kThreads]; // how often a thread was given it
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < kThreads; ++i)
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < rounds; ++round)
+                ++given[i][play(i)];
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+
+    int wrong = 0;
+    for (unsigned i = 0; i < kThreads; ++i)
+        for (const auto &[text, times] : given[i])
+            if (const std::string alone = play(i); text != alone || !alone.starts_with(kAllDone)) {
+                std::printf("server %u, %d times: %.80s\n", i, times, text.c_str());
+                wrong += times;
+            }
+    std::printf("%u threads, %d rounds each: %d wrong\n", kThreads, rounds, wrong);
+    return wrong == 0 ? 0 : 1;
+}
