@@ -12,18 +12,23 @@
 #include "service/spare_block.h"
 
 // Use: a type that tells the kinds apart.  kFirstChunk: bytes of the usual first chunk, with its head.  An
-// object of zeros is an empty one.
-template <class Use, std::size_t kFirstChunk, std::size_t kAlignment>
+// object of zeros is an empty one.  kPacked: bytes may lie between what is aligned, and no allocation is
+// empty.
+template <class Use, std::size_t kFirstChunk, std::size_t kAlignment, bool kPacked = false>
 class ChunkMemory {
 public:
     // Not cleared.  Null when memory runs out.  The shortest allocation has an address of its own, too.
     void *allocate(std::size_t in_size) {
-        const std::size_t size =
-            (std::max<std::size_t>(in_size, 1) + kAlignment - 1) / kAlignment * kAlignment;
-        if (size > static_cast<std::size_t>(end - next) && !addChunk(size))
-            return nullptr;
-        return std::exchange(next, next + size);
+        if constexpr (kPacked) {
+            const std::size_t gap = -reinterpret_cast<std::uintptr_t>(next) % kAlignment;
+            next += std::min(gap, static_cast<std::size_t>(end - next));
+            return take(in_size);
+        }
+        return take((std::max<std::size_t>(in_size, 1) + kAlignment - 1) / kAlignment * kAlignment);
     }
+
+    // The same at any address.
+    void *allocateBytes(std::size_t in_size) requires kPacked { return take(in_size); }
 
     // What the first chunk shall hold if that is more than usual.
     void expect(std::size_t in_bytes) { expected = in_bytes; }
@@ -48,6 +53,12 @@ private:
     using FirstChunk = SpareBlock<Use, kFirstChunk>;
     static constexpr std::size_t kUsual = kFirstChunk - sizeof(Chunk);
     static constexpr std::size_t kLargest = 256 * 1024; // only what is larger itself gets more
+
+    void *take(std::size_t in_size) {
+        if (in_size > static_cast<std::size_t>(end - next) && !addChunk(in_size))
+            return nullptr;
+        return std::exchange(next, next + in_size);
+    }
 
     bool addChunk(std::size_t in_size) {
         const std::size_t usual =

@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include "ala/log/record.h"
 #include "tests/support/facility.h"
@@ -173,4 +174,38 @@ TEST_F(Cursor, MissingRecordsAreRefused) {
     EXPECT_EQ(ALA_GetNextAttrFromDoc(handle, &made, nullptr, &pair), ALA_A_INVALID_RECORD);
     EXPECT_EQ(ALA_GetNextDocmt(handle, &job, &made), ALA_A_INVALID_RECORD);
     EXPECT_EQ(names(1), "code 13");
+}
+
+// The record, the document and the texts of its first attribute; what a value takes while it is rendered is
+// for packed_test.cpp to judge.
+TEST_F(Cursor, RenderedRecordTakesSixteenTimesItsBytesAtMost) {
+    const struct {
+        const char *label;
+        std::uint32_t type;
+        int attributes;
+        std::size_t values;
+        Bytes packed;
+    } cases[] = {
+        {"values of one byte", 2, 1, 262'146, "x"},
+        {"numbers", INTEGER, 1, 200'000, packInt(-2147483647)},
+        {"attributes of many values", 2, 10, 20'000, "x"},
+        {"attributes without a value", STRING, 20'000, 0, ""},
+        {"lists of names", DIST_NAMES, 1, 2, pack(DistNames(100'000, DistName{text(""), oid(1)}))},
+    };
+    for (const auto &[label, type, attributes, values, packed] : cases) {
+        Job made = Job().attribute("1.2.1", STRING).document();
+        for (int i = 0; i < attributes; ++i)
+            made.attribute("1.2.2", type, std::vector<Value>(values, packed));
+        const auto held = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; }; // 0 under sanitizers
+        const std::size_t before = held();
+        load(made);
+        ALA_dRecord_t document = nullptr;
+        ASSERT_EQ(ALA_GetFirstDocmt(handle, &job, &document), ALA_N_NORMAL);
+        ALA_attrPair *pair = nullptr;
+        EXPECT_EQ(ALA_GetFirstAttrFromDoc(handle, &document, nullptr, &pair), ALA_N_NORMAL);
+        EXPECT_LE(held() - before, 16 * Log().job(made).size() + (1U << 20)) << label;
+        ALA_FreeAttributePair(&pair);
+        ALA_FreeDocmtRecord(&document);
+        ALA_FreeJobRecord(&job);
+    }
 }

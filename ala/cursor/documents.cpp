@@ -30,7 +30,7 @@ static bool copyNode(const attrValNode &in_source, RecordMemory &inoutp_memory, 
     for (std::size_t i = 0; i < count; ++i) {
         const GEN_string &value = in_source.attrVals[i];
         const auto length = static_cast<std::size_t>(value.length);
-        auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocate(length));
+        auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocateBytes(length));
         if (bytes == nullptr)
             return false;
         std::memcpy(bytes, value._value, length);

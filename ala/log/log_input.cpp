@@ -1,5 +1,7 @@
 #include "ala/log/log_input.h"
 
+#include <algorithm>
+
 #include <arpa/inet.h>
 
 bool ReadWatch::begin(int in_fd) {
@@ -31,4 +33,13 @@ bool LogInput::readNetWord(std::uint32_t *outp_word) {
     const bool whole = read(&word, sizeof word);
     *outp_word = ntohl(word);
     return whole;
+}
+
+std::uint32_t growRoom(std::uint32_t in_count, std::uint32_t in_trusted, std::uint32_t in_room) {
+    constexpr std::uint32_t kGrowth = 4;
+    const std::uint64_t most = std::max<std::uint64_t>(in_trusted, std::uint64_t{kGrowth} * in_room);
+    std::uint32_t room = in_count;
+    while (room > most)
+        room = room / kGrowth + 1;
+    return room;
 }

@@ -73,7 +73,14 @@ private:
     bool nothingLeft = false;
 };
 
-// How much memory a count or length of the file may ask for before the bytes behind it were seen.  From there
-// on the memory doubles as the bytes arrive, so that a damaged count or length never takes much more than the
-// file.
+// How much memory a count or length of the file may ask for before the bytes behind it were seen.
 constexpr std::size_t kTrustedBytes = 64 * 1024;
+
+// How many of in_count elements to make room for next when in_room of them have been read; in_trusted of them
+// take that many bytes.  The room grows fourfold as the bytes arrive, so that a damaged count or length never
+// takes much more than the file; all that was outgrown, which stays until the record goes, is a third of the
+// whole.
+std::uint32_t growRoom(std::uint32_t in_count, std::uint32_t in_trusted, std::uint32_t in_room);
+inline std::uint32_t nextRoom(std::uint32_t in_count, std::uint32_t in_trusted, std::uint32_t in_room) {
+    return in_count <= in_trusted ? in_count : growRoom(in_count, in_trusted, in_room);
+}

@@ -8,9 +8,9 @@ ReadResult readLongValue(LogInput &inoutp_in, std::uint32_t in_length, RecordMem
     if (in_length == 0 || in_length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
         return ReadResult::Cut; // no value is empty, and none can be longer than its record can say
     std::uint8_t *bytes = nullptr;
-    for (std::size_t have = 0, room = kTrustedBytes; have < in_length; room *= 2) {
-        const std::size_t wanted = std::min<std::size_t>(in_length, room);
-        auto *grown = static_cast<std::uint8_t *>(inoutp_memory.allocate(wanted));
+    for (std::uint32_t have = 0; have < in_length;) {
+        const std::uint32_t wanted = nextRoom(in_length, kTrustedBytes, have);
+        auto *grown = static_cast<std::uint8_t *>(inoutp_memory.allocateBytes(wanted));
         if (grown == nullptr)
             return ReadResult::NoMemory;
         std::copy_n(bytes, have, grown);

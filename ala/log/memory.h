@@ -9,7 +9,7 @@
 #include "service/values.h"
 
 // A record of 20 attributes takes about half of the first chunk.
-using RecordMemory = ChunkMemory<class OfRecords, 16 * 1024, alignof(GEN_string)>;
+using RecordMemory = ChunkMemory<class OfRecords, 16 * 1024, alignof(GEN_string), true>;
 
 enum class ReadResult : std::uint8_t { Whole, Cut, NoMemory };
 
@@ -21,7 +21,7 @@ inline ReadResult readValueBytes(LogInput &inoutp_in, std::uint32_t in_length, R
                                  GEN_string *outp_value) {
     if (in_length - 1 >= kTrustedBytes) // a length of 0 as well
         return readLongValue(inoutp_in, in_length, inoutp_memory, outp_value);
-    auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocate(in_length));
+    auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocateBytes(in_length));
     if (bytes == nullptr)
         return ReadResult::NoMemory;
     if (!inoutp_in.read(bytes, in_length))

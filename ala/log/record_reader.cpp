@@ -88,16 +88,6 @@ struct Counts {
 
 } // namespace
 
-// An array of in_count elements grows as its elements are read: this many are trusted at once.
-template <class Element>
-static std::uint32_t trusted(std::uint32_t in_count) {
-    return std::min(in_count, static_cast<std::uint32_t>(kTrustedBytes / sizeof(Element)));
-}
-
-static std::uint32_t grown(std::uint32_t in_room, std::uint32_t in_count) {
-    return in_room > in_count / 2 ? in_count : 2 * in_room;
-}
-
 static ALA_retCode_t readCounts(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
                                 Counts *outp_counts) {
     if (!inoutp_in.readNetWord(&outp_counts->numAttr)) {
@@ -131,7 +121,7 @@ static ALA_retCode_t readValues(LogInput &inoutp_in, record *inoutp_record, std:
     std::uint32_t room = 0;
     for (std::uint32_t i = 0; i < node.numAttrVal; ++i) {
         if (i == room) {
-            room = room == 0 ? trusted<GEN_string>(node.numAttrVal) : grown(room, node.numAttrVal);
+            room = nextRoom(node.numAttrVal, kTrustedBytes / sizeof(GEN_string), room);
             auto *values =
                 static_cast<GEN_string *>(inoutp_record->memory.allocate(room * sizeof(GEN_string)));
             if (values == nullptr)
@@ -186,8 +176,7 @@ static ALA_retCode_t readAttributes(LogInput &inoutp_in, record *inoutp_record, 
     std::uint32_t room = 0;
     for (std::uint32_t i = 0; i < inoutp_record->numAttr; ++i) {
         if (i == room) {
-            room = room == 0 ? trusted<attrValNode>(inoutp_record->numAttr)
-                             : grown(room, inoutp_record->numAttr);
+            room = nextRoom(inoutp_record->numAttr, kTrustedBytes / sizeof(attrValNode), room);
             auto *list =
                 static_cast<attrValNode *>(inoutp_record->memory.allocate(room * sizeof(attrValNode)));
             if (list == nullptr)

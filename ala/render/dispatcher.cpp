@@ -1,19 +1,35 @@
 #include "ala/render/render.h"
 
+#include <cstring>
 #include <utility>
 
 #include "ala/render/names.h"
 #include "ala/trace.h"
 #include "service/status.h"
 
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
-    *inoutpp_val = nullptr;
-    auto *value = static_cast<ALA__roomyValue *>(std::malloc(sizeof(ALA__roomyValue)));
+ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val, std::size_t in_room) {
+    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + in_room));
+    *inoutpp_val = value;
     if (value == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    value->text[0] = '\0';
-    value->node = {value->text, nullptr};
-    *inoutpp_val = &value->node;
+    char *text = in_room != 0 ? reinterpret_cast<char *>(value + 1) : nullptr;
+    if (text != nullptr)
+        *text = '\0';
+    *value = {text, nullptr};
+    return ALA_N_NORMAL;
+}
+
+ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text) {
+    constexpr std::size_t kCopied = 4096; // bytes from which on a text is not copied
+    static_assert(kCopied >= kValueSize, "such a text is in no maker's buffer");
+    const bool isCopied = inoutp_text.size() < kCopied;
+    const std::size_t room = isCopied ? inoutp_text.size() + 1 : 0;
+    if (const ALA_retCode_t result = ALA__AllocValue(outpp_val, room); result != ALA_N_NORMAL)
+        return result;
+    if (isCopied)
+        std::memcpy((*outpp_val)->value, inoutp_text.c_str(), room);
+    else
+        (*outpp_val)->value = inoutp_text.releaseToFit();
     return ALA_N_NORMAL;
 }
 
@@ -42,12 +58,6 @@ void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
         return;
     const StatusList status;
     in_valDesc.deleteFunc(status, in_attr, nullptr);
-}
-
-void Rendering::dropTarget() {
-    text.replace(nullptr);
-    ALA__FreeValue(pair, *link);
-    *link = nullptr;
 }
 
 namespace {
@@ -81,22 +91,26 @@ static ALA__growingPair *asGrowing(ALA_attrPair *inp_pair) {
     return reinterpret_cast<ALA__growingPair *>(inp_pair);
 }
 
-// Renders into the target at the link.  The text that the value has reached stays there, also on failure.
+// Renders into the target at the link.  The text that the value has reached stays there, also on failure: in
+// a further value it is given a node without room, in the target's place.
+template <bool kFurther>
 static const RenderFailure *renderTarget(AS_attrValType_t in_type, const void *inp_value,
                                          const char *inp_locale, void **in_oidHandle,
                                          const ALA_attrPair *inp_pair, attributeVal **inoutp_link) {
     static constexpr RenderFailure kNoMemoryForText = {
         ALA_A_OUT_OF_MEMORY, "Could not allocate memory for the value of oid: %s in ALA__GetAttribute"};
-    const RenderRow *row = findRenderRow(in_type);
-    if (row == nullptr)
-        return nullptr;
+    static constexpr RenderFailure kNoNode = {ALA_A_OUT_OF_MEMORY,
+                                              "ALA__AllocValue failed for oid: %s in ALA__GetAttribute"};
     const StatusList status;
     attributeVal *target = *inoutp_link;
     Rendering rendering = {status,   in_oidHandle, inp_locale, Text(target->value, kValueSize),
                            inp_pair, inoutp_link};
-    const RenderFailure *failure = row->render(rendering, inp_value);
-    if (*inoutp_link == target)
+    const RenderRow *row = inp_value != nullptr ? findRenderRow(in_type) : nullptr;
+    const RenderFailure *failure = row != nullptr ? row->render(rendering, inp_value) : nullptr;
+    if constexpr (!kFurther)
         target->value = rendering.text.release();
+    else if (*inoutp_link == target && makeFittingValue(inoutp_link, rendering.text) != ALA_N_NORMAL)
+        return failure != nullptr ? failure : &kNoNode;
     if (failure == nullptr && rendering.text.failed())
         return &kNoMemoryForText;
     return failure;
@@ -131,19 +145,21 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
             return result;
     ALA__growingPair *pair = made != nullptr ? made.get() : asGrowing(*inoutp_attribute);
     attributeVal **link = &pair->pair.attrVal;
-    if (made == nullptr) {
-        link = pair->last != nullptr ? &pair->last->next : link;
-        if (const ALA_retCode_t result = ALA__AllocValue(link); result != ALA_N_NORMAL)
-            return ALA_FAIL(result, "ALA__AllocValue failed for oid: %s in ALA__GetAttribute",
-                            inp_node->decoid);
-    }
-
     const RenderFailure *failure = nullptr;
-    if (value.get() != nullptr)
-        failure =
-            renderTarget(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle, &pair->pair, link);
-    for (attributeVal *last = *link; last != nullptr; last = last->next)
-        pair->last = last;
+    if (made != nullptr) {
+        failure = renderTarget<false>(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle,
+                                      &pair->pair, link);
+    } else {
+        ALA__roomyValue roomy;
+        roomy.node.value = roomy.text;
+        link = &pair->last->next;
+        *link = &roomy.node;
+        failure = renderTarget<true>(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle,
+                                     &pair->pair, link);
+    }
+    if (*link != &pair->first.node)
+        for (attributeVal *last = *link; last != nullptr; last = last->next)
+            pair->last = last;
     if (failure != nullptr)
         return ALA_FAIL(failure->code, failure->message, inp_node->decoid);
     if (made != nullptr)

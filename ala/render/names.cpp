@@ -34,7 +34,7 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const attrValNode *inp_node, const char
     pair->first.text[0] = '\0';
     pair->first.node = {pair->first.text, nullptr};
     pair->pair = {nullptr, &pair->first.node};
-    pair->last = nullptr;
+    pair->last = &pair->first.node;
 
     const StatusList status;
     std::int32_t result = 0;

@@ -9,7 +9,7 @@
 #include "service/packed.h"
 #include "service/spare_block.h"
 
-constexpr std::size_t kValueSize = 256; // bytes of a value's first buffer
+constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
 
 // Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the
 // text is appended to the pair's values.  Takes over in_attrVal, which may be null for an attribute without a
@@ -22,8 +22,8 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
 // Releases a value record; null is fine.
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
 
-// A value with room for its text; a longer one has memory of its own.  The node is first, so that its address
-// is this record's.
+// A value with its text behind it; a longer one has memory of its own.  The node is first, so that its
+// address is this record's.  Further values of a pair have as much of the room as their texts take.
 struct ALA__roomyValue {
     attributeVal node;
     char text[kValueSize];
@@ -40,8 +40,13 @@ struct ALA__growingPair {
 
 using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
 
-// A value with an empty text.  0, or ALA_A_OUT_OF_MEMORY with the variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
+// A value with an empty text, and room for that many bytes of it; without room it has no text.  0, or
+// ALA_A_OUT_OF_MEMORY with the variable null.
+ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val, std::size_t in_room = kValueSize);
+
+// A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
+// variable null.
+ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text);
 
 // Releases a value and its text, but for what is a part of the pair.
 void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);
@@ -59,13 +64,10 @@ struct Rendering {
     const char *locale;
     Text text;                // of the target
     const ALA_attrPair *pair; // that the target belongs to
-    attributeVal **link;      // where the target hangs in the pair's chain
+    attributeVal **link;      // where the target hangs in the pair's chain; other values may take its place
 
     // The text becomes a string from malloc; what was in the buffer goes.
     void replaceText(char *in_string) { text.replace(in_string); }
-
-    // The target goes, and nothing hangs at the link.
-    void dropTarget();
 };
 
 // Gives null on success.

@@ -30,6 +30,7 @@ public:
     // Becomes a text from malloc, which is taken over; null is an empty one.
     void replace(char *in_text);
 
+    std::size_t size() const { return length; }
     const char *c_str() const { return text != nullptr ? text : ""; }
     void fail() { noMemory = true; }
     bool failed() const { return noMemory; }
@@ -38,6 +39,12 @@ public:
     char *release() {
         static_cast<void>(own.release());
         return text;
+    }
+
+    // The same of one that is in memory of its own, which becomes as small as the text.
+    char *releaseToFit() {
+        auto *fitting = static_cast<char *>(std::realloc(own.release(), length + 1));
+        return fitting != nullptr ? fitting : text;
     }
 
 private:

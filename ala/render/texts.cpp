@@ -92,17 +92,15 @@ static const RenderFailure *addElement(const Rendering &in_rendering, const GEN_
                                               "malloc failed for tmpNode in ALA__GetAttribute"};
     static constexpr RenderFailure kNoText = {ALA_A_OUT_OF_MEMORY,
                                               "strdup failed for tmpNode->value in ALA__GetAttribute"};
-    attributeVal *tmpNode = nullptr;
-    if (ALA__AllocValue(&tmpNode) != ALA_N_NORMAL)
-        return &kNoNode;
-    *inoutp_values.end = tmpNode;
-    Text text(tmpNode->value, kValueSize);
+    char room[kValueSize];
+    Text text(room, sizeof room);
     if (inp_name != nullptr && !addDistName(in_rendering, *inp_name, text))
         return &kExtractTextFailed;
     if (text.failed())
         return &kNoText;
-    tmpNode->value = text.release();
-    inoutp_values.end = &tmpNode->next;
+    if (makeFittingValue(inoutp_values.end, text) != ALA_N_NORMAL)
+        return &kNoNode;
+    inoutp_values.end = &(*inoutp_values.end)->next;
     return nullptr;
 }
 
@@ -113,8 +111,6 @@ const RenderFailure *renderDistNameSeq(Rendering &inoutp_rendering, const void *
     for (const auto *element = static_cast<const GEN_distNameStringSeq *>(inp_value);
          element != nullptr && failure == nullptr; element = element->next)
         failure = addElement(inoutp_rendering, element->_value, values);
-    inoutp_rendering.dropTarget();
-    if (failure == nullptr)
-        *inoutp_rendering.link = std::exchange(values.head, nullptr);
+    *inoutp_rendering.link = failure == nullptr ? std::exchange(values.head, nullptr) : nullptr;
     return failure;
 }
