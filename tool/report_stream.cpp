@@ -24,6 +24,7 @@ ReportStream::Opened ReportStream::open(const char *inp_fileName) {
     const Opened opened = fileName != nullptr ? openFile() : hold();
     if (opened != Opened::Yes)
         return opened;
+    terminal = _isatty(fd) != 0;
     fl = OS_StreamTo(takeBytes, this);
     if (fl == nullptr)
         return Opened::No;

@@ -29,7 +29,7 @@ public:
     Opened open(const char *inp_fileName);
 
     std::FILE *stream() const { return fl; }
-    bool isTerminal() const { return _isatty(fd) != 0; }
+    bool isTerminal() const { return terminal; }
     // The log that the report would go into; null when it is none of them.
     const ALA_name *findIn(ALA_handle_t in_handle, const ALA_name *inp_logs) const {
         return identity.regular ? ALA__FindLog(in_handle, inp_logs, identity) : nullptr;
@@ -71,6 +71,7 @@ private:
     const char *fileName = nullptr; // null: standard output
     Malloced<char> madePath;        // of the file, if this run made it
     OS_fileIdentity identity = {};  // when it was opened
+    bool terminal = false;
     bool held = false;
     bool folderSynced = false;
     bool begun = false;
