@@ -22,6 +22,7 @@ test: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev
 	@ctest --preset dev
+	@awk '/: Skipped$$/ {getline; print "Skipped: " $$0}' build/dev/Testing/Temporary/LastTest.log
 
 # Fails each STEP-th allocation and call of a run, plain and under the sanitizers.
 STEP ?= 1

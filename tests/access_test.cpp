@@ -23,12 +23,13 @@ protected:
         return Facility::open(Log({.accessList = {pack(in_entry)}}));
     }
 
-    static BOOL nameOfMachine(char *name, DWORD *size) {
-        *size = 7;
-        std::strcpy(name, "MACHINE");
-        return 1;
-    }
-    const Scripted<decltype(::GetComputerNameA)> machine{script::GetComputerNameA, nameOfMachine};
+    bool machineHasName = true;
+    const Scripted<decltype(::GetComputerNameA)> machine{script::GetComputerNameA,
+                                                         [this](char *name, DWORD *size) {
+                                                             *size = 7;
+                                                             std::strcpy(name, "MACHINE");
+                                                             return machineHasName ? 1 : 0;
+                                                         }};
 };
 
 constexpr ALA_retCode_t kAdmitted = ALA_N_NORMAL;
@@ -178,6 +179,9 @@ TEST_F(Access, GroupEntryAdmitsMembers) {
             EXPECT_EQ(open(entry), whole ? c.code : kRefused) << c.name.member << " of " << c.domain;
         }
     EXPECT_EQ(open(userEntry("alice", "CORP")), kAdmitted) << "a user needs no groups";
+    fits = true;
+    const Scripted process(script::OpenProcessToken, [](HANDLE, DWORD, HANDLE *) { return 0; });
+    EXPECT_EQ(open({text("staff"), {text("corp"), oid(DOMAIN_NT)}, 2}), kRefused) << "without a token";
 }
 
 TEST_F(Access, CredentialNeedsBothLookUps) {
@@ -226,4 +230,67 @@ TEST_F(Access, OlderPlatformTakesTheComputerAsDomain) {
     EXPECT_EQ(open(userEntry("alice", "machine", SEC_DOM_NT)), kRefused);
     TOnceGetDomainName();
     EXPECT_STREQ(ALA__GetHostDomain(nullptr), "") << "found on the newer platform only";
+}
+
+TEST_F(Access, MachinesDomainIsItsLanGroupWhereTheNetworkLogonRuns) {
+    const std::string key = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\";
+    const std::string logon = key + "Enum\\Root\\LEGACY_NETLOGON\\0000]\n\"StatusFlags\"=";
+    const std::string runs = logon + "dword:8\n", cut = key.substr(0, 20);
+    const auto group = [&](const std::string &name) {
+        return runs + key.substr(9) + "Services\\LanmanWorkstation\\Parameters]\n\"LanGroup\"=\"" + name +
+               "\"";
+    };
+    const char *const noInfo = "SEC_GetDefaultDomain: NetWkstaGetInfo failed";
+    const char *const unread =
+        "TOnceGetDomainName: the registry cannot be read, error 1015; the machine has no "
+        "domain";
+    const struct {
+        const char *label;
+        std::string registry, domain;
+        const char *line = "", *lacks = ""; // what fails
+        bool lent = false;
+    } cases[] = {
+        {"group", group("L\xC3\xBCneburg"), "L\u00FCneburg"},
+        {"group, lent rights", group("LAN"), "LAN", "", "", true},
+        {"longest", group(std::string(1024, 'x')), std::string(1024, 'x')},
+        {"too long", group(std::string(1025, 'x')), ""},
+        {"no library", group("LAN"), "", "", "netapi32.dll"},
+        {"no function", group("LAN"), "", "", "NetWkstaGetInfo"},
+        {"no other function", group("LAN"), "", "", "NetApiBufferFree"},
+        {"no group", runs, "", noInfo},
+        {"no logon", "REGEDIT4\n", "MACHINE"},
+        {"no flags", key + "Enum\\Root\\LEGACY_NETLOGON\\0000]\n", "MACHINE", "", "", true},
+        {"other flags", logon + "dword:9\n", "MACHINE", "", "", true},
+        {"short flags", logon + "hex:08\n", "MACHINE"},
+        {"no name", "REGEDIT4\n", "", "TOnceGetDomainName: GetComputerName failed", "name"},
+        {"damaged", cut, "MACHINE"},
+        {"damaged, lent rights", cut, "", unread, "", true},
+    };
+    const ScriptedUser caller("alice", "");
+    const AccessEntry inMachinesDomain = {text("alice"), {text(""), oid(DOMAIN_NT)}, 1};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.label);
+        const std::string_view lacks = c.lacks;
+        const Scripted lent(script::OS_HasLentRights, [&] { return c.lent ? 1 : 0; });
+        std::optional<Scripted<decltype(::LoadLibraryA)>> library;
+        if (lacks == "netapi32.dll")
+            library.emplace(script::LoadLibraryA, [](const char *) { return nullptr; });
+        std::optional<Scripted<decltype(::GetProcAddress)>> function;
+        if (lacks.starts_with("Net"))
+            function.emplace(script::GetProcAddress, [&](HMODULE, const char *name) {
+                return name == lacks ? nullptr : reinterpret_cast<FARPROC>(&NetWkstaGetInfo);
+            });
+        machineHasName = lacks != "name";
+        writeFile(root.registry(), c.registry);
+        takeLog();
+        TOnceGetDomainName();
+        machineHasName = true;
+        EXPECT_EQ(ALA__GetHostDomain(nullptr), c.domain);
+        const std::vector<std::string> lines = takeLog();
+        if (c.domain.empty()) {
+            EXPECT_EQ(lines.empty() ? "" : lines.back(), c.line);
+        }
+        registerAnew();
+        EXPECT_EQ(open(inMachinesDomain), c.domain.empty() ? kRefused : kAdmitted);
+    }
 }

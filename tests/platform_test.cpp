@@ -145,6 +145,9 @@ TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
     EXPECT_EQ(_mbsicmp(bytes("\xC3\x84RGER"), bytes("\xC3\xA4rger")), 0);
     EXPECT_NE(_mbsicmp(bytes("\xC4"), bytes("\xE4")), 0); // no UTF-8, so no letters
     EXPECT_LT(_mbsicmp(bytes("ab"), bytes("ABC")), 0);
+    for (const auto &[other, ascii] : {std::pair{"\u212A", "k"}, {"\u0130", "i"}, {"\u017F", "s"}}) {
+        EXPECT_NE(_mbsicmp(bytes(other), bytes(ascii)), 0) << ascii;
+    }
     const unsigned char *text = bytes("\xC3\xA9\xA9\xE9");
     EXPECT_EQ(_mbschr(text, 0xE9), text);
     EXPECT_EQ(_mbschr(text, 0), text + 4);

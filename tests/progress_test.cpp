@@ -55,6 +55,11 @@ static SlowRun runSlowly(const std::vector<std::string> &in_arguments, const Too
 }
 
 TEST(Progress, IsDrawnAtTimesAndErasedBeforeAMessageAndAtTheEnd) {
+    int terminal = -1, program = -1;
+    if (openpty(&terminal, &program, nullptr, nullptr, nullptr) != 0)
+        GTEST_SKIP() << "needs pseudo-terminals";
+    close(terminal);
+    close(program);
     const std::string message = "Unable to read the accounting file.\r\n", erased = "\r\033[K";
     const SlowRun run = runSlowly({"alpha"});
     int drawn = 0;

@@ -15,9 +15,8 @@
 using namespace samples;
 namespace fs = std::filesystem;
 
-constexpr uid_t kCaller = 1; // user and group, both with a name
-constexpr gid_t kLent = 4;   // a group with a name that the caller is not in
-static const char *const kSystemsRegistry = "/etc/qvledger/registry.reg";
+constexpr uid_t kCaller = 1;                              // user and group, both with a name
+constexpr gid_t kLent = 4;                                // a group with a name that the caller is not in
 static const char *const kRootless = "test-without-root"; // a server
 static const char *const kLines = "job-name\nthe system's\n";
 
@@ -37,17 +36,16 @@ protected:
 #ifdef QVLEDGER_SANITIZED
         GTEST_SKIP() << "the sanitizers cannot look into a set-group-id program";
 #endif
-        if (readFile(kSystemsRegistry).find(kRootless) != std::string::npos)
-            fs::remove(kSystemsRegistry); // left by a run that was stopped
         struct statvfs here;
-        if (geteuid() != 0 || fs::exists(kSystemsRegistry) || getpwuid(kCaller) == nullptr ||
-            getgrgid(kLent) == nullptr || statvfs(system.root.path().c_str(), &here) != 0 ||
-            (here.f_flag & ST_NOSUID) != 0)
-            GTEST_SKIP() << "needs root, two accounts, set-group-id programs and no installed registry file";
+        if (geteuid() != 0 || getpwuid(kCaller) == nullptr || getgrgid(kLent) == nullptr ||
+            statvfs(system.root.path().c_str(), &here) != 0 || (here.f_flag & ST_NOSUID) != 0)
+            GTEST_SKIP() << "needs root, two accounts and set-group-id programs";
+        makeEtc();
+        if (system.run({"-V"}, {.etc = system / "etc"}).status == kNoNamespace)
+            GTEST_SKIP() << "needs a mount namespace";
         caller = getpwuid(kCaller)->pw_name;
         fs::copy_file(QVLEDGER_BINARY, system / "qvledger");
         own(system / "qvledger", 0, kLent, 02755);
-        installRegistry();
         system.save("19990301", logFor(userEntry(caller, computerName())));
         own(system.log("19990301"), 0, kLent, 0640);
         own(system.root.logs(), 0, kLent, 0750);
@@ -57,26 +55,35 @@ protected:
         own(system / "mine", kCaller, kCaller, 0755);
         own(mine.logs(), kCaller, kCaller, 0755);
     }
-    void TearDown() override {
-        if (!installed)
-            return;
-        fs::remove(kSystemsRegistry);
-        if (madeFolder)
-            fs::remove(fs::path(kSystemsRegistry).parent_path());
+
+    // What the runs find in /etc: the accounts, and a registry file.
+    void makeEtc() {
+        fs::create_directories(system / "etc/qvledger");
+        for (const char *name : {"group", "ld.so.cache", "nsswitch.conf", "passwd"})
+            if (const fs::path file = fs::path("/etc") / name; fs::exists(file))
+                fs::copy_file(file, system / "etc" / name);
+        layRegistry("9");
     }
 
-    void installRegistry() {
-        madeFolder = fs::create_directory(fs::path(kSystemsRegistry).parent_path());
-        installed = true;
+    // The machine is in a LAN group if the flags of its network logon are 8.
+    void layRegistry(const std::string &in_flags) {
         const std::pair<std::string, std::string> root{"QV_ROOT", system.root.path().string()};
-        writeFile(kSystemsRegistry, registryText({{serverKey("alpha"), {root}}, {serverKey(kRootless), {}}}));
-        own(kSystemsRegistry, 0, kLent, 0640);
+        const std::string control = "SYSTEM\\CurrentControlSet\\";
+        writeFile(system / "etc/qvledger/registry.reg",
+                  registryText({{serverKey("alpha"), {root}},
+                                {serverKey(kRootless), {}},
+                                {control + "Services\\LanmanWorkstation\\Parameters", {{"LanGroup", "LAN"}}},
+                                {control + "Enum\\Root\\LEGACY_NETLOGON\\0000", {}}}) +
+                      "\"StatusFlags\"=dword:" + in_flags + '\n');
+        own(system / "etc/qvledger/registry.reg", 0, kLent, 0640);
     }
 
     ToolResult run(const std::vector<std::string> &in_arguments,
                    const std::vector<std::pair<std::string, std::string>> &in_environment = {}) {
-        return system.run(in_arguments,
-                          {.environment = in_environment, .user = kCaller, .program = system / "qvledger"});
+        return system.run(in_arguments, {.environment = in_environment,
+                                         .etc = system / "etc",
+                                         .user = kCaller,
+                                         .program = system / "qvledger"});
     }
 
     void expectRefused(const char *in_label, const std::vector<std::string> &in_arguments, int in_status) {
@@ -88,10 +95,8 @@ protected:
     PrintSystem system; // as is usual, QV_REGISTRY and QV_LOG name files in it
     const SampleRoot mine{system / "mine"};
     std::string caller;
-    bool installed = false, madeFolder = false;
 };
 
-// One test: there is one file for the system's registry.
 TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
     const fs::path oldLog = system.log("19990301"), secret = system / "secret";
     ToolResult result = run({"alpha"});
@@ -157,4 +162,12 @@ TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
     expectStatus("the lent group", groupEntry(getgrgid(kLent)->gr_name, computerName()), 7);
     expectStatus("the caller's group", groupEntry(getgrgid(kCaller)->gr_name, computerName()), 0);
     expectStatus("the owner of the program", userEntry("root", computerName()), 7);
+
+    // The machine's domain is the system's registry's to tell, whatever the options.
+    const AccessEntry inMachinesDomain = {text(caller), {text(""), oid(DOMAIN_NT)}, 1};
+    for (const auto &[flags, status] : {std::pair{"9", 0}, {"8", 7}}) {
+        layRegistry(flags);
+        expectStatus("the machine's domain", inMachinesDomain, status);
+        EXPECT_EQ(run({"-O", mine.oids(), "alpha"}).status, status) << flags;
+    }
 }

@@ -5,6 +5,7 @@
 // list decides. docs/security.md tells why.
 #pragma once
 
+#include "ala/access/domain.h"
 #include "platform/os.h"
 
 // First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.
@@ -25,3 +26,12 @@ public:
     LentRights(const LentRights &) = delete;
     LentRights &operator=(const LentRights &) = delete;
 };
+
+// The machine's domain is the system's to tell, whatever paths the caller names.  Found here once, it stays
+// what it is; without lent rights the registration finds it.
+inline void findDomainWithLentRights() {
+    if (OS_HasLentRights() == 0)
+        return;
+    const LentRights rights(true);
+    static_cast<void>(ALA__GetHostDomain(nullptr));
+}

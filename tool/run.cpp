@@ -116,6 +116,7 @@ static int makeDefaultLogPath(Malloced<char> &outp_path) {
 
 static ALA_retCode_t registerServer(const Options &in_options, const char *inp_logPath,
                                     ALA_handle_t *outp_mainh) {
+    findDomainWithLentRights();
     const LentRights rights(in_options.oidPath == nullptr);
     return ALA_Register(in_options.serverName, inp_logPath, in_options.oidPath, outp_mainh);
 }

@@ -64,7 +64,7 @@ static TypedDomain completed(const char *inp_text, SEC_domType_t in_networkType,
     SEC_domType_t type = 0;
     const char *text = in_substitute(&type);
     if (isEmpty(domain.text))
-        domain.text = text;
+        domain.text = isEmpty(text) ? nullptr : text; // a machine without a domain has none to give
     if (domain.type == 0)
         domain.type = type;
     return domain;

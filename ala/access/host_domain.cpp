@@ -21,18 +21,23 @@ static bool isWindowsNT() {
     return GetVersionExA(&version) != 0 && version.dwPlatformId == VER_PLATFORM_WIN32_NT;
 }
 
-static bool networkLogonRuns() {
+// The flags of the network logon device, 0 where the registry has none.  A Win32 error code when it cannot be
+// read.
+static LONG readLogonFlags(DWORD *outp_flags) {
     HKEY key = nullptr;
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000", 0,
-                      KEY_QUERY_VALUE, &key) != ERROR_SUCCESS)
-        return false;
-    DWORD flags = 0;
-    DWORD size = sizeof flags;
-    DWORD type = 0;
-    const LONG result =
-        RegQueryValueExA(key, "StatusFlags", nullptr, &type, reinterpret_cast<BYTE *>(&flags), &size);
-    RegCloseKey(key);
-    return result == ERROR_SUCCESS && size == sizeof flags && flags == kLogonServiceRuns;
+    LONG result =
+        RegOpenKeyExA(HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000", 0,
+                      KEY_QUERY_VALUE, &key);
+    if (result == ERROR_SUCCESS) {
+        DWORD flags = 0;
+        DWORD size = sizeof flags;
+        DWORD type = 0;
+        result =
+            RegQueryValueExA(key, "StatusFlags", nullptr, &type, reinterpret_cast<BYTE *>(&flags), &size);
+        RegCloseKey(key);
+        *outp_flags = result == ERROR_SUCCESS && size == sizeof flags ? flags : 0;
+    }
+    return result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : result;
 }
 
 static void keepAsDomain(const wchar_t *inp_wide) {
@@ -78,7 +83,16 @@ void TOnceGetDomainName() {
     std::memset(gMyDomainName, 0, sizeof gMyDomainName);
     if (!isWindowsNT())
         return;
-    if (networkLogonRuns())
+    DWORD flags = 0;
+    const LONG result = readLogonFlags(&flags);
+    if (result != ERROR_SUCCESS && OS_HasLentRights() != 0) {
+        // The caller may have seen to it, so that the computer's name would be taken for the domain.
+        LOG_CondMessage(
+            LOG_ERROR, __FILE__, __LINE__,
+            "TOnceGetDomainName: the registry cannot be read, error %d; the machine has no domain\n", result);
+        return;
+    }
+    if (flags == kLogonServiceRuns)
         takeLanGroup();
     else
         takeComputerName();

@@ -26,12 +26,15 @@ static int lower(char in_byte) {
 }
 
 // A character's lower case in any alphabet.  The locale is made once and stays; without it only ASCII folds.
+// No other character folds into ASCII, as the sign of the kelvin would: a name in ASCII has no look-alike.
 static char32_t lowerCharacter(char32_t in_character) {
     static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (in_character < 0x80)
         return static_cast<char32_t>(lower(static_cast<char>(in_character)));
-    return unicode == nullptr ? in_character
-                              : static_cast<char32_t>(towlower_l(static_cast<wint_t>(in_character), unicode));
+    if (unicode == nullptr)
+        return in_character;
+    const auto folded = static_cast<char32_t>(towlower_l(static_cast<wint_t>(in_character), unicode));
+    return folded < 0x80 ? in_character : folded;
 }
 
 // The environment is read without a lock, by the C library too, and what was found may be kept.  So its array

@@ -18,12 +18,15 @@ struct ToolResult {
     std::string log;                  // the whole log
 };
 
+constexpr int kNoNamespace = 125; // the status of a run that may not have a mount namespace of its own
+
 // How a run differs from the usual one.
 struct ToolRun {
     std::vector<std::pair<std::string, std::string>> environment = {}; // wins over the defaults
     int output = -1;              // a descriptor for the standard output; -1: it is collected
     int error = -1;               // the same for the standard error stream
     std::vector<int> closed = {}; // standard streams that are closed at the start
+    std::string etc = "";         // a folder in the place of /etc, in a mount namespace of the run's own
     uid_t user = 0;               // a user to change to, with the group of the same number; 0: none
     std::string program = QVLEDGER_BINARY;
     bool traced = false; // by this process; it stops at its start

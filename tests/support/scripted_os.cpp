@@ -21,10 +21,14 @@ SCRIPTED(LookupAccountSidA, BOOL,
          (const char *system, PSID sid, char *name, DWORD *nameSize, char *domain, DWORD *domainSize,
           SID_NAME_USE *use),
          (system, sid, name, nameSize, domain, domainSize, use))
+SCRIPTED(OpenProcessToken, BOOL, (HANDLE process, DWORD access, HANDLE *token), (process, access, token))
 SCRIPTED(GetTokenInformation, BOOL,
          (HANDLE token, TOKEN_INFORMATION_CLASS kind, void *info, DWORD length, DWORD *needed),
          (token, kind, info, length, needed))
 SCRIPTED(GetComputerNameA, BOOL, (char *name, DWORD *size), (name, size))
+SCRIPTED(LoadLibraryA, HMODULE, (const char *name), (name))
+SCRIPTED(GetProcAddress, FARPROC, (HMODULE library, const char *name), (library, name))
+SCRIPTED(OS_HasLentRights, int, (), ())
 SCRIPTED(FA_ConvertFilePath, std::int32_t,
          (const char *path, std::uint32_t length, char **out, std::uint32_t *outLength),
          (path, length, out, outLength))
