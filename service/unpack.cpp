@@ -29,7 +29,7 @@ static void unpack(XdrReader &in, GEN_string &string) {
 
 // Characters in place; the last one stays the NUL.
 static void unpack(XdrReader &in, char (&text)[256]) {
-    const auto bytes = in.bytes(sizeof text - 1);
+    const auto bytes = in.text(sizeof text - 1);
     std::copy(bytes.begin(), bytes.end(), text);
 }
 

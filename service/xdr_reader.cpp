@@ -66,15 +66,21 @@ std::uint8_t *XdrReader::copyOfBytes(std::int32_t *outp_length) {
     return copy;
 }
 
+std::span<const std::uint8_t> XdrReader::text(std::size_t in_limit) {
+    const std::span<const std::uint8_t> text = bytes(in_limit);
+    if (text.empty() || std::memchr(text.data(), 0, text.size()) == nullptr)
+        return text;
+    fail(Fault::Malformed);
+    return {};
+}
+
 char *XdrReader::characters() {
-    const std::span<const std::uint8_t> text = bytes(std::numeric_limits<std::int32_t>::max());
-    if (!text.empty() && std::memchr(text.data(), 0, text.size()) != nullptr)
-        fail(Fault::Malformed);
-    auto *copy = static_cast<char *>(allocate(text.size() + 1));
+    const std::span<const std::uint8_t> read = text(std::numeric_limits<std::int32_t>::max());
+    auto *copy = static_cast<char *>(allocate(read.size() + 1));
     if (copy == nullptr)
         return nullptr;
-    if (!text.empty())
-        std::memcpy(copy, text.data(), text.size());
-    copy[text.size()] = '\0';
+    if (!read.empty())
+        std::memcpy(copy, read.data(), read.size());
+    copy[read.size()] = '\0';
     return copy;
 }

@@ -37,7 +37,10 @@ public:
     // A counted string of bytes of at most in_limit, without the fill bytes, which must be zero.
     std::span<const std::uint8_t> bytes(std::size_t in_limit);
 
-    // The same in memory of its own; characters() adds a NUL and refuses one inside.
+    // The same of a string, in which a NUL is refused.
+    std::span<const std::uint8_t> text(std::size_t in_limit);
+
+    // Bytes, and a string with a NUL behind it, in memory of their own.
     std::uint8_t *copyOfBytes(std::int32_t *outp_length);
     char *characters();
 
