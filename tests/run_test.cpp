@@ -266,7 +266,10 @@ TEST(Run, CatalogueWinsOverTheDefaultTexts) {
     PrintSystem system;
     writeFile(system / "texts", "$set 59\n$quote \"\n"
                                 "110 \"Aufruf: qvledger SERVER\\n\"\n"
-                                "108 \"Im Datum %2$s gibt es keinen Monat %1$d.\\n\"\n");
+                                "108 \"Im Datum %2$s gibt es keinen Monat %1$d.\\n\"\n"
+                                "109 \"Im Datum %2$s gibt es 100%% den Tag nicht.\\n\"\n"
+                                "106 \"Falscher Anfang.\\n\"\n107 \"Nicht %1$d.\\n\"\n"
+                                "111 \"Nicht %2$s.\\n\"\n");
     const std::string command =
         "gencat '" + (system / "qvledg.cat").string() + "' '" + (system / "texts").string() + "'";
     ASSERT_EQ(std::system(command.c_str()), 0);
@@ -275,8 +278,12 @@ TEST(Run, CatalogueWinsOverTheDefaultTexts) {
     EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, translated).err,
               "Im Datum 19991301 gibt es keinen Monat 13.\n");
     EXPECT_EQ(system.run({"-s", "19990100", "alpha"}, translated).err,
-              "The day 0 specified from the date 19990100 is invalid.\n")
-        << "a text whose placeholders are others is not used";
+              "Im Datum 19990100 gibt es 100% den Tag nicht.\n");
+    EXPECT_EQ(system.run({"-s", "1999", "alpha"}, translated).err, "Falscher Anfang.\n");
+    EXPECT_TRUE(system.run({"-e", "1999", "alpha"}, translated).err.starts_with("The end date 1999 is"))
+        << "a number in the place of a text";
+    EXPECT_TRUE(system.run({"-o", "/x/y", "alpha"}, translated).err.starts_with("Unable to open the file /x"))
+        << "a second argument where there is one";
     const ToolRun german{.environment = {{"NLSPATH", QVLEDGER_CATALOGUES "/de/%N.cat"}}};
     EXPECT_TRUE(system.run({"-h"}, german).err.starts_with("Aufruf: qvledger [-h] "));
     EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, german).err,

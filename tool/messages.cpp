@@ -59,7 +59,7 @@ void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf
     const char *text = defaultText(in_msgCode);
     std::uint32_t count = 0;
     if (in_bufSize == 0 || (MSG_GetUnformatted(2, in_msgCode, 0, in_bufSize, &count, inoutp_buf) == 0 &&
-                            samePlaceholders(inoutp_buf, text)))
+                            placeholdersFit(inoutp_buf, text)))
         return;
     const std::size_t length = strnlen(text, in_bufSize - 1);
     std::memcpy(inoutp_buf, text, length);
@@ -69,6 +69,11 @@ void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf
 static void display(std::uint32_t in_msgCode, std::va_list in_values) {
     char unfmtMsg[kRawSize] = "";
     GetMsg(in_msgCode, sizeof unfmtMsg, unfmtMsg);
+    for (const char kind : passOverUnused(unfmtMsg, defaultText(in_msgCode)))
+        if (kind == 'd')
+            static_cast<void>(va_arg(in_values, int));
+        else
+            static_cast<void>(va_arg(in_values, const char *));
     std::va_list measured;
     va_copy(measured, in_values);
     const int length = std::vsnprintf(nullptr, 0, unfmtMsg, measured);

@@ -26,8 +26,8 @@ void DisplayMsg(std::uint32_t in_msgCode, ...);
 // Prints the message that a return code of the facility leads to.
 void DisplayMsgFromErr(std::uint32_t in_errCode, ...);
 
-// The raw text of a message: the catalogue's if it has the placeholders of the default one, else the default
-// one.  A code that is none gets the text of kMsgUnknownError.  The text is cut where the buffer ends.
+// The raw text of a message: the catalogue's if its placeholders are among the default one's, else the
+// default one.  A code that is none gets the text of kMsgUnknownError.  The text is cut where the buffer ends.
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf);
 
 // Appends the log's text of a return code to the entry being built; nothing for success.
