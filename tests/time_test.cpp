@@ -1,4 +1,5 @@
 // Times of the log as local time, in zones whose rules stand in the text of TZ.
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -11,6 +12,9 @@
 #include "ala/owners.h"
 #include "ala/render/times.h"
 #include "platform/os.h"
+#include "samples/output_file.h"
+#include "samples/packer.h"
+#include "tests/support/temp_dir.h"
 
 constexpr char kBerlin[] = "CET-1CEST,M3.5.0,M10.5.0/3";
 constexpr char kNewYork[] = "EST5EDT,M3.2.0,M11.1.0";
@@ -39,8 +43,7 @@ protected:
 };
 
 // The standard offset is added in every season and mktime takes the sum for a local time, so that in summer
-// the result is an hour behind the clocks.  Within the zone's offset of a change results depend on the order
-// in which the C library normalises fields and finds summer time; no case depends on that.
+// the result is an hour behind the clocks.
 TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
     const struct {
         const char *label, *zone;
@@ -56,7 +59,9 @@ TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
         {"summer in the west", kNewYork, {2024, 7, 1, 12, 0, 0, 0, 0, 0}, "07/01/2024 07:00:00"},
         {"summer in the south", kSydney, {2024, 1, 1, 0, 0, 0, 0, 0, 0}, "01/01/2024 10:00:00"},
         {"winter in the south", kSydney, {2024, 7, 1, 0, 0, 0, 0, 0, 0}, "07/01/2024 10:00:00"},
+        {"no change with that offset", "CET-1", {2024, 3, 31, 1, 0, 0, 0, 0, 0}, "03/31/2024 02:00:00"},
         {"before spring's change", kBerlin, {2024, 3, 31, 0, 59, 59, 0, 0, 0}, "03/31/2024 01:59:59"},
+        {"in spring's gap", kBerlin, {2024, 3, 31, 1, 0, 0, 0, 0, 0}, "03/31/2024 03:00:00"},
         {"after spring's change", kBerlin, {2024, 3, 31, 3, 0, 0, 0, 0, 0}, "03/31/2024 04:00:00"},
         {"before autumn's hour", kBerlin, {2024, 10, 27, 0, 59, 59, 0, 0, 0}, "10/27/2024 01:59:59"},
         {"in autumn's hour", kBerlin, {2024, 10, 27, 1, 30, 0, 0, 0, 0}, "10/27/2024 02:30:00"},
@@ -84,15 +89,30 @@ TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
 }
 
 TEST_F(Times, TextDoesNotDependOnEarlierConversions) {
-    setZone(kBerlin);
-    const GEN_generalizedTime change = {2024, 10, 27, 2, 0, 0, 0, 0, 0};
-    for (const std::int16_t month : {std::int16_t{1}, std::int16_t{7}}) {
-        const GEN_generalizedTime earlier = {2024, month, 1, 12, 0, 0, 0, 0, 0};
-        std::int64_t seconds = 0;
-        ASSERT_EQ(ALA__ConvertUTCToUnix(&earlier, &seconds), 0);
-        ASSERT_EQ(ALA__ConvertUTCToUnix(&change, &seconds), 0);
-        EXPECT_EQ(seconds, 1729994400) << month;
-    }
+    using samples::packUint;
+    // From three hours east to four for good, at 2 o'clock on 27 March 2011.
+    const TempDir folder;
+    samples::writeFile(folder / "zone", "TZif" + std::string(16 + 12, '\0') + packUint(1) + packUint(2) +
+                                            packUint(4) + packUint(1301180400) + '\1' + packUint(10800) +
+                                            std::string(2, '\0') + packUint(14400) + std::string(2, '\0') +
+                                            "MSK" + '\0');
+    const std::string moved = (folder / "zone").string();
+    const struct {
+        const char *zone;
+        GEN_generalizedTime change;
+        std::int64_t seconds;
+    } cases[] = {
+        {kBerlin, {2024, 10, 27, 2, 0, 0, 0, 0, 0}, 1729994400},
+        {moved.c_str(), {2011, 3, 26, 22, 30, 0, 0, 0, 0}, 1301182200}}; // 02:30, which no clock showed
+    for (const auto &c : cases)
+        for (const std::int16_t month : {std::int16_t{1}, std::int16_t{7}}) {
+            setZone(c.zone);
+            const GEN_generalizedTime earlier = {c.change.year, month, 1, 12, 0, 0, 0, 0, 0};
+            std::int64_t seconds = 0;
+            ASSERT_EQ(ALA__ConvertUTCToUnix(&earlier, &seconds), 0);
+            ASSERT_EQ(ALA__ConvertUTCToUnix(&c.change, &seconds), 0);
+            EXPECT_EQ(seconds, c.seconds) << c.zone << ' ' << month;
+        }
 }
 
 TEST_F(Times, SecondsAndFailures) {
@@ -114,6 +134,9 @@ TEST_F(Times, SecondsAndFailures) {
     char *ascii = nullptr;
     EXPECT_EQ(ALA__GeneralizedTimeToAscii(nullptr, nullptr, &ascii), 1);
     EXPECT_EQ(text(after2038, "no_such_LOCALE"), "01/01/2040 00:00:00");
+    const std::string usual = std::setlocale(LC_TIME, "");
+    EXPECT_EQ(text({12000, 2, 3, 4, 5, 6, 0, 0, 0}, usual == "C" ? "C.UTF-8" : "C"), "02/03/12000 04:05:06");
+    EXPECT_EQ(std::setlocale(LC_TIME, nullptr), usual) << "set back";
 
     THR_TermMutex(&timeLock); // a lock that cannot be taken
     EXPECT_EQ(ALA__ConvertUTCToUnix(&after2038, &seconds), 1);
@@ -123,13 +146,11 @@ TEST_F(Times, SecondsAndFailures) {
     THR_InitMutex(&localeLock);
 }
 
-TEST_F(Times, DayOfWeekOfEveryDate) {
-    int weekday = 6; // 1 January 1600 was a Saturday
-    for (int year = 1600; year < 2400; year++)
-        for (int month = 1; month <= 12; month++) {
-            const bool leap = year % 400 == 0 || (year % 4 == 0 && year % 100 != 0);
-            const int days = month == 2 ? (leap ? 29 : 28) : 30 + (month + month / 8) % 2;
-            for (int day = 1; day <= days; day++, weekday = (weekday + 1) % 7)
-                ASSERT_EQ(ALA__GetDayOfWk(year, month, day), weekday) << year << '-' << month << '-' << day;
-        }
+TEST_F(Times, DayOfWeek) {
+    const struct {
+        int year, month, day, weekday;
+    } cases[] = {{2000, 1, 1, 6},  {2000, 3, 1, 3},  {1900, 1, 1, 1},   {1900, 3, 1, 4},
+                 {2024, 2, 29, 4}, {2023, 7, 31, 1}, {1799, 12, 31, 2}, {2100, 2, 28, 0}};
+    for (const auto &c : cases)
+        EXPECT_EQ(ALA__GetDayOfWk(c.year, c.month, c.day), c.weekday) << c.year << '-' << c.month;
 }

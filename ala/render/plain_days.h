@@ -8,6 +8,5 @@
 #include <cstdint>
 
 // in_day: days since 1 January 1970.  False on a day with a change of the clocks, and on one that the C
-// library cannot convert throughout.  Remembers what it found until the time zone changes; each thread has
-// its own memory.
+// library cannot convert throughout.  Remembers what it found, for all threads, until the time zone changes.
 bool ALA__IsPlainDay(std::int32_t in_day);

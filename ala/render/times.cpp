@@ -15,6 +15,20 @@ static std::int32_t yearForTm(const GEN_generalizedTime &in_time) {
     return in_time.utc == 1 ? in_time.year : in_time.year - kTmEpoch;
 }
 
+// The instant of a local time, given as if it were one of Coordinated Universal Time.  -1 when there is none.
+static std::time_t instantOf(std::time_t in_local) {
+    std::tm time = {};
+    gmtime_r(&in_local, &time);
+    time.tm_isdst = -1;
+    const std::time_t instant = std::mktime(&time);
+    if (instant == -1)
+        return -1;
+    // A local time that the clocks jump over gets the offset before or behind the gap, by what the C library
+    // converted last.  The one before counts: what mktime shows is then later than what it was asked for.
+    const std::time_t shown = timegm(&time);
+    return shown < in_local ? instant + (in_local - shown) : instant;
+}
+
 std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int64_t *outp_unixTime) {
     if (inp_UTC == nullptr)
         return 1;
@@ -30,13 +44,11 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     utc.tm_sec = static_cast<int>(inp_UTC->second - _timezone);
     // In range again before mktime sees them: it would settle summer time by the fields as they stand, and
     // then by whatever it converted last.
-    const std::time_t shifted = timegm(&utc);
-    gmtime_r(&shifted, &utc);
-    utc.tm_isdst = -1;
+    const std::time_t local = timegm(&utc);
     Lock lock(timeLock);
     if (!lock.isLocked())
         return 1;
-    *outp_unixTime = std::mktime(&utc);
+    *outp_unixTime = instantOf(local);
     if (!lock.release())
         return 1;
     return *outp_unixTime == -1 ? 1 : 0;
