@@ -1,6 +1,7 @@
 #include "service/convert.h"
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -20,6 +21,8 @@ struct CodeSet {
     const char *name;      // iconv's
     std::uint8_t unit = 1; // bytes of its smallest unit
     bool hasAscii = true;  // bytes 0x01 to 0x7F are always the characters of ASCII
+    bool hasPairs =
+        false; // a first byte and the one from 0x80 on behind it belong together, character or not
 };
 
 } // namespace
@@ -37,19 +40,19 @@ constexpr CodeSet kCodeSets[] = {
     {11, "ISO-8859-8"},
     {12, "ISO-8859-9"},
     {13, "ISO-8859-10"},
-    {17, "SHIFT_JIS", 1, false},
-    {18, "EUC-JP"},
-    {38, "EUC-KR"},
+    {17, "SHIFT_JIS", 1, false, true},
+    {18, "EUC-JP", 1, true, true},
+    {38, "EUC-KR", 1, true, true},
     {CODE_SET_T61, "T.61-8BIT", 1, false},
     {CODE_SET_UTF8, "UTF-8"},
     {109, "ISO-8859-13"},
     {110, "ISO-8859-14"},
     {111, "ISO-8859-15"},
     {112, "ISO-8859-16"},
-    {113, "GBK", 1, false},
-    {114, "GB18030", 1, false},
+    {113, "GBK", 1, false, true},
+    {114, "GB18030", 1, false, true},
     {CODE_SET_UCS2, "UCS-2BE", 2, false},
-    {1001, "UCS-4BE", 4, false},
+    {1001, "UTF-32BE", 4, false},
     {1013, "UTF-16BE", 2, false},
     {1014, "UTF-16LE", 2, false},
     {1018, "UTF-32BE", 4, false},
@@ -58,9 +61,9 @@ constexpr CodeSet kCodeSets[] = {
     {2009, "IBM850"},
     {2010, "IBM852"},
     {2011, "IBM437"},
-    {2024, "CP932", 1, false},
-    {2025, "GB2312"},
-    {2026, "BIG5", 1, false},
+    {2024, "CP932", 1, false, true},
+    {2025, "GB2312", 1, true, true},
+    {2026, "BIG5", 1, false, true},
     {2027, "MACINTOSH"},
     {2047, "IBM857"},
     {2084, "KOI8-R"},
@@ -180,16 +183,30 @@ static int step(iconv_t in_converter, char **inoutpp_in, std::size_t *inoutp_lef
     return reason;
 }
 
-// Puts a "?" for the unit at the front and passes over it.
-static void refuseUnit(std::size_t in_unit, char **inoutpp_in, std::size_t *inoutp_left, Output &inout_out) {
-    *inout_out.at() = '?';
-    inout_out.wrote(1);
-    const std::size_t size = std::min(in_unit, *inoutp_left);
-    *inoutp_left -= size;
-    *inoutpp_in += size;
+// Bytes of what is no character at the front of a text: a unit, or as much of a longer sequence as is there.
+static std::size_t faultLength(iconv_t in_converter, const CodeSet &in_set,
+                               std::span<const std::uint8_t> in_bytes) {
+    if (in_set.unit > 1)
+        return std::min<std::size_t>(in_set.unit, in_bytes.size());
+    const auto isCut = [&](std::size_t in_length) {
+        char nowhere[64];
+        char *from = reinterpret_cast<char *>(const_cast<std::uint8_t *>(in_bytes.data()));
+        char *to = nowhere;
+        std::size_t room = sizeof nowhere;
+        const bool failed =
+            iconv(in_converter, &from, &in_length, &to, &room) == static_cast<std::size_t>(-1);
+        const bool cut = failed && errno == EINVAL;
+        iconv(in_converter, nullptr, nullptr, nullptr, nullptr);
+        return cut;
+    };
+    std::size_t length = 0;
+    while (length < in_bytes.size() && isCut(length + 1))
+        ++length;
+    const bool takesNext = in_set.hasPairs && length < in_bytes.size() && in_bytes[length] >= 0x80;
+    return length == 0 ? 1 : length + (takesNext ? 1 : 0);
 }
 
-static char *convertBy(iconv_t in_converter, std::size_t in_unit, std::span<const std::uint8_t> in_bytes) {
+static char *convertBy(iconv_t in_converter, const CodeSet &in_set, std::span<const std::uint8_t> in_bytes) {
     Output out(in_bytes.size());
     if (!out.ready())
         return nullptr;
@@ -204,7 +221,13 @@ static char *convertBy(iconv_t in_converter, std::size_t in_unit, std::span<cons
         // What the converter holds belongs before the fault.
         if (step(in_converter, nullptr, nullptr, out) == ENOMEM)
             return nullptr;
-        refuseUnit(reason == EINVAL ? left : in_unit, &in, &left, out); // EINVAL: the last unit is cut
+        *out.at() = '?';
+        out.wrote(1);
+        // EINVAL: the text ends inside a character.
+        const std::size_t fault =
+            reason == EINVAL ? left : faultLength(in_converter, in_set, in_bytes.last(left));
+        in += fault;
+        left -= fault;
     }
     if (step(in_converter, nullptr, nullptr, out) == ENOMEM)
         return nullptr;
@@ -272,25 +295,7 @@ static std::uint32_t takeMark(std::span<const std::uint8_t> &inout_bytes, std::u
     return isLittle ? kUtf16Little : kUtf16Big;
 }
 
-// ---- Operations ----
-
-char *convertToUtf8(std::span<const std::uint8_t> in_bytes, std::uint32_t in_codeSet) {
-    const CodeSet *set = findCodeSet(takeMark(in_bytes, in_codeSet));
-    const auto bytes = beforeNul(in_bytes, set != nullptr ? set->unit : 1);
-    if (set == nullptr)
-        return asciiAlone(bytes);
-    if (bytes.empty() || (set->hasAscii && isAscii(bytes)))
-        return newText(bytes);
-
-    const iconv_t converter = findConverter(set);
-    if (converter == kNoConverter) // EINVAL: the C library was installed without this code set
-        return errno == EINVAL ? asciiAlone(bytes) : nullptr;
-    return convertBy(converter, set->unit, bytes);
-}
-
-char *copyText(std::span<const std::uint8_t> in_bytes) {
-    return newText(beforeNul(in_bytes, 1));
-}
+// ---- UTF-8 ----
 
 // Bytes of the character at the front of a text, 0 if there is none.  RFC 3629, section 4.
 static std::size_t utf8Length(std::string_view in_text) {
@@ -312,6 +317,57 @@ static std::size_t utf8Length(std::string_view in_text) {
     }
     const bool isCharacter = !(first == 0xF0 && second < 0x90) && !(first == 0xF4 && second > 0x8F);
     return isCharacter && isTail(2) && isTail(3) ? 4 : 0;
+}
+
+// Bytes of what begins like a character at the front of a text and is none.
+static std::size_t utf8FaultLength(std::string_view in_text) {
+    const auto first = static_cast<std::uint8_t>(in_text[0]);
+    const int ones = std::countl_one(first);
+    const auto whole = ones >= 2 && ones <= 6 ? static_cast<std::size_t>(ones) : 1;
+    const auto isTail = [](char byte) { return (byte & 0xC0) == 0x80; };
+    const std::string_view tail = in_text.substr(1, whole - 1);
+    return 1 + static_cast<std::size_t>(std::find_if_not(tail.begin(), tail.end(), isTail) - tail.begin());
+}
+
+// The C library's own converter lets numbers behind the last character pass.
+static char *convertFromUtf8(std::span<const std::uint8_t> in_bytes) {
+    auto *text = static_cast<char *>(std::malloc(in_bytes.size() + 1));
+    if (text == nullptr)
+        return nullptr;
+    char *at = text;
+    std::string_view rest(reinterpret_cast<const char *>(in_bytes.data()), in_bytes.size());
+    while (!rest.empty()) {
+        const std::size_t length = utf8Length(rest);
+        if (length != 0)
+            at = std::copy_n(rest.data(), length, at);
+        else
+            *at++ = '?';
+        rest.remove_prefix(length != 0 ? length : utf8FaultLength(rest));
+    }
+    *at = '\0';
+    return text;
+}
+
+// ---- Operations ----
+
+char *convertToUtf8(std::span<const std::uint8_t> in_bytes, std::uint32_t in_codeSet) {
+    const CodeSet *set = findCodeSet(takeMark(in_bytes, in_codeSet));
+    const auto bytes = beforeNul(in_bytes, set != nullptr ? set->unit : 1);
+    if (set == nullptr)
+        return asciiAlone(bytes);
+    if (bytes.empty() || (set->hasAscii && isAscii(bytes)))
+        return newText(bytes);
+
+    if (in_codeSet == CODE_SET_UTF8)
+        return convertFromUtf8(bytes);
+    const iconv_t converter = findConverter(set);
+    if (converter == kNoConverter) // EINVAL: the C library was installed without this code set
+        return errno == EINVAL ? asciiAlone(bytes) : nullptr;
+    return convertBy(converter, *set, bytes);
+}
+
+char *copyText(std::span<const std::uint8_t> in_bytes) {
+    return newText(beforeNul(in_bytes, 1));
 }
 
 bool isUtf8(std::string_view in_text) {

@@ -1,7 +1,7 @@
 // GENU_Extract and relatives: the texts of value records as plain UTF-8.
 //
 // Choice 1 is taken as it is, 2 is T.61, 3 Latin-1, 4 big-endian UCS-2, 5 a numbered code set (IANA MIBenum).
-// A text ends at its first NUL.  What cannot be converted becomes one "?" per unit.
+// A text ends at its first NUL.  What cannot be converted becomes a "?" (service/convert.h).
 #pragma once
 
 #include <cstdint>
