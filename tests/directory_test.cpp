@@ -74,6 +74,33 @@ TEST_F(Directory, LogsComeOldestFirst) {
     EXPECT_EQ(oldest(), "20010204 alpha.current") << "the local date of its last change";
 }
 
+TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
+    touch("alpha.20010102");
+    touch("alpha.current");
+    std::int64_t changed = 0;
+    const Scripted file(script::_stat, [&](const char *, struct _stat *out) {
+        out->st_mtime = changed;
+        return 0;
+    });
+    const std::string left =
+        path("current").string() + " is left out: the time of its last change is off the calendar";
+    const std::pair<std::int64_t, const char *> cases[] = {
+        {-62135596801, nullptr}, {-62135596800, "1-1-1"},      {253402300799, "9999-12-31"},
+        {253402300800, nullptr}, {6'776'645'932'800, nullptr}, {INT64_MAX, nullptr}};
+    for (const auto &[time, date] : cases) {
+        changed = time;
+        const std::vector<std::string> listed = list();
+        EXPECT_EQ(listed.size(), date != nullptr ? 2U : 1U) << time;
+        if (date != nullptr) {
+            EXPECT_THAT(listed, testing::Contains(std::string(date) + " alpha.current"));
+            continue;
+        }
+        EXPECT_THAT(takeLog(), ElementsAre(left));
+        EXPECT_EQ(oldest(), "20010102 alpha.20010102");
+        EXPECT_THAT(takeLog(), ElementsAre(left));
+    }
+}
+
 TEST_F(Directory, EqualDatesKeepTheirPlaces) {
     // Before and after, newest first; a letter names a log, the digit is its date.
     const std::pair<const char *, const char *> cases[] = {

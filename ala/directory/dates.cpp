@@ -4,6 +4,10 @@
 #include "service/clock.h"
 #include "service/system.h"
 
+// Years that a date number has room for.
+constexpr std::int32_t kFirstYear = 1;
+constexpr std::int32_t kLastYear = 9999;
+
 std::int32_t ALA__NumFromDate(const ALA_time *inp_date) {
     return inp_date->year * 10000 + inp_date->month * 100 + inp_date->day;
 }
@@ -20,13 +24,19 @@ ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_res
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum) {
+FileDate ALA__DateFile(const char *inp_fileName, std::int32_t *outp_dateInNum) {
     struct _stat file = {};
     if (_stat(inp_fileName, &file) != 0)
-        return ALA_A_FAIL_TO_GET_TIME;
+        return FileDate::NoFile;
     std::tm local = {};
-    if (SYSU_Localtime_r(&file.st_mtime, &local) == nullptr)
-        return ALA_A_FAIL_TO_GET_TIME;
+    if (SYSU_Localtime_r(&file.st_mtime, &local) == nullptr || local.tm_year < kFirstYear - 1900 ||
+        local.tm_year > kLastYear - 1900)
+        return FileDate::OffTheCalendar;
     *outp_dateInNum = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
-    return ALA_N_NORMAL;
+    return FileDate::Known;
+}
+
+ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum) {
+    const bool known = ALA__DateFile(inp_fileName, outp_dateInNum) == FileDate::Known;
+    return known ? ALA_N_NORMAL : ALA_A_FAIL_TO_GET_TIME;
 }

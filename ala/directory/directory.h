@@ -36,8 +36,12 @@ ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_res
 
 std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
 
-// The local date of a file's last change.  ALA_A_FAIL_TO_GET_TIME, with the output untouched, when the file
-// cannot be examined.
+// The local date of a file's last change, untouched unless it is known: a time can be so far off that it has
+// no date number.
+enum class FileDate { Known, NoFile, OffTheCalendar };
+FileDate ALA__DateFile(const char *inp_fileName, std::int32_t *outp_dateInNum);
+
+// The same; ALA_A_FAIL_TO_GET_TIME unless it is known.
 ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum);
 
 // Paths of logs as new texts; null when memory runs out.

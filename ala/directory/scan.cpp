@@ -7,12 +7,12 @@
 #include "ala/environment.h"
 #include "ala/trace.h"
 
-// Dates a log by its tail.  False for a log of the day in progress that cannot be examined.
-static bool dateLog(const char *inp_tail, const char *inp_path, std::int32_t *outp_date) {
+// Dates a log by its tail, and that of the day in progress by its last change.
+static FileDate dateLog(const char *inp_tail, const char *inp_path, std::int32_t *outp_date) {
     if (std::strcmp(inp_tail, "current") == 0)
-        return ALA__GetDateFromStat(inp_path, outp_date) == ALA_N_NORMAL;
+        return ALA__DateFile(inp_path, outp_date);
     *outp_date = static_cast<std::int32_t>(std::atol(inp_tail));
-    return true;
+    return FileDate::Known;
 }
 
 ALA_retCode_t visitEntries(SYSU_dir *in_directory, const char *inp_path, const char *inp_prefix,
@@ -49,10 +49,15 @@ public:
         if (file == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
         std::int32_t date = 0;
-        if (dateLog(in_entry.tail, file.get(), &date))
+        const FileDate dated = dateLog(in_entry.tail, file.get(), &date);
+        if (dated == FileDate::Known)
             return visitor.visit({in_entry.name, date});
-        return rules.notDated == nullptr ? ALA_N_NORMAL
-                                         : ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules.notDated);
+        if (dated == FileDate::OffTheCalendar)
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
+                            "%s is left out: the time of its last change is off the calendar", file.get());
+        if (dated == FileDate::OffTheCalendar || rules.notDated == nullptr)
+            return ALA_N_NORMAL;
+        return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules.notDated);
     }
 
 private:

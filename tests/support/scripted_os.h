@@ -45,6 +45,7 @@ extern std::function<decltype(::FA_ConvertFilePath)> FA_ConvertFilePath;
 extern std::function<decltype(::GENU_GetCurrentTime)> GENU_GetCurrentTime;
 extern std::function<decltype(::THR_Once)> THR_Once;
 extern std::function<decltype(::_commit)> _commit;
+extern std::function<decltype(::_stat)> _stat;
 extern std::function<decltype(::_unlink)> _unlink;
 extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
