@@ -11,13 +11,17 @@
 // Traces an operation's entry, and its exit on whichever road it is left.
 class FuncTrace {
 public:
-    explicit FuncTrace(const char *in_function) : function(in_function) {
-        LOG_CondFuncTrace(function, __FILE__, __LINE__, 1, 0);
+    explicit FuncTrace(const char *in_function, const char *in_file = __builtin_FILE(),
+                       std::int32_t in_line = __builtin_LINE())
+        : function(in_function), file(in_file), line(in_line) {
+        LOG_CondFuncTrace(function, file, line, 1, 0);
     }
-    ~FuncTrace() { LOG_CondFuncTrace(function, __FILE__, __LINE__, 0, 0); }
+    ~FuncTrace() { LOG_CondFuncTrace(function, file, line, 0, 0); }
     FuncTrace(const FuncTrace &) = delete;
     FuncTrace &operator=(const FuncTrace &) = delete;
 
 private:
     const char *function;
+    const char *file; // the operation's own
+    std::int32_t line;
 };

@@ -254,7 +254,8 @@ struct OS_readAhead {
     const unsigned char *end;
 };
 
-using OS_reporter = void (*)(const char *inp_text);
+// in_file, in_line: the place in the source.
+using OS_reporter = void (*)(const char *in_file, std::int32_t in_line, const char *inp_text);
 
 // Takes bytes of a stream: how many it took, 0 for a failure, with errno set.
 using OS_writer = std::size_t (*)(void *inp_context, const char *inp_bytes, std::size_t in_size);
@@ -336,7 +337,8 @@ int OS_HasLentRights();
 void OS_UseCallersRights();
 void OS_UseLentRights();
 
-// Where this layer tells of a malformed registry file; nowhere until it is set.  service/ sets it.
+// Where this layer tells of a malformed registry file, once until it changes; nowhere until it is set.
+// service/ sets it.
 void OS_SetReporter(OS_reporter in_reporter);
 
 } // extern "C"

@@ -294,8 +294,8 @@ void LOG_EndMessage() {
 
 // ---- What the operating-system layer tells of ----
 
-static void report(const char *inp_text) {
-    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", inp_text);
+static void report(const char *in_file, std::int32_t in_line, const char *inp_text) {
+    LOG_CondMessage(LOG_ERROR, in_file, in_line, "%s", inp_text);
 }
 
 [[maybe_unused]] static const bool reporterSet = (OS_SetReporter(report), true);

@@ -17,7 +17,7 @@ class RegistryFile : public testing::Test {
 protected:
     RegistryFile() {
         gReported.clear();
-        OS_SetReporter([](const char *text) { gReported.emplace_back(text); });
+        OS_SetReporter([](const char *, std::int32_t, const char *text) { gReported.emplace_back(text); });
         setenv("QV_REGISTRY", path.c_str(), 1);
     }
     ~RegistryFile() override {
@@ -137,6 +137,7 @@ TEST_F(RegistryFile, MalformedLineFailsEveryOpenAndIsReported) {
         gReported.clear();
         write(bytes);
         EXPECT_EQ(open("SOFTWARE"), ERROR_REGISTRY_CORRUPT) << bytes;
+        EXPECT_EQ(open("SYSTEM"), ERROR_REGISTRY_CORRUPT) << "told once";
         EXPECT_EQ(gReported, std::vector{path + reported}) << bytes;
     }
 }

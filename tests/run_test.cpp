@@ -289,3 +289,22 @@ TEST(Run, CatalogueWinsOverTheDefaultTexts) {
     EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, german).err,
               "Der Monat 13 im Datum 19991301 ist ung\u00FCltig.\n");
 }
+
+TEST(Run, LogShowsWhatWasCalledAndWhere) {
+    PrintSystem system;
+    const ToolRun traced{.environment = {{"QV_LOG_TRACE", "1"}}};
+    for (const std::vector<std::string> &arguments :
+         {std::vector<std::string>{"-h"}, {"-V"}, {}, {"-x", "alpha"}})
+        EXPECT_EQ(system.run(arguments, traced).log, "") << "calls nothing of the facility";
+    const Log log = march();
+    system.save("19990301", Log(log).cutTo(log.size() - 2));
+    const std::string traces = system.run({"alpha"}, traced).log;
+    for (const char *trace : {" 7 ala/handle.cpp:", " 7 ala/log/record_reader.cpp:"})
+        EXPECT_NE(traces.find(trace), traces.npos) << trace;
+    for (const char *trace : {"ala/trace.h", "ALA_FreeJobRecord"})
+        EXPECT_EQ(traces.find(trace), traces.npos) << trace;
+    writeFile(system.root.registry(), "REGEDIT4\n[");
+    const std::string told = system.run({"alpha"}).log;
+    EXPECT_NE(told.find(" 5 platform/posix/registry.cpp:"), told.npos) << told;
+    EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
+}

@@ -39,7 +39,10 @@ struct LoopState {
 class ReportWriter final : public LogWriter {
 public:
     explicit ReportWriter(std::int32_t in_suppressHeadflg) : suppressHeadflg(in_suppressHeadflg) {}
-    ~ReportWriter() override { ALA_FreeAttributeList(&prevLog); }
+    ~ReportWriter() override {
+        if (prevLog != nullptr)
+            ALA_FreeAttributeList(&prevLog);
+    }
     ReportWriter(const ReportWriter &) = delete;
     ReportWriter &operator=(const ReportWriter &) = delete;
 

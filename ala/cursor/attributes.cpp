@@ -120,7 +120,6 @@ template <class Record, class Move>
 static ALA_retCode_t moveAndDeliver(ALA_handle_t in_handle, Record **inoutp_curRecord, const char *inp_locale,
                                     const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
                                     Move in_move) {
-    const FuncTrace trace(in_texts.operation);
     *outp_attribute = nullptr;
     ALA_retCode_t result = ALA__CheckRecord(in_handle, inoutp_curRecord, in_texts);
     if (result == ALA_N_NORMAL)
@@ -179,24 +178,28 @@ static ALA_retCode_t moveToNext(docRecord *inoutp_document) {
 
 ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
                                       const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kFirstFromJob.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kFirstFromJob, outp_attribute,
                           [](record *inoutp_record) { return moveToFirst(inoutp_record); });
 }
 
 ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kNextFromJob.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromJob, outp_attribute,
                           [](record *inoutp_record) { return moveToNext(inoutp_record); });
 }
 
 ALA_retCode_t ALA_GetFirstAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
                                       const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kFirstFromDoc.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kFirstFromDoc, outp_attribute,
                           [](docRecord *inoutp_record) { return moveToFirst(inoutp_record); });
 }
 
 ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
+    const FuncTrace trace(kNextFromDoc.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromDoc, outp_attribute,
                           [](docRecord *inoutp_record) { return moveToNext(inoutp_record); });
 }

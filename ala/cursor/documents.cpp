@@ -9,8 +9,13 @@
 
 namespace {
 
+void freeDocument(docRecord *inp_document) {
+    inp_document->memory.release();
+    std::free(inp_document);
+}
+
 struct DocumentDeleter {
-    void operator()(docRecord *inp_document) const { ALA_FreeDocmtRecord(&inp_document); }
+    void operator()(docRecord *inp_document) const { freeDocument(inp_document); }
 };
 using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
 
@@ -139,9 +144,7 @@ ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord) {
     const FuncTrace trace("ALA_FreeDocmtRecord");
     if (inoutp_docRecord == nullptr || *inoutp_docRecord == nullptr)
         return ALA_N_NORMAL;
-    docRecord *owned = *inoutp_docRecord;
-    owned->memory.release();
-    std::free(owned);
+    freeDocument(*inoutp_docRecord);
     *inoutp_docRecord = nullptr;
     return ALA_N_NORMAL;
 }

@@ -75,8 +75,13 @@ constexpr ReaderRules kNextRecord = {
     nullptr,
 };
 
+void freeRecord(record *inp_record) {
+    inp_record->memory.release();
+    std::free(inp_record);
+}
+
 struct RecordDeleter {
-    void operator()(record *inp_record) const { ALA_FreeJobRecord(&inp_record); }
+    void operator()(record *inp_record) const { freeRecord(inp_record); }
 };
 using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
@@ -208,7 +213,6 @@ static ALA_retCode_t readRecord(LogInput &inoutp_in, std::uint32_t in_verNum, co
 
 static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
                                   ALA_record_t *outp_record, const ReaderRules &in_rules) {
-    const FuncTrace trace(in_rules.operation);
     *outp_record = nullptr;
     if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, in_rules.operation); valid != ALA_N_NORMAL)
         return valid;
@@ -238,16 +242,20 @@ static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t
 void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
                               std::int32_t in_pos) {
     static_cast<void>(_lseek(*inoutp_fd, static_cast<long>(in_offset), in_pos));
-    ALA_FreeJobRecord(inoutpp_record);
+    if (*inoutpp_record != nullptr)
+        freeRecord(*inoutpp_record);
+    *inoutpp_record = nullptr;
 }
 
 ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
                                     ALA_record_t *outp_record) {
+    const FuncTrace trace(kFirstRecord.operation);
     return getJobRecord(in_alaHandle, inoutp_logHandle, outp_record, kFirstRecord);
 }
 
 ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
                                    ALA_record_t *outp_record) {
+    const FuncTrace trace(kNextRecord.operation);
     return getJobRecord(in_alaHandle, inoutp_logHandle, outp_record, kNextRecord);
 }
 
@@ -255,9 +263,7 @@ ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {
     const FuncTrace trace("ALA_FreeJobRecord");
     if (inoutp_record == nullptr || *inoutp_record == nullptr)
         return ALA_N_NORMAL;
-    record *owned = *inoutp_record;
-    owned->memory.release();
-    std::free(owned);
+    freeRecord(*inoutp_record);
     *inoutp_record = nullptr;
     return ALA_N_NORMAL;
 }

@@ -40,15 +40,18 @@ void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value) {
         std::free(inp_value);
 }
 
+static void freePair(ALA_attrPair *inp_pair) {
+    while (inp_pair->attrVal != nullptr) {
+        attributeVal *value = inp_pair->attrVal;
+        inp_pair->attrVal = value->next;
+        ALA__FreeValue(inp_pair, value);
+    }
+    PairMemory::release(inp_pair); // with its name
+}
+
 ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
     const FuncTrace trace("ALA_FreeAttributePair");
-    ALA_attrPair *pair = *inoutp_attribute;
-    while (pair->attrVal != nullptr) {
-        attributeVal *value = pair->attrVal;
-        pair->attrVal = value->next;
-        ALA__FreeValue(pair, value);
-    }
-    PairMemory::release(pair); // with its name
+    freePair(*inoutp_attribute);
     *inoutp_attribute = nullptr;
     return ALA_N_NORMAL;
 }
@@ -78,10 +81,7 @@ private:
 };
 
 struct PairDeleter {
-    void operator()(ALA__growingPair *inp_pair) const {
-        ALA_attrPair *pair = &inp_pair->pair;
-        ALA_FreeAttributePair(&pair);
-    }
+    void operator()(ALA__growingPair *inp_pair) const { freePair(&inp_pair->pair); }
 };
 using OwnedPair = std::unique_ptr<ALA__growingPair, PairDeleter>;
 

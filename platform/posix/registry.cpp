@@ -1,12 +1,15 @@
 // The registry calls, answered from the registry file.
 //
-// The file is read anew at each open, and an open key holds its values itself: nothing is shared.
+// The file is read anew at each open, and an open key holds its values itself: nothing is shared but what was
+// told of a malformed file last.
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <system_error>
 
 #include <fcntl.h>
@@ -27,10 +30,36 @@ struct OS_registryKey {
 
 static std::atomic<OS_reporter> gReporter = nullptr;
 
-static LONG refuseFile(const std::string &in_text) {
-    if (const OS_reporter reporter = gReporter.load())
-        reporter(in_text.c_str());
+namespace {
+
+// What is wrong with the file, and the state of the file that it is wrong with.
+struct Trouble {
+    std::string text;
+    std::size_t state = 0;
+
+    bool operator==(const Trouble &) const = default;
+};
+
+} // namespace
+
+static std::mutex gTroubleLock;
+static Trouble gTrouble; // told last
+
+static LONG refuseFile(const Trouble &in_trouble, std::int32_t in_line = __builtin_LINE()) {
+    const std::lock_guard guard(gTroubleLock);
+    const OS_reporter reporter = gReporter.load();
+    if (reporter != nullptr && in_trouble != gTrouble) {
+        reporter(__FILE__, in_line, in_trouble.text.c_str());
+        gTrouble = in_trouble;
+    }
     return ERROR_REGISTRY_CORRUPT;
+}
+
+// Of a file and what could be read of it.
+static std::size_t stateOf(int in_fd, const std::string &in_bytes) {
+    struct stat status = {};
+    static_cast<void>(fstat(in_fd, &status)); // one that did not open has the same state throughout
+    return std::hash<std::string>{}(in_bytes) + status.st_ino + status.st_mode;
 }
 
 static const char *registryPath() {
@@ -70,9 +99,10 @@ static LONG loadRegistry(Registry &outp_registry) {
     const std::string trouble =
         file.get() < 0 ? std::generic_category().message(errno) : readAll(file.get(), &bytes);
     if (!trouble.empty())
-        return refuseFile(path + ": " + trouble);
+        return refuseFile({path + ": " + trouble, stateOf(file.get(), bytes)});
     if (const std::optional<RegistryFault> fault = parseRegistry(bytes, outp_registry))
-        return refuseFile(path + ":" + std::to_string(fault->line) + ": " + fault->reason);
+        return refuseFile(
+            {path + ":" + std::to_string(fault->line) + ": " + fault->reason, stateOf(file.get(), bytes)});
     return ERROR_SUCCESS;
 }
 
