@@ -1,9 +1,9 @@
 #include "service/clock.h"
 
-#include <cstdlib>
 #include <ctime>
 
 #include "platform/os.h"
+#include "service/value_block.h"
 
 static std::int16_t narrow(long in_number) {
     return static_cast<std::int16_t>(in_number);
@@ -15,9 +15,12 @@ std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time,
     std::tm local{};
     if (clock_gettime(CLOCK_REALTIME, &now) != 0 || localtime_r(&now.tv_sec, &local) == nullptr)
         return 1;
-    auto *time = static_cast<GEN_generalizedTime *>(std::calloc(1, sizeof(GEN_generalizedTime)));
+    ValueBlock block(sizeof(GEN_generalizedTime));
+    auto *time = static_cast<GEN_generalizedTime *>(block.allocate(sizeof(GEN_generalizedTime)));
     if (time == nullptr)
         return 1;
+    block.handOver();
+    *time = {};
     time->year = narrow(local.tm_year + 1900L);
     time->month = narrow(local.tm_mon + 1L);
     time->day = narrow(local.tm_mday);
@@ -31,7 +34,7 @@ std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time,
 }
 
 void GEN_DeleteGeneralizedTime(STF_l__hdr *, GEN_generalizedTime *inp_time, void *) {
-    std::free(inp_time);
+    ValueBlock::releaseFromFirst(inp_time);
 }
 
 void GENU_TimeZoneInit() {

@@ -10,6 +10,7 @@ extern "C" {
 
 // The current time as a new record, released with GEN_DeleteGeneralizedTime: local calendar date and time,
 // full year (utc 0).  0, or non-zero when the clock cannot be read or memory runs out.
+// GEN_DeleteGeneralizedTime releases what ODP_UnpackAV delivers of value type 48 as well.
 std::int32_t GENU_GetCurrentTime(STF_l__hdr *in_status, GEN_generalizedTime **outpp_time,
                                  std::int32_t in_reserved);
 void GEN_DeleteGeneralizedTime(STF_l__hdr *in_status, GEN_generalizedTime *inp_time, void *in_allocator);

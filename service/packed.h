@@ -9,7 +9,8 @@
 #include "service/status.h"
 #include "service/values.h"
 
-// How to copy and release an unpacked value.  deleteFunc takes the value that came with it.
+// How to release an unpacked value: deleteFunc takes the value that came with it.  copyFunc is always null,
+// as nobody copies values.
 struct AS_attrValDesc_t {
     void *(*copyFunc)(STF_l__hdr *in_status, const void *inp_value, void *in_allocator);
     void (*deleteFunc)(STF_l__hdr *in_status, void *inp_value, void *in_allocator);

@@ -1,12 +1,12 @@
 #include "service/text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <type_traits>
 
 #include "service/convert.h"
+#include "service/value_block.h"
 
 constexpr std::int32_t kNoChoice = 1;
 
@@ -109,9 +109,13 @@ std::int32_t GENU_MakeDistNameString2(STF_l__hdr *, GEN_distNameString **outpp_v
                                       std::uint32_t in_type, std::int32_t) {
     *outpp_value = nullptr;
     const Bytes characters = bytesOf(inp_text);
-    auto *own = static_cast<OwnDistName *>(std::calloc(1, sizeof(OwnDistName) + characters.size() + 1));
-    if (own == nullptr)
+    const std::size_t size = sizeof(OwnDistName) + characters.size() + 1;
+    ValueBlock block(size);
+    void *memory = block.allocate(size);
+    if (memory == nullptr)
         return GENU_E_NO_MEMORY;
+    block.handOver();
+    auto *own = static_cast<OwnDistName *>(std::memset(memory, 0, size));
     char *text = reinterpret_cast<char *>(own + 1);
     std::copy(characters.begin(), characters.end(), text);
     own->value.name.choice = GEN_ISO_646_IRV;
@@ -124,5 +128,5 @@ std::int32_t GENU_MakeDistNameString2(STF_l__hdr *, GEN_distNameString **outpp_v
 }
 
 void GEN_DeleteDistNameString(STF_l__hdr *, GEN_distNameString *inp_value, void *) {
-    std::free(inp_value);
+    ValueBlock::releaseFromFirst(inp_value);
 }

@@ -25,7 +25,8 @@ std::int32_t GENU_ExtractSimpleName(STF_l__hdr *in_status, char **outpp_text, co
 std::int32_t GENU_ExtractDistNameString(STF_l__hdr *in_status, char **outpp_text, std::uint32_t *outp_type,
                                         const GEN_distNameString *inp_value, std::int32_t in_reserved);
 
-// A new value of a UTF-8 text (null counts as empty) and a domain type; GEN_DeleteDistNameString frees it.
+// A new value of a UTF-8 text (null counts as empty) and a domain type; GEN_DeleteDistNameString frees it,
+// and what ODP_UnpackAV delivers of value type 6.
 std::int32_t GENU_MakeDistNameString2(STF_l__hdr *in_status, GEN_distNameString **outpp_value,
                                       const char *inp_text, std::uint32_t in_type, std::int32_t in_reserved);
 void GEN_DeleteDistNameString(STF_l__hdr *in_status, GEN_distNameString *inp_value, void *in_allocator);

@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include "service/clock.h"
 #include "service/packed.h"
+#include "service/text.h"
 #include "tests/support/value_cases.h"
 
 using namespace samples;
@@ -127,6 +129,30 @@ TEST(Packed, RulesOfTheFormat) {
     EXPECT_EQ(ODP_UnpackAV(nullptr, -1, "", STRING, std::make_unique<void *>().get(),
                            std::make_unique<AS_attrValDesc_t>().get()),
               ODP_E_REFUSED);
+}
+
+TEST(Packed, DeletionTakesWhatIsUnpackedAndWhatIsMade) {
+    const auto unpacked = [](AS_attrValType_t type, const Bytes &bytes) {
+        void *value = nullptr;
+        AS_attrValDesc_t description;
+        EXPECT_EQ(ODP_UnpackAV(nullptr, static_cast<std::int32_t>(bytes.size()), bytes.data(), type, &value,
+                               &description),
+                  0);
+        EXPECT_EQ(description.copyFunc, nullptr);
+        return value;
+    };
+    void *const name = unpacked(DIST_NAME, pack(DistName{text(Bytes(2000, 'x')), oid(1)}));
+    GEN_DeleteDistNameString(nullptr, static_cast<GEN_distNameString *>(name), nullptr);
+    void *const time = unpacked(TIME, pack(Time{.year = 1999}));
+    GEN_DeleteGeneralizedTime(nullptr, static_cast<GEN_generalizedTime *>(time), nullptr);
+    GEN_distNameString *madeName = nullptr;
+    EXPECT_EQ(GENU_MakeDistNameString2(nullptr, &madeName, Bytes(2000, 'x').c_str(), 3044, 0), 0);
+    EXPECT_STREQ(madeName->name.u.iso_646_irv, Bytes(2000, 'x').c_str());
+    GEN_DeleteDistNameString(nullptr, madeName, nullptr);
+    GEN_DeleteDistNameString(nullptr, nullptr, nullptr);
+    GEN_generalizedTime *now = nullptr;
+    EXPECT_EQ(GENU_GetCurrentTime(nullptr, &now, 0), 0);
+    GEN_DeleteGeneralizedTime(nullptr, now, nullptr);
 }
 
 TEST(Packed, NoMemoryIsToldFromARefusal) {

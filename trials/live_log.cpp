@@ -111,7 +111,7 @@ static int tomorrow(STF_l__hdr *, GEN_generalizedTime **outpp_time, std::int32_t
     const std::time_t when = std::time(nullptr) + 24 * 60 * 60;
     std::tm day = {};
     gmtime_r(&when, &day);
-    *outpp_time = static_cast<GEN_generalizedTime *>(std::calloc(1, sizeof(GEN_generalizedTime)));
+    __real_GENU_GetCurrentTime(nullptr, outpp_time, 0);
     (*outpp_time)->year = static_cast<std::int16_t>(day.tm_year + 1900);
     (*outpp_time)->month = static_cast<std::int16_t>(day.tm_mon + 1);
     (*outpp_time)->day = static_cast<std::int16_t>(day.tm_mday);

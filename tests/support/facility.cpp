@@ -16,13 +16,14 @@ std::string takeText(ALA_attrPair *&inout_pair) {
 }
 
 NextDay::NextDay()
-    : Scripted(script::GENU_GetCurrentTime, [](STF_l__hdr *, GEN_generalizedTime **time, std::int32_t) {
-          *time = static_cast<GEN_generalizedTime *>(std::calloc(1, sizeof(GEN_generalizedTime)));
-          (*time)->year = 2001;
-          (*time)->month = 2;
-          (*time)->day = 4;
-          return 0;
-      }) {}
+    : Scripted(script::GENU_GetCurrentTime,
+               [](STF_l__hdr *status, GEN_generalizedTime **time, auto reserved) {
+                   const std::int32_t result = __real_GENU_GetCurrentTime(status, time, reserved);
+                   (*time)->year = 2001;
+                   (*time)->month = 2;
+                   (*time)->day = 4;
+                   return result;
+               }) {}
 
 void Facility::layCurrentLog() const {
     samples::Log().save(path("current"));

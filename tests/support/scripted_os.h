@@ -51,6 +51,9 @@ extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
 } // namespace script
 
+// What a script of a time starts from: the real one, in memory that the service library can release.
+extern "C" decltype(::GENU_GetCurrentTime) __real_GENU_GetCurrentTime;
+
 // The calling user as the credential gathers it: account and domain.  Other calls stay real.
 class ScriptedUser {
 public:
