@@ -21,6 +21,7 @@ struct handleData {
     ALA__column *columns;       // what the cursors remember from record to record; owned
     std::uint64_t columnsState; // changes with them; never 0 while there are any
 };
+using ALA_handleData_t = handleData;
 
 // Guards of the time conversion and of the making of a time's text; never held together.
 extern THR_mutex_t timeLock;

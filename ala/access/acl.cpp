@@ -9,7 +9,7 @@ constexpr std::int32_t kPrivilegeNone = 1;
 constexpr std::int32_t kPrivilegeRead = 2;
 constexpr std::int32_t kPrivilegeAll = 3;
 
-std::int32_t ALA__AccountingAuthorized(STF_l__hdr *in_status, const GEN_eACL *inp_accessControlList,
+std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL *inp_accessControlList,
                                        const ALA_credential_t *inp_userInfo,
                                        std::int32_t *outp_booleanResult) {
     *outp_booleanResult = 0;
@@ -22,24 +22,24 @@ std::int32_t ALA__AccountingAuthorized(STF_l__hdr *in_status, const GEN_eACL *in
         return 1;
 
     ALA_groupSIDList *groups = nullptr;
-    if (ALA__MSACLMatch(in_status, inp_accessControlList, inp_userInfo, &groups) == 0)
+    if (ALA__MSACLMatch(inoutp_status, inp_accessControlList, inp_userInfo, &groups) == 0)
         *outp_booleanResult = 1;
     ALA__ClearGroupSIDList(&groups);
     return 0;
 }
 
-static std::int32_t matchDomain(STF_l__hdr *in_status, const GEN_eACL *inp_msACL,
+static std::int32_t matchDomain(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msACL,
                                 const ALA_credential_t *inp_credential) {
     std::int32_t matched = 1;
     const std::int32_t result =
-        _ALA_EACL_DomainMatch(in_status, inp_credential, &inp_msACL->domain, &matched);
+        _ALA_EACL_DomainMatch(inoutp_status, inp_credential, &inp_msACL->domain, &matched);
     return result != 0 ? result : matched;
 }
 
-std::int32_t ALA__MSACLMatch(STF_l__hdr *in_status, const GEN_eACL *inp_msACL,
+std::int32_t ALA__MSACLMatch(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msACL,
                              const ALA_credential_t *inp_credential, ALA_groupSIDList **inoutpp_gSidList) {
     Malloced<char> name; // null means that the entry has no name
-    static_cast<void>(GENU_ExtractSimpleName(in_status, TextOut(name), &inp_msACL->name, 0));
+    static_cast<void>(GENU_ExtractSimpleName(inoutp_status, TextOut(name), &inp_msACL->name, 0));
     if (name == nullptr && inp_msACL->nameType_d != kNameAnyUser)
         return ALA_FAIL(1, "ALA__MSACLMatch: Invalid ACL: 0\n");
     const char *user = inp_credential->u.oncMsCred.user;
@@ -48,10 +48,10 @@ std::int32_t ALA__MSACLMatch(STF_l__hdr *in_status, const GEN_eACL *inp_msACL,
 
     switch (inp_msACL->nameType_d) {
     case kNameAnyUser:
-        return matchDomain(in_status, inp_msACL, inp_credential);
+        return matchDomain(inoutp_status, inp_msACL, inp_credential);
     case kNameUser: {
         const std::int32_t differs = _stricmp(user, name.get());
-        return differs != 0 ? differs : matchDomain(in_status, inp_msACL, inp_credential);
+        return differs != 0 ? differs : matchDomain(inoutp_status, inp_msACL, inp_credential);
     }
     case kNameGroup: {
         const std::int32_t result = _ALA_CreateGroupSIDList(inp_credential, inoutpp_gSidList);

@@ -23,12 +23,12 @@ struct ALA_groupSIDList {
 
 // Evaluates one entry: outp_booleanResult is 1 if it grants access, else 0.  0, or 1 for a null entry or one
 // with a privilege level that does not exist.
-std::int32_t ALA__AccountingAuthorized(STF_l__hdr *in_status, const GEN_eACL *inp_accessControlList,
+std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL *inp_accessControlList,
                                        const ALA_credential_t *inp_userInfo,
                                        std::int32_t *outp_booleanResult);
 
 // Does the entry apply to the caller?  Any failure means that it does not.
-std::int32_t ALA__MSACLMatch(STF_l__hdr *in_status, const GEN_eACL *inp_msACL,
+std::int32_t ALA__MSACLMatch(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msACL,
                              const ALA_credential_t *inp_credential, ALA_groupSIDList **inoutpp_gSidList);
 
 // The groups of the calling process; a list that has nodes is left alone.  0, or 1 with an empty list.
@@ -38,7 +38,7 @@ std::int32_t ALA__ClearGroupSIDList(ALA_groupSIDList **inoutpp_gSidList);
 
 // Is the entry's group in the list?
 std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *inp_credential,
-                          ALA_groupSIDList *const *inp_gSidList);
+                          ALA_groupSIDList **inoutpp_gSidList);
 
 // The bytes of a simple name where they lie, without a terminator.  0, or 1 for an unknown choice.
 std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const char **outp_val,

@@ -70,11 +70,11 @@ static TypedDomain completed(const char *inp_text, SEC_domType_t in_networkType,
     return domain;
 }
 
-std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *in_status, const ALA_credential_t *inp_cred,
+std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *inoutp_status, const ALA_credential_t *inp_cred,
                                    const GEN_distNameString *inp_aclDom, std::int32_t *outp_matched) {
     Malloced<char> text;
     SEC_domType_t type = 0;
-    if (GENU_ExtractDistNameString(in_status, TextOut(text), &type, inp_aclDom, 0) != 0)
+    if (GENU_ExtractDistNameString(inoutp_status, TextOut(text), &type, inp_aclDom, 0) != 0)
         return 1;
     if (isEmpty(text.get()) && type == SEC_DOM_ANY) {
         *outp_matched = 0;
@@ -89,26 +89,27 @@ std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *in_status, const ALA_credential_t
         entry.name_syntax_o = serverUserDomain->name_syntax_o;
     const ALA_oncMsCred &caller = inp_cred->u.oncMsCred;
     const TypedDomain user = completed(caller.domainName, caller.userDomType, ALA__GetUserDomain);
-    const std::int32_t result = _ALA_MatchDomainTypes(in_status, user.text, user.type, &entry, outp_matched);
+    const std::int32_t result =
+        _ALA_MatchDomainTypes(inoutp_status, user.text, user.type, &entry, outp_matched);
     if (result != 0 || *outp_matched == 0)
         return result;
     // The host pass takes the entry as it stands in the list.
     const TypedDomain host = completed(caller.hostDomain, caller.hostDomType, ALA__GetHostDomain);
-    return _ALA_MatchDomainTypes(in_status, host.text, host.type, inp_aclDom, outp_matched);
+    return _ALA_MatchDomainTypes(inoutp_status, host.text, host.type, inp_aclDom, outp_matched);
 }
 
-std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *in_status, const char *inp_credDom,
+std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *inoutp_status, const char *inp_credDom,
                                    SEC_domType_t in_credDomType, const GEN_distNameString *inp_aclDom,
                                    std::int32_t *outp_matched) {
     if (inp_aclDom->name_syntax_o == nullptr && serverUserDomain != nullptr) {
         GEN_distNameString typed = *inp_aclDom;
         typed.name_syntax_o = serverUserDomain->name_syntax_o;
-        return _ALA_MatchDomainTypes(in_status, inp_credDom, in_credDomType, &typed, outp_matched);
+        return _ALA_MatchDomainTypes(inoutp_status, inp_credDom, in_credDomType, &typed, outp_matched);
     }
     Malloced<char> aclDom;
     SEC_domType_t aclType = 0;
     const std::int32_t result =
-        GENU_ExtractDistNameString(in_status, TextOut(aclDom), &aclType, inp_aclDom, 0);
+        GENU_ExtractDistNameString(inoutp_status, TextOut(aclDom), &aclType, inp_aclDom, 0);
     if (result != 0)
         return result;
     if (aclType != in_credDomType && aclType != SEC_DOM_ANY) {
@@ -117,7 +118,7 @@ std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *in_status, const char *inp_credDo
     }
     const bool dotted = in_credDomType == SEC_DOM_DOTTED1 || in_credDomType == SEC_DOM_DOTTED2;
     const auto compare = dotted ? _ALA_MatchDNSDomainNames : _ALA_MatchExactDomainNames;
-    return compare(in_status, inp_credDom, in_credDomType, aclDom.get(), aclType, outp_matched);
+    return compare(inoutp_status, inp_credDom, in_credDomType, aclDom.get(), aclType, outp_matched);
 }
 
 std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *, const char *inp_credDom, SEC_domType_t in_credDomType,
@@ -136,7 +137,7 @@ std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *, const char *inp_credDom, S
     return 0;
 }
 
-std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *in_status, const char *inp_credDom,
+std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *inoutp_status, const char *inp_credDom,
                                       SEC_domType_t in_credDomType, const char *inp_aclDom,
                                       SEC_domType_t in_aclDomType, std::int32_t *outp_matched) {
     if (in_aclDomType != SEC_DOM_ANY && in_aclDomType != in_credDomType) {
@@ -148,7 +149,7 @@ std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *in_status, const char *inp_cre
         *outp_matched = 1;
     } else {
         // Without memory the flag stays as the caller set it.
-        static_cast<void>(_ALA_DNSMatchAscii(in_status, inp_credDom, inp_aclDom, outp_matched));
+        static_cast<void>(_ALA_DNSMatchAscii(inoutp_status, inp_credDom, inp_aclDom, outp_matched));
     }
     return 0;
 }

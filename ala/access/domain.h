@@ -16,25 +16,25 @@ void ALA__EACL_Init();
 void ALA__EACL_Term();
 
 // Compares the credential's user domain, then its host domain.  1 when the entry's domain cannot be read.
-std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *in_status, const ALA_credential_t *inp_cred,
+std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *inoutp_status, const ALA_credential_t *inp_cred,
                                    const GEN_distNameString *inp_aclDom, std::int32_t *outp_matched);
 
 // Chooses the comparison by the two types.  Non-zero when the entry's domain cannot be read.
-std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *in_status, const char *inp_credDom,
+std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *inoutp_status, const char *inp_credDom,
                                    SEC_domType_t in_credDomType, const GEN_distNameString *inp_aclDom,
                                    std::int32_t *outp_matched);
 
 // Dotted names, by suffix; and names compared whole.  A null credential domain matches nothing.  Always 0.
-std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *in_status, const char *inp_credDom,
+std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *inoutp_status, const char *inp_credDom,
                                       SEC_domType_t in_credDomType, const char *inp_aclDom,
                                       SEC_domType_t in_aclDomType, std::int32_t *outp_matched);
-std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *in_status, const char *inp_credDom,
+std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *inoutp_status, const char *inp_credDom,
                                         SEC_domType_t in_credDomType, const char *inp_aclDom,
                                         SEC_domType_t in_aclDomType, std::int32_t *outp_matched);
 
 // Is the entry's domain a suffix of the credential's on a label boundary?  1 when memory runs out, with the
 // flag untouched.
-std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *in_status, const char *inp_credDom, const char *inp_aclDom,
+std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *inoutp_status, const char *inp_credDom, const char *inp_aclDom,
                                 std::int32_t *outp_matched);
 
 // The bytes from the end to the start as a new text, or null.

@@ -87,7 +87,7 @@ static bool equalsIgnoringCase(const char *inp_text, const char *inp_bytes, std:
 }
 
 std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *,
-                          ALA_groupSIDList *const *inp_gSidList) {
+                          ALA_groupSIDList **inoutpp_gSidList) {
     const char *name = nullptr;
     std::int32_t nameLength = 0;
     if (const std::int32_t result = ALA__SeparateSimpleName(&inp_msACL->name, &name, &nameLength);
@@ -99,7 +99,7 @@ std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *,
         return 1;
     if (domain == nullptr || *domain == '\0')
         return 1; // without a domain the entry's group is nobody's
-    for (const ALA_groupSIDList *group = *inp_gSidList; group != nullptr; group = group->next)
+    for (const ALA_groupSIDList *group = *inoutpp_gSidList; group != nullptr; group = group->next)
         if (equalsIgnoringCase(group->user, name, static_cast<std::size_t>(nameLength)) &&
             equalsIgnoringCase(group->domainName, domain.get(), std::strlen(domain.get())))
             return 0;

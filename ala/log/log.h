@@ -17,6 +17,7 @@ struct logParams {
     bool holdsNoRecord;     // the first call did, behind the header
     ReadWatch watch;        // of a log that is to be deleted
 };
+using ALA_logParams_t = logParams;
 
 // Reads the header of the log and finds out whether its access list admits the caller: accessOK is 1 then,
 // else 0.  With ALA_N_NORMAL the descriptor stands on the first record.

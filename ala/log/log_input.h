@@ -13,13 +13,14 @@
 constexpr std::size_t kDecoidSize = 137;
 
 // What precedes the values of an attribute, as it stands in the file.
-struct ALA_attrTag_t {
+struct attrTag {
     std::uint32_t numAttrVal; // native: number of value blocks behind the tag
     std::uint32_t attrID;     // native; nothing interprets it
     char decoid[kDecoidSize]; // dotted decimal, NUL-terminated
     char fill[3];
     std::uint32_t attrValType; // native
 };
+using ALA_attrTag_t = attrTag;
 static_assert(sizeof(ALA_attrTag_t) == 152, "the size of a tag in the file");
 static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 

@@ -10,7 +10,7 @@
 #include "service/values.h"
 
 // One attribute.
-struct attrValNode : ALA_attrTag_t {
+struct attrValNode : attrTag {
     std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
     GEN_string *attrVals; // numAttrVal of them; null when there are none
     std::uint32_t place;  // among the record's attributes; of a document's, where the first document has it
@@ -21,6 +21,7 @@ struct attrValNode : ALA_attrTag_t {
     std::uint32_t knownNameLength;
     std::uint8_t oidBytes[OID_BINARY_SIZE];
 };
+using ALA_attrValNode_t = attrValNode;
 
 struct record {
     std::uint32_t numAttr;
@@ -32,6 +33,7 @@ struct record {
     std::uint32_t docIndex;      // documents handed out since the job cursor was started
     RecordMemory memory;         // of the attributes
 };
+using ALA_jobRecord_t = record;
 
 // One document: deep copies of its attributes, independent of the record.
 struct docRecord {

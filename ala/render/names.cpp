@@ -100,10 +100,17 @@ static bool addExtracted(std::int32_t in_result, const Malloced<char> &in_text, 
     return true;
 }
 
+char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip) {
+    char *name = nullptr;
+    return GENU_ExtractSimpleName(inoutp_status, &name, ip, 0) == 0 ? name : nullptr;
+}
+
 void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text) {
-    Malloced<char> name;
-    const std::int32_t result = GENU_ExtractSimpleName(inoutp_status, TextOut(name), ip, 0);
-    addExtracted(result, name, inoutp_text); // or nothing
+    const Malloced<char> name(ALA__SimpleNameToAscii(inoutp_status, ip));
+    if (name != nullptr)
+        inoutp_text.add(name.get());
+    else if (ip->choice >= GEN_ISO_646_IRV && ip->choice <= GEN_OTHER_CODE_SET)
+        inoutp_text.fail(); // a name that there is was not to be had
 }
 
 bool ALA__AddText(STF_l__hdr *inoutp_status, const GEN_text *ip, Text &inoutp_text) {
