@@ -58,8 +58,8 @@ private:
 };
 
 struct DateRange {
-    std::int32_t first;
-    std::int32_t last;
+    std::int32_t startDateVal;
+    std::int32_t endDateVal;
 };
 
 // The registration and the lists of logs.  Released step by step at the normal end, as each step can fail.
@@ -239,7 +239,7 @@ static std::int32_t countLogs(const dateNode *inp_dates, const DateRange &in_ran
     std::int32_t count = 0;
     for (const dateNode *node = inp_dates; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        count += date >= in_range.first && date <= in_range.last ? 1 : 0;
+        count += date >= in_range.startDateVal && date <= in_range.endDateVal ? 1 : 0;
     }
     return count;
 }
@@ -250,11 +250,11 @@ static void processLogs(const Options &in_options, const Facility &in_facility, 
     startProgress(inoutp_report.isTerminal(), countLogs(in_facility.dateList, range));
     for (const dateNode *node = in_facility.dateList; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (date > range.last) // the later ones are newer
+        if (date > range.endDateVal) // the later ones are newer
             return;
         if (mustStop(inoutp_report.stream()))
             return;
-        if (date < range.first)
+        if (date < range.startDateVal)
             continue;
         progressToLog(date);
         processLog(in_options, in_facility.mainh, node->date, inoutp_report, inoutp_writer, inoutp_state);
