@@ -34,12 +34,12 @@ faults: setup
 	@cmake --build --preset asan --target faults | tail -n 1
 	@build/asan/bin/faults $(STEP)
 
-# Reports logs while they are written, renamed and deleted, and runs beside runs, in ROUNDS rounds of each kind.
+# Reports logs while a server writes and other runs work on them, in ROUNDS rounds of each kind.
 ROUNDS ?= 2000
 live: setup
 	@cmake --preset dev >/dev/null
-	@cmake --build --preset dev --target live_log | tail -n 1
-	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/live_log
+	@cmake --build --preset dev --target live | tail -n 1
+	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/live
 
 # Stops a run at each STEP-th of its system calls, where another program acts.
 stops: setup

@@ -30,9 +30,8 @@ using ALA__holdFile = ALA__holdResult (*)(int in_fd, const char *inp_path);
 ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date, ALA__holdFile in_hold,
                                 ALA_acctLogHandle_t *outp_logHandle);
 
-// The log of the list that is that file; null when none is.
-const ALA_name *ALA__FindLog(ALA_handle_t in_alaHandle, const ALA_name *inp_logs,
-                             const OS_fileIdentity &in_file);
+// Is that file one of the server's logs, under whatever name, or one that is about to be deleted?
+bool ALA__IsLog(ALA_handle_t in_alaHandle, const OS_fileIdentity &in_file);
 
 // True if the log's first record was asked for and there is none: the file ends behind its header.
 bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log);
@@ -41,7 +40,8 @@ bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log);
 struct ALA__readLog {
     Descriptor file;
     Malloced<char> path;      // under which it was opened
-    OS_fileIdentity identity; // as it was before the read that found the end; size is what was read
+    OS_fileIdentity identity; // as it was before anything of it was read
+    std::int64_t end;         // bytes that were read
 };
 
 // Makes one of an open log.  Null, or why it cannot be deleted.
@@ -52,8 +52,8 @@ class ALA__deletion {
 public:
     // Directly before the log goes: are its lines still safe elsewhere?  Null, or why it has to stay.
     virtual const char *objection() = 0;
-    // The log stays under this path, for its own name was taken meanwhile.
-    virtual void leftAside(const char *inp_path) = 0;
+    // A log that is not deleted stays under this path.
+    virtual void leftAside(const char *inp_path, const char *in_why) = 0;
 
 protected:
     ~ALA__deletion() = default;

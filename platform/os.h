@@ -291,8 +291,16 @@ int OS_MoveName(const char *inp_from, const char *inp_to);
 // or null.
 int OS_OpenToAppend(const char *inp_path, char **outp_made);
 
-// The last byte of an open file; -1 when it is empty or not to be read.
+// Opens an open file once more, with a position and a lock of its own: to read, else to append.  -1 when that
+// is refused.
+int OS_OpenAgain(int in_fd);
+
+// The last byte of a file that is open to be read; -1 when it is empty or not to be read.
 int OS_LastByte(int in_fd);
+
+// 1 if the file is open under another descriptor, in this program or in another one; 0 if it is not, or the
+// system does not tell.
+int OS_IsOpenElsewhere(int in_fd);
 
 // Cuts an open file to a size and, where it is not appended to, moves its position there.  0, or -1.
 int OS_CutFile(int in_fd, std::int64_t in_size);
@@ -316,8 +324,8 @@ int OS_HoldAgainstWriters(int in_fd);
 // place of a standard stream that came closed.
 void OS_PrepareProcess();
 
-// From now on the first signal that asks the program to end (interrupt, termination, hang-up) is noted and
-// the second one ends it.  A signal that the program was started to ignore stays ignored.
+// From now on the first signal that asks the program to end (interrupt, termination, hang-up) is noted, and a
+// later one ends it; some ask twice at once.  A signal that the program was started to ignore stays ignored.
 void OS_NoteEndSignals();
 // The noted signal, or 0.
 int OS_NotedSignal();

@@ -174,7 +174,7 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
     };
     const char *const grew = "it is not as long as what was read of it",
                       *other = "it is not the file that was read",
-                      *written = "it was written to since it was read";
+                      *written = "it was written to since it was opened";
 
     expectAfter("unchanged", kTail, [](PrintSystem &) {});
     expectAfter("current log got the day's name", "current", nameOfDay);
@@ -279,6 +279,6 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     for (const char *tail : {"19990301.being-deleted", kTail})
         system.save(tail, logOf({march()}));
     EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted stays under the name " +
-                                                   aside.string() + ", for its own one was taken.\n");
+                                                   aside.string() + ": another file has its own name.\n");
     EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither takes the other's place";
 }

@@ -27,7 +27,8 @@ void DisplayMsg(std::uint32_t in_msgCode, ...);
 void DisplayMsgFromErr(std::uint32_t in_errCode, ...);
 
 // The raw text of a message: the catalogue's if its placeholders are among the default one's, else the
-// default one.  A code that is none gets the text of kMsgUnknownError.  The text is cut where the buffer ends.
+// default one.  A code that is none gets the text of kMsgUnknownError.  The text is cut where the buffer
+// ends.
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf);
 
 // Appends the log's text of a return code to the entry being built; nothing for success.

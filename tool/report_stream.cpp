@@ -14,7 +14,7 @@ constexpr std::size_t kStreamSize = 32 * 1024;
 static char streamBuffer[kStreamSize];
 static char lines[256 * 1024]; // on their way to the system
 
-static const char *const kStandardOutput = "standard output";
+constexpr int kPause = 10; // milliseconds
 
 // ---- Opening ----
 
@@ -40,7 +40,7 @@ ReportStream::Opened ReportStream::openFile() {
         fd = OS_OpenToAppend(fileName, &made);
         madePath.reset(made);
         if (fd == -1)
-            return Opened::No;
+            return OS_NotedSignal() != 0 ? Opened::GivenUp : Opened::No;
         const Opened opened = hold();
         if (opened != Opened::Yes || !held || nameLeadsHere())
             return opened;
@@ -55,7 +55,9 @@ ReportStream::Opened ReportStream::hold() {
     if (!identity.regular)
         return Opened::Yes;
     const char *name = fileName != nullptr ? fileName : kStandardOutput;
-    switch (holdFile(fd, name)) {
+    again.reset(OS_OpenAgain(fd));
+    // Standard output is shared with other programs, and so would be a lock on it.
+    switch (holdFile(fileName == nullptr && again.isOpen() ? again.get() : fd, name)) {
     case ALA__holdResult::Held:
         held = true;
         break;
@@ -66,8 +68,13 @@ ReportStream::Opened ReportStream::hold() {
     case ALA__holdResult::GivenUp:
         return Opened::GivenUp;
     }
-    // Another run may have written to it first.
-    return OS_IdentifyDescriptor(fd, &identity) == 0 ? Opened::Yes : Opened::No;
+    // Another run may have written to it first, or removed it.
+    const std::uint64_t names = identity.names;
+    if (OS_IdentifyDescriptor(fd, &identity) != 0)
+        return Opened::No;
+    if (fileName == nullptr && names != 0 && identity.names == 0)
+        static_cast<void>(fail(ENOENT));
+    return Opened::Yes;
 }
 
 bool ReportStream::nameLeadsHere() const {
@@ -136,7 +143,9 @@ bool ReportStream::write(std::size_t in_size) {
                        ? done
                        : static_cast<std::size_t>(static_cast<const char *>(lineEnd) - lines) + 1;
         }
-        if (got <= 0 && error != EINTR) {
+        if (error == EAGAIN && OS_NotedSignal() == 0) {
+            OS_Sleep(kPause); // a pipe that does not wait by itself
+        } else if (got <= 0 && error != EINTR) {
             count(done);
             return fail(got < 0 ? error : EIO);
         }
@@ -152,8 +161,8 @@ bool ReportStream::beginLine() {
     begun = true;
     if (!identity.regular || identity.size == 0)
         return true;
-    const int last = OS_LastByte(fd);
-    if (last == -1 || last == '\n')
+    // Where it cannot be known, an empty line does less harm than two lines in one.
+    if (again.isOpen() && OS_LastByte(again.get()) == '\n')
         return true;
     return _write(fd, "\n", 1) == 1 || fail(errno);
 }
@@ -183,7 +192,7 @@ bool ReportStream::fail(int in_error) {
 
 // Takes back the part of a line that was written last, if nothing stands behind it.
 void ReportStream::cutBack() {
-    if (!held || openLine == 0)
+    if (!held || openLine == 0 || (fileName == nullptr && !again.isOpen()))
         return;
     OS_fileIdentity present = {};
     const std::int64_t end = _lseek(fd, 0, SEEK_CUR);
@@ -209,6 +218,10 @@ const char *ReportStream::whyNotSafe() {
         static_cast<void>(fail(errno)); // once lost, a later success means nothing
         return "its lines have not all reached the disk";
     }
+    OS_fileIdentity present = {};
+    if (OS_IdentifyDescriptor(fd, &present) != 0)
+        return "its report cannot be looked at";
+    safeSize = present.size;
     if (madePath != nullptr && !folderSynced) {
         folderSynced = OS_SyncFolderOf(madePath.get()) == 0;
         if (!folderSynced)
@@ -221,8 +234,11 @@ const char *ReportStream::whyNotInPlace() const {
     OS_fileIdentity present = {};
     if (!identity.regular)
         return nullptr;
-    const bool isThere = fileName != nullptr ? nameLeadsHere()
-                                             : OS_IdentifyDescriptor(fd, &present) == 0 && present.names != 0;
+    if (OS_IdentifyDescriptor(fd, &present) != 0 || present.size < safeSize)
+        return "its report is no longer whole";
+    // Standard output may have come without a name; whoever started the program has it then.
+    const bool isThere = fileName != nullptr ? present.names != 0 && nameLeadsHere()
+                                             : present.names != 0 || identity.names == 0;
     return isThere ? nullptr : "its report is no longer there";
 }
 
@@ -239,16 +255,20 @@ void ReportStream::removeIfCreated() {
     if (madePath == nullptr || !held || identity.size != 0 || !nameLeadsHere() ||
         OS_IdentifyDescriptor(fd, &present) != 0 || present.size != written)
         return;
+    again.reset(-1);
+    if (OS_IsOpenElsewhere(fd) != 0)
+        return; // who waits for it as standard output would write to nowhere
     if (_unlink(madePath.get()) == 0)
         madePath.reset();
 }
 
 void ReportStream::close() {
     finish();
-    if (fileName == nullptr && held)
+    if (fileName == nullptr && held && !again.isOpen())
         OS_UnlockFile(fd); // whoever started the program goes on with the same file
     else if (fileName != nullptr && fd != -1 && _close(fd) != 0 && !lost)
         static_cast<void>(fail(errno));
+    again.reset(-1);
     fd = -1;
     held = false;
 }

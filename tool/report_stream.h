@@ -12,6 +12,8 @@
 #include "platform/malloced.h"
 #include "platform/os.h"
 
+constexpr char kStandardOutput[] = "standard output"; // in place of a name
+
 class ReportStream {
 public:
     enum class Opened : std::uint8_t {
@@ -30,10 +32,8 @@ public:
 
     std::FILE *stream() const { return fl; }
     bool isTerminal() const { return terminal; }
-    // The log that the report would go into; null when it is none of them.
-    const ALA_name *findIn(ALA_handle_t in_handle, const ALA_name *inp_logs) const {
-        return identity.regular ? ALA__FindLog(in_handle, inp_logs, identity) : nullptr;
-    }
+    // Is the report one of the server's logs?
+    bool isLogOf(ALA_handle_t in_handle) const { return identity.regular && ALA__IsLog(in_handle, identity); }
 
     // Could something not be written?  The user was told, and nothing more is written.
     bool failed() const { return lost; }
@@ -68,9 +68,11 @@ private:
 
     std::FILE *fl = nullptr;
     int fd = -1;
+    Descriptor again;               // the same file once more: it can be read, and holds standard output
     const char *fileName = nullptr; // null: standard output
     Malloced<char> madePath;        // of the file, if this run made it
-    OS_fileIdentity identity = {};  // when it was opened
+    OS_fileIdentity identity = {};  // when it was held
+    std::int64_t safeSize = 0;      // of what is on the disk
     bool terminal = false;
     bool held = false;
     bool folderSynced = false;

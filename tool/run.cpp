@@ -131,7 +131,9 @@ class Deletion final : public ALA__deletion {
 public:
     explicit Deletion(const ReportStream &in_report) : report(in_report) {}
     const char *objection() override { return report.whyNotInPlace(); }
-    void leftAside(const char *inp_path) override { DisplayMsg(kMsgLeftAside, inp_path); }
+    void leftAside(const char *inp_path, const char *in_why) override {
+        DisplayMsg(kMsgLeftAside, inp_path, in_why);
+    }
 
 private:
     const ReportStream &report;
@@ -165,10 +167,9 @@ static ALA_retCode_t startFacility(const Options &in_options, const char *inp_lo
 static bool refuseLogAsReport(const Options &in_options, const Facility &in_facility,
                               const ReportStream &in_report) {
     const LentRights rights(in_options.acctPath2 == nullptr);
-    const ALA_name *log = in_report.findIn(in_facility.mainh, in_facility.nameList);
-    if (log == nullptr)
+    if (!in_report.isLogOf(in_facility.mainh))
         return false;
-    DisplayMsg(kMsgReportFile, in_options.ofile != nullptr ? in_options.ofile : log->logName);
+    DisplayMsg(kMsgReportFile, in_options.ofile != nullptr ? in_options.ofile : kStandardOutput);
     return true;
 }
 
@@ -252,7 +253,7 @@ static void processLogs(const Options &in_options, const Facility &in_facility, 
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (date > range.endDateVal) // the later ones are newer
             return;
-        if (mustStop(inoutp_report.stream()))
+        if (inoutp_report.failed() || mustStop(inoutp_report.stream()))
             return;
         if (date < range.startDateVal)
             continue;

@@ -67,9 +67,10 @@ static const char *difference(const char *inp_path, const ALA__readLog &in_read)
     // Of the name itself: behind a symbolic link there is another file than the one to be removed.
     if (OS_IdentifyName(inp_path, &present) != 0 || !OS_IsSameFile(present, in_read.identity))
         return "it is not the file that was read";
-    if (present.size != in_read.identity.size)
+    if (present.size != in_read.end)
         return "it is not as long as what was read of it";
-    return present.modified != in_read.identity.modified ? "it was written to since it was read" : nullptr;
+    // While it grew something else may have been written over, too.
+    return present.modified != in_read.identity.modified ? "it was written to since it was opened" : nullptr;
 }
 
 // The same before the name is moved, which is itself a change.  So is the name of its day that the server
@@ -81,7 +82,7 @@ static const char *differenceInPlace(const char *inp_path, const ALA__readLog &i
     if (OS_IdentifyDescriptor(in_read.file.get(), &present) != 0)
         return "it cannot be looked at";
     const bool sameName = std::strcmp(inp_path, in_read.path.get()) == 0;
-    return sameName && present.changed != in_read.identity.changed ? "it was changed since it was read"
+    return sameName && present.changed != in_read.identity.changed ? "it was changed since it was opened"
                                                                    : nullptr;
 }
 
@@ -89,7 +90,7 @@ static void tellLeftAside(const char *inp_path, const char *inp_aside, const cha
                           ALA__deletion &inout_deletion) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s stays under the name %s: %s", inp_path, inp_aside,
                     in_why);
-    inout_deletion.leftAside(inp_aside);
+    inout_deletion.leftAside(inp_aside, in_why);
 }
 
 static bool putBack(const char *inp_path, const char *inp_aside, ALA__deletion &inout_deletion) {
@@ -165,18 +166,22 @@ ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_dat
     return removeRead(path.get(), aside.get(), in_read, inout_deletion, outp_kept);
 }
 
-// ---- What a run that ended early left ----
+// ---- Logs under either name ----
+
+static bool isAside(std::string_view in_tail) {
+    return in_tail.ends_with(kAside) && in_tail.size() <= kLongestTail + kAside.size();
+}
 
 namespace {
 
+// What a run that ended early left.
 class LogsAside final : public EntryVisitor {
 public:
     LogsAside(const char *inp_directory, ALA__deletion &inout_deletion)
         : directory(inp_directory), deletion(inout_deletion) {}
 
     ALA_retCode_t visit(const FoundEntry &in_entry) override {
-        const std::string_view tail = in_entry.tail;
-        if (!tail.ends_with(kAside) || tail.size() > kLongestTail + kAside.size())
+        if (!isAside(in_entry.tail))
             return ALA_N_NORMAL;
         const Malloced<char> aside = ALA__PathInDirectory(directory, in_entry.name);
         const Malloced<char> path = ALA__PathInDirectory(directory, in_entry.name);
@@ -190,17 +195,17 @@ public:
 private:
     // The lock tells a run that still lives, and keeps the next one off.
     void putBackIfLeft(const char *inp_path, const char *inp_aside) {
+        OS_fileIdentity named = {};
+        if (OS_IdentifyName(inp_aside, &named) != 0 || !named.regular)
+            return; // another run has finished with it just now, or it never was a log
         const Descriptor file(SYSU_Open(inp_aside, 0));
-        if (!file.isOpen())
-            return tellLeftAside(inp_path, inp_aside, std::strerror(errno), deletion);
-        const int locked = OS_LockFile(file.get());
-        if (locked == OS_REFUSED)
+        const int locked = file.isOpen() ? OS_LockFile(file.get()) : OS_REFUSED;
+        if (locked == OS_REFUSED && errno != ENOENT)
             return tellLeftAside(inp_path, inp_aside, std::strerror(errno), deletion);
         OS_fileIdentity held = {};
-        OS_fileIdentity named = {};
-        if (locked == OS_TAKEN || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
+        if (locked != OS_DONE || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
             OS_IdentifyName(inp_aside, &named) != 0 || !OS_IsSameFile(held, named))
-            return; // another run is at it, or has finished with it just now
+            return; // another run is at it
         if (putBack(inp_path, inp_aside, deletion))
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                             "%s has its name back, which a run that ended early had taken", inp_path);
@@ -210,16 +215,46 @@ private:
     ALA__deletion &deletion;
 };
 
+class FileAmongLogs final : public EntryVisitor {
+public:
+    FileAmongLogs(const char *inp_directory, const OS_fileIdentity &in_file)
+        : directory(inp_directory), file(in_file) {}
+
+    ALA_retCode_t visit(const FoundEntry &in_entry) override {
+        if (std::strlen(in_entry.tail) > kLongestTail && !isAside(in_entry.tail))
+            return ALA_N_NORMAL;
+        const Malloced<char> path = ALA__PathInDirectory(directory, in_entry.name);
+        OS_fileIdentity log = {};
+        isFound |= path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file);
+        return ALA_N_NORMAL;
+    }
+
+    bool isFound = false;
+
+private:
+    const char *directory;
+    const OS_fileIdentity &file;
+};
+
 } // namespace
 
-void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion) {
+// What keeps the directory from being read is told by the listing.
+template <class Visitor, class Subject>
+static Visitor visitServer(ALA_handle_t in_alaHandle, Subject &inout_subject) {
     Malloced<char> path;
     const Malloced<char> prefix(_ALA_AddChar(in_alaHandle->svrName, "."));
-    if (prefix == nullptr || !ALA__ConvertPath(in_alaHandle->acctLogPath, path))
-        return; // the listing fails for the same reason, and tells
-    const Directory directory(SYSU_Opendir(path.get()));
-    if (directory == nullptr)
-        return;
-    LogsAside logs(path.get(), inout_deletion);
-    static_cast<void>(visitEntries(directory.get(), path.get(), prefix.get(), logs)); // told where it failed
+    const bool isConverted = prefix != nullptr && ALA__ConvertPath(in_alaHandle->acctLogPath, path);
+    const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
+    Visitor visitor(path.get(), inout_subject);
+    if (directory != nullptr)
+        static_cast<void>(visitEntries(directory.get(), path.get(), prefix.get(), visitor));
+    return visitor;
+}
+
+void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion) {
+    visitServer<LogsAside>(in_alaHandle, inout_deletion);
+}
+
+bool ALA__IsLog(ALA_handle_t in_alaHandle, const OS_fileIdentity &in_file) {
+    return visitServer<FileAmongLogs>(in_alaHandle, in_file).isFound;
 }

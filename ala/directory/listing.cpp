@@ -2,7 +2,6 @@
 #include "ala/directory/directory.h"
 
 #include "ala/directory/scan.h"
-#include "ala/driver.h"
 #include "ala/handle.h"
 #include "ala/trace.h"
 
@@ -208,15 +207,4 @@ ALA_retCode_t ALA_FreeNameList(ALA_name **inoutp_nameList) {
         std::free(node);
     }
     return ALA_N_NORMAL;
-}
-
-const ALA_name *ALA__FindLog(ALA_handle_t in_alaHandle, const ALA_name *inp_logs,
-                             const OS_fileIdentity &in_file) {
-    for (const ALA_name *log = inp_logs; log != nullptr; log = log->next) {
-        const Malloced<char> path = ALA__PathInDirectory(in_alaHandle->acctLogPath, log->logName);
-        OS_fileIdentity found = {};
-        if (path != nullptr && OS_IdentifyTarget(path.get(), &found) == 0 && OS_IsSameFile(found, in_file))
-            return log;
-    }
-    return nullptr;
 }

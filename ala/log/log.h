@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "ala/ala.h"
-#include "ala/log/log_input.h"
+#include "platform/os.h"
 
 struct logParams {
     std::int32_t fd;        // -1 once closed
@@ -15,7 +15,8 @@ struct logParams {
     std::int32_t todaysLog; // 0; no operation depends on it
     std::int64_t end;       // position at which the last call found the file's end; -1: it did not
     bool holdsNoRecord;     // the first call did, behind the header
-    ReadWatch watch;        // of a log that is to be deleted
+    bool isKnown;           // of a log that is to be deleted: how its file stood before it was read
+    OS_fileIdentity file;
 };
 using ALA_logParams_t = logParams;
 

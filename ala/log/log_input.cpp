@@ -4,23 +4,7 @@
 
 #include <arpa/inet.h>
 
-bool ReadWatch::begin(int in_fd) {
-    watches = OS_IdentifySettled(in_fd, &seen) == 0;
-    rewritten = false;
-    return watches;
-}
-
-void ReadWatch::lookAgain(int in_fd) {
-    if (!watches)
-        return;
-    const OS_fileIdentity before = seen;
-    watches = OS_IdentifySettled(in_fd, &seen) == 0;
-    rewritten |= seen.modified != before.modified && seen.size <= before.size;
-}
-
 bool LogInput::readBehind(void *outp_bytes, std::size_t in_size) {
-    if (watch != nullptr)
-        watch->lookAgain(fd);
     const int got = _read(fd, outp_bytes, static_cast<unsigned>(in_size));
     if (got > 0)
         taken += got;

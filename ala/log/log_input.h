@@ -24,27 +24,9 @@ using ALA_attrTag_t = attrTag;
 static_assert(sizeof(ALA_attrTag_t) == 152, "the size of a tag in the file");
 static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 
-// How the file of a log stood before the last read of it, for whoever wants to know that it still does.
-class ReadWatch {
-public:
-    // Begins to watch the file; nothing of it has been read.  False when it cannot be looked at.
-    bool begin(int in_fd);
-    void lookAgain(int in_fd);
-
-    bool sawAll() const { return watches && !rewritten; }
-    const OS_fileIdentity &lastSeen() const { return seen; }
-
-private:
-    bool watches;
-    bool rewritten; // something changed, and not by growing: perhaps what had been read already
-    OS_fileIdentity seen;
-};
-
 class LogInput {
 public:
-    // inout_watch: null for none.
-    explicit LogInput(int in_fd, ReadWatch *inout_watch = nullptr)
-        : fd(in_fd), ahead(OS_ReadAheadOf(in_fd)), watch(inout_watch) {}
+    explicit LogInput(int in_fd) : fd(in_fd), ahead(OS_ReadAheadOf(in_fd)) {}
 
     bool read(void *outp_bytes, std::size_t in_size) {
         if (ahead == nullptr || in_size == 0 || in_size > static_cast<std::size_t>(ahead->end - ahead->next))
@@ -69,7 +51,6 @@ private:
 
     int fd;
     OS_readAhead *ahead;
-    ReadWatch *watch;
     std::int64_t taken = 0;
     bool nothingLeft = false;
 };

@@ -122,9 +122,9 @@ static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, A
                                                     : openHeld(in_handle, inp_date, in_hold, file);
     if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
         return opened;
-    ReadWatch watch = {};
-    if (in_hold != nullptr)
-        static_cast<void>(watch.begin(file.descriptor.get())); // or the log will not be deleted
+    // Whatever is written from here on will show.
+    OS_fileIdentity identity = {};
+    const bool isKnown = in_hold != nullptr && OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
 
     std::int32_t accessOK = 0;
     std::uint32_t verNum = 0;
@@ -147,7 +147,8 @@ static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, A
             .todaysLog = 0,
             .end = -1,
             .holdsNoRecord = false,
-            .watch = watch};
+            .isKnown = isKnown,
+            .file = identity};
     *outp_logHandle = log.release();
     return ALA_N_NORMAL;
 }
@@ -191,10 +192,10 @@ bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log) {
 const char *ALA__KeepRead(ALA_acctLogHandle_t in_log, ALA__readLog &outp_read) {
     if (in_log->end < 0)
         return "it was not read to its end";
-    if (!in_log->watch.sawAll())
-        return "it was written to while it was read";
-    outp_read.identity = in_log->watch.lastSeen();
-    outp_read.identity.size = in_log->end;
+    if (!in_log->isKnown)
+        return "its file cannot be identified";
+    outp_read.identity = in_log->file;
+    outp_read.end = in_log->end;
     outp_read.path.reset(_strdup(in_log->logName));
     outp_read.file.reset(_dup(in_log->fd));
     return outp_read.path != nullptr && outp_read.file.isOpen() ? nullptr : "its file cannot be kept open";

@@ -222,7 +222,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t
     if (log == nullptr || log->pid != ALA__CurrentPid())
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.invalidHandle);
 
-    LogInput in(log->fd, &log->watch);
+    LogInput in(log->fd);
     OwnedRecord read;
     const ALA_retCode_t result = readRecord(in, log->verNum, in_rules, read);
     log->end = in.metEnd() && in.consumed() == 0 ? _lseek(log->fd, 0, SEEK_CUR) : -1;

@@ -15,9 +15,12 @@
 #include "platform/os.h"
 
 constexpr std::int64_t kSecond = 1'000'000'000;
-constexpr std::int64_t kTimeStep = kSecond / 50; // twice the longest that file times are known to advance by
-constexpr int kLooks = 3;                        // at a file that changes all the time
-constexpr int kLinks = 40;                       // that a path may lead through, as for the kernel
+// Twice the steps by which file times advance: of the kernel's clock, and where a file system keeps no
+// fractions.
+constexpr std::int64_t kFineStep = kSecond / 50;
+constexpr std::int64_t kCoarseStep = 4 * kSecond;
+constexpr int kLooks = 3;  // at a file that changes all the time
+constexpr int kLinks = 40; // that a path may lead through, as for the kernel
 
 // ---- Identity ----
 
@@ -58,10 +61,12 @@ int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity) {
         std::timespec now = {}; // before the file is looked at: what changes behind the look has a later time
         if (clock_gettime(CLOCK_REALTIME, &now) != 0 || OS_IdentifyDescriptor(in_fd, outp_identity) != 0)
             return -1;
+        const bool isCoarse = outp_identity->modified % kSecond == 0 && outp_identity->changed % kSecond == 0;
+        const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
         const std::int64_t age = nanoseconds(now) - outp_identity->changed;
-        if (age > kTimeStep || age < -kTimeStep) // or by another clock than this machine's
+        if (age > step || age < -step) // or by another clock than this machine's
             return 0;
-        OS_Sleep(static_cast<int>(kTimeStep / 1'000'000));
+        OS_Sleep(static_cast<int>(step / 1'000'000));
     }
     return OS_IdentifyDescriptor(in_fd, outp_identity);
 }
@@ -82,6 +87,13 @@ int OS_HoldAgainstWriters(int in_fd) {
     if (fcntl(in_fd, F_SETLEASE, static_cast<long>(F_RDLCK)) == 0)
         return OS_DONE;
     return errno == EAGAIN ? OS_TAKEN : OS_REFUSED;
+}
+
+int OS_IsOpenElsewhere(int in_fd) {
+    if (fcntl(in_fd, F_SETLEASE, static_cast<long>(F_WRLCK)) != 0)
+        return errno == EAGAIN ? 1 : 0;
+    static_cast<void>(fcntl(in_fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // it was to tell, not to hold
+    return 0;
 }
 
 // ---- Names ----
@@ -136,17 +148,16 @@ int OS_OpenToAppend(const char *inp_path, char **outp_made) {
 
 // ---- Contents ----
 
-int OS_LastByte(int in_fd) {
-    // A descriptor that only writes can be opened once more by whoever may read the file.
+int OS_OpenAgain(int in_fd) {
     char path[64];
     std::snprintf(path, sizeof path, "/proc/self/fd/%d", in_fd);
     const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
-    if (fd == -1)
-        return -1;
+    return fd != -1 ? fd : open(path, O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
+}
+
+int OS_LastByte(int in_fd) {
     unsigned char last = 0;
-    const bool found = lseek(fd, -1, SEEK_END) >= 0 && read(fd, &last, 1) == 1;
-    static_cast<void>(close(fd)); // only read from: nothing can be lost
-    return found ? last : -1;
+    return lseek(in_fd, -1, SEEK_END) >= 0 && read(in_fd, &last, 1) == 1 ? last : -1;
 }
 
 int OS_CutFile(int in_fd, std::int64_t in_size) {

@@ -9,7 +9,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+constexpr long kAtOnce = 50'000'000; // nanoseconds within which a second signal is part of the first
+
 static volatile std::sig_atomic_t notedSignal = 0;
+static std::timespec notedAt; // the handler's own
 
 void OS_PrepareProcess() {
     for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
@@ -35,9 +38,14 @@ static void endBy(int in_signal) {
 }
 
 static void note(int in_signal) {
-    if (notedSignal != 0)
+    std::timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    if (notedSignal == 0) {
+        notedSignal = in_signal;
+        notedAt = now;
+    } else if ((now.tv_sec - notedAt.tv_sec) * 1'000'000'000 + now.tv_nsec - notedAt.tv_nsec > kAtOnce) {
         endBy(in_signal);
-    notedSignal = in_signal;
+    }
 }
 
 void OS_NoteEndSignals() {
@@ -45,6 +53,8 @@ void OS_NoteEndSignals() {
         struct sigaction before = {};
         struct sigaction noting = {};
         noting.sa_handler = note; // and without SA_RESTART, so that a call that waits comes back
+        for (const int other : {SIGINT, SIGTERM, SIGHUP})
+            sigaddset(&noting.sa_mask, other);
         if (sigaction(asking, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
             static_cast<void>(sigaction(asking, &noting, nullptr)); // the arguments are valid
     }
