@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 
+#include "ala/access/acl.h"
 #include "ala/access/domain.h"
 #include "tests/support/facility.h"
 
@@ -54,6 +55,7 @@ TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
         {"case of name and domain", {text("ALICE"), {text("corp"), nt}, 1}, kAdmitted},
         {"other domain", {text("alice"), {text("OTHER"), nt}, 1}, kRefused},
         {"name in Latin-1", {latin1Text("\xC4nne"), {text("CORP"), nt}, 1}, kAdmitted, "\xC3\x84nne"},
+        {"NUL in the name", {text(Bytes("alice\0b", 7)), {text("CORP"), nt}, 1}, ALA_A_ODPUNPACK_ERROR},
         {"name type 3", {text("alice"), {text("CORP"), nt}, 3}, kRefused},
         {"any user without a name", {none, {text("CORP"), nt}, 0}, kAdmitted},
         {"any user of another domain", {text("alice"), {text("OTHER"), nt}, 0}, kRefused},
@@ -129,6 +131,15 @@ TEST_F(Access, DomainsMatchBySuffixOrWhole) {
             EXPECT_THAT(lines[0], testing::HasSubstr(std::string("matched ") + c.trace));
         }
     }
+}
+
+TEST_F(Access, CredentialWithoutAUserIsRefused) {
+    const ALA_credential_t nobody = {};
+    GEN_eACL everybody = {};
+    everybody.name.choice = everybody.domain.name.choice = GEN_ISO_646_IRV;
+    ALA_groupSIDList *groups = nullptr;
+    EXPECT_EQ(ALA__MSACLMatch(StatusList(), &everybody, &nobody, &groups), 1);
+    EXPECT_THAT(takeLog(), ElementsAre("ALA__MSACLMatch: Invalid user name in credential: 0"));
 }
 
 TEST_F(Access, GroupEntryAdmitsMembers) {
@@ -242,8 +253,7 @@ TEST_F(Access, MachinesDomainIsItsLanGroupWhereTheNetworkLogonRuns) {
     };
     const char *const noInfo = "SEC_GetDefaultDomain: NetWkstaGetInfo failed";
     const char *const unread =
-        "TOnceGetDomainName: the registry cannot be read, error 1015; the machine has no "
-        "domain";
+        "TOnceGetDomainName: the registry cannot be read, error 1015; the machine has no domain";
     const struct {
         const char *label;
         std::string registry, domain;
@@ -253,11 +263,13 @@ TEST_F(Access, MachinesDomainIsItsLanGroupWhereTheNetworkLogonRuns) {
         {"group", group("L\xC3\xBCneburg"), "L\u00FCneburg"},
         {"group, lent rights", group("LAN"), "LAN", "", "", true},
         {"longest", group(std::string(1024, 'x')), std::string(1024, 'x')},
+        {"bytes that are no UTF-8", group("B\xFF\xC3\xF0\x9F\x98\x80"), "B\xFF\xC3\xF0\x9F\x98\x80"},
         {"too long", group(std::string(1025, 'x')), ""},
         {"no library", group("LAN"), "", "", "netapi32.dll"},
         {"no function", group("LAN"), "", "", "NetWkstaGetInfo"},
         {"no other function", group("LAN"), "", "", "NetApiBufferFree"},
         {"no group", runs, "", noInfo},
+        {"a number as group", group("").substr(0, group("").size() - 2) + "dword:1", "", noInfo},
         {"no logon", "REGEDIT4\n", "MACHINE"},
         {"no flags", key + "Enum\\Root\\LEGACY_NETLOGON\\0000]\n", "MACHINE", "", "", true},
         {"other flags", logon + "dword:9\n", "MACHINE", "", "", true},

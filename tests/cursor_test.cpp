@@ -13,11 +13,13 @@ class Cursor : public Facility {
 protected:
     ~Cursor() override { ALA_FreeJobRecord(&job); }
 
-    // The names a, b, c, ... of a table of its own stand for 1.2.1, 1.2.2, 1.2.3, ...
+    // The names a, b, c, ... of a table of its own stand for 1.2.1, 1.2.2, 1.2.3, ... and two long ones
+    // behind them.
     void SetUp() override {
         std::string table;
         for (char name = 'a'; name <= 'h'; name++)
             table += "1.2." + std::to_string(name - 'a' + 1) + "\t0\t00\t" + name + '\n';
+        table += "1.2.9\t0\t00\t" + longName + "\n1.2.10\t0\t00\t" + longestName + '\n';
         writeFile(root.oids() / "oids", table);
         writeFile(root.oids() / "oids.de", "1.2.1\tgerman-a\n");
         registerAnew();
@@ -81,6 +83,7 @@ protected:
     }
 
     ALA_record_t job = nullptr;
+    const std::string longName = std::string(32, 'l'), longestName = std::string(255, 'm');
 };
 
 TEST_F(Cursor, CountsBoundEveryWalk) {
@@ -162,9 +165,36 @@ TEST_F(Cursor, NamesFollowTheLocale) {
     load(2, 2, 0);
     EXPECT_EQ(names(1, "de_DE.UTF-8"), "b german-a");
     EXPECT_EQ(names(1, "C"), "b a");
+    EXPECT_EQ(walkJob(), "a=1 b=2 #17") << "remembered";
+    ALA_attrPair *pair = nullptr;
+    for (const char *locale : {"de", static_cast<const char *>(nullptr)}) { // which stays in force
+        EXPECT_EQ(ALA_GetFirstAttrFromJob(handle, &job, locale, &pair), ALA_N_NORMAL);
+        EXPECT_EQ(takeText(pair), "german-a=1");
+    }
     EXPECT_EQ(names(3), "code 31");
     writeFile(root.oids() / "oids.xx", "broken\n");
     EXPECT_EQ(names(1, "xx"), "code 4");
+}
+
+TEST_F(Cursor, NamesOfAnyNumberAndLengthAreDelivered) {
+    for (const std::size_t last : {1, 2}) { // the records differ in their last attribute, far behind
+        Job made;
+        std::string walked, listed;
+        for (std::size_t i = 0; i < 300; i++) {
+            const std::size_t name = i < 299 ? i % 10 + 1 : last;
+            made.attribute("1.2." + std::to_string(name), INTEGER, {packInt(7)});
+            const std::string shown = name == 10  ? longestName
+                                      : name == 9 ? longName
+                                                  : std::string(1, static_cast<char>('a' + name - 1));
+            walked += shown + "=7 ";
+            listed = shown + (i > 0 ? ' ' + listed : "");
+        }
+        load(made);
+        for (const char *round : {"looked up", "remembered"}) {
+            EXPECT_EQ(walkJob(), walked + "#17") << round;
+            EXPECT_EQ(names(1), listed) << round;
+        }
+    }
 }
 
 TEST_F(Cursor, MissingRecordsAreRefused) {

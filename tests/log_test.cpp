@@ -51,6 +51,9 @@ TEST_F(Log, EntryIsOneLineWithItsPlaceWhateverItsText) {
 TEST_F(Log, PiecesMakeAnEntryOnlyBetweenStartAndEnd) {
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, "f.cpp", 3, 0), 0);
     LOG_CondAdd("prefix: ");
+    const std::string piece(700, 'x'), longPiece(5000, 'y'); // which outgrow the room of an entry
+    for (const std::string &text : {piece, piece, longPiece})
+        LOG_CondAdd("%s", text.c_str());
     LOG_CondAdd("text %d.\n", 7);
     LOG_EndMessage();
     LOG_CondAdd("outside");
@@ -59,7 +62,7 @@ TEST_F(Log, PiecesMakeAnEntryOnlyBetweenStartAndEnd) {
     LOG_CondAdd("unwanted");
     LOG_EndMessage();
     const std::string log = takeLog();
-    EXPECT_TRUE(log.ends_with("f.cpp:3: prefix: text 7.\n")) << log;
+    EXPECT_TRUE(log.ends_with("f.cpp:3: prefix: " + piece + piece + longPiece + "text 7.\n")) << log;
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
 }
 
@@ -128,6 +131,8 @@ TEST(Message, FormatsFollowPrintf) {
     char buffer[16];
     EXPECT_EQ(formatList(buffer, "%2$s-%1$03d", 8, "y"), 5);
     EXPECT_STREQ(buffer, "y-008");
+    EXPECT_EQ(MSG_sprintf(buffer, "%s=%d", "a", 7), 3);
+    EXPECT_STREQ(buffer, "a=7");
     std::FILE *full = std::fopen("/dev/full", "w");
     std::setvbuf(full, nullptr, _IONBF, 0);
     EXPECT_LT(MSG_fprintf(full, "%s%s", "a", "b"), 0);

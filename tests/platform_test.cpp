@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
+#include <thread>
 #include <vector>
 
 #include <fcntl.h>
@@ -13,6 +14,7 @@
 #include "platform/posix/account.h"
 #include "platform/posix/groups.h"
 #include "platform/posix/sid.h"
+#include "service/thread.h"
 #include "tests/support/temp_dir.h"
 
 class ReadAheadFile : public testing::Test {
@@ -160,4 +162,11 @@ TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
     EXPECT_EQ(_putenv("QV_TEST_VARIABLE="), 0);
     EXPECT_EQ(getenv("QV_TEST_VARIABLE"), nullptr);
     EXPECT_EQ(_putenv("=x"), -1);
+}
+
+TEST(Threads, EndOfAThreadCallsItsFunctionOnce) {
+    static int ended = 0;
+    ThreadsEnd end([](void *inp_count) { ++*static_cast<int *>(inp_count); });
+    std::thread([&] { EXPECT_TRUE(end.enter(&ended) && end.enter(&ended)); }).join();
+    EXPECT_EQ(ended, 1);
 }

@@ -175,23 +175,3 @@ TEST_F(RegistryFile, LimitsOfTheBuffersCountTheTerminator) {
     write(kOld + (kKey + "\"x"s + longest + "\"=\"\"\n"));
     EXPECT_EQ(list("SOFTWARE\\Key"), "enum 234");
 }
-
-TEST_F(RegistryFile, LanGroupIsTheNetworksDomain) {
-    constexpr char kGroup[] = "B\xC3\xBCro\xFF\xC3\xF0\x9F\x98\x80"; // two of its bytes are no UTF-8
-    const std::string head =
-        "REGEDIT4\n"
-        "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters]\n";
-    BYTE *buffer = nullptr;
-    write(head + "\"LanGroup\"=dword:1\n");
-    EXPECT_NE(NetWkstaGetInfo(nullptr, 101, &buffer), 0U);
-    write(head + "\"LanGroup\"=\"" + kGroup + "\"\n");
-    ASSERT_EQ(NetWkstaGetInfo(nullptr, 101, &buffer), 0U);
-    const wchar_t *wide = reinterpret_cast<WKSTA_INFO_101 *>(buffer)->wki101_langroup;
-    char text[32] = "";
-    const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, -1, nullptr, 0, nullptr, nullptr);
-    ASSERT_EQ(size, static_cast<int>(sizeof kGroup));
-    EXPECT_EQ(WideCharToMultiByte(CP_OEMCP, 0, wide, -1, text, size - 1, nullptr, nullptr), 0);
-    EXPECT_EQ(WideCharToMultiByte(CP_OEMCP, 0, wide, -1, text, size, nullptr, nullptr), size);
-    EXPECT_STREQ(text, kGroup);
-    NetApiBufferFree(buffer);
-}

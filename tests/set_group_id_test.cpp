@@ -41,7 +41,7 @@ protected:
             statvfs(system.root.path().c_str(), &here) != 0 || (here.f_flag & ST_NOSUID) != 0)
             GTEST_SKIP() << "needs root, two accounts and set-group-id programs";
         makeEtc();
-        if (system.run({"-V"}, {.etc = system / "etc"}).status == kNoNamespace)
+        if (system.run({"-V"}, {.mounted = {system / "etc", "/etc"}}).status == kNoNamespace)
             GTEST_SKIP() << "needs a mount namespace";
         caller = getpwuid(kCaller)->pw_name;
         fs::copy_file(QVLEDGER_BINARY, system / "qvledger");
@@ -81,7 +81,7 @@ protected:
     ToolResult run(const std::vector<std::string> &in_arguments,
                    const std::vector<std::pair<std::string, std::string>> &in_environment = {}) {
         return system.run(in_arguments, {.environment = in_environment,
-                                         .etc = system / "etc",
+                                         .mounted = {system / "etc", "/etc"},
                                          .user = kCaller,
                                          .program = system / "qvledger"});
     }

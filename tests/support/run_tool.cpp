@@ -34,9 +34,9 @@ PrintSystem::PrintSystem() : root(folder / "root") {
     for (const int fd : in_run.closed)
         close(fd);
     alarm(kLongestRun);
-    if (!in_run.etc.empty() &&
+    if (!in_run.mounted.first.empty() &&
         (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-         mount(in_run.etc.c_str(), "/etc", nullptr, MS_BIND, nullptr) != 0))
+         mount(in_run.mounted.first.c_str(), in_run.mounted.second.c_str(), nullptr, MS_BIND, nullptr) != 0))
         _exit(kNoNamespace);
     if (in_run.user != 0 &&
         (setgroups(0, nullptr) != 0 || setgid(in_run.user) != 0 || setuid(in_run.user) != 0))

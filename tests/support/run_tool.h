@@ -26,8 +26,9 @@ struct ToolRun {
     int output = -1;              // a descriptor for the standard output; -1: it is collected
     int error = -1;               // the same for the standard error stream
     std::vector<int> closed = {}; // standard streams that are closed at the start
-    std::string etc = "";         // a folder in the place of /etc, in a mount namespace of the run's own
-    uid_t user = 0;               // a user to change to, with the group of the same number; 0: none
+    // A folder in the place of another one, in a mount namespace of the run's own.
+    std::pair<std::string, std::string> mounted = {};
+    uid_t user = 0; // a user to change to, with the group of the same number; 0: none
     std::string program = QVLEDGER_BINARY;
     bool traced = false; // by this process; it stops at its start
 };
