@@ -84,20 +84,15 @@ TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
     });
     const std::string left =
         path("current").string() + " is left out: the time of its last change is off the calendar";
-    const std::pair<std::int64_t, const char *> cases[] = {
-        {-62135596801, nullptr}, {-62135596800, "1-1-1"},      {253402300799, "9999-12-31"},
-        {253402300800, nullptr}, {6'776'645'932'800, nullptr}, {INT64_MAX, nullptr}};
-    for (const auto &[time, date] : cases) {
+    for (const std::int64_t time : {-62135596800, 253402300799}) {
         changed = time;
-        const std::vector<std::string> listed = list();
-        EXPECT_EQ(listed.size(), date != nullptr ? 2U : 1U) << time;
-        if (date != nullptr) {
-            EXPECT_THAT(listed, testing::Contains(std::string(date) + " alpha.current"));
-            continue;
-        }
-        EXPECT_THAT(takeLog(), ElementsAre(left));
+        EXPECT_EQ(list().size(), 2U) << time;
+    }
+    for (const std::int64_t time : {-62135596801, 253402300800, 6'776'645'932'800, INT64_MAX}) {
+        changed = time;
         EXPECT_EQ(oldest(), "20010102 alpha.20010102");
-        EXPECT_THAT(takeLog(), ElementsAre(left));
+        EXPECT_THAT(list(), ElementsAre("2001-1-2 alpha.20010102"));
+        EXPECT_THAT(takeLog(), ElementsAre(left, left)) << time;
     }
 }
 

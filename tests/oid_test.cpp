@@ -172,13 +172,10 @@ TEST_F(OidDatabase, LocaleRenames) {
     const std::pair<std::string, const char *> cases[] = {{"de_DE.UTF-8", "Auftrag"},
                                                           {"de_CH.UTF-8@euro", "Uftrag"},
                                                           {"fr_FR", "job"},
-                                                          {"de_DE@euro", "Auftrag"},
                                                           {"C", "job"},
                                                           {"de_CH", "Uftrag"},
                                                           {"/evil", "job"},
                                                           {"de", "Auftrag"},
-                                                          {"C.UTF-8", "job"},
-                                                          {"de_AT", "Auftrag"},
                                                           {"", "job"},
                                                           {"../de", "job"}};
     for (const auto &[locale, name] : cases) {

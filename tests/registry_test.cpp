@@ -118,15 +118,12 @@ TEST_F(RegistryFile, MalformedLineFailsEveryOpenAndIsReported) {
         {kNew + "\"a\"=\"b\""s, ":2: value outside a key"},
         {kNew + "[HKEY_LOCAL_MACHINE\\A"s, ":2: malformed key"},
         {kNew + "[HKEY_LOCAL_MACHINE\\A\\\\B]"s, ":2: malformed key"},
-        {kNew + "[-HKEY_LOCAL_MACHINE\\A]"s, ":2: malformed key"},
         {kNew + "[HKEY_LOKAL_MACHINE\\A]"s, ":2: malformed key"},
         {kOld + (kKey + "\"a=\"b\""s), ":3: malformed line"},
         {kOld + (kKey + "\"a\"=\"b\0\""s), ":3: malformed line"},
         {kOld + (kKey + "\n\"a\"=\"b\n"s), ":4: malformed value"},
         {kOld + (kKey + "\"a\"=\"C:\\d\""s), ":3: malformed value"},
-        {kOld + (kKey + "\"a\"=\"b\" c"s), ":3: malformed value"},
         {kOld + (kKey + "\"a\"=dword:123456789"s), ":3: malformed value"},
-        {kOld + (kKey + "\"a\"=hex:41 42"s), ":3: malformed value"},
         {kOld + (kKey + "\"a\"=hex(:41"s), ":3: malformed value"},
         {kOld + (kKey + "\"a\"=hex:41,\\"s), ":3: malformed value"},
         {kOld + (kKey + "\"a\"=hex:41,\\\n42,\\\n4x"s), ":5: malformed value"},
@@ -166,12 +163,4 @@ TEST_F(RegistryFile, FileThatCannotBeReadIsReported) {
     write(kOld);
     ASSERT_EQ(truncate(path.c_str(), (64 << 20) + 1), 0);
     expectRefused("larger than 64 MiB");
-}
-
-TEST_F(RegistryFile, LimitsOfTheBuffersCountTheTerminator) {
-    const std::string longest(259, 'x');
-    write(kOld + (kKey + ("\"" + longest + "\"=\"" + longest + "\"\n\"a\"=\"x" + longest + "\"\n")));
-    EXPECT_EQ(list("SOFTWARE\\Key"), longest + ":1:" + longest + "\0;enum 234"s);
-    write(kOld + (kKey + "\"x"s + longest + "\"=\"\"\n"));
-    EXPECT_EQ(list("SOFTWARE\\Key"), "enum 234");
 }

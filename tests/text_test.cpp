@@ -32,14 +32,12 @@ TEST(Convert, EachCodeSetGivesUtf8) {
     } cases[] = {
         {"ASCII with other bytes", 3, "a\xE4\xF6z", "a??z"},
         {"Latin-1 up to its NUL", 4, "M\xFCller\x80\0b"s, "M\u00FCller\u0080"},
-        {"ISO 8859-15", 111, "\xA4", "\u20AC"},
         {"T.61 with a diacritic", 76, "M\xC8uller", "M\u00FCller"},
         {"T.61 lacks some of ASCII", 76, "a\\b{", "a?b?"},
         {"UTF-8", 106, "\xE2\x82\xAC \xF0\x9F\x98\x80", "\u20AC \U0001F600"},
         {"UTF-8, wrong bytes", 106, "a\xE4\xFFz\xBF\xBF", "a??z??"},
         {"UTF-8, cut", 106, "\xE2\x82z\xF0\x9F\x98\xE2\x82", "?z??"},
         {"UTF-8, no characters", 106, "\xC0\xAF\xED\xA0\x80z\xF4\x90\x80\x80\xF8\x88\x80\x80\x80", "??z??"},
-        {"UTF-8, a fault behind much", 106, std::string(5000, 'x') + "\xFF", std::string(5000, 'x') + "?"},
         {"Shift JIS", 17, "\x83\x65", "\u30C6"},
         {"Shift JIS, no character, cut", 17, "\x81\xADz\x83", "?z?"},
         {"EUC-JP, cut in three places", 18, "\x8F\xA1z\xA4z\x8F\xA1", "?z?z?"},
@@ -55,7 +53,6 @@ TEST(Convert, EachCodeSetGivesUtf8) {
         {"windows-1252, one no character", 2252, "\x80\x93\x81z", "\u20AC\u201C?z"},
         {"windows-1258, what the converter holds comes at the end", 2258, "ab\xE2", "ab\u00E2"},
         {"windows-1258, and before a fault", 2258, "\xE2\xD2z\xE2\x8A", "\u1EA9z\u00E2?"},
-        {"unknown code set", 9999, "a\x80\xFFz", "a??z"},
         {"nothing", 1000, "", ""},
     };
     for (const auto &row : cases) {
