@@ -2,10 +2,10 @@
 // Whatever the moment, no record may be lost.
 //
 //     stops [STEP]      stops at each STEP-th call (1)
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <set>
 #include <sstream>
 
@@ -16,60 +16,39 @@
 #include <unistd.h>
 
 #include "tests/support/run_tool.h"
-#include "trials/tracing.h"
 
 using namespace samples;
 namespace fs = std::filesystem;
 using Numbers = std::set<int>;
 
-constexpr int kSkipped = 77;                              // where nobody may trace
+constexpr int kSkipped = 77, kNotTraced = 125;
 constexpr const char *kDays[] = {"19990301", "19990302"}; // of records 1 to 3, and 4 to 6
-constexpr int kFresh = 7;                                 // first of three records of another log
-
-static Bytes logFrom(int in_first) {
-    Log log;
-    for (int number = in_first; number < in_first + 3; ++number)
-        log.job(jobOf({{"job-name", {"record-" + std::to_string(number)}}}));
-    return log.bytes();
-}
-
-static Numbers numbersIn(const std::string &in_bytes) {
-    Numbers found;
-    for (int number = 1; number < kFresh + 3; ++number)
-        if (in_bytes.find("record-" + std::to_string(number)) != in_bytes.npos)
-            found.insert(number);
-    return found;
-}
+constexpr int kFresh = 7, kEnd = 11;                      // records of another log, which is longer
 
 namespace {
 
+enum Act { kAgain, kElsewhere, kInVain, kReplace, kOverwrite, kRemoveReport, kKill, kTerminate, kActs };
+constexpr const char *kLabels[kActs] = {"a second run",
+                                        "a second run with another report",
+                                        "a run for nothing",
+                                        "another log in its place",
+                                        "the log overwritten",
+                                        "the report removed",
+                                        "a kill",
+                                        "a request to end"};
+
 class Stops {
 public:
-    using Act = void (Stops::*)(pid_t in_run, long in_call);
-    struct Case {
-        const char *label;
-        Act act;
-        bool mayRepeat; // a log that stays, or whose run was killed, is reported again
-    };
-
-    void runAgain(pid_t, long) { start({"-d", "-o", report, "alpha"}); }
-    void runElsewhere(pid_t, long) { start({"-d", "-o", other, "alpha"}); }
-    void runInVain(pid_t, long) { start({"-s", "20300101", "-o", report, "alpha"}); }
-    void replaceLog(pid_t, long);
-    void overwriteLog(pid_t, long);
-    void removeReport(pid_t, long in_call);
-    void killRun(pid_t in_run, long) { kill(in_run, SIGKILL); }
-    void endRun(pid_t in_run, long) { kill(in_run, SIGTERM); }
-
-    bool stopAt(const Case &in_case, unsigned in_number);
+    // False when the run has fewer calls.
+    bool stopAt(Act in_act, unsigned in_number);
     unsigned stops = 0, faults = 0;
+    bool mayTrace = true;
 
 private:
+    void act(Act in_act, pid_t in_run, bool in_deletesNext);
     void start(const std::vector<std::string> &in_arguments);
-    Numbers inLogs() const;
-    Numbers inReports(bool *outp_twice) const;
-    void drop(const Numbers &in_numbers);
-    void judge(const Case &in_case, unsigned in_number, long in_call, const char *in_when);
+    Numbers inLogs(const char *in_ending) const;
+    void judge(Act in_act, unsigned in_number, const char *in_when);
 
     PrintSystem system;
     const std::string report = system / "report", other = system / "other";
@@ -79,6 +58,29 @@ private:
 
 } // namespace
 
+static Bytes logOf(int in_first, int in_end) {
+    Log log;
+    for (int number = in_first; number < in_end; ++number)
+        log.job(jobOf({{"job-name", {"record-" + std::to_string(number) + '.'}}}));
+    return log.bytes();
+}
+
+static Numbers numbersIn(const std::string &in_bytes) {
+    Numbers found;
+    for (int number = 1; number < kEnd; ++number)
+        if (in_bytes.find("record-" + std::to_string(number) + '.') != in_bytes.npos)
+            found.insert(number);
+    return found;
+}
+
+Numbers Stops::inLogs(const char *in_ending) const {
+    Numbers found;
+    for (const auto &entry : fs::directory_iterator(system.root.logs()))
+        if (entry.path().string().ends_with(in_ending))
+            found.merge(numbersIn(readFile(entry.path())));
+    return found;
+}
+
 // Another run, for as long as it is not held up by the stopped one.
 void Stops::start(const std::vector<std::string> &in_arguments) {
     beside = system.start(in_arguments);
@@ -86,125 +88,114 @@ void Stops::start(const std::vector<std::string> &in_arguments) {
         usleep(1000);
 }
 
-Numbers Stops::inLogs() const {
-    Numbers found;
-    for (const auto &entry : fs::directory_iterator(system.root.logs()))
-        found.merge(numbersIn(readFile(entry.path())));
-    return found;
+// What the other program destroys itself is not the run's to keep.
+void Stops::act(Act in_act, pid_t in_run, bool in_deletesNext) {
+    const fs::path log = system.log(kDays[0]);
+    const auto drop = [&](const Numbers &numbers) {
+        std::erase_if(wanted, [&](int number) { return numbers.contains(number); });
+    };
+    if (in_act == kAgain || in_act == kElsewhere)
+        start({"-d", "-o", in_act == kAgain ? report : other, "alpha"});
+    if (in_act == kInVain)
+        start({"-s", "20300101", "-o", report, "alpha"});
+    if (in_act == kReplace) {
+        drop(numbersIn(readFile(log)));
+        writeFile(system / "fresh", logOf(kFresh, kEnd));
+        fs::rename(system / "fresh", log);
+        wanted.merge(numbersIn(logOf(kFresh, kEnd)));
+    }
+    // Where it is gone, or held against writers, nothing happens.
+    if (const int fd = in_act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
+        drop(numbersIn(readFile(log)));
+        const Bytes fresh = logOf(kFresh, kEnd);
+        if (write(fd, fresh.data(), fresh.size()) == static_cast<ssize_t>(fresh.size()))
+            wanted.merge(numbersIn(fresh));
+        close(fd);
+    }
+    // With it go the lines of logs that are gone, and of the one that goes next: to ask whether the report is
+    // there and to remove a log are two calls.
+    if (in_act == kRemoveReport) {
+        const Numbers left = inLogs("");
+        std::erase_if(wanted, [&](int number) { return !left.contains(number); });
+        if (in_deletesNext)
+            drop(inLogs(".being-deleted"));
+        fs::remove(report);
+    }
+    if (in_act == kKill || in_act == kTerminate)
+        kill(in_run, in_act == kKill ? SIGKILL : SIGTERM);
 }
 
-Numbers Stops::inReports(bool *outp_twice) const {
-    Numbers found;
+void Stops::judge(Act in_act, unsigned in_number, const char *in_when) {
+    bool twice = false;
+    Numbers kept;
     std::istringstream lines(readFile(report) + readFile(other));
     for (std::string line; std::getline(lines, line);)
         for (const int number : numbersIn(line))
-            if (line == "record-" + std::to_string(number))
-                *outp_twice |= !found.insert(number).second;
-    return found;
-}
-
-// What the other program destroyed itself is not the run's to keep.
-void Stops::drop(const Numbers &in_numbers) {
-    for (const int number : in_numbers)
-        wanted.erase(number);
-}
-
-void Stops::replaceLog(pid_t, long) {
-    drop(numbersIn(readFile(system.log(kDays[0]))));
-    writeFile(system / "fresh", logFrom(kFresh));
-    fs::rename(system / "fresh", system.log(kDays[0]));
-    wanted.merge(numbersIn(logFrom(kFresh)));
-}
-
-void Stops::overwriteLog(pid_t, long) {
-    const int fd = open(system.log(kDays[0]).c_str(), O_WRONLY | O_NONBLOCK);
-    if (fd == -1)
-        return; // it is gone, or held against writers
-    drop(numbersIn(readFile(system.log(kDays[0]))));
-    const Bytes fresh = logFrom(kFresh);
-    if (pwrite(fd, fresh.data(), fresh.size(), 0) == static_cast<ssize_t>(fresh.size()))
-        wanted.merge(numbersIn(fresh));
-    close(fd);
-}
-
-// The lines of logs that are gone already go with it; so do those of the log whose deletion is the next call,
-// for nothing can be asked and done in one.
-void Stops::removeReport(pid_t, long in_call) {
-    Numbers safe = inLogs();
-    if (in_call == SYS_unlink)
-        for (const auto &entry : fs::directory_iterator(system.root.logs()))
-            if (entry.path().extension() == ".being-deleted")
-                for (const int number : numbersIn(readFile(entry.path())))
-                    safe.erase(number);
-    std::erase_if(wanted, [&](int number) { return !safe.contains(number); });
-    fs::remove(report);
-}
-
-void Stops::judge(const Case &in_case, unsigned in_number, long in_call, const char *in_when) {
-    bool twice = false;
-    Numbers kept = inReports(&twice);
-    kept.merge(inLogs());
-    std::string wrong;
-    for (const int number : wanted)
-        if (!kept.contains(number))
-            wrong += " record " + std::to_string(number) + " is lost;";
-    if (twice && !in_case.mayRepeat)
-        wrong += " a line stands twice;";
-    if (wrong.empty())
+            if (line == "record-" + std::to_string(number) + '.')
+                twice |= !kept.insert(number).second;
+    kept.merge(inLogs(""));
+    const bool holds = std::includes(kept.begin(), kept.end(), wanted.begin(), wanted.end());
+    const bool repeats = twice && in_act <= kInVain; // elsewhere a log that stays is reported again
+    if (holds && !repeats)
         return;
     ++faults;
-    std::printf("FAULT: %s in front of call %u (number %ld), %s:%s\n", in_case.label, in_number, in_call,
-                in_when, wrong.c_str());
+    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[in_act], in_number, in_when,
+                holds ? "a line stands twice" : "a record is lost");
 }
 
-// False when the run has fewer calls.
-bool Stops::stopAt(const Case &in_case, unsigned in_number) {
-    fs::remove(report);
-    fs::remove(other);
-    fs::remove_all(system.root.logs());
+// Lets a run that stands at its start go on to a call, and gives that call's number; -1 when it ends before.
+static long runToCall(pid_t in_run, unsigned in_number, int *outp_status) {
+    unsigned calls = 0;
+    waitpid(in_run, outp_status, 0);
+    ptrace(PTRACE_SETOPTIONS, in_run, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    while (!WIFEXITED(*outp_status) && !WIFSIGNALED(*outp_status)) {
+        __ptrace_syscall_info info = {};
+        if (WSTOPSIG(*outp_status) == (SIGTRAP | 0x80) &&
+            ptrace(PTRACE_GET_SYSCALL_INFO, in_run, sizeof info, &info) > 0 &&
+            info.op == PTRACE_SYSCALL_INFO_ENTRY && ++calls == in_number)
+            return static_cast<long>(info.entry.nr);
+        ptrace(PTRACE_SYSCALL, in_run, nullptr, nullptr);
+        waitpid(in_run, outp_status, 0);
+    }
+    return -1;
+}
+
+bool Stops::stopAt(Act in_act, unsigned in_number) {
+    for (const fs::path &old : {fs::path(report), fs::path(other), system.root.logs()})
+        fs::remove_all(old);
     fs::create_directory(system.root.logs());
     for (int day = 0; day < 2; ++day)
-        writeFile(system.log(kDays[day]), logFrom(1 + 3 * day));
+        writeFile(system.log(kDays[day]), logOf(1 + 3 * day, 4 + 3 * day));
     wanted = {1, 2, 3, 4, 5, 6};
     beside = 0;
     const pid_t run = system.start({"-d", "-o", report, "alpha"}, {.traced = true});
-    const long call = runToCall(run, in_number);
-    if (call == kEnded)
+    int status = 0;
+    const long call = runToCall(run, in_number, &status);
+    mayTrace = !WIFEXITED(status) || WEXITSTATUS(status) != kNotTraced;
+    if (call == -1)
         return false;
     ++stops;
-    (this->*in_case.act)(run, call);
+    act(in_act, run, call == SYS_unlink);
     ptrace(PTRACE_DETACH, run, nullptr, nullptr);
-    const int status = system.finish(run).status;
+    const int ended = system.finish(run).status;
     if (beside != 0)
         system.finish(beside);
-    if (status > 100 && status != 1000 + SIGKILL && status != 1000 + SIGTERM && ++faults != 0)
-        std::printf("FAULT: %s in front of call %u: status %d\n", in_case.label, in_number, status);
-    judge(in_case, in_number, call, "then");
+    if (ended > 100 && ended != 1000 + (in_act == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
+        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[in_act], in_number, ended);
+    judge(in_act, in_number, "then");
     system.run({"-d", "-o", report, "alpha"});
-    judge(in_case, in_number, call, "after one more run");
+    judge(in_act, in_number, "after one more run");
     return true;
 }
 
 int main(int argc, char **argv) {
-    if (!canTrace()) {
-        std::puts("skipped: no process may be traced here");
-        return kSkipped;
-    }
     setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // it cannot look into a traced program
-    const int step = argc > 1 ? std::atoi(argv[1]) : 1;
-    constexpr Stops::Case kCases[] = {{"a second run", &Stops::runAgain, false},
-                                      {"a second run with another report", &Stops::runElsewhere, false},
-                                      {"a second run that finds nothing", &Stops::runInVain, false},
-                                      {"another log in its place", &Stops::replaceLog, true},
-                                      {"the log overwritten", &Stops::overwriteLog, true},
-                                      {"the report removed", &Stops::removeReport, true},
-                                      {"a kill", &Stops::killRun, true},
-                                      {"a request to end", &Stops::endRun, true}};
+    const int step = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 1;
     Stops trial;
-    for (const Stops::Case &tried : kCases)
-        for (unsigned number = 1; trial.stopAt(tried, number);
-             number += static_cast<unsigned>(std::max(step, 1))) {
+    for (int act = 0; act < kActs; ++act)
+        for (unsigned number = 1; trial.stopAt(Act(act), number); number += static_cast<unsigned>(step)) {
         }
-    std::printf("%u stops, %u faults\n", trial.stops, trial.faults);
-    return trial.faults == 0 ? 0 : 1;
+    std::printf("%u stops, %u faults%s\n", trial.stops, trial.faults,
+                trial.mayTrace ? "" : "; skipped: no process may be traced here");
+    return !trial.mayTrace ? kSkipped : trial.faults == 0 ? 0 : 1;
 }
