@@ -177,7 +177,7 @@ TEST_F(Cursor, NamesFollowTheLocale) {
 }
 
 TEST_F(Cursor, NamesOfAnyNumberAndLengthAreDelivered) {
-    for (const std::size_t last : {1, 2}) { // the records differ in their last attribute, far behind
+    for (const std::size_t last : {1U, 2U}) { // the records differ in their last attribute, far behind
         Job made;
         std::string walked, listed;
         for (std::size_t i = 0; i < 300; i++) {
@@ -206,8 +206,7 @@ TEST_F(Cursor, MissingRecordsAreRefused) {
     EXPECT_EQ(names(1), "code 13");
 }
 
-// The record, the document and the texts of its first attribute; what a value takes while it is rendered is
-// for packed_test.cpp to judge.
+// The record, the document and the texts of its first attribute.
 TEST_F(Cursor, RenderedRecordTakesSixteenTimesItsBytesAtMost) {
     const struct {
         const char *label;
