@@ -9,12 +9,11 @@
 #include "tool/messages.h"
 
 constexpr std::size_t kStreamSize = 32 * 1024;
+constexpr int kPause = 10; // milliseconds
 
 // Of the one report that a program writes.
 static char streamBuffer[kStreamSize];
 static char lines[256 * 1024]; // on their way to the system
-
-constexpr int kPause = 10; // milliseconds
 
 // ---- Opening ----
 
@@ -256,8 +255,11 @@ void ReportStream::removeIfCreated() {
         OS_IdentifyDescriptor(fd, &present) != 0 || present.size != written)
         return;
     again.reset(-1);
-    if (OS_IsOpenElsewhere(fd) != 0)
-        return; // who waits for it as standard output would write to nowhere
+    if (OS_IsOpenElsewhere(fd) != 0) {
+        // Who waits for it as standard output would write to nowhere.
+        static_cast<void>(OS_CutFile(fd, 0)); // or this run's lines stay
+        return;
+    }
     if (_unlink(madePath.get()) == 0)
         madePath.reset();
 }

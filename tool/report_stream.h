@@ -47,7 +47,8 @@ public:
     // Writes what is left.
     void finish();
 
-    // A run that failed, or found nothing, leaves no file behind that it made itself.  REQUIRES: finish().
+    // A run that failed, or found nothing, leaves no file behind that it made itself; if others have it open
+    // already, it leaves an empty one.  REQUIRES: finish().
     void removeIfCreated();
 
     void close();

@@ -314,7 +314,7 @@ static int reportLogs(const Options &in_options, ReportStream &inoutp_report, Lo
         removeReport();
     if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL)
         return result;
-    if (state.noLogFound && !state.errOut && !askedToEnd) {
+    if (state.noLogFound && !state.errOut && !askedToEnd && !inoutp_report.failed()) {
         DisplayMsg(kMsgNoLogs);
         removeReport();
         return kStatusNoLogs;
