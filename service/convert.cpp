@@ -16,13 +16,20 @@
 
 namespace {
 
+// Which bytes belong together, whether they make a character or not.
+enum class Sequences : std::uint8_t {
+    None,
+    Pairs,  // a first byte and the one from 0x80 on behind it
+    EucJp,  // the same, and two behind 0x8F
+    Gb18030 // the same, and four with digits in the second and the last place
+};
+
 struct CodeSet {
     std::uint32_t number;
     const char *name;      // iconv's
     std::uint8_t unit = 1; // bytes of its smallest unit
     bool hasAscii = true;  // bytes 0x01 to 0x7F are always the characters of ASCII
-    bool hasPairs =
-        false; // a first byte and the one from 0x80 on behind it belong together, character or not
+    Sequences sequences = Sequences::None;
 };
 
 } // namespace
@@ -40,17 +47,17 @@ constexpr CodeSet kCodeSets[] = {
     {11, "ISO-8859-8"},
     {12, "ISO-8859-9"},
     {13, "ISO-8859-10"},
-    {17, "SHIFT_JIS", 1, false, true},
-    {18, "EUC-JP", 1, true, true},
-    {38, "EUC-KR", 1, true, true},
+    {17, "SHIFT_JIS", 1, false, Sequences::Pairs},
+    {18, "EUC-JP", 1, true, Sequences::EucJp},
+    {38, "EUC-KR", 1, true, Sequences::Pairs},
     {CODE_SET_T61, "T.61-8BIT", 1, false},
     {CODE_SET_UTF8, "UTF-8"},
     {109, "ISO-8859-13"},
     {110, "ISO-8859-14"},
     {111, "ISO-8859-15"},
     {112, "ISO-8859-16"},
-    {113, "GBK", 1, false, true},
-    {114, "GB18030", 1, false, true},
+    {113, "GBK", 1, false, Sequences::Pairs},
+    {114, "GB18030", 1, false, Sequences::Gb18030},
     {CODE_SET_UCS2, "UCS-2BE", 2, false},
     {1001, "UTF-32BE", 4, false},
     {1013, "UTF-16BE", 2, false},
@@ -61,9 +68,9 @@ constexpr CodeSet kCodeSets[] = {
     {2009, "IBM850"},
     {2010, "IBM852"},
     {2011, "IBM437"},
-    {2024, "CP932", 1, false, true},
-    {2025, "GB2312", 1, true, true},
-    {2026, "BIG5", 1, false, true},
+    {2024, "CP932", 1, false, Sequences::Pairs},
+    {2025, "GB2312", 1, true, Sequences::Pairs},
+    {2026, "BIG5", 1, false, Sequences::Pairs},
     {2027, "MACINTOSH"},
     {2047, "IBM857"},
     {2084, "KOI8-R"},
@@ -183,6 +190,17 @@ static int step(iconv_t in_converter, char **inoutpp_in, std::size_t *inoutp_lef
     return reason;
 }
 
+// Bytes that belong to the first one, which begins a sequence.
+static std::size_t sequenceLength(Sequences in_sequences, std::span<const std::uint8_t> in_bytes) {
+    const auto byte = [&](std::size_t at) { return at < in_bytes.size() ? in_bytes[at] : 0; };
+    const auto isDigit = [&](std::size_t at) { return byte(at) >= '0' && byte(at) <= '9'; };
+    if (in_sequences == Sequences::Gb18030 && isDigit(1))
+        return byte(2) < 0x80 ? 2 : isDigit(3) ? 4 : 3;
+    if (byte(1) < 0x80)
+        return 1;
+    return in_sequences == Sequences::EucJp && byte(0) == 0x8F && byte(2) >= 0x80 ? 3 : 2;
+}
+
 // Bytes of what is no character at the front of a text: a unit, or as much of a longer sequence as is there.
 static std::size_t faultLength(iconv_t in_converter, const CodeSet &in_set,
                                std::span<const std::uint8_t> in_bytes) {
@@ -199,11 +217,14 @@ static std::size_t faultLength(iconv_t in_converter, const CodeSet &in_set,
         iconv(in_converter, nullptr, nullptr, nullptr, nullptr);
         return cut;
     };
-    std::size_t length = 0;
+    if (!isCut(1))
+        return 1;
+    if (in_set.sequences != Sequences::None)
+        return sequenceLength(in_set.sequences, in_bytes);
+    std::size_t length = 1;
     while (length < in_bytes.size() && isCut(length + 1))
         ++length;
-    const bool takesNext = in_set.hasPairs && length < in_bytes.size() && in_bytes[length] >= 0x80;
-    return length == 0 ? 1 : length + (takesNext ? 1 : 0);
+    return length;
 }
 
 static char *convertBy(iconv_t in_converter, const CodeSet &in_set, std::span<const std::uint8_t> in_bytes) {

@@ -39,10 +39,7 @@ struct LoopState {
 class ReportWriter final : public LogWriter {
 public:
     explicit ReportWriter(std::int32_t in_suppressHeadflg) : suppressHeadflg(in_suppressHeadflg) {}
-    ~ReportWriter() override {
-        if (prevLog != nullptr)
-            ALA_FreeAttributeList(&prevLog);
-    }
+    ~ReportWriter() override { freeNames(); }
     ReportWriter(const ReportWriter &) = delete;
     ReportWriter &operator=(const ReportWriter &) = delete;
 
@@ -51,8 +48,14 @@ public:
         std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
         return doLog(in_handle, &in_log, &doHeader, inp_stream, suppressHeadflg, &prevLog);
     }
+    void end() override { freeNames(); }
 
 private:
+    void freeNames() {
+        if (prevLog != nullptr)
+            ALA_FreeAttributeList(&prevLog);
+    }
+
     std::int32_t suppressHeadflg;
     ALA_attrName *prevLog = nullptr; // names of the record written last
 };
@@ -159,6 +162,7 @@ static ALA_retCode_t startFacility(const Options &in_options, const char *inp_lo
     if (result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), in_options.serverName);
         logFailure(nullptr, result);
+        static_cast<void>(ALA_Unregister(&outp_facility.mainh)); // the run has failed anyway
     }
     return result;
 }
@@ -307,6 +311,7 @@ static int reportLogs(const Options &in_options, ReportStream &inoutp_report, Lo
         return status;
     }
     processLogs(in_options, facility, inoutp_report, inoutp_writer, state);
+    inoutp_writer.end();
     endProgress();
     inoutp_report.finish();
     const bool askedToEnd = OS_NotedSignal() != 0;

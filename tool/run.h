@@ -25,6 +25,8 @@ public:
     // user.
     virtual bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
                        std::FILE *inp_stream) = 0;
+    // No further log follows.
+    virtual void end() {}
 };
 
 // The run of qvledger.

@@ -59,9 +59,9 @@ static ALA_retCode_t openStandBy(ALA_handle_t in_handle, LogFile &inoutp_file) {
         return noMemoryForPath();
     if (const ALA_retCode_t result = convertPath(inoutp_file); result != ALA_N_NORMAL)
         return result;
-    std::int32_t lastWritten = 0; // matches no date if the file cannot be examined
-    static_cast<void>(ALA__GetDateFromStat(inoutp_file.convertedPath.get(), &lastWritten));
-    if (lastWritten == inoutp_file.date)
+    std::int32_t lastWritten = 0;
+    if (ALA__DateFile(inoutp_file.convertedPath.get(), &lastWritten) == FileDate::Known &&
+        lastWritten == inoutp_file.date)
         inoutp_file.descriptor.reset(SYSU_Open(inoutp_file.convertedPath.get(), 0));
     return ALA_N_NORMAL;
 }
@@ -113,7 +113,6 @@ static ALA_retCode_t openHeld(ALA_handle_t in_handle, const ALA_time *inp_date, 
 
 static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, ALA__holdFile in_hold,
                              ALA_acctLogHandle_t *outp_logHandle) {
-    const FuncTrace trace("ALA_Open");
     *outp_logHandle = nullptr;
     if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
@@ -155,11 +154,13 @@ static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, A
 
 ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
                        ALA_acctLogHandle_t *outp_logHandle) {
+    const FuncTrace trace("ALA_Open");
     return openLog(in_alaHandle, inp_date, nullptr, outp_logHandle);
 }
 
 ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date, ALA__holdFile in_hold,
                                 ALA_acctLogHandle_t *outp_logHandle) {
+    const FuncTrace trace("ALA_Open");
     return openLog(in_alaHandle, inp_date, in_hold, outp_logHandle);
 }
 

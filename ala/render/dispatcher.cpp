@@ -7,16 +7,18 @@
 #include "ala/trace.h"
 #include "service/status.h"
 
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val, std::size_t in_room) {
+// A value with that many zeroed bytes of room for its text; without room it has no text.
+static ALA_retCode_t allocValue(attributeVal **outpp_val, std::size_t in_room) {
     auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + in_room));
-    *inoutpp_val = value;
+    *outpp_val = value;
     if (value == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    char *text = in_room != 0 ? reinterpret_cast<char *>(value + 1) : nullptr;
-    if (text != nullptr)
-        *text = '\0';
-    *value = {text, nullptr};
+    *value = {in_room != 0 ? static_cast<char *>(std::memset(value + 1, 0, in_room)) : nullptr, nullptr};
     return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
+    return allocValue(inoutpp_val, kValueSize);
 }
 
 ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text) {
@@ -24,7 +26,7 @@ ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text) {
     static_assert(kCopied >= kValueSize, "such a text is in no maker's buffer");
     const bool isCopied = inoutp_text.size() < kCopied;
     const std::size_t room = isCopied ? inoutp_text.size() + 1 : 0;
-    if (const ALA_retCode_t result = ALA__AllocValue(outpp_val, room); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = allocValue(outpp_val, room); result != ALA_N_NORMAL)
         return result;
     if (isCopied)
         std::memcpy((*outpp_val)->value, inoutp_text.c_str(), room);

@@ -40,9 +40,9 @@ struct ALA__growingPair {
 
 using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
 
-// A value with an empty text, and room for that many bytes of it; without room it has no text.  0, or
-// ALA_A_OUT_OF_MEMORY with the variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val, std::size_t in_room = kValueSize);
+// A value with an empty text in a zeroed buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
+// variable null.
+ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
 
 // A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
 // variable null.
