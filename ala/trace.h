@@ -8,20 +8,31 @@
 
 #define ALA_DETAIL(...) LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, __VA_ARGS__)
 
-// Traces an operation's entry, and its exit on whichever road it is left.
+// Traces an operation's entry, and its exit on whichever road it is left, if that is wanted when it is
+// entered.
 class FuncTrace {
 public:
     explicit FuncTrace(const char *in_function, const char *in_file = __builtin_FILE(),
-                       std::int32_t in_line = __builtin_LINE())
-        : function(in_function), file(in_file), line(in_line) {
-        LOG_CondFuncTrace(function, file, line, 1, 0);
+                       std::int32_t in_line = __builtin_LINE()) {
+        if (LOG_Wants(LOG_TRACE)) [[unlikely]]
+            enter(in_function, in_file, in_line);
     }
-    ~FuncTrace() { LOG_CondFuncTrace(function, file, line, 0, 0); }
+    ~FuncTrace() {
+        if (function != nullptr) [[unlikely]]
+            LOG_CondFuncTrace(function, file, line, 0, 0);
+    }
     FuncTrace(const FuncTrace &) = delete;
     FuncTrace &operator=(const FuncTrace &) = delete;
 
 private:
-    const char *function;
-    const char *file; // the operation's own
+    void enter(const char *in_function, const char *in_file, std::int32_t in_line) {
+        function = in_function;
+        file = in_file;
+        line = in_line;
+        LOG_CondFuncTrace(function, file, line, 1, 0);
+    }
+
+    const char *function = nullptr; // null: not traced
+    const char *file;               // the operation's own
     std::int32_t line;
 };
