@@ -17,7 +17,8 @@
 template <class Use, std::size_t kFirstChunk, std::size_t kAlignment, bool kPacked = false>
 class ChunkMemory {
 public:
-    // Not cleared.  Null when memory runs out.  Unless kPacked, the shortest allocation has an address of its own, too.
+    // Not cleared.  Null when memory runs out.  Unless kPacked, the shortest allocation has an address of its
+    // own, too.
     void *allocate(std::size_t in_size) {
         if constexpr (kPacked) {
             const std::size_t gap = -reinterpret_cast<std::uintptr_t>(next) % kAlignment;
