@@ -33,6 +33,6 @@ private:
     }
 
     const char *function = nullptr; // null: not traced
-    const char *file;               // the operation's own
-    std::int32_t line;
+    const char *file = nullptr;     // the operation's own
+    std::int32_t line = 0;
 };

@@ -21,6 +21,7 @@ public:
     // own, too.
     void *allocate(std::size_t in_size) {
         if constexpr (kPacked) {
+            // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): next is null or set
             const std::size_t gap = -reinterpret_cast<std::uintptr_t>(next) % kAlignment;
             next += std::min(gap, static_cast<std::size_t>(end - next));
             return take(in_size);

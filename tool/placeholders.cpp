@@ -60,7 +60,9 @@ std::string passOverUnused(char *inoutp_text, const char *inp_defaultText) {
     for (unsigned i = 0; i < unused; ++i)
         kinds += (numbers >> i & 1) != 0 ? 'd' : 's';
     for (const char *at = inoutp_text; *at != '\0'; ++at)
-        if (isPlaceholder(at))
-            inoutp_text[at + 1 - inoutp_text] -= static_cast<char>(unused);
+        if (isPlaceholder(at)) {
+            char &digit = inoutp_text[at + 1 - inoutp_text];
+            digit = static_cast<char>(digit - static_cast<char>(unused));
+        }
     return kinds;
 }
