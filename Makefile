@@ -77,7 +77,7 @@ bench:
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build
 
-# The Debian packages, in build/deb/packages/: of the libraries the same bytes from the same commit.
+# The Debian packages, in build/deb/packages/: the same bytes from the same commit on each machine.
 deb:
 	@scripts/setup package
 	@scripts/package build/deb

@@ -130,9 +130,9 @@ TEST_F(Times, SecondsAndFailures) {
     char *ascii = nullptr;
     EXPECT_EQ(ALA__GeneralizedTimeToAscii(nullptr, nullptr, &ascii), 1);
     EXPECT_EQ(text(after2038, "no_such_LOCALE"), "01/01/2040 00:00:00");
-    const std::string usual = std::setlocale(LC_TIME, "");
-    EXPECT_EQ(text({12000, 2, 3, 4, 5, 6, 0, 0, 0}, usual == "C" ? "C.UTF-8" : "C"), "02/03/12000 04:05:06");
-    EXPECT_EQ(std::setlocale(LC_TIME, nullptr), usual) << "set back";
+    ASSERT_STREQ(std::setlocale(LC_TIME, nullptr), "C");
+    EXPECT_EQ(text({12000, 2, 3, 4, 5, 6, 0, 0, 0}, "C.UTF-8"), "02/03/12000 04:05:06");
+    EXPECT_STREQ(std::setlocale(LC_TIME, nullptr), "C") << "other threads' too: never changed";
 
     THR_TermMutex(&timeLock); // a lock that cannot be taken
     EXPECT_EQ(ALA__ConvertUTCToUnix(&after2038, &seconds), 1);
