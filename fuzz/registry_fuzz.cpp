@@ -1,5 +1,5 @@
 // A registry file, through the calls that read it.
-#include "ala/environment.h"
+#include "ala/registration/environment.h"
 #include "fuzz/sandbox.h"
 #include "platform/os.h"
 

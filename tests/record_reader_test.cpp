@@ -3,7 +3,7 @@
 
 #include <sys/resource.h>
 
-#include "ala/handle.h"
+#include "ala/base/handle.h"
 #include "ala/log/log.h"
 #include "ala/log/record.h"
 #include "tests/support/facility.h"

@@ -3,8 +3,9 @@
 
 #include <gmock/gmock.h>
 
-#include "ala/environment.h"
-#include "ala/handle.h"
+#include "ala/base/handle.h"
+#include "ala/base/lock.h"
+#include "ala/registration/environment.h"
 #include "tests/support/facility.h"
 
 using samples::commonKey;

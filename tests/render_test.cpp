@@ -4,7 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "ala/handle.h"
+#include "ala/base/handle.h"
+#include "ala/base/lock.h"
 #include "ala/render/render.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/value_cases.h"

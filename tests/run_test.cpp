@@ -311,9 +311,9 @@ TEST(Run, LogShowsWhatWasCalledAndWhere) {
     const Log log = march();
     system.save("19990301", Log(log).cutTo(log.size() - 2));
     const std::string traces = system.run({"alpha"}, traced).log;
-    for (const char *trace : {" 7 ala/handle.cpp:", " 7 ala/log/record_reader.cpp:"})
+    for (const char *trace : {" 7 ala/registration/register.cpp:", " 7 ala/log/record_reader.cpp:"})
         EXPECT_NE(traces.find(trace), traces.npos) << trace;
-    for (const char *trace : {"ala/trace.h", "ALA_FreeJobRecord"})
+    for (const char *trace : {"ala/base/trace.h", "ALA_FreeJobRecord"})
         EXPECT_EQ(traces.find(trace), traces.npos) << trace;
     writeFile(system.root.registry(), "REGEDIT4\n[");
     const std::string told = system.run({"alpha"}).log;

@@ -8,8 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "ala/handle.h"
-#include "ala/owners.h"
+#include "ala/base/handle.h"
+#include "ala/base/lock.h"
+#include "ala/base/owners.h"
 #include "ala/render/times.h"
 #include "platform/os.h"
 #include "samples/output_file.h"

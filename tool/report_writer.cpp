@@ -3,9 +3,9 @@
 #include <cstring>
 #include <memory>
 
+#include "ala/base/handle.h"
 #include "ala/cursor/cursor.h"
 #include "ala/driver.h"
-#include "ala/handle.h"
 #include "service/message.h"
 #include "tool/messages.h"
 #include "tool/progress.h"

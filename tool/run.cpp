@@ -5,10 +5,11 @@
 #include <memory>
 
 #include "ala/ala.h"
+#include "ala/base/concatenate.h"
+#include "ala/base/owners.h"
 #include "ala/directory/directory.h"
 #include "ala/driver.h"
-#include "ala/environment.h"
-#include "ala/owners.h"
+#include "ala/registration/environment.h"
 #include "service/log.h"
 #include "service/message.h"
 #include "tool/holding.h"
@@ -19,7 +20,7 @@
 #include "tool/rights.h"
 #include "tool/stop.h"
 
-constexpr std::int32_t kNoUpperBound = 99999999;
+    constexpr std::int32_t kNoUpperBound = 99999999;
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "ala/access/acl.h"
 
 #include "ala/access/domain.h"
-#include "ala/owners.h"
-#include "ala/trace.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "service/text.h"
 
 constexpr std::int32_t kPrivilegeNone = 1;

@@ -4,7 +4,7 @@
 
 #include <arpa/inet.h>
 
-#include "ala/owners.h"
+#include "ala/base/owners.h"
 
 constexpr std::uint32_t kPacVersion = 1001;
 constexpr DWORD kUserNameSize = 512;

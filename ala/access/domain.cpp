@@ -6,8 +6,8 @@
 
 #include <arpa/inet.h>
 
-#include "ala/owners.h"
-#include "ala/trace.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "service/text.h"
 
 // The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so that those who

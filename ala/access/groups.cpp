@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "ala/owners.h"
+#include "ala/base/owners.h"
 #include "service/text.h"
 
 constexpr DWORD kTokenSize = 512; // bytes for a token's groups; one that needs more has no group list

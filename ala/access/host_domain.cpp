@@ -5,8 +5,8 @@
 #include <cstring>
 #include <cwchar>
 
-#include "ala/owners.h"
-#include "ala/trace.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "service/thread.h"
 
 constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device

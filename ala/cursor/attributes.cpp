@@ -3,9 +3,9 @@
 
 #include <cstring>
 
+#include "ala/base/trace.h"
 #include "ala/cursor/columns.h"
 #include "ala/render/render.h"
-#include "ala/trace.h"
 
 std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
     const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);

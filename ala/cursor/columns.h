@@ -4,7 +4,7 @@
 // at a place last: its object identifier and its name, which is not looked up again while it stays the same.
 #pragma once
 
-#include "ala/handle.h"
+#include "ala/base/handle.h"
 #include "ala/log/record.h"
 
 struct ALA__column {

@@ -1,7 +1,7 @@
 // What the cursors over attributes and the listing of names share.
 #pragma once
 
-#include "ala/handle.h"
+#include "ala/base/handle.h"
 #include "ala/log/record.h"
 #include "service/status.h"
 

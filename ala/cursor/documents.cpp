@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include "ala/owners.h"
-#include "ala/trace.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <cstring>
 #include <utility>
 
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "ala/cursor/columns.h"
-#include "ala/owners.h"
 #include "ala/render/names.h"
-#include "ala/trace.h"
 
 namespace {
 

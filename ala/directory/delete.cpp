@@ -4,11 +4,11 @@
 #include <cerrno>
 #include <cstring>
 
+#include "ala/base/concatenate.h"
+#include "ala/base/handle.h"
+#include "ala/base/trace.h"
 #include "ala/directory/scan.h"
 #include "ala/driver.h"
-#include "ala/environment.h"
-#include "ala/handle.h"
-#include "ala/trace.h"
 #include "service/clock.h"
 #include "service/system.h"
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "ala/ala.h"
-#include "ala/owners.h"
+#include "ala/base/owners.h"
 
 // A log by name and date, in a list.
 struct nameNode {

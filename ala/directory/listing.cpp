@@ -1,9 +1,9 @@
 // The oldest log, the sorted list of logs, and the lists that the facility hands out.
 #include "ala/directory/directory.h"
 
+#include "ala/base/handle.h"
+#include "ala/base/trace.h"
 #include "ala/directory/scan.h"
-#include "ala/handle.h"
-#include "ala/trace.h"
 
 constexpr ScanRules kOldestRules = {
     "Return code from ALA__GetOldestLogName is ALA_A_INVALID_ARG.",

@@ -3,11 +3,11 @@
 
 #include <cerrno>
 
+#include "ala/base/handle.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "ala/directory/directory.h"
 #include "ala/driver.h"
-#include "ala/handle.h"
-#include "ala/owners.h"
-#include "ala/trace.h"
 #include "service/system.h"
 
 static ALA_retCode_t noMemoryForPath() {

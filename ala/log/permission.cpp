@@ -6,9 +6,9 @@
 #include <arpa/inet.h>
 
 #include "ala/access/acl.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "ala/log/memory.h"
-#include "ala/owners.h"
-#include "ala/trace.h"
 #include "service/packed.h"
 
 static const char *codeName(ALA_retCode_t in_code) {

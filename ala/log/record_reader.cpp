@@ -5,10 +5,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "ala/handle.h"
+#include "ala/base/handle.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "ala/log/log.h"
-#include "ala/owners.h"
-#include "ala/trace.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <utility>
 
+#include "ala/base/trace.h"
 #include "ala/render/names.h"
-#include "ala/trace.h"
 #include "service/status.h"
 
 // A value with that many zeroed bytes of room for its text; without room it has no text.

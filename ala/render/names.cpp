@@ -3,8 +3,8 @@
 #include <cctype>
 #include <cstring>
 
+#include "ala/base/trace.h"
 #include "ala/render/render.h"
-#include "ala/trace.h"
 #include "service/text.h"
 
 constexpr std::uint8_t kClassMask = 0xF0;

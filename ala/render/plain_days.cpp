@@ -5,8 +5,7 @@
 #include <ctime>
 #include <string_view>
 
-#include "ala/handle.h"
-#include "ala/lock.h"
+#include "ala/base/lock.h"
 #include "platform/os.h"
 
 constexpr std::int64_t kSecondsPerDay = 86400;

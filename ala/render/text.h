@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "ala/owners.h"
+#include "ala/base/owners.h"
 
 // A NUL-terminated text without a fixed limit.  It begins in a buffer of its maker's, if it is given one, and
 // moves to one of its own when it outgrows that.  When memory runs out, here or for something that was to be

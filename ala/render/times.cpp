@@ -2,9 +2,8 @@
 
 #include <chrono>
 
-#include "ala/handle.h"
-#include "ala/lock.h"
-#include "ala/owners.h"
+#include "ala/base/lock.h"
+#include "ala/base/owners.h"
 #include "ala/render/plain_days.h"
 #include "service/system.h"
 

@@ -1,74 +1,25 @@
-#include "ala/handle.h"
+#include "ala/ala.h"
 
-#include <atomic>
-#include <cstring>
+#include <cstdlib>
+#include <memory>
 #include <mutex>
 
-#include <pthread.h>
-#include <unistd.h>
-
 #include "ala/access/domain.h"
+#include "ala/base/concatenate.h"
+#include "ala/base/handle.h"
+#include "ala/base/lock.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "ala/cursor/columns.h"
-#include "ala/environment.h"
-#include "ala/owners.h"
-#include "ala/trace.h"
+#include "ala/registration/environment.h"
 #include "service/clock.h"
 #include "service/oid.h"
 #include "service/status.h"
 
-void *const ALA_nullHandle = nullptr;
-void *const ALA_nullAcctLogHandle = nullptr;
-void *const ALA_nullRecord = nullptr;
-
-THR_mutex_t timeLock = {};
-THR_mutex_t localeLock = {};
 static std::int32_t mutexInit = 0; // control word of the once-only set-up
 
-// Every operation asks, and a system call would cost more than most of them do.  Only a fork changes the id.
-static std::atomic<std::int32_t> knownPid; // 0: not known
-
-static std::int32_t findPid() {
-    static const bool forkIsSeen = pthread_atfork(nullptr, nullptr, [] { knownPid = 0; }) == 0;
-    const auto pid = static_cast<std::int32_t>(getpid());
-    if (forkIsSeen)
-        knownPid = pid;
-    return pid;
-}
-
-std::int32_t ALA__CurrentPid() {
-    const std::int32_t pid = knownPid.load(std::memory_order_relaxed);
-    return pid != 0 ? pid : findPid();
-}
-
-static bool isValid(ALA_handle_t in_handle) {
-    return in_handle != nullptr && in_handle->svrName != nullptr && in_handle->acctLogPath != nullptr &&
-           in_handle->pid == ALA__CurrentPid();
-}
-
-// Each form of the line has the operation's name as its one argument.
-static ALA_retCode_t check(ALA_handle_t in_handle, const char *in_operation, const char *in_line) {
-    return isValid(in_handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, in_line, in_operation);
-}
-
-ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation) {
-    return check(in_handle, in_operation,
-                 "handle, handle->svrName, handle->acctLogPath is NULL or handle->pid!=getpid in %s; "
-                 "ALA_A_NOT_REGISTER");
-}
-
-ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation) {
-    return check(in_handle, in_operation,
-                 "handle, handle->svrName or handle->acctLogPath is NULL or handle->pid != getpid in %s; "
-                 "ALA_A_NOT_REGISTER");
-}
-
-void ALA__InitOnce() {
+static void ALA__InitOnce() {
     GENU_TimeZoneInit();
-}
-
-void ALA__InitMutex() {
-    THR_InitMutex(&localeLock);
-    THR_InitMutex(&timeLock);
 }
 
 namespace {

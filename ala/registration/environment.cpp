@@ -1,9 +1,10 @@
-#include "ala/environment.h"
+#include "ala/registration/environment.h"
 
 #include <cstdlib>
 #include <cstring>
 
-#include "ala/owners.h"
+#include "ala/base/concatenate.h"
+#include "ala/base/owners.h"
 
 constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data
 
@@ -23,17 +24,6 @@ std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_se
         return -1;
     *outpp_serviceName = _ALA_AddChar(prefix, inp_serverName);
     return *outpp_serviceName != nullptr ? 0 : -1;
-}
-
-char *_ALA_AddChar(const char *inp_string, const char *inp_str) {
-    const std::size_t head = std::strlen(inp_string);
-    const std::size_t tail = std::strlen(inp_str) + 1;
-    auto *joined = static_cast<char *>(std::malloc(head + tail));
-    if (joined == nullptr)
-        return nullptr;
-    std::memcpy(joined, inp_string, head);
-    std::memcpy(joined + head, inp_str, tail);
-    return joined;
 }
 
 namespace {

@@ -15,6 +15,3 @@ std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_se
 // process environment.  0, or -1 when neither key opens, a value does not fit or memory runs out; variables
 // set before that stay set.
 std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName);
-
-// One text directly followed by the other as a new text, released with free; null when memory runs out.
-char *_ALA_AddChar(const char *inp_string, const char *inp_str);

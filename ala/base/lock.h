@@ -1,4 +1,4 @@
-// A lock held for the length of a block.
+// The facility's locks, and one held for the length of a block.
 #pragma once
 
 #include "service/thread.h"
@@ -17,3 +17,10 @@ private:
     THR_mutex_t &mutex;
     bool locked;
 };
+
+// Guards of the time conversion and of the making of a time's text; never held together.
+extern THR_mutex_t timeLock;
+extern THR_mutex_t localeLock;
+
+// Makes both, at every registration.
+void ALA__InitMutex();

@@ -1,10 +1,9 @@
-// The registration behind an ALA_handle_t, and the facility's process-wide state.
+// The registration behind an ALA_handle_t, and the check that every operation makes on it.
 #pragma once
 
 #include <cstdint>
 
 #include "ala/ala.h"
-#include "service/thread.h"
 
 struct ALA__column; // ala/cursor/columns.h
 
@@ -23,10 +22,6 @@ struct handleData {
 };
 using ALA_handleData_t = handleData;
 
-// Guards of the time conversion and of the making of a time's text; never held together.
-extern THR_mutex_t timeLock;
-extern THR_mutex_t localeLock;
-
 // The check that every operation makes on its handle.  ALA_N_NORMAL, or ALA_A_NOT_REGISTER with a level 5
 // line that names the operation.
 ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation);
@@ -35,7 +30,3 @@ ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation)
 ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation);
 
 std::int32_t ALA__CurrentPid();
-
-// Once per process, and at every registration.
-void ALA__InitOnce();
-void ALA__InitMutex();
