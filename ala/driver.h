@@ -1,4 +1,5 @@
-// What a driver needs of the facility beyond ala/ala.h: logs that are read in order to be deleted.
+// What a driver needs of the facility beyond ala/ala.h: what the walk of a log leaves out and what it need
+// not ask for again, and logs that are read in order to be deleted.
 //
 // Several drivers may work on one log directory, beside the server that writes to it.  So a log that is to be
 // deleted is held against the others before anything of it is read, is kept open until it is gone, and goes
@@ -12,6 +13,33 @@
 #include "platform/descriptor.h"
 #include "platform/malloced.h"
 #include "platform/os.h"
+
+// ---- The walk of a log ----
+
+// How many values, and attributes, the cursors of a handle could not deliver so far.  A log whose walk raised
+// this number has something in it that no report shows.  REQUIRES: a handle from ALA_Register.
+std::uint64_t ALA__ValuesPassedOver(ALA_handle_t in_handle);
+
+// What the list of a record's names would be, without making it.
+struct ALA__rememberedNames {
+    std::uint64_t state; // of what the facility remembers; 0: the names are not known without a list
+    std::uint64_t first; // of the record's attributes
+    std::uint64_t end;   // not included
+    bool operator==(const ALA__rememberedNames &) const = default;
+};
+
+// The names that ALA_ListAttributesFromRecord would list with a null locale, as far as they are remembered
+// from having been listed or delivered; all zero when one of them is not, or the type is unknown.  Nothing is
+// looked up, nothing logged.  REQUIRES: a handle from ALA_Register and a record read with it.
+ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, ALA_record_t in_record,
+                                      ALA_recAttrType_t in_type);
+
+// True if the record's names are surely those that ALA__RecallNames gave for another record of the handle;
+// false when they differ or are not known without a list.  REQUIRES: as there.
+bool ALA__HasSameNames(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type,
+                       const ALA__rememberedNames &in_names);
+
+// ---- Logs that are read in order to be deleted ----
 
 // What came of the wish to hold a file against other runs.
 enum class ALA__holdResult : std::uint8_t {

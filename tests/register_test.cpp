@@ -76,8 +76,10 @@ static ALA_retCode_t clearing(Call in_call) {
 TEST_F(Register, EveryOperationRefusesAHandleOfAnotherProcessFirst) {
     EXPECT_EXIT(_exit(ALA_Delete(handle, nullptr)), testing::ExitedWithCode(ALA_A_NOT_REGISTER), "")
         << "a child";
-    handleData foreign = *handle;
-    foreign.pid++;
+    handleData foreign = {};
+    foreign.pid = handle->pid + 1;
+    foreign.svrName = _strdup("alpha");
+    foreign.acctLogPath = _strdup("/");
     ALA_handle_t used = nullptr;
     ALA_handle_t variable = nullptr;
 #define CALL(operation, Out, ...)                                                                            \

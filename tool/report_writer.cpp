@@ -2,9 +2,8 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
-#include "ala/base/handle.h"
-#include "ala/cursor/cursor.h"
 #include "ala/driver.h"
 #include "service/message.h"
 #include "tool/messages.h"
@@ -38,7 +37,7 @@ public:
     ALA_retCode_t take(ALA_handle_t in_handle, ALA_record_t in_record, bool *outp_changed) {
         const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
         *outp_changed = false;
-        if (remembered.columnsState != 0 && ALA__RecallNames(in_handle, *in_record, type) == remembered)
+        if (ALA__HasSameNames(in_handle, in_record, type, remembered))
             return ALA_N_NORMAL;
         ALA_attrName *next = nullptr;
         const ALA_retCode_t result = ALA_ListAttributesFromRecord(in_handle, in_record, type, nullptr, &next);
@@ -47,7 +46,7 @@ public:
         *outp_changed = equalList(list, next) == 0;
         ALA_FreeAttributeList(&list);
         list = next;
-        remembered = ALA__RecallNames(in_handle, *in_record, type);
+        remembered = ALA__RecallNames(in_handle, in_record, type);
         return result;
     }
     const ALA_attrName *get() const { return list; }
@@ -165,7 +164,7 @@ bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, 
 
 bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
            std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
-    const std::uint64_t passedOverBefore = mainh->valuesPassedOver;
+    const std::uint64_t passedOverBefore = ALA__ValuesPassedOver(mainh);
     ALA_record_t read = nullptr;
     ALA_retCode_t result = ALA_GetFirstJobRecord(mainh, loghPtr, &read);
     OwnedRecord current(read);
@@ -204,7 +203,7 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
         current.reset(read);
         if (result == ALA_A_LAST_ATTRIBUTE) {
             names.moveTo(inoutp_list);
-            return complete && mainh->valuesPassedOver == passedOverBefore;
+            return complete && ALA__ValuesPassedOver(mainh) == passedOverBefore;
         }
         if (result == ALA_N_NORMAL)
             result = names.take(mainh, current.get(), &changed);

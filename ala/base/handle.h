@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 
 #include "ala/ala.h"
-
-struct ALA__column; // ala/cursor/columns.h
+#include "ala/cursor/columns.h"
 
 struct handleData {
     std::int32_t pid;  // of the process that registered
@@ -17,8 +17,12 @@ struct handleData {
     // has something in it that no report shows.
     std::uint64_t valuesPassedOver;
 
-    ALA__column *columns;       // what the cursors remember from record to record; owned
-    std::uint64_t columnsState; // changes with them; never 0 while there are any
+    Columns columns; // what the cursors remember from record to record
+
+    ~handleData() {
+        std::free(svrName);
+        std::free(acctLogPath);
+    }
 };
 using ALA_handleData_t = handleData;
 

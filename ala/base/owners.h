@@ -1,16 +1,39 @@
 // Owners of a few lines for what an operation holds until it succeeds.
 #pragma once
 
+#include <memory>
+#include <new>
+#include <type_traits>
+
 #include "platform/descriptor.h"
 #include "platform/malloced.h"
 
 // A zeroed record, or null.
 template <class T>
 Malloced<T> makeZeroed() {
+    static_assert(std::is_trivially_destructible_v<T>, "free is all that releases it");
     Malloced<T> record(static_cast<T *>(std::malloc(sizeof(T))));
     if (record != nullptr)
         *record = T{};
     return record;
+}
+
+// Owner of a record from malloc that releases what hangs from it itself.
+struct DestroyDeleter {
+    template <class T>
+    void operator()(T *record) const {
+        std::destroy_at(record);
+        std::free(record);
+    }
+};
+template <class T>
+using Owned = std::unique_ptr<T, DestroyDeleter>;
+
+// The same zeroed, or null.
+template <class T>
+Owned<T> makeOwned() {
+    void *memory = std::malloc(sizeof(T));
+    return Owned<T>(memory != nullptr ? new (memory) T{} : nullptr);
 }
 
 // Receives what an operation hands out through a char ** argument.  The owner has it at the end of the full

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "ala/base/trace.h"
-#include "ala/cursor/columns.h"
+#include "ala/driver.h"
 #include "ala/render/render.h"
 
 std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
@@ -14,11 +14,12 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
 }
 
 // Renders one value, or the lack of any, into the pair.
-static ALA_retCode_t deliverValue(ALA_handle_t in_handle, const attrValNode &in_node, void *in_value,
+static ALA_retCode_t deliverValue(ALA_handle_t in_handle, const attrValNode &in_node,
+                                  std::string_view in_knownName, void *in_value,
                                   AS_attrValDesc_t in_description, const char *inp_locale,
                                   ALA_attrPair **outp_attribute) {
-    const ALA_retCode_t result = ALA__GetAttribute(&in_node, in_value, in_description, inp_locale,
-                                                   &in_handle->oidHandle, outp_attribute);
+    const ALA_retCode_t result = ALA__GetNamedAttribute(&in_node, in_knownName, in_value, in_description,
+                                                        inp_locale, &in_handle->oidHandle, outp_attribute);
     if (result != ALA_N_NORMAL)
         ++in_handle->valuesPassedOver;
     return result;
@@ -26,8 +27,9 @@ static ALA_retCode_t deliverValue(ALA_handle_t in_handle, const attrValNode &in_
 
 // Renders the values in turn.  The last one's result counts; that of an earlier one shows as a missing value.
 static ALA_retCode_t deliverValues(STF_l__hdr *in_status, ALA_handle_t in_handle, const attrValNode *inp_node,
-                                   const char *inp_locale, const CursorTexts &in_texts,
-                                   ALA_attrPair **outp_attribute, bool *outp_complete) {
+                                   std::string_view in_knownName, const char *inp_locale,
+                                   const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
+                                   bool *outp_complete) {
     ALA_retCode_t result = ALA_N_NORMAL;
     for (std::uint32_t i = 0; i < inp_node->numAttrVal; ++i) {
         const GEN_string &packed = inp_node->attrVals[i];
@@ -40,10 +42,11 @@ static ALA_retCode_t deliverValues(STF_l__hdr *in_status, ALA_handle_t in_handle
                             "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
                             static_cast<std::int32_t>(inp_node->attrValType), in_texts.operation);
         }
-        result = deliverValue(in_handle, *inp_node, value, description, inp_locale, outp_attribute);
+        result =
+            deliverValue(in_handle, *inp_node, in_knownName, value, description, inp_locale, outp_attribute);
     }
     if (inp_node->numAttrVal == 0)
-        result = deliverValue(in_handle, *inp_node, nullptr, {}, inp_locale, outp_attribute);
+        result = deliverValue(in_handle, *inp_node, in_knownName, nullptr, {}, inp_locale, outp_attribute);
     *outp_complete = true;
     return result;
 }
@@ -53,24 +56,24 @@ ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_
                                     bool *outp_complete) {
     const StatusList status;
     if (inp_locale != nullptr)
-        ALA__ForgetColumns(in_handle);
-    const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node);
-    if (const std::int32_t result = column != nullptr ? 0 : ALA__FillOid(status, inoutp_node); result != 0) {
+        in_handle->columns.forget();
+    const std::string_view knownName = in_handle->columns.recall(inoutp_node->decoid, inoutp_node->column);
+    const bool isKnown = knownName.data() != nullptr;
+    if (const std::int32_t result = isKnown ? 0 : ALA__FillOid(status, inoutp_node); result != 0) {
         ++in_handle->valuesPassedOver;
         return ALA_FAIL(ALA_A_OID_ERROR,
                         "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
                         in_texts.operation, static_cast<unsigned>(result), inoutp_node->decoid);
     }
-    if (column != nullptr) {
-        inoutp_node->knownName = column->name;
-        inoutp_node->knownNameLength = column->nameSize;
-    }
-    const ALA_retCode_t result =
-        deliverValues(status, in_handle, inoutp_node, inp_locale, in_texts, outp_attribute, outp_complete);
-    inoutp_node->knownName = nullptr;
-    if (column == nullptr && inp_locale == nullptr && *outp_attribute != nullptr)
-        ALA__RememberColumn(in_handle, *inoutp_node, (*outp_attribute)->attrName);
+    const ALA_retCode_t result = deliverValues(status, in_handle, inoutp_node, knownName, inp_locale,
+                                               in_texts, outp_attribute, outp_complete);
+    if (!isKnown && inp_locale == nullptr && *outp_attribute != nullptr)
+        in_handle->columns.remember(inoutp_node->decoid, inoutp_node->column, (*outp_attribute)->attrName);
     return result;
+}
+
+std::uint64_t ALA__ValuesPassedOver(ALA_handle_t in_handle) {
+    return in_handle->valuesPassedOver;
 }
 
 template <class Record>

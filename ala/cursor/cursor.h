@@ -24,21 +24,3 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node);
 template <class Record>
 ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord,
                                const CursorTexts &in_texts);
-
-// Nodes of a record.
-struct ALA__nodeRange {
-    std::uint64_t first;
-    std::uint64_t end; // not included
-    bool operator==(const ALA__nodeRange &) const = default;
-};
-
-// What a list of a record's names would be, without making it.
-struct ALA__rememberedNames {
-    std::uint64_t columnsState; // 0: not all of them are remembered, or the type is unknown
-    ALA__nodeRange range;
-    bool operator==(const ALA__rememberedNames &) const = default;
-};
-
-// If this is the same for two records of a handle, and columnsState not 0, so are the names in their lists.
-ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, const record &in_record,
-                                      ALA_recAttrType_t in_type);

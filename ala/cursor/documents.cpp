@@ -71,8 +71,7 @@ static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number
         attrValNode *copy = &document->attrValList[number];
         if (!copyNode(inoutp_record->attrValList[start + number], document->memory, copy))
             return noMemoryForList(in_operation);
-        copy->place = inoutp_record->numJobAttr + number;
-        copy->columnsState = 0;
+        copy->column = ColumnStamp(inoutp_record->numJobAttr + number);
     }
     ++inoutp_record->docIndex;
     *outp_docRecord = document.release();

@@ -7,10 +7,15 @@
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/cursor/columns.h"
+#include "ala/driver.h"
 #include "ala/render/names.h"
 
 namespace {
+
+struct NodeRange {
+    std::uint64_t first;
+    std::uint64_t end; // not included
+};
 
 // The list in one piece of memory: the nodes, in the order of the list, and behind them the texts.  So the
 // list's address is that of all its memory.
@@ -63,7 +68,7 @@ private:
 } // namespace
 
 // The nodes that the type selects, as far as the record has them.  False for an unknown type.
-static bool selectRange(const record &in_record, ALA_recAttrType_t in_type, ALA__nodeRange *outp_range) {
+static bool selectRange(const record &in_record, ALA_recAttrType_t in_type, NodeRange *outp_range) {
     const std::uint64_t job = in_record.numJobAttr;
     const std::uint64_t document = job + in_record.docAttrPerDoc;
     switch (in_type) {
@@ -103,7 +108,7 @@ static std::int32_t lookUpName(STF_l__hdr *in_status, ALA_handle_t in_handle, at
     if (result == 0)
         result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, outp_name, 0);
     if (result == 0)
-        ALA__RememberColumn(in_handle, *inoutp_node, outp_name);
+        in_handle->columns.remember(inoutp_node->decoid, inoutp_node->column, outp_name);
     return result;
 }
 
@@ -111,8 +116,9 @@ static std::int32_t lookUpName(STF_l__hdr *in_status, ALA_handle_t in_handle, at
 static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
                              NameBlock &inoutp_names) {
     bool added = false;
-    if (const ALA__column *column = ALA__RecallColumn(in_handle, inoutp_node); column != nullptr) {
-        added = inoutp_names.add(column->name, column->nameSize);
+    const std::string_view known = in_handle->columns.recall(inoutp_node->decoid, inoutp_node->column);
+    if (known.data() != nullptr) {
+        added = inoutp_names.add(known.data(), known.size());
     } else {
         char name[OID_NAME_SIZE];
         const std::int32_t result = lookUpName(in_status, in_handle, inoutp_node, name);
@@ -144,14 +150,14 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
         return ALA_FAIL(ALA_A_INVALID_JOB_RECORD,
                         "record or record->attrValList is NULL or record->numAttr < 0 in "
                         "ALA_ListAttributesFromRecord; ALA_A_INVALID_JOB_RECORD");
-    ALA__nodeRange range = {};
+    NodeRange range = {};
     if (!selectRange(*in_curRecord, in_attrType, &range))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR,
                         "Unknown attribute type: %d in ALA_ListAttributesFromRecord; ALA_A_UNKNOWN_ERR",
                         in_attrType);
     const StatusList status;
     if (inp_locale != nullptr) {
-        ALA__ForgetColumns(in_alaHandle);
+        in_alaHandle->columns.forget();
         if (const ALA_retCode_t result = setLocale(status, in_alaHandle, inp_locale, *in_curRecord);
             result != ALA_N_NORMAL)
             return result;
@@ -167,16 +173,22 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
     return ALA_N_NORMAL;
 }
 
-ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, const record &in_record,
+ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, ALA_record_t in_record,
                                       ALA_recAttrType_t in_type) {
-    ALA__rememberedNames names = {};
-    if (!selectRange(in_record, in_type, &names.range))
+    NodeRange range = {};
+    if (!selectRange(*in_record, in_type, &range))
         return {};
-    for (std::uint64_t i = names.range.first; i < names.range.end; ++i)
-        if (ALA__RecallColumn(in_handle, &in_record.attrValList[i]) == nullptr)
+    for (std::uint64_t i = range.first; i < range.end; ++i) {
+        attrValNode &node = in_record->attrValList[i];
+        if (in_handle->columns.recall(node.decoid, node.column).data() == nullptr)
             return {};
-    names.columnsState = in_handle->columnsState;
-    return names;
+    }
+    return {in_handle->columns.currentState(), range.first, range.end};
+}
+
+bool ALA__HasSameNames(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type,
+                       const ALA__rememberedNames &in_names) {
+    return in_names.state != 0 && ALA__RecallNames(in_handle, in_record, in_type) == in_names;
 }
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "ala/ala.h"
+#include "ala/cursor/columns.h"
 #include "ala/log/memory.h"
 #include "service/oid.h"
 #include "service/packed.h"
@@ -13,12 +14,7 @@
 struct attrValNode : attrTag {
     std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
     GEN_string *attrVals; // numAttrVal of them; null when there are none
-    std::uint32_t place;  // among the record's attributes; of a document's, where the first document has it
-    std::uint64_t columnsState; // in which the column at its place was this attribute; 0: in none
-    // The attribute's name, in a buffer of OID_NAME_SIZE bytes, if it is known already while a value is being
-    // rendered; else null.
-    const char *knownName;
-    std::uint32_t knownNameLength;
+    ColumnStamp column;   // what its name is remembered by
     std::uint8_t oidBytes[OID_BINARY_SIZE];
 };
 using ALA_attrValNode_t = attrValNode;

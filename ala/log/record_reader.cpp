@@ -169,9 +169,7 @@ static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, s
     node.decoid[kDecoidSize - 1] = '\0';
     node.oid = nullptr;
     node.attrVals = nullptr;
-    node.place = in_attr;
-    node.columnsState = 0;
-    node.knownName = nullptr;
+    node.column = ColumnStamp(in_attr);
     if (LOG_Wants(LOG_DETAIL))
         logTag(node, in_rules);
     return readValues(inoutp_in, inoutp_record, in_attr, in_rules);

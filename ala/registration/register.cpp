@@ -1,7 +1,6 @@
 #include "ala/ala.h"
 
 #include <cstdlib>
-#include <memory>
 #include <mutex>
 
 #include "ala/access/domain.h"
@@ -10,7 +9,6 @@
 #include "ala/base/lock.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/cursor/columns.h"
 #include "ala/registration/environment.h"
 #include "service/clock.h"
 #include "service/oid.h"
@@ -21,20 +19,6 @@ static std::int32_t mutexInit = 0; // control word of the once-only set-up
 static void ALA__InitOnce() {
     GENU_TimeZoneInit();
 }
-
-namespace {
-
-struct HandleDeleter {
-    void operator()(handleData *inp_handle) const {
-        std::free(inp_handle->svrName);
-        std::free(inp_handle->acctLogPath);
-        ALA__ForgetColumns(inp_handle);
-        std::free(inp_handle);
-    }
-};
-using OwnedHandle = std::unique_ptr<handleData, HandleDeleter>;
-
-} // namespace
 
 // QV_ROOT followed by "/share/oid", with the server's service environment loaded first.  One at a time: the
 // root of a server must not be taken for another's.
@@ -82,7 +66,7 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
         return ALA_FAIL(ALA_A_INVALID_LOG_PATH_NAME,
                         "inp_acctLogPath is NULL for ALA_Register;ALA_A_INVALID_LOG_PATH_NAME");
 
-    OwnedHandle handle(makeZeroed<handleData>().release());
+    Owned<handleData> handle = makeOwned<handleData>();
     if (handle == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for handle; ALA_A_OUT_OF_MEMORY");
     handle->pid = ALA__CurrentPid();
@@ -123,7 +107,7 @@ ALA_retCode_t ALA_Unregister(ALA_handle_t *inoutp_alaHandle) {
     if (valid != ALA_N_NORMAL)
         return valid;
 
-    const OwnedHandle handle(*inoutp_alaHandle);
+    const Owned<handleData> handle(*inoutp_alaHandle);
     ALA__EACL_Term();
     THR_TermMutex(&localeLock);
     THR_TermMutex(&timeLock);

@@ -119,12 +119,12 @@ static const RenderFailure *renderTarget(AS_attrValType_t in_type, const void *i
 }
 
 // Makes the pair of a first value.
-static ALA_retCode_t makePair(const attrValNode *inp_node, const char *inp_locale, void **inoutp_oidHandle,
-                              OwnedPair &outp_pair) {
+static ALA_retCode_t makePair(const attrValNode *inp_node, std::string_view in_knownName,
+                              const char *inp_locale, void **inoutp_oidHandle, OwnedPair &outp_pair) {
     ALA_attrPair *pair = nullptr;
     char *attrName = nullptr;
-    const ALA_retCode_t result =
-        ALA__LookupAttrNameFromOID(inp_node, inp_locale, inoutp_oidHandle, &pair, &attrName);
+    const ALA_retCode_t result = ALA__LookupAttrNameFromOID(inp_node->oid, in_knownName, inp_locale,
+                                                            inoutp_oidHandle, &pair, &attrName);
     if (result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute",
                         inp_node->decoid);
@@ -133,16 +133,17 @@ static ALA_retCode_t makePair(const attrValNode *inp_node, const char *inp_local
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
-                                AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
-                                void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute) {
+ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_view in_knownName,
+                                     void *in_attrVal, AS_attrValDesc_t in_attrValDesc,
+                                     const char *inp_locale, void **inoutp_oidHandle,
+                                     ALA_attrPair **inoutp_attribute) {
     const FuncTrace trace("ALA__GetAttribute");
     ALA_DETAIL("*** ALA__GetAttribute *** for attribute type %d ",
                static_cast<std::int32_t>(inp_node->attrValType));
     const ValueRecord value(in_attrVal, in_attrValDesc);
     OwnedPair made;
     if (*inoutp_attribute == nullptr)
-        if (const ALA_retCode_t result = makePair(inp_node, inp_locale, inoutp_oidHandle, made);
+        if (const ALA_retCode_t result = makePair(inp_node, in_knownName, inp_locale, inoutp_oidHandle, made);
             result != ALA_N_NORMAL)
             return result;
     ALA__growingPair *pair = made != nullptr ? made.get() : asGrowing(*inoutp_attribute);
@@ -167,4 +168,11 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
     if (made != nullptr)
         *inoutp_attribute = &made.release()->pair;
     return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
+                                AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
+                                void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute) {
+    return ALA__GetNamedAttribute(inp_node, {}, in_attrVal, in_attrValDesc, inp_locale, inoutp_oidHandle,
+                                  inoutp_attribute);
 }

@@ -22,9 +22,9 @@ struct PairReleaser {
 
 } // namespace
 
-ALA_retCode_t ALA__LookupAttrNameFromOID(const attrValNode *inp_node, const char *inp_locale,
-                                         void **inoutp_oidHandle, ALA_attrPair **outp_attribute,
-                                         char **outpp_attrName) {
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
+                                         const char *inp_locale, void **inoutp_oidHandle,
+                                         ALA_attrPair **outp_attribute, char **outpp_attrName) {
     *outp_attribute = nullptr;
     *outpp_attrName = nullptr;
     std::unique_ptr<ALA__growingPair, PairReleaser> pair(
@@ -45,10 +45,10 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const attrValNode *inp_node, const char
         char *locale = copy.get();
         result = OID_SetLocale(status, inoutp_oidHandle, &locale);
     }
-    if (inp_node->knownName != nullptr)
-        copyName(inp_node->knownName, inp_node->knownNameLength, pair->name);
+    if (in_knownName.data() != nullptr)
+        copyName(in_knownName.data(), in_knownName.size(), pair->name);
     else if (result == 0)
-        result = OID_LookupBinary(status, *inoutp_oidHandle, inp_node->oid, pair->name, 0);
+        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, pair->name, 0);
     if (result != 0)
         return ALA_FAIL(ALA_A_OID_ERROR, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OID_ERROR. "
                                          "OID_LookupBinary failed.");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "ala/ala.h"
 #include "ala/log/record.h"
@@ -18,6 +19,13 @@ constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value'
 ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
                                 AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
                                 void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute);
+
+// The same of an attribute whose name is known: in a buffer of OID_NAME_SIZE bytes, with its NUL.  One
+// without data is that of the node's object identifier.
+ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_view in_knownName,
+                                     void *in_attrVal, AS_attrValDesc_t in_attrValDesc,
+                                     const char *inp_locale, void **inoutp_oidHandle,
+                                     ALA_attrPair **inoutp_attribute);
 
 // Releases a value record; null is fine.
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
