@@ -1,4 +1,4 @@
-// Memory for the parts of one thing, which come one after the other and go at once.
+// Memory for the parts of one thing, which come one after the other and go at once, with this object.
 //
 // It grows in chunks.  The first chunk of the usual size is kept for the next thing of its kind.
 #pragma once
@@ -11,12 +11,16 @@
 
 #include "service/spare_block.h"
 
-// Use: a type that tells the kinds apart.  kFirstChunk: bytes of the usual first chunk, with its head.  An
-// object of zeros is an empty one.  kPacked: bytes may lie between what is aligned, and no allocation is
-// empty.
+// Use: a type that tells the kinds apart.  kFirstChunk: bytes of the usual first chunk, with its head.
+// kPacked: bytes may lie between what is aligned, and no allocation is empty.
 template <class Use, std::size_t kFirstChunk, std::size_t kAlignment, bool kPacked = false>
 class ChunkMemory {
 public:
+    ChunkMemory() = default;
+    ~ChunkMemory() { releaseFrom(first); }
+    ChunkMemory(const ChunkMemory &) = delete;
+    ChunkMemory &operator=(const ChunkMemory &) = delete;
+
     // Not cleared.  Null when memory runs out.  Unless kPacked, the shortest allocation has an address of its
     // own, too.
     void *allocate(std::size_t in_size) {
@@ -35,13 +39,13 @@ public:
     // What the first chunk shall hold if that is more than usual.
     void expect(std::size_t in_bytes) { expected = in_bytes; }
 
-    void release() {
-        releaseFrom(first);
-        *this = {};
-    }
-
     // Leaves the memory to whoever has the first allocation, and takes it back from there; null is fine.
-    void handOver() { *this = {}; }
+    void handOver() {
+        first = nullptr;
+        last = nullptr;
+        next = nullptr;
+        end = nullptr;
+    }
     static void releaseFromFirst(void *inp_allocation) {
         if (inp_allocation != nullptr)
             releaseFrom(static_cast<Chunk *>(inp_allocation) - 1);

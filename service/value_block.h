@@ -9,7 +9,4 @@ class ValueBlock : public ChunkMemory<class OfValues, 512, alignof(std::max_alig
 public:
     // in_expected: bytes that the value will probably need; more are found as they are asked for.
     explicit ValueBlock(std::size_t in_expected) { expect(in_expected); }
-    ~ValueBlock() { release(); }
-    ValueBlock(const ValueBlock &) = delete;
-    ValueBlock &operator=(const ValueBlock &) = delete;
 };

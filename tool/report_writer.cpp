@@ -65,11 +65,6 @@ struct RecordDeleter {
 };
 using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
-struct DocumentDeleter {
-    void operator()(docRecord *inp_document) const { ALA_FreeDocmtRecord(&inp_document); }
-};
-using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
-
 } // namespace
 
 // One field: the name, or the values with a blank in front of each further one.

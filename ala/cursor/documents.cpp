@@ -3,23 +3,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-
-namespace {
-
-void freeDocument(docRecord *inp_document) {
-    inp_document->memory.release();
-    std::free(inp_document);
-}
-
-struct DocumentDeleter {
-    void operator()(docRecord *inp_document) const { freeDocument(inp_document); }
-};
-using OwnedDocument = std::unique_ptr<docRecord, DocumentDeleter>;
-
-} // namespace
 
 // Deep copies in the document's own memory.  False when memory runs out.
 static bool copyNode(const attrValNode &in_source, RecordMemory &inoutp_memory, attrValNode *outp_copy) {
@@ -53,7 +40,7 @@ static ALA_retCode_t noMemoryForList(const char *in_operation) {
 // The document of that number, counted from 0.  Its last nodes are missing if the record ends before them.
 static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number, const char *in_operation,
                                   ALA_dRecord_t *outp_docRecord) {
-    OwnedDocument document(makeZeroed<docRecord>().release());
+    Owned<docRecord> document = makeOwned<docRecord>();
     if (document == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for docRecord in %s; ALA_A_OUT_OF_MEMORY", in_operation);
@@ -143,7 +130,6 @@ ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord) {
     const FuncTrace trace("ALA_FreeDocmtRecord");
     if (inoutp_docRecord == nullptr || *inoutp_docRecord == nullptr)
         return ALA_N_NORMAL;
-    freeDocument(*inoutp_docRecord);
-    *inoutp_docRecord = nullptr;
+    const Owned<docRecord> released(std::exchange(*inoutp_docRecord, nullptr));
     return ALA_N_NORMAL;
 }

@@ -131,9 +131,7 @@ static ALA_retCode_t readEntry(LogInput &inoutp_in, AS_attrValType_t in_type, co
         return ALA_A_FAIL_READ_LOG_FILE;
     ALA_DETAIL("attrVals->length: %d ntohl: %d\n", static_cast<std::int32_t>(length),
                static_cast<std::int32_t>(ntohl(length)));
-    struct Owned : RecordMemory {
-        ~Owned() { release(); }
-    } memory;
+    RecordMemory memory;
     GEN_string packed = {};
     switch (readValueBytes(inoutp_in, length, memory, &packed)) {
     case ReadResult::Cut:

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
@@ -74,16 +75,6 @@ constexpr ReaderRules kNextRecord = {
     "numAttrs: %d\n",
     nullptr,
 };
-
-void freeRecord(record *inp_record) {
-    inp_record->memory.release();
-    std::free(inp_record);
-}
-
-struct RecordDeleter {
-    void operator()(record *inp_record) const { freeRecord(inp_record); }
-};
-using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
 struct Counts {
     std::uint32_t numAttr;
@@ -195,12 +186,12 @@ static ALA_retCode_t readAttributes(LogInput &inoutp_in, record *inoutp_record, 
 }
 
 static ALA_retCode_t readRecord(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
-                                OwnedRecord &outp_record) {
+                                Owned<record> &outp_record) {
     Counts counts = {};
     if (const ALA_retCode_t result = readCounts(inoutp_in, in_verNum, in_rules, &counts);
         result != ALA_N_NORMAL)
         return result;
-    outp_record.reset(makeZeroed<record>().release());
+    outp_record = makeOwned<record>();
     if (outp_record == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForRecord);
     outp_record->numAttr = counts.numAttr;
@@ -221,7 +212,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.invalidHandle);
 
     LogInput in(log->fd);
-    OwnedRecord read;
+    Owned<record> read;
     const ALA_retCode_t result = readRecord(in, log->verNum, in_rules, read);
     log->end = in.metEnd() && in.consumed() == 0 ? _lseek(log->fd, 0, SEEK_CUR) : -1;
     log->holdsNoRecord = log->end >= 0 && in_rules.backToFileStart;
@@ -240,9 +231,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t
 void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
                               std::int32_t in_pos) {
     static_cast<void>(_lseek(*inoutp_fd, static_cast<long>(in_offset), in_pos));
-    if (*inoutpp_record != nullptr)
-        freeRecord(*inoutpp_record);
-    *inoutpp_record = nullptr;
+    const Owned<record> partial(std::exchange(*inoutpp_record, nullptr));
 }
 
 ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
@@ -261,7 +250,6 @@ ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {
     const FuncTrace trace("ALA_FreeJobRecord");
     if (inoutp_record == nullptr || *inoutp_record == nullptr)
         return ALA_N_NORMAL;
-    freeRecord(*inoutp_record);
-    *inoutp_record = nullptr;
+    const Owned<record> released(std::exchange(*inoutp_record, nullptr));
     return ALA_N_NORMAL;
 }
