@@ -7,57 +7,6 @@
 #include "ala/render/names.h"
 #include "service/status.h"
 
-// A value with that many zeroed bytes of room for its text; without room it has no text.
-static ALA_retCode_t allocValue(attributeVal **outpp_val, std::size_t in_room) {
-    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + in_room));
-    *outpp_val = value;
-    if (value == nullptr)
-        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    *value = {in_room != 0 ? static_cast<char *>(std::memset(value + 1, 0, in_room)) : nullptr, nullptr};
-    return ALA_N_NORMAL;
-}
-
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
-    return allocValue(inoutpp_val, kValueSize);
-}
-
-ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text) {
-    constexpr std::size_t kCopied = 4096; // bytes from which on a text is not copied
-    static_assert(kCopied >= kValueSize, "such a text is in no maker's buffer");
-    const bool isCopied = inoutp_text.size() < kCopied;
-    const std::size_t room = isCopied ? inoutp_text.size() + 1 : 0;
-    if (const ALA_retCode_t result = allocValue(outpp_val, room); result != ALA_N_NORMAL)
-        return result;
-    if (isCopied)
-        std::memcpy((*outpp_val)->value, inoutp_text.c_str(), room);
-    else
-        (*outpp_val)->value = inoutp_text.releaseToFit();
-    return ALA_N_NORMAL;
-}
-
-void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value) {
-    if (inp_value->value != reinterpret_cast<const ALA__roomyValue *>(inp_value)->text)
-        std::free(inp_value->value);
-    if (inp_value != &reinterpret_cast<const ALA__growingPair *>(inp_pair)->first.node)
-        std::free(inp_value);
-}
-
-static void freePair(ALA_attrPair *inp_pair) {
-    while (inp_pair->attrVal != nullptr) {
-        attributeVal *value = inp_pair->attrVal;
-        inp_pair->attrVal = value->next;
-        ALA__FreeValue(inp_pair, value);
-    }
-    PairMemory::release(inp_pair); // with its name
-}
-
-ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
-    const FuncTrace trace("ALA_FreeAttributePair");
-    freePair(*inoutp_attribute);
-    *inoutp_attribute = nullptr;
-    return ALA_N_NORMAL;
-}
-
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
     if (in_attr == nullptr)
         return;
@@ -81,11 +30,6 @@ private:
     void *value;
     AS_attrValDesc_t description;
 };
-
-struct PairDeleter {
-    void operator()(ALA__growingPair *inp_pair) const { freePair(&inp_pair->pair); }
-};
-using OwnedPair = std::unique_ptr<ALA__growingPair, PairDeleter>;
 
 } // namespace
 

@@ -3,59 +3,11 @@
 #include <cctype>
 #include <cstring>
 
-#include "ala/base/trace.h"
-#include "ala/render/render.h"
+#include "ala/base/owners.h"
 #include "service/text.h"
 
 constexpr std::uint8_t kClassMask = 0xF0;
 constexpr std::uint8_t kNumberedClasses[] = {0x40, 0x10}; // whose names may begin with a number and a hyphen
-
-static ALA_retCode_t noMemory() {
-    return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OUT_OF_MEMORY");
-}
-
-namespace {
-
-struct PairReleaser {
-    void operator()(ALA__growingPair *inp_pair) const { PairMemory::release(inp_pair); }
-};
-
-} // namespace
-
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
-                                         const char *inp_locale, void **inoutp_oidHandle,
-                                         ALA_attrPair **outp_attribute, char **outpp_attrName) {
-    *outp_attribute = nullptr;
-    *outpp_attrName = nullptr;
-    std::unique_ptr<ALA__growingPair, PairReleaser> pair(
-        static_cast<ALA__growingPair *>(PairMemory::allocate()));
-    if (pair == nullptr)
-        return noMemory();
-    pair->first.text[0] = '\0';
-    pair->first.node = {pair->first.text, nullptr};
-    pair->pair = {nullptr, &pair->first.node};
-    pair->last = &pair->first.node;
-
-    const StatusList status;
-    std::int32_t result = 0;
-    if (inp_locale != nullptr) {
-        const Malloced<char> copy(_strdup(inp_locale));
-        if (copy == nullptr)
-            return noMemory();
-        char *locale = copy.get();
-        result = OID_SetLocale(status, inoutp_oidHandle, &locale);
-    }
-    if (in_knownName.data() != nullptr)
-        copyName(in_knownName.data(), in_knownName.size(), pair->name);
-    else if (result == 0)
-        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, pair->name, 0);
-    if (result != 0)
-        return ALA_FAIL(ALA_A_OID_ERROR, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OID_ERROR. "
-                                         "OID_LookupBinary failed.");
-    *outpp_attrName = pair->name;
-    *outp_attribute = &pair.release()->pair;
-    return ALA_N_NORMAL;
-}
 
 static bool isNumberedClass(std::uint8_t in_class) {
     for (const std::uint8_t numbered : kNumberedClasses)

@@ -5,9 +5,7 @@
 #pragma once
 
 #include <cstring>
-#include <string_view>
 
-#include "ala/ala.h"
 #include "ala/render/text.h"
 #include "service/oid.h"
 #include "service/values.h"
@@ -20,14 +18,6 @@ inline void copyName(const char *inp_name, std::size_t in_length, char *outp_nam
     if (in_length >= kUsualName)
         std::memcpy(outp_name + kUsualName, inp_name + kUsualName, in_length + 1 - kUsualName);
 }
-
-// A new pair with one empty value, and the attribute's name, which lies in the pair and which the caller
-// makes known there.  The known name is taken if it has data, else that of the object identifier, which may
-// be null before.  A locale that is not null stays set on the database handle.  ALA_A_OUT_OF_MEMORY,
-// ALA_A_OID_ERROR: both outputs are null.
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
-                                         const char *inp_locale, void **inoutp_oidHandle,
-                                         ALA_attrPair **outp_attribute, char **outpp_attrName);
 
 // The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
 // first hyphen.  The pointer lies in outp_buffer, and is null when the database does not know the identifier.

@@ -6,11 +6,9 @@
 
 #include "ala/ala.h"
 #include "ala/log/record.h"
+#include "ala/render/pair.h"
 #include "ala/render/text.h"
 #include "service/packed.h"
-#include "service/spare_block.h"
-
-constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
 
 // Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the
 // text is appended to the pair's values.  Takes over in_attrVal, which may be null for an attribute without a
@@ -29,35 +27,6 @@ ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_vi
 
 // Releases a value record; null is fine.
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
-
-// A value with its text behind it; a longer one has memory of its own.  The node is first, so that its
-// address is this record's.  Further values of a pair have as much of the room as their texts take.
-struct ALA__roomyValue {
-    attributeVal node;
-    char text[kValueSize];
-};
-
-// A pair with its name and its first value in one piece.  It remembers its last value, so that appending
-// costs the same however many there are.
-struct ALA__growingPair {
-    ALA_attrPair pair; // what the caller sees; first, so that its address is this record's
-    attributeVal *last;
-    char name[OID_NAME_SIZE];
-    ALA__roomyValue first;
-};
-
-using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
-
-// A value with an empty text in a zeroed buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
-// variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
-
-// A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
-// variable null.
-ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text);
-
-// Releases a value and its text, but for what is a part of the pair.
-void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);
 
 // What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
 struct RenderFailure {
