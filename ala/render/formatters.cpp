@@ -27,7 +27,7 @@ static void addTwoDigits(std::uint32_t in_number, Text &buf) {
     buf.add(static_cast<char>('0' + in_number % 10));
 }
 
-void ALA__DeltaTimeToAscii(const GEN_deltaTime_t *inp_dt, Text &inout_buf) {
+void ALA__DeltaTimeToAscii(STF_l__hdr *, void *, Text &inout_buf, const GEN_deltaTime_t *inp_dt) {
     if (inp_dt == nullptr)
         return;
     inout_buf.addNumber(*inp_dt / 3600);
@@ -37,87 +37,87 @@ void ALA__DeltaTimeToAscii(const GEN_deltaTime_t *inp_dt, Text &inout_buf) {
     addTwoDigits(*inp_dt % 60, inout_buf);
 }
 
-void ALA__DocFormatToAscii(STF_l__hdr *status, void **inoutp_oidHandle, const GEN_documentFormat *dfp,
-                           Text &buf) {
-    if (!ALA__AddStrippedName(status, *inoutp_oidHandle, dfp->format, buf))
+void ALA__DocFormatToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                           const GEN_documentFormat *dfp) {
+    if (!ALA__AddStrippedName(inoutp_status, in_handle, buf, dfp->format))
         buf.add(' ');
 }
 
-void ALA__EdgeToAscii(const GEN_edge_t *inp_gen, Text &in_buff) {
+void ALA__EdgeToAscii(STF_l__hdr *, void *, Text &in_buff, const GEN_edge_t *inp_gen) {
     static constexpr const char *kEdges[] = {"bottom-edge", "right-edge", "top-edge", "left-edge"};
     const bool valid = *inp_gen >= 0 && *inp_gen < static_cast<std::int32_t>(std::size(kEdges));
     in_buff.add(valid ? kEdges[*inp_gen] : "Invalid-Edge-Choice");
 }
 
-void ALA__FinishingToAscii(STF_l__hdr *inoutp_status, const GEN_finishing *ip, void *in_handle, Text &buf) {
+void ALA__FinishingToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_finishing *ip) {
     if (ip == nullptr)
         return buf.add("<null>");
-    if (ip->finishingMessage_o != nullptr && ALA__AddText(inoutp_status, ip->finishingMessage_o, buf))
+    if (ip->finishingMessage_o != nullptr && ALA__AddText(inoutp_status, buf, ip->finishingMessage_o))
         buf.add(' ');
     if (ip->choice == GEN_FINISHING_NAMED)
-        ALA__NameOrOidToAscii(inoutp_status, &ip->u.named, in_handle, buf);
+        ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &ip->u.named);
 }
 
-void ALA__FontReferenceToAscii(STF_l__hdr *inoutp_status, const GEN_fontReference *ip, Text &buf) {
+void ALA__FontReferenceToAscii(STF_l__hdr *inoutp_status, void *, Text &buf, const GEN_fontReference *ip) {
     if (ip == nullptr)
         return buf.add("<null>");
     if (ip->choice != GEN_SIMPLE_FONT_NAME)
         return buf.add("font reference not a simple name");
-    ALA__AddSimpleName(inoutp_status, &ip->u.simpleFontName, buf);
+    ALA__AddSimpleName(inoutp_status, buf, &ip->u.simpleFontName);
 }
 
-void ALA__mediaConsumedToAscii(STF_l__hdr *inoutp_status, const GEN_mediaConsumed *ip, void *in_handle,
-                               Text &buf) {
+void ALA__mediaConsumedToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                               const GEN_mediaConsumed *ip) {
     if (ip == nullptr)
         return buf.add("<null>");
-    ALA__NameOrOidToAscii(inoutp_status, &ip->printType, in_handle, buf);
+    ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &ip->printType);
     buf.add(':');
-    ALA__ObjectIdentToAscii(inoutp_status, &ip->mediumSize, in_handle, buf);
+    ALA__ObjectIdentToAscii(inoutp_status, in_handle, buf, &ip->mediumSize);
     buf.add(':');
     buf.addNumber(static_cast<std::int32_t>(ip->printedImpressions));
     buf.add(':');
     buf.addNumber(static_cast<std::int32_t>(ip->consumedMediaSheets));
 }
 
-void ALA__MedSelectToAscii(const GEN_mediaSelect *inp_ms, void *in_handle, Text &in_buff) {
-    const StatusList status;
+void ALA__MedSelectToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &in_buff,
+                           const GEN_mediaSelect *inp_ms) {
     if (inp_ms->choice == GEN_MEDIUM_FOR_ALL_PAGES)
-        return ALA__NameOrOidToAscii(status, &inp_ms->u.mediumForAllPages, in_handle, in_buff);
+        return ALA__NameOrOidToAscii(inoutp_status, in_handle, in_buff, &inp_ms->u.mediumForAllPages);
     if (inp_ms->choice != GEN_MEDIUM_FOR_SEL_PAGES)
         return;
     for (const auto *node = inp_ms->u.mediumForSelPages; node != nullptr; node = node->next) {
         const GEN_pageMediaSelect &selection = node->_value;
-        ALA__NameOrOidToAscii(status, &selection.mediumId, in_handle, in_buff);
+        ALA__NameOrOidToAscii(inoutp_status, in_handle, in_buff, &selection.mediumId);
         in_buff.add(' ');
-        ALA__PageIdentToAscii(status, selection.pageRange.beginningPage_o, in_handle, in_buff);
+        ALA__PageIdentToAscii(inoutp_status, in_handle, in_buff, selection.pageRange.beginningPage_o);
         in_buff.add(' ');
-        ALA__PageIdentToAscii(status, selection.pageRange.endingPage_o, in_handle, in_buff);
+        ALA__PageIdentToAscii(inoutp_status, in_handle, in_buff, selection.pageRange.endingPage_o);
         if (node->next != nullptr)
             in_buff.add(' ');
     }
 }
 
-void ALA__PageIdentToAscii(STF_l__hdr *inoutp_status, const GEN_pageIdentifier *ip, void *in_handle,
-                           Text &buf) {
+void ALA__PageIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                           const GEN_pageIdentifier *ip) {
     if (ip == nullptr)
         return buf.add("<not specified>");
     switch (ip->choice) {
     case GEN_NOMINAL_PAGE_NUM:
         return buf.addNumber(static_cast<std::int32_t>(ip->u.nominalPageNum));
     case GEN_ALPHANUMERIC_PAGE_NUM:
-        return ALA__AddSimpleName(inoutp_status, &ip->u.alphanumericPageNum, buf);
+        return ALA__AddSimpleName(inoutp_status, buf, &ip->u.alphanumericPageNum);
     case GEN_PAGE_TAG:
-        return ALA__NameOrOidToAscii(inoutp_status, &ip->u.pageTag, in_handle, buf);
+        return ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &ip->u.pageTag);
     default:
         buf.add("Bad ID:");
         return buf.addNumber(ip->choice);
     }
 }
 
-void ALA__pageSelectToAscii(STF_l__hdr *inoutp_status, const GEN_pageSelect *ip, void *in_handle, Text &buf) {
+void ALA__pageSelectToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_pageSelect *ip) {
     if (ip == nullptr)
         return buf.add("<null>");
-    ALA__PageIdentToAscii(inoutp_status, ip->beginningPage_o, in_handle, buf);
+    ALA__PageIdentToAscii(inoutp_status, in_handle, buf, ip->beginningPage_o);
     buf.add(':');
-    ALA__PageIdentToAscii(inoutp_status, ip->endingPage_o, in_handle, buf);
+    ALA__PageIdentToAscii(inoutp_status, in_handle, buf, ip->endingPage_o);
 }

@@ -15,42 +15,6 @@ const RenderFailure *renderOid(Rendering &inoutp_rendering, const void *inp_valu
     return nullptr;
 }
 
-const RenderFailure *renderNameOrOid(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__NameOrOidToAscii(inoutp_rendering.status, static_cast<const GEN_nameOrOid *>(inp_value),
-                          *inoutp_rendering.oidHandle, inoutp_rendering.text);
-    return nullptr;
-}
-
-const RenderFailure *renderCardinalOrName(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__CardOrNoidToAscii(static_cast<const GEN_cardinalOrNoid *>(inp_value), *inoutp_rendering.oidHandle,
-                           inoutp_rendering.text);
-    return nullptr;
-}
-
-const RenderFailure *renderDocumentFormat(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__DocFormatToAscii(inoutp_rendering.status, inoutp_rendering.oidHandle,
-                          static_cast<const GEN_documentFormat *>(inp_value), inoutp_rendering.text);
-    return nullptr;
-}
-
-const RenderFailure *renderFontReference(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__FontReferenceToAscii(inoutp_rendering.status, static_cast<const GEN_fontReference *>(inp_value),
-                              inoutp_rendering.text);
-    return nullptr;
-}
-
-const RenderFailure *renderFinishing(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__FinishingToAscii(inoutp_rendering.status, static_cast<const GEN_finishing *>(inp_value),
-                          *inoutp_rendering.oidHandle, inoutp_rendering.text);
-    return nullptr;
-}
-
-const RenderFailure *renderMediaSelect(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__MedSelectToAscii(static_cast<const GEN_mediaSelect *>(inp_value), *inoutp_rendering.oidHandle,
-                          inoutp_rendering.text);
-    return nullptr;
-}
-
 // All elements in one value, set off from each other by a blank.
 template <class Node, class AddElement>
 static const RenderFailure *renderList(Rendering &inoutp_rendering, const void *inp_value,
@@ -65,29 +29,29 @@ static const RenderFailure *renderList(Rendering &inoutp_rendering, const void *
 
 const RenderFailure *renderNameOrOidSeq(Rendering &inoutp_rendering, const void *inp_value) {
     return renderList<GEN_nameOrOidSeq>(inoutp_rendering, inp_value, [&](const GEN_nameOrOidSeq &node) {
-        ALA__NameOrOidToAscii(inoutp_rendering.status, &node._value, *inoutp_rendering.oidHandle,
-                              inoutp_rendering.text);
+        ALA__NameOrOidToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
+                              &node._value);
     });
 }
 
 const RenderFailure *renderPageSelectSeq(Rendering &inoutp_rendering, const void *inp_value) {
     return renderList<GEN_pageSelectSeq>(inoutp_rendering, inp_value, [&](const GEN_pageSelectSeq &node) {
-        ALA__pageSelectToAscii(inoutp_rendering.status, &node.value, *inoutp_rendering.oidHandle,
-                               inoutp_rendering.text);
+        ALA__pageSelectToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
+                               &node.value);
     });
 }
 
 const RenderFailure *renderMediaConsumedSeq(Rendering &inoutp_rendering, const void *inp_value) {
     return renderList<GEN_mediaConsumedSeq>(
         inoutp_rendering, inp_value, [&](const GEN_mediaConsumedSeq &node) {
-            ALA__mediaConsumedToAscii(inoutp_rendering.status, &node._value, *inoutp_rendering.oidHandle,
-                                      inoutp_rendering.text);
+            ALA__mediaConsumedToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle,
+                                      inoutp_rendering.text, &node._value);
         });
 }
 
 const RenderFailure *renderSetOfObjId(Rendering &inoutp_rendering, const void *inp_value) {
     return renderList<GEN_setOfObjId>(inoutp_rendering, inp_value, [&](const GEN_setOfObjId &node) {
-        ALA__ObjectIdentToAscii(inoutp_rendering.status, node.value, *inoutp_rendering.oidHandle,
-                                inoutp_rendering.text);
+        ALA__ObjectIdentToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
+                                node.value);
     });
 }

@@ -33,8 +33,8 @@ char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_
     return name != nullptr ? _strdup(name) : nullptr;
 }
 
-bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
-                          Text &inoutp_text) {
+bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, Text &inoutp_text,
+                          GEN_oid_t in_shortOID) {
     char tempName[OID_NAME_SIZE];
     const char *name = ALA__StrippedName(inoutp_status, in_handle, in_shortOID, tempName);
     if (name != nullptr)
@@ -57,7 +57,7 @@ char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip
     return GENU_ExtractSimpleName(inoutp_status, &name, ip, 0) == 0 ? name : nullptr;
 }
 
-void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text) {
+void ALA__AddSimpleName(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_simpleName *ip) {
     const Malloced<char> name(ALA__SimpleNameToAscii(inoutp_status, ip));
     if (name != nullptr)
         inoutp_text.add(name.get());
@@ -65,18 +65,18 @@ void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Tex
         inoutp_text.fail(); // a name that there is was not to be had
 }
 
-bool ALA__AddText(STF_l__hdr *inoutp_status, const GEN_text *ip, Text &inoutp_text) {
+bool ALA__AddText(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_text *ip) {
     Malloced<char> text;
     const std::int32_t result = GENU_ExtractText(inoutp_status, TextOut(text), ip, 0);
     return addExtracted(result, text, inoutp_text);
 }
 
-void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, const GEN_nameOrOid *ip, void *in_handle, Text &buf) {
+void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_nameOrOid *ip) {
     if (ip->choice == GEN_GLOBAL_FORM)
         static_cast<void>(
-            ALA__AddStrippedName(inoutp_status, in_handle, ip->u.globalForm, buf)); // or nothing
+            ALA__AddStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm)); // or nothing
     else if (ip->choice == GEN_LOCAL_FORM)
-        ALA__AddSimpleName(inoutp_status, &ip->u.localForm, buf);
+        ALA__AddSimpleName(inoutp_status, buf, &ip->u.localForm);
 }
 
 static void addDistName(STF_l__hdr *inoutp_status, const GEN_distNameString *ip, Text &buf) {
@@ -85,8 +85,8 @@ static void addDistName(STF_l__hdr *inoutp_status, const GEN_distNameString *ip,
     addExtracted(result, name, buf); // or nothing
 }
 
-void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, const GEN_objectIdent *inp_objectIdent,
-                             void *in_handle, Text &buf) {
+void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                             const GEN_objectIdent *inp_objectIdent) {
     if (inp_objectIdent == nullptr)
         return buf.add("NULL");
     const auto &u = inp_objectIdent->u;
@@ -101,25 +101,25 @@ void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, const GEN_objectIdent *i
         }
         return;
     case GEN_OBJ_ID_OID:
-        static_cast<void>(ALA__AddStrippedName(inoutp_status, in_handle, u.objIdOID, buf)); // or nothing
+        static_cast<void>(ALA__AddStrippedName(inoutp_status, in_handle, buf, u.objIdOID)); // or nothing
         return;
     case GEN_OBJ_ID_DIST_NAME:
         return addDistName(inoutp_status, &u.objIdDistName, buf);
     case GEN_OBJ_ID_FONT:
         return;
     case GEN_OBJ_ID_NAME_OR_OID:
-        return ALA__NameOrOidToAscii(inoutp_status, &u.objIdNameOrOid, in_handle, buf);
+        return ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &u.objIdNameOrOid);
     case GEN_OBJ_ID_SIMPLE_NAME:
-        return ALA__AddSimpleName(inoutp_status, &u.objIdSimpleName, buf);
+        return ALA__AddSimpleName(inoutp_status, buf, &u.objIdSimpleName);
     default:
         return buf.add("unknown object identification choice");
     }
 }
 
-void ALA__CardOrNoidToAscii(const GEN_cardinalOrNoid *ip, void *in_handle, Text &buf) {
-    const StatusList status;
+void ALA__CardOrNoidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                            const GEN_cardinalOrNoid *ip) {
     if (ip->choice == GEN_CARD_VALUE)
         buf.addNumber(static_cast<std::int32_t>(ip->u.cardValue));
     else if (ip->choice == GEN_NAMED_VALUE)
-        ALA__NameOrOidToAscii(status, &ip->u.namedValue, in_handle, buf);
+        ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &ip->u.namedValue);
 }

@@ -28,21 +28,22 @@ const char *ALA__StrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oi
 char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID);
 
 // Appends it; false when there is none.
-bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
-                          Text &inoutp_text);
+bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, Text &inoutp_text,
+                          GEN_oid_t in_shortOID);
 
 // The text of a name as a new string, or null.
 char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip);
 
 // Append the text of a record, or nothing if it has none; ALA__AddText then gives false.
-void ALA__AddSimpleName(STF_l__hdr *inoutp_status, const GEN_simpleName *ip, Text &inoutp_text);
-bool ALA__AddText(STF_l__hdr *inoutp_status, const GEN_text *ip, Text &inoutp_text);
+void ALA__AddSimpleName(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_simpleName *ip);
+bool ALA__AddText(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_text *ip);
 
-void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, const GEN_nameOrOid *ip, void *in_handle, Text &buf);
+void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_nameOrOid *ip);
 
 // "NULL" for a null record.
-void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, const GEN_objectIdent *inp_objectIdent,
-                             void *in_handle, Text &buf);
+void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                             const GEN_objectIdent *inp_objectIdent);
 
 // Nothing for a choice outside the members.
-void ALA__CardOrNoidToAscii(const GEN_cardinalOrNoid *ip, void *in_handle, Text &buf);
+void ALA__CardOrNoidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+                            const GEN_cardinalOrNoid *ip);

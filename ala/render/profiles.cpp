@@ -36,8 +36,8 @@ static void endItem(bool in_there, Text &inoutp_text) {
 }
 
 static void addOidItem(Rendering &inoutp_rendering, GEN_oid_t in_oid) {
-    endItem(ALA__AddStrippedName(inoutp_rendering.status, *inoutp_rendering.oidHandle, in_oid,
-                                 inoutp_rendering.text),
+    endItem(ALA__AddStrippedName(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
+                                 in_oid),
             inoutp_rendering.text);
 }
 
@@ -70,7 +70,7 @@ const RenderFailure *renderEventHandlingProfile(Rendering &inoutp_rendering, con
     else
         endItem(false, text);
     endItem(profile.ehpEventComment_o != nullptr &&
-                ALA__AddText(inoutp_rendering.status, profile.ehpEventComment_o, text),
+                ALA__AddText(inoutp_rendering.status, text, profile.ehpEventComment_o),
             text);
     if (profile.ehpDeliveryAddr_o == nullptr)
         endItem(false, text);
@@ -101,11 +101,11 @@ const RenderFailure *renderResultsProfile(Rendering &inoutp_rendering, const voi
     if (profile.deliveryMethod_o == nullptr)
         text.add("NULL");
     else
-        ALA__AddStrippedName(status, *inoutp_rendering.oidHandle, *profile.deliveryMethod_o,
-                             text); // or nothing
+        ALA__AddStrippedName(status, *inoutp_rendering.oidHandle, text,
+                             *profile.deliveryMethod_o); // or nothing
 
     text.add(' ');
-    if (profile.resultsSetComment_o == nullptr || !ALA__AddText(status, profile.resultsSetComment_o, text))
+    if (profile.resultsSetComment_o == nullptr || !ALA__AddText(status, text, profile.resultsSetComment_o))
         text.add("NULL");
     text.add(' ');
     if (!addAddress(inoutp_rendering, profile.deliveryAddress_o, " "))
@@ -113,7 +113,7 @@ const RenderFailure *renderResultsProfile(Rendering &inoutp_rendering, const voi
     text.addNumber(profile.jobCopies_d != nullptr ? static_cast<std::int32_t>(*profile.jobCopies_d) : 1);
     text.add(' ');
     if (profile.outputBin_o != nullptr)
-        ALA__NameOrOidToAscii(status, profile.outputBin_o, *inoutp_rendering.oidHandle, text);
+        ALA__NameOrOidToAscii(status, *inoutp_rendering.oidHandle, text, profile.outputBin_o);
     else
         text.add("NULL");
     return nullptr;

@@ -12,8 +12,6 @@ RenderFunction renderInt;
 RenderFunction renderShort;
 RenderFunction renderReal;
 RenderFunction renderCardinal64;
-RenderFunction renderDeltaTime;
-RenderFunction renderEdge;
 RenderFunction renderPageOrder;
 RenderFunction renderTime;
 
@@ -27,12 +25,6 @@ RenderFunction renderDistNameSeq;
 
 // identifiers.cpp
 RenderFunction renderOid;
-RenderFunction renderNameOrOid;
-RenderFunction renderCardinalOrName;
-RenderFunction renderDocumentFormat;
-RenderFunction renderFontReference;
-RenderFunction renderFinishing;
-RenderFunction renderMediaSelect;
 RenderFunction renderNameOrOidSeq;
 RenderFunction renderPageSelectSeq;
 RenderFunction renderMediaConsumedSeq;

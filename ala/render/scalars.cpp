@@ -3,7 +3,6 @@
 
 #include <charconv>
 
-#include "ala/render/formatters.h"
 #include "ala/render/times.h"
 
 template <class Record>
@@ -41,16 +40,6 @@ const RenderFailure *renderCardinal64(Rendering &inoutp_rendering, const void *i
     std::uint64_t i64 = 0;
     GEN_GenToUint64(&i64, static_cast<const GEN_cardinal64 *>(inp_value));
     inoutp_rendering.text.addNumber(i64);
-    return nullptr;
-}
-
-const RenderFailure *renderDeltaTime(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__DeltaTimeToAscii(static_cast<const GEN_deltaTime_t *>(inp_value), inoutp_rendering.text);
-    return nullptr;
-}
-
-const RenderFailure *renderEdge(Rendering &inoutp_rendering, const void *inp_value) {
-    ALA__EdgeToAscii(static_cast<const GEN_edge_t *>(inp_value), inoutp_rendering.text);
     return nullptr;
 }
 

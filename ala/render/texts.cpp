@@ -49,11 +49,11 @@ const RenderFailure *renderSimpleName(Rendering &inoutp_rendering, const void *i
 // The name of the syntax and a colon, if there is one, then the name.
 static bool addDistName(const Rendering &in_rendering, const GEN_distNameString &in_name, Text &inoutp_text) {
     if (in_name.name_syntax_o != nullptr) {
-        ALA__NameOrOidToAscii(in_rendering.status, in_name.name_syntax_o, *in_rendering.oidHandle,
-                              inoutp_text);
+        ALA__NameOrOidToAscii(in_rendering.status, *in_rendering.oidHandle, inoutp_text,
+                              in_name.name_syntax_o);
         inoutp_text.add(':');
     }
-    return ALA__AddText(in_rendering.status, &in_name.name, inoutp_text);
+    return ALA__AddText(in_rendering.status, inoutp_text, &in_name.name);
 }
 
 const RenderFailure *renderDistName(Rendering &inoutp_rendering, const void *inp_value) {

@@ -5,19 +5,38 @@
 #include <array>
 #include <iterator>
 
+#include "ala/render/formatters.h"
+#include "ala/render/names.h"
+
+// What a formatter takes: a status, the database handle, the text it appends to, and the value.
+template <class Value>
+using Formatter = void(STF_l__hdr *, void *, Text &, const Value *);
+
+template <class Value>
+static const Value *valueFor(Formatter<Value> *, const void *value) {
+    return static_cast<const Value *>(value);
+}
+
+// The render function of a type whose text a formatter makes.
+template <auto *kFormatter>
+static const RenderFailure *formatted(Rendering &rendering, const void *value) {
+    kFormatter(rendering.status, *rendering.oidHandle, rendering.text, valueFor(kFormatter, value));
+    return nullptr;
+}
+
 static constexpr RenderRow kRows[] = {
     {0, "boolean", renderBoolean},
     {1, "integer", renderInt},
-    {4, "delta time", renderDeltaTime},
+    {4, "delta time", formatted<ALA__DeltaTimeToAscii>},
     {6, "distinguished name string", renderDistName},
     {8, "event handling profile", renderEventHandlingProfile},
-    {9, "font reference", renderFontReference},
+    {9, "font reference", formatted<ALA__FontReferenceToAscii>},
     {10, "object identifier", renderOid},
     {11, "ignored attribute", renderIgnoredAttribute},
     {12, "integer", renderInt},
     {14, "characters", renderCharacters},
     {16, "text", renderText},
-    {18, "name or object identifier", renderNameOrOid},
+    {18, "name or object identifier", formatted<ALA__NameOrOidToAscii>},
     {20, "octet string", renderOctets},
     {22, "integer", renderInt},
     {23, "real", renderReal},
@@ -25,16 +44,16 @@ static constexpr RenderRow kRows[] = {
     {27, "simple name", renderSimpleName},
     {28, "text", renderText},
     {31, "64-bit cardinal", renderCardinal64},
-    {34, "cardinal or name", renderCardinalOrName},
+    {34, "cardinal or name", formatted<ALA__CardOrNoidToAscii>},
     {39, "delivery address", renderDeliveryAddress},
     {42, "sequence of distinguished name strings", renderDistNameSeq},
-    {43, "document format", renderDocumentFormat},
-    {44, "edge", renderEdge},
-    {46, "finishing", renderFinishing},
+    {43, "document format", formatted<ALA__DocFormatToAscii>},
+    {44, "edge", formatted<ALA__EdgeToAscii>},
+    {46, "finishing", formatted<ALA__FinishingToAscii>},
     {48, "generalized time", renderTime},
     {60, "sequence of names or object identifiers", renderNameOrOidSeq},
     {62, "real", renderReal},
-    {67, "media selection", renderMediaSelect},
+    {67, "media selection", formatted<ALA__MedSelectToAscii>},
     {68, "page order", renderPageOrder},
     {69, "sequence of page selections", renderPageSelectSeq},
     {75, "short integer", renderShort},
