@@ -13,68 +13,14 @@
 
 namespace {
 
-// What the two reading operations do differently.
+// What the two reading operations do differently, beside the wording of some lines.
 struct ReaderRules {
     const char *operation;
-    ALA_retCode_t codeOfNoRecord; // no byte where a record should begin
-    bool backToFileStart;         // after a failure; otherwise back to the record's first byte
-    const char *nullAddress;
-    const char *invalidHandle;
-    const char *noRecord;
-    const char *zeroAttributes;
-    const char *noJobAttributes;
-    const char *noDocAttributes;
-    const char *noMemoryForRecord;
-    const char *noMemoryForList;
-    const char *noMemoryForValues;
-    const char *noMemoryForValue;
-    const char *cutInAttributes;
-    const char *tagDetail;
-    const char *tagDetail2;  // null: none
-    const char *valueDetail; // null: none
+    bool isFirst; // after a failure back to the file's first byte; otherwise to the record's
 };
 
-constexpr ReaderRules kFirstRecord = {
-    "ALA_GetFirstJobRecord",
-    ALA_A_FAIL_READ_LOG_FILE,
-    true,
-    "inoutp_logHandle is NULL in ALA_GetFirstJobRecord; ALA_A_INVALID_LOG_HANDLE",
-    "logHandle is NULL or logHandle->pid!=getpid in ALA_GetFirstJobRecord; ALA_A_INVALID_LOG_HANDLE",
-    "read failed in ALA_GetFirstJobRecord; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
-    "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB",
-    "read failed, job attrs, numJobAttr = %d, in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE",
-    "read failed, doc attrs, docAttrPerDoc = %d, in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE",
-    "Could not allocate memory for record in ALA_GetFirstJobRecord; ALA_A_OUT_OF_MEMORY",
-    "Could not allocate memory for record->attrValList in ALA_GetFirstJobRecord; ALA_A_OUT_OF_MEMORY",
-    "Could not allocate memory for record->attrValList[%d].attrVals in ALA_GetFirstJobRecord; "
-    "ALA_A_OUT_OF_MEMORY",
-    "Could not allocate memory for attrVals->_value in ALA_GetFirstJobRecord; ALA_A_OUT_OF_MEMORY",
-    "(%d < %d) || (%d<%d in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE",
-    "ALA_GetFirstJobRecord numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
-    nullptr,
-    "attrVals->length: %d\n",
-};
-
-constexpr ReaderRules kNextRecord = {
-    "ALA_GetNextJobRecord",
-    ALA_A_LAST_ATTRIBUTE,
-    false,
-    "inoutp_logHandle is NULL in ALA_GetNextJobRecord; ALA_A_INVALID_LOG_HANDLE",
-    "logHandle is NULL or logHandle->pid!=getpid in ALA_GetNextJobRecord; ALA_A_INVALID_LOG_HANDLE",
-    "read failed in ALA_GetNextJobRecord; numAttr = %d ALA_A_LAST_ATTRIBUTE",
-    "numAttr %d < 0 in ALA_GetNextJobRecord; ALA_A_NO_MORE_JOB",
-    "read, job attrs failed in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE",
-    "read, doc attrs failed in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE",
-    "Could not allocate memory for record in ALA_GetNextJobRecord; ALA_A_OUT_OF_MEMORY",
-    "Could not allocate memory for record->attrValList in ALA_GetNextJobRecord; ALA_A_OUT_OF_MEMORY",
-    "Could not allocate memory for record->attrValList[%d].attrVals in ALA_GetNextJobRecord; "
-    "ALA_A_OUT_OF_MEMORY",
-    "Could not allocate memory for attrVals->_value in ALA_GetNextJobRecord; ALA_A_OUT_OF_MEMORY",
-    "(%d < %d) || (%d < %d) in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE",
-    "numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
-    "numAttrs: %d\n",
-    nullptr,
-};
+constexpr ReaderRules kFirstRecord = {"ALA_GetFirstJobRecord", true};
+constexpr ReaderRules kNextRecord = {"ALA_GetNextJobRecord", false};
 
 struct Counts {
     std::uint32_t numAttr;
@@ -84,31 +30,48 @@ struct Counts {
 
 } // namespace
 
+static ALA_retCode_t noCount(const ReaderRules &rules, const char *wordsOfFirst, const char *wordsOfNext) {
+    return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "%s in %s; ALA_A_FAIL_READ_LOG_FILE",
+                    rules.isFirst ? wordsOfFirst : wordsOfNext, rules.operation);
+}
+
 static ALA_retCode_t readCounts(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
                                 Counts *outp_counts) {
     if (!inoutp_in.readNetWord(&outp_counts->numAttr)) {
-        if (inoutp_in.consumed() == 0)
-            return ALA_FAIL(in_rules.codeOfNoRecord, in_rules.noRecord, 0);
+        if (inoutp_in.consumed() == 0 && !in_rules.isFirst)
+            return ALA_FAIL(ALA_A_LAST_ATTRIBUTE, "read failed in %s; numAttr = %d ALA_A_LAST_ATTRIBUTE",
+                            in_rules.operation, 0);
         return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "read failed in %s; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
                         in_rules.operation, 0);
     }
     if (outp_counts->numAttr == 0)
-        return ALA_FAIL(ALA_A_NO_MORE_JOB, in_rules.zeroAttributes, 0);
+        return in_rules.isFirst
+                   ? ALA_FAIL(ALA_A_NO_MORE_JOB, "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB")
+                   : ALA_FAIL(ALA_A_NO_MORE_JOB, "numAttr %d < 0 in ALA_GetNextJobRecord; ALA_A_NO_MORE_JOB",
+                              0);
     if (in_verNum < kVersionWithCounts)
         return ALA_N_NORMAL;
     if (!inoutp_in.readNetWord(&outp_counts->numJobAttr))
-        return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, in_rules.noJobAttributes, 0);
+        return noCount(in_rules, "read failed, job attrs, numJobAttr = 0,", "read, job attrs failed");
     if (!inoutp_in.readNetWord(&outp_counts->docAttrPerDoc))
-        return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, in_rules.noDocAttributes, 0);
+        return noCount(in_rules, "read failed, doc attrs, docAttrPerDoc = 0,", "read, doc attrs failed");
     return ALA_N_NORMAL;
 }
 
 // The failure of a read inside the attributes; a count of values stands for "none read yet" as 0.
 static ALA_retCode_t cutRecord(const ReaderRules &in_rules, std::uint32_t in_attr, std::uint32_t in_numAttr,
                                std::uint32_t in_value, std::uint32_t in_numValues) {
-    return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, in_rules.cutInAttributes, static_cast<std::int32_t>(in_attr),
-                    static_cast<std::int32_t>(in_numAttr), static_cast<std::int32_t>(in_value),
-                    static_cast<std::int32_t>(in_numValues));
+    const auto attr = static_cast<std::int32_t>(in_attr);
+    const auto numAttr = static_cast<std::int32_t>(in_numAttr);
+    const auto value = static_cast<std::int32_t>(in_value);
+    const auto numValues = static_cast<std::int32_t>(in_numValues);
+    return in_rules.isFirst
+               ? ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE,
+                          "(%d < %d) || (%d<%d in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE", attr,
+                          numAttr, value, numValues)
+               : ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE,
+                          "(%d < %d) || (%d < %d) in ALA_GetNextJobRecord; ALA_A_FAIL_READ_LOG_FILE", attr,
+                          numAttr, value, numValues);
 }
 
 static ALA_retCode_t readValues(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
@@ -121,34 +84,42 @@ static ALA_retCode_t readValues(LogInput &inoutp_in, record *inoutp_record, std:
             auto *values =
                 static_cast<GEN_string *>(inoutp_record->memory.allocate(room * sizeof(GEN_string)));
             if (values == nullptr)
-                return ALA_FAIL(ALA_A_OUT_OF_MEMORY, in_rules.noMemoryForValues,
-                                static_cast<std::int32_t>(in_attr));
+                return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                                "Could not allocate memory for record->attrValList[%d].attrVals in %s; "
+                                "ALA_A_OUT_OF_MEMORY",
+                                static_cast<std::int32_t>(in_attr), in_rules.operation);
             std::copy_n(node.attrVals, i, values);
             node.attrVals = values;
         }
         std::uint32_t length = 0;
         if (!inoutp_in.readNativeWord(&length))
             return cutRecord(in_rules, in_attr, inoutp_record->numAttr, i, node.numAttrVal);
-        if (in_rules.valueDetail != nullptr)
-            ALA_DETAIL(in_rules.valueDetail, static_cast<std::int32_t>(length));
+        if (in_rules.isFirst)
+            ALA_DETAIL("attrVals->length: %d\n", static_cast<std::int32_t>(length));
         switch (readValueBytes(inoutp_in, length, inoutp_record->memory, &node.attrVals[i])) {
         case ReadResult::Whole:
             break;
         case ReadResult::Cut:
             return cutRecord(in_rules, in_attr, inoutp_record->numAttr, i, node.numAttrVal);
         case ReadResult::NoMemory:
-            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForValue);
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                            "Could not allocate memory for attrVals->_value in %s; ALA_A_OUT_OF_MEMORY",
+                            in_rules.operation);
         }
     }
     return ALA_N_NORMAL;
 }
 
 static void logTag(const attrValNode &in_node, const ReaderRules &in_rules) {
-    ALA_DETAIL(in_rules.tagDetail, static_cast<std::int32_t>(in_node.numAttrVal),
-               static_cast<std::int32_t>(in_node.attrID), static_cast<std::int32_t>(in_node.attrValType),
+    const auto numValues = static_cast<std::int32_t>(in_node.numAttrVal);
+    const auto id = static_cast<std::int32_t>(in_node.attrID);
+    const auto type = static_cast<std::int32_t>(in_node.attrValType);
+    if (in_rules.isFirst)
+        return ALA_DETAIL("ALA_GetFirstJobRecord numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
+                          numValues, id, type, in_node.decoid);
+    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n", numValues, id, type,
                in_node.decoid);
-    if (in_rules.tagDetail2 != nullptr)
-        ALA_DETAIL(in_rules.tagDetail2, static_cast<std::int32_t>(in_node.numAttrVal));
+    ALA_DETAIL("numAttrs: %d\n", numValues);
 }
 
 static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
@@ -174,7 +145,10 @@ static ALA_retCode_t readAttributes(LogInput &inoutp_in, record *inoutp_record, 
             auto *list =
                 static_cast<attrValNode *>(inoutp_record->memory.allocate(room * sizeof(attrValNode)));
             if (list == nullptr)
-                return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForList);
+                return ALA_FAIL(
+                    ALA_A_OUT_OF_MEMORY,
+                    "Could not allocate memory for record->attrValList in %s; ALA_A_OUT_OF_MEMORY",
+                    in_rules.operation);
             std::copy_n(inoutp_record->attrValList, i, list);
             inoutp_record->attrValList = list;
         }
@@ -193,7 +167,9 @@ static ALA_retCode_t readRecord(LogInput &inoutp_in, std::uint32_t in_verNum, co
         return result;
     outp_record = makeOwned<record>();
     if (outp_record == nullptr)
-        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", in_rules.noMemoryForRecord);
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                        "Could not allocate memory for record in %s; ALA_A_OUT_OF_MEMORY",
+                        in_rules.operation);
     outp_record->numAttr = counts.numAttr;
     outp_record->numJobAttr = counts.numJobAttr;
     outp_record->docAttrPerDoc = counts.docAttrPerDoc;
@@ -206,22 +182,25 @@ static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t
     if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, in_rules.operation); valid != ALA_N_NORMAL)
         return valid;
     if (inoutp_logHandle == nullptr)
-        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.nullAddress);
+        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "inoutp_logHandle is NULL in %s; ALA_A_INVALID_LOG_HANDLE",
+                        in_rules.operation);
     logParams *log = *inoutp_logHandle;
     if (log == nullptr || log->pid != ALA__CurrentPid())
-        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "%s", in_rules.invalidHandle);
+        return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
+                        "logHandle is NULL or logHandle->pid!=getpid in %s; ALA_A_INVALID_LOG_HANDLE",
+                        in_rules.operation);
 
     LogInput in(log->fd);
     Owned<record> read;
     const ALA_retCode_t result = readRecord(in, log->verNum, in_rules, read);
     log->end = in.metEnd() && in.consumed() == 0 ? _lseek(log->fd, 0, SEEK_CUR) : -1;
-    log->holdsNoRecord = log->end >= 0 && in_rules.backToFileStart;
+    log->holdsNoRecord = log->end >= 0 && in_rules.isFirst;
     if (result == ALA_N_NORMAL) {
         *outp_record = read.release();
         return result;
     }
     record *partial = read.release();
-    if (in_rules.backToFileStart)
+    if (in_rules.isFirst)
         ALA__GetJobRecordCleanup(&partial, &log->fd, 0, SEEK_SET);
     else
         ALA__GetJobRecordCleanup(&partial, &log->fd, -in.consumed(), SEEK_CUR);
