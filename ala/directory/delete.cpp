@@ -9,23 +9,19 @@
 #include "ala/base/trace.h"
 #include "ala/directory/scan.h"
 #include "ala/driver.h"
-#include "service/clock.h"
 #include "service/system.h"
 
 static ALA_retCode_t refuseToday(const ALA_time *inp_date) {
-    const StatusList status;
-    GEN_generalizedTime *now = nullptr;
-    if (GENU_GetCurrentTime(status, &now, 0) != 0)
+    std::int32_t isToday = 0;
+    if (ALA__IsTodaysDate(inp_date, &isToday) != ALA_N_NORMAL)
         return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME,
                         "GENU_GetCurrentTime failed in ALA_Delete; ALA_A_FAIL_TO_GET_TIME");
-    const GEN_generalizedTime today = *now;
-    GEN_DeleteGeneralizedTime(status, now, nullptr);
-    if (inp_date->year != today.year || inp_date->month != today.month || inp_date->day != today.day)
+    if (isToday == 0)
         return ALA_N_NORMAL;
     return ALA_FAIL(ALA_A_TRY_TO_DELETE_CUR_DAY_LOG,
                     "Trying to delete current day's file, year: %d, month: %d, day: %din ALA_Delete; "
                     "ALA_A_TRY_TO_DELETE_CUR_DAY_LOG",
-                    today.year, today.month, today.day);
+                    inp_date->year, inp_date->month, inp_date->day);
 }
 
 // The checks of a deletion, and the path of what is to go.
