@@ -152,15 +152,6 @@ static bool isWanted(std::int32_t in_level) {
 
 // ---- Writing an entry ----
 
-// The path below the project's root, which is what this file's own path has before its name.
-static std::string_view inProject(std::string_view in_file) {
-    constexpr std::string_view self = __FILE__;
-    constexpr std::string_view name = "service/log.cpp";
-    static_assert(self.ends_with(name));
-    constexpr std::string_view root = self.substr(0, self.size() - name.size());
-    return in_file.starts_with(root) ? in_file.substr(root.size()) : in_file;
-}
-
 // Texts come from files and command lines that anyone may have written: none may begin a line of its own or
 // steer the terminal that the log is read on.
 static void appendVisible(LogText &inout_line, std::string_view in_text) {
@@ -223,7 +214,7 @@ static void writeEntry(std::int32_t in_level, const char *in_file, std::int32_t 
     char number[32];
     std::snprintf(number, sizeof number, "%d ", in_level);
     line.append(number);
-    line.append(inProject(in_file));
+    line.append(in_file);
     std::snprintf(number, sizeof number, ":%d: ", in_line);
     line.append(number);
     if (in_text.ends_with('\n'))

@@ -20,8 +20,8 @@ extern "C" {
 // then sets it from the environment.
 extern std::atomic<std::int32_t> LOG_g_level;
 
-// Reads the environment and opens the sink.  The arguments are the historical sink and level, which the
-// environment replaces.  A later call, and the first entry without any, has the same effect once.
+// Reads the environment and opens the sink.  The arguments are not used: the environment has the sink and
+// the level.  A later call, and the first entry without any, has the same effect once.
 void LOG_Init(const char *in_sink, const char *in_level);
 
 // One entry.  Callers use LOG_CondMessage.

@@ -1,7 +1,7 @@
 // A block of memory that is kept from its release to the next time one is asked for, one a thread and use.
 //
-// What is made and released in turn, once a value, would go through malloc and free each time; that was a
-// sixth of a report's instructions.
+// What is made and released in turn, once a value, would go through malloc and free each time, which costs as
+// much as a good part of the rendering.
 #pragma once
 
 #include <cstddef>

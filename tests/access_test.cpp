@@ -7,6 +7,7 @@
 
 #include "ala/access/acl.h"
 #include "ala/access/domain.h"
+#include "ala/access/host_domain.h"
 #include "tests/support/facility.h"
 
 using namespace samples;

@@ -180,7 +180,8 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
         if (header)
             *doHeader = 0;
     }
-    for (bool complete = true;;) {
+    bool complete = true;
+    for (;;) {
         ALA_record_t writing = current.get();
         if (header)
             complete = doLine(mainh, &writing, 1, fl) && complete;

@@ -5,7 +5,7 @@
 // list decides. docs/security.md tells why.
 #pragma once
 
-#include "ala/access/domain.h"
+#include "ala/access/host_domain.h"
 #include "platform/os.h"
 
 // First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.

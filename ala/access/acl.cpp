@@ -1,5 +1,7 @@
 #include "ala/access/acl.h"
 
+#include <cstring>
+
 #include "ala/access/domain.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
@@ -57,6 +59,25 @@ std::int32_t ALA__MSACLMatch(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msAC
         const std::int32_t result = _ALA_CreateGroupSIDList(inp_credential, inoutpp_gSidList);
         return result != 0 ? result : _ALA_MSingrp(inp_msACL, inp_credential, inoutpp_gSidList);
     }
+    default:
+        return 1;
+    }
+}
+
+std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const char **outp_val,
+                                     std::int32_t *outp_len) {
+    switch (inp_serverName->choice) {
+    case GEN_ISO_646_IRV:
+    case GEN_CCITT_T_61:
+        *outp_val = inp_serverName->u.iso_646_irv;
+        *outp_len = static_cast<std::int32_t>(strnlen(*outp_val, sizeof inp_serverName->u.iso_646_irv));
+        return 0;
+    case GEN_ISO_LATIN1:
+    case GEN_ISO_UCS_2:
+    case GEN_OTHER_CODE_SET: // all three begin with the length and the bytes
+        *outp_val = reinterpret_cast<const char *>(inp_serverName->u.iso_latin1._value);
+        *outp_len = inp_serverName->u.iso_latin1.length;
+        return 0;
     default:
         return 1;
     }

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "ala/access/credential.h"
+#include "ala/access/group_admission.h"
 #include "service/status.h"
 #include "service/values.h"
 
@@ -13,13 +14,6 @@
 constexpr std::int32_t kNameAnyUser = 0;
 constexpr std::int32_t kNameUser = 1;
 constexpr std::int32_t kNameGroup = 2;
-
-// A group of the caller.
-struct ALA_groupSIDList {
-    char *user;       // the group's name
-    char *domainName; // the group's domain
-    ALA_groupSIDList *next;
-};
 
 // Evaluates one entry: outp_booleanResult is 1 if it grants access, else 0.  0, or 1 for a null entry or one
 // with a privilege level that does not exist.
@@ -30,15 +24,6 @@ std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL
 // Does the entry apply to the caller?  Any failure means that it does not.
 std::int32_t ALA__MSACLMatch(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msACL,
                              const ALA_credential_t *inp_credential, ALA_groupSIDList **inoutpp_gSidList);
-
-// The groups of the calling process; a list that has nodes is left alone.  0, or 1 with an empty list.
-std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *inp_credential,
-                                     ALA_groupSIDList **inoutpp_gSidList);
-std::int32_t ALA__ClearGroupSIDList(ALA_groupSIDList **inoutpp_gSidList);
-
-// Is the entry's group in the list?
-std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *inp_credential,
-                          ALA_groupSIDList **inoutpp_gSidList);
 
 // The bytes of a simple name where they lie, without a terminator.  0, or 1 for an unknown choice.
 std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const char **outp_val,

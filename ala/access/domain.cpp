@@ -6,6 +6,7 @@
 
 #include <arpa/inet.h>
 
+#include "ala/access/host_domain.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "service/text.h"

@@ -39,11 +39,3 @@ std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *inoutp_status, const char *inp_credD
 
 // The bytes from the end to the start as a new text, or null.
 char *_ALA_ReverseString(const char *inp_str);
-
-// The machine's domain, looked up once per process, and its type, SEC_DOM_NT.  The text belongs to the
-// facility. Null, with the type 0, when the look-up could not be run.
-const char *ALA__GetHostDomain(SEC_domType_t *outp_domType);
-const char *ALA__GetUserDomain(SEC_domType_t *outp_domType);
-
-// The once-only look-up behind both.
-void TOnceGetDomainName();

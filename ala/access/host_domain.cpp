@@ -1,5 +1,4 @@
-// The domain of the machine the program runs on.
-#include "ala/access/domain.h"
+#include "ala/access/host_domain.h"
 
 #include <algorithm>
 #include <cstring>

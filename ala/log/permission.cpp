@@ -8,7 +8,7 @@
 #include "ala/access/acl.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/log/memory.h"
+#include "ala/log/record_memory.h"
 #include "service/packed.h"
 
 static const char *codeName(ALA_retCode_t in_code) {

@@ -5,7 +5,7 @@
 
 #include "ala/ala.h"
 #include "ala/cursor/columns.h"
-#include "ala/log/memory.h"
+#include "ala/log/record_memory.h"
 #include "service/oid.h"
 #include "service/packed.h"
 #include "service/values.h"

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "ala/base/trace.h"
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 #include "service/status.h"
 
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 #include "service/text.h"
 
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da) {

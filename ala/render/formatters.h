@@ -4,7 +4,7 @@
 // order: status, database handle, text, value.
 #pragma once
 
-#include "ala/render/text.h"
+#include "ala/render/value_text.h"
 #include "service/status.h"
 #include "service/values.h"
 

@@ -2,7 +2,7 @@
 #include "ala/render/renderers.h"
 
 #include "ala/render/formatters.h"
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 
 const RenderFailure *renderOid(Rendering &inoutp_rendering, const void *inp_value) {
     static constexpr RenderFailure kUnknown = {

@@ -5,7 +5,7 @@
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 #include "service/spare_block.h"
 #include "service/status.h"
 

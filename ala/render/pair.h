@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "ala/ala.h"
-#include "ala/render/text.h"
+#include "ala/render/value_text.h"
 #include "service/oid.h"
 
 constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins

@@ -2,7 +2,7 @@
 #include "ala/render/renderers.h"
 
 #include "ala/render/formatters.h"
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 
 // Is it of a form that becomes a text, unless memory runs out?
 static bool hasText(const GEN_deliveryAddress *inp_address) {

@@ -7,7 +7,7 @@
 #include "ala/ala.h"
 #include "ala/log/record.h"
 #include "ala/render/pair.h"
-#include "ala/render/text.h"
+#include "ala/render/value_text.h"
 #include "service/packed.h"
 
 // Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the

@@ -15,7 +15,7 @@ RenderFunction renderCardinal64;
 RenderFunction renderPageOrder;
 RenderFunction renderTime;
 
-// texts.cpp
+// text_types.cpp
 RenderFunction renderCharacters;
 RenderFunction renderOctets;
 RenderFunction renderText;

@@ -6,7 +6,7 @@
 #include <iterator>
 
 #include "ala/render/formatters.h"
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 
 // What a formatter takes: a status, the database handle, the text it appends to, and the value.
 template <class Value>

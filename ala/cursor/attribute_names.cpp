@@ -8,7 +8,7 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/driver.h"
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 
 #include <cctype>
 #include <cstring>

@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "ala/render/text.h"
+#include "ala/render/value_text.h"
 #include "service/oid.h"
 #include "service/values.h"
 

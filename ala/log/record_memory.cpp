@@ -1,4 +1,4 @@
-#include "ala/log/memory.h"
+#include "ala/log/record_memory.h"
 
 #include <algorithm>
 #include <limits>

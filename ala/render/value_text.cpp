@@ -1,4 +1,4 @@
-#include "ala/render/text.h"
+#include "ala/render/value_text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "ala/render/names.h"
+#include "ala/render/name_lookup.h"
 #include "service/text.h"
 
 const RenderFailure *renderCharacters(Rendering &inoutp_rendering, const void *inp_value) {

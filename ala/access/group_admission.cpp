@@ -1,9 +1,9 @@
-// The groups of the calling process, and whether an entry's group is among them.
-#include "ala/access/acl.h"
+#include "ala/access/group_admission.h"
 
 #include <algorithm>
 #include <cstring>
 
+#include "ala/access/acl.h"
 #include "ala/base/owners.h"
 #include "service/text.h"
 
@@ -104,23 +104,4 @@ std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *,
             equalsIgnoringCase(group->domainName, domain.get(), std::strlen(domain.get())))
             return 0;
     return 1;
-}
-
-std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const char **outp_val,
-                                     std::int32_t *outp_len) {
-    switch (inp_serverName->choice) {
-    case GEN_ISO_646_IRV:
-    case GEN_CCITT_T_61:
-        *outp_val = inp_serverName->u.iso_646_irv;
-        *outp_len = static_cast<std::int32_t>(strnlen(*outp_val, sizeof inp_serverName->u.iso_646_irv));
-        return 0;
-    case GEN_ISO_LATIN1:
-    case GEN_ISO_UCS_2:
-    case GEN_OTHER_CODE_SET: // all three begin with the length and the bytes
-        *outp_val = reinterpret_cast<const char *>(inp_serverName->u.iso_latin1._value);
-        *outp_len = inp_serverName->u.iso_latin1.length;
-        return 0;
-    default:
-        return 1;
-    }
 }
