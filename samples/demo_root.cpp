@@ -47,8 +47,12 @@ static std::vector<Value> admitNobody() {
 // Logs are counted from the oldest.
 static constexpr std::uint32_t kRefusedLog = 1;
 
+static bool admitsNobody(std::uint32_t log, bool current) {
+    return log == kRefusedLog && !current;
+}
+
 static std::vector<Value> accessList(std::uint32_t log, bool current, const Account &caller) {
-    if (log == kRefusedLog && !current)
+    if (admitsNobody(log, current))
         return admitNobody();
     constexpr std::vector<Value> (*kRoads[])(const Account &) = {admitUser, admitAnyUser, admitGroup};
     return kRoads[log % std::size(kRoads)](caller);
@@ -73,29 +77,34 @@ static std::string dateText(const std::tm &date) {
 }
 
 static void writeLog(const std::filesystem::path &path, const Day &day, JobKind kind,
-                     std::vector<Value> access) {
+                     std::vector<Value> access, Totals &totals) {
     std::tm noon = day.date;
     LogWriter log(path, {.createDate = static_cast<std::uint32_t>(std::mktime(&noon)),
                          .accessList = std::move(access)});
     Job job;
     for (std::uint64_t number = 1; number <= day.jobs; number++) {
-        makeJob(day, number, kind, job);
+        const Bill bill = makeJob(day, number, kind, job);
         log.job(job);
+        Total &total = totals[bill.owner];
+        ++total.jobs;
+        total.sheets += bill.sheets;
     }
     log.close();
 }
 
-void layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options) {
+Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options) {
     constexpr std::uint32_t kLogsToAnOrderDay = 4;
     const std::time_t now = std::time(nullptr);
+    Totals admitted, refused;
     root.writeRegistry(options.server);
     for (std::uint32_t log = 0; log <= options.days; log++) {
         const bool current = log == options.days;
         const Day day{options.server, daysAgo(now, options.days - log), log, options.jobs};
         const JobKind kind = log % kLogsToAnOrderDay == 2 ? JobKind::ORDER : JobKind::OFFICE;
         writeLog(root.log(options.server, current ? "current" : dateText(day.date)), day, kind,
-                 accessList(log, current, caller));
+                 accessList(log, current, caller), admitsNobody(log, current) ? refused : admitted);
     }
+    return admitted;
 }
 
 } // namespace samples

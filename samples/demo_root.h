@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <string>
 
 #include "samples/account.h"
 #include "samples/sample_root.h"
@@ -15,7 +17,13 @@ struct DemoOptions {
     std::uint32_t days = 5;  // past ones
 };
 
-// Throws what its parts throw, all of it derived from std::exception.
-void layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options);
+struct Total {
+    std::uint64_t jobs = 0, sheets = 0;
+};
+using Totals = std::map<std::string, Total>; // by the name of the user
+
+// Gives what the users have in all logs that admit the caller.  Throws what its parts throw, all of it derived
+// from std::exception.
+Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options);
 
 } // namespace samples

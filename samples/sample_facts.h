@@ -64,6 +64,7 @@ struct Facts {
 
     std::uint32_t impressions() const { return pages * copies; }
     std::uint32_t sheets() const { return twoSided ? (pages + 1) / 2 * copies : impressions(); }
+    bool hasCover() const { return number % 2 == 0; } // of an order
     std::uint32_t documents() const { return number % 4 == 2 ? 2 : 1; }
 };
 

@@ -99,7 +99,7 @@ Values mediaConsumed(const Facts &facts) {
                                             .mediumSize = objectOid(shortOid(facts.medium)),
                                             .impressions = facts.impressions(),
                                             .sheets = facts.sheets()}};
-    if (facts.number % 2 == 0)
+    if (facts.hasCover())
         consumed.push_back({.printType = oid(shortOid("cover-page")),
                             .mediumSize = objectName(text("coloured card")),
                             .impressions = 1,
@@ -241,7 +241,7 @@ void addColumns(Job &job, const Column (&columns)[Size], const Facts &facts) {
 
 } // namespace
 
-void makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job) {
+Bill makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job) {
     Facts facts(day, number);
     job.clear();
     if (kind == JobKind::OFFICE)
@@ -255,6 +255,8 @@ void makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job) {
         else
             addColumns(job, kOrderDocument, facts);
     }
+    const bool hasCover = kind == JobKind::ORDER && facts.hasCover();
+    return {facts.owner.name, facts.sheets() + std::uint64_t{hasCover}};
 }
 
 } // namespace samples

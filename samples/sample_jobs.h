@@ -20,7 +20,13 @@ struct Day {
 // Office jobs come to the spooler, orders to the print room, which accounts for them under other names.
 enum class JobKind { OFFICE, ORDER };
 
+// What a job's owner has to pay for.
+struct Bill {
+    std::string owner;
+    std::uint64_t sheets;
+};
+
 // The job of that number, from 1 to day.jobs, in place of what was in the record.
-void makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job);
+Bill makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job);
 
 } // namespace samples
