@@ -22,8 +22,8 @@ struct Total {
 };
 using Totals = std::map<std::string, Total>; // by the name of the user
 
-// Gives what the users have in all logs that admit the caller.  Throws what its parts throw, all of it derived
-// from std::exception.
+// Gives what the users have in all logs that admit the caller.  Throws what its parts throw, all of it
+// derived from std::exception.
 Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options);
 
 } // namespace samples

@@ -20,7 +20,7 @@
 #include "tool/rights.h"
 #include "tool/stop.h"
 
-    constexpr std::int32_t kNoUpperBound = 99999999;
+constexpr std::int32_t kNoUpperBound = 99999999;
 
 namespace {
 
