@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test faults live stops threads fuzz bench install deb clean setup
+.PHONY: all demo test faults live stops threads fuzz bench install uninstall deb clean setup
 
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
@@ -76,6 +76,11 @@ bench:
 
 install: all
 	@DESTDIR=$(DESTDIR) cmake --install build
+
+# Removes what the last `make install` wrote.
+uninstall:
+	@[ -e build/install_manifest.txt ] || { echo "uninstall: nothing is known of an installation" >&2; exit 1; }
+	@xargs -d '\n' -a build/install_manifest.txt printf '$(DESTDIR)%s\0' | xargs -0 rm -fv --
 
 # The Debian packages, in build/deb/packages/: the same bytes from the same commit on each machine.
 deb:

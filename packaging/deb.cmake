@@ -1,4 +1,5 @@
 # The Debian packages, one a component: `make deb`, in a build whose prefix is /usr.
+set(QVLEDGER_PACKAGE_VERSION ${PROJECT_VERSION} CACHE STRING "The packages' version")
 set(debian ${CMAKE_CURRENT_SOURCE_DIR}/debian)
 
 # What a package has and an installation from source has not.
@@ -22,6 +23,7 @@ package(tool qvledger net "report the accounting logs of a print server
 Reads the binary accounting logs that the servers of a networked print system
 write, and prints one line for each print job: qvledger as tab-separated text
 with the names of the attributes above it, qvledger-json as JSON Lines.
+mksample lays a sample print system, to try them on.
 
 Each log holds its own access list and is shown to those alone whom it admits.")
 package(runtime libala1 libs "Accounting Log Access facility - shared library
@@ -39,15 +41,17 @@ writes, what the access lists of the logs protect, and example files.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "qvledger-doc, bash-completion")
 set(CPACK_DEBIAN_TOOL_PACKAGE_CONTROL_EXTRA ${debian}/conffiles ${debian}/postinst ${debian}/postrm)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# What the library needs is found by scripts/package: if CPack did it, it would add scripts that call ldconfig, which the
+# trigger does already.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "\$ENV{LIBRARY_DEPENDS}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${debian}/shlibs ${debian}/symbols ${debian}/triggers)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libala1 (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libala1 (= ${QVLEDGER_PACKAGE_VERSION})")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS qvledger-doc)
 set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qvledger)
-set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_VERSION ${QVLEDGER_PACKAGE_VERSION})
 set(CPACK_PACKAGE_CONTACT "The qvledger maintainers <maintainers@qvledger.example>")
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_SET_DESTDIR ON) # for the destinations outside the prefix
