@@ -81,7 +81,7 @@ public:
     // Directly before the log goes: are its lines still safe elsewhere?  Null, or why it has to stay.
     virtual const char *objection() = 0;
     // A log that is not deleted stays under this path.
-    virtual void leftAside(const char *inp_path, const char *in_why) = 0;
+    virtual void leftAside(const char *path, const char *why) = 0;
 
 protected:
     ~ALA__deletion() = default;

@@ -12,16 +12,16 @@
 #include "tool/options.h"
 #include "tool/run.h"
 
-static void enter(const Sandbox &in_sandbox) {
-    if (chdir(in_sandbox.root().path().c_str()) != 0 || std::freopen("/dev/null", "w", stdout) == nullptr)
+static void enter(const Sandbox &sandbox) {
+    if (chdir(sandbox.root().path().c_str()) != 0 || std::freopen("/dev/null", "w", stdout) == nullptr)
         std::abort();
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
     static const bool entered = (enter(sandbox), true);
     static_cast<void>(entered);
-    const std::string text(reinterpret_cast<const char *>(inp_bytes), in_size);
+    const std::string text(reinterpret_cast<const char *>(bytes), size);
     if (text.find('/') != std::string::npos)
         return 0; // nothing outside the folder
     std::vector<std::string> words = {"qvledger"};

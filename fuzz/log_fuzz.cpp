@@ -40,13 +40,13 @@ static void walkRecords(ALA_handle_t handle, ALA_acctLogHandle_t log) {
     }
 }
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
     static ALA_handle_t handle = nullptr;
     if (handle == nullptr && ALA_Register("alpha", sandbox.root().logs().c_str(),
                                           sandbox.root().oids().c_str(), &handle) != ALA_N_NORMAL)
         std::abort();
-    Sandbox::write(sandbox.root().log("alpha", "20010203"), {inp_bytes, in_size});
+    Sandbox::write(sandbox.root().log("alpha", "20010203"), {bytes, size});
     const ALA_time day = {2001, 2, 3};
     ALA_acctLogHandle_t log = nullptr;
     if (ALA_Open(handle, &day, &log) == ALA_N_NORMAL) {

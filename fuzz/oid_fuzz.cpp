@@ -2,13 +2,13 @@
 #include "fuzz/sandbox.h"
 #include "service/oid.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
     const std::filesystem::path folder = sandbox.root().oids();
     const StatusList status;
     OID_Init(status, nullptr, 0);
-    Sandbox::write(folder / "oids", {inp_bytes, in_size});
-    Sandbox::write(folder / "oids.xx", {inp_bytes, in_size});
+    Sandbox::write(folder / "oids", {bytes, size});
+    Sandbox::write(folder / "oids.xx", {bytes, size});
     void *database = nullptr;
     if (OID_OpenDb(status, folder.c_str(), 0, 0, &database) == 0) {
         char language[] = "xx_YY.UTF-8";
@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t
         for (AS_attrID_t identifier = 0; identifier < 200; ++identifier)
             OID_LookupShort(status, database, identifier, name, classBytes);
         std::uint8_t binary[OID_BINARY_SIZE];
-        const std::string text(reinterpret_cast<const char *>(inp_bytes), in_size);
+        const std::string text(reinterpret_cast<const char *>(bytes), size);
         if (OID_ConvertDecToBin(status, text.c_str(), binary, 0) == 0)
             OID_LookupBinary(status, database, binary, name, 0);
         OID_CloseDb(status, &database);

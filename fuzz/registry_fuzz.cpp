@@ -3,9 +3,9 @@
 #include "fuzz/sandbox.h"
 #include "platform/os.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
-    Sandbox::write(sandbox.root().registry(), {inp_bytes, in_size});
+    Sandbox::write(sandbox.root().registry(), {bytes, size});
     for (const char *path : {"SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", "SYSTEM", "A"}) {
         HKEY key = nullptr;
         if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != ERROR_SUCCESS)

@@ -12,15 +12,15 @@
 
 #include "fuzz/sandbox.h"
 
-static bool replay(const std::filesystem::path &in_file) {
-    std::ifstream in(in_file, std::ios::binary);
+static bool replay(const std::filesystem::path &file) {
+    std::ifstream in(file, std::ios::binary);
     const std::vector<char> bytes{std::istreambuf_iterator<char>(in), {}};
     const auto start = std::chrono::steady_clock::now();
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t *>(bytes.data()), bytes.size());
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     const double allowed = std::max(1.0, static_cast<double>(bytes.size()) / 1e6);
     if (seconds > allowed)
-        std::printf("%s took %.1f s\n", in_file.c_str(), seconds);
+        std::printf("%s took %.1f s\n", file.c_str(), seconds);
     return seconds <= allowed;
 }
 

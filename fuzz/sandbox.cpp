@@ -23,10 +23,10 @@ Sandbox::~Sandbox() {
     std::filesystem::remove_all(folder, ignored);
 }
 
-void Sandbox::write(const std::filesystem::path &in_file, std::span<const std::uint8_t> in_bytes) {
-    std::ofstream out(in_file, std::ios::binary | std::ios::trunc);
-    out.write(reinterpret_cast<const char *>(in_bytes.data()), static_cast<std::streamsize>(in_bytes.size()));
+void Sandbox::write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes) {
+    std::ofstream out(file, std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     out.close();
     if (!out)
-        throw std::runtime_error("cannot write " + in_file.string());
+        throw std::runtime_error("cannot write " + file.string());
 }

@@ -8,7 +8,7 @@
 
 #include "samples/sample_root.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size);
 
 class Sandbox {
 public:
@@ -20,7 +20,7 @@ public:
 
     const samples::SampleRoot &root() const { return tree; }
 
-    static void write(const std::filesystem::path &in_file, std::span<const std::uint8_t> in_bytes);
+    static void write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes);
 
 private:
     std::filesystem::path folder;

@@ -5,7 +5,7 @@
 #include "fuzz/sandbox.h"
 #include "service/oid.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t in_size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
     static void *database = nullptr;
     const StatusList status;
@@ -14,10 +14,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t
         if (OID_OpenDb(status, sandbox.root().oids().c_str(), 0, 0, &database) != 0)
             std::abort();
     }
-    if (in_size == 0)
+    if (size == 0)
         return 0;
     attrValNode node = {};
-    node.attrValType = inp_bytes[0];
+    node.attrValType = bytes[0];
     if (OID_ConvertDecToBin(status, "1.3.6.1.4.1.32473.1.1", node.oidBytes, 0) != 0)
         std::abort();
     node.oid = node.oidBytes;
@@ -26,8 +26,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *inp_bytes, std::size_t
     for (int i = 0; i < 2; ++i) {
         void *value = nullptr;
         AS_attrValDesc_t description = {};
-        if (ODP_UnpackAV(status, static_cast<std::int32_t>(in_size - 1), inp_bytes + 1, node.attrValType,
-                         &value, &description) == 0)
+        if (ODP_UnpackAV(status, static_cast<std::int32_t>(size - 1), bytes + 1, node.attrValType, &value,
+                         &description) == 0)
             ALA__GetAttribute(&node, value, description, nullptr, &database, &pair);
     }
     if (pair != nullptr)

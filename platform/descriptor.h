@@ -8,7 +8,7 @@
 // -1 for none.
 class Descriptor {
 public:
-    explicit Descriptor(int in_fd = -1) : fd(in_fd) {}
+    explicit Descriptor(int givenFd = -1) : fd(givenFd) {}
     ~Descriptor() { reset(-1); }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
@@ -16,10 +16,10 @@ public:
     bool isOpen() const { return fd != -1; }
     int get() const { return fd; }
     int release() { return std::exchange(fd, -1); }
-    void reset(int in_fd) {
+    void reset(int givenFd) {
         if (fd != -1)
             static_cast<void>(_close(fd)); // only read from: nothing can be lost
-        fd = in_fd;
+        fd = givenFd;
     }
 
 private:

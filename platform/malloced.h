@@ -5,7 +5,7 @@
 #include <memory>
 
 struct FreeDeleter {
-    void operator()(void *inp_memory) const { std::free(inp_memory); }
+    void operator()(void *memory) const { std::free(memory); }
 };
 
 template <class T>

@@ -23,21 +23,21 @@ public:
 
     // Not cleared.  Null when memory runs out.  Unless kPacked, the shortest allocation has an address of its
     // own, too.
-    void *allocate(std::size_t in_size) {
+    void *allocate(std::size_t size) {
         if constexpr (kPacked) {
             // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): next is null or set
             const std::size_t gap = -reinterpret_cast<std::uintptr_t>(next) % kAlignment;
             next += std::min(gap, static_cast<std::size_t>(end - next));
-            return take(in_size);
+            return take(size);
         }
-        return take((std::max<std::size_t>(in_size, 1) + kAlignment - 1) / kAlignment * kAlignment);
+        return take((std::max<std::size_t>(size, 1) + kAlignment - 1) / kAlignment * kAlignment);
     }
 
     // The same at any address.
-    void *allocateBytes(std::size_t in_size) requires kPacked { return take(in_size); }
+    void *allocateBytes(std::size_t size) requires kPacked { return take(size); }
 
     // What the first chunk shall hold if that is more than usual.
-    void expect(std::size_t in_bytes) { expected = in_bytes; }
+    void expect(std::size_t bytes) { expected = bytes; }
 
     // Leaves the memory to whoever has the first allocation, and takes it back from there; null is fine.
     void handOver() {
@@ -46,9 +46,9 @@ public:
         next = nullptr;
         end = nullptr;
     }
-    static void releaseFromFirst(void *inp_allocation) {
-        if (inp_allocation != nullptr)
-            releaseFrom(static_cast<Chunk *>(inp_allocation) - 1);
+    static void releaseFromFirst(void *allocation) {
+        if (allocation != nullptr)
+            releaseFrom(static_cast<Chunk *>(allocation) - 1);
     }
 
 private:
@@ -60,16 +60,16 @@ private:
     static constexpr std::size_t kUsual = kFirstChunk - sizeof(Chunk);
     static constexpr std::size_t kLargest = 256 * 1024; // only what is larger itself gets more
 
-    void *take(std::size_t in_size) {
-        if (in_size > static_cast<std::size_t>(end - next) && !addChunk(in_size))
+    void *take(std::size_t size) {
+        if (size > static_cast<std::size_t>(end - next) && !addChunk(size))
             return nullptr;
-        return std::exchange(next, next + in_size);
+        return std::exchange(next, next + size);
     }
 
-    bool addChunk(std::size_t in_size) {
+    bool addChunk(std::size_t size) {
         const std::size_t usual =
             last == nullptr ? std::max(kUsual, expected) : std::min(2 * last->capacity, kLargest);
-        const std::size_t capacity = std::max(usual, in_size);
+        const std::size_t capacity = std::max(usual, size);
         auto *chunk = static_cast<Chunk *>(capacity == kUsual ? FirstChunk::allocate()
                                                               : std::malloc(sizeof(Chunk) + capacity));
         if (chunk == nullptr)
@@ -82,14 +82,14 @@ private:
         return true;
     }
 
-    static void releaseFrom(Chunk *inp_chunk) {
-        while (inp_chunk != nullptr) {
-            Chunk *following = inp_chunk->following;
-            if (inp_chunk->capacity == kUsual)
-                FirstChunk::release(inp_chunk);
+    static void releaseFrom(Chunk *chunk) {
+        while (chunk != nullptr) {
+            Chunk *following = chunk->following;
+            if (chunk->capacity == kUsual)
+                FirstChunk::release(chunk);
             else
-                std::free(inp_chunk);
-            inp_chunk = following;
+                std::free(chunk);
+            chunk = following;
         }
     }
 

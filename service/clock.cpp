@@ -5,8 +5,8 @@
 #include "platform/os.h"
 #include "service/value_block.h"
 
-static std::int16_t narrow(long in_number) {
-    return static_cast<std::int16_t>(in_number);
+static std::int16_t narrow(long number) {
+    return static_cast<std::int16_t>(number);
 }
 
 std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time, std::int32_t) {

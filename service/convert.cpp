@@ -100,11 +100,11 @@ constexpr std::uint32_t kUtf16Little = 1014;
 constexpr std::uint32_t kUtf32Big = 1018;
 constexpr std::uint32_t kUtf32Little = 1019;
 
-static const CodeSet *findCodeSet(std::uint32_t in_number) {
+static const CodeSet *findCodeSet(std::uint32_t givenNumber) {
     const auto *row =
-        std::lower_bound(std::begin(kCodeSets), std::end(kCodeSets), in_number,
+        std::lower_bound(std::begin(kCodeSets), std::end(kCodeSets), givenNumber,
                          [](const CodeSet &set, std::uint32_t number) { return set.number < number; });
-    return row != std::end(kCodeSets) && row->number == in_number ? row : nullptr;
+    return row != std::end(kCodeSets) && row->number == givenNumber ? row : nullptr;
 }
 
 // ---- Converters ----
@@ -121,13 +121,13 @@ static void closeConverters(void *) {
 }
 
 // kNoConverter, and why in errno, when it cannot be opened.
-static iconv_t findConverter(const CodeSet *inp_set) {
-    iconv_t &converter = gConverters[inp_set - std::begin(kCodeSets)];
+static iconv_t findConverter(const CodeSet *set) {
+    iconv_t &converter = gConverters[set - std::begin(kCodeSets)];
     if (converter != nullptr) {
         iconv(converter, nullptr, nullptr, nullptr, nullptr); // forget the last text
         return converter;
     }
-    const iconv_t opened = iconv_open("UTF-8", inp_set->name);
+    const iconv_t opened = iconv_open("UTF-8", set->name);
     if (opened == kNoConverter)
         return kNoConverter;
     static ThreadsEnd end(closeConverters);
@@ -138,29 +138,29 @@ static iconv_t findConverter(const CodeSet *inp_set) {
 namespace {
 
 struct Free {
-    void operator()(char *inp_text) const { std::free(inp_text); }
+    void operator()(char *text) const { std::free(text); }
 };
 
 // The text that comes about, in memory that grows.
 class Output {
 public:
     // A unit of one or two bytes makes at most three.
-    explicit Output(std::size_t in_bytes) { grow(3 * in_bytes + 16); }
+    explicit Output(std::size_t bytes) { grow(3 * bytes + 16); }
 
-    bool grow(std::size_t in_by) {
-        auto *block = static_cast<char *>(std::realloc(text.get(), size + in_by));
+    bool grow(std::size_t by) {
+        auto *block = static_cast<char *>(std::realloc(text.get(), size + by));
         if (block == nullptr)
             return false;
         static_cast<void>(text.release());
         text.reset(block);
-        size += in_by;
+        size += by;
         return true;
     }
 
     bool ready() const { return text != nullptr; }
     char *at() { return text.get() + used; }
     std::size_t room() const { return size - used; }
-    void wrote(std::size_t in_bytes) { used += in_bytes; }
+    void wrote(std::size_t bytes) { used += bytes; }
     char *finish() {
         text.get()[used] = '\0';
         return text.release();
@@ -178,139 +178,136 @@ constexpr std::size_t kRoomAtEnd = 8; // for a "?", a character that a converter
 
 // Runs the converter once over the input, or lets it put out what it holds if that is null.  0, E2BIG after
 // the output grew, or another errno number.
-static int step(iconv_t in_converter, char **inoutpp_in, std::size_t *inoutp_left, Output &inout_out) {
-    char *to = inout_out.at();
-    const std::size_t room = inout_out.room() - kRoomAtEnd;
+static int step(iconv_t converter, char **in, std::size_t *givenLeft, Output &out) {
+    char *to = out.at();
+    const std::size_t room = out.room() - kRoomAtEnd;
     std::size_t left = room;
-    const std::size_t result = iconv(in_converter, inoutpp_in, inoutp_left, &to, &left);
+    const std::size_t result = iconv(converter, in, givenLeft, &to, &left);
     const int reason = result == static_cast<std::size_t>(-1) ? errno : 0;
-    inout_out.wrote(room - left);
-    if (reason == E2BIG || inout_out.room() <= 2 * kRoomAtEnd)
-        return inout_out.grow(inout_out.room() + 256) ? reason : ENOMEM;
+    out.wrote(room - left);
+    if (reason == E2BIG || out.room() <= 2 * kRoomAtEnd)
+        return out.grow(out.room() + 256) ? reason : ENOMEM;
     return reason;
 }
 
 // Bytes that belong to the first one, which begins a sequence.
-static std::size_t sequenceLength(Sequences in_sequences, std::span<const std::uint8_t> in_bytes) {
-    const auto byte = [&](std::size_t at) { return at < in_bytes.size() ? in_bytes[at] : 0; };
+static std::size_t sequenceLength(Sequences sequences, std::span<const std::uint8_t> bytes) {
+    const auto byte = [&](std::size_t at) { return at < bytes.size() ? bytes[at] : 0; };
     const auto isDigit = [&](std::size_t at) { return byte(at) >= '0' && byte(at) <= '9'; };
-    if (in_sequences == Sequences::Gb18030 && isDigit(1))
+    if (sequences == Sequences::Gb18030 && isDigit(1))
         return byte(2) < 0x80 ? 2 : isDigit(3) ? 4 : 3;
     if (byte(1) < 0x80)
         return 1;
-    return in_sequences == Sequences::EucJp && byte(0) == 0x8F && byte(2) >= 0x80 ? 3 : 2;
+    return sequences == Sequences::EucJp && byte(0) == 0x8F && byte(2) >= 0x80 ? 3 : 2;
 }
 
 // Bytes of what is no character at the front of a text: a unit, or as much of a longer sequence as is there.
-static std::size_t faultLength(iconv_t in_converter, const CodeSet &in_set,
-                               std::span<const std::uint8_t> in_bytes) {
-    if (in_set.unit > 1)
-        return std::min<std::size_t>(in_set.unit, in_bytes.size());
-    const auto isCut = [&](std::size_t in_length) {
+static std::size_t faultLength(iconv_t converter, const CodeSet &set, std::span<const std::uint8_t> bytes) {
+    if (set.unit > 1)
+        return std::min<std::size_t>(set.unit, bytes.size());
+    const auto isCut = [&](std::size_t givenLength) {
         char nowhere[64];
-        char *from = reinterpret_cast<char *>(const_cast<std::uint8_t *>(in_bytes.data()));
+        char *from = reinterpret_cast<char *>(const_cast<std::uint8_t *>(bytes.data()));
         char *to = nowhere;
         std::size_t room = sizeof nowhere;
-        const bool failed =
-            iconv(in_converter, &from, &in_length, &to, &room) == static_cast<std::size_t>(-1);
+        const bool failed = iconv(converter, &from, &givenLength, &to, &room) == static_cast<std::size_t>(-1);
         const bool cut = failed && errno == EINVAL;
-        iconv(in_converter, nullptr, nullptr, nullptr, nullptr);
+        iconv(converter, nullptr, nullptr, nullptr, nullptr);
         return cut;
     };
     if (!isCut(1))
         return 1;
-    if (in_set.sequences != Sequences::None)
-        return sequenceLength(in_set.sequences, in_bytes);
+    if (set.sequences != Sequences::None)
+        return sequenceLength(set.sequences, bytes);
     std::size_t length = 1;
-    while (length < in_bytes.size() && isCut(length + 1))
+    while (length < bytes.size() && isCut(length + 1))
         ++length;
     return length;
 }
 
-static char *convertBy(iconv_t in_converter, const CodeSet &in_set, std::span<const std::uint8_t> in_bytes) {
-    Output out(in_bytes.size());
+static char *convertBy(iconv_t converter, const CodeSet &set, std::span<const std::uint8_t> bytes) {
+    Output out(bytes.size());
     if (!out.ready())
         return nullptr;
-    char *in = reinterpret_cast<char *>(const_cast<std::uint8_t *>(in_bytes.data())); // iconv only reads it
-    std::size_t left = in_bytes.size();
+    char *in = reinterpret_cast<char *>(const_cast<std::uint8_t *>(bytes.data())); // iconv only reads it
+    std::size_t left = bytes.size();
     while (left > 0) {
-        const int reason = step(in_converter, &in, &left, out);
+        const int reason = step(converter, &in, &left, out);
         if (reason == ENOMEM)
             return nullptr;
         if (reason == 0 || reason == E2BIG)
             continue;
         // What the converter holds belongs before the fault.
-        if (step(in_converter, nullptr, nullptr, out) == ENOMEM)
+        if (step(converter, nullptr, nullptr, out) == ENOMEM)
             return nullptr;
         *out.at() = '?';
         out.wrote(1);
         // EINVAL: the text ends inside a character.
-        const std::size_t fault =
-            reason == EINVAL ? left : faultLength(in_converter, in_set, in_bytes.last(left));
+        const std::size_t fault = reason == EINVAL ? left : faultLength(converter, set, bytes.last(left));
         in += fault;
         left -= fault;
     }
-    if (step(in_converter, nullptr, nullptr, out) == ENOMEM)
+    if (step(converter, nullptr, nullptr, out) == ENOMEM)
         return nullptr;
     return out.finish();
 }
 
 // ---- Without a converter ----
 
-static bool isAscii(std::span<const std::uint8_t> in_bytes) {
-    return std::all_of(in_bytes.begin(), in_bytes.end(), [](std::uint8_t byte) { return byte < 0x80; });
+static bool isAscii(std::span<const std::uint8_t> bytes) {
+    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte < 0x80; });
 }
 
-static char *newText(std::span<const std::uint8_t> in_bytes) {
-    auto *text = static_cast<char *>(std::malloc(in_bytes.size() + 1));
+static char *newText(std::span<const std::uint8_t> bytes) {
+    auto *text = static_cast<char *>(std::malloc(bytes.size() + 1));
     if (text == nullptr)
         return nullptr;
-    std::copy(in_bytes.begin(), in_bytes.end(), text);
-    text[in_bytes.size()] = '\0';
+    std::copy(bytes.begin(), bytes.end(), text);
+    text[bytes.size()] = '\0';
     return text;
 }
 
-static char *asciiAlone(std::span<const std::uint8_t> in_bytes) {
-    char *text = newText(in_bytes);
+static char *asciiAlone(std::span<const std::uint8_t> bytes) {
+    char *text = newText(bytes);
     if (text != nullptr)
         std::replace_if(
-            text, text + in_bytes.size(), [](char byte) { return (byte & 0x80) != 0; }, '?');
+            text, text + bytes.size(), [](char byte) { return (byte & 0x80) != 0; }, '?');
     return text;
 }
 
 // The bytes before the first unit that is zero.
-static std::span<const std::uint8_t> beforeNul(std::span<const std::uint8_t> in_bytes, std::size_t in_unit) {
-    if (in_bytes.empty())
-        return in_bytes;
-    if (in_unit == 1) {
-        const void *nul = std::memchr(in_bytes.data(), 0, in_bytes.size());
-        return nul == nullptr ? in_bytes
-                              : in_bytes.first(static_cast<std::size_t>(
-                                    static_cast<const std::uint8_t *>(nul) - in_bytes.data()));
+static std::span<const std::uint8_t> beforeNul(std::span<const std::uint8_t> bytes, std::size_t givenUnit) {
+    if (bytes.empty())
+        return bytes;
+    if (givenUnit == 1) {
+        const void *nul = std::memchr(bytes.data(), 0, bytes.size());
+        return nul == nullptr ? bytes
+                              : bytes.first(static_cast<std::size_t>(static_cast<const std::uint8_t *>(nul) -
+                                                                     bytes.data()));
     }
-    for (std::size_t at = 0; at + in_unit <= in_bytes.size(); at += in_unit) {
-        const auto unit = in_bytes.subspan(at, in_unit);
+    for (std::size_t at = 0; at + givenUnit <= bytes.size(); at += givenUnit) {
+        const auto unit = bytes.subspan(at, givenUnit);
         if (std::all_of(unit.begin(), unit.end(), [](std::uint8_t byte) { return byte == 0; }))
-            return in_bytes.first(at);
+            return bytes.first(at);
     }
-    return in_bytes;
+    return bytes;
 }
 
 // Takes a byte order mark off; the code set that it and the number lead to.  Big-endian without a mark.
-static std::uint32_t takeMark(std::span<const std::uint8_t> &inout_bytes, std::uint32_t in_codeSet) {
-    const bool wide = in_codeSet == kUtf32Marked;
-    if (!wide && in_codeSet != kUtf16Marked)
-        return in_codeSet;
+static std::uint32_t takeMark(std::span<const std::uint8_t> &bytes, std::uint32_t codeSet) {
+    const bool wide = codeSet == kUtf32Marked;
+    if (!wide && codeSet != kUtf16Marked)
+        return codeSet;
     static constexpr std::uint8_t marks[] = {0, 0, 0xFE, 0xFF, 0, 0};
     const std::size_t unit = wide ? 4 : 2;
     const auto startsWith = [&](const std::uint8_t *mark) {
-        return inout_bytes.size() >= unit && std::equal(mark, mark + unit, inout_bytes.begin());
+        return bytes.size() >= unit && std::equal(mark, mark + unit, bytes.begin());
     };
     static constexpr std::uint8_t little[] = {0xFF, 0xFE, 0, 0};
     const bool isBig = startsWith(marks + 4 - unit);
     const bool isLittle = startsWith(little);
     if (isBig || isLittle)
-        inout_bytes = inout_bytes.subspan(unit);
+        bytes = bytes.subspan(unit);
     if (wide)
         return isLittle ? kUtf32Little : kUtf32Big;
     return isLittle ? kUtf16Little : kUtf16Big;
@@ -319,9 +316,9 @@ static std::uint32_t takeMark(std::span<const std::uint8_t> &inout_bytes, std::u
 // ---- UTF-8 ----
 
 // Bytes of the character at the front of a text, 0 if there is none.  RFC 3629, section 4.
-static std::size_t utf8Length(std::string_view in_text) {
+static std::size_t utf8Length(std::string_view text) {
     const auto byte = [&](std::size_t at) {
-        return at < in_text.size() ? static_cast<unsigned char>(in_text[at]) : 0U;
+        return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
     };
     const auto isTail = [&](std::size_t at) { return (byte(at) & 0xC0) == 0x80; };
     const unsigned first = byte(0);
@@ -341,22 +338,22 @@ static std::size_t utf8Length(std::string_view in_text) {
 }
 
 // Bytes of what begins like a character at the front of a text and is none.
-static std::size_t utf8FaultLength(std::string_view in_text) {
-    const auto first = static_cast<std::uint8_t>(in_text[0]);
+static std::size_t utf8FaultLength(std::string_view text) {
+    const auto first = static_cast<std::uint8_t>(text[0]);
     const int ones = std::countl_one(first);
     const auto whole = ones >= 2 && ones <= 6 ? static_cast<std::size_t>(ones) : 1;
     const auto isTail = [](char byte) { return (byte & 0xC0) == 0x80; };
-    const std::string_view tail = in_text.substr(1, whole - 1);
+    const std::string_view tail = text.substr(1, whole - 1);
     return 1 + static_cast<std::size_t>(std::find_if_not(tail.begin(), tail.end(), isTail) - tail.begin());
 }
 
 // The C library's own converter lets numbers behind the last character pass.
-static char *convertFromUtf8(std::span<const std::uint8_t> in_bytes) {
-    auto *text = static_cast<char *>(std::malloc(in_bytes.size() + 1));
+static char *convertFromUtf8(std::span<const std::uint8_t> bytes) {
+    auto *text = static_cast<char *>(std::malloc(bytes.size() + 1));
     if (text == nullptr)
         return nullptr;
     char *at = text;
-    std::string_view rest(reinterpret_cast<const char *>(in_bytes.data()), in_bytes.size());
+    std::string_view rest(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     while (!rest.empty()) {
         const std::size_t length = utf8Length(rest);
         if (length != 0)
@@ -371,15 +368,15 @@ static char *convertFromUtf8(std::span<const std::uint8_t> in_bytes) {
 
 // ---- Operations ----
 
-char *convertToUtf8(std::span<const std::uint8_t> in_bytes, std::uint32_t in_codeSet) {
-    const CodeSet *set = findCodeSet(takeMark(in_bytes, in_codeSet));
-    const auto bytes = beforeNul(in_bytes, set != nullptr ? set->unit : 1);
+char *convertToUtf8(std::span<const std::uint8_t> givenBytes, std::uint32_t codeSet) {
+    const CodeSet *set = findCodeSet(takeMark(givenBytes, codeSet));
+    const auto bytes = beforeNul(givenBytes, set != nullptr ? set->unit : 1);
     if (set == nullptr)
         return asciiAlone(bytes);
     if (bytes.empty() || (set->hasAscii && isAscii(bytes)))
         return newText(bytes);
 
-    if (in_codeSet == CODE_SET_UTF8)
+    if (codeSet == CODE_SET_UTF8)
         return convertFromUtf8(bytes);
     const iconv_t converter = findConverter(set);
     if (converter == kNoConverter) // EINVAL: the C library was installed without this code set
@@ -387,16 +384,16 @@ char *convertToUtf8(std::span<const std::uint8_t> in_bytes, std::uint32_t in_cod
     return convertBy(converter, *set, bytes);
 }
 
-char *copyText(std::span<const std::uint8_t> in_bytes) {
-    return newText(beforeNul(in_bytes, 1));
+char *copyText(std::span<const std::uint8_t> bytes) {
+    return newText(beforeNul(bytes, 1));
 }
 
-bool isUtf8(std::string_view in_text) {
-    while (!in_text.empty()) {
-        const std::size_t length = utf8Length(in_text);
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t length = utf8Length(text);
         if (length == 0)
             return false;
-        in_text.remove_prefix(length);
+        text.remove_prefix(length);
     }
     return true;
 }

@@ -72,9 +72,9 @@ static Message &threadsMessage() {
     return *made;
 }
 
-static int openFile(const char *inp_path) {
+static int openFile(const char *path) {
     // O_NONBLOCK: a pipe without a reader must not hold the program up.
-    const int fd = ::open(inp_path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640);
+    const int fd = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640);
     if (fd < 0)
         return kSyslog;
     if (fd > STDERR_FILENO)
@@ -141,87 +141,86 @@ static bool syslogListens() {
     return listens;
 }
 
-static bool isWanted(std::int32_t in_level) {
-    if (!LOG_Wants(in_level))
+static bool isWanted(std::int32_t level) {
+    if (!LOG_Wants(level))
         return false;
     start();
     if (sink == kNowhere || (sink == kSyslog && !syslogListens()))
         return false;
-    return in_level <= messageLevel || (in_level == LOG_TRACE && traceWanted);
+    return level <= messageLevel || (level == LOG_TRACE && traceWanted);
 }
 
 // ---- Writing an entry ----
 
 // Texts come from files and command lines that anyone may have written: none may begin a line of its own or
 // steer the terminal that the log is read on.
-static void appendVisible(LogText &inout_line, std::string_view in_text) {
+static void appendVisible(LogText &line, std::string_view text) {
     std::size_t shown = 0;
-    for (std::size_t at = 0; at < in_text.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(in_text[at]);
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(text[at]);
         if (byte >= 0x20 && byte != 0x7f)
             continue;
         char escape[5];
         std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-        inout_line.append(in_text.substr(shown, at - shown));
-        inout_line.append(escape);
+        line.append(text.substr(shown, at - shown));
+        line.append(escape);
         shown = at + 1;
     }
-    inout_line.append(in_text.substr(shown));
+    line.append(text.substr(shown));
 }
 
 // Time, program and process, which syslog puts before an entry on its own.
-static void appendStamp(LogText &inout_line) {
+static void appendStamp(LogText &line) {
     std::timespec now{};
     std::tm utc{};
     ::clock_gettime(CLOCK_REALTIME, &now);
     ::gmtime_r(&now.tv_sec, &utc);
     char stamp[sizeof "2000-01-01T00:00:00" + 16];
     const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
-    inout_line.append({stamp, length});
+    line.append({stamp, length});
     char rest[64];
     std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.tv_nsec / 1'000'000));
-    inout_line.append(rest);
-    appendVisible(inout_line, program_invocation_short_name);
+    line.append(rest);
+    appendVisible(line, program_invocation_short_name);
     std::snprintf(rest, sizeof rest, "[%d]: ", static_cast<int>(::getpid()));
-    inout_line.append(rest);
+    line.append(rest);
 }
 
-static void writeAll(int in_fd, std::string_view in_bytes) {
-    while (!in_bytes.empty()) {
-        const ssize_t written = ::write(in_fd, in_bytes.data(), in_bytes.size());
+static void writeAll(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)
             return; // nobody is left to tell
-        in_bytes.remove_prefix(static_cast<std::size_t>(written));
+        bytes.remove_prefix(static_cast<std::size_t>(written));
     }
 }
 
 // A datagram takes only so much, so a long entry goes in pieces.
-static void writeSyslog(std::int32_t in_level, std::string_view in_text) {
+static void writeSyslog(std::int32_t level, std::string_view text) {
     constexpr std::size_t kPiece = 8000;
-    for (; !in_text.empty(); in_text.remove_prefix(std::min(kPiece, in_text.size()))) {
-        const int length = static_cast<int>(std::min(kPiece, in_text.size()));
-        ::syslog(in_level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG, "%.*s", length, in_text.data());
+    for (; !text.empty(); text.remove_prefix(std::min(kPiece, text.size()))) {
+        const int length = static_cast<int>(std::min(kPiece, text.size()));
+        ::syslog(level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG, "%.*s", length, text.data());
     }
 }
 
-static void writeEntry(std::int32_t in_level, const char *in_file, std::int32_t in_line,
-                       std::string_view in_text) {
+static void writeEntry(std::int32_t level, const char *file, std::int32_t givenLine, std::string_view text) {
     LogText line;
     if (sink != kSyslog)
         appendStamp(line);
     char number[32];
-    std::snprintf(number, sizeof number, "%d ", in_level);
+    std::snprintf(number, sizeof number, "%d ", level);
     line.append(number);
-    line.append(in_file);
-    std::snprintf(number, sizeof number, ":%d: ", in_line);
+    line.append(file);
+    std::snprintf(number, sizeof number, ":%d: ", givenLine);
     line.append(number);
-    if (in_text.ends_with('\n'))
-        in_text.remove_suffix(1);
-    appendVisible(line, in_text);
+    if (text.ends_with('\n'))
+        text.remove_suffix(1);
+    appendVisible(line, text);
     if (sink == kSyslog)
-        return writeSyslog(in_level, line.view());
+        return writeSyslog(level, line.view());
     line.end('\n');
     writeAll(sink, line.view());
 }
@@ -285,8 +284,8 @@ void LOG_EndMessage() {
 
 // ---- What the operating-system layer tells of ----
 
-static void report(const char *in_file, std::int32_t in_line, const char *inp_text) {
-    LOG_CondMessage(LOG_ERROR, in_file, in_line, "%s", inp_text);
+static void report(const char *file, std::int32_t line, const char *text) {
+    LOG_CondMessage(LOG_ERROR, file, line, "%s", text);
 }
 
 [[maybe_unused]] static const bool reporterSet = (OS_SetReporter(report), true);

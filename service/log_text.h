@@ -17,19 +17,19 @@ public:
     LogText(const LogText &) = delete;
     LogText &operator=(const LogText &) = delete;
 
-    void append(std::string_view in_text) {
-        const std::size_t size = makeRoom(in_text.size());
-        std::memcpy(text() + length, in_text.data(), size);
+    void append(std::string_view givenText) {
+        const std::size_t size = makeRoom(givenText.size());
+        std::memcpy(text() + length, givenText.data(), size);
         length += size;
     }
 
-    void appendFormat(const char *in_format, std::va_list in_values) {
+    void appendFormat(const char *format, std::va_list values) {
         std::va_list again;
-        va_copy(again, in_values);
-        const int needed = std::vsnprintf(text() + length, capacity - length, in_format, in_values);
+        va_copy(again, values);
+        const int needed = std::vsnprintf(text() + length, capacity - length, format, values);
         if (needed > 0 && static_cast<std::size_t>(needed) >= capacity - length) {
             makeRoom(static_cast<std::size_t>(needed) + 1);
-            std::vsnprintf(text() + length, capacity - length, in_format, again);
+            std::vsnprintf(text() + length, capacity - length, format, again);
         }
         va_end(again);
         if (needed > 0 && capacity > length) // vsnprintf keeps a byte for its NUL
@@ -37,10 +37,10 @@ public:
     }
 
     // The last character in any case, in the place of another one if it must be.
-    void end(char in_character) {
+    void end(char character) {
         if (makeRoom(1) == 0)
             --length;
-        text()[length++] = in_character;
+        text()[length++] = character;
     }
 
     void clear() {
@@ -52,15 +52,15 @@ public:
 
 private:
     struct Free {
-        void operator()(char *inp_text) const { std::free(inp_text); }
+        void operator()(char *text) const { std::free(text); }
     };
 
     char *text() { return onHeap ? onHeap.get() : inPlace; }
 
-    // How many of in_size further bytes there is room for: all, unless memory ran out.
-    std::size_t makeRoom(std::size_t in_size) {
-        if (in_size > capacity - length) {
-            const std::size_t larger = 2 * capacity + in_size;
+    // How many of size further bytes there is room for: all, unless memory ran out.
+    std::size_t makeRoom(std::size_t size) {
+        if (size > capacity - length) {
+            const std::size_t larger = 2 * capacity + size;
             auto *block = static_cast<char *>(std::realloc(onHeap.get(), larger));
             if (block == nullptr)
                 return capacity - length;
@@ -70,7 +70,7 @@ private:
             onHeap.reset(block);
             capacity = larger;
         }
-        return in_size;
+        return size;
     }
 
     char inPlace[768];

@@ -9,30 +9,30 @@
 constexpr char kMailType[] = "DDA:RFC-822";
 constexpr std::string_view kWrittenAt = "(a)"; // "@" is no character of an O/R address
 
-static const char *textOrEmpty(const char *inp_text) {
-    return inp_text != nullptr ? inp_text : "";
+static const char *textOrEmpty(const char *text) {
+    return text != nullptr ? text : "";
 }
 
-static const ODP_orPair *findMailAttribute(const ODP_orName *inp_address) {
-    for (const ODP_orAttribute *node = inp_address->attributes; node != nullptr; node = node->next) {
+static const ODP_orPair *findMailAttribute(const ODP_orName *address) {
+    for (const ODP_orAttribute *node = address->attributes; node != nullptr; node = node->next) {
         if (_stricmp(textOrEmpty(node->_value.type), kMailType) == 0)
             return &node->_value;
     }
     return nullptr;
 }
 
-static std::string mailAddress(std::string_view in_written) {
+static std::string mailAddress(std::string_view written) {
     std::string address;
-    for (std::size_t at = 0; (at = in_written.find(kWrittenAt)) != in_written.npos;) {
-        address.append(in_written.substr(0, at)).append("@");
-        in_written.remove_prefix(at + kWrittenAt.size());
+    for (std::size_t at = 0; (at = written.find(kWrittenAt)) != written.npos;) {
+        address.append(written.substr(0, at)).append("@");
+        written.remove_prefix(at + kWrittenAt.size());
     }
-    return address.append(in_written);
+    return address.append(written);
 }
 
-static std::string listOfAttributes(const ODP_orName *inp_address) {
+static std::string listOfAttributes(const ODP_orName *address) {
     std::string list;
-    for (const ODP_orAttribute *node = inp_address->attributes; node != nullptr; node = node->next) {
+    for (const ODP_orAttribute *node = address->attributes; node != nullptr; node = node->next) {
         list.append("/").append(textOrEmpty(node->_value.type));
         list.append("=").append(textOrEmpty(node->_value.value));
     }

@@ -19,7 +19,7 @@ static const nl_catd kNoCatalogue = reinterpret_cast<nl_catd>(std::intptr_t{-1})
 static nl_catd catalogue = kNoCatalogue;
 
 // A catalogue of this installation, whose folder need not be one that the C library looks into.
-static nl_catd openInstalled(const char *inp_catalogue) {
+static nl_catd openInstalled(const char *name) {
     char language[64] = "";
     if (const char *locale = std::setlocale(LC_MESSAGES, nullptr); locale != nullptr)
         std::snprintf(language, sizeof language, "%s", locale);
@@ -27,8 +27,8 @@ static nl_catd openInstalled(const char *inp_catalogue) {
     for (const char *end : {".@", "_"}) { // "de_DE.UTF-8": first de_DE, then de
         language[std::strcspn(language, end)] = '\0';
         char path[512];
-        const int length = std::snprintf(path, sizeof path, "%s/%s/LC_MESSAGES/%s", QVLEDGER_LOCALEDIR,
-                                         language, inp_catalogue);
+        const int length =
+            std::snprintf(path, sizeof path, "%s/%s/LC_MESSAGES/%s", QVLEDGER_LOCALEDIR, language, name);
         if (found == kNoCatalogue && length < static_cast<int>(sizeof path))
             found = catopen(path, 0);
     }
@@ -80,62 +80,62 @@ std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) {
     return result;
 }
 
-static bool put(std::FILE *inp_stream, const char *inp_text, std::size_t in_length) {
+static bool put(std::FILE *stream, const char *text, std::size_t length) {
 #ifdef __GLIBC__
     // What putc_unlocked does in place for one character, for all of them.
-    if (inp_stream->_IO_write_end - inp_stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(in_length)) {
-        std::memcpy(inp_stream->_IO_write_ptr, inp_text, in_length);
-        inp_stream->_IO_write_ptr += in_length;
+    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(length)) {
+        std::memcpy(stream->_IO_write_ptr, text, length);
+        stream->_IO_write_ptr += length;
         return true;
     }
 #endif
-    return fwrite_unlocked(inp_text, 1, in_length, inp_stream) == in_length;
+    return fwrite_unlocked(text, 1, length, stream) == length;
 }
 
-static std::size_t lengthOf(const char *inp_text) {
-    const bool isOne = inp_text[0] != '\0' && inp_text[1] == '\0'; // as separators are
-    return isOne ? 1 : std::strlen(inp_text);
+static std::size_t lengthOf(const char *text) {
+    const bool isOne = text[0] != '\0' && text[1] == '\0'; // as separators are
+    return isOne ? 1 : std::strlen(text);
 }
 
-static std::int32_t countOf(std::size_t in_characters) {
-    if (in_characters <= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
-        return static_cast<std::int32_t>(in_characters);
+static std::int32_t countOf(std::size_t characters) {
+    if (characters <= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+        return static_cast<std::int32_t>(characters);
     errno = EOVERFLOW;
     return -1;
 }
 
 // The formats that the report is written with, at a fraction of what the general formatter costs.
-static bool isTwoTexts(const char *in_format) {
+static bool isTwoTexts(const char *format) {
     constexpr char kTwoTexts[] = "%s%s";
     for (std::size_t i = 0; i < sizeof kTwoTexts; ++i)
-        if (in_format[i] != kTwoTexts[i])
+        if (format[i] != kTwoTexts[i])
             return false;
     return true;
 }
 
-static std::int32_t putTwoTexts(std::FILE *inp_stream, const char *inp_first, const char *inp_second) {
-    const char *const first = inp_first != nullptr ? inp_first : "(null)";
-    const char *const second = inp_second != nullptr ? inp_second : "(null)";
+static std::int32_t putTwoTexts(std::FILE *stream, const char *givenFirst, const char *givenSecond) {
+    const char *const first = givenFirst != nullptr ? givenFirst : "(null)";
+    const char *const second = givenSecond != nullptr ? givenSecond : "(null)";
     const std::size_t firstLength = lengthOf(first);
     const std::size_t secondLength = lengthOf(second);
-    if (!put(inp_stream, first, firstLength) || !put(inp_stream, second, secondLength))
+    if (!put(stream, first, firstLength) || !put(stream, second, secondLength))
         return -1;
     return countOf(firstLength + secondLength);
 }
 
-static std::int32_t putLiteral(std::FILE *inp_stream, const char *in_format) {
-    const std::size_t length = lengthOf(in_format);
-    return put(inp_stream, in_format, length) ? countOf(length) : -1;
+static std::int32_t putLiteral(std::FILE *stream, const char *format) {
+    const std::size_t length = lengthOf(format);
+    return put(stream, format, length) ? countOf(length) : -1;
 }
 
-static std::int32_t putFormatted(std::FILE *inp_stream, const char *in_format, std::va_list in_values) {
-    if (isTwoTexts(in_format)) {
-        const char *first = va_arg(in_values, const char *);
-        return putTwoTexts(inp_stream, first, va_arg(in_values, const char *));
+static std::int32_t putFormatted(std::FILE *stream, const char *format, std::va_list values) {
+    if (isTwoTexts(format)) {
+        const char *first = va_arg(values, const char *);
+        return putTwoTexts(stream, first, va_arg(values, const char *));
     }
-    if (std::strchr(in_format, '%') == nullptr)
-        return putLiteral(inp_stream, in_format);
-    return std::vfprintf(inp_stream, in_format, in_values);
+    if (std::strchr(format, '%') == nullptr)
+        return putLiteral(stream, format);
+    return std::vfprintf(stream, format, values);
 }
 
 std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {

@@ -34,8 +34,8 @@ struct Database {
 
 static std::atomic<std::int32_t> users;
 
-static Database *databaseOf(void *in_handle) {
-    return static_cast<Database *>(in_handle);
+static Database *databaseOf(void *handle) {
+    return static_cast<Database *>(handle);
 }
 
 // ---- Opening and closing ----
@@ -83,26 +83,26 @@ std::int32_t OID_CloseDb(STF_l__hdr *, void **inoutp_handle) {
 // ---- Languages ----
 
 // The next more general tag: "de_DE.UTF-8", "de_DE", "de", nothing.
-static std::string_view generalised(std::string_view in_tag) {
-    std::size_t end = in_tag.find_first_of(".@");
-    if (end == in_tag.npos)
-        end = in_tag.rfind('_');
-    return end == in_tag.npos ? std::string_view() : in_tag.substr(0, end);
+static std::string_view generalised(std::string_view tag) {
+    std::size_t end = tag.find_first_of(".@");
+    if (end == tag.npos)
+        end = tag.rfind('_');
+    return end == tag.npos ? std::string_view() : tag.substr(0, end);
 }
 
 // A locale is the user's word: it names no file outside the database's folder.
-static bool namesNoTable(std::string_view in_locale) {
-    return in_locale.find('/') != in_locale.npos || in_locale.find("..") != in_locale.npos;
+static bool namesNoTable(std::string_view locale) {
+    return locale.find('/') != locale.npos || locale.find("..") != locale.npos;
 }
 
-static const Language &languageOf(Database &inout_database, std::string_view in_tag) {
-    auto &known = inout_database.languages;
+static const Language &languageOf(Database &database, std::string_view tag) {
+    auto &known = database.languages;
     const auto found =
-        std::find_if(known.begin(), known.end(), [&](const Language &it) { return it.tag == in_tag; });
+        std::find_if(known.begin(), known.end(), [&](const Language &it) { return it.tag == tag; });
     if (found != known.end())
         return *found;
-    Language language{std::string(in_tag), OidTable::State::Absent, std::make_unique<OidTable>()};
-    const std::string path = inout_database.tablePath + "." + language.tag;
+    Language language{std::string(tag), OidTable::State::Absent, std::make_unique<OidTable>()};
+    const std::string path = database.tablePath + "." + language.tag;
     language.state = language.table->load(path.c_str(), OidTable::Kind::Names);
     if (language.state != OidTable::State::Loaded)
         language.table.reset();
@@ -110,17 +110,17 @@ static const Language &languageOf(Database &inout_database, std::string_view in_
     return known.back();
 }
 
-static std::int32_t changeLocale(Database &inout_database, std::string_view in_locale) {
+static std::int32_t changeLocale(Database &database, std::string_view locale) {
     const OidTable *names = nullptr;
-    std::string_view tag = namesNoTable(in_locale) ? std::string_view() : in_locale;
+    std::string_view tag = namesNoTable(locale) ? std::string_view() : locale;
     for (; !tag.empty() && tag != "C" && names == nullptr; tag = generalised(tag)) {
-        const Language &language = languageOf(inout_database, tag);
+        const Language &language = languageOf(database, tag);
         if (language.state == OidTable::State::Bad)
             return OID_E_DATABASE;
         names = language.table.get();
     }
-    inout_database.locale = in_locale;
-    inout_database.names = names;
+    database.locale = locale;
+    database.names = names;
     return 0;
 }
 
@@ -149,15 +149,15 @@ std::int32_t OID_ConvertDecToBin(STF_l__hdr *, const char *inp_decimal, std::uin
     return 0;
 }
 
-static void copyName(const Database &in_database, const OidEntry &in_entry, char *outp_name) {
-    auto name = in_database.identifiers.name(in_entry);
-    if (in_database.names != nullptr) {
-        const OidEntry *renamed = in_database.names->find(in_database.identifiers.contents(in_entry));
+static void copyName(const Database &database, const OidEntry &entry, char *givenName) {
+    auto name = database.identifiers.name(entry);
+    if (database.names != nullptr) {
+        const OidEntry *renamed = database.names->find(database.identifiers.contents(entry));
         if (renamed != nullptr)
-            name = in_database.names->name(*renamed);
+            name = database.names->name(*renamed);
     }
-    std::memcpy(outp_name, name.data(), name.size());
-    outp_name[name.size()] = '\0';
+    std::memcpy(givenName, name.data(), name.size());
+    givenName[name.size()] = '\0';
 }
 
 std::int32_t OID_LookupBinary(STF_l__hdr *, void *in_handle, const std::uint8_t *inp_binary, char *outp_name,

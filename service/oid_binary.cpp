@@ -10,10 +10,10 @@ namespace {
 class Arc {
 public:
     // number * factor + addend; false when it no longer fits.
-    bool advance(unsigned in_factor, unsigned in_addend) {
-        unsigned carry = in_addend;
+    bool advance(unsigned factor, unsigned addend) {
+        unsigned carry = addend;
         for (std::size_t at = 0; at < count; ++at) {
-            carry += digits[at] * in_factor;
+            carry += digits[at] * factor;
             digits[at] = static_cast<std::uint8_t>(carry & 0x7f);
             carry >>= 7;
         }
@@ -26,16 +26,16 @@ public:
     }
 
     // Below 128 alone, which is all that the rule of the second arc needs.
-    bool isBelow(unsigned in_limit) const { return count == 0 || (count == 1 && digits[0] < in_limit); }
+    bool isBelow(unsigned limit) const { return count == 0 || (count == 1 && digits[0] < limit); }
     unsigned lowest() const { return count == 0 ? 0 : digits[0]; }
 
     // Appends the number, highest digit first.
-    bool encode(OidBinary *inoutp_binary) const {
+    bool encode(OidBinary *binary) const {
         const std::size_t size = count == 0 ? 1 : count;
-        std::uint8_t &length = inoutp_binary->bytes[0];
+        std::uint8_t &length = binary->bytes[0];
         if (length + size > kMaxContents)
             return false;
-        std::uint8_t *at = inoutp_binary->bytes + 1 + length;
+        std::uint8_t *at = binary->bytes + 1 + length;
         for (std::size_t left = size; left > 1; --left)
             *at++ = static_cast<std::uint8_t>(digits[left - 1] | 0x80U);
         *at = static_cast<std::uint8_t>(lowest());
@@ -51,37 +51,37 @@ private:
 } // namespace
 
 // Takes one arc and the dot behind it from the front of the text; true for an arc that is one.
-static bool takeArc(std::string_view &inout_text, Arc *outp_arc) {
+static bool takeArc(std::string_view &text, Arc *arc) {
     std::size_t at = 0;
-    for (; at < inout_text.size() && inout_text[at] != '.'; ++at) {
-        const char digit = inout_text[at];
-        if (digit < '0' || digit > '9' || (at == 1 && inout_text[0] == '0'))
+    for (; at < text.size() && text[at] != '.'; ++at) {
+        const char digit = text[at];
+        if (digit < '0' || digit > '9' || (at == 1 && text[0] == '0'))
             return false;
-        if (!outp_arc->advance(10, static_cast<unsigned>(digit - '0')))
+        if (!arc->advance(10, static_cast<unsigned>(digit - '0')))
             return false;
     }
-    if (at == 0 || at + 1 == inout_text.size()) // no digit, or a dot with nothing behind it
+    if (at == 0 || at + 1 == text.size()) // no digit, or a dot with nothing behind it
         return false;
-    inout_text.remove_prefix(at == inout_text.size() ? at : at + 1);
+    text.remove_prefix(at == text.size() ? at : at + 1);
     return true;
 }
 
-bool parseOid(std::string_view in_decimal, OidBinary *outp_binary) {
-    outp_binary->bytes[0] = 0;
+bool parseOid(std::string_view decimal, OidBinary *binary) {
+    binary->bytes[0] = 0;
     Arc first;
-    if (!takeArc(in_decimal, &first) || !first.isBelow(3) || in_decimal.empty())
+    if (!takeArc(decimal, &first) || !first.isBelow(3) || decimal.empty())
         return false;
 
     // The first two arcs share a number.
     Arc second;
-    if (!takeArc(in_decimal, &second) || (first.isBelow(2) && !second.isBelow(40)))
+    if (!takeArc(decimal, &second) || (first.isBelow(2) && !second.isBelow(40)))
         return false;
-    if (!second.advance(1, first.lowest() * 40) || !second.encode(outp_binary))
+    if (!second.advance(1, first.lowest() * 40) || !second.encode(binary))
         return false;
 
-    while (!in_decimal.empty()) {
+    while (!decimal.empty()) {
         Arc arc;
-        if (!takeArc(in_decimal, &arc) || !arc.encode(outp_binary))
+        if (!takeArc(decimal, &arc) || !arc.encode(binary))
             return false;
     }
     return true;

@@ -14,4 +14,4 @@ struct OidBinary {
 // False, with the output undefined, for a text that is no object identifier or does not fit.  Two arcs at
 // least, the first 0 to 2, the second below 40 under 0 and 1; no arc has a leading zero.  An arc may be as
 // large as the contents octets can hold.
-bool parseOid(std::string_view in_decimal, OidBinary *outp_binary);
+bool parseOid(std::string_view decimal, OidBinary *binary);

@@ -25,19 +25,19 @@ namespace {
 
 class LineReader {
 public:
-    explicit LineReader(int in_fd) : fd(in_fd), buffer(kBlockSize) {}
+    explicit LineReader(int givenFd) : fd(givenFd), buffer(kBlockSize) {}
 
     // The next line without its end; false behind the last one and when a read failed.
-    bool next(std::string_view *outp_line) {
+    bool next(std::string_view *line) {
         std::size_t length = rest().find('\n');
         while (length == rest().npos && refill())
             length = rest().find('\n');
         if (failed || rest().empty())
             return false;
-        *outp_line = rest().substr(0, length);
+        *line = rest().substr(0, length);
         begin = length == rest().npos ? end : begin + length + 1;
-        if (outp_line->ends_with('\r'))
-            outp_line->remove_suffix(1);
+        if (line->ends_with('\r'))
+            line->remove_suffix(1);
         return true;
     }
 
@@ -80,92 +80,90 @@ private:
 // ---- One line ----
 
 template <class Number>
-static bool parseNumber(std::string_view in_text, int in_base, Number *outp_number) {
-    const auto [end, error] =
-        std::from_chars(in_text.data(), in_text.data() + in_text.size(), *outp_number, in_base);
-    return error == std::errc() && end == in_text.data() + in_text.size();
+static bool parseNumber(std::string_view text, int base, Number *number) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *number, base);
+    return error == std::errc() && end == text.data() + text.size();
 }
 
 // Splits at single tabs; false unless there are as many fields as asked for.
-static bool split(std::string_view in_line, std::span<std::string_view> out_fields) {
-    for (std::size_t at = 0; at < out_fields.size(); ++at) {
-        const std::size_t tab = in_line.find('\t');
-        const bool last = at + 1 == out_fields.size();
-        if (last != (tab == in_line.npos))
+static bool split(std::string_view line, std::span<std::string_view> fields) {
+    for (std::size_t at = 0; at < fields.size(); ++at) {
+        const std::size_t tab = line.find('\t');
+        const bool last = at + 1 == fields.size();
+        if (last != (tab == line.npos))
             return false;
-        out_fields[at] = in_line.substr(0, tab);
-        in_line.remove_prefix(last ? in_line.size() : tab + 1);
+        fields[at] = line.substr(0, tab);
+        line.remove_prefix(last ? line.size() : tab + 1);
     }
     return true;
 }
 
-static bool isName(std::string_view in_text) {
-    return !in_text.empty() && in_text.size() <= kMaxNameLength && in_text.find('\0') == in_text.npos &&
-           isUtf8(in_text);
+static bool isName(std::string_view text) {
+    return !text.empty() && text.size() <= kMaxNameLength && text.find('\0') == text.npos && isUtf8(text);
 }
 
 // Null, or what is wrong with the line.
-static const char *parseLine(std::string_view in_line, OidTable::Kind in_kind, OidLine *outp_line) {
+static const char *parseLine(std::string_view text, OidTable::Kind kind, OidLine *line) {
     std::array<std::string_view, 4> fields;
-    const std::size_t count = in_kind == OidTable::Kind::Identifiers ? fields.size() : 2;
-    if (!split(in_line, std::span(fields).first(count)))
+    const std::size_t count = kind == OidTable::Kind::Identifiers ? fields.size() : 2;
+    if (!split(text, std::span(fields).first(count)))
         return "wrong number of fields";
-    if (!parseOid(fields[0], &outp_line->binary))
+    if (!parseOid(fields[0], &line->binary))
         return "no object identifier";
-    outp_line->name = fields[count - 1];
-    if (!isName(outp_line->name))
+    line->name = fields[count - 1];
+    if (!isName(line->name))
         return "no name of 1 to 255 bytes of UTF-8";
-    if (in_kind == OidTable::Kind::Names)
+    if (kind == OidTable::Kind::Names)
         return nullptr;
-    if (!parseNumber(fields[1], 10, &outp_line->identifier))
+    if (!parseNumber(fields[1], 10, &line->identifier))
         return "no short identifier";
-    if (fields[2].size() != 2 || !parseNumber(fields[2], 16, &outp_line->classNumber))
+    if (fields[2].size() != 2 || !parseNumber(fields[2], 16, &line->classNumber))
         return "no class of two hexadecimal digits";
     return nullptr;
 }
 
 // ---- Hash tables ----
 
-static std::size_t hashOf(std::span<const std::uint8_t> in_contents) {
+static std::size_t hashOf(std::span<const std::uint8_t> contents) {
     std::uint64_t hash = 0xcbf29ce484222325U; // FNV-1a
-    for (const std::uint8_t byte : in_contents)
+    for (const std::uint8_t byte : contents)
         hash = (hash ^ byte) * 0x100000001b3U;
     return hash ^ hash >> 32;
 }
 
-static std::size_t hashOf(std::uint32_t in_identifier) {
-    return (in_identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads runs of numbers
+static std::size_t hashOf(std::uint32_t identifier) {
+    return (identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads runs of numbers
 }
 
 // The place of the slot that holds the wanted entry, or the free one where it would go.  There is always a
 // free slot.
 template <class Slots, class IsWanted>
-static std::size_t probe(const Slots &in_slots, std::size_t in_hash, IsWanted in_isWanted) {
-    const std::size_t mask = in_slots.size() - 1;
-    for (std::size_t at = in_hash & mask;; at = (at + 1) & mask) {
-        if (in_slots[at] == 0 || in_isWanted(in_slots[at] - 1))
+static std::size_t probe(const Slots &slots, std::size_t hash, IsWanted isWanted) {
+    const std::size_t mask = slots.size() - 1;
+    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+        if (slots[at] == 0 || isWanted(slots[at] - 1))
             return at;
     }
 }
 
-std::size_t OidTable::slotOf(std::span<const std::uint8_t> in_contents) const {
-    return probe(byContents, hashOf(in_contents), [&](std::uint32_t index) {
-        return std::ranges::equal(contents(entries[index]), in_contents);
+std::size_t OidTable::slotOf(std::span<const std::uint8_t> givenContents) const {
+    return probe(byContents, hashOf(givenContents), [&](std::uint32_t index) {
+        return std::ranges::equal(contents(entries[index]), givenContents);
     });
 }
 
-std::size_t OidTable::slotOf(std::uint32_t in_identifier) const {
-    return probe(byIdentifier, hashOf(in_identifier),
-                 [&](std::uint32_t index) { return entries[index].identifier == in_identifier; });
+std::size_t OidTable::slotOf(std::uint32_t identifier) const {
+    return probe(byIdentifier, hashOf(identifier),
+                 [&](std::uint32_t index) { return entries[index].identifier == identifier; });
 }
 
-const OidEntry *OidTable::find(std::span<const std::uint8_t> in_contents) const {
-    const std::uint32_t number = entries.empty() ? 0 : byContents[slotOf(in_contents)];
+const OidEntry *OidTable::find(std::span<const std::uint8_t> contents) const {
+    const std::uint32_t number = entries.empty() ? 0 : byContents[slotOf(contents)];
     return number != 0 ? &entries[number - 1] : nullptr;
 }
 
-const OidEntry *OidTable::findShort(std::uint32_t in_identifier) const {
-    const std::uint32_t number = entries.empty() ? 0 : byIdentifier[slotOf(in_identifier)];
+const OidEntry *OidTable::findShort(std::uint32_t identifier) const {
+    const std::uint32_t number = entries.empty() ? 0 : byIdentifier[slotOf(identifier)];
     return number != 0 ? &entries[number - 1] : nullptr;
 }
 
@@ -187,66 +185,66 @@ void OidTable::makeRoomForOne() {
 // ---- Reading a table ----
 
 // Null, or what is wrong with the line.
-const char *OidTable::add(const OidLine &in_line) {
+const char *OidTable::add(const OidLine &line) {
     makeRoomForOne();
-    const std::span binary(in_line.binary.bytes, 1U + in_line.binary.bytes[0]);
+    const std::span binary(line.binary.bytes, 1U + line.binary.bytes[0]);
     std::uint32_t &contentsSlot = byContents[slotOf(binary.subspan(1))];
     if (contentsSlot != 0)
         return "object identifier given twice";
     const auto number = static_cast<std::uint32_t>(entries.size() + 1);
-    if (in_line.identifier != 0) {
-        std::uint32_t &identifierSlot = byIdentifier[slotOf(in_line.identifier)];
+    if (line.identifier != 0) {
+        std::uint32_t &identifierSlot = byIdentifier[slotOf(line.identifier)];
         if (identifierSlot != 0)
             return "short identifier given twice";
         identifierSlot = number;
     }
     contentsSlot = number;
-    entries.push_back({static_cast<std::uint32_t>(bytes.size()), in_line.identifier, in_line.classNumber});
+    entries.push_back({static_cast<std::uint32_t>(bytes.size()), line.identifier, line.classNumber});
     bytes.insert(bytes.end(), binary.begin(), binary.end());
-    bytes.push_back(static_cast<std::uint8_t>(in_line.name.size()));
-    bytes.insert(bytes.end(), in_line.name.begin(), in_line.name.end());
+    bytes.push_back(static_cast<std::uint8_t>(line.name.size()));
+    bytes.insert(bytes.end(), line.name.begin(), line.name.end());
     return nullptr;
 }
 
-static bool saysNothing(std::string_view in_line) {
-    return in_line.starts_with('#') || in_line.find_first_not_of(" \t") == in_line.npos;
+static bool saysNothing(std::string_view line) {
+    return line.starts_with('#') || line.find_first_not_of(" \t") == line.npos;
 }
 
-bool OidTable::readLines(int in_fd, const char *in_path, Kind in_kind) {
-    LineReader reader(in_fd);
+bool OidTable::readLines(int fd, const char *path, Kind kind) {
+    LineReader reader(fd);
     std::string_view text;
     for (unsigned number = 1; reader.next(&text); ++number) {
         if (saysNothing(text))
             continue;
         OidLine line;
-        const char *fault = parseLine(text, in_kind, &line);
+        const char *fault = parseLine(text, kind, &line);
         if (fault == nullptr)
             fault = add(line);
         if (fault != nullptr) {
-            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s:%u: %s", in_path, number, fault);
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s:%u: %s", path, number, fault);
             return false;
         }
     }
     if (reader.failure() != nullptr)
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be read: %s", in_path, reader.failure());
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be read: %s", path, reader.failure());
     return reader.failure() == nullptr;
 }
 
-OidTable::State OidTable::load(const char *in_path, Kind in_kind) {
-    const Descriptor file(SYSU_Open(in_path, 0));
+OidTable::State OidTable::load(const char *path, Kind kind) {
+    const Descriptor file(SYSU_Open(path, 0));
     if (file.get() < 0) {
         if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
             return State::Absent;
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be opened: %s", in_path,
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be opened: %s", path,
                         std::strerror(errno));
         return State::Bad;
     }
     struct stat info {};
     if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kMaxFileSize) {
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: no file of at most 1 GiB", in_path);
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: no file of at most 1 GiB", path);
         return State::Bad;
     }
     // What an entry takes is never more than its line.
     bytes.reserve(static_cast<std::size_t>(info.st_size));
-    return readLines(file.get(), in_path, in_kind) ? State::Loaded : State::Bad;
+    return readLines(file.get(), path, kind) ? State::Loaded : State::Bad;
 }

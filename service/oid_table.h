@@ -32,27 +32,27 @@ public:
 
     // Reads a file.  Bad: the log says why, file and line included.  Absent, when there is no such file, is
     // not logged.  Throws std::bad_alloc.  Once only for each table.
-    State load(const char *in_path, Kind in_kind);
+    State load(const char *path, Kind kind);
 
     // Null for one that the table has not.
-    const OidEntry *find(std::span<const std::uint8_t> in_contents) const;
-    const OidEntry *findShort(std::uint32_t in_identifier) const;
+    const OidEntry *find(std::span<const std::uint8_t> contents) const;
+    const OidEntry *findShort(std::uint32_t identifier) const;
 
-    std::span<const std::uint8_t> contents(const OidEntry &in_entry) const { return part(in_entry.at); }
-    std::span<const std::uint8_t> name(const OidEntry &in_entry) const {
-        return part(in_entry.at + 1U + bytes[in_entry.at]);
+    std::span<const std::uint8_t> contents(const OidEntry &entry) const { return part(entry.at); }
+    std::span<const std::uint8_t> name(const OidEntry &entry) const {
+        return part(entry.at + 1U + bytes[entry.at]);
     }
 
 private:
     using Slots = std::vector<std::uint32_t>; // an entry's index and one, 0 for a free slot
 
-    bool readLines(int in_fd, const char *in_path, Kind in_kind);
-    const char *add(const OidLine &in_line);
+    bool readLines(int fd, const char *path, Kind kind);
+    const char *add(const OidLine &line);
     void makeRoomForOne();
-    std::size_t slotOf(std::span<const std::uint8_t> in_contents) const;
-    std::size_t slotOf(std::uint32_t in_identifier) const;
-    std::span<const std::uint8_t> part(std::size_t in_at) const {
-        return std::span(bytes).subspan(in_at + 1, bytes[in_at]);
+    std::size_t slotOf(std::span<const std::uint8_t> contents) const;
+    std::size_t slotOf(std::uint32_t identifier) const;
+    std::span<const std::uint8_t> part(std::size_t at) const {
+        return std::span(bytes).subspan(at + 1, bytes[at]);
     }
 
     std::vector<std::uint8_t> bytes; // OID and name of each entry, each behind a length byte

@@ -5,8 +5,8 @@
 // What the records of most values take beside the bytes of their texts.
 constexpr std::size_t kRoomForParts = 32;
 
-static void deleteValue(STF_l__hdr *, void *inp_value, void *) {
-    ValueBlock::releaseFromFirst(inp_value);
+static void deleteValue(STF_l__hdr *, void *value, void *) {
+    ValueBlock::releaseFromFirst(value);
 }
 
 std::int32_t ODP_UnpackAV(STF_l__hdr *, std::int32_t in_length, const void *inp_bytes,

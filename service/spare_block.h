@@ -21,11 +21,11 @@ public:
     }
 
     // Takes back what allocate() gave, in whichever thread.
-    static void release(void *inp_block) {
+    static void release(void *block) {
         if (spare == nullptr && (entered || enter()))
-            spare = inp_block;
+            spare = block;
         else
-            std::free(inp_block);
+            std::free(block);
     }
 
 private:

@@ -40,8 +40,8 @@ std::tm *SYSU_Localtime_r(const std::int64_t *inp_time, std::tm *outp_local) {
 // ---- Directories ----
 
 // A handle is the C library's own.
-static DIR *streamOf(SYSU_dir *inp_dir) {
-    return reinterpret_cast<DIR *>(inp_dir);
+static DIR *streamOf(SYSU_dir *dir) {
+    return reinterpret_cast<DIR *>(dir);
 }
 
 SYSU_dir *SYSU_Opendir(const char *inp_path) {

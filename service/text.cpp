@@ -16,56 +16,56 @@ using Bytes = std::span<const std::uint8_t>;
 
 // Characters behind a pointer, null counting as none, or in place.
 template <class Characters>
-static Bytes bytesOf(const Characters &in_characters) {
+static Bytes bytesOf(const Characters &givenCharacters) {
     static_assert(std::is_array_v<Characters> || std::is_pointer_v<Characters>);
     constexpr std::size_t limit =
         std::is_array_v<Characters> ? sizeof(Characters) : std::numeric_limits<std::ptrdiff_t>::max();
-    const char *characters = in_characters;
+    const char *characters = givenCharacters;
     if (characters == nullptr)
         return {};
     return {reinterpret_cast<const std::uint8_t *>(characters), strnlen(characters, limit)};
 }
 
-static Bytes bytesOf(const GEN_string &in_string) {
-    if (in_string._value == nullptr || in_string.length <= 0)
+static Bytes bytesOf(const GEN_string &string) {
+    if (string._value == nullptr || string.length <= 0)
         return {};
-    return {in_string._value, static_cast<std::size_t>(in_string.length)};
+    return {string._value, static_cast<std::size_t>(string.length)};
 }
 
-static Bytes bytesOf(const GEN_octet255 &in_octets) {
-    const int length = std::clamp<int>(in_octets.length, 0, sizeof in_octets._value);
-    return {in_octets._value, static_cast<std::size_t>(length)};
+static Bytes bytesOf(const GEN_octet255 &octets) {
+    const int length = std::clamp<int>(octets.length, 0, sizeof octets._value);
+    return {octets._value, static_cast<std::size_t>(length)};
 }
 
 // ---- Extraction ----
 
 // GEN_text and GEN_simpleName have the same choices and differ only in where the characters lie.
 template <class Text>
-static std::int32_t extract(char **outpp_text, const Text *inp_value) {
-    *outpp_text = nullptr;
-    if (inp_value == nullptr)
+static std::int32_t extract(char **text, const Text *value) {
+    *text = nullptr;
+    if (value == nullptr)
         return kNoChoice;
-    const auto &u = inp_value->u;
-    switch (inp_value->choice) {
+    const auto &u = value->u;
+    switch (value->choice) {
     case GEN_ISO_646_IRV:
-        *outpp_text = copyText(bytesOf(u.iso_646_irv));
+        *text = copyText(bytesOf(u.iso_646_irv));
         break;
     case GEN_CCITT_T_61:
-        *outpp_text = convertToUtf8(bytesOf(u.ccitt_t_61), CODE_SET_T61);
+        *text = convertToUtf8(bytesOf(u.ccitt_t_61), CODE_SET_T61);
         break;
     case GEN_ISO_LATIN1:
-        *outpp_text = convertToUtf8(bytesOf(u.iso_latin1), CODE_SET_LATIN1);
+        *text = convertToUtf8(bytesOf(u.iso_latin1), CODE_SET_LATIN1);
         break;
     case GEN_ISO_UCS_2:
-        *outpp_text = convertToUtf8(bytesOf(u.iso_ucs_2), CODE_SET_UCS2);
+        *text = convertToUtf8(bytesOf(u.iso_ucs_2), CODE_SET_UCS2);
         break;
     case GEN_OTHER_CODE_SET:
-        *outpp_text = convertToUtf8(bytesOf(u.otherCodeSet.octet_string), u.otherCodeSet.codeSet);
+        *text = convertToUtf8(bytesOf(u.otherCodeSet.octet_string), u.otherCodeSet.codeSet);
         break;
     default:
         return kNoChoice;
     }
-    return *outpp_text != nullptr ? 0 : GENU_E_NO_MEMORY;
+    return *text != nullptr ? 0 : GENU_E_NO_MEMORY;
 }
 
 std::int32_t GENU_ExtractText(STF_l__hdr *, char **outpp_text, const GEN_text *inp_value, std::int32_t) {
@@ -82,10 +82,10 @@ std::int32_t GENU_ExtractSimpleName(STF_l__hdr *, char **outpp_text, const GEN_s
 constexpr std::uint32_t kNoDomainType = 0;
 constexpr std::uint32_t kUnknownDomainType = 1; // matches no domain
 
-static std::uint32_t domainType(const GEN_nameOrOid *inp_syntax) {
-    if (inp_syntax == nullptr)
+static std::uint32_t domainType(const GEN_nameOrOid *syntax) {
+    if (syntax == nullptr)
         return kNoDomainType;
-    return inp_syntax->choice == GEN_GLOBAL_FORM ? inp_syntax->u.globalForm : kUnknownDomainType;
+    return syntax->choice == GEN_GLOBAL_FORM ? syntax->u.globalForm : kUnknownDomainType;
 }
 
 std::int32_t GENU_ExtractDistNameString(STF_l__hdr *, char **outpp_text, std::uint32_t *outp_type,

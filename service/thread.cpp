@@ -10,20 +10,20 @@
 // Guards the user counts of all mutex words.
 static std::mutex countLock;
 
-static std::int32_t makeMutex(pthread_mutex_t *outp_mutex) {
+static std::int32_t makeMutex(pthread_mutex_t *mutex) {
     // The checking kind reports a second lock by the same thread instead of waiting for ever.
     pthread_mutexattr_t kind;
     if (const int result = pthread_mutexattr_init(&kind); result != 0)
         return result;
     int result = pthread_mutexattr_settype(&kind, PTHREAD_MUTEX_ERRORCHECK);
     if (result == 0)
-        result = pthread_mutex_init(outp_mutex, &kind);
+        result = pthread_mutex_init(mutex, &kind);
     pthread_mutexattr_destroy(&kind);
     return result;
 }
 
-static bool isLive(THR_mutex_t *inp_mutex) {
-    return inp_mutex != nullptr && std::atomic_ref(inp_mutex->users).load(std::memory_order_acquire) > 0;
+static bool isLive(THR_mutex_t *mutex) {
+    return mutex != nullptr && std::atomic_ref(mutex->users).load(std::memory_order_acquire) > 0;
 }
 
 std::int32_t THR_InitMutex(THR_mutex_t *inoutp_mutex) {

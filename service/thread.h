@@ -30,7 +30,7 @@ std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 // destructor, which ends the program when memory runs out, entering can fail.
 class ThreadsEnd {
 public:
-    explicit ThreadsEnd(void (*in_function)(void *)) : made(pthread_key_create(&key, in_function) == 0) {}
+    explicit ThreadsEnd(void (*function)(void *)) : made(pthread_key_create(&key, function) == 0) {}
     ~ThreadsEnd() {
         if (made)
             pthread_key_delete(key);
@@ -39,7 +39,7 @@ public:
     ThreadsEnd &operator=(const ThreadsEnd &) = delete;
 
     // inp_argument: what the function gets; not null.
-    bool enter(const void *inp_argument) { return made && pthread_setspecific(key, inp_argument) == 0; }
+    bool enter(const void *argument) { return made && pthread_setspecific(key, argument) == 0; }
 
 private:
     pthread_key_t key = {};

@@ -83,13 +83,13 @@ static void unpackAll(XdrReader &in, Fields &...fields) {
 // A chain whose elements lie in the member named.  The nodes are linked as they come, so that a long chain
 // needs no deep stack.
 template <class Node, class Element>
-static Node *unpackChain(XdrReader &in, Element Node::*in_element) {
+static Node *unpackChain(XdrReader &in, Element Node::*element) {
     Node *head = nullptr;
     for (Node **link = &head; in.present(); link = &(*link)->next) {
         *link = in.make<Node>();
         if (*link == nullptr)
             break;
-        unpack(in, (*link)->*in_element);
+        unpack(in, (*link)->*element);
     }
     return head;
 }
@@ -316,13 +316,13 @@ static void *bytesAsTheyAre(XdrReader &in) {
 }
 
 template <class Record>
-static constexpr UnpackRow recordRow(AS_attrValType_t in_type) {
-    return {in_type, sizeof(Record), record<Record>};
+static constexpr UnpackRow recordRow(AS_attrValType_t type) {
+    return {type, sizeof(Record), record<Record>};
 }
 
 template <class Node, auto Element>
-static constexpr UnpackRow chainRow(AS_attrValType_t in_type) {
-    return {in_type, sizeof(Node), chain<Node, Element>};
+static constexpr UnpackRow chainRow(AS_attrValType_t type) {
+    return {type, sizeof(Node), chain<Node, Element>};
 }
 
 static constexpr UnpackRow kRows[] = {
@@ -383,6 +383,6 @@ static constexpr std::array<const UnpackRow *, kTypes> rowsByType() {
 
 static constexpr std::array<const UnpackRow *, kTypes> kRowsByType = rowsByType();
 
-const UnpackRow &findUnpackRow(AS_attrValType_t in_type) {
-    return in_type < kTypes ? *kRowsByType[in_type] : kUnknownType;
+const UnpackRow &findUnpackRow(AS_attrValType_t type) {
+    return type < kTypes ? *kRowsByType[type] : kUnknownType;
 }

@@ -15,4 +15,4 @@ struct UnpackRow {
 };
 
 // The row of a type; for one that the system does not know, the row that takes the bytes as they are.
-const UnpackRow &findUnpackRow(AS_attrValType_t in_type);
+const UnpackRow &findUnpackRow(AS_attrValType_t type);

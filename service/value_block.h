@@ -7,6 +7,6 @@
 // its address alone finds the whole block again.
 class ValueBlock : public ChunkMemory<class OfValues, 512, alignof(std::max_align_t)> {
 public:
-    // in_expected: bytes that the value will probably need; more are found as they are asked for.
-    explicit ValueBlock(std::size_t in_expected) { expect(in_expected); }
+    // room: bytes that the value will probably need; more are found as they are asked for.
+    explicit ValueBlock(std::size_t room) { expect(room); }
 };

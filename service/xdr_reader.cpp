@@ -6,9 +6,9 @@
 
 constexpr std::size_t kUnit = 4; // every XDR item takes a multiple of this many bytes
 
-void XdrReader::fail(Fault in_fault) {
+void XdrReader::fail(Fault givenFault) {
     if (!failed())
-        fault = in_fault;
+        fault = givenFault;
     rest = {};
 }
 
@@ -32,22 +32,22 @@ bool XdrReader::present() {
     return presence == 1;
 }
 
-// Whether the last in_count bytes, up to three, of whole units are zero.  Without a loop, whose end could not
+// Whether the last count bytes, up to three, of whole units are zero.  Without a loop, whose end could not
 // be foreseen.
-static bool endsInZeros(std::span<const std::uint8_t> in_units, std::size_t in_count) {
-    if (in_units.empty())
+static bool endsInZeros(std::span<const std::uint8_t> units, std::size_t count) {
+    if (units.empty())
         return true;
     std::uint32_t last = 0;
-    std::memcpy(&last, in_units.last(kUnit).data(), kUnit);
+    std::memcpy(&last, units.last(kUnit).data(), kUnit);
     if constexpr (std::endian::native == std::endian::little)
         last = __builtin_bswap32(last);
-    return (last & ((1U << 8 * in_count) - 1)) == 0;
+    return (last & ((1U << 8 * count) - 1)) == 0;
 }
 
-std::span<const std::uint8_t> XdrReader::bytes(std::size_t in_limit) {
+std::span<const std::uint8_t> XdrReader::bytes(std::size_t limit) {
     const std::size_t length = word();
     const std::size_t padded = (length + kUnit - 1) / kUnit * kUnit;
-    if (length > in_limit || padded > rest.size() || !endsInZeros(rest.first(padded), padded - length)) {
+    if (length > limit || padded > rest.size() || !endsInZeros(rest.first(padded), padded - length)) {
         fail(Fault::Malformed);
         return {};
     }
@@ -56,18 +56,18 @@ std::span<const std::uint8_t> XdrReader::bytes(std::size_t in_limit) {
     return text;
 }
 
-std::uint8_t *XdrReader::copyOfBytes(std::int32_t *outp_length) {
+std::uint8_t *XdrReader::copyOfBytes(std::int32_t *length) {
     const std::span<const std::uint8_t> text = bytes(std::numeric_limits<std::int32_t>::max());
     auto *copy = static_cast<std::uint8_t *>(allocate(text.size()));
     if (copy == nullptr)
         return nullptr;
     std::copy(text.begin(), text.end(), copy);
-    *outp_length = static_cast<std::int32_t>(text.size());
+    *length = static_cast<std::int32_t>(text.size());
     return copy;
 }
 
-std::span<const std::uint8_t> XdrReader::text(std::size_t in_limit) {
-    const std::span<const std::uint8_t> text = bytes(in_limit);
+std::span<const std::uint8_t> XdrReader::text(std::size_t limit) {
+    const std::span<const std::uint8_t> text = bytes(limit);
     if (text.empty() || std::memchr(text.data(), 0, text.size()) == nullptr)
         return text;
     fail(Fault::Malformed);

@@ -16,8 +16,7 @@
 
 class XdrReader {
 public:
-    XdrReader(std::span<const std::uint8_t> in_bytes, ValueBlock &in_block)
-        : rest(in_bytes), block(in_block) {}
+    XdrReader(std::span<const std::uint8_t> bytes, ValueBlock &givenBlock) : rest(bytes), block(givenBlock) {}
 
     std::uint32_t word() {
         std::uint32_t word = 0;
@@ -34,14 +33,14 @@ public:
     double real();
     bool present(); // the int before optional data: 0 or 1
 
-    // A counted string of bytes of at most in_limit, without the fill bytes, which must be zero.
-    std::span<const std::uint8_t> bytes(std::size_t in_limit);
+    // A counted string of bytes of at most limit, without the fill bytes, which must be zero.
+    std::span<const std::uint8_t> bytes(std::size_t limit);
 
     // The same of a string, in which a NUL is refused.
-    std::span<const std::uint8_t> text(std::size_t in_limit);
+    std::span<const std::uint8_t> text(std::size_t limit);
 
     // Bytes, and a string with a NUL behind it, in memory of their own.
-    std::uint8_t *copyOfBytes(std::int32_t *outp_length);
+    std::uint8_t *copyOfBytes(std::int32_t *length);
     char *characters();
 
     // A zeroed record in the value's memory; null when there is none left.
@@ -52,10 +51,10 @@ public:
         return memory != nullptr ? static_cast<Record *>(std::memset(memory, 0, sizeof(Record))) : nullptr;
     }
     // The same for bytes that are not cleared.
-    void *allocate(std::size_t in_size) {
+    void *allocate(std::size_t size) {
         if (failed())
             return nullptr;
-        void *allocation = block.allocate(in_size);
+        void *allocation = block.allocate(size);
         if (allocation == nullptr)
             fail(Fault::Memory);
         return allocation;
@@ -71,7 +70,7 @@ public:
 private:
     enum class Fault : std::uint8_t { None, Malformed, Memory };
 
-    void fail(Fault in_fault);
+    void fail(Fault givenFault);
 
     std::span<const std::uint8_t> rest; // nothing once it failed
     ValueBlock &block;

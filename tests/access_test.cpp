@@ -21,8 +21,8 @@ protected:
         registerAnew();
     }
 
-    ALA_retCode_t open(const AccessEntry &in_entry) {
-        return Facility::open(Log({.accessList = {pack(in_entry)}}));
+    ALA_retCode_t open(const AccessEntry &entry) {
+        return Facility::open(Log({.accessList = {pack(entry)}}));
     }
 
     bool machineHasName = true;

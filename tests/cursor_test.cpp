@@ -26,28 +26,27 @@ protected:
     }
 
     // A record with that many attributes a=1, b=2, ... and these counts.
-    void load(std::uint32_t in_attributes, std::uint32_t in_ofJob, std::uint32_t in_perDocument,
-              std::uint32_t in_version = 3) {
+    void load(std::uint32_t attributes, std::uint32_t ofJob, std::uint32_t perDocument,
+              std::uint32_t version = 3) {
         Job made;
-        for (std::uint32_t i = 1; i <= in_attributes; i++)
+        for (std::uint32_t i = 1; i <= attributes; i++)
             made.attribute("1.2." + std::to_string(i), INTEGER, {packInt(static_cast<std::int32_t>(i))});
-        load(made.numJobAttr(in_ofJob).docAttrPerDoc(in_perDocument), in_version);
+        load(made.numJobAttr(ofJob).docAttrPerDoc(perDocument), version);
     }
-    void load(const Job &in_job, std::uint32_t in_version = 3) {
+    void load(const Job &givenJob, std::uint32_t version = 3) {
         ALA_FreeJobRecord(&job);
-        ASSERT_EQ(open(Log({.verNum = in_version}).job(in_job)), ALA_N_NORMAL);
+        ASSERT_EQ(open(Log({.verNum = version}).job(givenJob)), ALA_N_NORMAL);
         ASSERT_EQ(ALA_GetFirstJobRecord(handle, &log, &job), ALA_N_NORMAL);
     }
 
     // What First and then Next deliver, up to the code that says that there is no more.
     template <class Record, class Get>
-    std::string walk(Record &inout_record, Get in_first, Get in_next) {
+    std::string walk(Record &record, Get first, Get next) {
         std::string got;
         ALA_retCode_t code = ALA_N_NORMAL;
-        for (auto get = in_first; code != ALA_A_LAST_ATTRIBUTE && code != ALA_A_NO_MORE_JOB_ATTR;
-             get = in_next) {
+        for (auto get = first; code != ALA_A_LAST_ATTRIBUTE && code != ALA_A_NO_MORE_JOB_ATTR; get = next) {
             ALA_attrPair *pair = nullptr;
-            code = get(handle, &inout_record, nullptr, &pair);
+            code = get(handle, &record, nullptr, &pair);
             got += (pair != nullptr ? takeText(pair) + ' ' : "") +
                    (code != 0 ? '#' + std::to_string(code) + ' ' : "");
         }
@@ -56,9 +55,9 @@ protected:
     std::string walkJob() { return walk(job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob); }
 
     // One document's walk, or the code if there is none.
-    std::string document(decltype(ALA_GetNextDocmt) *in_get) {
+    std::string document(decltype(ALA_GetNextDocmt) *get) {
         ALA_dRecord_t made = nullptr;
-        const ALA_retCode_t code = in_get(handle, &job, &made);
+        const ALA_retCode_t code = get(handle, &job, &made);
         if (made == nullptr)
             return '#' + std::to_string(code);
         const std::string text = walk(made, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc);
@@ -72,9 +71,9 @@ protected:
         return all;
     }
 
-    std::string names(ALA_recAttrType_t in_type, const char *inp_locale = nullptr) {
+    std::string names(ALA_recAttrType_t type, const char *locale = nullptr) {
         ALA_attrName *list = nullptr;
-        const ALA_retCode_t code = ALA_ListAttributesFromRecord(handle, job, in_type, inp_locale, &list);
+        const ALA_retCode_t code = ALA_ListAttributesFromRecord(handle, job, type, locale, &list);
         std::string text = code != ALA_N_NORMAL ? "code " + std::to_string(code) : "";
         for (const ALA_attrName *it = list; it != nullptr; it = it->next)
             text += (text.empty() ? "" : " ") + std::string(it->attrNameStr);

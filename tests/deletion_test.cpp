@@ -25,13 +25,13 @@ static Job march() {
 }
 
 // A record whose document's attribute has these values.
-static Job withDocument(const std::vector<Value> &in_values) {
-    return Job(march()).document().attribute(dotted("document-name"), STRING, in_values);
+static Job withDocument(const std::vector<Value> &values) {
+    return Job(march()).document().attribute(dotted("document-name"), STRING, values);
 }
 
-static bool wasKept(const ToolResult &in_result, const std::string &in_why) {
-    return in_result.log.find(in_why) != std::string::npos &&
-           in_result.log.find("is not deleted: ") != std::string::npos;
+static bool wasKept(const ToolResult &result, const std::string &why) {
+    return result.log.find(why) != std::string::npos &&
+           result.log.find("is not deleted: ") != std::string::npos;
 }
 
 TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {

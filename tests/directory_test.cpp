@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 class Directory : public Facility {
 protected:
-    void touch(const std::string &in_name) const { std::ofstream(root.logs() / in_name) << "x"; }
+    void touch(const std::string &name) const { std::ofstream(root.logs() / name) << "x"; }
 
     // "year-month-day name" of every log, or the code.
     std::vector<std::string> list() {

@@ -38,7 +38,7 @@ concept Either = (std::same_as<std::remove_const_t<T>, Kinds> || ...);
 // Fills a generated record.
 class Randomizer {
 public:
-    explicit Randomizer(std::mt19937 &in_random) : random(in_random) {}
+    explicit Randomizer(std::mt19937 &givenRandom) : random(givenRandom) {}
 
     void number(Either<int, u_int> auto &x) {
         x = static_cast<std::decay_t<decltype(x)>>(edgeOr(static_cast<std::uint32_t>(random())));

@@ -16,9 +16,9 @@ protected:
     Log() { restart(path.c_str()); }
     ~Log() override { restart(nullptr); }
 
-    static void restart(const char *in_sink, const char *in_level = nullptr, const char *in_trace = nullptr) {
+    static void restart(const char *sink, const char *level = nullptr, const char *trace = nullptr) {
         const std::pair<const char *, const char *> variables[] = {
-            {"QV_LOG", in_sink}, {"QV_LOG_LEVEL", in_level}, {"QV_LOG_TRACE", in_trace}};
+            {"QV_LOG", sink}, {"QV_LOG_LEVEL", level}, {"QV_LOG_TRACE", trace}};
         for (const auto &[name, value] : variables)
             value != nullptr ? setenv(name, value, 1) : unsetenv(name);
         LOG__Reset();
@@ -106,10 +106,10 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
 
 // ---- Messages ----
 
-static std::int32_t formatList(char *outp_buffer, const char *in_format, ...) {
+static std::int32_t formatList(char *buffer, const char *format, ...) {
     std::va_list values;
-    va_start(values, in_format);
-    const std::int32_t result = MSG_vsprintf(outp_buffer, in_format, values);
+    va_start(values, format);
+    const std::int32_t result = MSG_vsprintf(buffer, format, values);
     va_end(values);
     return result;
 }

@@ -12,9 +12,9 @@ using Bytes = std::basic_string<std::uint8_t>;
 
 // ---- Dotted decimal into binary ----
 
-static Bytes binaryOf(const std::string &in_decimal) {
+static Bytes binaryOf(const std::string &decimal) {
     std::uint8_t binary[OID_BINARY_SIZE];
-    if (OID_ConvertDecToBin(nullptr, in_decimal.c_str(), binary, 0) != 0)
+    if (OID_ConvertDecToBin(nullptr, decimal.c_str(), binary, 0) != 0)
         return {};
     return {binary, binary + 1 + binary[0]};
 }
@@ -69,22 +69,22 @@ protected:
         LOG__Reset();
     }
 
-    void write(const std::string &in_file, const std::string &in_text) const {
-        std::ofstream(folder / in_file, std::ios::binary) << in_text;
+    void write(const std::string &file, const std::string &text) const {
+        std::ofstream(folder / file, std::ios::binary) << text;
     }
     std::int32_t open() { return OID_OpenDb(nullptr, folder.path().c_str(), 0, 0, &handle); }
-    std::int32_t setLocale(std::string in_locale) {
-        char *text = in_locale.data();
+    std::int32_t setLocale(std::string locale) {
+        char *text = locale.data();
         return OID_SetLocale(nullptr, &handle, &text);
     }
-    std::string nameOf(const std::string &in_decimal) {
+    std::string nameOf(const std::string &decimal) {
         char name[OID_NAME_SIZE] = "";
-        const bool known = OID_LookupBinary(nullptr, handle, binaryOf(in_decimal).c_str(), name, 0) == 0;
+        const bool known = OID_LookupBinary(nullptr, handle, binaryOf(decimal).c_str(), name, 0) == 0;
         return known ? name : "unknown";
     }
-    std::string nameOf(AS_attrID_t in_identifier) {
+    std::string nameOf(AS_attrID_t identifier) {
         char name[OID_NAME_SIZE] = "";
-        return OID_LookupShort(nullptr, handle, in_identifier, name, nullptr) == 0 ? name : "unknown";
+        return OID_LookupShort(nullptr, handle, identifier, name, nullptr) == 0 ? name : "unknown";
     }
     // What the log got since the last call.
     std::string takeLog() const {

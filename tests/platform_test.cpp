@@ -27,14 +27,12 @@ protected:
     }
     ~ReadAheadFile() override { EXPECT_EQ(_close(fd), 0); }
 
-    std::string get(unsigned in_size) {
-        std::string bytes(in_size, '\0');
-        const int got = _read(fd, bytes.data(), in_size);
+    std::string get(unsigned size) {
+        std::string bytes(size, '\0');
+        const int got = _read(fd, bytes.data(), size);
         return got < 0 ? "failed" : bytes.substr(0, static_cast<std::size_t>(got));
     }
-    void overwrite(long in_position, const std::string &in_bytes) {
-        std::fstream(path).seekp(in_position) << in_bytes;
-    }
+    void overwrite(long position, const std::string &bytes) { std::fstream(path).seekp(position) << bytes; }
 
     const TempDir folder;
     const std::string path = folder / "file";
@@ -142,7 +140,7 @@ TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
 
 TEST(Threads, EndOfAThreadCallsItsFunctionOnce) {
     static int ended = 0;
-    ThreadsEnd end([](void *inp_count) { ++*static_cast<int *>(inp_count); });
+    ThreadsEnd end([](void *count) { ++*static_cast<int *>(count); });
     std::thread([&] { EXPECT_TRUE(end.enter(&ended) && end.enter(&ended)); }).join();
     EXPECT_EQ(ended, 1);
 }

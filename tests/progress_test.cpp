@@ -12,10 +12,10 @@
 using namespace samples;
 using Clock = std::chrono::steady_clock;
 
-static std::string readAll(int in_fd) {
+static std::string readAll(int fd) {
     std::string all;
     char bytes[4096];
-    for (ssize_t got; (got = read(in_fd, bytes, sizeof bytes)) > 0;)
+    for (ssize_t got; (got = read(fd, bytes, sizeof bytes)) > 0;)
         all.append(bytes, static_cast<std::size_t>(got));
     return all;
 }
@@ -27,7 +27,7 @@ struct SlowRun {
 
 // A run whose report is taken so slowly that it lasts for most of a second, and whose last log cannot be
 // read.
-static SlowRun runSlowly(const std::vector<std::string> &in_arguments, const ToolRun &in_run = {}) {
+static SlowRun runSlowly(const std::vector<std::string> &arguments, const ToolRun &givenRun = {}) {
     PrintSystem system;
     std::vector<Job> jobs(60, jobOf({{"job-name", {std::string(20'000, 'x')}}}));
     system.save("19990301", logOf(jobs));
@@ -35,11 +35,11 @@ static SlowRun runSlowly(const std::vector<std::string> &in_arguments, const Too
     int terminal = -1, program = -1, report[2];
     EXPECT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(pipe2(report, O_CLOEXEC), 0);
-    ToolRun settings = in_run;
+    ToolRun settings = givenRun;
     settings.output = report[1];
     settings.error = program;
     const auto start = Clock::now();
-    const pid_t tool = system.start(in_arguments, settings);
+    const pid_t tool = system.start(arguments, settings);
     close(report[1]);
     SlowRun run;
     std::string bytes(100'000, '\0');

@@ -20,11 +20,11 @@ static Job smallJob() {
 }
 
 // Counts and attributes of a record in one text, which tells any difference.
-static std::string describe(const record *inp_record) {
-    std::string text = std::to_string(inp_record->numAttr) + ' ' + std::to_string(inp_record->numJobAttr) +
-                       ' ' + std::to_string(inp_record->docAttrPerDoc);
-    for (std::uint32_t i = 0; i < inp_record->numAttr; i++) {
-        const attrValNode &node = inp_record->attrValList[i];
+static std::string describe(const record *jobRecord) {
+    std::string text = std::to_string(jobRecord->numAttr) + ' ' + std::to_string(jobRecord->numJobAttr) +
+                       ' ' + std::to_string(jobRecord->docAttrPerDoc);
+    for (std::uint32_t i = 0; i < jobRecord->numAttr; i++) {
+        const attrValNode &node = jobRecord->attrValList[i];
         EXPECT_EQ(node.oid, nullptr);
         text += std::string("; ") + node.decoid + ':' + std::to_string(node.attrValType);
         EXPECT_EQ(node.attrVals == nullptr, node.numAttrVal == 0);
@@ -44,10 +44,10 @@ protected:
     std::string line; // of the last failure
 
 private:
-    std::string take(decltype(ALA_GetNextJobRecord) *in_get) {
+    std::string take(decltype(ALA_GetNextJobRecord) *get) {
         takeLog();
         ALA_record_t got = nullptr;
-        const ALA_retCode_t code = in_get(handle, &log, &got);
+        const ALA_retCode_t code = get(handle, &log, &got);
         const std::vector<std::string> lines = takeLog();
         line = lines.empty() ? "" : lines.back();
         const std::string text = got != nullptr ? describe(got) : "code " + std::to_string(code);

@@ -25,20 +25,20 @@ protected:
         OS_SetReporter(nullptr);
     }
 
-    void write(const std::string &in_bytes) { std::ofstream(path, std::ios::binary) << in_bytes; }
+    void write(const std::string &bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
-    static LONG open(const char *inp_key) {
+    static LONG open(const char *givenKey) {
         HKEY key = nullptr;
-        const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, inp_key, 0, KEY_READ, &key);
+        const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, givenKey, 0, KEY_READ, &key);
         if (result == ERROR_SUCCESS)
             RegCloseKey(key);
         return result;
     }
 
     // All values of a key as "name:type:data;", or the result that stopped the listing.
-    static std::string list(const char *inp_key) {
+    static std::string list(const char *givenKey) {
         HKEY key = nullptr;
-        if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, inp_key, 0, KEY_READ, &key); result != 0)
+        if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, givenKey, 0, KEY_READ, &key); result != 0)
             return "open " + std::to_string(result);
         std::string listed;
         LONG result = ERROR_SUCCESS;
@@ -150,10 +150,10 @@ TEST_F(RegistryFile, KeysExistWithTheirParents) {
 }
 
 TEST_F(RegistryFile, FileThatCannotBeReadIsReported) {
-    const auto expectRefused = [&](const std::string &in_reason) {
+    const auto expectRefused = [&](const std::string &reason) {
         gReported.clear();
         EXPECT_EQ(open("SOFTWARE"), ERROR_REGISTRY_CORRUPT);
-        EXPECT_EQ(gReported, std::vector{path + ": " + in_reason});
+        EXPECT_EQ(gReported, std::vector{path + ": " + reason});
         std::remove(path.c_str());
     };
     mkdir(path.c_str(), 0700);

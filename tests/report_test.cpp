@@ -11,20 +11,20 @@ using namespace samples;
 static const Value kUnreadable{Bytes("\0\0\0\x7f", 4)}; // a text without its characters
 
 // Letters stand for records: "a" and "b" have other names, "c" is "a" with a document.
-static Job recordOf(char in_kind) {
-    Job job = jobOf({{"job-identifier", {"1"}}, {in_kind == 'b' ? "job-owner" : "job-name", {"2"}}});
-    if (in_kind == 'c')
+static Job recordOf(char kind) {
+    Job job = jobOf({{"job-identifier", {"1"}}, {kind == 'b' ? "job-owner" : "job-name", {"2"}}});
+    if (kind == 'c')
         addTexts(job.document(), {{"document-name", {"3"}}});
     return job;
 }
 
 // A header line in capitals, a line of values in small letters.
-static std::string lineOf(char in_kind, bool in_documents) {
-    const bool header = std::isupper(in_kind) != 0;
+static std::string lineOf(char kind, bool documents) {
+    const bool header = std::isupper(kind) != 0;
     std::string line = header ? "job-identifier\tjob-" : "1\t2";
     if (header)
-        line += in_kind == 'B' ? "owner" : "name";
-    if (in_documents && std::tolower(in_kind) == 'c')
+        line += kind == 'B' ? "owner" : "name";
+    if (documents && std::tolower(kind) == 'c')
         line += header ? "\tdocument-name" : "\t3";
     return line + '\n';
 }

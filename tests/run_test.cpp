@@ -22,34 +22,34 @@ static const char *const kEnvironment = "Unable to process the environment varia
 static const char *const kUnknown = "Unable to process data due to an unknown error.\n";
 static const LogHeader kForNobody{.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}};
 
-static Log march(const LogHeader &in_header = {}) {
-    return logOf({jobOf({{"job-name", {"march"}}})}, in_header);
+static Log march(const LogHeader &header = {}) {
+    return logOf({jobOf({{"job-name", {"march"}}})}, header);
 }
 
 using Preparation = std::function<void(const PrintSystem &)>;
 
 // Runs with -o FILE before the arguments, once with a file that existed and once with a new one.
-static void expectEnd(const char *in_label, const Preparation &in_prepare,
-                      const std::vector<std::string> &in_arguments, int in_status, const std::string &in_err,
-                      const std::string &in_entry = "") {
+static void expectEnd(const char *label, const Preparation &prepare,
+                      const std::vector<std::string> &furtherArguments, int status, const std::string &err,
+                      const std::string &entry = "") {
     for (const bool existing : {false, true}) {
-        SCOPED_TRACE(std::string(in_label) + (existing ? ", report file existed" : ", new report file"));
+        SCOPED_TRACE(std::string(label) + (existing ? ", report file existed" : ", new report file"));
         PrintSystem system;
         system.save("19990301", march());
-        in_prepare(system);
+        prepare(system);
         const fs::path report = system / "report";
         if (existing)
             writeFile(report, "earlier\n");
         std::vector<std::string> arguments = {"-o", report};
-        arguments.insert(arguments.end(), in_arguments.begin(), in_arguments.end());
+        arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
         const ToolResult result = system.run(arguments);
-        EXPECT_EQ(result.status, in_status);
+        EXPECT_EQ(result.status, status);
         EXPECT_EQ(result.out, "");
-        EXPECT_EQ(result.err, in_err);
-        EXPECT_EQ(result.entries, in_entry.empty() ? std::vector<std::string>{} : std::vector{in_entry});
-        EXPECT_EQ(fs::exists(report), existing || in_status == 0);
+        EXPECT_EQ(result.err, err);
+        EXPECT_EQ(result.entries, entry.empty() ? std::vector<std::string>{} : std::vector{entry});
+        EXPECT_EQ(fs::exists(report), existing || status == 0);
         EXPECT_EQ(readFile(report),
-                  std::string(existing ? "earlier\n" : "") + (in_status == 0 ? "job-name\nmarch\n" : ""));
+                  std::string(existing ? "earlier\n" : "") + (status == 0 ? "job-name\nmarch\n" : ""));
     }
 }
 

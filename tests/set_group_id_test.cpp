@@ -20,13 +20,12 @@ constexpr gid_t kLent = 4;                                // a group with a name
 static const char *const kRootless = "test-without-root"; // a server
 static const char *const kLines = "job-name\nthe system's\n";
 
-static void own(const fs::path &in_path, uid_t in_user, gid_t in_group, unsigned in_mode) {
-    ASSERT_TRUE(chown(in_path.c_str(), in_user, in_group) == 0 && chmod(in_path.c_str(), in_mode) == 0)
-        << in_path;
+static void own(const fs::path &path, uid_t user, gid_t group, unsigned mode) {
+    ASSERT_TRUE(chown(path.c_str(), user, group) == 0 && chmod(path.c_str(), mode) == 0) << path;
 }
 
-static Log logFor(const AccessEntry &in_entry, const std::string &in_name = "the system's") {
-    return logOf({jobOf({{"job-name", {in_name}}})}, {.accessList = {pack(in_entry)}});
+static Log logFor(const AccessEntry &entry, const std::string &name = "the system's") {
+    return logOf({jobOf({{"job-name", {name}}})}, {.accessList = {pack(entry)}});
 }
 
 // The system belongs to root and the lent group; the caller has a root of his own.
@@ -66,7 +65,7 @@ protected:
     }
 
     // The machine is in a LAN group if the flags of its network logon are 8.
-    void layRegistry(const std::string &in_flags) {
+    void layRegistry(const std::string &flags) {
         const std::pair<std::string, std::string> root{"QV_ROOT", system.root.path().string()};
         const std::string control = "SYSTEM\\CurrentControlSet\\";
         writeFile(system / "etc/qvledger/registry.reg",
@@ -74,22 +73,22 @@ protected:
                                 {serverKey(kRootless), {}},
                                 {control + "Services\\LanmanWorkstation\\Parameters", {{"LanGroup", "LAN"}}},
                                 {control + "Enum\\Root\\LEGACY_NETLOGON\\0000", {}}}) +
-                      "\"StatusFlags\"=dword:" + in_flags + '\n');
+                      "\"StatusFlags\"=dword:" + flags + '\n');
         own(system / "etc/qvledger/registry.reg", 0, kLent, 0640);
     }
 
-    ToolResult run(const std::vector<std::string> &in_arguments,
-                   const std::vector<std::pair<std::string, std::string>> &in_environment = {}) {
-        return system.run(in_arguments, {.environment = in_environment,
-                                         .mounted = {system / "etc", "/etc"},
-                                         .user = kCaller,
-                                         .program = system / "qvledger"});
+    ToolResult run(const std::vector<std::string> &arguments,
+                   const std::vector<std::pair<std::string, std::string>> &environment = {}) {
+        return system.run(arguments, {.environment = environment,
+                                      .mounted = {system / "etc", "/etc"},
+                                      .user = kCaller,
+                                      .program = system / "qvledger"});
     }
 
-    void expectRefused(const char *in_label, const std::vector<std::string> &in_arguments, int in_status) {
-        const ToolResult result = run(in_arguments);
-        EXPECT_EQ(result.status, in_status) << in_label << ": " << result.err;
-        EXPECT_EQ(result.out, "") << in_label;
+    void expectRefused(const char *label, const std::vector<std::string> &arguments, int status) {
+        const ToolResult result = run(arguments);
+        EXPECT_EQ(result.status, status) << label << ": " << result.err;
+        EXPECT_EQ(result.out, "") << label;
     }
 
     PrintSystem system; // as is usual, QV_REGISTRY and QV_LOG name files in it

@@ -11,17 +11,17 @@ using namespace std::string_literals;
 constexpr char kNothing[] = "(no text)";
 
 // Takes over a text of the library.
-static std::string take(char *inp_text) {
-    const std::string text = inp_text != nullptr ? inp_text : kNothing;
-    std::free(inp_text);
+static std::string take(char *givenText) {
+    const std::string text = givenText != nullptr ? givenText : kNothing;
+    std::free(givenText);
     return text;
 }
 
-static std::string convert(const std::string &in_bytes, std::uint32_t in_codeSet) {
+static std::string convert(const std::string &givenBytes, std::uint32_t codeSet) {
     // A block of its own lets the sanitizer see a read behind its end.
-    const auto bytes = std::make_unique<std::uint8_t[]>(in_bytes.size());
-    std::memcpy(bytes.get(), in_bytes.data(), in_bytes.size());
-    return take(convertToUtf8({bytes.get(), in_bytes.size()}, in_codeSet));
+    const auto bytes = std::make_unique<std::uint8_t[]>(givenBytes.size());
+    std::memcpy(bytes.get(), givenBytes.data(), givenBytes.size());
+    return take(convertToUtf8({bytes.get(), givenBytes.size()}, codeSet));
 }
 
 TEST(Convert, EachCodeSetGivesUtf8) {
@@ -67,13 +67,13 @@ TEST(Convert, EachCodeSetGivesUtf8) {
 // ---- Value records ----
 
 template <class Text>
-static std::string extract(const Text &in_value) {
+static std::string extract(const Text &value) {
     char *text = nullptr;
     std::int32_t result = 0;
     if constexpr (std::is_same_v<Text, GEN_text>)
-        result = GENU_ExtractText(nullptr, &text, &in_value, 0);
+        result = GENU_ExtractText(nullptr, &text, &value, 0);
     else
-        result = GENU_ExtractSimpleName(nullptr, &text, &in_value, 0);
+        result = GENU_ExtractSimpleName(nullptr, &text, &value, 0);
     EXPECT_EQ(result == 0, text != nullptr);
     return take(text);
 }

@@ -12,11 +12,11 @@ constexpr int kShortestPause = 10;           // milliseconds
 constexpr int kLongestPause = 100;
 
 // Asked for again and again: a wait inside the system could begin just behind the signal that is to end it.
-ALA__holdResult holdFile(int in_fd, const char *inp_name) {
+ALA__holdResult holdFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
     bool told = false;
     for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
-        switch (OS_LockFile(in_fd)) {
+        switch (OS_LockFile(fd)) {
         case OS_DONE:
             return ALA__holdResult::Held;
         case OS_REFUSED:
@@ -27,7 +27,7 @@ ALA__holdResult holdFile(int in_fd, const char *inp_name) {
         if (OS_NotedSignal() != 0)
             return ALA__holdResult::GivenUp;
         if (!told && Clock::now() - start >= kPatience) {
-            DisplayMsg(kMsgWaiting, inp_name);
+            DisplayMsg(kMsgWaiting, name);
             told = true;
         }
         OS_Sleep(pause);

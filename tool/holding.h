@@ -4,5 +4,5 @@
 #include "ala/driver.h"
 
 // Waits for the run that has the file behind the descriptor, and says so once after a second.  Gives up when
-// the program is asked to end.  inp_name: what the message calls the file.
-ALA__holdResult holdFile(int in_fd, const char *inp_name);
+// the program is asked to end.  name: what the message calls the file.
+ALA__holdResult holdFile(int fd, const char *name);

@@ -41,17 +41,17 @@ static constexpr ReturnCode kReturnCodes[] = {
 #include "ala/return_codes.inc"
 };
 
-static const char *defaultText(std::uint32_t in_msgCode) {
+static const char *defaultText(std::uint32_t msgCode) {
     const auto hasCode = [](std::uint32_t code) {
         return [code](const Message &m) { return m.code == code; };
     };
-    const auto *message = std::find_if(std::begin(kMessages), std::end(kMessages), hasCode(in_msgCode));
+    const auto *message = std::find_if(std::begin(kMessages), std::end(kMessages), hasCode(msgCode));
     return message != std::end(kMessages) ? message->text : defaultText(kMsgUnknownError);
 }
 
-static ReturnCode findReturnCode(std::int64_t in_errCode) {
+static ReturnCode findReturnCode(std::int64_t errCode) {
     const auto *row = std::find_if(std::begin(kReturnCodes), std::end(kReturnCodes),
-                                   [&](const ReturnCode &code) { return code.number == in_errCode; });
+                                   [&](const ReturnCode &code) { return code.number == errCode; });
     return row != std::end(kReturnCodes) ? *row : ReturnCode{0, kMsgUnknownError, "unknown error.\n"};
 }
 
@@ -66,16 +66,16 @@ void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf
     inoutp_buf[length] = '\0';
 }
 
-static void display(std::uint32_t in_msgCode, std::va_list in_values) {
+static void display(std::uint32_t msgCode, std::va_list values) {
     char unfmtMsg[kRawSize] = "";
-    GetMsg(in_msgCode, sizeof unfmtMsg, unfmtMsg);
-    for (const char kind : passOverUnused(unfmtMsg, defaultText(in_msgCode)))
+    GetMsg(msgCode, sizeof unfmtMsg, unfmtMsg);
+    for (const char kind : passOverUnused(unfmtMsg, defaultText(msgCode)))
         if (kind == 'd')
-            static_cast<void>(va_arg(in_values, int));
+            static_cast<void>(va_arg(values, int));
         else
-            static_cast<void>(va_arg(in_values, const char *));
+            static_cast<void>(va_arg(values, const char *));
     std::va_list measured;
-    va_copy(measured, in_values);
+    va_copy(measured, values);
     const int length = std::vsnprintf(nullptr, 0, unfmtMsg, measured);
     va_end(measured);
     if (length < 0)
@@ -83,7 +83,7 @@ static void display(std::uint32_t in_msgCode, std::va_list in_values) {
     // Arguments have no bound of their own.  Without memory for all of it the raw text has to do.
     const std::unique_ptr<char[]> msgBuffer(new (std::nothrow) char[static_cast<std::size_t>(length) + 1]);
     if (msgBuffer != nullptr)
-        MSG_vsprintf(msgBuffer.get(), unfmtMsg, in_values);
+        MSG_vsprintf(msgBuffer.get(), unfmtMsg, values);
     eraseProgress();
     std::fputs(msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg, stderr);
 }
@@ -107,16 +107,16 @@ void printError(std::int32_t errRes) {
         LOG_CondAdd("%s", findReturnCode(errRes).logText);
 }
 
-void logFailure(const char *in_prefix, std::int32_t in_errCode, const char *in_file, std::int32_t in_line) {
-    if (LOG_StartMessage(LOG_ERROR, in_file, in_line, 0) == 0)
+void logFailure(const char *prefix, std::int32_t errCode, const char *file, std::int32_t line) {
+    if (LOG_StartMessage(LOG_ERROR, file, line, 0) == 0)
         return;
-    if (in_prefix != nullptr)
-        LOG_CondAdd("%s", in_prefix);
-    printError(in_errCode);
+    if (prefix != nullptr)
+        LOG_CondAdd("%s", prefix);
+    printError(errCode);
     LOG_EndMessage();
 }
 
-void tellFailure(std::int32_t in_errCode, const char *in_prefix, const char *in_file, std::int32_t in_line) {
-    DisplayMsgFromErr(static_cast<std::uint32_t>(in_errCode));
-    logFailure(in_prefix, in_errCode, in_file, in_line);
+void tellFailure(std::int32_t errCode, const char *prefix, const char *file, std::int32_t line) {
+    DisplayMsgFromErr(static_cast<std::uint32_t>(errCode));
+    logFailure(prefix, errCode, file, line);
 }

@@ -35,9 +35,9 @@ void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf
 void printError(std::int32_t errRes);
 
 // A log entry for a failure with a return code, behind a prefix unless that is null.
-void logFailure(const char *in_prefix, std::int32_t in_errCode, const char *in_file = __builtin_FILE(),
-                std::int32_t in_line = __builtin_LINE());
+void logFailure(const char *prefix, std::int32_t errCode, const char *file = __builtin_FILE(),
+                std::int32_t line = __builtin_LINE());
 
 // The message and the log entry of a failure with a return code.
-void tellFailure(std::int32_t in_errCode, const char *in_prefix, const char *in_file = __builtin_FILE(),
-                 std::int32_t in_line = __builtin_LINE());
+void tellFailure(std::int32_t errCode, const char *prefix, const char *file = __builtin_FILE(),
+                 std::int32_t line = __builtin_LINE());

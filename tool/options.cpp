@@ -7,10 +7,10 @@
 #include "service/system.h"
 #include "tool/messages.h"
 
-Options readOptions(int in_argc, char *const *inp_argv) {
+Options readOptions(int argc, char *const *argv) {
     Options options;
     for (;;) {
-        switch (SYSU_Getopt(in_argc, inp_argv, "do:s:e:p:O:hVag")) {
+        switch (SYSU_Getopt(argc, argv, "do:s:e:p:O:hVag")) {
         case 'd':
             ++options.dflg;
             break;
@@ -42,8 +42,8 @@ Options readOptions(int in_argc, char *const *inp_argv) {
             options.suppressHeadflg = 1;
             break;
         case -1:
-            if (optind < in_argc)
-                options.serverName = inp_argv[optind];
+            if (optind < argc)
+                options.serverName = argv[optind];
             return options;
         default:
             ++options.errflg;
@@ -51,13 +51,13 @@ Options readOptions(int in_argc, char *const *inp_argv) {
     }
 }
 
-static std::int32_t lastDayOf(std::int32_t in_year, std::int32_t in_month) {
+static std::int32_t lastDayOf(std::int32_t year, std::int32_t month) {
     for (const std::int32_t shorter : {4, 6, 9, 11})
-        if (in_month == shorter)
+        if (month == shorter)
             return 30;
-    if (in_month != 2)
+    if (month != 2)
         return 31;
-    const bool leap = in_year % 4 == 0 && (in_year % 100 != 0 || in_year / 100 % 4 == 0);
+    const bool leap = year % 4 == 0 && (year % 100 != 0 || year / 100 % 4 == 0);
     return leap ? 29 : 28;
 }
 

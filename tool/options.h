@@ -18,7 +18,7 @@ struct Options {
     std::int32_t docflg = 0;
 };
 
-Options readOptions(int in_argc, char *const *inp_argv);
+Options readOptions(int argc, char *const *argv);
 
 // Which date ValidDate checks.
 constexpr std::int32_t kStartDate = 0;

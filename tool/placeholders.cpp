@@ -16,19 +16,19 @@ struct Placeholders {
 } // namespace
 
 // Whether a placeholder begins here, however it goes on; passes over "%%".
-static bool isPlaceholder(const char *&inoutp_at) {
-    if (inoutp_at[0] != '%')
+static bool isPlaceholder(const char *&at) {
+    if (at[0] != '%')
         return false;
-    if (inoutp_at[1] != '%')
+    if (at[1] != '%')
         return true;
-    ++inoutp_at;
+    ++at;
     return false;
 }
 
 // Nothing for a text that holds any other conversion.
-static std::optional<Placeholders> findPlaceholders(const char *inp_text) {
+static std::optional<Placeholders> findPlaceholders(const char *text) {
     Placeholders found;
-    for (const char *at = inp_text; *at != '\0'; ++at) {
+    for (const char *at = text; *at != '\0'; ++at) {
         if (!isPlaceholder(at))
             continue;
         if (at[1] < '1' || at[1] > '9' || at[2] != '$' || (at[3] != 's' && at[3] != 'd'))
@@ -40,28 +40,28 @@ static std::optional<Placeholders> findPlaceholders(const char *inp_text) {
 }
 
 // How many arguments come before the first that is used.
-static unsigned unusedBefore(const Placeholders &in_found) {
-    return in_found.all() != 0 ? static_cast<unsigned>(std::countr_zero(in_found.all())) : 0;
+static unsigned unusedBefore(const Placeholders &found) {
+    return found.all() != 0 ? static_cast<unsigned>(std::countr_zero(found.all())) : 0;
 }
 
-bool placeholdersFit(const char *inp_text, const char *inp_defaultText) {
-    const std::optional<Placeholders> found = findPlaceholders(inp_text);
-    const std::optional<Placeholders> known = findPlaceholders(inp_defaultText);
+bool placeholdersFit(const char *text, const char *defaultText) {
+    const std::optional<Placeholders> found = findPlaceholders(text);
+    const std::optional<Placeholders> known = findPlaceholders(defaultText);
     if (!found || !known || (found->texts & ~known->texts) != 0 || (found->numbers & ~known->numbers) != 0)
         return false;
     const std::uint32_t used = found->all() >> unusedBefore(*found);
     return (used & (used + 1)) == 0;
 }
 
-std::string passOverUnused(char *inoutp_text, const char *inp_defaultText) {
-    const unsigned unused = unusedBefore(findPlaceholders(inoutp_text).value_or(Placeholders{}));
-    const std::uint32_t numbers = findPlaceholders(inp_defaultText).value_or(Placeholders{}).numbers;
+std::string passOverUnused(char *text, const char *defaultText) {
+    const unsigned unused = unusedBefore(findPlaceholders(text).value_or(Placeholders{}));
+    const std::uint32_t numbers = findPlaceholders(defaultText).value_or(Placeholders{}).numbers;
     std::string kinds;
     for (unsigned i = 0; i < unused; ++i)
         kinds += (numbers >> i & 1) != 0 ? 'd' : 's';
-    for (const char *at = inoutp_text; *at != '\0'; ++at)
+    for (const char *at = text; *at != '\0'; ++at)
         if (isPlaceholder(at)) {
-            char &digit = inoutp_text[at + 1 - inoutp_text];
+            char &digit = text[at + 1 - text];
             digit = static_cast<char>(digit - static_cast<char>(unused));
         }
     return kinds;

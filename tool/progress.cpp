@@ -30,16 +30,16 @@ static std::int64_t milliseconds() {
     return duration_cast<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-static bool isSetTo(const char *inp_variable, const char *inp_value) {
-    const char *value = OS_ProgramVariable(inp_variable);
-    return value != nullptr && std::strcmp(value, inp_value) == 0;
+static bool isSetTo(const char *variable, const char *givenValue) {
+    const char *value = OS_ProgramVariable(variable);
+    return value != nullptr && std::strcmp(value, givenValue) == 0;
 }
 
-void startProgress(bool in_reportIsTerminal, std::int32_t in_numLogs) {
+void startProgress(bool reportIsTerminal, std::int32_t numLogs) {
     state = {};
-    state.shows = _isatty(_fileno(stderr)) != 0 && !in_reportIsTerminal && !isSetTo("QV_PROGRESS", "0") &&
+    state.shows = _isatty(_fileno(stderr)) != 0 && !reportIsTerminal && !isSetTo("QV_PROGRESS", "0") &&
                   !isSetTo("QV_LOG", "stderr");
-    state.numLogs = in_numLogs;
+    state.numLogs = numLogs;
     state.started = milliseconds();
     state.lastDrawn = state.started; // a short run shows nothing
 }
@@ -55,10 +55,10 @@ static void drawIfDue() {
                  state.numLogs, static_cast<long long>(perSecond));
 }
 
-void progressToLog(std::int32_t in_date) {
+void progressToLog(std::int32_t date) {
     if (!state.shows)
         return;
-    state.date = in_date;
+    state.date = date;
     ++state.logNumber;
     drawIfDue();
 }

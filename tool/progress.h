@@ -8,11 +8,11 @@
 #include <cstdint>
 
 // The run begins with that many logs before it.
-void startProgress(bool in_reportIsTerminal, std::int32_t in_numLogs);
+void startProgress(bool reportIsTerminal, std::int32_t numLogs);
 
 // A log of the date is read from now on; one more record was written.  The line is drawn again at most four
 // times a second.
-void progressToLog(std::int32_t in_date);
+void progressToLog(std::int32_t date);
 void countRecord();
 
 // Before anything else is written to the standard error stream, and at the end of the run.

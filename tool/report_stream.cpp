@@ -17,8 +17,8 @@ static char lines[256 * 1024]; // on their way to the system
 
 // ---- Opening ----
 
-ReportStream::Opened ReportStream::open(const char *inp_fileName) {
-    fileName = inp_fileName;
+ReportStream::Opened ReportStream::open(const char *givenFileName) {
+    fileName = givenFileName;
     fd = _fileno(stdout);
     const Opened opened = fileName != nullptr ? openFile() : hold();
     if (opened != Opened::Yes)
@@ -83,14 +83,14 @@ bool ReportStream::nameLeadsHere() const {
 
 // ---- Writing ----
 
-std::size_t ReportStream::takeBytes(void *inp_stream, const char *inp_bytes, std::size_t in_size) {
-    return static_cast<ReportStream *>(inp_stream)->take(inp_bytes, in_size);
+std::size_t ReportStream::takeBytes(void *stream, const char *bytes, std::size_t size) {
+    return static_cast<ReportStream *>(stream)->take(bytes, size);
 }
 
-std::size_t ReportStream::take(const char *inp_bytes, std::size_t in_size) {
-    for (std::size_t taken = 0; taken < in_size && !lost;) {
-        const std::size_t size = std::min(in_size - taken, sizeof lines - waiting);
-        std::memcpy(lines + waiting, inp_bytes + taken, size);
+std::size_t ReportStream::take(const char *bytes, std::size_t givenSize) {
+    for (std::size_t taken = 0; taken < givenSize && !lost;) {
+        const std::size_t size = std::min(givenSize - taken, sizeof lines - waiting);
+        std::memcpy(lines + waiting, bytes + taken, size);
         waiting += size;
         taken += size;
         if (waiting == sizeof lines)
@@ -98,16 +98,16 @@ std::size_t ReportStream::take(const char *inp_bytes, std::size_t in_size) {
     }
     if (!lost && isTerminal())
         static_cast<void>(writeLines(false));
-    return lost ? 0 : in_size;
+    return lost ? 0 : givenSize;
 }
 
 // The whole lines in the buffer; everything if that is asked for, or if there is no line end in a full one.
-bool ReportStream::writeLines(bool in_all) {
+bool ReportStream::writeLines(bool all) {
     const void *lineEnd = memrchr(lines, '\n', waiting);
     std::size_t size = waiting;
-    if (lineEnd != nullptr && !in_all)
+    if (lineEnd != nullptr && !all)
         size = static_cast<std::size_t>(static_cast<const char *>(lineEnd) - lines) + 1;
-    else if (waiting != sizeof lines && !in_all)
+    else if (waiting != sizeof lines && !all)
         return !lost;
     if (lost || (size != 0 && !write(size)))
         return false;
@@ -117,18 +117,18 @@ bool ReportStream::writeLines(bool in_all) {
 }
 
 // Counts what has reached the system.
-void ReportStream::count(std::size_t in_size) {
+void ReportStream::count(std::size_t size) {
     const char *from = lines;
-    const void *lineEnd = memrchr(from, '\n', in_size);
-    written += static_cast<std::int64_t>(in_size);
-    openLine = lineEnd == nullptr ? openLine + static_cast<std::int64_t>(in_size)
-                                  : from + in_size - static_cast<const char *>(lineEnd) - 1;
+    const void *lineEnd = memrchr(from, '\n', size);
+    written += static_cast<std::int64_t>(size);
+    openLine = lineEnd == nullptr ? openLine + static_cast<std::int64_t>(size)
+                                  : from + size - static_cast<const char *>(lineEnd) - 1;
 }
 
-bool ReportStream::write(std::size_t in_size) {
+bool ReportStream::write(std::size_t givenSize) {
     if (!beginLine())
         return false;
-    std::size_t size = in_size;
+    std::size_t size = givenSize;
     for (std::size_t done = 0; done < size;) {
         const int got = _write(fd, lines + done, static_cast<unsigned>(size - done));
         const int error = got < 0 ? errno : 0;
@@ -150,7 +150,7 @@ bool ReportStream::write(std::size_t in_size) {
         }
     }
     count(size);
-    return size == in_size || fail(EINTR);
+    return size == givenSize || fail(EINTR);
 }
 
 // What another run or program could not finish stays a line of its own.
@@ -172,10 +172,9 @@ bool ReportStream::flush() {
 }
 
 // False, for the caller to return.
-bool ReportStream::fail(int in_error) {
-    const bool told =
-        in_error == EPIPE || in_error == EINTR; // by whoever stopped reading, or asked for the end
-    const char *reason = std::strerror(in_error);
+bool ReportStream::fail(int error) {
+    const bool told = error == EPIPE || error == EINTR; // by whoever stopped reading, or asked for the end
+    const char *reason = std::strerror(error);
     lost = true;
     waiting = 0;
     if (!told && fileName != nullptr)
@@ -185,7 +184,7 @@ bool ReportStream::fail(int in_error) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report could not be written: %s: %s",
                     fileName != nullptr ? fileName : kStandardOutput, reason);
     cutBack();
-    errno = in_error;
+    errno = error;
     return false;
 }
 

@@ -28,12 +28,12 @@ public:
     ReportStream &operator=(const ReportStream &) = delete;
 
     // Standard output if the name is null.
-    Opened open(const char *inp_fileName);
+    Opened open(const char *givenFileName);
 
     std::FILE *stream() const { return fl; }
     bool isTerminal() const { return terminal; }
     // Is the report one of the server's logs?
-    bool isLogOf(ALA_handle_t in_handle) const { return identity.regular && ALA__IsLog(in_handle, identity); }
+    bool isLogOf(ALA_handle_t handle) const { return identity.regular && ALA__IsLog(handle, identity); }
 
     // Could something not be written?  The user was told, and nothing more is written.
     bool failed() const { return lost; }
@@ -57,14 +57,14 @@ private:
     Opened openFile();
     Opened hold();
     bool nameLeadsHere() const;
-    static std::size_t takeBytes(void *inp_stream, const char *inp_bytes, std::size_t in_size);
-    std::size_t take(const char *inp_bytes, std::size_t in_size);
+    static std::size_t takeBytes(void *stream, const char *bytes, std::size_t size);
+    std::size_t take(const char *bytes, std::size_t size);
     bool flush();
-    bool writeLines(bool in_all);
-    bool write(std::size_t in_size);
+    bool writeLines(bool all);
+    bool write(std::size_t size);
     bool beginLine();
-    void count(std::size_t in_size);
-    bool fail(int in_error);
+    void count(std::size_t size);
+    bool fail(int error);
     void cutBack();
 
     std::FILE *fl = nullptr;

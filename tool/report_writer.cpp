@@ -34,25 +34,25 @@ public:
     Names &operator=(const Names &) = delete;
 
     // Most records have the names of the one before, and the facility knows without a list.
-    ALA_retCode_t take(ALA_handle_t in_handle, ALA_record_t in_record, bool *outp_changed) {
+    ALA_retCode_t take(ALA_handle_t handle, ALA_record_t record, bool *changed) {
         const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
-        *outp_changed = false;
-        if (ALA__HasSameNames(in_handle, in_record, type, remembered))
+        *changed = false;
+        if (ALA__HasSameNames(handle, record, type, remembered))
             return ALA_N_NORMAL;
         ALA_attrName *next = nullptr;
-        const ALA_retCode_t result = ALA_ListAttributesFromRecord(in_handle, in_record, type, nullptr, &next);
+        const ALA_retCode_t result = ALA_ListAttributesFromRecord(handle, record, type, nullptr, &next);
         if (result != ALA_N_NORMAL)
             return result;
-        *outp_changed = equalList(list, next) == 0;
+        *changed = equalList(list, next) == 0;
         ALA_FreeAttributeList(&list);
         list = next;
-        remembered = ALA__RecallNames(in_handle, in_record, type);
+        remembered = ALA__RecallNames(handle, record, type);
         return result;
     }
     const ALA_attrName *get() const { return list; }
-    void moveTo(ALA_attrName **inoutp_list) {
-        ALA_FreeAttributeList(inoutp_list);
-        std::swap(*inoutp_list, list);
+    void moveTo(ALA_attrName **givenList) {
+        ALA_FreeAttributeList(givenList);
+        std::swap(*givenList, list);
     }
 
 private:
@@ -61,17 +61,17 @@ private:
 };
 
 struct RecordDeleter {
-    void operator()(record *inp_record) const { ALA_FreeJobRecord(&inp_record); }
+    void operator()(record *jobRecord) const { ALA_FreeJobRecord(&jobRecord); }
 };
 using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
 } // namespace
 
 // One field: the name, or the values with a blank in front of each further one.
-static void writeField(std::FILE *fl, const char *in_separator, const ALA_attrPair &in_pair,
+static void writeField(std::FILE *fl, const char *separator, const ALA_attrPair &pair,
                        std::int32_t isHeader) {
-    const attributeVal *value = in_pair.attrVal;
-    MSG_fprintf(fl, "%s%s", in_separator, isHeader != 0 ? in_pair.attrName : value->value);
+    const attributeVal *value = pair.attrVal;
+    MSG_fprintf(fl, "%s%s", separator, isHeader != 0 ? pair.attrName : value->value);
     if (isHeader != 0)
         return;
     for (value = value->next; value != nullptr; value = value->next)
@@ -79,21 +79,21 @@ static void writeField(std::FILE *fl, const char *in_separator, const ALA_attrPa
 }
 
 // Gives a pair back that was begun and not finished.
-static void dropPair(ALA_attrPair *inp_pair) {
-    if (inp_pair != nullptr)
-        ALA_FreeAttributePair(&inp_pair);
+static void dropPair(ALA_attrPair *pair) {
+    if (pair != nullptr)
+        ALA_FreeAttributePair(&pair);
 }
 
 // Writes all attributes of a document, each behind a tab.  The code that ended them.
-static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t in_document, std::FILE *fl,
+static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t document, std::FILE *fl,
                                    std::int32_t isHeader) {
     ALA_attrPair *attr = nullptr;
-    ALA_retCode_t result = ALA_GetFirstAttrFromDoc(alaHandle, &in_document, nullptr, &attr);
+    ALA_retCode_t result = ALA_GetFirstAttrFromDoc(alaHandle, &document, nullptr, &attr);
     while (result == ALA_N_NORMAL) {
         writeField(fl, "\t", *attr, isHeader);
         result = ALA_FreeAttributePair(&attr);
         if (result == ALA_N_NORMAL)
-            result = ALA_GetNextAttrFromDoc(alaHandle, &in_document, nullptr, &attr);
+            result = ALA_GetNextAttrFromDoc(alaHandle, &document, nullptr, &attr);
     }
     dropPair(attr);
     return result;
@@ -124,8 +124,8 @@ std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *f
     }
 }
 
-static bool isNormalEndOfDocuments(ALA_retCode_t in_code) {
-    return in_code == ALA_N_NORMAL || in_code == ALA_A_NO_MORE_DOCMT_ATTR || in_code == ALA_A_LAST_ATTRIBUTE;
+static bool isNormalEndOfDocuments(ALA_retCode_t code) {
+    return code == ALA_N_NORMAL || code == ALA_A_NO_MORE_DOCMT_ATTR || code == ALA_A_LAST_ATTRIBUTE;
 }
 
 bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, std::FILE *fl) {

@@ -18,8 +18,8 @@ inline void dropLentRights() {
 // Uses what was lent for the length of a block, if the path used there is the system's own.
 class LentRights {
 public:
-    explicit LentRights(bool in_pathIsTheSystems) {
-        if (in_pathIsTheSystems)
+    explicit LentRights(bool pathIsTheSystems) {
+        if (pathIsTheSystems)
             OS_UseLentRights();
     }
     ~LentRights() { OS_UseCallersRights(); }

@@ -31,23 +31,22 @@ struct LoopState {
     bool errOut = false;
     ALA_retCode_t finalErr = ALA_N_NORMAL; // code of the latest failure
 
-    void fail(ALA_retCode_t in_code) {
+    void fail(ALA_retCode_t code) {
         errOut = true;
-        finalErr = in_code;
+        finalErr = code;
     }
 };
 
 class ReportWriter final : public LogWriter {
 public:
-    explicit ReportWriter(std::int32_t in_suppressHeadflg) : suppressHeadflg(in_suppressHeadflg) {}
+    explicit ReportWriter(std::int32_t givenSuppressHeadflg) : suppressHeadflg(givenSuppressHeadflg) {}
     ~ReportWriter() override { freeNames(); }
     ReportWriter(const ReportWriter &) = delete;
     ReportWriter &operator=(const ReportWriter &) = delete;
 
-    bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t,
-               std::FILE *inp_stream) override {
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t, std::FILE *stream) override {
         std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
-        return doLog(in_handle, &in_log, &doHeader, inp_stream, suppressHeadflg, &prevLog);
+        return doLog(handle, &log, &doHeader, stream, suppressHeadflg, &prevLog);
     }
     void end() override { freeNames(); }
 
@@ -85,26 +84,26 @@ struct Facility {
 
 } // namespace
 
-static bool loadServiceEnvironment(const char *inp_serverName) {
+static bool loadServiceEnvironment(const char *serverName) {
     const LentRights rights(true);
     Malloced<char> serviceName;
-    if (ALA__GetServiceName(inp_serverName, kServerTypeSpooler, TextOut(serviceName)) != 0)
+    if (ALA__GetServiceName(serverName, kServerTypeSpooler, TextOut(serviceName)) != 0)
         return false;
     return ALA__SetEnvironmentVariables(serviceName.get()) == 0;
 }
 
-static bool datesAreValid(const Options &in_options) {
-    return (in_options.startDate == nullptr || ValidDate(in_options.startDate, kStartDate) == 1) &&
-           (in_options.endDate == nullptr || ValidDate(in_options.endDate, kEndDate) == 1);
+static bool datesAreValid(const Options &options) {
+    return (options.startDate == nullptr || ValidDate(options.startDate, kStartDate) == 1) &&
+           (options.endDate == nullptr || ValidDate(options.endDate, kEndDate) == 1);
 }
 
-static DateRange dateRange(const Options &in_options) {
-    return {in_options.startDate != nullptr ? std::atoi(in_options.startDate) : 0,
-            in_options.endDate != nullptr ? std::atoi(in_options.endDate) : kNoUpperBound};
+static DateRange dateRange(const Options &options) {
+    return {options.startDate != nullptr ? std::atoi(options.startDate) : 0,
+            options.endDate != nullptr ? std::atoi(options.endDate) : kNoUpperBound};
 }
 
 // QV_ROOT directly followed by "/var/acct".  0, or the status that ends the run.
-static int makeDefaultLogPath(Malloced<char> &outp_path) {
+static int makeDefaultLogPath(Malloced<char> &path) {
     const char *root = std::getenv("QV_ROOT");
     if (root == nullptr) {
         if (LOG_StartMessage(LOG_ERROR, __FILE__, __LINE__, 0) != 0) {
@@ -114,18 +113,17 @@ static int makeDefaultLogPath(Malloced<char> &outp_path) {
         DisplayMsg(kMsgEnvironment);
         return kStatusNoRoot;
     }
-    outp_path.reset(_ALA_AddChar(root, "/var/acct"));
-    if (outp_path != nullptr)
+    path.reset(_ALA_AddChar(root, "/var/acct"));
+    if (path != nullptr)
         return 0;
     DisplayMsg(kMsgNoMemory);
     return kStatusNoMemory;
 }
 
-static ALA_retCode_t registerServer(const Options &in_options, const char *inp_logPath,
-                                    ALA_handle_t *outp_mainh) {
+static ALA_retCode_t registerServer(const Options &options, const char *logPath, ALA_handle_t *mainh) {
     findDomainWithLentRights();
-    const LentRights rights(in_options.oidPath == nullptr);
-    return ALA_Register(in_options.serverName, inp_logPath, in_options.oidPath, outp_mainh);
+    const LentRights rights(options.oidPath == nullptr);
+    return ALA_Register(options.serverName, logPath, options.oidPath, mainh);
 }
 
 namespace {
@@ -133,11 +131,9 @@ namespace {
 // What the facility asks and tells while it deletes logs.
 class Deletion final : public ALA__deletion {
 public:
-    explicit Deletion(const ReportStream &in_report) : report(in_report) {}
+    explicit Deletion(const ReportStream &givenReport) : report(givenReport) {}
     const char *objection() override { return report.whyNotInPlace(); }
-    void leftAside(const char *inp_path, const char *in_why) override {
-        DisplayMsg(kMsgLeftAside, inp_path, in_why);
-    }
+    void leftAside(const char *path, const char *why) override { DisplayMsg(kMsgLeftAside, path, why); }
 
 private:
     const ReportStream &report;
@@ -146,181 +142,178 @@ private:
 } // namespace
 
 // Registers and lists the server's logs.  0, or the code that ends the run.
-static ALA_retCode_t startFacility(const Options &in_options, const char *inp_logPath,
-                                   const ReportStream &in_report, Facility &outp_facility) {
-    ALA_retCode_t result = registerServer(in_options, inp_logPath, &outp_facility.mainh);
+static ALA_retCode_t startFacility(const Options &options, const char *logPath, const ReportStream &report,
+                                   Facility &facility) {
+    ALA_retCode_t result = registerServer(options, logPath, &facility.mainh);
     if (result != ALA_N_NORMAL) {
         tellFailure(result, nullptr);
         return result;
     }
-    if (in_options.dflg != 0) {
-        Deletion deletion(in_report);
-        ALA__PutBackLogs(outp_facility.mainh, deletion);
+    if (options.dflg != 0) {
+        Deletion deletion(report);
+        ALA__PutBackLogs(facility.mainh, deletion);
     }
-    const LentRights rights(in_options.acctPath2 == nullptr);
-    result =
-        ALA_ListExistingLogsByDate(outp_facility.mainh, &outp_facility.dateList, &outp_facility.nameList);
+    const LentRights rights(options.acctPath2 == nullptr);
+    result = ALA_ListExistingLogsByDate(facility.mainh, &facility.dateList, &facility.nameList);
     if (result != ALA_N_NORMAL) {
-        DisplayMsgFromErr(static_cast<std::uint32_t>(result), in_options.serverName);
+        DisplayMsgFromErr(static_cast<std::uint32_t>(result), options.serverName);
         logFailure(nullptr, result);
-        static_cast<void>(ALA_Unregister(&outp_facility.mainh)); // the run has failed anyway
+        static_cast<void>(ALA_Unregister(&facility.mainh)); // the run has failed anyway
     }
     return result;
 }
 
 // A report that went into a log would be read as its records.
-static bool refuseLogAsReport(const Options &in_options, const Facility &in_facility,
-                              const ReportStream &in_report) {
-    const LentRights rights(in_options.acctPath2 == nullptr);
-    if (!in_report.isLogOf(in_facility.mainh))
+static bool refuseLogAsReport(const Options &options, const Facility &facility, const ReportStream &report) {
+    const LentRights rights(options.acctPath2 == nullptr);
+    if (!report.isLogOf(facility.mainh))
         return false;
-    DisplayMsg(kMsgReportFile, in_options.ofile != nullptr ? in_options.ofile : kStandardOutput);
+    DisplayMsg(kMsgReportFile, options.ofile != nullptr ? options.ofile : kStandardOutput);
     return true;
 }
 
-static void logKept(std::int32_t in_date, const char *in_why) {
-    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", in_date,
-                    in_why);
+static void logKept(std::int32_t date, const char *why) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", date, why);
 }
 
 // Deletes a log that was read.
-static void deleteLog(ALA_handle_t mainh, const ALA_time &in_date, const ALA__readLog &in_read,
-                      const ReportStream &in_report, LoopState &inoutp_state) {
-    Deletion deletion(in_report);
+static void deleteLog(ALA_handle_t mainh, const ALA_time &date, const ALA__readLog &read,
+                      const ReportStream &report, LoopState &state) {
+    Deletion deletion(report);
     std::int32_t kept = 0;
-    const ALA_retCode_t result = ALA__DeleteRead(mainh, &in_date, in_read, deletion, &kept);
+    const ALA_retCode_t result = ALA__DeleteRead(mainh, &date, read, deletion, &kept);
     if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept != 0)
         return;
     if (result == ALA_N_NORMAL) {
-        inoutp_state.deletedAny = true;
+        state.deletedAny = true;
         return;
     }
-    DisplayMsgFromErr(static_cast<std::uint32_t>(result), ALA__NumFromDate(&in_date));
+    DisplayMsgFromErr(static_cast<std::uint32_t>(result), ALA__NumFromDate(&date));
     logFailure(nullptr, result);
-    inoutp_state.fail(result);
+    state.fail(result);
 }
 
-static ALA_retCode_t openLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
-                             ALA_acctLogHandle_t *outp_logh) {
-    const LentRights rights(in_options.acctPath2 == nullptr);
-    if (in_options.dflg == 0)
-        return ALA_Open(mainh, &in_date, outp_logh);
-    return ALA__OpenToDelete(mainh, &in_date, holdFile, outp_logh);
+static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const ALA_time &date,
+                             ALA_acctLogHandle_t *logh) {
+    const LentRights rights(options.acctPath2 == nullptr);
+    if (options.dflg == 0)
+        return ALA_Open(mainh, &date, logh);
+    return ALA__OpenToDelete(mainh, &date, holdFile, logh);
 }
 
 // Reports one log, and deletes it under -d.
-static void processLog(const Options &in_options, ALA_handle_t mainh, const ALA_time &in_date,
-                       ReportStream &inoutp_report, LogWriter &inoutp_writer, LoopState &inoutp_state) {
-    const std::int32_t date = ALA__NumFromDate(&in_date);
+static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate,
+                       ReportStream &report, LogWriter &writer, LoopState &state) {
+    const std::int32_t date = ALA__NumFromDate(&givenDate);
     ALA_acctLogHandle_t logh = nullptr;
-    if (const ALA_retCode_t result = openLog(in_options, mainh, in_date, &logh); result != ALA_N_NORMAL) {
+    if (const ALA_retCode_t result = openLog(options, mainh, givenDate, &logh); result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
         logFailure(nullptr, result);
-        return inoutp_state.fail(result);
+        return state.fail(result);
     }
     if (logh == nullptr)
         return; // asked to end while another run had it
-    const bool complete = inoutp_writer.write(mainh, logh, date, inoutp_report.stream());
+    const bool complete = writer.write(mainh, logh, date, report.stream());
     ALA__readLog read;
     const char *why = complete ? nullptr : "not all of it is in the report";
-    if (in_options.dflg != 0 && why == nullptr)
+    if (options.dflg != 0 && why == nullptr)
         why = ALA__KeepRead(logh, read);
     const ALA_retCode_t closed = ALA_Close(mainh, &logh);
-    inoutp_state.noLogFound = false;
+    state.noLogFound = false;
     if (closed != ALA_N_NORMAL) {
         DisplayMsg(kMsgCloseFailed, date);
         logFailure(nullptr, closed);
-        inoutp_state.fail(closed);
+        state.fail(closed);
     }
-    if (in_options.dflg == 0)
+    if (options.dflg == 0)
         return;
     if (why == nullptr)
-        why = inoutp_report.whyNotSafe();
+        why = report.whyNotSafe();
     if (why != nullptr)
         return logKept(date, why);
-    deleteLog(mainh, in_date, read, inoutp_report, inoutp_state);
+    deleteLog(mainh, givenDate, read, report, state);
 }
 
-static std::int32_t countLogs(const dateNode *inp_dates, const DateRange &in_range) {
+static std::int32_t countLogs(const dateNode *dates, const DateRange &range) {
     std::int32_t count = 0;
-    for (const dateNode *node = inp_dates; node != nullptr; node = node->next) {
+    for (const dateNode *node = dates; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        count += date >= in_range.startDateVal && date <= in_range.endDateVal ? 1 : 0;
+        count += date >= range.startDateVal && date <= range.endDateVal ? 1 : 0;
     }
     return count;
 }
 
-static void processLogs(const Options &in_options, const Facility &in_facility, ReportStream &inoutp_report,
-                        LogWriter &inoutp_writer, LoopState &inoutp_state) {
-    const DateRange range = dateRange(in_options);
-    startProgress(inoutp_report.isTerminal(), countLogs(in_facility.dateList, range));
-    for (const dateNode *node = in_facility.dateList; node != nullptr; node = node->next) {
+static void processLogs(const Options &options, const Facility &facility, ReportStream &report,
+                        LogWriter &writer, LoopState &state) {
+    const DateRange range = dateRange(options);
+    startProgress(report.isTerminal(), countLogs(facility.dateList, range));
+    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (date > range.endDateVal) // the later ones are newer
             return;
-        if (inoutp_report.failed() || mustStop(inoutp_report.stream()))
+        if (report.failed() || mustStop(report.stream()))
             return;
         if (date < range.startDateVal)
             continue;
         progressToLog(date);
-        processLog(in_options, in_facility.mainh, node->date, inoutp_report, inoutp_writer, inoutp_state);
+        processLog(options, facility.mainh, node->date, report, writer, state);
     }
 }
 
 // Gives back what the run holds.  0, or the code of the step that failed, which ends it.
-static ALA_retCode_t releaseFacility(Facility &inoutp_facility) {
-    ALA_retCode_t result = ALA_FreeDateList(&inoutp_facility.dateList);
+static ALA_retCode_t releaseFacility(Facility &facility) {
+    ALA_retCode_t result = ALA_FreeDateList(&facility.dateList);
     if (result != ALA_N_NORMAL) {
         logFailure("ALA_FreeDateList error: ", result);
         return result;
     }
-    result = ALA_FreeNameList(&inoutp_facility.nameList);
+    result = ALA_FreeNameList(&facility.nameList);
     if (result != ALA_N_NORMAL) {
         logFailure("ALA_FreeNameList error: ", result);
         return result;
     }
-    result = ALA_Unregister(&inoutp_facility.mainh);
+    result = ALA_Unregister(&facility.mainh);
     if (result != ALA_N_NORMAL)
         logFailure("ALA_Unregister error: ", result);
     return result;
 }
 
 // All that comes before the first log.  0, or the status that ends the run.
-static int prepare(const Options &in_options, const ReportStream &in_report, Facility &outp_facility) {
+static int prepare(const Options &options, const ReportStream &report, Facility &facility) {
     Malloced<char> defaultPath;
-    if (in_options.acctPath2 == nullptr)
+    if (options.acctPath2 == nullptr)
         if (const int status = makeDefaultLogPath(defaultPath); status != 0)
             return status;
-    const char *logPath = in_options.acctPath2 != nullptr ? in_options.acctPath2 : defaultPath.get();
-    if (const ALA_retCode_t result = startFacility(in_options, logPath, in_report, outp_facility);
+    const char *logPath = options.acctPath2 != nullptr ? options.acctPath2 : defaultPath.get();
+    if (const ALA_retCode_t result = startFacility(options, logPath, report, facility);
         result != ALA_N_NORMAL)
         return result;
-    return refuseLogAsReport(in_options, outp_facility, in_report) ? kStatusBadStart : 0;
+    return refuseLogAsReport(options, facility, report) ? kStatusBadStart : 0;
 }
 
 // The run behind its checks, up to its status.
-static int reportLogs(const Options &in_options, ReportStream &inoutp_report, LogWriter &inoutp_writer) {
+static int reportLogs(const Options &options, ReportStream &report, LogWriter &writer) {
     Facility facility;
     LoopState state;
     const auto removeReport = [&] {
         if (!state.deletedAny) // the lines of deleted logs exist nowhere else
-            inoutp_report.removeIfCreated();
+            report.removeIfCreated();
     };
-    if (const int status = prepare(in_options, inoutp_report, facility); status != 0) {
-        inoutp_report.finish();
+    if (const int status = prepare(options, report, facility); status != 0) {
+        report.finish();
         removeReport();
         return status;
     }
-    processLogs(in_options, facility, inoutp_report, inoutp_writer, state);
-    inoutp_writer.end();
+    processLogs(options, facility, report, writer, state);
+    writer.end();
     endProgress();
-    inoutp_report.finish();
+    report.finish();
     const bool askedToEnd = OS_NotedSignal() != 0;
     if (state.errOut || askedToEnd)
         removeReport();
     if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL)
         return result;
-    if (state.noLogFound && !state.errOut && !askedToEnd && !inoutp_report.failed()) {
+    if (state.noLogFound && !state.errOut && !askedToEnd && !report.failed()) {
         DisplayMsg(kMsgNoLogs);
         removeReport();
         return kStatusNoLogs;
@@ -328,39 +321,39 @@ static int reportLogs(const Options &in_options, ReportStream &inoutp_report, Lo
     return state.errOut ? state.finalErr : 0;
 }
 
-int runWith(const Options &in_options, LogWriter &inoutp_writer, int in_statusIfLost) {
-    if (in_options.helpflg != 0) {
+int runWith(const Options &options, LogWriter &writer, int statusIfLost) {
+    if (options.helpflg != 0) {
         DisplayMsg(kMsgUsage);
         return 0;
     }
-    if (in_options.verflg != 0) {
+    if (options.verflg != 0) {
         MSG_fprintf(stdout, "%s\n", compiledVersionString);
         return 0;
     }
-    if (in_options.errflg != 0 || in_options.serverName == nullptr) {
+    if (options.errflg != 0 || options.serverName == nullptr) {
         DisplayMsg(kMsgUsage);
         return kStatusUsage;
     }
-    needDoc = in_options.docflg;
-    if (!loadServiceEnvironment(in_options.serverName)) {
+    needDoc = options.docflg;
+    if (!loadServiceEnvironment(options.serverName)) {
         DisplayMsg(kMsgEnvironment);
         return kStatusBadStart;
     }
-    if (!datesAreValid(in_options))
+    if (!datesAreValid(options))
         return kStatusBadStart;
     ReportStream report;
-    switch (report.open(in_options.ofile)) {
+    switch (report.open(options.ofile)) {
     case ReportStream::Opened::No:
-        DisplayMsg(kMsgReportFile, in_options.ofile);
+        DisplayMsg(kMsgReportFile, options.ofile);
         return kStatusBadStart;
     case ReportStream::Opened::GivenUp:
         return 0; // the signal ends the program
     case ReportStream::Opened::Yes:
         break;
     }
-    const int status = reportLogs(in_options, report, inoutp_writer);
+    const int status = reportLogs(options, report, writer);
     report.close();
-    return report.failed() && in_statusIfLost != kStatusAsUsual ? in_statusIfLost : status;
+    return report.failed() && statusIfLost != kStatusAsUsual ? statusIfLost : status;
 }
 
 int run(const Options &in_options) {

@@ -23,8 +23,8 @@ public:
     // Writes all records of the open log of a date (YYYYMMDD), until mustStop() (tool/stop.h) says so.  True
     // when the walk ended at the log's end and nothing in it had to be passed over; failures were told to the
     // user.
-    virtual bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
-                       std::FILE *inp_stream) = 0;
+    virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+                       std::FILE *stream) = 0;
     // No further log follows.
     virtual void end() {}
 };
@@ -32,7 +32,7 @@ public:
 // The run of qvledger.
 int run(const Options &in_options);
 
-// The same with another writer in the place of the report's.  in_statusIfLost: the status when the report
+// The same with another writer in the place of the report's.  statusIfLost: the status when the report
 // could not be written; kStatusAsUsual leaves it to what else happened.
 constexpr int kStatusAsUsual = -1;
-int runWith(const Options &in_options, LogWriter &inoutp_writer, int in_statusIfLost = kStatusAsUsual);
+int runWith(const Options &options, LogWriter &writer, int statusIfLost = kStatusAsUsual);

@@ -6,6 +6,6 @@
 #include "platform/os.h"
 
 // The report could not be written, or the program was asked to end.  To be asked behind each record.
-inline bool mustStop(std::FILE *inp_report) {
-    return OS_NotedSignal() != 0 || std::ferror(inp_report) != 0;
+inline bool mustStop(std::FILE *report) {
+    return OS_NotedSignal() != 0 || std::ferror(report) != 0;
 }

@@ -51,18 +51,17 @@ struct Run {
 class Bench {
 public:
     Bench();
-    Run run(const Scenario &in_scenario, const std::string &in_order, rlim_t in_fileLimit = RLIM_INFINITY);
-    void sweep(const Scenario &in_scenario, unsigned in_step);
+    Run run(const Scenario &scenario, const std::string &order, rlim_t fileLimit = RLIM_INFINITY);
+    void sweep(const Scenario &scenario, unsigned step);
     std::vector<Scenario> scenarios() const;
 
     unsigned allocations[2] = {}, calls = 0, faults = 0;
 
 private:
-    std::string complaint(const Run &in_untouched, const Run &in_run, bool in_told) const;
-    void judge(const Scenario &in_scenario, const Run &in_untouched, const Run &in_run, bool in_told,
-               const std::string &in_order);
-    void sweepPoints(const Scenario &in_scenario, const Run &in_untouched, const Variant &in_variant,
-                     unsigned in_step);
+    std::string complaint(const Run &untouched, const Run &run, bool told) const;
+    void judge(const Scenario &scenario, const Run &untouched, const Run &run, bool told,
+               const std::string &order);
+    void sweepPoints(const Scenario &scenario, const Run &untouched, const Variant &variant, unsigned step);
 
     PrintSystem system;
     fs::path store = system / "store", report = system / "report";
@@ -95,9 +94,9 @@ Bench::Bench() {
 }
 
 // Of the demonstration's logs the second oldest.
-static std::string refusedDay(const fs::path &in_store) {
+static std::string refusedDay(const fs::path &store) {
     std::set<std::string> dates;
-    for (const auto &entry : fs::directory_iterator(in_store))
+    for (const auto &entry : fs::directory_iterator(store))
         dates.insert(entry.path().extension().string().substr(1));
     return *std::next(dates.upper_bound(kTextsDay));
 }
@@ -111,31 +110,31 @@ std::vector<Scenario> Bench::scenarios() const {
 }
 
 // "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT" is an entry of the log, all else is for the user.
-static void sortOut(const std::string &in_error, Run &outp_run) {
-    std::istringstream lines(in_error);
+static void sortOut(const std::string &error, Run &run) {
+    std::istringstream lines(error);
     for (std::string line; std::getline(lines, line);) {
         const std::size_t level = line.find("]: 5 ");
         if (level != line.npos)
-            outp_run.entries.insert(line.substr(level));
+            run.entries.insert(line.substr(level));
         else
-            outp_run.messages.insert(line);
+            run.messages.insert(line);
     }
 }
 
-Run Bench::run(const Scenario &in_scenario, const std::string &in_order, rlim_t in_fileLimit) {
+Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLimit) {
     fs::remove_all(system.root.logs()); // what an earlier run deleted, or left aside
     fs::create_directory(system.root.logs());
     for (const auto &entry : fs::directory_iterator(store))
         fs::create_hard_link(entry.path(), system.root.logs() / entry.path().filename());
     fs::remove(report);
-    std::vector<std::string> arguments = in_scenario.arguments;
+    std::vector<std::string> arguments = scenario.arguments;
     arguments.emplace_back("alpha");
-    const ToolRun tool = {.environment = {{kFaultVariable, in_order},
-                                          {"QV_LOG", in_scenario.log},
+    const ToolRun tool = {.environment = {{kFaultVariable, order},
+                                          {"QV_LOG", scenario.log},
                                           {"LC_ALL", "C.UTF-8"},
                                           {"ASAN_OPTIONS", "exitcode=98"},
                                           {"UBSAN_OPTIONS", "exitcode=98"}}};
-    const rlimit limit = {in_fileLimit, RLIM_INFINITY}, none = {RLIM_INFINITY, RLIM_INFINITY};
+    const rlimit limit = {fileLimit, RLIM_INFINITY}, none = {RLIM_INFINITY, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &limit);
     const pid_t pid = system.start(arguments, tool);
     setrlimit(RLIMIT_FSIZE, &none);
@@ -150,82 +149,79 @@ Run Bench::run(const Scenario &in_scenario, const std::string &in_order, rlim_t 
 }
 
 // Is there something that the untouched run did not say?
-static bool saysMore(const std::multiset<std::string> &in_said, const std::multiset<std::string> &in_usual) {
-    return !std::includes(in_usual.begin(), in_usual.end(), in_said.begin(), in_said.end());
+static bool saysMore(const std::multiset<std::string> &said, const std::multiset<std::string> &usual) {
+    return !std::includes(usual.begin(), usual.end(), said.begin(), said.end());
 }
 
 // What is wrong with a run; nothing if all is well.
-std::string Bench::complaint(const Run &in_untouched, const Run &in_run, bool in_told) const {
+std::string Bench::complaint(const Run &untouched, const Run &run, bool told) const {
     std::string wrong;
-    if (in_run.status > 34 && in_run.status != 100)
+    if (run.status > 34 && run.status != 100)
         wrong += " ended badly;";
-    if (in_run.account.live > in_untouched.account.live)
-        wrong += " " + std::to_string(in_run.account.live) + " allocations leaked;";
-    if (in_run.account.descriptors > in_untouched.account.descriptors)
+    if (run.account.live > untouched.account.live)
+        wrong += " " + std::to_string(run.account.live) + " allocations leaked;";
+    if (run.account.descriptors > untouched.account.descriptors)
         wrong += " a descriptor leaked;";
     for (const auto &[name, lines] : logs)
-        if (!fs::exists(system.root.logs() / name) && in_run.report.find(lines) == in_run.report.npos)
+        if (!fs::exists(system.root.logs() / name) && run.report.find(lines) == run.report.npos)
             wrong += " " + name.string() + " deleted without its lines;";
-    if (!in_told || (in_run.status == in_untouched.status && in_run.report == in_untouched.report))
+    if (!told || (run.status == untouched.status && run.report == untouched.report))
         return wrong;
-    if (in_run.status != in_untouched.status && in_run.status != 0 &&
-        !saysMore(in_run.messages, in_untouched.messages))
+    if (run.status != untouched.status && run.status != 0 && !saysMore(run.messages, untouched.messages))
         wrong += " no message;";
-    const bool startFailed = in_run.status == kStatusBadStart || in_run.status == kStatusNoMemory;
-    const bool messageAlone = startFailed && in_run.report.empty() && in_run.entries.empty();
-    const bool notDated = in_run.account.last == std::string("stat"); // the current log is left out, unsaid
-    if (!messageAlone && !notDated && !saysMore(in_run.entries, in_untouched.entries))
+    const bool startFailed = run.status == kStatusBadStart || run.status == kStatusNoMemory;
+    const bool messageAlone = startFailed && run.report.empty() && run.entries.empty();
+    const bool notDated = run.account.last == std::string("stat"); // the current log is left out, unsaid
+    if (!messageAlone && !notDated && !saysMore(run.entries, untouched.entries))
         wrong += " no entry in the log;";
     return wrong;
 }
 
-void Bench::judge(const Scenario &in_scenario, const Run &in_untouched, const Run &in_run, bool in_told,
-                  const std::string &in_order) {
-    const std::string wrong = complaint(in_untouched, in_run, in_told);
+void Bench::judge(const Scenario &scenario, const Run &untouched, const Run &run, bool told,
+                  const std::string &order) {
+    const std::string wrong = complaint(untouched, run, told);
     if (wrong.empty())
         return;
     ++faults;
-    std::printf("FAULT in %s at %s (%s), status %d:%s\n", in_scenario.label, in_order.c_str(),
-                in_run.account.last, in_run.status, wrong.c_str());
-    for (const auto *lines : {&in_run.messages, &in_run.entries})
+    std::printf("FAULT in %s at %s (%s), status %d:%s\n", scenario.label, order.c_str(), run.account.last,
+                run.status, wrong.c_str());
+    for (const auto *lines : {&run.messages, &run.entries})
         for (const std::string &line : *lines)
             std::printf("    %s\n", line.c_str());
 }
 
-void Bench::sweepPoints(const Scenario &in_scenario, const Run &in_untouched, const Variant &in_variant,
-                        unsigned in_step) {
-    for (unsigned n = 1;; n += in_step) {
+void Bench::sweepPoints(const Scenario &scenario, const Run &untouched, const Variant &variant,
+                        unsigned step) {
+    for (unsigned n = 1;; n += step) {
         char order[64];
-        std::snprintf(order, sizeof order, "%c:%u:%d:%d", in_variant.family, n, in_variant.lasts,
-                      in_variant.error);
-        const Run tried = run(in_scenario, order);
-        const bool told = in_scenario.log == "stderr" && !tried.account.mute;
-        judge(in_scenario, in_untouched, tried, told, order);
-        if (in_variant.error == kShortRead && tried.report != in_untouched.report && ++faults != 0)
-            std::printf("FAULT in %s at %s: short reads change the report\n", in_scenario.label, order);
+        std::snprintf(order, sizeof order, "%c:%u:%d:%d", variant.family, n, variant.lasts, variant.error);
+        const Run tried = run(scenario, order);
+        const bool told = scenario.log == "stderr" && !tried.account.mute;
+        judge(scenario, untouched, tried, told, order);
+        if (variant.error == kShortRead && tried.report != untouched.report && ++faults != 0)
+            std::printf("FAULT in %s at %s: short reads change the report\n", scenario.label, order);
         if (tried.account.fired == 0 && tried.status < 1000)
             return;
-        ++(in_variant.family == 'a' ? allocations[in_variant.lasts] : calls);
+        ++(variant.family == 'a' ? allocations[variant.lasts] : calls);
     }
 }
 
-void Bench::sweep(const Scenario &in_scenario, unsigned in_step) {
-    const Run untouched = run(in_scenario, "");
+void Bench::sweep(const Scenario &scenario, unsigned step) {
+    const Run untouched = run(scenario, "");
     if (untouched.status > kStatusNoRoot)
         throw std::runtime_error("the tool does not run");
-    judge(in_scenario, untouched, untouched, false, "no point");
+    judge(scenario, untouched, untouched, false, "no point");
     for (const Variant &variant : kVariants)
-        sweepPoints(in_scenario, untouched, variant, in_step);
+        sweepPoints(scenario, untouched, variant, step);
     // The C library's own writes are out of the injector's reach: a full disk is a limit on files.
-    for (std::size_t limit = 0; limit < untouched.report.size(); limit += 20 * in_step, ++calls)
-        judge(in_scenario, untouched, run(in_scenario, "", limit), false,
-              "file limit " + std::to_string(limit));
+    for (std::size_t limit = 0; limit < untouched.report.size(); limit += 20 * step, ++calls)
+        judge(scenario, untouched, run(scenario, "", limit), false, "file limit " + std::to_string(limit));
 }
 
-static int sweepAll(unsigned in_step) {
+static int sweepAll(unsigned step) {
     Bench bench;
     for (const Scenario &scenario : bench.scenarios())
-        bench.sweep(scenario, in_step);
+        bench.sweep(scenario, step);
     std::printf("allocations: %u points once, %u for good; calls: %u points; %u faults\n",
                 bench.allocations[0], bench.allocations[1], bench.calls, bench.faults);
     return bench.faults == 0 ? 0 : 1;

@@ -30,11 +30,11 @@ static int gLasts, gError;
 static unsigned gPassed; // points of the family so far
 static FaultAccount gAccount;
 
-static bool failsNow(char in_family, const char *inp_name) {
-    if (in_family != gFamily || ++gPassed < gPoint || (gLasts == 0 && gPassed > gPoint))
+static bool failsNow(char family, const char *name) {
+    if (family != gFamily || ++gPassed < gPoint || (gLasts == 0 && gPassed > gPoint))
         return false;
     ++gAccount.fired;
-    std::snprintf(gAccount.last, sizeof gAccount.last, "%s", inp_name);
+    std::snprintf(gAccount.last, sizeof gAccount.last, "%s", name);
     errno = gError;
     return true;
 }
@@ -68,24 +68,23 @@ constexpr std::size_t kMark = 0;
 // A mark in the last bytes of a block says that the program itself, not a library, allocated it.
 constexpr std::size_t kMark = sizeof(std::uintptr_t);
 
-static std::uintptr_t *markOf(void *inp_block) {
-    return reinterpret_cast<std::uintptr_t *>(static_cast<char *>(inp_block) + malloc_usable_size(inp_block) -
-                                              kMark);
+static std::uintptr_t *markOf(void *block) {
+    return reinterpret_cast<std::uintptr_t *>(static_cast<char *>(block) + malloc_usable_size(block) - kMark);
 }
-static std::uintptr_t markFor(void *inp_block) {
-    return ~reinterpret_cast<std::uintptr_t>(inp_block);
+static std::uintptr_t markFor(void *block) {
+    return ~reinterpret_cast<std::uintptr_t>(block);
 }
-static void *claim(void *inp_block, const void *inp_caller) {
-    if (inp_block != nullptr && inp_caller >= &__executable_start && inp_caller < &etext) {
-        *markOf(inp_block) = markFor(inp_block);
+static void *claim(void *block, const void *caller) {
+    if (block != nullptr && caller >= &__executable_start && caller < &etext) {
+        *markOf(block) = markFor(block);
         ++gAccount.live;
     }
-    return inp_block;
+    return block;
 }
-static bool disown(void *inp_block) {
-    if (inp_block == nullptr || *markOf(inp_block) != markFor(inp_block))
+static bool disown(void *block) {
+    if (block == nullptr || *markOf(block) != markFor(block))
         return false;
-    *markOf(inp_block) = 0;
+    *markOf(block) = 0;
     --gAccount.live;
     return true;
 }
@@ -98,17 +97,17 @@ extern "C" {
 void *OWN(malloc)(std::size_t in_size) {
     return failsNow('a', "malloc") ? nullptr : claim(BASE(malloc)(in_size + kMark), CALLER);
 }
-void *OWN(calloc)(std::size_t in_count, std::size_t in_size) {
+void *OWN(calloc)(std::size_t count, std::size_t givenSize) {
     std::size_t size = 0;
-    if (__builtin_mul_overflow(in_count, in_size, &size) || failsNow('a', "calloc"))
+    if (__builtin_mul_overflow(count, givenSize, &size) || failsNow('a', "calloc"))
         return nullptr;
     return claim(BASE(calloc)(size + kMark, 1), CALLER);
 }
-void *OWN(realloc)(void *inp_block, std::size_t in_size) {
+void *OWN(realloc)(void *givenBlock, std::size_t size) {
     if (failsNow('a', "realloc"))
         return nullptr;
-    const bool owned = disown(inp_block);
-    void *block = BASE(realloc)(inp_block, in_size + kMark);
+    const bool owned = disown(givenBlock);
+    void *block = BASE(realloc)(givenBlock, size + kMark);
     return claim(block, owned ? &__executable_start : CALLER);
 }
 #ifndef FAULTS_UNDER_SANITIZER
@@ -118,36 +117,36 @@ void free(void *inp_block) {
 }
 #endif
 char *__real_strdup(const char *);
-char *__wrap_strdup(const char *inp_text) { // or the copy would be the library's
-    const std::size_t size = std::strlen(inp_text) + 1;
+char *__wrap_strdup(const char *text) { // or the copy would be the library's
+    const std::size_t size = std::strlen(text) + 1;
     void *copy = std::malloc(size);
-    return copy != nullptr ? static_cast<char *>(std::memcpy(copy, inp_text, size)) : nullptr;
+    return copy != nullptr ? static_cast<char *>(std::memcpy(copy, text, size)) : nullptr;
 }
 
 } // extern "C"
 
-void *operator new(std::size_t in_size) {
-    if (void *block = std::malloc(in_size))
+void *operator new(std::size_t size) {
+    if (void *block = std::malloc(size))
         return block;
     throw std::bad_alloc();
 }
-void *operator new(std::size_t in_size, const std::nothrow_t &) noexcept {
-    return std::malloc(in_size);
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    return std::malloc(size);
 }
-void *operator new[](std::size_t in_size, const std::nothrow_t &) noexcept {
-    return std::malloc(in_size);
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
+    return std::malloc(size);
 }
-void operator delete(void *inp_block) noexcept {
-    std::free(inp_block);
+void operator delete(void *block) noexcept {
+    std::free(block);
 }
-void operator delete(void *inp_block, std::size_t) noexcept {
-    std::free(inp_block);
+void operator delete(void *block, std::size_t) noexcept {
+    std::free(block);
 }
-void operator delete[](void *inp_block) noexcept {
-    std::free(inp_block);
+void operator delete[](void *block) noexcept {
+    std::free(block);
 }
-void operator delete[](void *inp_block, std::size_t) noexcept {
-    std::free(inp_block);
+void operator delete[](void *block, std::size_t) noexcept {
+    std::free(block);
 }
 
 // ---- Calls ----
@@ -207,19 +206,19 @@ FAILING(int, unlink, -1, (const char *path), (path))
 
 extern "C" ssize_t __real_write(int, const void *, std::size_t);
 extern "C" ssize_t __wrap_write(int, const void *, std::size_t);
-ssize_t __wrap_write(int in_fd, const void *inp_bytes, std::size_t in_size) {
+ssize_t __wrap_write(int fd, const void *bytes, std::size_t size) {
     if (gError == kShortRead || !failsNow('c', "write"))
-        return __real_write(in_fd, inp_bytes, in_size);
-    gAccount.mute |= in_fd == STDERR_FILENO; // where the log goes
+        return __real_write(fd, bytes, size);
+    gAccount.mute |= fd == STDERR_FILENO; // where the log goes
     return -1;
 }
 
 extern "C" ssize_t __real_read(int, void *, std::size_t);
 extern "C" ssize_t __wrap_read(int, void *, std::size_t);
-ssize_t __wrap_read(int in_fd, void *outp_bytes, std::size_t in_size) {
+ssize_t __wrap_read(int fd, void *bytes, std::size_t size) {
     if (!failsNow('c', "read"))
-        return __real_read(in_fd, outp_bytes, in_size);
-    return gError == kShortRead ? __real_read(in_fd, outp_bytes, std::min<std::size_t>(in_size, 7)) : -1;
+        return __real_read(fd, bytes, size);
+    return gError == kShortRead ? __real_read(fd, bytes, std::min<std::size_t>(size, 7)) : -1;
 }
 
 // ---- Begin and end ----

@@ -48,9 +48,9 @@ protected:
     void TearDown() override;
     void round();
     int layLogs();
-    pid_t startServer(int in_first);
-    pid_t startRun(const std::string &in_server, const fs::path &in_report, bool in_inVain);
-    void makeTrouble(const std::vector<pid_t> &in_runs);
+    pid_t startServer(int first);
+    pid_t startRun(const std::string &server, const fs::path &report, bool inVain);
+    void makeTrouble(const std::vector<pid_t> &givenRuns);
     void check();
 
     PrintSystem system;
@@ -63,14 +63,13 @@ protected:
 
 } // namespace
 
-static std::string commentOf(int in_number) {
-    return std::string(static_cast<std::size_t>(in_number * 97 % 5000),
-                       static_cast<char>('a' + in_number % 26));
+static std::string commentOf(int number) {
+    return std::string(static_cast<std::size_t>(number * 97 % 5000), static_cast<char>('a' + number % 26));
 }
 
-static Log logOf(int in_first, int in_end) {
+static Log logOf(int first, int end) {
     Log log;
-    for (int number = in_first; number < in_end; ++number)
+    for (int number = first; number < end; ++number)
         log.job(jobOf({{"job-name", {std::to_string(number)}}, {"job-comment", {commentOf(number)}}}));
     return log;
 }
@@ -112,27 +111,27 @@ int Live::layLogs() {
 
 // ---- The server, in a process of its own ----
 
-static int openNew(const fs::path &in_path) {
-    const int fd = open(in_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND, 0644);
+static int openNew(const fs::path &path) {
+    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND, 0644);
     return fd != -1 ? fd : (_exit(kServerFailed), -1);
 }
 
-static void append(int in_fd, std::string_view in_bytes, std::mt19937 &inoutp_random) {
-    while (!in_bytes.empty()) {
-        const std::size_t most = inoutp_random() % 3 == 0 ? 9 : 6000;
-        const std::string_view piece = in_bytes.substr(0, 1 + inoutp_random() % most);
-        if (write(in_fd, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size()))
+static void append(int fd, std::string_view bytes, std::mt19937 &random) {
+    while (!bytes.empty()) {
+        const std::size_t most = random() % 3 == 0 ? 9 : 6000;
+        const std::string_view piece = bytes.substr(0, 1 + random() % most);
+        if (write(fd, piece.data(), piece.size()) != static_cast<ssize_t>(piece.size()))
             _exit(kServerFailed);
-        in_bytes.remove_prefix(piece.size());
-        if (inoutp_random() % 3 == 0)
-            usleep(static_cast<useconds_t>(inoutp_random() % 2000));
+        bytes.remove_prefix(piece.size());
+        if (random() % 3 == 0)
+            usleep(static_cast<useconds_t>(random() % 2000));
     }
 }
 
 // A log that is renamed to its day's name at some moment, and the one that is begun then.
-pid_t Live::startServer(int in_first) {
-    const int split = in_first + 10, end = split + 10;
-    for (int number = in_first; number < end; ++number)
+pid_t Live::startServer(int first) {
+    const int split = first + 10, end = split + 10;
+    for (int number = first; number < end; ++number)
         wanted.insert(number);
     if (const pid_t server = fork(); server != 0)
         return server;
@@ -140,7 +139,7 @@ pid_t Live::startServer(int in_first) {
     std::tm parts = {};
     const std::time_t yesterday = std::time(nullptr) - 24 * 60 * 60;
     std::strftime(tail, sizeof tail, "%Y%m%d", gmtime_r(&yesterday, &parts));
-    const Bytes old = logOf(in_first, split).bytes(), fresh = logOf(split, end).bytes();
+    const Bytes old = logOf(first, split).bytes(), fresh = logOf(split, end).bytes();
     const int oldLog = openNew(system.log("current"));
     const std::size_t renamedAt = random() % old.size();
     append(oldLog, std::string_view(old).substr(0, renamedAt), random);
@@ -158,24 +157,24 @@ pid_t Live::startServer(int in_first) {
 
 // ---- A round ----
 
-pid_t Live::startRun(const std::string &in_server, const fs::path &in_report, bool in_inVain) {
-    std::vector<std::string> arguments = {"-d", "-s", in_inVain ? "20300101" : "19990101"};
+pid_t Live::startRun(const std::string &server, const fs::path &report, bool inVain) {
+    std::vector<std::string> arguments = {"-d", "-s", inVain ? "20300101" : "19990101"};
     if (!kind.byShell)
-        arguments.insert(arguments.end(), {"-o", in_report});
-    arguments.push_back(in_server);
+        arguments.insert(arguments.end(), {"-o", report});
+    arguments.push_back(server);
     const int output =
-        kind.byShell ? open(in_report.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644) : -1;
+        kind.byShell ? open(report.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644) : -1;
     const pid_t run = system.start(arguments, {.environment = {{"QV_LOG", "none"}}, .output = output});
     close(output);
     ++runs;
     return run;
 }
 
-void Live::makeTrouble(const std::vector<pid_t> &in_runs) {
+void Live::makeTrouble(const std::vector<pid_t> &givenRuns) {
     constexpr int kAsked[] = {SIGINT, SIGTERM, SIGHUP};
     usleep(static_cast<useconds_t>(random() % 12'000));
     if (kind.trouble == kKills || kind.trouble == kSignals)
-        for (const pid_t run : in_runs)
+        for (const pid_t run : givenRuns)
             if (random() % 2 == 0)
                 kill(run, kind.trouble == kKills ? SIGKILL : kAsked[random() % 3]);
     if (kind.trouble == kReportRemoved) { // what is written from here on is in no report

@@ -40,15 +40,15 @@ constexpr const char *kLabels[kActs] = {"a second run",
 class Stops {
 public:
     // False when the run has fewer calls.
-    bool stopAt(Act in_act, unsigned in_number);
+    bool stopAt(Act act, unsigned number);
     unsigned stops = 0, faults = 0;
     bool mayTrace = true;
 
 private:
-    void act(Act in_act, pid_t in_run, bool in_deletesNext);
-    void start(const std::vector<std::string> &in_arguments);
-    Numbers inLogs(const char *in_ending) const;
-    void judge(Act in_act, unsigned in_number, const char *in_when);
+    void act(Act givenAct, pid_t run, bool deletesNext);
+    void start(const std::vector<std::string> &arguments);
+    Numbers inLogs(const char *ending) const;
+    void judge(Act act, unsigned number, const char *when);
 
     PrintSystem system;
     const std::string report = system / "report", other = system / "other";
@@ -58,54 +58,54 @@ private:
 
 } // namespace
 
-static Bytes logOf(int in_first, int in_end) {
+static Bytes logOf(int first, int end) {
     Log log;
-    for (int number = in_first; number < in_end; ++number)
+    for (int number = first; number < end; ++number)
         log.job(jobOf({{"job-name", {"record-" + std::to_string(number) + '.'}}}));
     return log.bytes();
 }
 
-static Numbers numbersIn(const std::string &in_bytes) {
+static Numbers numbersIn(const std::string &bytes) {
     Numbers found;
     for (int number = 1; number < kEnd; ++number)
-        if (in_bytes.find("record-" + std::to_string(number) + '.') != in_bytes.npos)
+        if (bytes.find("record-" + std::to_string(number) + '.') != bytes.npos)
             found.insert(number);
     return found;
 }
 
-Numbers Stops::inLogs(const char *in_ending) const {
+Numbers Stops::inLogs(const char *ending) const {
     Numbers found;
     for (const auto &entry : fs::directory_iterator(system.root.logs()))
-        if (entry.path().string().ends_with(in_ending))
+        if (entry.path().string().ends_with(ending))
             found.merge(numbersIn(readFile(entry.path())));
     return found;
 }
 
 // Another run, for as long as it is not held up by the stopped one.
-void Stops::start(const std::vector<std::string> &in_arguments) {
-    beside = system.start(in_arguments);
+void Stops::start(const std::vector<std::string> &arguments) {
+    beside = system.start(arguments);
     for (int waits = 0; waits < 30 && waitpid(beside, nullptr, WNOHANG | WNOWAIT) == 0; ++waits)
         usleep(1000);
 }
 
 // What the other program destroys itself is not the run's to keep.
-void Stops::act(Act in_act, pid_t in_run, bool in_deletesNext) {
+void Stops::act(Act act, pid_t run, bool deletesNext) {
     const fs::path log = system.log(kDays[0]);
     const auto drop = [&](const Numbers &numbers) {
         std::erase_if(wanted, [&](int number) { return numbers.contains(number); });
     };
-    if (in_act == kAgain || in_act == kElsewhere)
-        start({"-d", "-o", in_act == kAgain ? report : other, "alpha"});
-    if (in_act == kInVain)
+    if (act == kAgain || act == kElsewhere)
+        start({"-d", "-o", act == kAgain ? report : other, "alpha"});
+    if (act == kInVain)
         start({"-s", "20300101", "-o", report, "alpha"});
-    if (in_act == kReplace) {
+    if (act == kReplace) {
         drop(numbersIn(readFile(log)));
         writeFile(system / "fresh", logOf(kFresh, kEnd));
         fs::rename(system / "fresh", log);
         wanted.merge(numbersIn(logOf(kFresh, kEnd)));
     }
     // Where it is gone, or held against writers, nothing happens.
-    if (const int fd = in_act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
+    if (const int fd = act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
         drop(numbersIn(readFile(log)));
         const Bytes fresh = logOf(kFresh, kEnd);
         if (write(fd, fresh.data(), fresh.size()) == static_cast<ssize_t>(fresh.size()))
@@ -114,18 +114,18 @@ void Stops::act(Act in_act, pid_t in_run, bool in_deletesNext) {
     }
     // With it go the lines of logs that are gone, and of the one that goes next: to ask whether the report is
     // there and to remove a log are two calls.
-    if (in_act == kRemoveReport) {
+    if (act == kRemoveReport) {
         const Numbers left = inLogs("");
         std::erase_if(wanted, [&](int number) { return !left.contains(number); });
-        if (in_deletesNext)
+        if (deletesNext)
             drop(inLogs(".being-deleted"));
         fs::remove(report);
     }
-    if (in_act == kKill || in_act == kTerminate)
-        kill(in_run, in_act == kKill ? SIGKILL : SIGTERM);
+    if (act == kKill || act == kTerminate)
+        kill(run, act == kKill ? SIGKILL : SIGTERM);
 }
 
-void Stops::judge(Act in_act, unsigned in_number, const char *in_when) {
+void Stops::judge(Act act, unsigned givenNumber, const char *when) {
     bool twice = false;
     Numbers kept;
     std::istringstream lines(readFile(report) + readFile(other));
@@ -135,32 +135,32 @@ void Stops::judge(Act in_act, unsigned in_number, const char *in_when) {
                 twice |= !kept.insert(number).second;
     kept.merge(inLogs(""));
     const bool holds = std::includes(kept.begin(), kept.end(), wanted.begin(), wanted.end());
-    const bool repeats = twice && in_act <= kInVain; // elsewhere a log that stays is reported again
+    const bool repeats = twice && act <= kInVain; // elsewhere a log that stays is reported again
     if (holds && !repeats)
         return;
     ++faults;
-    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[in_act], in_number, in_when,
+    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[act], givenNumber, when,
                 holds ? "a line stands twice" : "a record is lost");
 }
 
 // Lets a run that stands at its start go on to a call, and gives that call's number; -1 when it ends before.
-static long runToCall(pid_t in_run, unsigned in_number, int *outp_status) {
+static long runToCall(pid_t run, unsigned number, int *status) {
     unsigned calls = 0;
-    waitpid(in_run, outp_status, 0);
-    ptrace(PTRACE_SETOPTIONS, in_run, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-    while (!WIFEXITED(*outp_status) && !WIFSIGNALED(*outp_status)) {
+    waitpid(run, status, 0);
+    ptrace(PTRACE_SETOPTIONS, run, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    while (!WIFEXITED(*status) && !WIFSIGNALED(*status)) {
         __ptrace_syscall_info info = {};
-        if (WSTOPSIG(*outp_status) == (SIGTRAP | 0x80) &&
-            ptrace(PTRACE_GET_SYSCALL_INFO, in_run, sizeof info, &info) > 0 &&
-            info.op == PTRACE_SYSCALL_INFO_ENTRY && ++calls == in_number)
+        if (WSTOPSIG(*status) == (SIGTRAP | 0x80) &&
+            ptrace(PTRACE_GET_SYSCALL_INFO, run, sizeof info, &info) > 0 &&
+            info.op == PTRACE_SYSCALL_INFO_ENTRY && ++calls == number)
             return static_cast<long>(info.entry.nr);
-        ptrace(PTRACE_SYSCALL, in_run, nullptr, nullptr);
-        waitpid(in_run, outp_status, 0);
+        ptrace(PTRACE_SYSCALL, run, nullptr, nullptr);
+        waitpid(run, status, 0);
     }
     return -1;
 }
 
-bool Stops::stopAt(Act in_act, unsigned in_number) {
+bool Stops::stopAt(Act givenAct, unsigned number) {
     for (const fs::path &old : {fs::path(report), fs::path(other), system.root.logs()})
         fs::remove_all(old);
     fs::create_directory(system.root.logs());
@@ -170,21 +170,21 @@ bool Stops::stopAt(Act in_act, unsigned in_number) {
     beside = 0;
     const pid_t run = system.start({"-d", "-o", report, "alpha"}, {.traced = true});
     int status = 0;
-    const long call = runToCall(run, in_number, &status);
+    const long call = runToCall(run, number, &status);
     mayTrace = !WIFEXITED(status) || WEXITSTATUS(status) != kNotTraced;
     if (call == -1)
         return false;
     ++stops;
-    act(in_act, run, call == SYS_unlink);
+    act(givenAct, run, call == SYS_unlink);
     ptrace(PTRACE_DETACH, run, nullptr, nullptr);
     const int ended = system.finish(run).status;
     if (beside != 0)
         system.finish(beside);
-    if (ended > 100 && ended != 1000 + (in_act == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
-        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[in_act], in_number, ended);
-    judge(in_act, in_number, "then");
+    if (ended > 100 && ended != 1000 + (givenAct == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
+        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[givenAct], number, ended);
+    judge(givenAct, number, "then");
     system.run({"-d", "-o", report, "alpha"});
-    judge(in_act, in_number, "after one more run");
+    judge(givenAct, number, "after one more run");
     return true;
 }
 

@@ -39,40 +39,40 @@ template <class Record>
 using Cursor = ALA_retCode_t(ALA_handle_t, Record *, const char *, ALA_attrPair **);
 
 template <class Record>
-static void addAttributes(ALA_handle_t in_handle, Record *inoutp_record, Cursor<Record> *in_first,
-                          Cursor<Record> *in_next, std::string &inout_text) {
+static void addAttributes(ALA_handle_t handle, Record *record, Cursor<Record> *first, Cursor<Record> *next,
+                          std::string &text) {
     ALA_attrPair *pair = nullptr;
-    for (auto *get = in_first; get(in_handle, inoutp_record, "de", &pair) == ALA_N_NORMAL; get = in_next) {
-        inout_text += pair->attrName;
+    for (auto *get = first; get(handle, record, "de", &pair) == ALA_N_NORMAL; get = next) {
+        text += pair->attrName;
         for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
-            inout_text.append("=").append(value->value);
+            text.append("=").append(value->value);
         ALA_FreeAttributePair(&pair);
     }
 }
 
-static void addJobs(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::string &inout_text) {
+static void addJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, std::string &text) {
     ALA_record_t job = nullptr;
     auto *read = ALA_GetFirstJobRecord;
-    for (; read(in_handle, &in_log, &job) == ALA_N_NORMAL; read = ALA_GetNextJobRecord) {
-        addAttributes(in_handle, &job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob, inout_text);
+    for (; read(handle, &log, &job) == ALA_N_NORMAL; read = ALA_GetNextJobRecord) {
+        addAttributes(handle, &job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob, text);
         ALA_dRecord_t document = nullptr;
-        ALA_GetFirstDocmt(in_handle, &job, &document);
-        addAttributes(in_handle, &document, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc, inout_text);
+        ALA_GetFirstDocmt(handle, &job, &document);
+        addAttributes(handle, &document, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc, text);
         ALA_FreeDocmtRecord(&document);
         ALA_FreeJobRecord(&job);
     }
 }
 
 // The codes of the operations, and what was read.
-static std::string playRound(const std::string &in_server, const SampleRoot &in_root, const Log &in_log) {
-    in_log.save(in_root.log(in_server, "20010203"));
+static std::string playRound(const std::string &server, const SampleRoot &root, const Log &givenLog) {
+    givenLog.save(root.log(server, "20010203"));
     ALA_handle_t handle = nullptr;
     dateNode *dates = nullptr;
     ALA_name *names = nullptr;
     ALA_acctLogHandle_t log = nullptr;
     std::string codes, text;
-    const auto note = [&](ALA_retCode_t in_code) { codes += std::to_string(in_code) + ' '; };
-    note(ALA_Register(in_server.c_str(), in_root.logs().c_str(), nullptr, &handle));
+    const auto note = [&](ALA_retCode_t code) { codes += std::to_string(code) + ' '; };
+    note(ALA_Register(server.c_str(), root.logs().c_str(), nullptr, &handle));
     note(ALA_ListExistingLogsByDate(handle, &dates, &names));
     note(ALA_Open(handle, &kDay, &log));
     addJobs(handle, log, text);
@@ -99,8 +99,8 @@ int main(int argc, char **argv) {
     setenv("QV_REGISTRY", roots[0].registry().c_str(), 1);
 
     const Log log = makeLog();
-    const auto play = [&](unsigned in_number) {
-        return playRound(std::to_string(in_number), roots[in_number % 2], log);
+    const auto play = [&](unsigned number) {
+        return playRound(std::to_string(number), roots[number % 2], log);
     };
     std::map<std::string, int> given[kThreads]; // how often a thread was given it
     std::vector<std::thread> threads;

@@ -30,11 +30,10 @@ std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL
     return 0;
 }
 
-static std::int32_t matchDomain(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msACL,
-                                const ALA_credential_t *inp_credential) {
+static std::int32_t matchDomain(STF_l__hdr *status, const GEN_eACL *msACL,
+                                const ALA_credential_t *credential) {
     std::int32_t matched = 1;
-    const std::int32_t result =
-        _ALA_EACL_DomainMatch(inoutp_status, inp_credential, &inp_msACL->domain, &matched);
+    const std::int32_t result = _ALA_EACL_DomainMatch(status, credential, &msACL->domain, &matched);
     return result != 0 ? result : matched;
 }
 

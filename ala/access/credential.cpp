@@ -16,9 +16,9 @@ namespace {
 // Memory for the SID, from the process heap as its users expect.
 class HeapBlock {
 public:
-    explicit HeapBlock(std::size_t in_size) : block(HeapAlloc(GetProcessHeap(), 0, in_size)) {
+    explicit HeapBlock(std::size_t size) : block(HeapAlloc(GetProcessHeap(), 0, size)) {
         if (block != nullptr)
-            std::memset(block, 0, in_size);
+            std::memset(block, 0, size);
     }
     ~HeapBlock() {
         if (block != nullptr)
@@ -27,8 +27,8 @@ public:
     HeapBlock(const HeapBlock &) = delete;
     HeapBlock &operator=(const HeapBlock &) = delete;
 
-    bool grow(std::size_t in_size) {
-        void *grown = HeapReAlloc(GetProcessHeap(), 0, block, in_size);
+    bool grow(std::size_t size) {
+        void *grown = HeapReAlloc(GetProcessHeap(), 0, block, size);
         if (grown == nullptr)
             return false;
         block = grown;
@@ -58,21 +58,20 @@ static bool fill(char (&outp_field)[Size], const char *inp_name) {
     return true;
 }
 
-static std::int32_t fillPac(ALA__pac *outp_pac, const Names &in_names, SEC_domType_t in_domainType) {
-    outp_pac->version = htonl(kPacVersion);
-    outp_pac->magic = htonl(0);
-    outp_pac->userDomType = htonl(in_domainType);
-    outp_pac->hostDomType = htonl(in_domainType);
-    outp_pac->certificateLen_o = htonl(0);
-    outp_pac->certificateVal_o[0] = 0;
-    const bool fits = fill(outp_pac->user, in_names.user) &&
-                      fill(outp_pac->userDomain, in_names.userDomain) &&
-                      fill(outp_pac->host, in_names.host) && fill(outp_pac->hostDomain, in_names.hostDomain);
+static std::int32_t fillPac(ALA__pac *pac, const Names &names, SEC_domType_t domainType) {
+    pac->version = htonl(kPacVersion);
+    pac->magic = htonl(0);
+    pac->userDomType = htonl(domainType);
+    pac->hostDomType = htonl(domainType);
+    pac->certificateLen_o = htonl(0);
+    pac->certificateVal_o[0] = 0;
+    const bool fits = fill(pac->user, names.user) && fill(pac->userDomain, names.userDomain) &&
+                      fill(pac->host, names.host) && fill(pac->hostDomain, names.hostDomain);
     return fits ? 0 : 1;
 }
 
 // The domain of the user's account.  The first look-up only asks for the sizes.
-static Malloced<char> accountDomain(const char *inp_user) {
+static Malloced<char> accountDomain(const char *user) {
     HeapBlock sid(kFirstSidSize);
     if (sid.get() == nullptr)
         return nullptr;
@@ -80,14 +79,14 @@ static Malloced<char> accountDomain(const char *inp_user) {
     char noDomain[1] = "";
     DWORD domainSize = 0;
     SID_NAME_USE use = SidTypeUser;
-    if (LookupAccountNameA(nullptr, inp_user, sid.get(), &sidSize, noDomain, &domainSize, &use) != 0 ||
+    if (LookupAccountNameA(nullptr, user, sid.get(), &sidSize, noDomain, &domainSize, &use) != 0 ||
         GetLastError() != ERROR_INSUFFICIENT_BUFFER)
         return nullptr;
 
     Malloced<char> domain(static_cast<char *>(std::calloc(std::size_t{domainSize} + 1, 1)));
     if (domain == nullptr || (sidSize > kFirstSidSize && !sid.grow(sidSize)))
         return nullptr;
-    if (LookupAccountNameA(nullptr, inp_user, sid.get(), &sidSize, domain.get(), &domainSize, &use) == 0)
+    if (LookupAccountNameA(nullptr, user, sid.get(), &sidSize, domain.get(), &domainSize, &use) == 0)
         return nullptr;
     return domain;
 }

@@ -37,14 +37,14 @@ void ALA__EACL_Term() {
     serverUserDomain = nullptr;
 }
 
-static bool isEmpty(const char *inp_text) {
-    return inp_text == nullptr || *inp_text == '\0';
+static bool isEmpty(const char *text) {
+    return text == nullptr || *text == '\0';
 }
 
-static bool equalIgnoringCase(const char *inp_one, const char *inp_two) {
-    return inp_one != nullptr && inp_two != nullptr &&
-           _mbsicmp(reinterpret_cast<const unsigned char *>(inp_one),
-                    reinterpret_cast<const unsigned char *>(inp_two)) == 0;
+static bool equalIgnoringCase(const char *one, const char *two) {
+    return one != nullptr && two != nullptr &&
+           _mbsicmp(reinterpret_cast<const unsigned char *>(one),
+                    reinterpret_cast<const unsigned char *>(two)) == 0;
 }
 
 namespace {
@@ -57,13 +57,13 @@ struct TypedDomain {
 } // namespace
 
 // A credential's domain; what it lacks, text or type, is the machine's.
-static TypedDomain completed(const char *inp_text, SEC_domType_t in_networkType,
-                             const char *(*in_substitute)(SEC_domType_t *)) {
-    TypedDomain domain = {inp_text, ntohl(in_networkType)};
+static TypedDomain completed(const char *givenText, SEC_domType_t networkType,
+                             const char *(*substitute)(SEC_domType_t *)) {
+    TypedDomain domain = {givenText, ntohl(networkType)};
     if (!isEmpty(domain.text) && domain.type != 0)
         return domain;
     SEC_domType_t type = 0;
-    const char *text = in_substitute(&type);
+    const char *text = substitute(&type);
     if (isEmpty(domain.text))
         domain.text = isEmpty(text) ? nullptr : text; // a machine without a domain has none to give
     if (domain.type == 0)

@@ -14,35 +14,35 @@ constexpr DWORD kComputerNameSize = 16;
 namespace {
 
 struct HandleCloser {
-    void operator()(void *in_handle) const { CloseHandle(in_handle); }
+    void operator()(void *handle) const { CloseHandle(handle); }
 };
 using OpenToken = std::unique_ptr<void, HandleCloser>;
 
 } // namespace
 
-static bool addGroup(ALA_groupSIDList **inoutpp_list, const char *inp_name, const char *inp_domain) {
+static bool addGroup(ALA_groupSIDList **list, const char *givenName, const char *givenDomain) {
     Malloced<ALA_groupSIDList> node = makeZeroed<ALA_groupSIDList>();
-    Malloced<char> name(_strdup(inp_name));
-    Malloced<char> domain(_strdup(inp_domain));
+    Malloced<char> name(_strdup(givenName));
+    Malloced<char> domain(_strdup(givenDomain));
     if (node == nullptr || name == nullptr || domain == nullptr)
         return false;
-    *node = {name.release(), domain.release(), *inoutpp_list};
-    *inoutpp_list = node.release();
+    *node = {name.release(), domain.release(), *list};
+    *list = node.release();
     return true;
 }
 
 // Puts one group of the token into the list if it is of a kind that counts.  False when memory runs out.
-static bool addTokenGroup(ALA_groupSIDList **inoutpp_list, PSID inp_sid, const char *inp_computer) {
+static bool addTokenGroup(ALA_groupSIDList **list, PSID sid, const char *computer) {
     char name[kNameSize] = "";
     char domain[kNameSize] = "";
     DWORD nameSize = sizeof name;
     DWORD domainSize = sizeof domain;
     SID_NAME_USE use = SidTypeUser;
-    if (LookupAccountSidA(nullptr, inp_sid, name, &nameSize, domain, &domainSize, &use) == 0)
+    if (LookupAccountSidA(nullptr, sid, name, &nameSize, domain, &domainSize, &use) == 0)
         return true; // a group without a name is nobody's
     if (use == SidTypeAlias)
-        return addGroup(inoutpp_list, name, inp_computer); // a local group counts in its machine's name
-    return use != SidTypeGroup || addGroup(inoutpp_list, name, domain);
+        return addGroup(list, name, computer); // a local group counts in its machine's name
+    return use != SidTypeGroup || addGroup(list, name, domain);
 }
 
 std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *, ALA_groupSIDList **inoutpp_gSidList) {
@@ -82,8 +82,8 @@ std::int32_t ALA__ClearGroupSIDList(ALA_groupSIDList **inoutpp_gSidList) {
     return 0;
 }
 
-static bool equalsIgnoringCase(const char *inp_text, const char *inp_bytes, std::size_t in_length) {
-    return std::strlen(inp_text) == in_length && _memicmp(inp_text, inp_bytes, in_length) == 0;
+static bool equalsIgnoringCase(const char *text, const char *bytes, std::size_t length) {
+    return std::strlen(text) == length && _memicmp(text, bytes, length) == 0;
 }
 
 std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *,

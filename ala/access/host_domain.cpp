@@ -22,7 +22,7 @@ static bool isWindowsNT() {
 
 // The flags of the network logon device, 0 where the registry has none.  A Win32 error code when it cannot be
 // read.
-static LONG readLogonFlags(DWORD *outp_flags) {
+static LONG readLogonFlags(DWORD *givenFlags) {
     HKEY key = nullptr;
     LONG result =
         RegOpenKeyExA(HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000", 0,
@@ -34,17 +34,17 @@ static LONG readLogonFlags(DWORD *outp_flags) {
         result =
             RegQueryValueExA(key, "StatusFlags", nullptr, &type, reinterpret_cast<BYTE *>(&flags), &size);
         RegCloseKey(key);
-        *outp_flags = result == ERROR_SUCCESS && size == sizeof flags ? flags : 0;
+        *givenFlags = result == ERROR_SUCCESS && size == sizeof flags ? flags : 0;
     }
     return result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : result;
 }
 
-static void keepAsDomain(const wchar_t *inp_wide) {
-    const int wideLength = static_cast<int>(std::wcslen(inp_wide));
-    const int size = WideCharToMultiByte(CP_OEMCP, 0, inp_wide, wideLength, nullptr, 0, nullptr, nullptr);
+static void keepAsDomain(const wchar_t *wide) {
+    const int wideLength = static_cast<int>(std::wcslen(wide));
+    const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, nullptr, 0, nullptr, nullptr);
     if (size <= 0 || static_cast<std::size_t>(size) >= sizeof gMyDomainName)
         return; // a domain that does not fit is none
-    WideCharToMultiByte(CP_OEMCP, 0, inp_wide, wideLength, gMyDomainName, size, nullptr, nullptr);
+    WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, gMyDomainName, size, nullptr, nullptr);
     gMyDomainName[size] = '\0';
 }
 

@@ -27,14 +27,14 @@ std::int32_t ALA__CurrentPid() {
     return pid != 0 ? pid : findPid();
 }
 
-static bool isValid(ALA_handle_t in_handle) {
-    return in_handle != nullptr && in_handle->svrName != nullptr && in_handle->acctLogPath != nullptr &&
-           in_handle->pid == ALA__CurrentPid();
+static bool isValid(ALA_handle_t handle) {
+    return handle != nullptr && handle->svrName != nullptr && handle->acctLogPath != nullptr &&
+           handle->pid == ALA__CurrentPid();
 }
 
 // Each form of the line has the operation's name as its one argument.
-static ALA_retCode_t check(ALA_handle_t in_handle, const char *in_operation, const char *in_line) {
-    return isValid(in_handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, in_line, in_operation);
+static ALA_retCode_t check(ALA_handle_t handle, const char *operation, const char *line) {
+    return isValid(handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, line, operation);
 }
 
 ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation) {

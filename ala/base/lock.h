@@ -6,7 +6,7 @@
 // Held if it could be taken.
 class Lock {
 public:
-    explicit Lock(THR_mutex_t &inoutp_mutex) : mutex(inoutp_mutex), locked(THR_LockMutex(&mutex) == 0) {}
+    explicit Lock(THR_mutex_t &givenMutex) : mutex(givenMutex), locked(THR_LockMutex(&mutex) == 0) {}
     ~Lock() { static_cast<void>(release()); }
     Lock(const Lock &) = delete;
     Lock &operator=(const Lock &) = delete;

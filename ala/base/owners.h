@@ -40,7 +40,7 @@ Owned<T> makeOwned() {
 // expression that holds the call, not before.
 class TextOut {
 public:
-    explicit TextOut(Malloced<char> &inoutp_owner) : owner(inoutp_owner) {}
+    explicit TextOut(Malloced<char> &givenOwner) : owner(givenOwner) {}
     ~TextOut() { owner.reset(text); }
     TextOut(const TextOut &) = delete;
     TextOut &operator=(const TextOut &) = delete;

@@ -12,10 +12,10 @@
 // entered.
 class FuncTrace {
 public:
-    explicit FuncTrace(const char *in_function, const char *in_file = __builtin_FILE(),
-                       std::int32_t in_line = __builtin_LINE()) {
+    explicit FuncTrace(const char *givenFunction, const char *givenFile = __builtin_FILE(),
+                       std::int32_t givenLine = __builtin_LINE()) {
         if (LOG_Wants(LOG_TRACE)) [[unlikely]]
-            enter(in_function, in_file, in_line);
+            enter(givenFunction, givenFile, givenLine);
     }
     ~FuncTrace() {
         if (function != nullptr) [[unlikely]]
@@ -25,10 +25,10 @@ public:
     FuncTrace &operator=(const FuncTrace &) = delete;
 
 private:
-    void enter(const char *in_function, const char *in_file, std::int32_t in_line) {
-        function = in_function;
-        file = in_file;
-        line = in_line;
+    void enter(const char *givenFunction, const char *givenFile, std::int32_t givenLine) {
+        function = givenFunction;
+        file = givenFile;
+        line = givenLine;
         LOG_CondFuncTrace(function, file, line, 1, 0);
     }
 

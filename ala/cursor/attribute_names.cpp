@@ -21,17 +21,17 @@ struct NodeRange {
 // list's address is that of all its memory.
 class NameBlock {
 public:
-    explicit NameBlock(std::size_t in_count) : count(in_count), free(in_count) {}
+    explicit NameBlock(std::size_t givenCount) : count(givenCount), free(givenCount) {}
 
-    // Adds a name in front of those that were added before.  inp_name: as for copyName.  False when memory
+    // Adds a name in front of those that were added before.  name: as for copyName.  False when memory
     // runs out.
-    bool add(const char *inp_name, std::size_t in_length) {
-        const std::size_t room = std::max(in_length + 1, kUsualName);
+    bool add(const char *name, std::size_t length) {
+        const std::size_t room = std::max(length + 1, kUsualName);
         if (used + room > capacity && !grow(used + room))
             return false;
         char *text = block.get() + used;
-        copyName(inp_name, in_length, text);
-        used += in_length + 1;
+        copyName(name, length, text);
+        used += length + 1;
         --free;
         nodes()[free] = {text, free + 1 < count ? &nodes()[free + 1] : nullptr};
         return true;
@@ -43,9 +43,9 @@ public:
 private:
     ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block.get()); }
 
-    [[gnu::noinline]] bool grow(std::size_t in_size) { // in line it would slow add() down
+    [[gnu::noinline]] bool grow(std::size_t size) { // in line it would slow add() down
         const std::size_t texts = count * sizeof(ALA_attrName);
-        const std::size_t wanted = std::max({in_size, texts + count * kUsualName, 2 * capacity});
+        const std::size_t wanted = std::max({size, texts + count * kUsualName, 2 * capacity});
         Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
         if (grown == nullptr)
             return false;
@@ -68,69 +68,67 @@ private:
 } // namespace
 
 // The nodes that the type selects, as far as the record has them.  False for an unknown type.
-static bool selectRange(const record &in_record, ALA_recAttrType_t in_type, NodeRange *outp_range) {
-    const std::uint64_t job = in_record.numJobAttr;
-    const std::uint64_t document = job + in_record.docAttrPerDoc;
-    switch (in_type) {
+static bool selectRange(const record &jobRecord, ALA_recAttrType_t type, NodeRange *range) {
+    const std::uint64_t job = jobRecord.numJobAttr;
+    const std::uint64_t document = job + jobRecord.docAttrPerDoc;
+    switch (type) {
     case ALA_JOB_AND_DOCUMENT_ATTRIBUTES:
-        *outp_range = {0, document};
+        *range = {0, document};
         break;
     case ALA_JOB_ATTRIBUTES:
-        *outp_range = {0, job};
+        *range = {0, job};
         break;
     case ALA_DOCUMENT_ATTRIBUTES:
-        *outp_range = {job, document};
+        *range = {job, document};
         break;
     default:
         return false;
     }
-    outp_range->end = std::min<std::uint64_t>(outp_range->end, in_record.numAttr);
+    range->end = std::min<std::uint64_t>(range->end, jobRecord.numAttr);
     return true;
 }
 
-static ALA_retCode_t setLocale(STF_l__hdr *in_status, ALA_handle_t in_handle, const char *inp_locale,
-                               const record &in_record) {
-    char *locale = const_cast<char *>(inp_locale);
-    const std::int32_t result = OID_SetLocale(in_status, &in_handle->oidHandle, &locale);
+static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const char *givenLocale,
+                               const record &jobRecord) {
+    char *locale = const_cast<char *>(givenLocale);
+    const std::int32_t result = OID_SetLocale(status, &handle->oidHandle, &locale);
     if (result == 0)
         return ALA_N_NORMAL;
     return ALA_FAIL(
         ALA_A_OID_ERROR,
         "OID_SetLocale failed for locale %s in ALA_ListAttributesFromRecord; oid status = 0x%X; decoid "
         "= %s; ALA_A_OID_ERROR",
-        inp_locale, static_cast<unsigned>(result), in_record.attrValList->decoid);
+        givenLocale, static_cast<unsigned>(result), jobRecord.attrValList->decoid);
 }
 
 // Looks a name up and remembers it.  0, or the failure of the OID database.
-static std::int32_t lookUpName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
-                               char *outp_name) {
-    std::int32_t result = ALA__FillOid(in_status, inoutp_node);
+static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, attrValNode *node, char *name) {
+    std::int32_t result = ALA__FillOid(status, node);
     if (result == 0)
-        result = OID_LookupBinary(in_status, in_handle->oidHandle, inoutp_node->oid, outp_name, 0);
+        result = OID_LookupBinary(status, handle->oidHandle, node->oid, name, 0);
     if (result == 0)
-        in_handle->columns.remember(inoutp_node->decoid, inoutp_node->column, outp_name);
+        handle->columns.remember(node->decoid, node->column, name);
     return result;
 }
 
 // Puts one name into the list.
-static ALA_retCode_t addName(STF_l__hdr *in_status, ALA_handle_t in_handle, attrValNode *inoutp_node,
-                             NameBlock &inoutp_names) {
+static ALA_retCode_t addName(STF_l__hdr *status, ALA_handle_t handle, attrValNode *node, NameBlock &names) {
     bool added = false;
-    const std::string_view known = in_handle->columns.recall(inoutp_node->decoid, inoutp_node->column);
+    const std::string_view known = handle->columns.recall(node->decoid, node->column);
     if (known.data() != nullptr) {
-        added = inoutp_names.add(known.data(), known.size());
+        added = names.add(known.data(), known.size());
     } else {
         char name[OID_NAME_SIZE];
-        const std::int32_t result = lookUpName(in_status, in_handle, inoutp_node, name);
+        const std::int32_t result = lookUpName(status, handle, node, name);
         if (result != 0) {
-            inoutp_node->oid = nullptr;
+            node->oid = nullptr;
             return ALA_FAIL(
                 ALA_A_OID_ERROR,
                 "OID_ConvertDecToBin or OID_LookupBinary failed in ALA_ListAttributesFromRecord; oid "
                 "status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
-                static_cast<unsigned>(result), inoutp_node->decoid);
+                static_cast<unsigned>(result), node->decoid);
         }
-        added = inoutp_names.add(name, std::strlen(name));
+        added = names.add(name, std::strlen(name));
     }
     if (!added)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for attrName in "

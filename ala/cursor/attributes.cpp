@@ -14,40 +14,37 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
 }
 
 // Renders one value, or the lack of any, into the pair.
-static ALA_retCode_t deliverValue(ALA_handle_t in_handle, const attrValNode &in_node,
-                                  std::string_view in_knownName, void *in_value,
-                                  AS_attrValDesc_t in_description, const char *inp_locale,
-                                  ALA_attrPair **outp_attribute) {
-    const ALA_retCode_t result = ALA__GetNamedAttribute(&in_node, in_knownName, in_value, in_description,
-                                                        inp_locale, &in_handle->oidHandle, outp_attribute);
+static ALA_retCode_t deliverValue(ALA_handle_t handle, const attrValNode &node, std::string_view knownName,
+                                  void *value, AS_attrValDesc_t description, const char *locale,
+                                  ALA_attrPair **attribute) {
+    const ALA_retCode_t result =
+        ALA__GetNamedAttribute(&node, knownName, value, description, locale, &handle->oidHandle, attribute);
     if (result != ALA_N_NORMAL)
-        ++in_handle->valuesPassedOver;
+        ++handle->valuesPassedOver;
     return result;
 }
 
 // Renders the values in turn.  The last one's result counts; that of an earlier one shows as a missing value.
-static ALA_retCode_t deliverValues(STF_l__hdr *in_status, ALA_handle_t in_handle, const attrValNode *inp_node,
-                                   std::string_view in_knownName, const char *inp_locale,
-                                   const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
-                                   bool *outp_complete) {
+static ALA_retCode_t deliverValues(STF_l__hdr *status, ALA_handle_t handle, const attrValNode *node,
+                                   std::string_view knownName, const char *locale, const CursorTexts &texts,
+                                   ALA_attrPair **attribute, bool *complete) {
     ALA_retCode_t result = ALA_N_NORMAL;
-    for (std::uint32_t i = 0; i < inp_node->numAttrVal; ++i) {
-        const GEN_string &packed = inp_node->attrVals[i];
+    for (std::uint32_t i = 0; i < node->numAttrVal; ++i) {
+        const GEN_string &packed = node->attrVals[i];
         void *value = nullptr;
         AS_attrValDesc_t description = {};
-        if (ODP_UnpackAV(in_status, packed.length, packed._value, inp_node->attrValType, &value,
-                         &description) != 0) {
-            ++in_handle->valuesPassedOver;
+        if (ODP_UnpackAV(status, packed.length, packed._value, node->attrValType, &value, &description) !=
+            0) {
+            ++handle->valuesPassedOver;
             return ALA_FAIL(ALA_A_ODPUNPACK_ERROR,
                             "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
-                            static_cast<std::int32_t>(inp_node->attrValType), in_texts.operation);
+                            static_cast<std::int32_t>(node->attrValType), texts.operation);
         }
-        result =
-            deliverValue(in_handle, *inp_node, in_knownName, value, description, inp_locale, outp_attribute);
+        result = deliverValue(handle, *node, knownName, value, description, locale, attribute);
     }
-    if (inp_node->numAttrVal == 0)
-        result = deliverValue(in_handle, *inp_node, in_knownName, nullptr, {}, inp_locale, outp_attribute);
-    *outp_complete = true;
+    if (node->numAttrVal == 0)
+        result = deliverValue(handle, *node, knownName, nullptr, {}, locale, attribute);
+    *complete = true;
     return result;
 }
 
@@ -94,14 +91,13 @@ template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, docRecord **, const Cursor
 // Delivers the node at the cursor's index.  The cursor stands on it only once its rendering has reached its
 // end.
 template <class Record>
-static ALA_retCode_t deliverAtIndex(ALA_handle_t in_handle, Record *inoutp_record, const char *inp_locale,
-                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute) {
-    attrValNode *node = inoutp_record->attrValList + inoutp_record->index;
+static ALA_retCode_t deliverAtIndex(ALA_handle_t handle, Record *record, const char *locale,
+                                    const CursorTexts &texts, ALA_attrPair **attribute) {
+    attrValNode *node = record->attrValList + record->index;
     bool complete = false;
-    const ALA_retCode_t result =
-        ALA__DeliverAttribute(in_handle, node, inp_locale, in_texts, outp_attribute, &complete);
+    const ALA_retCode_t result = ALA__DeliverAttribute(handle, node, locale, texts, attribute, &complete);
     if (complete)
-        inoutp_record->curAttr = node;
+        record->curAttr = node;
     return result;
 }
 
@@ -120,58 +116,57 @@ constexpr CursorTexts kNextFromDoc = {"ALA_GetNextAttrFromDoc",
 
 // What all four do: the checks, the move of the cursor, and the delivery of the node that it moved to.
 template <class Record, class Move>
-static ALA_retCode_t moveAndDeliver(ALA_handle_t in_handle, Record **inoutp_curRecord, const char *inp_locale,
-                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
-                                    Move in_move) {
-    *outp_attribute = nullptr;
-    ALA_retCode_t result = ALA__CheckRecord(in_handle, inoutp_curRecord, in_texts);
+static ALA_retCode_t moveAndDeliver(ALA_handle_t handle, Record **curRecord, const char *locale,
+                                    const CursorTexts &texts, ALA_attrPair **attribute, Move move) {
+    *attribute = nullptr;
+    ALA_retCode_t result = ALA__CheckRecord(handle, curRecord, texts);
     if (result == ALA_N_NORMAL)
-        result = in_move(*inoutp_curRecord);
+        result = move(*curRecord);
     if (result == ALA_N_NORMAL)
-        result = deliverAtIndex(in_handle, *inoutp_curRecord, inp_locale, in_texts, outp_attribute);
+        result = deliverAtIndex(handle, *curRecord, locale, texts, attribute);
     return result;
 }
 
 // Moves to the next node if the cursor was started and there is one.
 template <class Record>
-static bool advance(Record *inoutp_record, std::uint32_t in_count) {
+static bool advance(Record *record, std::uint32_t count) {
     // Past the end the index stops rising where it could wrap.
-    if (inoutp_record->curAttr == nullptr || inoutp_record->index == UINT32_MAX)
+    if (record->curAttr == nullptr || record->index == UINT32_MAX)
         return false;
-    return ++inoutp_record->index < in_count;
+    return ++record->index < count;
 }
 
-static ALA_retCode_t moveToFirst(record *inoutp_job) {
-    inoutp_job->curAttr = inoutp_job->attrValList;
-    inoutp_job->index = 0;
-    inoutp_job->docIndex = 0;
+static ALA_retCode_t moveToFirst(record *job) {
+    job->curAttr = job->attrValList;
+    job->index = 0;
+    job->docIndex = 0;
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t moveToNext(record *inoutp_job) {
-    if (!advance(inoutp_job, inoutp_job->numAttr))
+static ALA_retCode_t moveToNext(record *job) {
+    if (!advance(job, job->numAttr))
         return ALA_FAIL(ALA_A_LAST_ATTRIBUTE,
                         "record->curAttr is NULL or (++(record->index)>=record->numAttr) in "
                         "ALA_GetNextAttrFromJob; ALA_A_LAST_ATTRIBUTE");
-    if (inoutp_job->index >= inoutp_job->numJobAttr)
+    if (job->index >= job->numJobAttr)
         return ALA_FAIL(ALA_A_NO_MORE_JOB_ATTR,
                         "record->index>=record->numJobAttr in ALA_GetNextAttrFromJob; "
                         "ALA_A_NO_MORE_JOB_ATTR");
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t moveToFirst(docRecord *inoutp_document) {
-    inoutp_document->index = 0;
-    if (inoutp_document->numDocAttr == 0) {
+static ALA_retCode_t moveToFirst(docRecord *document) {
+    document->index = 0;
+    if (document->numDocAttr == 0) {
         ALA_DETAIL("record->numDocAttr is 0 in ALA_GetFirstAttrFromDoc; ALA_A_LAST_ATTRIBUTE");
         return ALA_A_LAST_ATTRIBUTE;
     }
-    inoutp_document->curAttr = inoutp_document->attrValList;
+    document->curAttr = document->attrValList;
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t moveToNext(docRecord *inoutp_document) {
-    if (advance(inoutp_document, inoutp_document->numDocAttr))
+static ALA_retCode_t moveToNext(docRecord *document) {
+    if (advance(document, document->numDocAttr))
         return ALA_N_NORMAL;
     ALA_DETAIL(
         "record->curAttr is NULL or (++(record->index)>=record->numDocAttr) in ALA_GetNextAttrFromDoc; "
@@ -183,26 +178,26 @@ ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *i
                                       const char *inp_locale, ALA_attrPair **outp_attribute) {
     const FuncTrace trace(kFirstFromJob.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kFirstFromJob, outp_attribute,
-                          [](record *inoutp_record) { return moveToFirst(inoutp_record); });
+                          [](record *jobRecord) { return moveToFirst(jobRecord); });
 }
 
 ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
     const FuncTrace trace(kNextFromJob.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromJob, outp_attribute,
-                          [](record *inoutp_record) { return moveToNext(inoutp_record); });
+                          [](record *jobRecord) { return moveToNext(jobRecord); });
 }
 
 ALA_retCode_t ALA_GetFirstAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
                                       const char *inp_locale, ALA_attrPair **outp_attribute) {
     const FuncTrace trace(kFirstFromDoc.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kFirstFromDoc, outp_attribute,
-                          [](docRecord *inoutp_record) { return moveToFirst(inoutp_record); });
+                          [](docRecord *record) { return moveToFirst(record); });
 }
 
 ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *inoutp_curRecord,
                                      const char *inp_locale, ALA_attrPair **outp_attribute) {
     const FuncTrace trace(kNextFromDoc.operation);
     return moveAndDeliver(in_alaHandle, inoutp_curRecord, inp_locale, kNextFromDoc, outp_attribute,
-                          [](docRecord *inoutp_record) { return moveToNext(inoutp_record); });
+                          [](docRecord *record) { return moveToNext(record); });
 }

@@ -9,81 +9,78 @@
 #include "ala/base/trace.h"
 
 // Deep copies in the document's own memory.  False when memory runs out.
-static bool copyNode(const attrValNode &in_source, RecordMemory &inoutp_memory, attrValNode *outp_copy) {
-    *outp_copy = in_source;
-    if (in_source.oid != nullptr)
-        outp_copy->oid = outp_copy->oidBytes;
-    if (in_source.attrVals == nullptr)
+static bool copyNode(const attrValNode &source, RecordMemory &memory, attrValNode *copy) {
+    *copy = source;
+    if (source.oid != nullptr)
+        copy->oid = copy->oidBytes;
+    if (source.attrVals == nullptr)
         return true;
-    const std::size_t count = in_source.numAttrVal;
-    outp_copy->attrVals = static_cast<GEN_string *>(inoutp_memory.allocate(count * sizeof(GEN_string)));
-    if (outp_copy->attrVals == nullptr)
+    const std::size_t count = source.numAttrVal;
+    copy->attrVals = static_cast<GEN_string *>(memory.allocate(count * sizeof(GEN_string)));
+    if (copy->attrVals == nullptr)
         return false;
     for (std::size_t i = 0; i < count; ++i) {
-        const GEN_string &value = in_source.attrVals[i];
+        const GEN_string &value = source.attrVals[i];
         const auto length = static_cast<std::size_t>(value.length);
-        auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocateBytes(length));
+        auto *bytes = static_cast<std::uint8_t *>(memory.allocateBytes(length));
         if (bytes == nullptr)
             return false;
         std::memcpy(bytes, value._value, length);
-        outp_copy->attrVals[i] = {value.length, bytes};
+        copy->attrVals[i] = {value.length, bytes};
     }
     return true;
 }
 
-static ALA_retCode_t noMemoryForList(const char *in_operation) {
+static ALA_retCode_t noMemoryForList(const char *operation) {
     return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                     "Could not allocate memory for docRecord->attrValList in %s; ALA_A_OUT_OF_MEMORY",
-                    in_operation);
+                    operation);
 }
 
 // The document of that number, counted from 0.  Its last nodes are missing if the record ends before them.
-static ALA_retCode_t copyDocument(record *inoutp_record, std::uint32_t in_number, const char *in_operation,
-                                  ALA_dRecord_t *outp_docRecord) {
+static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t givenNumber, const char *operation,
+                                  ALA_dRecord_t *givenDocRecord) {
     Owned<docRecord> document = makeOwned<docRecord>();
     if (document == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
-                        "Could not allocate memory for docRecord in %s; ALA_A_OUT_OF_MEMORY", in_operation);
-    const std::uint64_t start =
-        inoutp_record->numJobAttr + std::uint64_t{in_number} * inoutp_record->docAttrPerDoc;
-    const std::uint64_t left = inoutp_record->numAttr - start;
-    const auto count =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(inoutp_record->docAttrPerDoc, left));
+                        "Could not allocate memory for docRecord in %s; ALA_A_OUT_OF_MEMORY", operation);
+    const std::uint64_t start = jobRecord->numJobAttr + std::uint64_t{givenNumber} * jobRecord->docAttrPerDoc;
+    const std::uint64_t left = jobRecord->numAttr - start;
+    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(jobRecord->docAttrPerDoc, left));
     document->attrValList = static_cast<attrValNode *>(
         document->memory.allocate(std::max<std::size_t>(count, 1) * sizeof(attrValNode)));
     if (document->attrValList == nullptr)
-        return noMemoryForList(in_operation);
+        return noMemoryForList(operation);
     for (; document->numDocAttr < count; ++document->numDocAttr) {
         const std::uint32_t number = document->numDocAttr;
         attrValNode *copy = &document->attrValList[number];
-        if (!copyNode(inoutp_record->attrValList[start + number], document->memory, copy))
-            return noMemoryForList(in_operation);
-        copy->column = ColumnStamp(inoutp_record->numJobAttr + number);
+        if (!copyNode(jobRecord->attrValList[start + number], document->memory, copy))
+            return noMemoryForList(operation);
+        copy->column = ColumnStamp(jobRecord->numJobAttr + number);
     }
-    ++inoutp_record->docIndex;
-    *outp_docRecord = document.release();
+    ++jobRecord->docIndex;
+    *givenDocRecord = document.release();
     return ALA_N_NORMAL;
 }
 
 namespace {
 
-// Has the record got any documents?  No: *outp_none is set and the result is the operation's.
-ALA_retCode_t checkDocuments(ALA_handle_t in_handle, ALA_record_t *inoutp_curRecord,
-                             const CursorTexts &in_texts, bool *outp_none) {
-    *outp_none = false;
-    if (const ALA_retCode_t valid = ALA__CheckRecord(in_handle, inoutp_curRecord, in_texts);
-        valid != ALA_N_NORMAL)
+// Has the record got any documents?  No: *none is set and the result is the operation's.
+ALA_retCode_t checkDocuments(ALA_handle_t handle, ALA_record_t *curRecord, const CursorTexts &texts,
+                             bool *none) {
+    *none = false;
+    if (const ALA_retCode_t valid = ALA__CheckRecord(handle, curRecord, texts); valid != ALA_N_NORMAL)
         return valid;
-    const record *job = *inoutp_curRecord;
+    const record *job = *curRecord;
     if (job->numAttr == job->numJobAttr) {
         ALA_DETAIL(
             "There are no document attributes in this job record; numAttr = numJobAttr; in %s; ALA_N_NORMAL",
-            in_texts.operation);
-        *outp_none = true;
+            texts.operation);
+        *none = true;
     } else if (job->numAttr < job->numJobAttr) {
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "numAttr (%d) < numJobAttr (%d) in %s; ALA_A_UNKNOWN_ERR",
                         static_cast<std::int32_t>(job->numAttr), static_cast<std::int32_t>(job->numJobAttr),
-                        in_texts.operation);
+                        texts.operation);
     }
     return ALA_N_NORMAL;
 }

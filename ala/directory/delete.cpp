@@ -11,9 +11,9 @@
 #include "ala/driver.h"
 #include "service/system.h"
 
-static ALA_retCode_t refuseToday(const ALA_time *inp_date) {
+static ALA_retCode_t refuseToday(const ALA_time *date) {
     std::int32_t isToday = 0;
-    if (ALA__IsTodaysDate(inp_date, &isToday) != ALA_N_NORMAL)
+    if (ALA__IsTodaysDate(date, &isToday) != ALA_N_NORMAL)
         return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME,
                         "GENU_GetCurrentTime failed in ALA_Delete; ALA_A_FAIL_TO_GET_TIME");
     if (isToday == 0)
@@ -21,23 +21,22 @@ static ALA_retCode_t refuseToday(const ALA_time *inp_date) {
     return ALA_FAIL(ALA_A_TRY_TO_DELETE_CUR_DAY_LOG,
                     "Trying to delete current day's file, year: %d, month: %d, day: %din ALA_Delete; "
                     "ALA_A_TRY_TO_DELETE_CUR_DAY_LOG",
-                    inp_date->year, inp_date->month, inp_date->day);
+                    date->year, date->month, date->day);
 }
 
 // The checks of a deletion, and the path of what is to go.
-static ALA_retCode_t pathToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
-                                  Malloced<char> &outp_path) {
-    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
+static ALA_retCode_t pathToDelete(ALA_handle_t alaHandle, const ALA_time *date, Malloced<char> &givenPath) {
+    if (const ALA_retCode_t valid = ALA__CheckHandle(alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
         return valid;
-    if (inp_date == nullptr)
+    if (date == nullptr)
         return ALA_FAIL(ALA_A_INVALID_ARG, "inp_date is NULL in ALA_Delete; ALA_A_INVALID_ARG");
-    const Malloced<char> path = ALA__DatedLogPath(in_alaHandle->acctLogPath, in_alaHandle->svrName, inp_date);
+    const Malloced<char> path = ALA__DatedLogPath(alaHandle->acctLogPath, alaHandle->svrName, date);
     if (path == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for logName in ALA_Delete; ALA_A_OUT_OF_MEMORY");
-    if (const ALA_retCode_t result = refuseToday(inp_date); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = refuseToday(date); result != ALA_N_NORMAL)
         return result;
-    if (!ALA__ConvertPath(path.get(), outp_path))
+    if (!ALA__ConvertPath(path.get(), givenPath))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Delete; ALA_A_UNKNOWN_ERR");
     return ALA_N_NORMAL;
 }
@@ -58,93 +57,89 @@ ALA_retCode_t ALA_Delete(ALA_handle_t in_alaHandle, const ALA_time *inp_date) {
 // ---- Of a log that was read ----
 
 // Why the file of that name has to stay; null if it is the one that was read and holds nothing else.
-static const char *difference(const char *inp_path, const ALA__readLog &in_read) {
+static const char *difference(const char *path, const ALA__readLog &read) {
     OS_fileIdentity present = {};
     // Of the name itself: behind a symbolic link there is another file than the one to be removed.
-    if (OS_IdentifyName(inp_path, &present) != 0 || !OS_IsSameFile(present, in_read.identity))
+    if (OS_IdentifyName(path, &present) != 0 || !OS_IsSameFile(present, read.identity))
         return "it is not the file that was read";
-    if (present.size != in_read.end)
+    if (present.size != read.end)
         return "it is not as long as what was read of it";
     // While it grew something else may have been written over, too.
-    return present.modified != in_read.identity.modified ? "it was written to since it was opened" : nullptr;
+    return present.modified != read.identity.modified ? "it was written to since it was opened" : nullptr;
 }
 
 // The same before the name is moved, which is itself a change.  So is the name of its day that the server
 // gave it, if it was opened under that of the day in progress.
-static const char *differenceInPlace(const char *inp_path, const ALA__readLog &in_read) {
-    if (const char *why = difference(inp_path, in_read); why != nullptr)
+static const char *differenceInPlace(const char *path, const ALA__readLog &read) {
+    if (const char *why = difference(path, read); why != nullptr)
         return why;
     OS_fileIdentity present = {};
-    if (OS_IdentifyDescriptor(in_read.file.get(), &present) != 0)
+    if (OS_IdentifyDescriptor(read.file.get(), &present) != 0)
         return "it cannot be looked at";
-    const bool sameName = std::strcmp(inp_path, in_read.path.get()) == 0;
-    return sameName && present.changed != in_read.identity.changed ? "it was changed since it was opened"
-                                                                   : nullptr;
+    const bool sameName = std::strcmp(path, read.path.get()) == 0;
+    return sameName && present.changed != read.identity.changed ? "it was changed since it was opened"
+                                                                : nullptr;
 }
 
-static void tellLeftAside(const char *inp_path, const char *inp_aside, const char *in_why,
-                          ALA__deletion &inout_deletion) {
-    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s stays under the name %s: %s", inp_path, inp_aside,
-                    in_why);
-    inout_deletion.leftAside(inp_aside, in_why);
+static void tellLeftAside(const char *path, const char *aside, const char *why, ALA__deletion &deletion) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s stays under the name %s: %s", path, aside, why);
+    deletion.leftAside(aside, why);
 }
 
-static bool putBack(const char *inp_path, const char *inp_aside, ALA__deletion &inout_deletion) {
-    const int moved = OS_MoveName(inp_aside, inp_path);
+static bool putBack(const char *path, const char *aside, ALA__deletion &deletion) {
+    const int moved = OS_MoveName(aside, path);
     if (moved != OS_DONE)
-        tellLeftAside(inp_path, inp_aside,
-                      moved == OS_TAKEN ? "another file has its own name" : std::strerror(errno),
-                      inout_deletion);
+        tellLeftAside(path, aside, moved == OS_TAKEN ? "another file has its own name" : std::strerror(errno),
+                      deletion);
     return moved == OS_DONE;
 }
 
-static ALA_retCode_t keep(const char *inp_path, const char *in_why, std::int32_t *outp_kept) {
-    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not deleted: %s", inp_path, in_why);
-    *outp_kept = 1;
+static ALA_retCode_t keep(const char *path, const char *why, std::int32_t *kept) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not deleted: %s", path, why);
+    *kept = 1;
     return ALA_N_NORMAL;
 }
 
 // Why what is behind the private name has to stay, or null.  From the hold on nobody else opens it to write.
-static const char *differenceAside(const char *inp_aside, const ALA__readLog &in_read,
-                                   ALA__deletion &inout_deletion) {
-    if (OS_HoldAgainstWriters(in_read.file.get()) == OS_TAKEN)
+static const char *differenceAside(const char *aside, const ALA__readLog &read, ALA__deletion &deletion) {
+    if (OS_HoldAgainstWriters(read.file.get()) == OS_TAKEN)
         return "another program has it open for writing";
-    const char *why = difference(inp_aside, in_read);
-    return why != nullptr ? why : inout_deletion.objection();
+    const char *why = difference(aside, read);
+    return why != nullptr ? why : deletion.objection();
 }
 
 // A name can be given to another file at any time.  Under the private one nobody else does, so that what is
 // seen there is what is removed.
-static ALA_retCode_t removeRead(const char *inp_path, const char *inp_aside, const ALA__readLog &in_read,
-                                ALA__deletion &inout_deletion, std::int32_t *outp_kept) {
+static ALA_retCode_t removeRead(const char *path, const char *aside, const ALA__readLog &read,
+                                ALA__deletion &deletion, std::int32_t *kept) {
     OS_fileIdentity present = {};
     // A file that is missing now may be there in a moment, and would then be one that nobody read.
-    if (OS_IdentifyName(inp_path, &present) != 0)
+    if (OS_IdentifyName(path, &present) != 0)
         return failToUnlink();
-    if (const char *why = differenceInPlace(inp_path, in_read); why != nullptr)
-        return keep(inp_path, why, outp_kept);
-    switch (OS_MoveName(inp_path, inp_aside)) {
+    if (const char *why = differenceInPlace(path, read); why != nullptr)
+        return keep(path, why, kept);
+    switch (OS_MoveName(path, aside)) {
     case OS_DONE:
         break;
     case OS_TAKEN:
-        return keep(inp_path, "the name that it has while it is deleted is taken", outp_kept);
+        return keep(path, "the name that it has while it is deleted is taken", kept);
     default:
         if (errno == EINVAL || errno == ENOSYS)
-            return keep(inp_path, "its file system cannot give it another name safely", outp_kept);
+            return keep(path, "its file system cannot give it another name safely", kept);
         return failToUnlink();
     }
-    const char *why = differenceAside(inp_aside, in_read, inout_deletion);
+    const char *why = differenceAside(aside, read, deletion);
     if (why == nullptr) {
-        ALA_DETAIL("Unlinking %s", inp_path);
-        if (_unlink(inp_aside) == 0)
+        ALA_DETAIL("Unlinking %s", path);
+        if (_unlink(aside) == 0)
             return ALA_N_NORMAL;
     }
-    const bool isBack = putBack(inp_path, inp_aside, inout_deletion);
+    const bool isBack = putBack(path, aside, deletion);
     if (why == nullptr)
         return failToUnlink();
     if (!isBack)
-        *outp_kept = 1;
-    return isBack ? keep(inp_path, why, outp_kept) : ALA_N_NORMAL;
+        *kept = 1;
+    return isBack ? keep(path, why, kept) : ALA_N_NORMAL;
 }
 
 ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
@@ -164,8 +159,8 @@ ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_dat
 
 // ---- Logs under either name ----
 
-static bool isAside(std::string_view in_tail) {
-    return in_tail.ends_with(kAside) && in_tail.size() <= kLongestTail + kAside.size();
+static bool isAside(std::string_view tail) {
+    return tail.ends_with(kAside) && tail.size() <= kLongestTail + kAside.size();
 }
 
 namespace {
@@ -173,14 +168,14 @@ namespace {
 // What a run that ended early left.
 class LogsAside final : public EntryVisitor {
 public:
-    LogsAside(const char *inp_directory, ALA__deletion &inout_deletion)
-        : directory(inp_directory), deletion(inout_deletion) {}
+    LogsAside(const char *givenDirectory, ALA__deletion &givenDeletion)
+        : directory(givenDirectory), deletion(givenDeletion) {}
 
-    ALA_retCode_t visit(const FoundEntry &in_entry) override {
-        if (!isAside(in_entry.tail))
+    ALA_retCode_t visit(const FoundEntry &entry) override {
+        if (!isAside(entry.tail))
             return ALA_N_NORMAL;
-        const Malloced<char> aside = ALA__PathInDirectory(directory, in_entry.name);
-        const Malloced<char> path = ALA__PathInDirectory(directory, in_entry.name);
+        const Malloced<char> aside = ALA__PathInDirectory(directory, entry.name);
+        const Malloced<char> path = ALA__PathInDirectory(directory, entry.name);
         if (aside == nullptr || path == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to look for logs that were about to be deleted");
         path.get()[std::strlen(path.get()) - kAside.size()] = '\0';
@@ -190,21 +185,21 @@ public:
 
 private:
     // The lock tells a run that still lives, and keeps the next one off.
-    void putBackIfLeft(const char *inp_path, const char *inp_aside) {
+    void putBackIfLeft(const char *path, const char *aside) {
         OS_fileIdentity named = {};
-        if (OS_IdentifyName(inp_aside, &named) != 0 || !named.regular)
+        if (OS_IdentifyName(aside, &named) != 0 || !named.regular)
             return; // another run has finished with it just now, or it never was a log
-        const Descriptor file(SYSU_Open(inp_aside, 0));
+        const Descriptor file(SYSU_Open(aside, 0));
         const int locked = file.isOpen() ? OS_LockFile(file.get()) : OS_REFUSED;
         if (locked == OS_REFUSED && errno != ENOENT)
-            return tellLeftAside(inp_path, inp_aside, std::strerror(errno), deletion);
+            return tellLeftAside(path, aside, std::strerror(errno), deletion);
         OS_fileIdentity held = {};
         if (locked != OS_DONE || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
-            OS_IdentifyName(inp_aside, &named) != 0 || !OS_IsSameFile(held, named))
+            OS_IdentifyName(aside, &named) != 0 || !OS_IsSameFile(held, named))
             return; // another run is at it
-        if (putBack(inp_path, inp_aside, deletion))
+        if (putBack(path, aside, deletion))
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
-                            "%s has its name back, which a run that ended early had taken", inp_path);
+                            "%s has its name back, which a run that ended early had taken", path);
     }
 
     const char *directory;
@@ -213,13 +208,13 @@ private:
 
 class FileAmongLogs final : public EntryVisitor {
 public:
-    FileAmongLogs(const char *inp_directory, const OS_fileIdentity &in_file)
-        : directory(inp_directory), file(in_file) {}
+    FileAmongLogs(const char *givenDirectory, const OS_fileIdentity &givenFile)
+        : directory(givenDirectory), file(givenFile) {}
 
-    ALA_retCode_t visit(const FoundEntry &in_entry) override {
-        if (std::strlen(in_entry.tail) > kLongestTail && !isAside(in_entry.tail))
+    ALA_retCode_t visit(const FoundEntry &entry) override {
+        if (std::strlen(entry.tail) > kLongestTail && !isAside(entry.tail))
             return ALA_N_NORMAL;
-        const Malloced<char> path = ALA__PathInDirectory(directory, in_entry.name);
+        const Malloced<char> path = ALA__PathInDirectory(directory, entry.name);
         OS_fileIdentity log = {};
         isFound |= path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file);
         return ALA_N_NORMAL;
@@ -236,12 +231,12 @@ private:
 
 // What keeps the directory from being read is told by the listing.
 template <class Visitor, class Subject>
-static Visitor visitServer(ALA_handle_t in_alaHandle, Subject &inout_subject) {
+static Visitor visitServer(ALA_handle_t alaHandle, Subject &subject) {
     Malloced<char> path;
-    const Malloced<char> prefix(_ALA_AddChar(in_alaHandle->svrName, "."));
-    const bool isConverted = prefix != nullptr && ALA__ConvertPath(in_alaHandle->acctLogPath, path);
+    const Malloced<char> prefix(_ALA_AddChar(alaHandle->svrName, "."));
+    const bool isConverted = prefix != nullptr && ALA__ConvertPath(alaHandle->acctLogPath, path);
     const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
-    Visitor visitor(path.get(), inout_subject);
+    Visitor visitor(path.get(), subject);
     if (directory != nullptr)
         static_cast<void>(visitEntries(directory.get(), path.get(), prefix.get(), visitor));
     return visitor;

@@ -27,13 +27,13 @@ namespace {
 
 template <class List, ALA_retCode_t (*Free)(List **)>
 struct ListDeleter {
-    void operator()(List *inp_list) const { Free(&inp_list); }
+    void operator()(List *list) const { Free(&list); }
 };
 using DateList = std::unique_ptr<dateNode, ListDeleter<dateNode, ALA_FreeDateList>>;
 using NameList = std::unique_ptr<ALA_name, ListDeleter<ALA_name, ALA_FreeNameList>>;
 
 struct NameNodeDeleter {
-    void operator()(nameNode *inp_list) const { ALA__FreeNameNodeList(&inp_list); }
+    void operator()(nameNode *list) const { ALA__FreeNameNodeList(&list); }
 };
 using NameNodeList = std::unique_ptr<nameNode, NameNodeDeleter>;
 
@@ -44,12 +44,12 @@ namespace {
 // Keeps the oldest log; of two logs of one date the one seen first.
 class OldestLog final : public LogVisitor {
 public:
-    ALA_retCode_t visit(const FoundLog &in_log) override {
+    ALA_retCode_t visit(const FoundLog &log) override {
         const bool first = name == nullptr;
-        if (!first && in_log.date >= date)
+        if (!first && log.date >= date)
             return ALA_N_NORMAL;
-        date = in_log.date;
-        name.reset(_strdup(in_log.name));
+        date = log.date;
+        name.reset(_strdup(log.name));
         if (name != nullptr)
             return ALA_N_NORMAL;
         return first ? ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", kOldestRules.noMemory)
@@ -64,12 +64,12 @@ public:
 // Puts every log at the head of a list.
 class LogList final : public LogVisitor {
 public:
-    ALA_retCode_t visit(const FoundLog &in_log) override {
+    ALA_retCode_t visit(const FoundLog &log) override {
         Malloced<nameNode> node = makeZeroed<nameNode>();
-        Malloced<char> logName(_strdup(in_log.name));
+        Malloced<char> logName(_strdup(log.name));
         if (node == nullptr || logName == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", kSortedRules.noMemory);
-        *node = {logName.release(), in_log.date, list.release()};
+        *node = {logName.release(), log.date, list.release()};
         list.reset(node.release());
         return ALA_N_NORMAL;
     }
@@ -138,10 +138,10 @@ void ALA__FreeNameNodeList(nameNode **inoutp_list) {
     }
 }
 
-static ALA_time dateFromNumber(std::int32_t in_number) {
-    const std::int32_t year = in_number / 10000;
-    const std::int32_t month = (in_number - year * 10000) / 100;
-    const std::int32_t day = in_number - (year * 100 + month) * 100;
+static ALA_time dateFromNumber(std::int32_t number) {
+    const std::int32_t year = number / 10000;
+    const std::int32_t month = (number - year * 10000) / 100;
+    const std::int32_t day = number - (year * 100 + month) * 100;
     return {static_cast<std::int16_t>(year), static_cast<std::int16_t>(month),
             static_cast<std::int16_t>(day)};
 }

@@ -6,10 +6,10 @@
 
 #include "service/system.h"
 
-__attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const char *in_format, ...) {
+__attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const char *givenFormat, ...) {
     std::va_list values;
-    va_start(values, in_format);
-    const int length = std::vsnprintf(nullptr, 0, in_format, values);
+    va_start(values, givenFormat);
+    const int length = std::vsnprintf(nullptr, 0, givenFormat, values);
     va_end(values);
     if (length < 0)
         return nullptr;
@@ -17,8 +17,8 @@ __attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const cha
     Malloced<char> path(static_cast<char *>(std::malloc(size)));
     if (path == nullptr)
         return nullptr;
-    va_start(values, in_format);
-    std::vsnprintf(path.get(), size, in_format, values);
+    va_start(values, givenFormat);
+    std::vsnprintf(path.get(), size, givenFormat, values);
     va_end(values);
     return path;
 }

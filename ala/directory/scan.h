@@ -17,21 +17,20 @@ struct FoundEntry {
 
 class EntryVisitor {
 public:
-    virtual ALA_retCode_t visit(const FoundEntry &in_entry) = 0;
+    virtual ALA_retCode_t visit(const FoundEntry &entry) = 0;
 
 protected:
     ~EntryVisitor() = default;
 };
 
 struct DirectoryCloser {
-    void operator()(SYSU_dir *in_directory) const { SYSU_Closedir(in_directory); }
+    void operator()(SYSU_dir *directory) const { SYSU_Closedir(directory); }
 };
 using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
 
 // Visits the entries of an open directory, whose path is for the log alone, until a visit gives a code other
 // than ALA_N_NORMAL, which is then the result.
-ALA_retCode_t visitEntries(SYSU_dir *in_directory, const char *inp_path, const char *inp_prefix,
-                           EntryVisitor &inoutp_visitor);
+ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix, EntryVisitor &visitor);
 
 // The longest tail of a log's name.
 constexpr std::size_t kLongestTail = 8;
@@ -54,7 +53,7 @@ struct ScanRules {
 
 class LogVisitor {
 public:
-    virtual ALA_retCode_t visit(const FoundLog &in_log) = 0;
+    virtual ALA_retCode_t visit(const FoundLog &log) = 0;
 
 protected:
     ~LogVisitor() = default;
@@ -62,5 +61,5 @@ protected:
 
 // Visits the server's logs in the directory's order until a visit gives a code other than ALA_N_NORMAL, which
 // is then the result.
-ALA_retCode_t scanLogs(const char *inp_svrName, const char *inp_acctLogPath, const ScanRules &in_rules,
-                       LogVisitor &inoutp_visitor);
+ALA_retCode_t scanLogs(const char *svrName, const char *acctLogPath, const ScanRules &rules,
+                       LogVisitor &visitor);

@@ -4,25 +4,25 @@
 
 #include <arpa/inet.h>
 
-bool LogInput::readBehind(void *outp_bytes, std::size_t in_size) {
-    const int got = _read(fd, outp_bytes, static_cast<unsigned>(in_size));
+bool LogInput::readBehind(void *bytes, std::size_t size) {
+    const int got = _read(fd, bytes, static_cast<unsigned>(size));
     if (got > 0)
         taken += got;
-    nothingLeft = got == 0 && in_size != 0;
-    return got > 0 && static_cast<std::size_t>(got) == in_size;
+    nothingLeft = got == 0 && size != 0;
+    return got > 0 && static_cast<std::size_t>(got) == size;
 }
 
-bool LogInput::readNetWord(std::uint32_t *outp_word) {
+bool LogInput::readNetWord(std::uint32_t *givenWord) {
     std::uint32_t word = 0;
     const bool whole = read(&word, sizeof word);
-    *outp_word = ntohl(word);
+    *givenWord = ntohl(word);
     return whole;
 }
 
-std::uint32_t growRoom(std::uint32_t in_count, std::uint32_t in_trusted, std::uint32_t in_room) {
+std::uint32_t growRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t givenRoom) {
     constexpr std::uint32_t kGrowth = 4;
-    const std::uint64_t most = std::max<std::uint64_t>(in_trusted, std::uint64_t{kGrowth} * in_room);
-    std::uint32_t room = in_count;
+    const std::uint64_t most = std::max<std::uint64_t>(trusted, std::uint64_t{kGrowth} * givenRoom);
+    std::uint32_t room = count;
     while (room > most)
         room = room / kGrowth + 1;
     return room;

@@ -26,18 +26,18 @@ static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 
 class LogInput {
 public:
-    explicit LogInput(int in_fd) : fd(in_fd), ahead(OS_ReadAheadOf(in_fd)) {}
+    explicit LogInput(int givenFd) : fd(givenFd), ahead(OS_ReadAheadOf(givenFd)) {}
 
-    bool read(void *outp_bytes, std::size_t in_size) {
-        if (ahead == nullptr || in_size == 0 || in_size > static_cast<std::size_t>(ahead->end - ahead->next))
-            return readBehind(outp_bytes, in_size);
-        std::memcpy(outp_bytes, ahead->next, in_size);
-        ahead->next += in_size;
-        taken += static_cast<std::int64_t>(in_size);
+    bool read(void *bytes, std::size_t size) {
+        if (ahead == nullptr || size == 0 || size > static_cast<std::size_t>(ahead->end - ahead->next))
+            return readBehind(bytes, size);
+        std::memcpy(bytes, ahead->next, size);
+        ahead->next += size;
+        taken += static_cast<std::int64_t>(size);
         return true;
     }
-    bool readNetWord(std::uint32_t *outp_word);
-    bool readNativeWord(std::uint32_t *outp_word) { return read(outp_word, sizeof *outp_word); }
+    bool readNetWord(std::uint32_t *word);
+    bool readNativeWord(std::uint32_t *word) { return read(word, sizeof *word); }
 
     // Bytes taken from the file so far, those of a failed read included.
     std::int64_t consumed() const { return taken; }
@@ -47,7 +47,7 @@ public:
 
 private:
     // Of what was not read ahead.
-    bool readBehind(void *outp_bytes, std::size_t in_size);
+    bool readBehind(void *bytes, std::size_t size);
 
     int fd;
     OS_readAhead *ahead;
@@ -58,11 +58,11 @@ private:
 // How much memory a count or length of the file may ask for before the bytes behind it were seen.
 constexpr std::size_t kTrustedBytes = 64 * 1024;
 
-// How many of in_count elements to make room for next when in_room of them have been read; in_trusted of them
+// How many of count elements to make room for next when room of them have been read; trusted of them
 // take that many bytes.  The room grows fourfold as the bytes arrive, so that a damaged count or length never
 // takes much more than the file; all that was outgrown, which stays until the record goes, is a third of the
 // whole.
-std::uint32_t growRoom(std::uint32_t in_count, std::uint32_t in_trusted, std::uint32_t in_room);
-inline std::uint32_t nextRoom(std::uint32_t in_count, std::uint32_t in_trusted, std::uint32_t in_room) {
-    return in_count <= in_trusted ? in_count : growRoom(in_count, in_trusted, in_room);
+std::uint32_t growRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t room);
+inline std::uint32_t nextRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t room) {
+    return count <= trusted ? count : growRoom(count, trusted, room);
 }

@@ -26,63 +26,61 @@ struct LogFile {
 
 } // namespace
 
-static ALA_retCode_t convertPath(LogFile &inoutp_file) {
-    if (ALA__ConvertPath(inoutp_file.path.get(), inoutp_file.convertedPath))
+static ALA_retCode_t convertPath(LogFile &file) {
+    if (ALA__ConvertPath(file.path.get(), file.convertedPath))
         return ALA_N_NORMAL;
     return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Open; ALA_A_UNKNOWN_ERR");
 }
 
-static ALA_retCode_t pathOfOldest(ALA_handle_t in_handle, LogFile &outp_file) {
+static ALA_retCode_t pathOfOldest(ALA_handle_t handle, LogFile &file) {
     Malloced<char> oldest;
-    if (ALA__GetOldestLogName(in_handle->svrName, in_handle->acctLogPath, TextOut(oldest), &outp_file.date) !=
+    if (ALA__GetOldestLogName(handle->svrName, handle->acctLogPath, TextOut(oldest), &file.date) !=
         ALA_N_NORMAL)
         return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
                         "ALA__GetOldestLogName failed in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
-    outp_file.path = ALA__PathInDirectory(in_handle->acctLogPath, oldest.get());
-    return outp_file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
+    file.path = ALA__PathInDirectory(handle->acctLogPath, oldest.get());
+    return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
-static ALA_retCode_t pathOfDate(ALA_handle_t in_handle, const ALA_time *inp_date, LogFile &outp_file) {
+static ALA_retCode_t pathOfDate(ALA_handle_t handle, const ALA_time *date, LogFile &file) {
     std::int32_t isToday = 0;
-    if (const ALA_retCode_t result = ALA__IsTodaysDate(inp_date, &isToday); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = ALA__IsTodaysDate(date, &isToday); result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__IsTodaysDate failed in ALA_Open");
-    outp_file.date = ALA__NumFromDate(inp_date);
-    outp_file.path = isToday != 0 ? ALA__CurrentLogPath(in_handle->acctLogPath, in_handle->svrName)
-                                  : ALA__DatedLogPath(in_handle->acctLogPath, in_handle->svrName, inp_date);
-    return outp_file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
+    file.date = ALA__NumFromDate(date);
+    file.path = isToday != 0 ? ALA__CurrentLogPath(handle->acctLogPath, handle->svrName)
+                             : ALA__DatedLogPath(handle->acctLogPath, handle->svrName, date);
+    return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
 // The log of the day in progress stands in for a date on which it was last written.
-static ALA_retCode_t openStandBy(ALA_handle_t in_handle, LogFile &inoutp_file) {
-    inoutp_file.path = ALA__CurrentLogPath(in_handle->acctLogPath, in_handle->svrName);
-    if (inoutp_file.path == nullptr)
+static ALA_retCode_t openStandBy(ALA_handle_t handle, LogFile &file) {
+    file.path = ALA__CurrentLogPath(handle->acctLogPath, handle->svrName);
+    if (file.path == nullptr)
         return noMemoryForPath();
-    if (const ALA_retCode_t result = convertPath(inoutp_file); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = convertPath(file); result != ALA_N_NORMAL)
         return result;
     std::int32_t lastWritten = 0;
-    if (ALA__DateFile(inoutp_file.convertedPath.get(), &lastWritten) == FileDate::Known &&
-        lastWritten == inoutp_file.date)
-        inoutp_file.descriptor.reset(SYSU_Open(inoutp_file.convertedPath.get(), 0));
+    if (ALA__DateFile(file.convertedPath.get(), &lastWritten) == FileDate::Known && lastWritten == file.date)
+        file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t openFile(ALA_handle_t in_handle, const ALA_time *inp_date, LogFile &outp_file) {
-    ALA_retCode_t result =
-        inp_date == nullptr ? pathOfOldest(in_handle, outp_file) : pathOfDate(in_handle, inp_date, outp_file);
+static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, LogFile &file) {
+    ALA_retCode_t result = date == nullptr ? pathOfOldest(handle, file) : pathOfDate(handle, date, file);
     if (result != ALA_N_NORMAL)
         return result;
-    ALA_DETAIL("svrName: %s\n", in_handle->svrName);
-    ALA_DETAIL("logName: %s\n", outp_file.path.get());
-    result = convertPath(outp_file);
+    ALA_DETAIL("svrName: %s\n", handle->svrName);
+    ALA_DETAIL("logName: %s\n", file.path.get());
+    result = convertPath(file);
     if (result != ALA_N_NORMAL)
         return result;
-    outp_file.descriptor.reset(SYSU_Open(outp_file.convertedPath.get(), 0));
-    if (!outp_file.descriptor.isOpen() && inp_date != nullptr) {
-        result = openStandBy(in_handle, outp_file);
+    file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
+    if (!file.descriptor.isOpen() && date != nullptr) {
+        result = openStandBy(handle, file);
         if (result != ALA_N_NORMAL)
             return result;
     }
-    if (!outp_file.descriptor.isOpen())
+    if (!file.descriptor.isOpen())
         return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
                         "SYSU_Open failed in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
     return ALA_N_NORMAL;
@@ -90,20 +88,19 @@ static ALA_retCode_t openFile(ALA_handle_t in_handle, const ALA_time *inp_date, 
 
 // Opens the file and has it held, until the name leads to the very file that is held.  Without a descriptor,
 // and ALA_N_NORMAL, the caller gave up waiting.
-static ALA_retCode_t openHeld(ALA_handle_t in_handle, const ALA_time *inp_date, ALA__holdFile in_hold,
-                              LogFile &outp_file) {
+static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, LogFile &file) {
     for (;;) {
-        if (const ALA_retCode_t result = openFile(in_handle, inp_date, outp_file); result != ALA_N_NORMAL)
+        if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
-        const char *path = outp_file.convertedPath.get();
-        if (in_hold(outp_file.descriptor.get(), path) == ALA__holdResult::GivenUp) {
-            outp_file.descriptor.reset(-1);
+        const char *path = file.convertedPath.get();
+        if (hold(file.descriptor.get(), path) == ALA__holdResult::GivenUp) {
+            file.descriptor.reset(-1);
             return ALA_N_NORMAL;
         }
         OS_fileIdentity held = {};
         OS_fileIdentity named = {};
         const bool found = OS_IdentifyTarget(path, &named) == 0;
-        if ((!found && errno != ENOENT) || OS_IdentifyDescriptor(outp_file.descriptor.get(), &held) != 0)
+        if ((!found && errno != ENOENT) || OS_IdentifyDescriptor(file.descriptor.get(), &held) != 0)
             return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
                             "the log cannot be looked at in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
         if (found && OS_IsSameFile(held, named))
@@ -111,19 +108,19 @@ static ALA_retCode_t openHeld(ALA_handle_t in_handle, const ALA_time *inp_date, 
     }
 }
 
-static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, ALA__holdFile in_hold,
-                             ALA_acctLogHandle_t *outp_logHandle) {
-    *outp_logHandle = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_handle, "ALA_Open"); valid != ALA_N_NORMAL)
+static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold,
+                             ALA_acctLogHandle_t *logHandle) {
+    *logHandle = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
     LogFile file;
-    const ALA_retCode_t opened = in_hold == nullptr ? openFile(in_handle, inp_date, file)
-                                                    : openHeld(in_handle, inp_date, in_hold, file);
+    const ALA_retCode_t opened =
+        hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file);
     if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
         return opened;
     // Whatever is written from here on will show.
     OS_fileIdentity identity = {};
-    const bool isKnown = in_hold != nullptr && OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
+    const bool isKnown = hold != nullptr && OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
 
     std::int32_t accessOK = 0;
     std::uint32_t verNum = 0;
@@ -148,7 +145,7 @@ static ALA_retCode_t openLog(ALA_handle_t in_handle, const ALA_time *inp_date, A
             .holdsNoRecord = false,
             .isKnown = isKnown,
             .file = identity};
-    *outp_logHandle = log.release();
+    *logHandle = log.release();
     return ALA_N_NORMAL;
 }
 

@@ -11,8 +11,8 @@
 #include "ala/log/record_memory.h"
 #include "service/packed.h"
 
-static const char *codeName(ALA_retCode_t in_code) {
-    switch (in_code) {
+static const char *codeName(ALA_retCode_t code) {
+    switch (code) {
 #define ALA_RETURN_CODE(number, name, message, logText)                                                      \
     case number:                                                                                             \
         return #name;
@@ -39,13 +39,13 @@ public:
     Credential &operator=(const Credential &) = delete;
 
     // False when memory runs out.
-    bool fill(const ALA__pac &in_pac) {
-        caller.user = _strdup(in_pac.user);
-        caller.domainName = _strdup(in_pac.userDomain);
-        caller.userDomType = in_pac.userDomType;
-        caller.host = _strdup(in_pac.host);
-        caller.hostDomain = _strdup(in_pac.hostDomain);
-        caller.hostDomType = in_pac.hostDomType;
+    bool fill(const ALA__pac &pac) {
+        caller.user = _strdup(pac.user);
+        caller.domainName = _strdup(pac.userDomain);
+        caller.userDomType = pac.userDomType;
+        caller.host = _strdup(pac.host);
+        caller.hostDomain = _strdup(pac.hostDomain);
+        caller.hostDomType = pac.hostDomType;
         return caller.user != nullptr && caller.domainName != nullptr && caller.host != nullptr &&
                caller.hostDomain != nullptr;
     }
@@ -63,24 +63,24 @@ struct Header {
 
 } // namespace
 
-static ALA_retCode_t readHeader(LogInput &inoutp_in, Header *outp_header) {
-    if (!inoutp_in.readNetWord(&outp_header->verNum))
+static ALA_retCode_t readHeader(LogInput &in, Header *header) {
+    if (!in.readNetWord(&header->verNum))
         return ALA_A_FAIL_READ_LOG_FILE;
-    ALA_DETAIL("verNum: %d\n", static_cast<std::int32_t>(outp_header->verNum));
-    if (outp_header->verNum >= kVersionWithDate) {
+    ALA_DETAIL("verNum: %d\n", static_cast<std::int32_t>(header->verNum));
+    if (header->verNum >= kVersionWithDate) {
         std::uint32_t createDate = 0;
-        if (!inoutp_in.readNetWord(&createDate))
+        if (!in.readNetWord(&createDate))
             return ALA_A_FAIL_READ_LOG_FILE;
         ALA_DETAIL("createDate: %d\n", static_cast<std::int32_t>(createDate));
     }
     std::uint32_t numAttr = 0;
-    if (!inoutp_in.readNetWord(&numAttr))
+    if (!in.readNetWord(&numAttr))
         return ALA_A_FAIL_READ_LOG_FILE;
     ALA_DETAIL("numAttr: %d\n", static_cast<std::int32_t>(numAttr));
     if (numAttr == 0)
         return ALA_A_BAD_NUMATTR_VALUE;
-    ALA_attrTag_t &tag = outp_header->tag;
-    if (!inoutp_in.read(&tag, sizeof tag))
+    ALA_attrTag_t &tag = header->tag;
+    if (!in.read(&tag, sizeof tag))
         return ALA_A_FAIL_READ_LOG_FILE;
     ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d\n", static_cast<std::int32_t>(tag.numAttrVal),
                static_cast<std::int32_t>(tag.attrID), static_cast<std::int32_t>(tag.attrValType));
@@ -88,7 +88,7 @@ static ALA_retCode_t readHeader(LogInput &inoutp_in, Header *outp_header) {
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t gatherCredential(Credential &outp_credential) {
+static ALA_retCode_t gatherCredential(Credential &credential) {
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
     if (GetVersionExA(&version) == 0)
@@ -103,37 +103,37 @@ static ALA_retCode_t gatherCredential(Credential &outp_credential) {
         return ALA_A_UNKNOWN_ERR;
     if (failed != 0)
         return ALA_A_SYSTEM_ERR;
-    return outp_credential.fill(pac) ? ALA_N_NORMAL : ALA_A_OUT_OF_MEMORY;
+    return credential.fill(pac) ? ALA_N_NORMAL : ALA_A_OUT_OF_MEMORY;
 }
 
 // Evaluates one packed entry, unless an earlier one has granted access; it has to be sound in either case.
-static ALA_retCode_t evaluateEntry(const GEN_string &in_packed, AS_attrValType_t in_type,
-                                   const Credential &in_credential, std::int32_t *inoutp_accessOK) {
+static ALA_retCode_t evaluateEntry(const GEN_string &packed, AS_attrValType_t type,
+                                   const Credential &credential, std::int32_t *accessOK) {
     const StatusList status;
     void *value = nullptr;
     AS_attrValDesc_t description = {};
-    if (in_type != AS_ACCESS_LIST_ENTRY) // whatever it unpacks to, it is no entry
+    if (type != AS_ACCESS_LIST_ENTRY) // whatever it unpacks to, it is no entry
         return ALA_A_ODPUNPACK_ERROR;
-    if (ODP_UnpackAV(status, in_packed.length, in_packed._value, in_type, &value, &description) != 0)
+    if (ODP_UnpackAV(status, packed.length, packed._value, type, &value, &description) != 0)
         return ALA_A_ODPUNPACK_ERROR;
     auto *entry = static_cast<GEN_eACL *>(value);
     std::int32_t bad = 0;
-    if (*inoutp_accessOK == 0)
-        bad = ALA__AccountingAuthorized(status, entry, in_credential.get(), inoutp_accessOK);
+    if (*accessOK == 0)
+        bad = ALA__AccountingAuthorized(status, entry, credential.get(), accessOK);
     GEN_DeleteExtACL(status, entry, nullptr);
     return bad == 0 ? ALA_N_NORMAL : ALA_A_ODPUNPACK_ERROR;
 }
 
-static ALA_retCode_t readEntry(LogInput &inoutp_in, AS_attrValType_t in_type, const Credential &in_credential,
-                               std::int32_t *inoutp_accessOK) {
+static ALA_retCode_t readEntry(LogInput &in, AS_attrValType_t type, const Credential &credential,
+                               std::int32_t *accessOK) {
     std::uint32_t length = 0;
-    if (!inoutp_in.readNativeWord(&length))
+    if (!in.readNativeWord(&length))
         return ALA_A_FAIL_READ_LOG_FILE;
     ALA_DETAIL("attrVals->length: %d ntohl: %d\n", static_cast<std::int32_t>(length),
                static_cast<std::int32_t>(ntohl(length)));
     RecordMemory memory;
     GEN_string packed = {};
-    switch (readValueBytes(inoutp_in, length, memory, &packed)) {
+    switch (readValueBytes(in, length, memory, &packed)) {
     case ReadResult::Cut:
         return ALA_A_FAIL_READ_LOG_FILE;
     case ReadResult::NoMemory:
@@ -141,13 +141,13 @@ static ALA_retCode_t readEntry(LogInput &inoutp_in, AS_attrValType_t in_type, co
     case ReadResult::Whole:
         break;
     }
-    return evaluateEntry(packed, in_type, in_credential, inoutp_accessOK);
+    return evaluateEntry(packed, type, credential, accessOK);
 }
 
-static ALA_retCode_t lookUp(LogInput in, std::int32_t *outp_accessOK, std::uint32_t *outp_verNumber) {
+static ALA_retCode_t lookUp(LogInput in, std::int32_t *accessOK, std::uint32_t *verNumber) {
     Header header = {};
     const ALA_retCode_t headerResult = readHeader(in, &header);
-    *outp_verNumber = header.verNum;
+    *verNumber = header.verNum;
     if (headerResult != ALA_N_NORMAL)
         return headerResult;
     Credential credential;
@@ -159,7 +159,7 @@ static ALA_retCode_t lookUp(LogInput in, std::int32_t *outp_accessOK, std::uint3
         if (const ALA_retCode_t result = readEntry(in, header.tag.attrValType, credential, &granted);
             result != ALA_N_NORMAL)
             return result;
-    *outp_accessOK = granted;
+    *accessOK = granted;
     return ALA_N_NORMAL;
 }
 

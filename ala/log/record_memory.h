@@ -13,19 +13,18 @@ using RecordMemory = ChunkMemory<class OfRecords, 16 * 1024, alignof(GEN_string)
 
 enum class ReadResult : std::uint8_t { Whole, Cut, NoMemory };
 
-// Reads in_length bytes of a value into the memory.
-ReadResult readLongValue(LogInput &inoutp_in, std::uint32_t in_length, RecordMemory &inoutp_memory,
-                         GEN_string *outp_value);
+// Reads length bytes of a value into the memory.
+ReadResult readLongValue(LogInput &in, std::uint32_t length, RecordMemory &memory, GEN_string *value);
 
-inline ReadResult readValueBytes(LogInput &inoutp_in, std::uint32_t in_length, RecordMemory &inoutp_memory,
-                                 GEN_string *outp_value) {
-    if (in_length - 1 >= kTrustedBytes) // a length of 0 as well
-        return readLongValue(inoutp_in, in_length, inoutp_memory, outp_value);
-    auto *bytes = static_cast<std::uint8_t *>(inoutp_memory.allocateBytes(in_length));
+inline ReadResult readValueBytes(LogInput &in, std::uint32_t length, RecordMemory &memory,
+                                 GEN_string *value) {
+    if (length - 1 >= kTrustedBytes) // a length of 0 as well
+        return readLongValue(in, length, memory, value);
+    auto *bytes = static_cast<std::uint8_t *>(memory.allocateBytes(length));
     if (bytes == nullptr)
         return ReadResult::NoMemory;
-    if (!inoutp_in.read(bytes, in_length))
+    if (!in.read(bytes, length))
         return ReadResult::Cut;
-    *outp_value = {static_cast<std::int32_t>(in_length), bytes};
+    *value = {static_cast<std::int32_t>(length), bytes};
     return ReadResult::Whole;
 }

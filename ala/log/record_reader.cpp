@@ -35,37 +35,37 @@ static ALA_retCode_t noCount(const ReaderRules &rules, const char *wordsOfFirst,
                     rules.isFirst ? wordsOfFirst : wordsOfNext, rules.operation);
 }
 
-static ALA_retCode_t readCounts(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
-                                Counts *outp_counts) {
-    if (!inoutp_in.readNetWord(&outp_counts->numAttr)) {
-        if (inoutp_in.consumed() == 0 && !in_rules.isFirst)
+static ALA_retCode_t readCounts(LogInput &in, std::uint32_t verNum, const ReaderRules &rules,
+                                Counts *counts) {
+    if (!in.readNetWord(&counts->numAttr)) {
+        if (in.consumed() == 0 && !rules.isFirst)
             return ALA_FAIL(ALA_A_LAST_ATTRIBUTE, "read failed in %s; numAttr = %d ALA_A_LAST_ATTRIBUTE",
-                            in_rules.operation, 0);
+                            rules.operation, 0);
         return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "read failed in %s; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
-                        in_rules.operation, 0);
+                        rules.operation, 0);
     }
-    if (outp_counts->numAttr == 0)
-        return in_rules.isFirst
+    if (counts->numAttr == 0)
+        return rules.isFirst
                    ? ALA_FAIL(ALA_A_NO_MORE_JOB, "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB")
                    : ALA_FAIL(ALA_A_NO_MORE_JOB, "numAttr %d < 0 in ALA_GetNextJobRecord; ALA_A_NO_MORE_JOB",
                               0);
-    if (in_verNum < kVersionWithCounts)
+    if (verNum < kVersionWithCounts)
         return ALA_N_NORMAL;
-    if (!inoutp_in.readNetWord(&outp_counts->numJobAttr))
-        return noCount(in_rules, "read failed, job attrs, numJobAttr = 0,", "read, job attrs failed");
-    if (!inoutp_in.readNetWord(&outp_counts->docAttrPerDoc))
-        return noCount(in_rules, "read failed, doc attrs, docAttrPerDoc = 0,", "read, doc attrs failed");
+    if (!in.readNetWord(&counts->numJobAttr))
+        return noCount(rules, "read failed, job attrs, numJobAttr = 0,", "read, job attrs failed");
+    if (!in.readNetWord(&counts->docAttrPerDoc))
+        return noCount(rules, "read failed, doc attrs, docAttrPerDoc = 0,", "read, doc attrs failed");
     return ALA_N_NORMAL;
 }
 
 // The failure of a read inside the attributes; a count of values stands for "none read yet" as 0.
-static ALA_retCode_t cutRecord(const ReaderRules &in_rules, std::uint32_t in_attr, std::uint32_t in_numAttr,
-                               std::uint32_t in_value, std::uint32_t in_numValues) {
-    const auto attr = static_cast<std::int32_t>(in_attr);
-    const auto numAttr = static_cast<std::int32_t>(in_numAttr);
-    const auto value = static_cast<std::int32_t>(in_value);
-    const auto numValues = static_cast<std::int32_t>(in_numValues);
-    return in_rules.isFirst
+static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t givenAttr, std::uint32_t givenNumAttr,
+                               std::uint32_t givenValue, std::uint32_t givenNumValues) {
+    const auto attr = static_cast<std::int32_t>(givenAttr);
+    const auto numAttr = static_cast<std::int32_t>(givenNumAttr);
+    const auto value = static_cast<std::int32_t>(givenValue);
+    const auto numValues = static_cast<std::int32_t>(givenNumValues);
+    return rules.isFirst
                ? ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE,
                           "(%d < %d) || (%d<%d in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE", attr,
                           numAttr, value, numValues)
@@ -74,133 +74,127 @@ static ALA_retCode_t cutRecord(const ReaderRules &in_rules, std::uint32_t in_att
                           numAttr, value, numValues);
 }
 
-static ALA_retCode_t readValues(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
-                                const ReaderRules &in_rules) {
-    attrValNode &node = inoutp_record->attrValList[in_attr];
+static ALA_retCode_t readValues(LogInput &in, record *jobRecord, std::uint32_t attr,
+                                const ReaderRules &rules) {
+    attrValNode &node = jobRecord->attrValList[attr];
     std::uint32_t room = 0;
     for (std::uint32_t i = 0; i < node.numAttrVal; ++i) {
         if (i == room) {
             room = nextRoom(node.numAttrVal, kTrustedBytes / sizeof(GEN_string), room);
-            auto *values =
-                static_cast<GEN_string *>(inoutp_record->memory.allocate(room * sizeof(GEN_string)));
+            auto *values = static_cast<GEN_string *>(jobRecord->memory.allocate(room * sizeof(GEN_string)));
             if (values == nullptr)
                 return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                                 "Could not allocate memory for record->attrValList[%d].attrVals in %s; "
                                 "ALA_A_OUT_OF_MEMORY",
-                                static_cast<std::int32_t>(in_attr), in_rules.operation);
+                                static_cast<std::int32_t>(attr), rules.operation);
             std::copy_n(node.attrVals, i, values);
             node.attrVals = values;
         }
         std::uint32_t length = 0;
-        if (!inoutp_in.readNativeWord(&length))
-            return cutRecord(in_rules, in_attr, inoutp_record->numAttr, i, node.numAttrVal);
-        if (in_rules.isFirst)
+        if (!in.readNativeWord(&length))
+            return cutRecord(rules, attr, jobRecord->numAttr, i, node.numAttrVal);
+        if (rules.isFirst)
             ALA_DETAIL("attrVals->length: %d\n", static_cast<std::int32_t>(length));
-        switch (readValueBytes(inoutp_in, length, inoutp_record->memory, &node.attrVals[i])) {
+        switch (readValueBytes(in, length, jobRecord->memory, &node.attrVals[i])) {
         case ReadResult::Whole:
             break;
         case ReadResult::Cut:
-            return cutRecord(in_rules, in_attr, inoutp_record->numAttr, i, node.numAttrVal);
+            return cutRecord(rules, attr, jobRecord->numAttr, i, node.numAttrVal);
         case ReadResult::NoMemory:
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                             "Could not allocate memory for attrVals->_value in %s; ALA_A_OUT_OF_MEMORY",
-                            in_rules.operation);
+                            rules.operation);
         }
     }
     return ALA_N_NORMAL;
 }
 
-static void logTag(const attrValNode &in_node, const ReaderRules &in_rules) {
-    const auto numValues = static_cast<std::int32_t>(in_node.numAttrVal);
-    const auto id = static_cast<std::int32_t>(in_node.attrID);
-    const auto type = static_cast<std::int32_t>(in_node.attrValType);
-    if (in_rules.isFirst)
+static void logTag(const attrValNode &node, const ReaderRules &rules) {
+    const auto numValues = static_cast<std::int32_t>(node.numAttrVal);
+    const auto id = static_cast<std::int32_t>(node.attrID);
+    const auto type = static_cast<std::int32_t>(node.attrValType);
+    if (rules.isFirst)
         return ALA_DETAIL("ALA_GetFirstJobRecord numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
-                          numValues, id, type, in_node.decoid);
-    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n", numValues, id, type,
-               in_node.decoid);
+                          numValues, id, type, node.decoid);
+    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n", numValues, id, type, node.decoid);
     ALA_DETAIL("numAttrs: %d\n", numValues);
 }
 
-static ALA_retCode_t readAttribute(LogInput &inoutp_in, record *inoutp_record, std::uint32_t in_attr,
-                                   const ReaderRules &in_rules) {
-    attrValNode &node = inoutp_record->attrValList[in_attr];
+static ALA_retCode_t readAttribute(LogInput &in, record *jobRecord, std::uint32_t attr,
+                                   const ReaderRules &rules) {
+    attrValNode &node = jobRecord->attrValList[attr];
     ALA_attrTag_t &tag = node;
-    if (!inoutp_in.read(&tag, sizeof tag))
-        return cutRecord(in_rules, in_attr, inoutp_record->numAttr, 0, 0);
+    if (!in.read(&tag, sizeof tag))
+        return cutRecord(rules, attr, jobRecord->numAttr, 0, 0);
     node.decoid[kDecoidSize - 1] = '\0';
     node.oid = nullptr;
     node.attrVals = nullptr;
-    node.column = ColumnStamp(in_attr);
+    node.column = ColumnStamp(attr);
     if (LOG_Wants(LOG_DETAIL))
-        logTag(node, in_rules);
-    return readValues(inoutp_in, inoutp_record, in_attr, in_rules);
+        logTag(node, rules);
+    return readValues(in, jobRecord, attr, rules);
 }
 
-static ALA_retCode_t readAttributes(LogInput &inoutp_in, record *inoutp_record, const ReaderRules &in_rules) {
+static ALA_retCode_t readAttributes(LogInput &in, record *jobRecord, const ReaderRules &rules) {
     std::uint32_t room = 0;
-    for (std::uint32_t i = 0; i < inoutp_record->numAttr; ++i) {
+    for (std::uint32_t i = 0; i < jobRecord->numAttr; ++i) {
         if (i == room) {
-            room = nextRoom(inoutp_record->numAttr, kTrustedBytes / sizeof(attrValNode), room);
-            auto *list =
-                static_cast<attrValNode *>(inoutp_record->memory.allocate(room * sizeof(attrValNode)));
+            room = nextRoom(jobRecord->numAttr, kTrustedBytes / sizeof(attrValNode), room);
+            auto *list = static_cast<attrValNode *>(jobRecord->memory.allocate(room * sizeof(attrValNode)));
             if (list == nullptr)
                 return ALA_FAIL(
                     ALA_A_OUT_OF_MEMORY,
                     "Could not allocate memory for record->attrValList in %s; ALA_A_OUT_OF_MEMORY",
-                    in_rules.operation);
-            std::copy_n(inoutp_record->attrValList, i, list);
-            inoutp_record->attrValList = list;
+                    rules.operation);
+            std::copy_n(jobRecord->attrValList, i, list);
+            jobRecord->attrValList = list;
         }
-        if (const ALA_retCode_t result = readAttribute(inoutp_in, inoutp_record, i, in_rules);
-            result != ALA_N_NORMAL)
+        if (const ALA_retCode_t result = readAttribute(in, jobRecord, i, rules); result != ALA_N_NORMAL)
             return result;
     }
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t readRecord(LogInput &inoutp_in, std::uint32_t in_verNum, const ReaderRules &in_rules,
-                                Owned<record> &outp_record) {
+static ALA_retCode_t readRecord(LogInput &in, std::uint32_t verNum, const ReaderRules &rules,
+                                Owned<record> &jobRecord) {
     Counts counts = {};
-    if (const ALA_retCode_t result = readCounts(inoutp_in, in_verNum, in_rules, &counts);
-        result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = readCounts(in, verNum, rules, &counts); result != ALA_N_NORMAL)
         return result;
-    outp_record = makeOwned<record>();
-    if (outp_record == nullptr)
+    jobRecord = makeOwned<record>();
+    if (jobRecord == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
-                        "Could not allocate memory for record in %s; ALA_A_OUT_OF_MEMORY",
-                        in_rules.operation);
-    outp_record->numAttr = counts.numAttr;
-    outp_record->numJobAttr = counts.numJobAttr;
-    outp_record->docAttrPerDoc = counts.docAttrPerDoc;
-    return readAttributes(inoutp_in, outp_record.get(), in_rules);
+                        "Could not allocate memory for record in %s; ALA_A_OUT_OF_MEMORY", rules.operation);
+    jobRecord->numAttr = counts.numAttr;
+    jobRecord->numJobAttr = counts.numJobAttr;
+    jobRecord->docAttrPerDoc = counts.docAttrPerDoc;
+    return readAttributes(in, jobRecord.get(), rules);
 }
 
-static ALA_retCode_t getJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
-                                  ALA_record_t *outp_record, const ReaderRules &in_rules) {
-    *outp_record = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, in_rules.operation); valid != ALA_N_NORMAL)
+static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *logHandle,
+                                  ALA_record_t *jobRecord, const ReaderRules &rules) {
+    *jobRecord = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckHandle(alaHandle, rules.operation); valid != ALA_N_NORMAL)
         return valid;
-    if (inoutp_logHandle == nullptr)
+    if (logHandle == nullptr)
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "inoutp_logHandle is NULL in %s; ALA_A_INVALID_LOG_HANDLE",
-                        in_rules.operation);
-    logParams *log = *inoutp_logHandle;
+                        rules.operation);
+    logParams *log = *logHandle;
     if (log == nullptr || log->pid != ALA__CurrentPid())
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
                         "logHandle is NULL or logHandle->pid!=getpid in %s; ALA_A_INVALID_LOG_HANDLE",
-                        in_rules.operation);
+                        rules.operation);
 
     LogInput in(log->fd);
     Owned<record> read;
-    const ALA_retCode_t result = readRecord(in, log->verNum, in_rules, read);
+    const ALA_retCode_t result = readRecord(in, log->verNum, rules, read);
     log->end = in.metEnd() && in.consumed() == 0 ? _lseek(log->fd, 0, SEEK_CUR) : -1;
-    log->holdsNoRecord = log->end >= 0 && in_rules.isFirst;
+    log->holdsNoRecord = log->end >= 0 && rules.isFirst;
     if (result == ALA_N_NORMAL) {
-        *outp_record = read.release();
+        *jobRecord = read.release();
         return result;
     }
     record *partial = read.release();
-    if (in_rules.isFirst)
+    if (rules.isFirst)
         ALA__GetJobRecordCleanup(&partial, &log->fd, 0, SEEK_SET);
     else
         ALA__GetJobRecordCleanup(&partial, &log->fd, -in.consumed(), SEEK_CUR);

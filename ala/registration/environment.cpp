@@ -8,10 +8,10 @@
 
 constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data
 
-static const char *servicePrefix(std::uint32_t in_serverType) {
-    if (in_serverType == kServerTypeSpooler)
+static const char *servicePrefix(std::uint32_t serverType) {
+    if (serverType == kServerTypeSpooler)
         return "qv spl ";
-    return in_serverType == kServerTypeOther ? "qv spv " : nullptr;
+    return serverType == kServerTypeOther ? "qv spv " : nullptr;
 }
 
 std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_serverType,
@@ -29,23 +29,23 @@ std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_se
 namespace {
 
 struct KeyCloser {
-    void operator()(HKEY in_key) const { RegCloseKey(in_key); }
+    void operator()(HKEY key) const { RegCloseKey(key); }
 };
 using OpenKey = std::unique_ptr<OS_registryKey, KeyCloser>;
 
 } // namespace
 
-static OpenKey openKey(const char *inp_path) {
+static OpenKey openKey(const char *path) {
     HKEY key = nullptr;
-    const bool opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, inp_path, 0, KEY_READ, &key) == ERROR_SUCCESS;
+    const bool opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) == ERROR_SUCCESS;
     return OpenKey(opened ? key : nullptr);
 }
 
-static bool setVariable(const char *inp_name, const char *inp_data) {
-    const Malloced<char> head(_ALA_AddChar(inp_name, "="));
+static bool setVariable(const char *name, const char *data) {
+    const Malloced<char> head(_ALA_AddChar(name, "="));
     if (head == nullptr)
         return false;
-    const Malloced<char> assignment(_ALA_AddChar(head.get(), inp_data));
+    const Malloced<char> assignment(_ALA_AddChar(head.get(), data));
     if (assignment == nullptr)
         return false;
     static_cast<void>(_putenv(assignment.get())); // a name that is none sets nothing

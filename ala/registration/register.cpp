@@ -22,14 +22,14 @@ static void ALA__InitOnce() {
 
 // QV_ROOT followed by "/share/oid", with the server's service environment loaded first.  One at a time: the
 // root of a server must not be taken for another's.
-static ALA_retCode_t defaultOidPath(const char *inp_svrName, Malloced<char> &outp_path) {
+static ALA_retCode_t defaultOidPath(const char *svrName, Malloced<char> &path) {
     static std::mutex environmentLock;
     const std::lock_guard guard(environmentLock);
     Malloced<char> serviceName;
-    if (ALA__GetServiceName(inp_svrName, kServerTypeSpooler, TextOut(serviceName)) != 0)
+    if (ALA__GetServiceName(svrName, kServerTypeSpooler, TextOut(serviceName)) != 0)
         return ALA_FAIL(ALA_A_SYSTEM_ERR,
                         "ALA__GetServiceName failed for spooler %s in ALA_Register; ALA_A_SYSTEM_ERR",
-                        inp_svrName);
+                        svrName);
     if (ALA__SetEnvironmentVariables(serviceName.get()) != 0)
         return ALA_FAIL(ALA_A_SYSTEM_ERR,
                         "ALA__SetEnvironmentVariables failed for server %s in ALA_Register; ALA_A_SYSTEM_ERR",
@@ -37,17 +37,17 @@ static ALA_retCode_t defaultOidPath(const char *inp_svrName, Malloced<char> &out
     const char *root = std::getenv("QV_ROOT");
     if (root == nullptr)
         return ALA_FAIL(ALA_A_SYSTEM_ERR, "getenv on QV_ROOT failed in ALA_Register; ALA_A_SYSTEM_ERR");
-    outp_path.reset(_ALA_AddChar(root, "/share/oid"));
+    path.reset(_ALA_AddChar(root, "/share/oid"));
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t openOidDatabase(const char *inp_path, void **outp_oidHandle) {
+static ALA_retCode_t openOidDatabase(const char *path, void **oidHandle) {
     const StatusList status;
-    std::int32_t result = OID_Init(status, inp_path, 0);
+    std::int32_t result = OID_Init(status, path, 0);
     if (result != 0)
         return ALA_FAIL(ALA_A_OID_ERROR, "OID_Init failed in ALA_Register; oid return = 0x%X ALA_A_OID_ERROR",
                         static_cast<unsigned>(result));
-    result = OID_OpenDb(status, inp_path, 0, 0, outp_oidHandle);
+    result = OID_OpenDb(status, path, 0, 0, oidHandle);
     if (result == 0)
         return ALA_N_NORMAL;
     OID_Term();

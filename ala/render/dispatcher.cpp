@@ -19,8 +19,8 @@ namespace {
 // The value record, released on whichever road the operation ends.
 class ValueRecord {
 public:
-    ValueRecord(void *in_value, AS_attrValDesc_t in_description)
-        : value(in_value), description(in_description) {}
+    ValueRecord(void *givenValue, AS_attrValDesc_t givenDescription)
+        : value(givenValue), description(givenDescription) {}
     ~ValueRecord() { ALA__Cleanup(value, description); }
     ValueRecord(const ValueRecord &) = delete;
     ValueRecord &operator=(const ValueRecord &) = delete;
@@ -33,29 +33,27 @@ private:
 
 } // namespace
 
-static ALA__growingPair *asGrowing(ALA_attrPair *inp_pair) {
-    return reinterpret_cast<ALA__growingPair *>(inp_pair);
+static ALA__growingPair *asGrowing(ALA_attrPair *pair) {
+    return reinterpret_cast<ALA__growingPair *>(pair);
 }
 
 // Renders into the target at the link.  The text that the value has reached stays there, also on failure: in
 // a further value it is given a node without room, in the target's place.
 template <bool kFurther>
-static const RenderFailure *renderTarget(AS_attrValType_t in_type, const void *inp_value,
-                                         const char *inp_locale, void **in_oidHandle,
-                                         const ALA_attrPair *inp_pair, attributeVal **inoutp_link) {
+static const RenderFailure *renderTarget(AS_attrValType_t type, const void *value, const char *locale,
+                                         void **oidHandle, const ALA_attrPair *pair, attributeVal **link) {
     static constexpr RenderFailure kNoMemoryForText = {
         ALA_A_OUT_OF_MEMORY, "Could not allocate memory for the value of oid: %s in ALA__GetAttribute"};
     static constexpr RenderFailure kNoNode = {ALA_A_OUT_OF_MEMORY,
                                               "ALA__AllocValue failed for oid: %s in ALA__GetAttribute"};
     const StatusList status;
-    attributeVal *target = *inoutp_link;
-    Rendering rendering = {status,   in_oidHandle, inp_locale, Text(target->value, kValueSize),
-                           inp_pair, inoutp_link};
-    const RenderRow *row = inp_value != nullptr ? findRenderRow(in_type) : nullptr;
-    const RenderFailure *failure = row != nullptr ? row->render(rendering, inp_value) : nullptr;
+    attributeVal *target = *link;
+    Rendering rendering = {status, oidHandle, locale, Text(target->value, kValueSize), pair, link};
+    const RenderRow *row = value != nullptr ? findRenderRow(type) : nullptr;
+    const RenderFailure *failure = row != nullptr ? row->render(rendering, value) : nullptr;
     if constexpr (!kFurther)
         target->value = rendering.text.release();
-    else if (*inoutp_link == target && makeFittingValue(inoutp_link, rendering.text) != ALA_N_NORMAL)
+    else if (*link == target && makeFittingValue(link, rendering.text) != ALA_N_NORMAL)
         return failure != nullptr ? failure : &kNoNode;
     if (failure == nullptr && rendering.text.failed())
         return &kNoMemoryForText;
@@ -63,17 +61,17 @@ static const RenderFailure *renderTarget(AS_attrValType_t in_type, const void *i
 }
 
 // Makes the pair of a first value.
-static ALA_retCode_t makePair(const attrValNode *inp_node, std::string_view in_knownName,
-                              const char *inp_locale, void **inoutp_oidHandle, OwnedPair &outp_pair) {
+static ALA_retCode_t makePair(const attrValNode *node, std::string_view knownName, const char *locale,
+                              void **oidHandle, OwnedPair &givenPair) {
     ALA_attrPair *pair = nullptr;
     char *attrName = nullptr;
-    const ALA_retCode_t result = ALA__LookupAttrNameFromOID(inp_node->oid, in_knownName, inp_locale,
-                                                            inoutp_oidHandle, &pair, &attrName);
+    const ALA_retCode_t result =
+        ALA__LookupAttrNameFromOID(node->oid, knownName, locale, oidHandle, &pair, &attrName);
     if (result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute",
-                        inp_node->decoid);
+                        node->decoid);
     pair->attrName = attrName; // which is a part of the pair
-    outp_pair.reset(asGrowing(pair));
+    givenPair.reset(asGrowing(pair));
     return ALA_N_NORMAL;
 }
 

@@ -22,9 +22,9 @@ char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da
     return text;
 }
 
-static void addTwoDigits(std::uint32_t in_number, Text &buf) {
-    buf.add(static_cast<char>('0' + in_number / 10));
-    buf.add(static_cast<char>('0' + in_number % 10));
+static void addTwoDigits(std::uint32_t number, Text &buf) {
+    buf.add(static_cast<char>('0' + number / 10));
+    buf.add(static_cast<char>('0' + number % 10));
 }
 
 void ALA__DeltaTimeToAscii(STF_l__hdr *, void *, Text &inout_buf, const GEN_deltaTime_t *inp_dt) {

@@ -4,54 +4,48 @@
 #include "ala/render/formatters.h"
 #include "ala/render/name_lookup.h"
 
-const RenderFailure *renderOid(Rendering &inoutp_rendering, const void *inp_value) {
+const RenderFailure *renderOid(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kUnknown = {
         ALA_A_OID_ERROR, "ALA__IdentToAsciiStripped failed for oid: %s in ALA__GetAttribute"};
-    char *name = ALA__IdentToAsciiStripped(inoutp_rendering.status, *inoutp_rendering.oidHandle,
-                                           *static_cast<const GEN_oid_t *>(inp_value));
+    char *name = ALA__IdentToAsciiStripped(rendering.status, *rendering.oidHandle,
+                                           *static_cast<const GEN_oid_t *>(value));
     if (name == nullptr)
         return &kUnknown;
-    inoutp_rendering.replaceText(name);
+    rendering.replaceText(name);
     return nullptr;
 }
 
 // All elements in one value, set off from each other by a blank.
 template <class Node, class AddElement>
-static const RenderFailure *renderList(Rendering &inoutp_rendering, const void *inp_value,
-                                       AddElement in_add) {
-    for (const auto *node = static_cast<const Node *>(inp_value); node != nullptr; node = node->next) {
-        in_add(*node);
+static const RenderFailure *renderList(Rendering &rendering, const void *value, AddElement add) {
+    for (const auto *node = static_cast<const Node *>(value); node != nullptr; node = node->next) {
+        add(*node);
         if (node->next != nullptr)
-            inoutp_rendering.text.add(' ');
+            rendering.text.add(' ');
     }
     return nullptr;
 }
 
-const RenderFailure *renderNameOrOidSeq(Rendering &inoutp_rendering, const void *inp_value) {
-    return renderList<GEN_nameOrOidSeq>(inoutp_rendering, inp_value, [&](const GEN_nameOrOidSeq &node) {
-        ALA__NameOrOidToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
-                              &node._value);
+const RenderFailure *renderNameOrOidSeq(Rendering &rendering, const void *value) {
+    return renderList<GEN_nameOrOidSeq>(rendering, value, [&](const GEN_nameOrOidSeq &node) {
+        ALA__NameOrOidToAscii(rendering.status, *rendering.oidHandle, rendering.text, &node._value);
     });
 }
 
-const RenderFailure *renderPageSelectSeq(Rendering &inoutp_rendering, const void *inp_value) {
-    return renderList<GEN_pageSelectSeq>(inoutp_rendering, inp_value, [&](const GEN_pageSelectSeq &node) {
-        ALA__pageSelectToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
-                               &node.value);
+const RenderFailure *renderPageSelectSeq(Rendering &rendering, const void *value) {
+    return renderList<GEN_pageSelectSeq>(rendering, value, [&](const GEN_pageSelectSeq &node) {
+        ALA__pageSelectToAscii(rendering.status, *rendering.oidHandle, rendering.text, &node.value);
     });
 }
 
-const RenderFailure *renderMediaConsumedSeq(Rendering &inoutp_rendering, const void *inp_value) {
-    return renderList<GEN_mediaConsumedSeq>(
-        inoutp_rendering, inp_value, [&](const GEN_mediaConsumedSeq &node) {
-            ALA__mediaConsumedToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle,
-                                      inoutp_rendering.text, &node._value);
-        });
+const RenderFailure *renderMediaConsumedSeq(Rendering &rendering, const void *value) {
+    return renderList<GEN_mediaConsumedSeq>(rendering, value, [&](const GEN_mediaConsumedSeq &node) {
+        ALA__mediaConsumedToAscii(rendering.status, *rendering.oidHandle, rendering.text, &node._value);
+    });
 }
 
-const RenderFailure *renderSetOfObjId(Rendering &inoutp_rendering, const void *inp_value) {
-    return renderList<GEN_setOfObjId>(inoutp_rendering, inp_value, [&](const GEN_setOfObjId &node) {
-        ALA__ObjectIdentToAscii(inoutp_rendering.status, *inoutp_rendering.oidHandle, inoutp_rendering.text,
-                                node.value);
+const RenderFailure *renderSetOfObjId(Rendering &rendering, const void *value) {
+    return renderList<GEN_setOfObjId>(rendering, value, [&](const GEN_setOfObjId &node) {
+        ALA__ObjectIdentToAscii(rendering.status, *rendering.oidHandle, rendering.text, node.value);
     });
 }

@@ -9,9 +9,9 @@
 constexpr std::uint8_t kClassMask = 0xF0;
 constexpr std::uint8_t kNumberedClasses[] = {0x40, 0x10}; // whose names may begin with a number and a hyphen
 
-static bool isNumberedClass(std::uint8_t in_class) {
+static bool isNumberedClass(std::uint8_t classNumber) {
     for (const std::uint8_t numbered : kNumberedClasses)
-        if ((in_class & kClassMask) == numbered)
+        if ((classNumber & kClassMask) == numbered)
             return true;
     return false;
 }
@@ -43,12 +43,12 @@ bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, Text &inou
 }
 
 // Appends what an extraction gave.  False when there is no text; without memory for it the buffer fails.
-static bool addExtracted(std::int32_t in_result, const Malloced<char> &in_text, Text &inoutp_text) {
-    if (in_result == GENU_E_NO_MEMORY)
-        inoutp_text.fail();
-    if (in_result != 0)
+static bool addExtracted(std::int32_t result, const Malloced<char> &extracted, Text &text) {
+    if (result == GENU_E_NO_MEMORY)
+        text.fail();
+    if (result != 0)
         return false;
-    inoutp_text.add(in_text.get());
+    text.add(extracted.get());
     return true;
 }
 
@@ -79,9 +79,9 @@ void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf
         ALA__AddSimpleName(inoutp_status, buf, &ip->u.localForm);
 }
 
-static void addDistName(STF_l__hdr *inoutp_status, const GEN_distNameString *ip, Text &buf) {
+static void addDistName(STF_l__hdr *status, const GEN_distNameString *ip, Text &buf) {
     Malloced<char> name;
-    const std::int32_t result = GENU_ExtractDistNameString(inoutp_status, TextOut(name), nullptr, ip, 0);
+    const std::int32_t result = GENU_ExtractDistNameString(status, TextOut(name), nullptr, ip, 0);
     addExtracted(result, name, buf); // or nothing
 }
 

@@ -13,10 +13,10 @@
 // Copies a name and its NUL from one buffer to another, which both have room for OID_NAME_SIZE bytes, or for
 // kUsualName if the name is shorter.  That many at once cost less than counting.
 constexpr std::size_t kUsualName = 32;
-inline void copyName(const char *inp_name, std::size_t in_length, char *outp_name) {
-    std::memcpy(outp_name, inp_name, kUsualName);
-    if (in_length >= kUsualName)
-        std::memcpy(outp_name + kUsualName, inp_name + kUsualName, in_length + 1 - kUsualName);
+inline void copyName(const char *name, std::size_t length, char *buffer) {
+    std::memcpy(buffer, name, kUsualName);
+    if (length >= kUsualName)
+        std::memcpy(buffer + kUsualName, name + kUsualName, length + 1 - kUsualName);
 }
 
 // The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its

@@ -12,12 +12,12 @@
 using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
 
 // A value with that many zeroed bytes of room for its text; without room it has no text.
-static ALA_retCode_t allocValue(attributeVal **outpp_val, std::size_t in_room) {
-    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + in_room));
-    *outpp_val = value;
+static ALA_retCode_t allocValue(attributeVal **val, std::size_t room) {
+    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + room));
+    *val = value;
     if (value == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    *value = {in_room != 0 ? static_cast<char *>(std::memset(value + 1, 0, in_room)) : nullptr, nullptr};
+    *value = {room != 0 ? static_cast<char *>(std::memset(value + 1, 0, room)) : nullptr, nullptr};
     return ALA_N_NORMAL;
 }
 
@@ -25,17 +25,17 @@ ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
     return allocValue(inoutpp_val, kValueSize);
 }
 
-ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text) {
+ALA_retCode_t makeFittingValue(attributeVal **val, Text &text) {
     constexpr std::size_t kCopied = 4096; // bytes from which on a text is not copied
     static_assert(kCopied >= kValueSize, "such a text is in no maker's buffer");
-    const bool isCopied = inoutp_text.size() < kCopied;
-    const std::size_t room = isCopied ? inoutp_text.size() + 1 : 0;
-    if (const ALA_retCode_t result = allocValue(outpp_val, room); result != ALA_N_NORMAL)
+    const bool isCopied = text.size() < kCopied;
+    const std::size_t room = isCopied ? text.size() + 1 : 0;
+    if (const ALA_retCode_t result = allocValue(val, room); result != ALA_N_NORMAL)
         return result;
     if (isCopied)
-        std::memcpy((*outpp_val)->value, inoutp_text.c_str(), room);
+        std::memcpy((*val)->value, text.c_str(), room);
     else
-        (*outpp_val)->value = inoutp_text.releaseToFit();
+        (*val)->value = text.releaseToFit();
     return ALA_N_NORMAL;
 }
 

@@ -42,7 +42,7 @@ ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
 
 // A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
 // variable null.
-ALA_retCode_t makeFittingValue(attributeVal **outpp_val, Text &inoutp_text);
+ALA_retCode_t makeFittingValue(attributeVal **val, Text &text);
 
 // Releases a value and its text, but for what is a part of the pair.
 void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);

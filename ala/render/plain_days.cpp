@@ -26,14 +26,14 @@ struct Memory {
     Day days[kDays];
 
     // Forgets everything if the zone has changed.  False when the zone cannot be told.
-    bool holdsFor(const char *inp_zone, long in_offset) {
-        const std::string_view now = inp_zone != nullptr ? inp_zone : "";
+    bool holdsFor(const char *givenZone, long givenOffset) {
+        const std::string_view now = givenZone != nullptr ? givenZone : "";
         if (now.size() >= sizeof zone)
             return false;
-        if (now != zone || in_offset != offset) {
+        if (now != zone || givenOffset != offset) {
             std::memset(days, 0, sizeof days);
             zone[now.copy(zone, sizeof zone - 1)] = '\0';
-            offset = in_offset;
+            offset = givenOffset;
         }
         return true;
     }
@@ -41,22 +41,22 @@ struct Memory {
 
 } // namespace
 
-// Does the local second come back as it was?  Its instant goes to outp_instant.
-static bool comesBack(std::int64_t in_local, std::time_t *outp_instant) {
-    const std::time_t local = in_local;
+// Does the local second come back as it was?  Its instant goes to instant.
+static bool comesBack(std::int64_t givenLocal, std::time_t *instant) {
+    const std::time_t local = givenLocal;
     std::tm asked = {};
     gmtime_r(&local, &asked);
     asked.tm_isdst = -1;
     std::tm converted = asked;
-    *outp_instant = std::mktime(&converted);
+    *instant = std::mktime(&converted);
     std::tm back = {};
-    return localtime_r(outp_instant, &back) != nullptr && back.tm_sec == asked.tm_sec &&
+    return localtime_r(instant, &back) != nullptr && back.tm_sec == asked.tm_sec &&
            back.tm_min == asked.tm_min && back.tm_hour == asked.tm_hour && back.tm_mday == asked.tm_mday &&
            back.tm_mon == asked.tm_mon && back.tm_year == asked.tm_year;
 }
 
-static bool findOut(std::int32_t in_day) {
-    const std::int64_t start = in_day * kSecondsPerDay;
+static bool findOut(std::int32_t day) {
+    const std::int64_t start = day * kSecondsPerDay;
     std::time_t first = 0;
     std::time_t last = 0;
     // -1 stands for a failed conversion, so a day that holds that second is left to the conversion itself.

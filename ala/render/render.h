@@ -44,7 +44,7 @@ struct Rendering {
     attributeVal **link;      // where the target hangs in the pair's chain; other values may take its place
 
     // The text becomes a string from malloc; what was in the buffer goes.
-    void replaceText(char *in_string) { text.replace(in_string); }
+    void replaceText(char *string) { text.replace(string); }
 };
 
 // Gives null on success.
@@ -58,4 +58,4 @@ struct RenderRow {
 };
 
 // The row of a type, or null for one that renders as empty text.
-const RenderRow *findRenderRow(AS_attrValType_t in_type);
+const RenderRow *findRenderRow(AS_attrValType_t type);

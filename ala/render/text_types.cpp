@@ -6,15 +6,15 @@
 #include "ala/render/name_lookup.h"
 #include "service/text.h"
 
-const RenderFailure *renderCharacters(Rendering &inoutp_rendering, const void *inp_value) {
-    inoutp_rendering.text.add(static_cast<const char *>(inp_value));
+const RenderFailure *renderCharacters(Rendering &rendering, const void *value) {
+    rendering.text.add(static_cast<const char *>(value));
     return nullptr;
 }
 
-const RenderFailure *renderOctets(Rendering &inoutp_rendering, const void *inp_value) {
+const RenderFailure *renderOctets(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kNoMemory = {ALA_A_OUT_OF_MEMORY,
                                                 "malloc failed for tempOctet in ALA__GetAttribute"};
-    const auto &octets = *static_cast<const GEN_string *>(inp_value);
+    const auto &octets = *static_cast<const GEN_string *>(value);
     if (octets.length == 0)
         return nullptr;
     const auto length = static_cast<std::size_t>(octets.length);
@@ -23,45 +23,43 @@ const RenderFailure *renderOctets(Rendering &inoutp_rendering, const void *inp_v
         return &kNoMemory;
     std::memcpy(tempOctet, octets._value, length);
     tempOctet[length] = '\0';
-    inoutp_rendering.replaceText(tempOctet);
+    rendering.replaceText(tempOctet);
     return nullptr;
 }
 
-const RenderFailure *renderText(Rendering &inoutp_rendering, const void *inp_value) {
+const RenderFailure *renderText(Rendering &rendering, const void *value) {
     char *string = nullptr;
-    if (GENU_ExtractText(inoutp_rendering.status, &string, static_cast<const GEN_text *>(inp_value), 0) != 0)
+    if (GENU_ExtractText(rendering.status, &string, static_cast<const GEN_text *>(value), 0) != 0)
         return &kExtractTextFailed;
-    inoutp_rendering.replaceText(string);
+    rendering.replaceText(string);
     return nullptr;
 }
 
-const RenderFailure *renderSimpleName(Rendering &inoutp_rendering, const void *inp_value) {
+const RenderFailure *renderSimpleName(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kExtractSimpleNameFailed = {
         ALA_A_OUT_OF_MEMORY, "GENU_ExtractSimpleName failed for oid: %s in ALA__GetAttribute"};
     char *string = nullptr;
-    if (GENU_ExtractSimpleName(inoutp_rendering.status, &string,
-                               static_cast<const GEN_simpleName *>(inp_value), 0) != 0)
+    if (GENU_ExtractSimpleName(rendering.status, &string, static_cast<const GEN_simpleName *>(value), 0) != 0)
         return &kExtractSimpleNameFailed;
-    inoutp_rendering.replaceText(string);
+    rendering.replaceText(string);
     return nullptr;
 }
 
 // The name of the syntax and a colon, if there is one, then the name.
-static bool addDistName(const Rendering &in_rendering, const GEN_distNameString &in_name, Text &inoutp_text) {
-    if (in_name.name_syntax_o != nullptr) {
-        ALA__NameOrOidToAscii(in_rendering.status, *in_rendering.oidHandle, inoutp_text,
-                              in_name.name_syntax_o);
-        inoutp_text.add(':');
+static bool addDistName(const Rendering &rendering, const GEN_distNameString &name, Text &text) {
+    if (name.name_syntax_o != nullptr) {
+        ALA__NameOrOidToAscii(rendering.status, *rendering.oidHandle, text, name.name_syntax_o);
+        text.add(':');
     }
-    return ALA__AddText(in_rendering.status, inoutp_text, &in_name.name);
+    return ALA__AddText(rendering.status, text, &name.name);
 }
 
-const RenderFailure *renderDistName(Rendering &inoutp_rendering, const void *inp_value) {
-    const auto &name = *static_cast<const GEN_distNameString *>(inp_value);
+const RenderFailure *renderDistName(Rendering &rendering, const void *value) {
+    const auto &name = *static_cast<const GEN_distNameString *>(value);
     Text text; // the value shows all of it or nothing
-    if (!addDistName(inoutp_rendering, name, text))
+    if (!addDistName(rendering, name, text))
         return &kExtractTextFailed;
-    inoutp_rendering.text.add(text);
+    rendering.text.add(text);
     return nullptr;
 }
 
@@ -72,7 +70,7 @@ struct ValueChain {
     attributeVal *head = nullptr;
     attributeVal **end = &head;
 
-    explicit ValueChain(const ALA_attrPair *inp_pair) : pair(inp_pair) {}
+    explicit ValueChain(const ALA_attrPair *givenPair) : pair(givenPair) {}
     ~ValueChain() {
         while (head != nullptr) {
             attributeVal *value = head;
@@ -86,31 +84,31 @@ struct ValueChain {
 
 } // namespace
 
-static const RenderFailure *addElement(const Rendering &in_rendering, const GEN_distNameString *inp_name,
-                                       ValueChain &inoutp_values) {
+static const RenderFailure *addElement(const Rendering &rendering, const GEN_distNameString *name,
+                                       ValueChain &values) {
     static constexpr RenderFailure kNoNode = {ALA_A_OUT_OF_MEMORY,
                                               "malloc failed for tmpNode in ALA__GetAttribute"};
     static constexpr RenderFailure kNoText = {ALA_A_OUT_OF_MEMORY,
                                               "strdup failed for tmpNode->value in ALA__GetAttribute"};
     char room[kValueSize];
     Text text(room, sizeof room);
-    if (inp_name != nullptr && !addDistName(in_rendering, *inp_name, text))
+    if (name != nullptr && !addDistName(rendering, *name, text))
         return &kExtractTextFailed;
     if (text.failed())
         return &kNoText;
-    if (makeFittingValue(inoutp_values.end, text) != ALA_N_NORMAL)
+    if (makeFittingValue(values.end, text) != ALA_N_NORMAL)
         return &kNoNode;
-    inoutp_values.end = &(*inoutp_values.end)->next;
+    values.end = &(*values.end)->next;
     return nullptr;
 }
 
 // This type alone gives several values.  They take the place of the target, which goes whatever the outcome.
-const RenderFailure *renderDistNameSeq(Rendering &inoutp_rendering, const void *inp_value) {
-    ValueChain values(inoutp_rendering.pair);
+const RenderFailure *renderDistNameSeq(Rendering &rendering, const void *value) {
+    ValueChain values(rendering.pair);
     const RenderFailure *failure = nullptr;
-    for (const auto *element = static_cast<const GEN_distNameStringSeq *>(inp_value);
+    for (const auto *element = static_cast<const GEN_distNameStringSeq *>(value);
          element != nullptr && failure == nullptr; element = element->next)
-        failure = addElement(inoutp_rendering, element->_value, values);
-    *inoutp_rendering.link = failure == nullptr ? std::exchange(values.head, nullptr) : nullptr;
+        failure = addElement(rendering, element->_value, values);
+    *rendering.link = failure == nullptr ? std::exchange(values.head, nullptr) : nullptr;
     return failure;
 }

@@ -10,14 +10,14 @@
 constexpr std::size_t kTimeSize = 100;  // bytes of a time's text
 constexpr std::int32_t kTmEpoch = 1900; // year 0 of tm_year
 
-static std::int32_t yearForTm(const GEN_generalizedTime &in_time) {
-    return in_time.utc == 1 ? in_time.year : in_time.year - kTmEpoch;
+static std::int32_t yearForTm(const GEN_generalizedTime &time) {
+    return time.utc == 1 ? time.year : time.year - kTmEpoch;
 }
 
 // The instant of a local time, given as if it were one of Coordinated Universal Time.  -1 when there is none.
-static std::time_t instantOf(std::time_t in_local) {
+static std::time_t instantOf(std::time_t local) {
     std::tm time = {};
-    gmtime_r(&in_local, &time);
+    gmtime_r(&local, &time);
     time.tm_isdst = -1;
     const std::time_t instant = std::mktime(&time);
     if (instant == -1)
@@ -25,7 +25,7 @@ static std::time_t instantOf(std::time_t in_local) {
     // A local time that the clocks jump over gets the offset before or behind the gap, by what the C library
     // converted last.  The one before counts: what mktime shows is then later than what it was asked for.
     const std::time_t shown = timegm(&time);
-    return shown < in_local ? instant + (in_local - shown) : instant;
+    return shown < local ? instant + (local - shown) : instant;
 }
 
 std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int64_t *outp_unixTime) {
@@ -55,30 +55,30 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
 
 // The local time of a record on a plain day, without the conversions to the instant and back.  False for any
 // other.
-static bool shiftOnPlainDay(const GEN_generalizedTime &in_time, GEN_generalizedTime *outp_localTime) {
+static bool shiftOnPlainDay(const GEN_generalizedTime &time, GEN_generalizedTime *localTime) {
     using namespace std::chrono;
-    const std::int32_t fullYear = yearForTm(in_time) + kTmEpoch;
-    if (fullYear < 1 || fullYear > 9998 || in_time.month < 1 || in_time.month > 12)
+    const std::int32_t fullYear = yearForTm(time) + kTmEpoch;
+    if (fullYear < 1 || fullYear > 9998 || time.month < 1 || time.month > 12)
         return false;
-    const sys_days monthStart = year{fullYear} / month{static_cast<unsigned>(in_time.month)} / 1;
-    const std::int32_t minutes = in_time.utc == 1 ? in_time.minute : in_time.minute + in_time.mindiff;
-    const sys_seconds local = monthStart + days{in_time.day - 1} + hours{in_time.hour} +
-                              std::chrono::minutes{minutes} + seconds{in_time.second - _timezone};
+    const sys_days monthStart = year{fullYear} / month{static_cast<unsigned>(time.month)} / 1;
+    const std::int32_t minutes = time.utc == 1 ? time.minute : time.minute + time.mindiff;
+    const sys_seconds local = monthStart + days{time.day - 1} + hours{time.hour} +
+                              std::chrono::minutes{minutes} + seconds{time.second - _timezone};
     const sys_days date = floor<days>(local);
     if (!ALA__IsPlainDay(static_cast<std::int32_t>(date.time_since_epoch().count())))
         return false;
     const year_month_day calendar{date};
     const hh_mm_ss clock{local - date};
-    const auto narrow = [](auto in_number) { return static_cast<std::int16_t>(in_number); };
-    *outp_localTime = {narrow(static_cast<int>(calendar.year())),
-                       narrow(static_cast<unsigned>(calendar.month())),
-                       narrow(static_cast<unsigned>(calendar.day())),
-                       narrow(clock.hours().count()),
-                       narrow(clock.minutes().count()),
-                       narrow(clock.seconds().count()),
-                       0,
-                       narrow(_timezone / 60),
-                       0};
+    const auto narrow = [](auto number) { return static_cast<std::int16_t>(number); };
+    *localTime = {narrow(static_cast<int>(calendar.year())),
+                  narrow(static_cast<unsigned>(calendar.month())),
+                  narrow(static_cast<unsigned>(calendar.day())),
+                  narrow(clock.hours().count()),
+                  narrow(clock.minutes().count()),
+                  narrow(clock.seconds().count()),
+                  0,
+                  narrow(_timezone / 60),
+                  0};
     return true;
 }
 
@@ -101,7 +101,7 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
                                       std::int32_t in_useUTC) {
     if (inp_time == nullptr)
         return 1;
-    const auto narrow = [](long in_number) { return static_cast<std::int16_t>(in_number); };
+    const auto narrow = [](long number) { return static_cast<std::int16_t>(number); };
     const bool countsFromEpoch = in_useUTC == 1;
     outp_target->year = narrow(countsFromEpoch ? inp_time->tm_year : inp_time->tm_year + kTmEpoch);
     outp_target->month = narrow(inp_time->tm_mon + 1);
@@ -116,15 +116,15 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
 }
 
 // Writes a number as that many digits, leading zeros included.
-static char *putDigits(char *outp_text, std::int32_t in_number, std::int32_t in_digits) {
-    for (std::int32_t i = in_digits; i-- > 0; in_number /= 10)
-        outp_text[i] = static_cast<char>('0' + in_number % 10);
-    return outp_text + in_digits;
+static char *putDigits(char *text, std::int32_t number, std::int32_t digits) {
+    for (std::int32_t i = digits; i-- > 0; number /= 10)
+        text[i] = static_cast<char>('0' + number % 10);
+    return text + digits;
 }
 
 std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time, char (&outp_text)[kClockTimeSize]) {
     const std::int32_t fullYear = yearForTm(in_time) + kTmEpoch;
-    const auto isPair = [](std::int32_t in_number) { return in_number >= 0 && in_number <= 99; };
+    const auto isPair = [](std::int32_t number) { return number >= 0 && number <= 99; };
     if (fullYear < 0 || fullYear > 9999 || !isPair(in_time.month) || !isPair(in_time.day) ||
         !isPair(in_time.hour) || !isPair(in_time.minute) || !isPair(in_time.second))
         return {};

@@ -5,8 +5,8 @@
 
 constexpr std::size_t kSmallest = 256;
 
-bool Text::grow(std::size_t in_size) {
-    const std::size_t wanted = std::max({in_size, 2 * capacity, kSmallest});
+bool Text::grow(std::size_t size) {
+    const std::size_t wanted = std::max({size, 2 * capacity, kSmallest});
     auto *grown = static_cast<char *>(std::realloc(own.get(), wanted));
     if (grown == nullptr)
         return false;
@@ -19,31 +19,31 @@ bool Text::grow(std::size_t in_size) {
     return true;
 }
 
-void Text::replace(char *in_text) {
-    own.reset(in_text);
-    text = in_text;
-    length = in_text != nullptr ? std::strlen(in_text) : 0;
-    capacity = in_text != nullptr ? length + 1 : 0;
+void Text::replace(char *givenText) {
+    own.reset(givenText);
+    text = givenText;
+    length = givenText != nullptr ? std::strlen(givenText) : 0;
+    capacity = givenText != nullptr ? length + 1 : 0;
 }
 
-void Text::add(std::string_view in_text) {
-    const std::size_t size = length + in_text.size() + 1;
+void Text::add(std::string_view givenText) {
+    const std::size_t size = length + givenText.size() + 1;
     if (noMemory || (size > capacity && !grow(size))) {
         noMemory = true;
         return;
     }
-    std::copy(in_text.begin(), in_text.end(), text + length);
-    length += in_text.size();
+    std::copy(givenText.begin(), givenText.end(), text + length);
+    length += givenText.size();
     text[length] = '\0';
 }
 
-void Text::add(const Text &in_text) {
-    if (in_text.failed())
+void Text::add(const Text &givenText) {
+    if (givenText.failed())
         fail();
-    add(std::string_view(in_text.c_str(), in_text.length));
+    add(std::string_view(givenText.c_str(), givenText.length));
 }
 
-void Text::addUpToNul(const void *inp_bytes, std::size_t in_length) {
-    const auto *characters = static_cast<const char *>(inp_bytes);
-    add({characters, strnlen(characters, in_length)});
+void Text::addUpToNul(const void *bytes, std::size_t givenLength) {
+    const auto *characters = static_cast<const char *>(bytes);
+    add({characters, strnlen(characters, givenLength)});
 }

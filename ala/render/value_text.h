@@ -13,22 +13,22 @@
 class Text {
 public:
     Text() = default;
-    Text(char *in_room, std::size_t in_capacity) : text(in_room), capacity(in_capacity) { *text = '\0'; }
+    Text(char *room, std::size_t givenCapacity) : text(room), capacity(givenCapacity) { *text = '\0'; }
 
-    void add(std::string_view in_text);
-    void add(char in_character) { add(std::string_view(&in_character, 1)); }
+    void add(std::string_view givenText);
+    void add(char character) { add(std::string_view(&character, 1)); }
     // Another text; one that failed fails this one.
-    void add(const Text &in_text);
-    // The characters up to a NUL, at most in_length.
-    void addUpToNul(const void *inp_bytes, std::size_t in_length);
+    void add(const Text &givenText);
+    // The characters up to a NUL, at most length.
+    void addUpToNul(const void *bytes, std::size_t givenLength);
     template <class Number>
-    void addNumber(Number in_number) {
+    void addNumber(Number number) {
         char digits[24];
-        add({digits, std::to_chars(digits, digits + sizeof digits, in_number).ptr});
+        add({digits, std::to_chars(digits, digits + sizeof digits, number).ptr});
     }
 
     // Becomes a text from malloc, which is taken over; null is an empty one.
-    void replace(char *in_text);
+    void replace(char *givenText);
 
     std::size_t size() const { return length; }
     const char *c_str() const { return text != nullptr ? text : ""; }
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    bool grow(std::size_t in_size);
+    bool grow(std::size_t size);
 
     Malloced<char> own;
     char *text = nullptr;     // in own or in the maker's buffer

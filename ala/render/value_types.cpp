@@ -78,6 +78,6 @@ static constexpr std::array<const RenderRow *, kTypes> rowsByType() {
 
 static constexpr std::array<const RenderRow *, kTypes> kRowsByType = rowsByType();
 
-const RenderRow *findRenderRow(AS_attrValType_t in_type) {
-    return in_type < kTypes ? kRowsByType[in_type] : nullptr;
+const RenderRow *findRenderRow(AS_attrValType_t type) {
+    return type < kTypes ? kRowsByType[type] : nullptr;
 }

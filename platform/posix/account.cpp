@@ -46,8 +46,8 @@ static auto lookUp(Lookup in_lookup, Take in_take) -> std::optional<decltype(in_
     return std::nullopt;
 }
 
-static Account accountOf(const passwd &in_entry) {
-    return {in_entry.pw_uid, splitAccountName(in_entry.pw_name)};
+static Account accountOf(const passwd &entry) {
+    return {entry.pw_uid, splitAccountName(entry.pw_name)};
 }
 
 std::optional<Account> accountOfId(uid_t in_id) {

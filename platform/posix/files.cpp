@@ -22,14 +22,14 @@ struct ReadAhead : OS_readAhead {
     unsigned char *block; // kBlockSize bytes, or null until the first read and after _close
 
     std::size_t left() const { return static_cast<std::size_t>(end - next); }
-    void fill(std::size_t in_size) {
+    void fill(std::size_t size) {
         next = block;
-        end = block + in_size;
+        end = block + size;
     }
-    std::size_t take(unsigned char *outp_bytes, std::size_t in_size) {
-        const std::size_t taken = std::min(in_size, left());
+    std::size_t take(unsigned char *bytes, std::size_t size) {
+        const std::size_t taken = std::min(size, left());
         if (taken != 0)
-            std::memcpy(outp_bytes, next, taken);
+            std::memcpy(bytes, next, taken);
         next += taken;
         return taken;
     }
@@ -40,59 +40,59 @@ struct ReadAhead : OS_readAhead {
 // Indexed by descriptor.  A descriptor belongs to one thread at a time, so its row needs no lock.
 static ReadAhead gReadAhead[kDescriptors];
 
-static ReadAhead *readAheadOf(int in_fd) {
-    if (in_fd < 0 || in_fd >= kDescriptors)
+static ReadAhead *readAheadOf(int fd) {
+    if (fd < 0 || fd >= kDescriptors)
         return nullptr;
     // Shows what the thread that closed the number's last file left behind (_close).
-    static_cast<void>(std::atomic_ref(gReadAhead[in_fd].block).load(std::memory_order_acquire));
-    return &gReadAhead[in_fd];
+    static_cast<void>(std::atomic_ref(gReadAhead[fd].block).load(std::memory_order_acquire));
+    return &gReadAhead[fd];
 }
 
-static ssize_t readOnce(int in_fd, void *outp_bytes, std::size_t in_size) {
+static ssize_t readOnce(int fd, void *bytes, std::size_t size) {
     ssize_t got;
     do
-        got = read(in_fd, outp_bytes, in_size);
+        got = read(fd, bytes, size);
     while (got < 0 && errno == EINTR);
     return got;
 }
 
 // Whether the descriptor's read-ahead, which is used up, can be filled in one block.
-static bool canReadAhead(ReadAhead *inout_ahead) {
-    if (inout_ahead == nullptr)
+static bool canReadAhead(ReadAhead *ahead) {
+    if (ahead == nullptr)
         return false;
-    if (inout_ahead->block == nullptr)
-        inout_ahead->block = static_cast<unsigned char *>(std::malloc(kBlockSize));
-    inout_ahead->fill(0);
-    return inout_ahead->block != nullptr;
+    if (ahead->block == nullptr)
+        ahead->block = static_cast<unsigned char *>(std::malloc(kBlockSize));
+    ahead->fill(0);
+    return ahead->block != nullptr;
 }
 
 // One read towards in_size bytes: through the block, or straight to the caller when that is as large.
-static ssize_t readSome(int in_fd, ReadAhead *inout_ahead, unsigned char *outp_bytes, std::size_t in_size) {
-    if (in_size >= kBlockSize || !canReadAhead(inout_ahead))
-        return readOnce(in_fd, outp_bytes, in_size);
-    const ssize_t got = readOnce(in_fd, inout_ahead->block, kBlockSize);
+static ssize_t readSome(int fd, ReadAhead *ahead, unsigned char *bytes, std::size_t size) {
+    if (size >= kBlockSize || !canReadAhead(ahead))
+        return readOnce(fd, bytes, size);
+    const ssize_t got = readOnce(fd, ahead->block, kBlockSize);
     if (got <= 0)
         return got;
-    inout_ahead->fill(static_cast<std::size_t>(got));
-    return static_cast<ssize_t>(inout_ahead->take(outp_bytes, in_size));
+    ahead->fill(static_cast<std::size_t>(got));
+    return static_cast<ssize_t>(ahead->take(bytes, size));
 }
 
 // A failed read has read nothing: the position goes back before the bytes that came first.  What cannot seek
 // has lost them.
-static int failRead(int in_fd, std::size_t in_done) {
+static int failRead(int fd, std::size_t done) {
     const int error = errno;
-    if (in_done != 0)
-        static_cast<void>(lseek(in_fd, -static_cast<off_t>(in_done), SEEK_CUR));
+    if (done != 0)
+        static_cast<void>(lseek(fd, -static_cast<off_t>(done), SEEK_CUR));
     errno = error;
     return -1;
 }
 
-static int readFully(int in_fd, ReadAhead *inout_ahead, unsigned char *outp_bytes, std::size_t in_size) {
-    std::size_t done = inout_ahead != nullptr ? inout_ahead->take(outp_bytes, in_size) : 0;
-    while (done < in_size) {
-        const ssize_t got = readSome(in_fd, inout_ahead, outp_bytes + done, in_size - done);
+static int readFully(int fd, ReadAhead *ahead, unsigned char *bytes, std::size_t size) {
+    std::size_t done = ahead != nullptr ? ahead->take(bytes, size) : 0;
+    while (done < size) {
+        const ssize_t got = readSome(fd, ahead, bytes + done, size - done);
         if (got < 0)
-            return failRead(in_fd, done);
+            return failRead(fd, done);
         if (got == 0)
             break;
         done += static_cast<std::size_t>(got);

@@ -54,13 +54,13 @@ bool writeTokenGroups(const std::vector<gid_t> &in_groups, void *outp_info, DWOR
     return true;
 }
 
-static std::optional<Sid> readSid(const void *inp_sid) {
+static std::optional<Sid> readSid(const void *givenSid) {
     Sid sid = {};
-    std::memcpy(&sid, inp_sid, offsetof(Sid, subAuthority));
+    std::memcpy(&sid, givenSid, offsetof(Sid, subAuthority));
     const Sid ours = makeSid(0, 0);
     if (std::memcmp(&sid, &ours, offsetof(Sid, subAuthority)) != 0)
         return std::nullopt; // one of another kind may be shorter than ours
-    std::memcpy(&sid, inp_sid, sizeof sid);
+    std::memcpy(&sid, givenSid, sizeof sid);
     return sid;
 }
 
@@ -73,8 +73,8 @@ struct NamedSid {
 
 } // namespace
 
-static std::optional<NamedSid> accountOfSid(const Sid &in_sid) {
-    const auto [kind, id] = in_sid.subAuthority;
+static std::optional<NamedSid> accountOfSid(const Sid &sid) {
+    const auto [kind, id] = sid.subAuthority;
     if (kind == kSidOfUser) {
         if (const std::optional<Account> account = accountOfId(id))
             return NamedSid{account->name, SidTypeUser};

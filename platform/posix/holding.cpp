@@ -24,20 +24,20 @@ constexpr int kLinks = 40; // that a path may lead through, as for the kernel
 
 // ---- Identity ----
 
-static std::int64_t nanoseconds(const std::timespec &in_time) {
-    return in_time.tv_sec * kSecond + in_time.tv_nsec;
+static std::int64_t nanoseconds(const std::timespec &time) {
+    return time.tv_sec * kSecond + time.tv_nsec;
 }
 
-static int identify(int in_result, const struct stat &in_status, OS_fileIdentity *outp_identity) {
-    if (in_result != 0)
+static int identify(int result, const struct stat &status, OS_fileIdentity *identity) {
+    if (result != 0)
         return -1;
-    *outp_identity = {in_status.st_dev,
-                      in_status.st_ino,
-                      in_status.st_size,
-                      nanoseconds(in_status.st_mtim),
-                      nanoseconds(in_status.st_ctim),
-                      in_status.st_nlink,
-                      S_ISREG(in_status.st_mode)};
+    *identity = {status.st_dev,
+                 status.st_ino,
+                 status.st_size,
+                 nanoseconds(status.st_mtim),
+                 nanoseconds(status.st_ctim),
+                 status.st_nlink,
+                 S_ISREG(status.st_mode)};
     return 0;
 }
 
@@ -105,18 +105,18 @@ int OS_MoveName(const char *inp_from, const char *inp_to) {
 }
 
 // The path one symbolic link further; null when the path is no link, or memory runs out.
-static Malloced<char> follow(const char *inp_path) {
+static Malloced<char> follow(const char *givenPath) {
     char target[PATH_MAX];
-    const ssize_t length = readlink(inp_path, target, sizeof target - 1);
+    const ssize_t length = readlink(givenPath, target, sizeof target - 1);
     if (length <= 0)
         return nullptr;
     target[length] = '\0';
-    const char *slash = target[0] == '/' ? nullptr : std::strrchr(inp_path, '/');
-    const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - inp_path) + 1 : 0;
+    const char *slash = target[0] == '/' ? nullptr : std::strrchr(givenPath, '/');
+    const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - givenPath) + 1 : 0;
     Malloced<char> path(static_cast<char *>(std::malloc(folder + static_cast<std::size_t>(length) + 1)));
     if (path == nullptr)
         return nullptr;
-    std::memcpy(path.get(), inp_path, folder);
+    std::memcpy(path.get(), givenPath, folder);
     std::memcpy(path.get() + folder, target, static_cast<std::size_t>(length) + 1);
     return path;
 }

@@ -14,11 +14,11 @@ static thread_local DWORD gLastError = 0;
 
 // The caller asks for the user part that GetUserNameA gave, which need not be the full name of any account,
 // or may be that of another one: so the caller's own account comes first.
-static std::optional<Account> findAccount(const char *inp_name) {
+static std::optional<Account> findAccount(const char *name) {
     std::optional<Account> caller = accountOfId(getuid());
-    if (caller && caller->name.name == inp_name)
+    if (caller && caller->name.name == name)
         return caller;
-    return accountOfName(inp_name);
+    return accountOfName(name);
 }
 
 extern "C" {

@@ -5,7 +5,7 @@
 
 constexpr std::string_view kBlanks = " \t";
 
-LineScanner::LineScanner(std::string_view in_line) : rest(in_line) {
+LineScanner::LineScanner(std::string_view line) : rest(line) {
     if (rest.ends_with('\r'))
         rest.remove_suffix(1);
     rest = rest.substr(0, rest.find_last_not_of(kBlanks) + 1);
@@ -20,14 +20,14 @@ bool LineScanner::atEnd() const {
     return first == std::string_view::npos || rest[first] == ';';
 }
 
-bool LineScanner::take(char in_character) {
-    return take(std::string_view(&in_character, 1));
+bool LineScanner::take(char character) {
+    return take(std::string_view(&character, 1));
 }
 
-bool LineScanner::take(std::string_view in_word) {
-    if (!rest.starts_with(in_word))
+bool LineScanner::take(std::string_view word) {
+    if (!rest.starts_with(word))
         return false;
-    rest.remove_prefix(in_word.size());
+    rest.remove_prefix(word.size());
     return true;
 }
 
@@ -44,13 +44,13 @@ std::optional<std::string_view> LineScanner::takeToBracket() {
     return std::nullopt;
 }
 
-bool LineScanner::takeQuoted(std::string &outp_text) {
+bool LineScanner::takeQuoted(std::string &text) {
     if (!rest.starts_with('"'))
         return false;
     std::string taken;
     for (std::size_t i = 1; i < rest.size(); ++i) {
         if (rest[i] == '"') {
-            outp_text = std::move(taken);
+            text = std::move(taken);
             rest.remove_prefix(i + 1);
             return true;
         }
@@ -61,11 +61,11 @@ bool LineScanner::takeQuoted(std::string &outp_text) {
     return false;
 }
 
-std::optional<DWORD> LineScanner::takeHex(std::size_t in_fewest, std::size_t in_most) {
+std::optional<DWORD> LineScanner::takeHex(std::size_t fewest, std::size_t most) {
     DWORD number = 0;
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number, 16);
     const auto digits = static_cast<std::size_t>(end - rest.data());
-    if (error != std::errc() || digits < in_fewest || digits > in_most)
+    if (error != std::errc() || digits < fewest || digits > most)
         return std::nullopt;
     rest.remove_prefix(digits);
     return number;

@@ -11,19 +11,19 @@
 class LineScanner {
 public:
     LineScanner() = default;
-    explicit LineScanner(std::string_view in_line);
+    explicit LineScanner(std::string_view line);
 
     std::string_view all() const { return rest; }
     void skipBlanks();
     // Only blanks and a comment are left.
     bool atEnd() const;
-    bool take(char in_character);
-    bool take(std::string_view in_word);
+    bool take(char character);
+    bool take(std::string_view word);
     // Up to the closing bracket of a key, which ends the line; names of keys may hold brackets of their own.
     std::optional<std::string_view> takeToBracket();
     // A text in quotation marks, without its escapes.
-    bool takeQuoted(std::string &outp_text);
-    std::optional<DWORD> takeHex(std::size_t in_fewest, std::size_t in_most);
+    bool takeQuoted(std::string &text);
+    std::optional<DWORD> takeHex(std::size_t fewest, std::size_t most);
     bool takeContinuation();
 
 private:

@@ -8,9 +8,9 @@
 
 class NameBuffer {
 public:
-    // in_name must outlive this.
-    NameBuffer(char *outp_text, DWORD *inoutp_size, const std::string &in_name)
-        : text(outp_text), size(inoutp_size), name(in_name) {}
+    // name must outlive this.
+    NameBuffer(char *givenText, DWORD *givenSize, const std::string &givenName)
+        : text(givenText), size(givenSize), name(givenName) {}
 
     bool fits() const { return text != nullptr && name.size() < *size; }
     void tellNeeded() { *size = static_cast<DWORD>(name.size() + 1); }

@@ -13,15 +13,15 @@ constexpr char kWorkstationKey[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanW
 
 static char gNetworkLibrary; // stands for the one library
 
-static std::wstring wideOf(std::string_view in_text) {
+static std::wstring wideOf(std::string_view text) {
     std::wstring wide;
-    while (!in_text.empty())
-        wide.push_back(static_cast<wchar_t>(takeUtf8(in_text)));
+    while (!text.empty())
+        wide.push_back(static_cast<wchar_t>(takeUtf8(text)));
     return wide;
 }
 
 // The group that the machine's registry names.  A Win32 error code.
-static LONG readLanGroup(std::string *outp_group) {
+static LONG readLanGroup(std::string *group) {
     HKEY key = nullptr;
     if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, kWorkstationKey, 0, KEY_QUERY_VALUE, &key);
         result != ERROR_SUCCESS)
@@ -35,32 +35,32 @@ static LONG readLanGroup(std::string *outp_group) {
     if (result == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
         return ERROR_FILE_NOT_FOUND;
     if (result == ERROR_SUCCESS)
-        *outp_group = text;
+        *group = text;
     return result;
 }
 
 // One block: the record, and its texts behind it.
-static BYTE *makeInfo(const std::wstring &in_computer, const std::wstring &in_group) {
-    const std::size_t computerLength = in_computer.size() + 1;
-    const std::size_t groupLength = in_group.size() + 1;
+static BYTE *makeInfo(const std::wstring &givenComputer, const std::wstring &givenGroup) {
+    const std::size_t computerLength = givenComputer.size() + 1;
+    const std::size_t groupLength = givenGroup.size() + 1;
     void *block = std::calloc(sizeof(WKSTA_INFO_101) + (computerLength + groupLength) * sizeof(wchar_t), 1);
     if (block == nullptr)
         return nullptr;
     auto *info = static_cast<WKSTA_INFO_101 *>(block);
     auto *computer = reinterpret_cast<wchar_t *>(info + 1);
-    in_computer.copy(computer, in_computer.size());
+    givenComputer.copy(computer, givenComputer.size());
     wchar_t *group = computer + computerLength;
-    in_group.copy(group, in_group.size());
+    givenGroup.copy(group, givenGroup.size());
 
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
     GetVersionExA(&version);
-    *info = {VER_PLATFORM_WIN32_NT,  computer, group, version.dwMajorVersion, version.dwMinorVersion,
-             group + in_group.size()}; // no folder of a network client: an empty text
+    *info = {VER_PLATFORM_WIN32_NT,    computer, group, version.dwMajorVersion, version.dwMinorVersion,
+             group + givenGroup.size()}; // no folder of a network client: an empty text
     return static_cast<BYTE *>(block);
 }
 
-static DWORD workstationInfo(BYTE **outp_buffer) {
+static DWORD workstationInfo(BYTE **buffer) {
     std::string group;
     if (const LONG result = readLanGroup(&group); result != ERROR_SUCCESS)
         return static_cast<DWORD>(result);
@@ -68,16 +68,16 @@ static DWORD workstationInfo(BYTE **outp_buffer) {
     DWORD size = sizeof computer;
     if (GetComputerNameA(computer, &size) == 0)
         return GetLastError();
-    *outp_buffer = makeInfo(wideOf(computer), wideOf(group));
-    return *outp_buffer != nullptr ? ERROR_SUCCESS : DWORD{ERROR_NOT_ENOUGH_MEMORY};
+    *buffer = makeInfo(wideOf(computer), wideOf(group));
+    return *buffer != nullptr ? ERROR_SUCCESS : DWORD{ERROR_NOT_ENOUGH_MEMORY};
 }
 
-static std::string narrowOf(std::wstring_view in_wide, const char *inp_default, bool *outp_usedDefault) {
+static std::string narrowOf(std::wstring_view wide, const char *fallback, bool *usedDefault) {
     std::string text;
-    for (const wchar_t character : in_wide) {
+    for (const wchar_t character : wide) {
         if (!appendUtf8(text, static_cast<char32_t>(character))) {
-            text += inp_default;
-            *outp_usedDefault = true;
+            text += fallback;
+            *usedDefault = true;
         }
     }
     return text;

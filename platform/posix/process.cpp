@@ -28,23 +28,23 @@ void OS_PrepareProcess() {
     }
 }
 
-static void endBy(int in_signal) {
-    std::signal(in_signal, SIG_DFL);
+static void endBy(int signal) {
+    std::signal(signal, SIG_DFL);
     sigset_t only;
     sigemptyset(&only);
-    sigaddset(&only, in_signal);
-    std::raise(in_signal);
+    sigaddset(&only, signal);
+    std::raise(signal);
     sigprocmask(SIG_UNBLOCK, &only, nullptr);
 }
 
-static void note(int in_signal) {
+static void note(int signal) {
     std::timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
     if (notedSignal == 0) {
-        notedSignal = in_signal;
+        notedSignal = signal;
         notedAt = now;
     } else if ((now.tv_sec - notedAt.tv_sec) * 1'000'000'000 + now.tv_nsec - notedAt.tv_nsec > kAtOnce) {
-        endBy(in_signal);
+        endBy(signal);
     }
 }
 

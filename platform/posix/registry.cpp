@@ -45,21 +45,21 @@ struct Trouble {
 static std::mutex gTroubleLock;
 static Trouble gTrouble; // told last
 
-static LONG refuseFile(const Trouble &in_trouble, std::int32_t in_line = __builtin_LINE()) {
+static LONG refuseFile(const Trouble &trouble, std::int32_t line = __builtin_LINE()) {
     const std::lock_guard guard(gTroubleLock);
     const OS_reporter reporter = gReporter.load();
-    if (reporter != nullptr && in_trouble != gTrouble) {
-        reporter(__FILE__, in_line, in_trouble.text.c_str());
-        gTrouble = in_trouble;
+    if (reporter != nullptr && trouble != gTrouble) {
+        reporter(__FILE__, line, trouble.text.c_str());
+        gTrouble = trouble;
     }
     return ERROR_REGISTRY_CORRUPT;
 }
 
 // Of a file and what could be read of it.
-static std::size_t stateOf(int in_fd, const std::string &in_bytes) {
+static std::size_t stateOf(int fd, const std::string &bytes) {
     struct stat status = {};
-    static_cast<void>(fstat(in_fd, &status)); // one that did not open has the same state throughout
-    return std::hash<std::string>{}(in_bytes) + status.st_ino + status.st_mode;
+    static_cast<void>(fstat(fd, &status)); // one that did not open has the same state throughout
+    return std::hash<std::string>{}(bytes) + status.st_ino + status.st_mode;
 }
 
 static const char *registryPath() {
@@ -68,28 +68,28 @@ static const char *registryPath() {
 }
 
 // All of an open regular file, or why it cannot be had.
-static std::string readAll(int in_fd, std::string *outp_bytes) {
+static std::string readAll(int fd, std::string *bytes) {
     struct stat status;
-    if (fstat(in_fd, &status) != 0)
+    if (fstat(fd, &status) != 0)
         return std::generic_category().message(errno);
     if (!S_ISREG(status.st_mode))
         return "no regular file";
-    outp_bytes->reserve(std::min(static_cast<std::size_t>(status.st_size), kMostBytes) + kPiece);
+    bytes->reserve(std::min(static_cast<std::size_t>(status.st_size), kMostBytes) + kPiece);
     for (std::size_t size = 0; size <= kMostBytes;) {
-        outp_bytes->resize(size + kPiece);
-        const ssize_t got = read(in_fd, outp_bytes->data() + size, kPiece);
+        bytes->resize(size + kPiece);
+        const ssize_t got = read(fd, bytes->data() + size, kPiece);
         if (got < 0 && errno != EINTR)
             return std::generic_category().message(errno);
         size += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
         if (got == 0) {
-            outp_bytes->resize(size);
+            bytes->resize(size);
             return "";
         }
     }
     return "larger than 64 MiB";
 }
 
-static LONG loadRegistry(Registry &outp_registry) {
+static LONG loadRegistry(Registry &registry) {
     const std::string path = registryPath();
     // Without O_NONBLOCK a named pipe in the file's place would wait for a writer.
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -100,43 +100,42 @@ static LONG loadRegistry(Registry &outp_registry) {
         file.get() < 0 ? std::generic_category().message(errno) : readAll(file.get(), &bytes);
     if (!trouble.empty())
         return refuseFile({path + ": " + trouble, stateOf(file.get(), bytes)});
-    if (const std::optional<RegistryFault> fault = parseRegistry(bytes, outp_registry))
+    if (const std::optional<RegistryFault> fault = parseRegistry(bytes, registry))
         return refuseFile(
             {path + ":" + std::to_string(fault->line) + ": " + fault->reason, stateOf(file.get(), bytes)});
     return ERROR_SUCCESS;
 }
 
-static LONG openKey(const char *inp_path, HKEY *outp_key) {
+static LONG openKey(const char *path, HKEY *givenKey) {
     Registry registry;
     if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS)
         return result;
-    std::optional<RegistryKey> key = registry.take(inp_path);
+    std::optional<RegistryKey> key = registry.take(path);
     if (!key)
         return ERROR_FILE_NOT_FOUND;
-    *outp_key = std::make_unique<OS_registryKey>(OS_registryKey{std::move(*key)}).release();
+    *givenKey = std::make_unique<OS_registryKey>(OS_registryKey{std::move(*key)}).release();
     return ERROR_SUCCESS;
 }
 
 // A key that was opened here; the predefined one holds no values of its own.
-static bool isOpenKey(HKEY in_key) {
-    return in_key != nullptr && in_key != HKEY_LOCAL_MACHINE;
+static bool isOpenKey(HKEY key) {
+    return key != nullptr && key != HKEY_LOCAL_MACHINE;
 }
 
 // Type and data of a value.  The data may be left out; a buffer needs its size.
-static LONG deliver(const RegistryValue &in_value, DWORD *outp_type, BYTE *outp_data,
-                    DWORD *inoutp_dataSize) {
-    if (outp_data != nullptr && inoutp_dataSize == nullptr)
+static LONG deliver(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *dataSize) {
+    if (data != nullptr && dataSize == nullptr)
         return ERROR_INVALID_PARAMETER;
-    if (outp_type != nullptr)
-        *outp_type = in_value.type;
-    if (inoutp_dataSize == nullptr)
+    if (type != nullptr)
+        *type = value.type;
+    if (dataSize == nullptr)
         return ERROR_SUCCESS;
-    const bool fits = outp_data == nullptr || in_value.data.size() <= *inoutp_dataSize;
-    *inoutp_dataSize = static_cast<DWORD>(in_value.data.size());
+    const bool fits = data == nullptr || value.data.size() <= *dataSize;
+    *dataSize = static_cast<DWORD>(value.data.size());
     if (!fits)
         return ERROR_MORE_DATA;
-    if (outp_data != nullptr)
-        in_value.data.copy(reinterpret_cast<char *>(outp_data), in_value.data.size());
+    if (data != nullptr)
+        value.data.copy(reinterpret_cast<char *>(data), value.data.size());
     return ERROR_SUCCESS;
 }
 

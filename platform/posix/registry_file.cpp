@@ -18,35 +18,35 @@ constexpr const char *kBadKey = "malformed key";
 constexpr const char *kBadValue = "malformed value";
 constexpr const char *kNoKey = "value outside a key";
 
-static std::string lowered(std::string_view in_name) {
-    std::string name(in_name);
+static std::string lowered(std::string_view givenName) {
+    std::string name(givenName);
     for (char &byte : name)
         if (byte >= 'A' && byte <= 'Z')
             byte = static_cast<char>(byte + ('a' - 'A'));
     return name;
 }
 
-void RegistryKey::set(RegistryValue in_value) {
-    const auto [place, isNew] = places.try_emplace(lowered(in_value.name), values.size());
+void RegistryKey::set(RegistryValue value) {
+    const auto [place, isNew] = places.try_emplace(lowered(value.name), values.size());
     if (isNew) {
-        values.push_back(std::move(in_value));
+        values.push_back(std::move(value));
     } else {
-        values[place->second].type = in_value.type;
-        values[place->second].data = std::move(in_value.data);
+        values[place->second].type = value.type;
+        values[place->second].data = std::move(value.data);
     }
 }
 
-const RegistryValue *RegistryKey::find(std::string_view in_name) const {
-    const auto place = places.find(lowered(in_name));
+const RegistryValue *RegistryKey::find(std::string_view name) const {
+    const auto place = places.find(lowered(name));
     return place != places.end() ? &values[place->second] : nullptr;
 }
 
-RegistryKey &Registry::make(std::string_view in_path) {
-    return keys[lowered(in_path)];
+RegistryKey &Registry::make(std::string_view path) {
+    return keys[lowered(path)];
 }
 
-std::optional<RegistryKey> Registry::take(std::string_view in_path) {
-    std::string path = lowered(in_path);
+std::optional<RegistryKey> Registry::take(std::string_view givenPath) {
+    std::string path = lowered(givenPath);
     if (auto found = keys.extract(path); !found.empty())
         return std::move(found.mapped());
     if (path.empty())
@@ -61,7 +61,7 @@ namespace {
 
 class Parser {
 public:
-    Parser(std::string_view in_text, Registry &inout_registry) : text(in_text), registry(inout_registry) {}
+    Parser(std::string_view givenText, Registry &givenRegistry) : text(givenText), registry(givenRegistry) {}
 
     std::optional<RegistryFault> parse();
 
@@ -71,10 +71,10 @@ private:
     const char *statement();
     const char *section();
     const char *value();
-    bool data(RegistryValue &outp_value);
-    bool number(std::string &outp_data);
-    bool hexData(RegistryValue &outp_value);
-    bool hexBytes(std::string &outp_data);
+    bool data(RegistryValue &value);
+    bool number(std::string &data);
+    bool hexData(RegistryValue &value);
+    bool hexBytes(std::string &data);
     bool joinContinued();
 
     std::string_view text; // what is left behind the current line
@@ -132,7 +132,7 @@ const char *Parser::section() {
     const std::string_view path = bracketed->substr(std::min(rootEnd + 1, bracketed->size()));
     const bool hasEmptyName = bracketed->ends_with('\\') || bracketed->find("\\\\") != std::string_view::npos;
     const bool isOurs = root == lowered(kLocalMachine);
-    const auto isRoot = [&](std::string_view in_root) { return root == lowered(in_root); };
+    const auto isRoot = [&](std::string_view givenRoot) { return root == lowered(givenRoot); };
     if (hasEmptyName || (!isOurs && std::none_of(std::begin(kOtherRoots), std::end(kOtherRoots), isRoot)))
         return kBadKey;
     inSection = true;
@@ -157,51 +157,50 @@ const char *Parser::value() {
     return nullptr;
 }
 
-bool Parser::data(RegistryValue &outp_value) {
-    if (line.takeQuoted(outp_value.data)) {
-        outp_value.data.push_back('\0');
+bool Parser::data(RegistryValue &value) {
+    if (line.takeQuoted(value.data)) {
+        value.data.push_back('\0');
         return true;
     }
     if (line.take("dword:")) {
-        outp_value.type = REG_DWORD;
-        return number(outp_value.data);
+        value.type = REG_DWORD;
+        return number(value.data);
     }
-    return hexData(outp_value);
+    return hexData(value);
 }
 
-bool Parser::number(std::string &outp_data) {
+bool Parser::number(std::string &data) {
     const std::optional<DWORD> read = line.takeHex(1, 8);
     for (unsigned shift = 0; read && shift < 32; shift += 8)
-        outp_data.push_back(static_cast<char>(*read >> shift & 0xFF));
+        data.push_back(static_cast<char>(*read >> shift & 0xFF));
     return read.has_value();
 }
 
-bool Parser::hexData(RegistryValue &outp_value) {
-    outp_value.type = REG_BINARY;
+bool Parser::hexData(RegistryValue &value) {
+    value.type = REG_BINARY;
     if (line.take("hex(")) {
         const std::optional<DWORD> type = line.takeHex(1, 8);
         if (!type || !line.take("):"))
             return false;
-        outp_value.type = *type;
+        value.type = *type;
     } else if (!line.take("hex:")) {
         return false;
     }
-    if (!hexBytes(outp_value.data))
+    if (!hexBytes(value.data))
         return false;
-    const bool isText =
-        outp_value.type == REG_SZ || outp_value.type == REG_EXPAND_SZ || outp_value.type == REG_MULTI_SZ;
+    const bool isText = value.type == REG_SZ || value.type == REG_EXPAND_SZ || value.type == REG_MULTI_SZ;
     if (!isText || !wideTexts)
         return true;
-    if (outp_value.data.size() % 2 != 0)
+    if (value.data.size() % 2 != 0)
         return false;
-    outp_value.data = utf8FromUtf16(outp_value.data, false);
-    if (!outp_value.data.ends_with('\0'))
-        outp_value.data.push_back('\0');
+    value.data = utf8FromUtf16(value.data, false);
+    if (!value.data.ends_with('\0'))
+        value.data.push_back('\0');
     return true;
 }
 
 // Pairs of digits with commas between them, over as many lines as are continued.
-bool Parser::hexBytes(std::string &outp_data) {
+bool Parser::hexBytes(std::string &data) {
     if (!joinContinued())
         return false;
     if (line.atEnd())
@@ -212,7 +211,7 @@ bool Parser::hexBytes(std::string &outp_data) {
         const std::optional<DWORD> byte = line.takeHex(2, 2);
         if (!byte || !joinContinued())
             return false;
-        outp_data.push_back(static_cast<char>(*byte));
+        data.push_back(static_cast<char>(*byte));
     } while (line.take(','));
     return true;
 }

@@ -23,8 +23,8 @@ struct RegistryValue {
 class RegistryKey {
 public:
     // A value that is there already, in any case, gets the new type and data and keeps its place.
-    void set(RegistryValue in_value);
-    const RegistryValue *find(std::string_view in_name) const;
+    void set(RegistryValue value);
+    const RegistryValue *find(std::string_view name) const;
     const std::vector<RegistryValue> &all() const { return values; }
 
 private:
@@ -35,10 +35,10 @@ private:
 // The keys below HKEY_LOCAL_MACHINE.  Paths are relative to it and compare without case.
 class Registry {
 public:
-    RegistryKey &make(std::string_view in_path);
+    RegistryKey &make(std::string_view path);
     // Removes the key and gives it.  A key is also there when only one below it was made; then it has no
     // values.
-    std::optional<RegistryKey> take(std::string_view in_path);
+    std::optional<RegistryKey> take(std::string_view path);
 
 private:
     std::map<std::string, RegistryKey> keys; // by path in lower case

@@ -18,10 +18,10 @@ struct Ids {
 static const Ids kLent = {geteuid(), getegid()};
 static const Ids kCallers = {getuid(), getgid()};
 
-static void use(const Ids &in_ids) {
-    if (getegid() != in_ids.group && setegid(in_ids.group) != 0)
+static void use(const Ids &ids) {
+    if (getegid() != ids.group && setegid(ids.group) != 0)
         std::abort();
-    if (geteuid() != in_ids.user && seteuid(in_ids.user) != 0)
+    if (geteuid() != ids.user && seteuid(ids.user) != 0)
         std::abort();
 }
 

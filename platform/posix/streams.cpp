@@ -44,13 +44,13 @@ int OS_SyncFolderOf(const char *inp_path) {
     return result;
 }
 
-static ssize_t writeTo(void *inp_stream, const char *inp_bytes, std::size_t in_size) {
-    const auto *stream = static_cast<const Stream *>(inp_stream);
-    return static_cast<ssize_t>(stream->writer(stream->context, inp_bytes, in_size));
+static ssize_t writeTo(void *givenStream, const char *bytes, std::size_t size) {
+    const auto *stream = static_cast<const Stream *>(givenStream);
+    return static_cast<ssize_t>(stream->writer(stream->context, bytes, size));
 }
 
-static int closeStream(void *inp_stream) {
-    std::free(inp_stream);
+static int closeStream(void *stream) {
+    std::free(stream);
     return 0;
 }
 

@@ -20,32 +20,32 @@
 #include "platform/posix/utf8.h"
 
 // Case is folded without regard to the process's locale: names must not match in one language alone.
-static int lower(char in_byte) {
-    const auto byte = static_cast<unsigned char>(in_byte);
+static int lower(char givenByte) {
+    const auto byte = static_cast<unsigned char>(givenByte);
     return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
 }
 
 // A character's lower case in any alphabet.  The locale is made once and stays; without it only ASCII folds.
 // No other character folds into ASCII, as the sign of the kelvin would: a name in ASCII has no look-alike.
-static char32_t lowerCharacter(char32_t in_character) {
+static char32_t lowerCharacter(char32_t character) {
     static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    if (in_character < 0x80)
-        return static_cast<char32_t>(lower(static_cast<char>(in_character)));
+    if (character < 0x80)
+        return static_cast<char32_t>(lower(static_cast<char>(character)));
     if (unicode == nullptr)
-        return in_character;
-    const auto folded = static_cast<char32_t>(towlower_l(static_cast<wint_t>(in_character), unicode));
-    return folded < 0x80 ? in_character : folded;
+        return character;
+    const auto folded = static_cast<char32_t>(towlower_l(static_cast<wint_t>(character), unicode));
+    return folded < 0x80 ? character : folded;
 }
 
 // The environment is read without a lock, by the C library too, and what was found may be kept.  So its array
 // is not changed but exchanged, and no array and no text is ever released; each is there once.
-static int assign(const char *inp_assignment) {
-    const char *equals = std::strchr(inp_assignment, '=');
-    if (equals == nullptr || equals == inp_assignment) {
+static int assign(const char *assignment) {
+    const char *equals = std::strchr(assignment, '=');
+    if (equals == nullptr || equals == assignment) {
         errno = EINVAL;
         return -1;
     }
-    const std::string name(inp_assignment, equals);
+    const std::string name(assignment, equals);
     const bool remains = equals[1] != '\0';
     static std::mutex lock;
     const std::lock_guard guard(lock);
@@ -56,10 +56,10 @@ static int assign(const char *inp_assignment) {
     static auto &arrays = *new std::set<std::vector<const char *>>;
     std::vector<const char *> next;
     for (char **at = environ; at != nullptr && *at != nullptr; ++at)
-        if (std::strncmp(*at, inp_assignment, name.size() + 1) != 0)
+        if (std::strncmp(*at, assignment, name.size() + 1) != 0)
             next.push_back(*at);
     if (remains)
-        next.push_back(texts.insert(inp_assignment).first->c_str());
+        next.push_back(texts.insert(assignment).first->c_str());
     next.push_back(nullptr);
     char **array = const_cast<char **>(arrays.insert(std::move(next)).first->data());
     std::atomic_ref(environ).store(array, std::memory_order_release);

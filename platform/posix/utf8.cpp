@@ -4,15 +4,15 @@
 
 constexpr char32_t kLastCharacter = 0x10FFFF;
 
-static bool isSurrogate(char32_t in_number) {
-    return in_number >= 0xD800 && in_number <= 0xDFFF;
+static bool isSurrogate(char32_t number) {
+    return number >= 0xD800 && number <= 0xDFFF;
 }
-static bool isStrayByte(char32_t in_number) {
-    return in_number >= kStrayByte + 0x80 && in_number <= kStrayByte + 0xFF;
+static bool isStrayByte(char32_t number) {
+    return number >= kStrayByte + 0x80 && number <= kStrayByte + 0xFF;
 }
 
-static unsigned char byteAt(std::string_view in_text, std::size_t in_index) {
-    return static_cast<unsigned char>(in_text[in_index]);
+static unsigned char byteAt(std::string_view text, std::size_t index) {
+    return static_cast<unsigned char>(text[index]);
 }
 
 namespace {
@@ -30,17 +30,17 @@ constexpr Form kForms[] = {
     {1, 0x80, 0x00, 0}, {2, 0xE0, 0xC0, 0x80}, {3, 0xF0, 0xE0, 0x800}, {4, 0xF8, 0xF0, 0x10000}};
 
 // The character that begins a text in a form, or a number beyond all characters if none does.
-static char32_t decode(std::string_view in_text, const Form &in_form) {
-    const unsigned char first = byteAt(in_text, 0);
-    if ((first & in_form.mask) != in_form.lead || in_text.size() < in_form.length)
+static char32_t decode(std::string_view text, const Form &form) {
+    const unsigned char first = byteAt(text, 0);
+    if ((first & form.mask) != form.lead || text.size() < form.length)
         return kLastCharacter + 1;
-    char32_t character = first & static_cast<unsigned char>(~in_form.mask);
-    for (std::size_t i = 1; i < in_form.length; ++i) {
-        if ((byteAt(in_text, i) & 0xC0) != 0x80)
+    char32_t character = first & static_cast<unsigned char>(~form.mask);
+    for (std::size_t i = 1; i < form.length; ++i) {
+        if ((byteAt(text, i) & 0xC0) != 0x80)
             return kLastCharacter + 1;
-        character = character << 6 | (byteAt(in_text, i) & 0x3F);
+        character = character << 6 | (byteAt(text, i) & 0x3F);
     }
-    const bool valid = character >= in_form.smallest && !isSurrogate(character);
+    const bool valid = character >= form.smallest && !isSurrogate(character);
     return valid ? character : kLastCharacter + 1;
 }
 
@@ -78,9 +78,9 @@ bool appendUtf8(std::string &inout_text, char32_t in_character) {
 
 std::string utf8FromUtf16(std::string_view in_bytes, bool in_bigEndian) {
     const std::size_t units = in_bytes.size() / 2;
-    const auto unitAt = [&](std::size_t in_index) -> char32_t {
-        const char32_t first = byteAt(in_bytes, 2 * in_index);
-        const char32_t second = byteAt(in_bytes, 2 * in_index + 1);
+    const auto unitAt = [&](std::size_t index) -> char32_t {
+        const char32_t first = byteAt(in_bytes, 2 * index);
+        const char32_t second = byteAt(in_bytes, 2 * index + 1);
         return in_bigEndian ? first << 8 | second : second << 8 | first;
     };
     std::string text;

@@ -5,13 +5,13 @@
 
 #include "service/log_internal.h"
 
-std::string takeText(ALA_attrPair *&inout_pair) {
-    if (inout_pair == nullptr)
+std::string takeText(ALA_attrPair *&pair) {
+    if (pair == nullptr)
         return "(none)";
-    std::string text = inout_pair->attrName;
-    for (const attributeVal *value = inout_pair->attrVal; value != nullptr; value = value->next)
-        text += (value == inout_pair->attrVal ? '=' : '|') + std::string(value->value);
-    ALA_FreeAttributePair(&inout_pair);
+    std::string text = pair->attrName;
+    for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
+        text += (value == pair->attrVal ? '=' : '|') + std::string(value->value);
+    ALA_FreeAttributePair(&pair);
     return text;
 }
 
@@ -32,8 +32,8 @@ void Facility::layCurrentLog() const {
     std::filesystem::last_write_time(path("current"), std::chrono::file_clock::from_sys(when));
 }
 
-void Facility::setTimeZone(const char *in_zone) {
-    setenv("TZ", in_zone, 1);
+void Facility::setTimeZone(const char *zone) {
+    setenv("TZ", zone, 1);
     tzset();
 }
 
@@ -64,25 +64,25 @@ Facility::~Facility() {
     LOG__Reset();
 }
 
-void Facility::setLogLevel(const char *in_level) {
-    setenv("QV_LOG_LEVEL", in_level, 1);
+void Facility::setLogLevel(const char *level) {
+    setenv("QV_LOG_LEVEL", level, 1);
     LOG__Reset();
 }
 
-std::vector<std::string> Facility::takeLog(char in_level) {
+std::vector<std::string> Facility::takeLog(char givenLevel) {
     std::ifstream fresh(folder / "program.log");
     fresh.seekg(taken);
     std::vector<std::string> texts;
-    const std::string mark = std::string("]: ") + in_level + ' ';
+    const std::string mark = std::string("]: ") + givenLevel + ' ';
     for (std::string line; std::getline(fresh, line); taken = fresh.tellg())
         if (const std::size_t level = line.find(mark); level != std::string::npos)
             texts.push_back(line.substr(line.find(": ", level + mark.size()) + 2));
     return texts;
 }
 
-ALA_retCode_t Facility::open(const samples::Log &in_log) {
+ALA_retCode_t Facility::open(const samples::Log &givenLog) {
     close();
-    in_log.save(path());
+    givenLog.save(path());
     return ALA_Open(handle, &kDay, &log);
 }
 

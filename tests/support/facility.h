@@ -14,7 +14,7 @@
 #include "tests/support/temp_dir.h"
 
 // An attribute as "name=value|value", or "(none)".  Gives the pair back.
-std::string takeText(ALA_attrPair *&inout_pair);
+std::string takeText(ALA_attrPair *&pair);
 
 constexpr ALA_time kDay = {2001, 2, 3};
 constexpr char kDayTail[] = "20010203";
@@ -33,20 +33,18 @@ protected:
     void registerAnew();
 
     // The texts that were logged at a level since the last call.
-    std::vector<std::string> takeLog(char in_level = '5');
-    static void setLogLevel(const char *in_level);
+    std::vector<std::string> takeLog(char level = '5');
+    static void setLogLevel(const char *level);
 
     // Lays the log of kDay and opens it.  An older one is closed.
-    ALA_retCode_t open(const samples::Log &in_log);
+    ALA_retCode_t open(const samples::Log &givenLog);
     void close();
 
-    std::filesystem::path path(const std::string &in_tail = kDayTail) const {
-        return root.log("alpha", in_tail);
-    }
+    std::filesystem::path path(const std::string &tail = kDayTail) const { return root.log("alpha", tail); }
 
     // The current log, last changed at 23:30 of kDay in UTC, which is the time zone that tests begin with.
     void layCurrentLog() const;
-    static void setTimeZone(const char *in_zone);
+    static void setTimeZone(const char *zone);
 
     TempDir folder;
     samples::SampleRoot root{folder.path()};

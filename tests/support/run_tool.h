@@ -38,15 +38,15 @@ class PrintSystem {
 public:
     PrintSystem();
 
-    std::filesystem::path operator/(const std::string &in_name) const { return folder / in_name; }
-    std::filesystem::path log(const std::string &in_tail) const { return root.log("alpha", in_tail); }
-    void save(const std::string &in_tail, const samples::Log &in_log) const { in_log.save(log(in_tail)); }
+    std::filesystem::path operator/(const std::string &name) const { return folder / name; }
+    std::filesystem::path log(const std::string &tail) const { return root.log("alpha", tail); }
+    void save(const std::string &tail, const samples::Log &givenLog) const { givenLog.save(log(tail)); }
 
     // What is started must be finished.  A run that takes longer than 20 seconds ends by SIGALRM.
-    pid_t start(const std::vector<std::string> &in_arguments, const ToolRun &in_run = {});
-    ToolResult finish(pid_t in_pid);
-    ToolResult run(const std::vector<std::string> &in_arguments, const ToolRun &in_run = {}) {
-        return finish(start(in_arguments, in_run));
+    pid_t start(const std::vector<std::string> &arguments, const ToolRun &run = {});
+    ToolResult finish(pid_t pid);
+    ToolResult run(const std::vector<std::string> &arguments, const ToolRun &givenRun = {}) {
+        return finish(start(arguments, givenRun));
     }
 
 private:
@@ -57,10 +57,10 @@ public:
 };
 
 // Sets a file's last change: seconds since 1970.
-void setChanged(const std::filesystem::path &in_path, time_t in_when);
+void setChanged(const std::filesystem::path &path, time_t when);
 
 // An attribute of the sample system with texts as its values.
 using NamedTexts = std::pair<std::string, std::vector<std::string>>;
-void addTexts(samples::Job &inoutp_job, const std::vector<NamedTexts> &in_attributes);
-samples::Job jobOf(const std::vector<NamedTexts> &in_attributes);
-samples::Log logOf(const std::vector<samples::Job> &in_jobs, const samples::LogHeader &in_header = {});
+void addTexts(samples::Job &job, const std::vector<NamedTexts> &attributes);
+samples::Job jobOf(const std::vector<NamedTexts> &attributes);
+samples::Log logOf(const std::vector<samples::Job> &jobs, const samples::LogHeader &header = {});

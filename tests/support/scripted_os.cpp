@@ -40,16 +40,16 @@ SCRIPTED(_commit, int, (int fd), (fd))
 SCRIPTED(_unlink, int, (const char *path), (path))
 SCRIPTED(OS_SyncFolderOf, int, (const char *path), (path))
 
-ScriptedUser::ScriptedUser(const char *in_user, const char *in_domain)
+ScriptedUser::ScriptedUser(const char *givenUser, const char *givenDomain)
     : name(script::GetUserNameA,
-           [user = std::string(in_user)](char *buffer, DWORD *size) {
+           [user = std::string(givenUser)](char *buffer, DWORD *size) {
                *size = static_cast<DWORD>(user.size()) + 1;
                std::memcpy(buffer, user.c_str(), *size);
                return 1;
            }),
       account(script::LookupAccountNameA,
-              [domain = std::string(in_domain)](const char *, const char *, PSID, DWORD *, char *text,
-                                                DWORD *size, SID_NAME_USE *) {
+              [domain = std::string(givenDomain)](const char *, const char *, PSID, DWORD *, char *text,
+                                                  DWORD *size, SID_NAME_USE *) {
                   const DWORD needed = static_cast<DWORD>(domain.size()) + 1;
                   if (*size < needed) {
                       *size = needed;

@@ -57,7 +57,7 @@ extern "C" decltype(::GENU_GetCurrentTime) __real_GENU_GetCurrentTime;
 // The calling user as the credential gathers it: account and domain.  Other calls stay real.
 class ScriptedUser {
 public:
-    ScriptedUser(const char *in_user, const char *in_domain);
+    ScriptedUser(const char *user, const char *domain);
 
 private:
     Scripted<decltype(::GetUserNameA)> name;

@@ -17,7 +17,7 @@ TempDir::~TempDir() {
     std::filesystem::remove_all(folder, ignored);
 }
 
-std::string readFile(const std::filesystem::path &in_path) {
-    std::ifstream in(in_path, std::ios::binary);
+std::string readFile(const std::filesystem::path &path) {
+    std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
 }

@@ -12,10 +12,10 @@ public:
     TempDir &operator=(const TempDir &) = delete;
 
     const std::filesystem::path &path() const { return folder; }
-    std::filesystem::path operator/(const std::string &in_name) const { return folder / in_name; }
+    std::filesystem::path operator/(const std::string &name) const { return folder / name; }
 
 private:
     std::filesystem::path folder;
 };
 
-std::string readFile(const std::filesystem::path &in_path);
+std::string readFile(const std::filesystem::path &path);

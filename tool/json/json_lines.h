@@ -18,12 +18,12 @@ public:
     // True to go on with the next record.
     virtual bool recordWritten() = 0;
     // A record's attributes ended with a failure: a code of the facility.
-    virtual void recordFailed(ALA_retCode_t in_code) = 0;
+    virtual void recordFailed(ALA_retCode_t code) = 0;
 };
 
-// Writes all records of an open log, dated in_date (YYYYMMDD), as UTF-8; bytes of a value that are none
+// Writes all records of an open log, dated date (YYYYMMDD), as UTF-8; bytes of a value that are none
 // become U+FFFD.  Gives the code that ended the walk: ALA_A_LAST_ATTRIBUTE at the end of the log,
 // ALA_N_NORMAL where the caller ended it, any other for a failure.  Failures to write stay with the stream.
 // Throws std::bad_alloc when memory runs out.
-ALA_retCode_t writeJsonLines(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
-                             std::FILE *inp_stream, JsonEvents &inoutp_events);
+ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+                             std::FILE *stream, JsonEvents &events);

@@ -26,10 +26,10 @@ namespace {
 
 class JsonWriter final : public LogWriter, JsonEvents {
 public:
-    bool write(ALA_handle_t in_handle, ALA_acctLogHandle_t in_log, std::int32_t in_date,
-               std::FILE *inp_stream) override {
-        stream = inp_stream;
-        const ALA_retCode_t ended = writeJsonLines(in_handle, in_log, in_date, inp_stream, *this);
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+               std::FILE *givenStream) override {
+        stream = givenStream;
+        const ALA_retCode_t ended = writeJsonLines(handle, log, date, givenStream, *this);
         if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
             tellFailure(ended, "qvledger-json internal error: ");
         return ended == ALA_A_LAST_ATTRIBUTE;
@@ -38,7 +38,7 @@ public:
         countRecord();
         return !mustStop(stream);
     }
-    void recordFailed(ALA_retCode_t in_code) override { tellFailure(in_code, "unable to read record: "); }
+    void recordFailed(ALA_retCode_t code) override { tellFailure(code, "unable to read record: "); }
 
 private:
     std::FILE *stream = nullptr;
@@ -47,20 +47,20 @@ private:
 } // namespace
 
 // What concerns the report of lines alone is no option here.
-static bool optionsAreValid(const Options &in_options) {
-    return in_options.errflg == 0 && in_options.serverName != nullptr && in_options.dflg == 0 &&
-           in_options.docflg == 0 && in_options.suppressHeadflg == 0 && in_options.ofile == nullptr;
+static bool optionsAreValid(const Options &options) {
+    return options.errflg == 0 && options.serverName != nullptr && options.dflg == 0 && options.docflg == 0 &&
+           options.suppressHeadflg == 0 && options.ofile == nullptr;
 }
 
-static int runJson(const Options &in_options) {
-    const bool asksForVersion = in_options.helpflg == 0 && in_options.verflg != 0;
-    if (!asksForVersion && (in_options.helpflg != 0 || !optionsAreValid(in_options))) {
+static int runJson(const Options &options) {
+    const bool asksForVersion = options.helpflg == 0 && options.verflg != 0;
+    if (!asksForVersion && (options.helpflg != 0 || !optionsAreValid(options))) {
         std::fputs(kUsage, stderr);
-        return in_options.helpflg != 0 ? 0 : kStatusUsage;
+        return options.helpflg != 0 ? 0 : kStatusUsage;
     }
     try {
         JsonWriter writer;
-        return runWith(in_options, writer, kStatusLost);
+        return runWith(options, writer, kStatusLost);
     } catch (const std::bad_alloc &) {
         DisplayMsg(kMsgNoMemory);
         return kStatusNoMemory;
