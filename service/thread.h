@@ -38,7 +38,7 @@ public:
     ThreadsEnd(const ThreadsEnd &) = delete;
     ThreadsEnd &operator=(const ThreadsEnd &) = delete;
 
-    // inp_argument: what the function gets; not null.
+    // argument: what the function gets; not null.
     bool enter(const void *argument) { return made && pthread_setspecific(key, argument) == 0; }
 
 private:
