@@ -5,11 +5,17 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all demo test faults live stops threads fuzz bench install uninstall deb clean setup
+.PHONY: all release demo test faults live stops threads fuzz bench install uninstall deb clean setup
 
+# Builds once, into build/bin/.
 all: setup
-	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	@cmake --preset release -DQVLEDGER_TRAINED=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
 	@cmake --build --preset release
+
+# Builds what is installed, in build/release/: laid out by what a first build did most.
+release: setup
+	@cmake --preset release -B build/release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	@cmake --build build/release
 
 # Lays a sample print-system root under build/demo/ and reports its server.
 demo:
@@ -74,13 +80,13 @@ bench:
 	@bench/run.py build/bench $(GROWTH)
 	@build/bench/bin/micro --benchmark_min_time=0.2
 
-install: all
-	@DESTDIR=$(DESTDIR) cmake --install build
+install: release
+	@DESTDIR=$(DESTDIR) cmake --install build/release
 
 # Removes what the last `make install` wrote.
 uninstall:
-	@[ -e build/install_manifest.txt ] || { echo "uninstall: nothing is known of an installation" >&2; exit 1; }
-	@xargs -d '\n' -a build/install_manifest.txt printf '$(DESTDIR)%s\0' | xargs -0 rm -fv --
+	@[ -e build/release/install_manifest.txt ] || { echo "uninstall: nothing is known of an installation" >&2; exit 1; }
+	@xargs -d '\n' -a build/release/install_manifest.txt printf '$(DESTDIR)%s\0' | xargs -0 rm -fv --
 
 # The Debian packages, in build/deb/packages/: the same bytes from the same commit on each machine.
 deb:
