@@ -1,5 +1,5 @@
-// What a driver needs of the facility beyond ala/ala.h: what the walk of a log leaves out and what it need
-// not ask for again, and logs that are read in order to be deleted.
+// What a driver needs of the facility beyond ala/ala.h: what is set up before a registration, what the walk
+// of a log leaves out and what it need not ask for again, and logs that are read in order to be deleted.
 //
 // Several drivers may work on one log directory, beside the server that writes to it.  So a log that is to be
 // deleted is held against the others before anything of it is read, is kept open until it is gone, and goes
@@ -14,7 +14,33 @@
 #include "platform/malloced.h"
 #include "platform/os.h"
 
+// ---- Before a registration ----
+
+// The service environment: the settings that a server's service has in the registry, copied into the process.
+constexpr std::uint32_t kServerTypeSpooler = 892;
+constexpr std::uint32_t kServerTypeOther = 893;
+
+// The name of a server's service, a new text released with free.  0, or -1 for an unknown type, a null
+// address or exhausted memory; the text is null then.
+std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_serverType,
+                                 char **outpp_serviceName);
+
+// Copies every value of the service's registry key, or of the system's one if the service has none, into the
+// process environment.  0, or -1 when neither key opens, a value does not fit or memory runs out; variables
+// set before that stay set.
+std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName);
+
+// One text directly followed by the other as a new text, released with free; null when memory runs out.
+char *_ALA_AddChar(const char *inp_string, const char *inp_str);
+
+// Finds the machine's domain, once for the process, with the rights in force.  Without it a registration
+// does.
+void ALA__FindHostDomain();
+
 // ---- The walk of a log ----
+
+// A date as the number year * 10000 + month * 100 + day.
+std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
 
 // How many values, and attributes, the cursors of a handle could not deliver so far.  A log whose walk raised
 // this number has something in it that no report shows.  REQUIRES: a handle from ALA_Register.

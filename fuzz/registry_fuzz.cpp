@@ -1,5 +1,5 @@
 // A registry file, through the calls that read it.
-#include "ala/registration/environment.h"
+#include "ala/driver.h"
 #include "fuzz/sandbox.h"
 #include "platform/os.h"
 

@@ -5,7 +5,7 @@
 // list decides. docs/security.md tells why.
 #pragma once
 
-#include "ala/access/host_domain.h"
+#include "ala/driver.h"
 #include "platform/os.h"
 
 // First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.
@@ -33,5 +33,5 @@ inline void findDomainWithLentRights() {
     if (OS_HasLentRights() == 0)
         return;
     const LentRights rights(true);
-    static_cast<void>(ALA__GetHostDomain(nullptr));
+    ALA__FindHostDomain();
 }

@@ -5,11 +5,7 @@
 #include <memory>
 
 #include "ala/ala.h"
-#include "ala/base/concatenate.h"
-#include "ala/base/owners.h"
-#include "ala/directory/directory.h"
 #include "ala/driver.h"
-#include "ala/registration/environment.h"
 #include "service/log.h"
 #include "service/message.h"
 #include "tool/holding.h"
@@ -86,10 +82,10 @@ struct Facility {
 
 static bool loadServiceEnvironment(const char *serverName) {
     const LentRights rights(true);
-    Malloced<char> serviceName;
-    if (ALA__GetServiceName(serverName, kServerTypeSpooler, TextOut(serviceName)) != 0)
-        return false;
-    return ALA__SetEnvironmentVariables(serviceName.get()) == 0;
+    char *serviceName = nullptr;
+    const bool named = ALA__GetServiceName(serverName, kServerTypeSpooler, &serviceName) == 0;
+    const Malloced<char> owner(serviceName);
+    return named && ALA__SetEnvironmentVariables(serviceName) == 0;
 }
 
 static bool datesAreValid(const Options &options) {

@@ -6,6 +6,7 @@
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
+#include "ala/driver.h"
 #include "service/thread.h"
 
 constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device
@@ -108,4 +109,8 @@ const char *ALA__GetHostDomain(SEC_domType_t *outp_domType) {
 
 const char *ALA__GetUserDomain(SEC_domType_t *outp_domType) {
     return ALA__GetHostDomain(outp_domType);
+}
+
+void ALA__FindHostDomain() {
+    static_cast<void>(ALA__GetHostDomain(nullptr));
 }

@@ -1,4 +1,4 @@
-#include "ala/base/concatenate.h"
+#include "ala/driver.h"
 
 #include <cstdlib>
 #include <cstring>

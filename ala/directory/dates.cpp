@@ -1,5 +1,6 @@
 // Dates of the calendar and of files.
 #include "ala/directory/directory.h"
+#include "ala/driver.h"
 
 #include "service/clock.h"
 #include "service/system.h"

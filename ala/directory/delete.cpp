@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "ala/base/concatenate.h"
 #include "ala/base/handle.h"
 #include "ala/base/trace.h"
 #include "ala/directory/scan.h"

@@ -34,8 +34,6 @@ void ALA__FreeNameNodeList(nameNode **inoutp_list);
 // 1 if the date is today's, else 0.  ALA_A_FAIL_TO_GET_TIME when there is no current time; nothing is logged.
 ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_result);
 
-std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
-
 // The local date of a file's last change, untouched unless it is known: a time can be so far off that it has
 // no date number.
 enum class FileDate { Known, NoFile, OffTheCalendar };

@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ala/base/concatenate.h"
 #include "ala/base/trace.h"
 #include "ala/directory/directory.h"
+#include "ala/driver.h"
 
 // Dates a log by its tail, and that of the day in progress by its last change.
 static FileDate dateLog(const char *tail, const char *path, std::int32_t *date) {

@@ -1,9 +1,8 @@
-#include "ala/registration/environment.h"
+#include "ala/driver.h"
 
 #include <cstdlib>
 #include <cstring>
 
-#include "ala/base/concatenate.h"
 #include "ala/base/owners.h"
 
 constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data

@@ -4,12 +4,11 @@
 #include <mutex>
 
 #include "ala/access/domain.h"
-#include "ala/base/concatenate.h"
 #include "ala/base/handle.h"
 #include "ala/base/lock.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/registration/environment.h"
+#include "ala/driver.h"
 #include "service/clock.h"
 #include "service/oid.h"
 #include "service/status.h"
@@ -102,9 +101,10 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
 
 ALA_retCode_t ALA_Unregister(ALA_handle_t *inoutp_alaHandle) {
     const FuncTrace trace("ALA_Unregister");
-    const ALA_retCode_t valid =
-        ALA__CheckHandle(inoutp_alaHandle != nullptr ? *inoutp_alaHandle : nullptr, "ALA_Unregister");
-    if (valid != ALA_N_NORMAL)
+    if (inoutp_alaHandle == nullptr)
+        return ALA__CheckHandle(nullptr, "ALA_Unregister");
+    if (const ALA_retCode_t valid = ALA__CheckHandle(*inoutp_alaHandle, "ALA_Unregister");
+        valid != ALA_N_NORMAL)
         return valid;
 
     const Owned<handleData> handle(*inoutp_alaHandle);
