@@ -88,7 +88,7 @@ uninstall:
 	@[ -e build/release/install_manifest.txt ] || { echo "uninstall: nothing is known of an installation" >&2; exit 1; }
 	@xargs -d '\n' -a build/release/install_manifest.txt printf '$(DESTDIR)%s\0' | xargs -0 rm -fv --
 
-# The Debian packages, in build/deb/packages/: the same bytes from the same commit on each machine.
+# The Debian packages, in build/deb/packages/: the same bytes from the same commit, by the same compiler.
 deb:
 	@scripts/setup package
 	@scripts/package build/deb
