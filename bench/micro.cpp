@@ -8,7 +8,7 @@
 
 #include "ala/ala.h"
 #include "ala/log/record.h"
-#include "ala/render/render.h"
+#include "ala/render/dispatcher.h"
 #include "samples/log_writer.h"
 #include "samples/oid_table.h"
 #include "samples/sample_root.h"

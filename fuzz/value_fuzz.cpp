@@ -1,7 +1,7 @@
 // A packed value: the first byte is its type, the rest the value.
 #include <cstdlib>
 
-#include "ala/render/render.h"
+#include "ala/render/dispatcher.h"
 #include "fuzz/sandbox.h"
 #include "service/oid.h"
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/os.h"
-#include "service/text.h"
+#include "service/mail_address.h"
 
 constexpr char kMailType[] = "DDA:RFC-822";
 constexpr std::string_view kWrittenAt = "(a)"; // "@" is no character of an O/R address

@@ -1,10 +1,8 @@
 #include "service/message.h"
 
-#include <cerrno>
 #include <clocale>
 #include <cstring>
 #include <initializer_list>
-#include <limits>
 
 #include <nl_types.h>
 #include <sys/single_threaded.h>
@@ -80,73 +78,37 @@ std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) {
     return result;
 }
 
-static bool put(std::FILE *stream, const char *text, std::size_t length) {
-#ifdef __GLIBC__
-    // What putc_unlocked does in place for one character, for all of them.
-    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(length)) {
-        std::memcpy(stream->_IO_write_ptr, text, length);
-        stream->_IO_write_ptr += length;
-        return true;
-    }
-#endif
-    return fwrite_unlocked(text, 1, length, stream) == length;
+std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {
+    std::va_list values;
+    va_start(values, in_format);
+    const int result = std::vfprintf(inp_stream, in_format, values);
+    va_end(values);
+    return result;
 }
+
+// ---- Texts without a format ----
 
 static std::size_t lengthOf(const char *text) {
     const bool isOne = text[0] != '\0' && text[1] == '\0'; // as separators are
     return isOne ? 1 : std::strlen(text);
 }
 
-static std::int32_t countOf(std::size_t characters) {
-    if (characters <= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
-        return static_cast<std::int32_t>(characters);
-    errno = EOVERFLOW;
-    return -1;
-}
-
-// The formats that the report is written with, at a fraction of what the general formatter costs.
-static bool isTwoTexts(const char *format) {
-    constexpr char kTwoTexts[] = "%s%s";
-    for (std::size_t i = 0; i < sizeof kTwoTexts; ++i)
-        if (format[i] != kTwoTexts[i])
-            return false;
-    return true;
-}
-
-static std::int32_t putTwoTexts(std::FILE *stream, const char *givenFirst, const char *givenSecond) {
-    const char *const first = givenFirst != nullptr ? givenFirst : "(null)";
-    const char *const second = givenSecond != nullptr ? givenSecond : "(null)";
-    const std::size_t firstLength = lengthOf(first);
-    const std::size_t secondLength = lengthOf(second);
-    if (!put(stream, first, firstLength) || !put(stream, second, secondLength))
-        return -1;
-    return countOf(firstLength + secondLength);
-}
-
-static std::int32_t putLiteral(std::FILE *stream, const char *format) {
-    const std::size_t length = lengthOf(format);
-    return put(stream, format, length) ? countOf(length) : -1;
-}
-
-static std::int32_t putFormatted(std::FILE *stream, const char *format, std::va_list values) {
-    if (isTwoTexts(format)) {
-        const char *first = va_arg(values, const char *);
-        return putTwoTexts(stream, first, va_arg(values, const char *));
+// What putc_unlocked does in place for one character, for all of them.  False where that is not to be had.
+static bool putInBuffer([[maybe_unused]] std::FILE *stream, [[maybe_unused]] const char *text,
+                        [[maybe_unused]] std::size_t length) {
+#ifdef __GLIBC__
+    if (__libc_single_threaded != 0 &&
+        stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(length)) {
+        std::memcpy(stream->_IO_write_ptr, text, length);
+        stream->_IO_write_ptr += length;
+        return true;
     }
-    if (std::strchr(format, '%') == nullptr)
-        return putLiteral(stream, format);
-    return std::vfprintf(stream, format, values);
+#endif
+    return false;
 }
 
-std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {
-    std::va_list values;
-    va_start(values, in_format);
-    const bool locks = __libc_single_threaded == 0;
-    if (locks)
-        flockfile(inp_stream);
-    const std::int32_t result = putFormatted(inp_stream, in_format, values);
-    if (locks)
-        funlockfile(inp_stream);
-    va_end(values);
-    return result;
+void MSG_PutText(std::FILE *inp_stream, const char *inp_text) {
+    const std::size_t length = lengthOf(inp_text);
+    if (!putInBuffer(inp_stream, inp_text, length))
+        std::fwrite(inp_text, 1, length, inp_stream);
 }

@@ -31,9 +31,4 @@ std::int32_t GENU_MakeDistNameString2(STF_l__hdr *in_status, GEN_distNameString 
                                       const char *inp_text, std::uint32_t in_type, std::int32_t in_reserved);
 void GEN_DeleteDistNameString(STF_l__hdr *in_status, GEN_distNameString *inp_value, void *in_allocator);
 
-// The mail address of an O/R address: its RFC-822 attribute with "(a)" as "@", otherwise "/TYPE=VALUE" for
-// each attribute and a closing "/".  *outpp_text stays as it was when there is no attribute.
-std::int32_t GEN_X400ToInternetMailAddress(STF_l__hdr *in_status, char **outpp_text,
-                                           const ODP_orName *inp_address, std::int32_t in_reserved);
-
 } // extern "C"

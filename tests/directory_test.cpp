@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
-#include "ala/directory/directory.h"
+#include "ala/base/owners.h"
+#include "ala/directory/dates.h"
+#include "ala/directory/listing.h"
 #include "tests/support/facility.h"
 
 namespace fs = std::filesystem;

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ala/log/log.h"
+#include "ala/log/open_log.h"
 #include "tests/support/facility.h"
 
 namespace fs = std::filesystem;

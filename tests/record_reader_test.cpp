@@ -4,7 +4,7 @@
 #include <sys/resource.h>
 
 #include "ala/base/handle.h"
-#include "ala/log/log.h"
+#include "ala/log/open_log.h"
 #include "ala/log/record.h"
 #include "tests/support/facility.h"
 

@@ -71,11 +71,14 @@ using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 static void writeField(std::FILE *fl, const char *separator, const ALA_attrPair &pair,
                        std::int32_t isHeader) {
     const attributeVal *value = pair.attrVal;
-    MSG_fprintf(fl, "%s%s", separator, isHeader != 0 ? pair.attrName : value->value);
+    MSG_PutText(fl, separator);
+    MSG_PutText(fl, isHeader != 0 ? pair.attrName : value->value);
     if (isHeader != 0)
         return;
-    for (value = value->next; value != nullptr; value = value->next)
-        MSG_fprintf(fl, "%s%s", " ", value->value);
+    for (value = value->next; value != nullptr; value = value->next) {
+        MSG_PutText(fl, " ");
+        MSG_PutText(fl, value->value);
+    }
 }
 
 // Gives a pair back that was begun and not finished.
@@ -114,9 +117,9 @@ std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *f
         result = ALA_GetNextDocmt(alaHandle, record, &document);
         if (result != ALA_N_NORMAL || document == nullptr)
             return result;
-        MSG_fprintf(fl, "\n");
+        MSG_PutText(fl, "\n");
         for (std::int32_t i = 1; i < numJobAttrs; ++i)
-            MSG_fprintf(fl, "\t");
+            MSG_PutText(fl, "\t");
         result = writeDocument(alaHandle, document, fl, isHeader);
         ALA_FreeDocmtRecord(&document);
         if (result != ALA_A_LAST_ATTRIBUTE)
@@ -153,7 +156,7 @@ bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, 
         tellFailure(result, kInternalError);
         complete = false;
     }
-    MSG_fprintf(fl, "\n");
+    MSG_PutText(fl, "\n");
     return complete;
 }
 
@@ -209,4 +212,14 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
         }
         header = suppressHeaders == 0 && changed;
     }
+}
+
+bool ReportWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t, std::FILE *stream) {
+    std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
+    return doLog(handle, &log, &doHeader, stream, suppressHeadflg, &prevLog);
+}
+
+void ReportWriter::freeNames() {
+    if (prevLog != nullptr)
+        ALA_FreeAttributeList(&prevLog);
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "ala/ala.h"
+#include "tool/log_output.h"
 
 // 1 under -a: document attributes go into the report as well.
 extern std::int32_t needDoc;
@@ -27,3 +28,22 @@ std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *f
 
 // 1 if both lists have the same names at the same places, else 0.
 std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2);
+
+// The report of a run.
+class ReportWriter final : public LogOutput {
+public:
+    // suppressHeadflg: 1 leaves header lines out.
+    explicit ReportWriter(std::int32_t givenSuppressHeadflg) : suppressHeadflg(givenSuppressHeadflg) {}
+    ~ReportWriter() override { freeNames(); }
+    ReportWriter(const ReportWriter &) = delete;
+    ReportWriter &operator=(const ReportWriter &) = delete;
+
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date, std::FILE *stream) override;
+    void end() override { freeNames(); }
+
+private:
+    void freeNames();
+
+    std::int32_t suppressHeadflg;
+    ALA_attrName *prevLog = nullptr; // names of the record written last
+};

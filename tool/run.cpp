@@ -33,29 +33,6 @@ struct LoopState {
     }
 };
 
-class ReportWriter final : public LogWriter {
-public:
-    explicit ReportWriter(std::int32_t givenSuppressHeadflg) : suppressHeadflg(givenSuppressHeadflg) {}
-    ~ReportWriter() override { freeNames(); }
-    ReportWriter(const ReportWriter &) = delete;
-    ReportWriter &operator=(const ReportWriter &) = delete;
-
-    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t, std::FILE *stream) override {
-        std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
-        return doLog(handle, &log, &doHeader, stream, suppressHeadflg, &prevLog);
-    }
-    void end() override { freeNames(); }
-
-private:
-    void freeNames() {
-        if (prevLog != nullptr)
-            ALA_FreeAttributeList(&prevLog);
-    }
-
-    std::int32_t suppressHeadflg;
-    ALA_attrName *prevLog = nullptr; // names of the record written last
-};
-
 struct DateRange {
     std::int32_t startDateVal;
     std::int32_t endDateVal;
@@ -199,7 +176,7 @@ static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const A
 
 // Reports one log, and deletes it under -d.
 static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate,
-                       ReportStream &report, LogWriter &writer, LoopState &state) {
+                       ReportStream &report, LogOutput &writer, LoopState &state) {
     const std::int32_t date = ALA__NumFromDate(&givenDate);
     ALA_acctLogHandle_t logh = nullptr;
     if (const ALA_retCode_t result = openLog(options, mainh, givenDate, &logh); result != ALA_N_NORMAL) {
@@ -240,7 +217,7 @@ static std::int32_t countLogs(const dateNode *dates, const DateRange &range) {
 }
 
 static void processLogs(const Options &options, const Facility &facility, ReportStream &report,
-                        LogWriter &writer, LoopState &state) {
+                        LogOutput &writer, LoopState &state) {
     const DateRange range = dateRange(options);
     startProgress(report.isTerminal(), countLogs(facility.dateList, range));
     for (const dateNode *node = facility.dateList; node != nullptr; node = node->next) {
@@ -288,7 +265,7 @@ static int prepare(const Options &options, const ReportStream &report, Facility 
 }
 
 // The run behind its checks, up to its status.
-static int reportLogs(const Options &options, ReportStream &report, LogWriter &writer) {
+static int reportLogs(const Options &options, ReportStream &report, LogOutput &writer) {
     Facility facility;
     LoopState state;
     const auto removeReport = [&] {
@@ -317,7 +294,7 @@ static int reportLogs(const Options &options, ReportStream &report, LogWriter &w
     return state.errOut ? state.finalErr : 0;
 }
 
-int runWith(const Options &options, LogWriter &writer, int statusIfLost) {
+int runWith(const Options &options, LogOutput &writer, int statusIfLost) {
     if (options.helpflg != 0) {
         DisplayMsg(kMsgUsage);
         return 0;

@@ -1,5 +1,5 @@
 // The names of a record's attributes.
-#include "ala/cursor/cursor.h"
+#include "ala/cursor/attributes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,11 +1,11 @@
 // The cursors over the attributes of a job and of a document.
-#include "ala/cursor/cursor.h"
+#include "ala/cursor/attributes.h"
 
 #include <cstring>
 
 #include "ala/base/trace.h"
 #include "ala/driver.h"
-#include "ala/render/render.h"
+#include "ala/render/dispatcher.h"
 
 std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
     const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);

@@ -1,5 +1,5 @@
 // Document records, cut out of a job record.
-#include "ala/cursor/cursor.h"
+#include "ala/cursor/attributes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 // Dates of the calendar and of files.
-#include "ala/directory/directory.h"
+#include "ala/directory/dates.h"
 #include "ala/driver.h"
 
 #include "service/clock.h"

@@ -1,11 +1,12 @@
 // Removal of the log of a past day.
-#include "ala/directory/directory.h"
 
 #include <cerrno>
 #include <cstring>
 
 #include "ala/base/handle.h"
 #include "ala/base/trace.h"
+#include "ala/directory/dates.h"
+#include "ala/directory/paths.h"
 #include "ala/directory/scan.h"
 #include "ala/driver.h"
 #include "service/system.h"

@@ -1,7 +1,8 @@
 // The oldest log, the sorted list of logs, and the lists that the facility hands out.
-#include "ala/directory/directory.h"
+#include "ala/directory/listing.h"
 
 #include "ala/base/handle.h"
+#include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/directory/scan.h"
 

@@ -1,4 +1,4 @@
-#include "ala/directory/directory.h"
+#include "ala/directory/paths.h"
 
 #include <cstdarg>
 #include <cstdio>

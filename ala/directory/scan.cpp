@@ -4,7 +4,8 @@
 #include <cstring>
 
 #include "ala/base/trace.h"
-#include "ala/directory/directory.h"
+#include "ala/directory/dates.h"
+#include "ala/directory/paths.h"
 #include "ala/driver.h"
 
 // Dates a log by its tail, and that of the day in progress by its last change.

@@ -1,13 +1,16 @@
 // Opening a log by its date, and closing it.
-#include "ala/log/log.h"
+#include "ala/log/open_log.h"
 
 #include <cerrno>
 
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/directory/directory.h"
+#include "ala/directory/dates.h"
+#include "ala/directory/listing.h"
+#include "ala/directory/paths.h"
 #include "ala/driver.h"
+#include "ala/log/permission.h"
 #include "service/system.h"
 
 static ALA_retCode_t noMemoryForPath() {

@@ -1,5 +1,5 @@
 // The log's header, and what its access list says of the caller.
-#include "ala/log/log.h"
+#include "ala/log/permission.h"
 
 #include <cstring>
 
@@ -8,6 +8,7 @@
 #include "ala/access/acl.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
+#include "ala/log/open_log.h"
 #include "ala/log/record_memory.h"
 #include "service/packed.h"
 

@@ -39,8 +39,3 @@ struct docRecord {
     attrValNode *curAttr;
     RecordMemory memory; // of the attributes
 };
-
-// After a failed read: sets the file's position, releases what has been read of the record, if anything, and
-// clears the variable.
-void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
-                              std::int32_t in_pos);

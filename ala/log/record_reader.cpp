@@ -1,5 +1,5 @@
 // The bytes at the log's position as one job record.
-#include "ala/log/record.h"
+#include "ala/log/record_reader.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,7 +9,7 @@
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/log/log.h"
+#include "ala/log/open_log.h"
 
 namespace {
 

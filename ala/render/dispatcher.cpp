@@ -1,10 +1,12 @@
-#include "ala/render/render.h"
+#include "ala/render/dispatcher.h"
 
 #include <cstring>
 #include <utility>
 
 #include "ala/base/trace.h"
 #include "ala/render/name_lookup.h"
+#include "ala/render/pair.h"
+#include "ala/render/value_types.h"
 #include "service/status.h"
 
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "ala/render/name_lookup.h"
-#include "service/text.h"
+#include "service/mail_address.h"
 
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da) {
     if (in_da == nullptr)

@@ -1,5 +1,5 @@
 // Values that name things: identifiers, media, pages, and lists of them.
-#include "ala/render/renderers.h"
+#include "ala/render/identifiers.h"
 
 #include "ala/render/formatters.h"
 #include "ala/render/name_lookup.h"

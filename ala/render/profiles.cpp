@@ -1,5 +1,5 @@
 // Profiles: records of several items, each with words of its own for what is absent.
-#include "ala/render/renderers.h"
+#include "ala/render/profiles.h"
 
 #include "ala/render/formatters.h"
 #include "ala/render/name_lookup.h"

@@ -1,5 +1,5 @@
 // Numbers, enumerations and times.
-#include "ala/render/renderers.h"
+#include "ala/render/scalars.h"
 
 #include <charconv>
 

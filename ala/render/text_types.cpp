@@ -1,10 +1,13 @@
 // Texts and distinguished name strings.
-#include "ala/render/renderers.h"
+#include "ala/render/text_types.h"
 
 #include <cstring>
 
 #include "ala/render/name_lookup.h"
 #include "service/text.h"
+
+constexpr RenderFailure kExtractTextFailed = {ALA_A_OUT_OF_MEMORY,
+                                              "GENU_ExtractText failed for oid: %s in ALA__GetAttribute"};
 
 const RenderFailure *renderCharacters(Rendering &rendering, const void *value) {
     rendering.text.add(static_cast<const char *>(value));

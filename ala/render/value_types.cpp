@@ -1,12 +1,16 @@
 // What each value type number stands for.
-#include "ala/render/renderers.h"
+#include "ala/render/value_types.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 
 #include "ala/render/formatters.h"
+#include "ala/render/identifiers.h"
 #include "ala/render/name_lookup.h"
+#include "ala/render/profiles.h"
+#include "ala/render/scalars.h"
+#include "ala/render/text_types.h"
 
 // What a formatter takes: a status, the database handle, the text it appends to, and the value.
 template <class Value>

@@ -24,7 +24,7 @@ static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V]\n
 
 namespace {
 
-class JsonWriter final : public LogWriter, JsonEvents {
+class JsonWriter final : public LogOutput, JsonEvents {
 public:
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
                std::FILE *givenStream) override {

@@ -20,10 +20,6 @@ struct logParams {
 };
 using ALA_logParams_t = logParams;
 
-// Reads the header of the log and finds out whether its access list admits the caller: accessOK is 1 then,
-// else 0.  With ALA_N_NORMAL the descriptor stands on the first record.
-ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber);
-
 // The format version from which on the header holds createDate, and the one from which on records hold the
 // counts of job and document attributes.
 constexpr std::uint32_t kVersionWithDate = 2;

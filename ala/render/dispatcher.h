@@ -1,13 +1,10 @@
 // Rendering: one unpacked value becomes text on an attrPair.
 #pragma once
 
-#include <cstdint>
 #include <string_view>
 
 #include "ala/ala.h"
 #include "ala/log/record.h"
-#include "ala/render/pair.h"
-#include "ala/render/value_text.h"
 #include "service/packed.h"
 
 // Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the
@@ -27,35 +24,3 @@ ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_vi
 
 // Releases a value record; null is fine.
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
-
-// What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
-struct RenderFailure {
-    ALA_retCode_t code;
-    const char *message;
-};
-
-// One value on its way to text.
-struct Rendering {
-    STF_l__hdr *status;
-    void **oidHandle;
-    const char *locale;
-    Text text;                // of the target
-    const ALA_attrPair *pair; // that the target belongs to
-    attributeVal **link;      // where the target hangs in the pair's chain; other values may take its place
-
-    // The text becomes a string from malloc; what was in the buffer goes.
-    void replaceText(char *string) { text.replace(string); }
-};
-
-// Gives null on success.
-using RenderFunction = const RenderFailure *(Rendering &inoutp_rendering, const void *inp_value);
-
-// One row a value type.
-struct RenderRow {
-    AS_attrValType_t type;
-    const char *name;
-    RenderFunction *render;
-};
-
-// The row of a type, or null for one that renders as empty text.
-const RenderRow *findRenderRow(AS_attrValType_t type);

@@ -1,0 +1,10 @@
+// Render functions of what holds object identifiers.
+#pragma once
+
+#include "ala/render/value_types.h"
+
+RenderFunction renderOid;
+RenderFunction renderNameOrOidSeq;
+RenderFunction renderPageSelectSeq;
+RenderFunction renderMediaConsumedSeq;
+RenderFunction renderSetOfObjId;

@@ -1,0 +1,11 @@
+// Render functions of texts and names of people and places.
+#pragma once
+
+#include "ala/render/value_types.h"
+
+RenderFunction renderCharacters;
+RenderFunction renderOctets;
+RenderFunction renderText;
+RenderFunction renderSimpleName;
+RenderFunction renderDistName;
+RenderFunction renderDistNameSeq;
