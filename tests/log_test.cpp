@@ -1,14 +1,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <cstdarg>
 #include <fstream>
 
 #include <gtest/gtest.h>
 
 #include "service/log.h"
 #include "service/log_internal.h"
-#include "service/message.h"
 #include "tests/support/temp_dir.h"
 
 class Log : public testing::Test {
@@ -102,44 +100,4 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
     EXPECT_TRUE(errors.ends_with("f.cpp:1: the sink stays\n")) << errors;
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-// ---- Messages ----
-
-static std::int32_t formatList(char *buffer, const char *format, ...) {
-    std::va_list values;
-    va_start(values, format);
-    const std::int32_t result = MSG_vsprintf(buffer, format, values);
-    va_end(values);
-    return result;
-}
-
-TEST(Message, FormatsFollowPrintf) {
-    const char *volatile none = nullptr; // hides the null from the compiler
-    char *text = nullptr;
-    std::size_t size = 0;
-    std::FILE *stream = open_memstream(&text, &size);
-    EXPECT_EQ(MSG_fprintf(stream, "%s%s", "ab", "c"), 3);
-    EXPECT_EQ(MSG_fprintf(stream, "%s\n", "d"), 2);
-    EXPECT_EQ(MSG_fprintf(stream, "no value"), 8);
-    EXPECT_EQ(MSG_fprintf(stream, "%s;", none), 7);
-    EXPECT_EQ(MSG_fprintf(stream, "%d%%%s", -5, "x"), 4);
-    MSG_PutText(stream, "%d");
-    MSG_PutText(stream, "");
-    std::fclose(stream);
-    EXPECT_EQ(std::string(text, size), "abcd\nno value(null);-5%x%d");
-    std::free(text);
-
-    char buffer[16];
-    EXPECT_EQ(formatList(buffer, "%2$s-%1$03d", 8, "y"), 5);
-    EXPECT_STREQ(buffer, "y-008");
-    EXPECT_EQ(MSG_sprintf(buffer, "%s=%d", "a", 7), 3);
-    EXPECT_STREQ(buffer, "a=7");
-    std::FILE *full = std::fopen("/dev/full", "w");
-    std::setvbuf(full, nullptr, _IONBF, 0);
-    EXPECT_LT(MSG_fprintf(full, "%s%s", "a", "b"), 0);
-    std::clearerr(full);
-    MSG_PutText(full, "a");
-    EXPECT_NE(std::ferror(full), 0);
-    std::fclose(full);
 }

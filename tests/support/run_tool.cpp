@@ -136,3 +136,7 @@ samples::Log logOf(const std::vector<samples::Job> &jobs, const samples::LogHead
         log.job(job);
     return log;
 }
+
+samples::Log marchLog(const samples::LogHeader &header) {
+    return logOf({jobOf({{"job-name", {"march"}}})}, header);
+}

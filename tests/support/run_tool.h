@@ -64,3 +64,5 @@ using NamedTexts = std::pair<std::string, std::vector<std::string>>;
 void addTexts(samples::Job &job, const std::vector<NamedTexts> &attributes);
 samples::Job jobOf(const std::vector<NamedTexts> &attributes);
 samples::Log logOf(const std::vector<samples::Job> &jobs, const samples::LogHeader &header = {});
+// One with a single job, named "march".
+samples::Log marchLog(const samples::LogHeader &header = {});

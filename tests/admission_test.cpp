@@ -1,0 +1,57 @@
+// Whom the access list of a log admits to a run.
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "samples/account.h"
+#include "tests/support/run_tool.h"
+
+using namespace samples;
+namespace fs = std::filesystem;
+
+TEST(Admission, EntryDecidesByUserAndGroup) {
+    const Account caller = callersAccount();
+    const auto statusFor = [](const AccessEntry &entry) {
+        PrintSystem system;
+        system.save("19990301", marchLog({.accessList = {pack(entry)}}));
+        return system.run({"alpha"}).status;
+    };
+    EXPECT_EQ(statusFor(userEntry(caller.user.name, caller.user.domain)), 0);
+    EXPECT_EQ(statusFor(userEntry(caller.user.name, "ELSEWHERE")), 7);
+    if (!caller.groups.empty() && caller.groupIds <= 15) {
+        EXPECT_EQ(statusFor(groupEntry(caller.groups[0].name, caller.groups[0].domain)), 0);
+    }
+}
+
+TEST(Admission, AnotherUserIsJudgedByWhoHeIs) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    constexpr uid_t kDaemon = 1;
+    constexpr uid_t kNobodysId = 3'999'999; // without an account
+    const passwd *account = getpwuid(kDaemon);
+    const group *groupOfDaemon = getgrgid(kDaemon);
+    if (account == nullptr || groupOfDaemon == nullptr)
+        GTEST_SKIP() << "no second account";
+    PrintSystem system;
+    const std::string tool = system / "qvledger";
+    fs::copy_file(QVLEDGER_BINARY, tool); // where every user can reach it
+    fs::permissions(tool, fs::perms(0755));
+    system.save("19990301", marchLog({.accessList = {pack(userEntry(account->pw_name, computerName()))}}));
+    system.save("19990302",
+                marchLog({.accessList = {pack(groupEntry(groupOfDaemon->gr_name, computerName()))}}));
+    EXPECT_EQ(system.run({"alpha"}).status, 7) << "root is no member";
+    ToolResult result = system.run(
+        {"alpha"},
+        {.environment = {{"USER", "root"}, {"LOGNAME", "root"}}, .user = kDaemon, .program = tool});
+    EXPECT_EQ(result.status, 0) << result.err << result.log;
+    EXPECT_EQ(result.out, "job-name\nmarch\nmarch\n");
+    result = system.run({"alpha"},
+                        {.environment = {{"USER", account->pw_name}}, .user = kNobodysId, .program = tool});
+    EXPECT_EQ(result.status, 30);
+    const std::string unknown = "Unable to process data due to an unknown error.\n";
+    EXPECT_EQ(result.err, unknown + unknown);
+    fs::permissions(system.log("19990302"), fs::perms(0600));
+    EXPECT_EQ(system.run({"alpha"}, {.user = kDaemon, .program = tool}).status, 6);
+}

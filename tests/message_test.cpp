@@ -1,0 +1,89 @@
+// Formatted output, and the texts that a catalogue has in the place of the default ones.
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "service/message.h"
+#include "tests/support/run_tool.h"
+
+namespace fs = std::filesystem;
+
+static std::int32_t formatList(char *buffer, const char *format, ...) {
+    std::va_list values;
+    va_start(values, format);
+    const std::int32_t result = MSG_vsprintf(buffer, format, values);
+    va_end(values);
+    return result;
+}
+
+TEST(Message, FormatsFollowPrintf) {
+    const char *volatile none = nullptr; // hides the null from the compiler
+    char *text = nullptr;
+    std::size_t size = 0;
+    std::FILE *stream = open_memstream(&text, &size);
+    EXPECT_EQ(MSG_fprintf(stream, "%s%s", "ab", "c"), 3);
+    EXPECT_EQ(MSG_fprintf(stream, "%s\n", "d"), 2);
+    EXPECT_EQ(MSG_fprintf(stream, "no value"), 8);
+    EXPECT_EQ(MSG_fprintf(stream, "%s;", none), 7);
+    EXPECT_EQ(MSG_fprintf(stream, "%d%%%s", -5, "x"), 4);
+    MSG_PutText(stream, "%d");
+    MSG_PutText(stream, "");
+    std::fclose(stream);
+    EXPECT_EQ(std::string(text, size), "abcd\nno value(null);-5%x%d");
+    std::free(text);
+
+    char buffer[16];
+    EXPECT_EQ(formatList(buffer, "%2$s-%1$03d", 8, "y"), 5);
+    EXPECT_STREQ(buffer, "y-008");
+    EXPECT_EQ(MSG_sprintf(buffer, "%s=%d", "a", 7), 3);
+    EXPECT_STREQ(buffer, "a=7");
+    std::FILE *full = std::fopen("/dev/full", "w");
+    std::setvbuf(full, nullptr, _IONBF, 0);
+    EXPECT_LT(MSG_fprintf(full, "%s%s", "a", "b"), 0);
+    std::clearerr(full);
+    MSG_PutText(full, "a");
+    EXPECT_NE(std::ferror(full), 0);
+    std::fclose(full);
+}
+
+TEST(Catalogue, WinsOverTheDefaultTexts) {
+    PrintSystem system;
+    samples::writeFile(system / "texts", "$set 59\n$quote \"\n"
+                                         "110 \"Aufruf: qvledger SERVER\\n\"\n"
+                                         "108 \"Im Datum %2$s gibt es keinen Monat %1$d.\\n\"\n"
+                                         "109 \"Im Datum %2$s gibt es 100%% den Tag nicht.\\n\"\n"
+                                         "106 \"Falscher Anfang.\\n\"\n107 \"Nicht %1$d.\\n\"\n");
+    const std::string command =
+        "gencat '" + (system / "qvledg.cat").string() + "' '" + (system / "texts").string() + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const ToolRun translated{.environment = {{"NLSPATH", system / "%N.cat"}}};
+    EXPECT_EQ(system.run({"-h"}, translated).err, "Aufruf: qvledger SERVER\n");
+    EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, translated).err,
+              "Im Datum 19991301 gibt es keinen Monat 13.\n");
+    EXPECT_EQ(system.run({"-s", "19990100", "alpha"}, translated).err,
+              "Im Datum 19990100 gibt es 100% den Tag nicht.\n");
+    EXPECT_EQ(system.run({"-s", "1999", "alpha"}, translated).err, "Falscher Anfang.\n");
+    EXPECT_TRUE(system.run({"-e", "1999", "alpha"}, translated).err.starts_with("The end date 1999 is"))
+        << "a number in the place of a text";
+    const ToolRun german{.environment = {{"NLSPATH", QVLEDGER_CATALOGUES "/de/%N.cat"}}};
+    EXPECT_TRUE(system.run({"-h"}, german).err.starts_with("Aufruf: qvledger [-h] "));
+    EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, german).err,
+              "Der Monat 13 im Datum 19991301 ist ung\u00FCltig.\n");
+}
+
+TEST(Catalogue, OfTheInstallationStandsIn) {
+    PrintSystem system;
+    fs::path place = QVLEDGER_LOCALEDIR;
+    while (!fs::exists(place))
+        place = place.parent_path();
+    const fs::path laid = system / "laid" / fs::relative(QVLEDGER_LOCALEDIR, place) / "C/LC_MESSAGES";
+    fs::create_directories(laid);
+    fs::copy_file(QVLEDGER_CATALOGUES "/de/qvledg.cat", laid / "qvledg");
+    const ToolResult result =
+        system.run({"-h"}, {.environment = {{"LC_ALL", "C.UTF-8"}}, .mounted = {system / "laid", place}});
+    if (result.status == kNoNamespace)
+        GTEST_SKIP() << "needs a mount namespace";
+    EXPECT_TRUE(result.err.starts_with("Aufruf: qvledger [-h] ")) << result.err;
+}
