@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <regex>
+#include <sstream>
 
 #include "samples/oid_table.h"
 #include "tests/support/run_tool.h"
@@ -159,4 +161,25 @@ TEST(Report, FailuresInsideALogAreToldAndLeaveTheStatus) {
                  corrupted + corrupted, {unreadable + formatError, unreadable + formatError});
     expectReport("unreadable documents", logOf({documents, good}),
                  "job-name\tjob-owner\nn\to\n\t\td\n\t\n" + report, "", {});
+}
+
+TEST(Report, DocumentedLogGivesTheDocumentedReport) {
+    std::istringstream document(readFile(QVLEDGER_DOCUMENTS "/formats.md"));
+    std::string line, log, report;
+    while (std::getline(document, line) && !line.starts_with("Example: "))
+        ;
+    while (std::getline(document, line) && !line.starts_with("Its report")) {
+        static const std::regex item(R"re("([^"]*)"|([0-9a-f]{2})(\*(\d+))?)re"); // text, or a byte, repeated
+        const std::string bytes = line.starts_with("    ") ? line.substr(0, line.find(';')) : "";
+        for (std::sregex_iterator it(bytes.begin(), bytes.end(), item), end; it != end; ++it)
+            log += (*it)[1].matched ? (*it)[1].str()
+                                    : std::string((*it)[3].matched ? std::stoul((*it)[4]) : 1,
+                                                  static_cast<char>(std::stoi((*it)[2], nullptr, 16)));
+    }
+    while (std::getline(document, line) && !line.starts_with("#"))
+        report += line.starts_with("    ") ? line.substr(4) + '\n' : "";
+    PrintSystem system;
+    writeFile(system.log("19990301"), log);
+    EXPECT_EQ(system.run({"alpha"}).out, report);
+    EXPECT_NE(report, "");
 }
