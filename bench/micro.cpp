@@ -10,7 +10,7 @@
 #include "ala/log/record.h"
 #include "ala/render/dispatcher.h"
 #include "samples/log_writer.h"
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "samples/sample_root.h"
 #include "service/oid.h"
 #include "service/status.h"

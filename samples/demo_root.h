@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-#include "samples/account.h"
+#include "samples/callers_account.h"
 #include "samples/sample_root.h"
 
 namespace samples {

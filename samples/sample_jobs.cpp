@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "samples/oid_table.h"
 #include "samples/sample_facts.h"
+#include "samples/sample_oids.h"
 
 namespace samples {
 

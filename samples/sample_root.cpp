@@ -1,7 +1,7 @@
 #include "samples/sample_root.h"
 
-#include "samples/oid_table.h"
 #include "samples/output_file.h"
+#include "samples/sample_oids.h"
 
 namespace samples {
 

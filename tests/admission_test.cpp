@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "samples/account.h"
+#include "samples/callers_account.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;

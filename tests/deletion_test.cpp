@@ -8,7 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 #include "tests/support/scripted_os.h"
 #include "tool/run.h"

@@ -4,7 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;

@@ -5,7 +5,7 @@
 #include <regex>
 #include <sstream>
 
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;

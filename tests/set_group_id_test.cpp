@@ -9,7 +9,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include "samples/account.h"
+#include "samples/callers_account.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;

@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 #include "samples/demo_root.h"
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 #include "tool/run.h"
 #include "trials/injector.h"

@@ -12,7 +12,7 @@
 
 #include "ala/ala.h"
 #include "samples/log_writer.h"
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "samples/sample_root.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/value_cases.h"

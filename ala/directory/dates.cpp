@@ -25,19 +25,16 @@ ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_res
     return ALA_N_NORMAL;
 }
 
-FileDate ALA__DateFile(const char *inp_fileName, std::int32_t *outp_dateInNum) {
+ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum) {
     struct _stat file = {};
     if (_stat(inp_fileName, &file) != 0)
-        return FileDate::NoFile;
+        return ALA_A_FAIL_TO_GET_TIME;
     std::tm local = {};
     if (SYSU_Localtime_r(&file.st_mtime, &local) == nullptr || local.tm_year < kFirstYear - 1900 ||
-        local.tm_year > kLastYear - 1900)
-        return FileDate::OffTheCalendar;
+        local.tm_year > kLastYear - 1900) {
+        *outp_dateInNum = kOffTheCalendar;
+        return ALA_A_FAIL_TO_GET_TIME;
+    }
     *outp_dateInNum = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
-    return FileDate::Known;
-}
-
-ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum) {
-    const bool known = ALA__DateFile(inp_fileName, outp_dateInNum) == FileDate::Known;
-    return known ? ALA_N_NORMAL : ALA_A_FAIL_TO_GET_TIME;
+    return ALA_N_NORMAL;
 }

@@ -9,11 +9,11 @@
 #include "ala/driver.h"
 
 // Dates a log by its tail, and that of the day in progress by its last change.
-static FileDate dateLog(const char *tail, const char *path, std::int32_t *date) {
+static ALA_retCode_t dateLog(const char *tail, const char *path, std::int32_t *date) {
     if (std::strcmp(tail, "current") == 0)
-        return ALA__DateFile(path, date);
+        return ALA__GetDateFromStat(path, date);
     *date = static_cast<std::int32_t>(std::atol(tail));
-    return FileDate::Known;
+    return ALA_N_NORMAL;
 }
 
 ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix, EntryVisitor &visitor) {
@@ -49,13 +49,12 @@ public:
         if (file == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
         std::int32_t date = 0;
-        const FileDate dated = dateLog(entry.tail, file.get(), &date);
-        if (dated == FileDate::Known)
+        if (dateLog(entry.tail, file.get(), &date) == ALA_N_NORMAL)
             return visitor.visit({entry.name, date});
-        if (dated == FileDate::OffTheCalendar)
+        if (date == kOffTheCalendar)
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                             "%s is left out: the time of its last change is off the calendar", file.get());
-        if (dated == FileDate::OffTheCalendar || rules.notDated == nullptr)
+        if (date == kOffTheCalendar || rules.notDated == nullptr)
             return ALA_N_NORMAL;
         return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules.notDated);
     }

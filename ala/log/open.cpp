@@ -63,7 +63,8 @@ static ALA_retCode_t openStandBy(ALA_handle_t handle, LogFile &file) {
     if (const ALA_retCode_t result = convertPath(file); result != ALA_N_NORMAL)
         return result;
     std::int32_t lastWritten = 0;
-    if (ALA__DateFile(file.convertedPath.get(), &lastWritten) == FileDate::Known && lastWritten == file.date)
+    if (ALA__GetDateFromStat(file.convertedPath.get(), &lastWritten) == ALA_N_NORMAL &&
+        lastWritten == file.date)
         file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
     return ALA_N_NORMAL;
 }

@@ -55,7 +55,7 @@ static const RenderFailure *renderTarget(AS_attrValType_t type, const void *valu
     const RenderFailure *failure = row != nullptr ? row->render(rendering, value) : nullptr;
     if constexpr (!kFurther)
         target->value = rendering.text.release();
-    else if (*link == target && makeFittingValue(link, rendering.text) != ALA_N_NORMAL)
+    else if (*link == target && ALA__AllocValue(link, rendering.text) != ALA_N_NORMAL)
         return failure != nullptr ? failure : &kNoNode;
     if (failure == nullptr && rendering.text.failed())
         return &kNoMemoryForText;

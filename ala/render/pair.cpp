@@ -11,31 +11,18 @@
 
 using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
 
-// A value with that many zeroed bytes of room for its text; without room it has no text.
-static ALA_retCode_t allocValue(attributeVal **val, std::size_t room) {
-    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + room));
-    *val = value;
-    if (value == nullptr)
-        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    *value = {room != 0 ? static_cast<char *>(std::memset(value + 1, 0, room)) : nullptr, nullptr};
-    return ALA_N_NORMAL;
-}
-
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val) {
-    return allocValue(inoutpp_val, kValueSize);
-}
-
-ALA_retCode_t makeFittingValue(attributeVal **val, Text &text) {
+ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, Text &inoutp_text) {
     constexpr std::size_t kCopied = 4096; // bytes from which on a text is not copied
     static_assert(kCopied >= kValueSize, "such a text is in no maker's buffer");
-    const bool isCopied = text.size() < kCopied;
-    const std::size_t room = isCopied ? text.size() + 1 : 0;
-    if (const ALA_retCode_t result = allocValue(val, room); result != ALA_N_NORMAL)
-        return result;
-    if (isCopied)
-        std::memcpy((*val)->value, text.c_str(), room);
-    else
-        (*val)->value = text.releaseToFit();
+    const bool isCopied = inoutp_text.size() < kCopied;
+    const std::size_t room = isCopied ? inoutp_text.size() + 1 : 0;
+    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + room));
+    *outpp_val = value;
+    if (value == nullptr)
+        return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
+    *value = {isCopied ? static_cast<char *>(std::memcpy(value + 1, inoutp_text.c_str(), room))
+                       : inoutp_text.releaseToFit(),
+              nullptr};
     return ALA_N_NORMAL;
 }
 

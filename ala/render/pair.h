@@ -36,13 +36,9 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string
                                          const char *inp_locale, void **inoutp_oidHandle,
                                          ALA_attrPair **outp_attribute, char **outpp_attrName);
 
-// A value with an empty text in a zeroed buffer of kValueSize bytes.  0, or ALA_A_OUT_OF_MEMORY with the
-// variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **inoutpp_val);
-
 // A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
 // variable null.
-ALA_retCode_t makeFittingValue(attributeVal **val, Text &text);
+ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, Text &inoutp_text);
 
 // Releases a value and its text, but for what is a part of the pair.
 void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);

@@ -99,7 +99,7 @@ static const RenderFailure *addElement(const Rendering &rendering, const GEN_dis
         return &kExtractTextFailed;
     if (text.failed())
         return &kNoText;
-    if (makeFittingValue(values.end, text) != ALA_N_NORMAL)
+    if (ALA__AllocValue(values.end, text) != ALA_N_NORMAL)
         return &kNoNode;
     values.end = &(*values.end)->next;
     return nullptr;

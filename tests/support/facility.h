@@ -8,7 +8,7 @@
 
 #include "ala/ala.h"
 #include "samples/log_writer.h"
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 #include "samples/sample_root.h"
 #include "tests/support/scripted_os.h"
 #include "tests/support/temp_dir.h"

@@ -13,7 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 
 namespace fs = std::filesystem;
 

@@ -1,10 +1,10 @@
-#include "samples/oid_table.h"
+#include "samples/sample_oids.h"
 
 #include <map>
 #include <sstream>
 #include <stdexcept>
 
-#include "oid_table.inc"
+#include "sample_oids.inc"
 
 namespace samples {
 

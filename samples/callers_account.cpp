@@ -1,4 +1,4 @@
-#include "samples/account.h"
+#include "samples/callers_account.h"
 
 #include <algorithm>
 #include <cerrno>
