@@ -4,6 +4,8 @@
 #include <cstring>
 #include <initializer_list>
 
+#include <iconv.h>
+#include <langinfo.h>
 #include <nl_types.h>
 #include <sys/single_threaded.h>
 
@@ -33,17 +35,54 @@ static nl_catd openInstalled(const char *name) {
     return found;
 }
 
+// ---- The character set of its texts ----
+
+// Catalogues are in UTF-8; a terminal shows the character set of the locale.
+constexpr std::size_t kFailed = static_cast<std::size_t>(-1); // of iconv
+static const iconv_t kNoConverter = reinterpret_cast<iconv_t>(std::intptr_t{-1});
+static iconv_t converter = kNoConverter;
+
+static iconv_t openConverter() {
+    const char *charset = nl_langinfo(CODESET);
+    for (const char *asItIs : {"UTF-8", "ANSI_X3.4-1968"}) // the latter: no locale was chosen
+        if (std::strcmp(charset, asItIs) == 0)
+            return kNoConverter;
+    char target[64];
+    const int length = std::snprintf(target, sizeof target, "%s//TRANSLIT", charset);
+    return length < static_cast<int>(sizeof target) ? iconv_open(target, "UTF-8") : kNoConverter;
+}
+
+// The text in that character set, which may be in the buffer.  What is no UTF-8, or too long for the buffer,
+// stays as it is.
+static const char *inCharacterSet(const char *text, char (&buffer)[4096]) {
+    if (converter == kNoConverter)
+        return text;
+    auto *from = const_cast<char *>(text); // iconv only reads it
+    std::size_t left = std::strlen(text) + 1;
+    char *to = buffer;
+    std::size_t room = sizeof buffer;
+    iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    return iconv(converter, &from, &left, &to, &room) != kFailed ? buffer : text;
+}
+
+// ---- Its operations ----
+
 void MSG_UsageBegin(const char *inp_catalogue) {
     MSG_UsageEnd();
     catalogue = catopen(inp_catalogue, NL_CAT_LOCALE);
     if (catalogue == kNoCatalogue)
         catalogue = openInstalled(inp_catalogue);
+    if (catalogue != kNoCatalogue)
+        converter = openConverter();
 }
 
 void MSG_UsageEnd() {
     if (catalogue != kNoCatalogue)
         catclose(catalogue);
+    if (converter != kNoConverter)
+        iconv_close(converter);
     catalogue = kNoCatalogue;
+    converter = kNoConverter;
 }
 
 std::int32_t MSG_GetUnformatted(std::int32_t, std::uint32_t in_code, std::int32_t, std::uint32_t in_size,
@@ -55,6 +94,8 @@ std::int32_t MSG_GetUnformatted(std::int32_t, std::uint32_t in_code, std::int32_
                                static_cast<int>(in_code & kNumberMask), &absent);
     if (text == &absent)
         return 1;
+    char buffer[4096];
+    text = inCharacterSet(text, buffer);
     const std::size_t length = std::strlen(text);
     if (length >= in_size)
         return 1;

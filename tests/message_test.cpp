@@ -87,3 +87,22 @@ TEST(Catalogue, OfTheInstallationStandsIn) {
         GTEST_SKIP() << "needs a mount namespace";
     EXPECT_TRUE(result.err.starts_with("Aufruf: qvledger [-h] ")) << result.err;
 }
+
+TEST(Catalogue, TextsComeInTheCharacterSetOfTheLocale) {
+    const std::pair<const char *, const char *> cases[] = {{"de_DE.ISO-8859-1", "ung\xFCltig"},
+                                                           {"ja_JP.EUC-JP", "\xC6\xFC\xC9\xD5"}};
+    PrintSystem system;
+    for (const auto &[locale, expected] : cases) {
+        const std::string name = locale, dot = name.substr(0, name.find('.'));
+        const std::string command = "localedef -i " + dot + " -f " + name.substr(dot.size() + 1) + " '" +
+                                    (system / name).string() + "' 2>&1";
+        if (std::system(command.c_str()) != 0)
+            GTEST_SKIP() << "the sources of locales are not installed";
+        const ToolResult result = system.run(
+            {"-s", "19991301", "alpha"},
+            {.environment = {
+                 {"LOCPATH", system / ""}, {"LC_ALL", name}, {"NLSPATH", QVLEDGER_CATALOGUES "/%l/%N.cat"}}});
+        EXPECT_NE(result.err.find(expected), std::string::npos) << name << ": " << result.err;
+        EXPECT_NE(result.err.find("19991301"), std::string::npos) << result.err;
+    }
+}
