@@ -11,9 +11,10 @@
 #include <unistd.h>
 
 #include "platform/os.h"
-#include "platform/posix/account.h"
-#include "platform/posix/groups.h"
+#include "platform/posix/computer_name.h"
+#include "platform/posix/name_service.h"
 #include "platform/posix/sid.h"
+#include "platform/posix/token_groups.h"
 #include "service/thread.h"
 #include "tests/support/temp_dir.h"
 

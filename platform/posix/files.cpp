@@ -1,6 +1,6 @@
-// Files, with read-ahead beneath the reader.
+#include "platform/os.h"
+
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -10,139 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/os.h"
+#include "platform/malloced.h"
 
-constexpr std::size_t kBlockSize = 128 * 1024;
-constexpr int kDescriptors = 1024; // descriptors from here on are read without read-ahead
+constexpr int kLinks = 40; // that a path may lead through, as for the kernel
 
-namespace {
-
-// The kernel's position is left() bytes behind the caller's.
-struct ReadAhead : OS_readAhead {
-    unsigned char *block; // kBlockSize bytes, or null until the first read and after _close
-
-    std::size_t left() const { return static_cast<std::size_t>(end - next); }
-    void fill(std::size_t size) {
-        next = block;
-        end = block + size;
-    }
-    std::size_t take(unsigned char *bytes, std::size_t size) {
-        const std::size_t taken = std::min(size, left());
-        if (taken != 0)
-            std::memcpy(bytes, next, taken);
-        next += taken;
-        return taken;
-    }
-};
-
-} // namespace
-
-// Indexed by descriptor.  A descriptor belongs to one thread at a time, so its row needs no lock.
-static ReadAhead gReadAhead[kDescriptors];
-
-static ReadAhead *readAheadOf(int fd) {
-    if (fd < 0 || fd >= kDescriptors)
-        return nullptr;
-    // Shows what the thread that closed the number's last file left behind (_close).
-    static_cast<void>(std::atomic_ref(gReadAhead[fd].block).load(std::memory_order_acquire));
-    return &gReadAhead[fd];
-}
-
-static ssize_t readOnce(int fd, void *bytes, std::size_t size) {
-    ssize_t got;
-    do
-        got = read(fd, bytes, size);
-    while (got < 0 && errno == EINTR);
-    return got;
-}
-
-// Whether the descriptor's read-ahead, which is used up, can be filled in one block.
-static bool canReadAhead(ReadAhead *ahead) {
-    if (ahead == nullptr)
-        return false;
-    if (ahead->block == nullptr)
-        ahead->block = static_cast<unsigned char *>(std::malloc(kBlockSize));
-    ahead->fill(0);
-    return ahead->block != nullptr;
-}
-
-// One read towards in_size bytes: through the block, or straight to the caller when that is as large.
-static ssize_t readSome(int fd, ReadAhead *ahead, unsigned char *bytes, std::size_t size) {
-    if (size >= kBlockSize || !canReadAhead(ahead))
-        return readOnce(fd, bytes, size);
-    const ssize_t got = readOnce(fd, ahead->block, kBlockSize);
-    if (got <= 0)
-        return got;
-    ahead->fill(static_cast<std::size_t>(got));
-    return static_cast<ssize_t>(ahead->take(bytes, size));
-}
-
-// A failed read has read nothing: the position goes back before the bytes that came first.  What cannot seek
-// has lost them.
-static int failRead(int fd, std::size_t done) {
-    const int error = errno;
-    if (done != 0)
-        static_cast<void>(lseek(fd, -static_cast<off_t>(done), SEEK_CUR));
-    errno = error;
-    return -1;
-}
-
-static int readFully(int fd, ReadAhead *ahead, unsigned char *bytes, std::size_t size) {
-    std::size_t done = ahead != nullptr ? ahead->take(bytes, size) : 0;
-    while (done < size) {
-        const ssize_t got = readSome(fd, ahead, bytes + done, size - done);
-        if (got < 0)
-            return failRead(fd, done);
-        if (got == 0)
-            break;
-        done += static_cast<std::size_t>(got);
-    }
-    return static_cast<int>(done);
-}
-
-extern "C" {
-
-OS_readAhead *OS_ReadAheadOf(int in_fd) {
-    return readAheadOf(in_fd);
-}
-
-int _read(int in_fd, void *outp_buffer, unsigned in_size) {
-    ReadAhead *ahead = readAheadOf(in_fd);
-    if (ahead != nullptr && in_size != 0 && in_size <= ahead->left()) {
-        std::memcpy(outp_buffer, ahead->next, in_size);
-        ahead->next += in_size;
-        return static_cast<int>(in_size);
-    }
-    if (in_size > INT_MAX) {
-        errno = EINVAL;
-        return -1;
-    }
-    return readFully(in_fd, ahead, static_cast<unsigned char *>(outp_buffer), in_size);
-}
-
-long _lseek(int in_fd, long in_offset, int in_origin) {
-    ReadAhead *ahead = readAheadOf(in_fd);
-    long offset = in_offset;
-    if (ahead != nullptr && in_origin == SEEK_CUR &&
-        __builtin_sub_overflow(in_offset, static_cast<long>(ahead->left()), &offset)) {
-        errno = EINVAL;
-        return -1;
-    }
-    const off_t position = lseek(in_fd, offset, in_origin);
-    if (position >= 0 && ahead != nullptr)
-        ahead->fill(0);
-    return position;
-}
-
-int _close(int in_fd) {
-    // The row is given up first: once closed, the number may be another thread's new file.
-    if (ReadAhead *ahead = readAheadOf(in_fd)) {
-        std::free(ahead->block);
-        ahead->next = ahead->end = nullptr;
-        std::atomic_ref(ahead->block).store(nullptr, std::memory_order_release);
-    }
-    return close(in_fd);
-}
+// ---- The system's own calls ----
 
 int _stat(const char *inp_path, struct _stat *outp_stat) {
     struct stat status;
@@ -164,4 +36,96 @@ int _dup(int in_fd) {
     return fcntl(in_fd, F_DUPFD_CLOEXEC, 0L);
 }
 
-} // extern "C"
+int _isatty(int in_fd) {
+    return isatty(in_fd);
+}
+
+int _commit(int in_fd) {
+    return fsync(in_fd);
+}
+
+// ---- Opening ----
+
+// The path one symbolic link further; null when the path is no link, or memory runs out.
+static Malloced<char> follow(const char *givenPath) {
+    char target[PATH_MAX];
+    const ssize_t length = readlink(givenPath, target, sizeof target - 1);
+    if (length <= 0)
+        return nullptr;
+    target[length] = '\0';
+    const char *slash = target[0] == '/' ? nullptr : std::strrchr(givenPath, '/');
+    const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - givenPath) + 1 : 0;
+    Malloced<char> path(static_cast<char *>(std::malloc(folder + static_cast<std::size_t>(length) + 1)));
+    if (path == nullptr)
+        return nullptr;
+    std::memcpy(path.get(), givenPath, folder);
+    std::memcpy(path.get() + folder, target, static_cast<std::size_t>(length) + 1);
+    return path;
+}
+
+int OS_OpenToAppend(const char *inp_path, char **outp_made) {
+    constexpr int kAppend = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
+    constexpr mode_t kMode = 0666; // less what the umask takes
+    *outp_made = nullptr;
+    Malloced<char> path(strdup(inp_path));
+    for (int links = 0; path != nullptr && links < kLinks;) {
+        int fd = open(path.get(), kAppend | O_CREAT | O_EXCL, kMode);
+        if (fd != -1) {
+            *outp_made = path.release();
+            return fd;
+        }
+        if (errno != EEXIST)
+            return -1;
+        fd = open(inp_path, kAppend, mode_t{0});
+        if (fd != -1 || errno != ENOENT)
+            return fd;
+        // It went meanwhile, or the link leads nowhere.
+        if (Malloced<char> target = follow(path.get()); target != nullptr)
+            path = std::move(target);
+        ++links;
+    }
+    errno = path != nullptr ? ELOOP : ENOMEM;
+    return -1;
+}
+
+int OS_OpenAgain(int in_fd) {
+    char path[64];
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", in_fd);
+    const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
+    return fd != -1 ? fd : open(path, O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
+}
+
+// ---- Contents ----
+
+int OS_LastByte(int in_fd) {
+    unsigned char last = 0;
+    return lseek(in_fd, -1, SEEK_END) >= 0 && read(in_fd, &last, 1) == 1 ? last : -1;
+}
+
+int OS_CutFile(int in_fd, std::int64_t in_size) {
+    return ftruncate(in_fd, in_size) == 0 && lseek(in_fd, in_size, SEEK_SET) == in_size ? 0 : -1;
+}
+
+// ---- Names ----
+
+int OS_MoveName(const char *inp_from, const char *inp_to) {
+    if (renameat2(AT_FDCWD, inp_from, AT_FDCWD, inp_to, RENAME_NOREPLACE) == 0)
+        return OS_DONE;
+    return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
+}
+
+int OS_SyncFolderOf(const char *inp_path) {
+    char *folder = strdup(inp_path);
+    if (folder == nullptr)
+        return -1;
+    char *slash = std::strrchr(folder, '/');
+    if (slash != nullptr)
+        slash[slash == folder ? 1 : 0] = '\0';
+    const int fd = open(slash != nullptr ? folder : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    std::free(folder);
+    if (fd == -1)
+        return -1;
+    const int result = fsync(fd);
+    static_cast<void>(close(fd)); // only synced: nothing can be lost
+    return result;
+}

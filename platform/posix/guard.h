@@ -6,16 +6,16 @@
 #include "platform/os.h"
 
 // Fails a call that answers zero on failure, with the reason for GetLastError.
-inline BOOL failWith(LONG in_error) {
-    SetLastError(static_cast<DWORD>(in_error));
+inline BOOL failWith(LONG error) {
+    SetLastError(static_cast<DWORD>(error));
     return 0;
 }
 
 // Runs a call that answers zero on failure; running out of memory is such a failure.
 template <class Body>
-auto guarded(Body in_body) noexcept -> decltype(in_body()) {
+auto guarded(Body body) noexcept -> decltype(body()) {
     try {
-        return in_body();
+        return body();
     } catch (const std::bad_alloc &) {
         return failWith(ERROR_NOT_ENOUGH_MEMORY);
     }

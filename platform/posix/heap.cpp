@@ -1,8 +1,8 @@
 // The process heap is the C library's.
+#include "platform/os.h"
+
 #include <algorithm>
 #include <cstdlib>
-
-#include "platform/os.h"
 
 static char gHeap; // stands for the one heap
 

@@ -1,18 +1,10 @@
-// What the program needs of its process, and how it is asked to end.
 #include "platform/os.h"
 
-#include <cerrno>
 #include <csignal>
-#include <ctime>
 #include <initializer_list>
 
 #include <fcntl.h>
 #include <unistd.h>
-
-constexpr long kAtOnce = 50'000'000; // nanoseconds within which a second signal is part of the first
-
-static volatile std::sig_atomic_t notedSignal = 0;
-static std::timespec notedAt; // the handler's own
 
 void OS_PrepareProcess() {
     for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
@@ -26,50 +18,4 @@ void OS_PrepareProcess() {
             return;
         }
     }
-}
-
-static void endBy(int signal) {
-    std::signal(signal, SIG_DFL);
-    sigset_t only;
-    sigemptyset(&only);
-    sigaddset(&only, signal);
-    std::raise(signal);
-    sigprocmask(SIG_UNBLOCK, &only, nullptr);
-}
-
-static void note(int signal) {
-    std::timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    if (notedSignal == 0) {
-        notedSignal = signal;
-        notedAt = now;
-    } else if ((now.tv_sec - notedAt.tv_sec) * 1'000'000'000 + now.tv_nsec - notedAt.tv_nsec > kAtOnce) {
-        endBy(signal);
-    }
-}
-
-void OS_NoteEndSignals() {
-    for (const int asking : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction before = {};
-        struct sigaction noting = {};
-        noting.sa_handler = note; // and without SA_RESTART, so that a call that waits comes back
-        for (const int other : {SIGINT, SIGTERM, SIGHUP})
-            sigaddset(&noting.sa_mask, other);
-        if (sigaction(asking, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
-            static_cast<void>(sigaction(asking, &noting, nullptr)); // the arguments are valid
-    }
-}
-
-int OS_NotedSignal() {
-    return notedSignal;
-}
-
-void OS_EndBySignal() {
-    if (notedSignal != 0)
-        endBy(notedSignal);
-}
-
-void OS_Sleep(int in_milliseconds) {
-    const std::timespec length = {in_milliseconds / 1000, in_milliseconds % 1000 * 1'000'000L};
-    static_cast<void>(nanosleep(&length, nullptr)); // a signal may cut it short
 }

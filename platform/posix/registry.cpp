@@ -2,6 +2,8 @@
 //
 // The file is read anew at each open, and an open key holds its values itself: nothing is shared but what was
 // told of a malformed file last.
+#include "platform/os.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -17,7 +19,6 @@
 #include <unistd.h>
 
 #include "platform/descriptor.h"
-#include "platform/os.h"
 #include "platform/posix/registry_file.h"
 
 constexpr char kDefaultPath[] = "/etc/qvledger/registry.reg";

@@ -227,15 +227,15 @@ bool Parser::joinContinued() {
     return true;
 }
 
-std::optional<RegistryFault> parseRegistry(std::string_view in_bytes, Registry &inout_registry) {
-    if (in_bytes.starts_with("\xFF\xFE"sv) || in_bytes.starts_with("\xFE\xFF"sv)) {
-        const bool bigEndian = in_bytes[0] == '\xFE';
-        std::string text = utf8FromUtf16(in_bytes.substr(2), bigEndian);
-        if (in_bytes.size() % 2 != 0)
+std::optional<RegistryFault> parseRegistry(std::string_view bytes, Registry &registry) {
+    if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv)) {
+        const bool bigEndian = bytes[0] == '\xFE';
+        std::string text = utf8FromUtf16(bytes.substr(2), bigEndian);
+        if (bytes.size() % 2 != 0)
             text.push_back('\0'); // half a character is malformed where it stands
-        return Parser(text, inout_registry).parse();
+        return Parser(text, registry).parse();
     }
-    if (in_bytes.starts_with("\xEF\xBB\xBF"sv))
-        in_bytes.remove_prefix(3);
-    return Parser(in_bytes, inout_registry).parse();
+    if (bytes.starts_with("\xEF\xBB\xBF"sv))
+        bytes.remove_prefix(3);
+    return Parser(bytes, registry).parse();
 }

@@ -51,4 +51,4 @@ struct RegistryFault {
 };
 
 // Adds what a file holds.  On a fault the registry holds what came before it.
-std::optional<RegistryFault> parseRegistry(std::string_view in_bytes, Registry &inout_registry);
+std::optional<RegistryFault> parseRegistry(std::string_view bytes, Registry &registry);

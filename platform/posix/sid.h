@@ -15,6 +15,6 @@ static_assert(sizeof(Sid) == 16);
 constexpr std::uint32_t kSidOfUser = 1;
 constexpr std::uint32_t kSidOfGroup = 2;
 
-constexpr Sid makeSid(std::uint32_t in_kind, std::uint32_t in_id) {
-    return {1, 2, {0, 0, 0, 0, 0, 22}, {in_kind, in_id}};
+constexpr Sid makeSid(std::uint32_t kind, std::uint32_t id) {
+    return {1, 2, {0, 0, 0, 0, 0, 22}, {kind, id}};
 }

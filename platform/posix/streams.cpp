@@ -1,11 +1,8 @@
-// Streams, and what keeps written files on their disk.
 #include "platform/os.h"
 
 #include <cstdlib>
-#include <cstring>
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <sys/types.h>
 
 namespace {
 
@@ -18,30 +15,6 @@ struct Stream {
 
 int _fileno(std::FILE *inp_stream) {
     return fileno(inp_stream);
-}
-
-int _isatty(int in_fd) {
-    return isatty(in_fd);
-}
-
-int _commit(int in_fd) {
-    return fsync(in_fd);
-}
-
-int OS_SyncFolderOf(const char *inp_path) {
-    char *folder = strdup(inp_path);
-    if (folder == nullptr)
-        return -1;
-    char *slash = std::strrchr(folder, '/');
-    if (slash != nullptr)
-        slash[slash == folder ? 1 : 0] = '\0';
-    const int fd = open(slash != nullptr ? folder : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    std::free(folder);
-    if (fd == -1)
-        return -1;
-    const int result = fsync(fd);
-    static_cast<void>(close(fd)); // only synced: nothing can be lost
-    return result;
 }
 
 static ssize_t writeTo(void *givenStream, const char *bytes, std::size_t size) {

@@ -44,44 +44,44 @@ static char32_t decode(std::string_view text, const Form &form) {
     return valid ? character : kLastCharacter + 1;
 }
 
-char32_t takeUtf8(std::string_view &inout_text) {
+char32_t takeUtf8(std::string_view &text) {
     for (const Form &form : kForms) {
-        const char32_t character = decode(inout_text, form);
+        const char32_t character = decode(text, form);
         if (character <= kLastCharacter) {
-            inout_text.remove_prefix(form.length);
+            text.remove_prefix(form.length);
             return character;
         }
     }
-    const unsigned char stray = byteAt(inout_text, 0);
-    inout_text.remove_prefix(1);
+    const unsigned char stray = byteAt(text, 0);
+    text.remove_prefix(1);
     return kStrayByte + stray;
 }
 
-bool appendUtf8(std::string &inout_text, char32_t in_character) {
-    if (isStrayByte(in_character)) {
-        inout_text.push_back(static_cast<char>(in_character - kStrayByte));
+bool appendUtf8(std::string &text, char32_t character) {
+    if (isStrayByte(character)) {
+        text.push_back(static_cast<char>(character - kStrayByte));
         return true;
     }
-    if (isSurrogate(in_character) || in_character > kLastCharacter)
+    if (isSurrogate(character) || character > kLastCharacter)
         return false;
     const Form *form = kForms;
-    while (form != kForms + 3 && in_character >= form[1].smallest)
+    while (form != kForms + 3 && character >= form[1].smallest)
         ++form;
     auto shift = static_cast<unsigned>(6 * (form->length - 1));
-    inout_text.push_back(static_cast<char>(form->lead | in_character >> shift));
+    text.push_back(static_cast<char>(form->lead | character >> shift));
     while (shift != 0) {
         shift -= 6;
-        inout_text.push_back(static_cast<char>(0x80 | (in_character >> shift & 0x3F)));
+        text.push_back(static_cast<char>(0x80 | (character >> shift & 0x3F)));
     }
     return true;
 }
 
-std::string utf8FromUtf16(std::string_view in_bytes, bool in_bigEndian) {
-    const std::size_t units = in_bytes.size() / 2;
+std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
+    const std::size_t units = bytes.size() / 2;
     const auto unitAt = [&](std::size_t index) -> char32_t {
-        const char32_t first = byteAt(in_bytes, 2 * index);
-        const char32_t second = byteAt(in_bytes, 2 * index + 1);
-        return in_bigEndian ? first << 8 | second : second << 8 | first;
+        const char32_t first = byteAt(bytes, 2 * index);
+        const char32_t second = byteAt(bytes, 2 * index + 1);
+        return bigEndian ? first << 8 | second : second << 8 | first;
     };
     std::string text;
     text.reserve(units);

@@ -8,11 +8,11 @@
 constexpr char32_t kStrayByte = 0xDC00;
 
 // The first character of a text that is not empty, removed from it.
-char32_t takeUtf8(std::string_view &inout_text);
+char32_t takeUtf8(std::string_view &text);
 
 // False, with nothing appended, for a number that is neither a character nor a stray byte.
-bool appendUtf8(std::string &inout_text, char32_t in_character);
+bool appendUtf8(std::string &text, char32_t character);
 
 // The UTF-8 of UTF-16 units, low byte first or high byte first.  Half of a surrogate pair becomes "?", a last
 // byte without its partner is left out.
-std::string utf8FromUtf16(std::string_view in_bytes, bool in_bigEndian);
+std::string utf8FromUtf16(std::string_view bytes, bool bigEndian);

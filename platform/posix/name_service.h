@@ -12,11 +12,7 @@ struct AccountName {
     std::string name;
     std::string domain;
 };
-AccountName splitAccountName(std::string_view in_full);
-
-// The computer's name from a host name: up to the first dot, at most 15 characters.
-std::string computerNameOf(std::string_view in_hostName);
-std::string computerName();
+AccountName splitAccountName(std::string_view full);
 
 struct Account {
     uid_t id;
@@ -24,6 +20,6 @@ struct Account {
 };
 
 // Nothing when there is no such account or group.
-std::optional<Account> accountOfId(uid_t in_id);
-std::optional<Account> accountOfName(const std::string &in_name);
-std::optional<AccountName> groupOfId(gid_t in_id);
+std::optional<Account> accountOfId(uid_t id);
+std::optional<Account> accountOfName(const std::string &name);
+std::optional<AccountName> groupOfId(gid_t id);

@@ -1,22 +1,14 @@
-// Texts, the environment and the time zone.
+#include "platform/os.h"
+
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
 #include <clocale>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
+#include <cwchar>
 #include <cwctype>
-#include <mutex>
-#include <new>
-#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include <unistd.h>
-
-#include "platform/os.h"
+#include "platform/posix/guard.h"
 #include "platform/posix/utf8.h"
 
 // Case is folded without regard to the process's locale: names must not match in one language alone.
@@ -37,52 +29,18 @@ static char32_t lowerCharacter(char32_t character) {
     return folded < 0x80 ? character : folded;
 }
 
-// The environment is read without a lock, by the C library too, and what was found may be kept.  So its array
-// is not changed but exchanged, and no array and no text is ever released; each is there once.
-static int assign(const char *assignment) {
-    const char *equals = std::strchr(assignment, '=');
-    if (equals == nullptr || equals == assignment) {
-        errno = EINVAL;
-        return -1;
+static std::string narrowOf(std::wstring_view wide, const char *fallback, bool *usedDefault) {
+    std::string text;
+    for (const wchar_t character : wide) {
+        if (!appendUtf8(text, static_cast<char32_t>(character))) {
+            text += fallback;
+            *usedDefault = true;
+        }
     }
-    const std::string name(assignment, equals);
-    const bool remains = equals[1] != '\0';
-    static std::mutex lock;
-    const std::lock_guard guard(lock);
-    const char *now = std::getenv(name.c_str());
-    if (remains ? now != nullptr && std::strcmp(now, equals + 1) == 0 : now == nullptr)
-        return 0;
-    static auto &texts = *new std::set<std::string>;
-    static auto &arrays = *new std::set<std::vector<const char *>>;
-    std::vector<const char *> next;
-    for (char **at = environ; at != nullptr && *at != nullptr; ++at)
-        if (std::strncmp(*at, assignment, name.size() + 1) != 0)
-            next.push_back(*at);
-    if (remains)
-        next.push_back(texts.insert(assignment).first->c_str());
-    next.push_back(nullptr);
-    char **array = const_cast<char **>(arrays.insert(std::move(next)).first->data());
-    std::atomic_ref(environ).store(array, std::memory_order_release);
-    return 0;
+    return text;
 }
 
 extern "C" {
-
-long _timezone = 0;
-
-void _tzset() {
-    tzset();
-    _timezone = timezone;
-}
-
-int _putenv(const char *inp_assignment) {
-    try {
-        return assign(inp_assignment);
-    } catch (const std::bad_alloc &) {
-        errno = ENOMEM;
-        return -1;
-    }
-}
 
 char *_strdup(const char *inp_text) {
     return strdup(inp_text);
@@ -126,6 +84,27 @@ int _mbsicmp(const unsigned char *inp_one, const unsigned char *inp_two) {
             return left < right ? -1 : 1;
     }
     return static_cast<int>(!one.empty()) - static_cast<int>(!two.empty());
+}
+
+int WideCharToMultiByte(UINT in_codePage, DWORD in_flags, const wchar_t *inp_wide, int in_wideLength,
+                        char *outp_text, int in_size, const char *in_default, BOOL *outp_usedDefault) {
+    return guarded([&] {
+        if (in_codePage != CP_OEMCP || in_flags != 0 || inp_wide == nullptr || in_wideLength < -1 ||
+            in_wideLength == 0 || in_size < 0 || (in_size > 0 && outp_text == nullptr))
+            return failWith(ERROR_INVALID_PARAMETER);
+        const std::size_t length =
+            in_wideLength == -1 ? std::wcslen(inp_wide) + 1 : static_cast<std::size_t>(in_wideLength);
+        bool usedDefault = false;
+        const std::string text =
+            narrowOf({inp_wide, length}, in_default != nullptr ? in_default : "?", &usedDefault);
+        if (outp_usedDefault != nullptr)
+            *outp_usedDefault = usedDefault ? 1 : 0;
+        if (text.size() > static_cast<std::size_t>(in_size == 0 ? INT32_MAX : in_size))
+            return failWith(ERROR_INSUFFICIENT_BUFFER);
+        if (in_size > 0)
+            std::memcpy(outp_text, text.data(), text.size());
+        return static_cast<int>(text.size());
+    });
 }
 
 } // extern "C"

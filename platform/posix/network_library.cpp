@@ -1,4 +1,5 @@
-// The network library, and wide texts.
+#include "platform/os.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -72,17 +73,6 @@ static DWORD workstationInfo(BYTE **buffer) {
     return *buffer != nullptr ? ERROR_SUCCESS : DWORD{ERROR_NOT_ENOUGH_MEMORY};
 }
 
-static std::string narrowOf(std::wstring_view wide, const char *fallback, bool *usedDefault) {
-    std::string text;
-    for (const wchar_t character : wide) {
-        if (!appendUtf8(text, static_cast<char32_t>(character))) {
-            text += fallback;
-            *usedDefault = true;
-        }
-    }
-    return text;
-}
-
 extern "C" {
 
 HMODULE LoadLibraryA(const char *inp_name) {
@@ -119,27 +109,6 @@ DWORD NetWkstaGetInfo(wchar_t *in_server, DWORD in_level, BYTE **outp_buffer) {
 DWORD NetApiBufferFree(void *in_buffer) {
     std::free(in_buffer);
     return ERROR_SUCCESS;
-}
-
-int WideCharToMultiByte(UINT in_codePage, DWORD in_flags, const wchar_t *inp_wide, int in_wideLength,
-                        char *outp_text, int in_size, const char *in_default, BOOL *outp_usedDefault) {
-    return guarded([&] {
-        if (in_codePage != CP_OEMCP || in_flags != 0 || inp_wide == nullptr || in_wideLength < -1 ||
-            in_wideLength == 0 || in_size < 0 || (in_size > 0 && outp_text == nullptr))
-            return failWith(ERROR_INVALID_PARAMETER);
-        const std::size_t length =
-            in_wideLength == -1 ? std::wcslen(inp_wide) + 1 : static_cast<std::size_t>(in_wideLength);
-        bool usedDefault = false;
-        const std::string text =
-            narrowOf({inp_wide, length}, in_default != nullptr ? in_default : "?", &usedDefault);
-        if (outp_usedDefault != nullptr)
-            *outp_usedDefault = usedDefault ? 1 : 0;
-        if (text.size() > static_cast<std::size_t>(in_size == 0 ? INT32_MAX : in_size))
-            return failWith(ERROR_INSUFFICIENT_BUFFER);
-        if (in_size > 0)
-            std::memcpy(outp_text, text.data(), text.size());
-        return static_cast<int>(text.size());
-    });
 }
 
 } // extern "C"

@@ -1,4 +1,3 @@
-// Whose rights files are used with, when a set-group-id or set-user-id bit lent some.
 #include "platform/os.h"
 
 #include <cstdlib>
@@ -23,10 +22,6 @@ static void use(const Ids &ids) {
         std::abort();
     if (geteuid() != ids.user && seteuid(ids.user) != 0)
         std::abort();
-}
-
-const char *OS_ProgramVariable(const char *inp_name) {
-    return secure_getenv(inp_name);
 }
 
 int OS_HasLentRights() {

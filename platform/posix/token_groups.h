@@ -9,5 +9,4 @@
 
 // The groups as a TOKEN_GROUPS with the security identifiers behind it.  False, with only the size needed
 // written, when they do not fit.
-bool writeTokenGroups(const std::vector<gid_t> &in_groups, void *outp_info, DWORD in_length,
-                      DWORD *outp_needed);
+bool writeTokenGroups(const std::vector<gid_t> &groups, void *outp_info, DWORD length, DWORD *needed);

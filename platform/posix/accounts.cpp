@@ -1,16 +1,17 @@
-// Who is calling, and on which machine.
-#include <cstdio>
-#include <cstring>
+#include "platform/os.h"
 
-#include <sys/utsname.h>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+#include <string>
+
 #include <unistd.h>
 
-#include "platform/posix/account.h"
+#include "platform/posix/computer_name.h"
 #include "platform/posix/guard.h"
 #include "platform/posix/name_buffer.h"
+#include "platform/posix/name_service.h"
 #include "platform/posix/sid.h"
-
-static thread_local DWORD gLastError = 0;
 
 // The caller asks for the user part that GetUserNameA gave, which need not be the full name of any account,
 // or may be that of another one: so the caller's own account comes first.
@@ -21,25 +22,38 @@ static std::optional<Account> findAccount(const char *name) {
     return accountOfName(name);
 }
 
+static std::optional<Sid> readSid(const void *givenSid) {
+    Sid sid = {};
+    std::memcpy(&sid, givenSid, offsetof(Sid, subAuthority));
+    const Sid ours = makeSid(0, 0);
+    if (std::memcmp(&sid, &ours, offsetof(Sid, subAuthority)) != 0)
+        return std::nullopt; // one of another kind may be shorter than ours
+    std::memcpy(&sid, givenSid, sizeof sid);
+    return sid;
+}
+
+namespace {
+
+struct NamedSid {
+    AccountName name;
+    SID_NAME_USE use;
+};
+
+} // namespace
+
+static std::optional<NamedSid> accountOfSid(const Sid &sid) {
+    const auto [kind, id] = sid.subAuthority;
+    if (kind == kSidOfUser) {
+        if (const std::optional<Account> account = accountOfId(id))
+            return NamedSid{account->name, SidTypeUser};
+    } else if (kind == kSidOfGroup) {
+        if (const std::optional<AccountName> group = groupOfId(id))
+            return NamedSid{*group, group->domain.empty() ? SidTypeAlias : SidTypeGroup};
+    }
+    return std::nullopt;
+}
+
 extern "C" {
-
-DWORD GetLastError() {
-    return gLastError;
-}
-void SetLastError(DWORD in_error) {
-    gLastError = in_error;
-}
-
-BOOL GetVersionExA(OSVERSIONINFOA *inoutp_version) {
-    if (inoutp_version == nullptr || inoutp_version->dwOSVersionInfoSize != sizeof *inoutp_version)
-        return failWith(ERROR_INSUFFICIENT_BUFFER);
-    OSVERSIONINFOA version = {sizeof version, 0, 0, 0, VER_PLATFORM_WIN32_NT, ""};
-    if (utsname system; uname(&system) == 0) // parts that a release lacks stay 0
-        static_cast<void>(std::sscanf(system.release, "%9u.%9u.%9u", &version.dwMajorVersion,
-                                      &version.dwMinorVersion, &version.dwBuildNumber));
-    *inoutp_version = version;
-    return 1;
-}
 
 BOOL GetUserNameA(char *outp_name, DWORD *inoutp_size) {
     return guarded([&] {
@@ -83,17 +97,27 @@ BOOL LookupAccountNameA(const char *, const char *inp_name, PSID outp_sid, DWORD
     });
 }
 
-BOOL GetComputerNameA(char *outp_name, DWORD *inoutp_size) {
+BOOL LookupAccountSidA(const char *, PSID inp_sid, char *outp_name, DWORD *inoutp_nameSize, char *outp_domain,
+                       DWORD *inoutp_domainSize, SID_NAME_USE *outp_use) {
     return guarded([&] {
-        const std::string name = computerName();
-        if (inoutp_size == nullptr || name.empty())
+        if (inp_sid == nullptr || inoutp_nameSize == nullptr || inoutp_domainSize == nullptr ||
+            outp_use == nullptr)
             return failWith(ERROR_INVALID_PARAMETER);
-        NameBuffer out(outp_name, inoutp_size, name);
-        if (!out.fits()) {
-            out.tellNeeded();
-            return failWith(ERROR_BUFFER_OVERFLOW);
+        const std::optional<Sid> sid = readSid(inp_sid);
+        const std::optional<NamedSid> found = sid ? accountOfSid(*sid) : std::nullopt;
+        if (!found)
+            return failWith(ERROR_NONE_MAPPED);
+        const std::string domain = found->name.domain.empty() ? computerName() : found->name.domain;
+        NameBuffer nameOut(outp_name, inoutp_nameSize, found->name.name);
+        NameBuffer domainOut(outp_domain, inoutp_domainSize, domain);
+        if (!nameOut.fits() || !domainOut.fits()) {
+            nameOut.tellNeeded();
+            domainOut.tellNeeded();
+            return failWith(ERROR_INSUFFICIENT_BUFFER);
         }
-        out.write();
+        nameOut.write();
+        domainOut.write();
+        *outp_use = found->use;
         return 1;
     });
 }

@@ -1,0 +1,68 @@
+// Files: by descriptor, and by name.
+#pragma once
+
+#include "platform/os/types.h"
+
+// The results of what can meet another program.
+constexpr int OS_DONE = 0;
+constexpr int OS_TAKEN = 1;    // another one has the file, or the name
+constexpr int OS_REFUSED = -1; // by the system; errno tells why
+
+#ifndef _WIN32
+
+// glibc makes st_mtime a macro, which would rename the field of struct _stat below.
+#include <sys/stat.h>
+#undef st_mtime
+
+struct _stat {
+    std::uint64_t st_dev;
+    std::uint64_t st_ino;
+    std::int64_t st_size;
+    std::int64_t st_mtime;
+};
+
+extern "C" {
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow" // record and call share their name, as stat's do
+int _stat(const char *inp_path, struct _stat *outp_stat);
+#pragma GCC diagnostic pop
+int _unlink(const char *inp_path);
+
+// Gives the bytes written, fewer than asked for where no more fit; -1 on failure.
+int _write(int in_fd, const void *inp_bytes, unsigned in_size);
+// A second descriptor of the same open file, position and locks included; -1 on failure.
+int _dup(int in_fd);
+int _isatty(int in_fd);
+// 0 once everything written is on the disk, -1 where it cannot be.
+int _commit(int in_fd);
+
+} // extern "C"
+
+#endif
+
+extern "C" {
+
+// Opens a file to append to, and makes it if there is none; a symbolic link is followed, also one that leads
+// nowhere yet.  -1 on failure.  *outp_made is the path at which a file was made, to be released with free,
+// or null.
+int OS_OpenToAppend(const char *inp_path, char **outp_made);
+
+// Opens an open file once more, with a position and a lock of its own: to read, else to append.  -1 when that
+// is refused.
+int OS_OpenAgain(int in_fd);
+
+// The last byte of a file that is open to be read; -1 when it is empty or not to be read.
+int OS_LastByte(int in_fd);
+
+// Cuts an open file to a size and, where it is not appended to, moves its position there.  0, or -1.
+int OS_CutFile(int in_fd, std::int64_t in_size);
+
+// Gives a file another name in its folder without replacing what may have that name: OS_TAKEN then, and
+// OS_REFUSED on any other failure.
+int OS_MoveName(const char *inp_from, const char *inp_to);
+
+// Puts the folder entry of a file that was just made on the disk.  0, or -1.
+int OS_SyncFolderOf(const char *inp_path);
+
+} // extern "C"

@@ -1,0 +1,22 @@
+// Holding an open file against other programs.
+#pragma once
+
+#include "platform/os/files.h" // OS_DONE, OS_TAKEN, OS_REFUSED
+
+extern "C" {
+
+// An exclusive advisory lock, which all descriptors of the open file share and the last one to close ends.
+// OS_DONE, OS_TAKEN or OS_REFUSED; never waits.
+int OS_LockFile(int in_fd);
+void OS_UnlockFile(int in_fd);
+
+// Keeps other processes from opening the file for writing until the descriptor is closed.  OS_DONE; OS_TAKEN
+// when one has it open for writing already; OS_REFUSED where the system cannot tell.  Only the file's owner,
+// or root, can be told.
+int OS_HoldAgainstWriters(int in_fd);
+
+// 1 if the file is open under another descriptor, in this program or in another one; 0 if it is not, or the
+// system does not tell.
+int OS_IsOpenElsewhere(int in_fd);
+
+} // extern "C"

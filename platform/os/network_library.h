@@ -1,0 +1,28 @@
+// Run-time libraries, of which there is one: the network library with what it tells of the workstation.
+#pragma once
+
+#include "platform/os/types.h"
+
+#ifndef _WIN32
+
+struct WKSTA_INFO_101 {
+    DWORD wki101_platform_id;
+    wchar_t *wki101_computername;
+    wchar_t *wki101_langroup;
+    DWORD wki101_ver_major;
+    DWORD wki101_ver_minor;
+    wchar_t *wki101_lanroot;
+};
+
+extern "C" {
+
+// "netapi32.dll" with NetWkstaGetInfo and NetApiBufferFree; null for any other.
+HMODULE LoadLibraryA(const char *inp_name);
+FARPROC GetProcAddress(HMODULE in_library, const char *inp_name);
+BOOL FreeLibrary(HMODULE in_library);
+DWORD NetWkstaGetInfo(wchar_t *in_server, DWORD in_level, BYTE **outp_buffer);
+DWORD NetApiBufferFree(void *in_buffer);
+
+} // extern "C"
+
+#endif

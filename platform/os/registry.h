@@ -1,0 +1,47 @@
+// The registry: keys and their values.
+//
+// Zero is success; in_key is HKEY_LOCAL_MACHINE or a key that was opened.  A missing key gives 2, a registry
+// file that is malformed or cannot be read 1015, after its file and line went to the reporter.
+#pragma once
+
+#include "platform/os/types.h"
+
+#ifndef _WIN32
+
+struct OS_registryKey; // an open key; stands behind HKEY
+using HKEY = OS_registryKey *;
+#define HKEY_LOCAL_MACHINE (reinterpret_cast<HKEY>(static_cast<std::uintptr_t>(0x80000002U)))
+constexpr DWORD KEY_QUERY_VALUE = 1;
+constexpr DWORD KEY_READ = 0x20019;
+constexpr DWORD REG_SZ = 1;
+constexpr DWORD REG_EXPAND_SZ = 2;
+constexpr DWORD REG_BINARY = 3;
+constexpr DWORD REG_DWORD = 4;
+constexpr DWORD REG_MULTI_SZ = 7;
+
+extern "C" {
+
+LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD in_options, DWORD in_access, HKEY *outp_key);
+
+// The value at an index.  Sizes: bytes of the buffer in; out, the name's length without its NUL and the
+// data's with it.  259 behind the last value, 234 when name or data does not fit.
+LONG RegEnumValueA(HKEY in_key, DWORD in_index, char *outp_name, DWORD *inoutp_nameSize, DWORD *in_reserved,
+                   DWORD *outp_type, BYTE *outp_data, DWORD *inoutp_dataSize);
+LONG RegQueryValueExA(HKEY in_key, const char *inp_name, DWORD *in_reserved, DWORD *outp_type,
+                      BYTE *outp_data, DWORD *inoutp_dataSize);
+LONG RegCloseKey(HKEY in_key);
+
+} // extern "C"
+
+#endif
+
+// in_file, in_line: the place in the source.
+using OS_reporter = void (*)(const char *in_file, std::int32_t in_line, const char *inp_text);
+
+extern "C" {
+
+// Where this layer tells of a malformed registry file, once until it changes; nowhere until it is set.
+// service/ sets it.
+void OS_SetReporter(OS_reporter in_reporter);
+
+} // extern "C"

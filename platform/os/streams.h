@@ -1,0 +1,18 @@
+// The C library's streams, above and beneath.
+#pragma once
+
+#include "platform/os/types.h"
+
+// Takes bytes of a stream: how many it took, 0 for a failure, with errno set.
+using OS_writer = std::size_t (*)(void *inp_context, const char *inp_bytes, std::size_t in_size);
+
+extern "C" {
+
+#ifndef _WIN32
+int _fileno(std::FILE *inp_stream);
+#endif
+
+// A stream for writing whose bytes go to a function; null on failure.
+std::FILE *OS_StreamTo(OS_writer in_writer, void *inp_context);
+
+} // extern "C"

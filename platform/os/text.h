@@ -1,0 +1,27 @@
+// Texts: copies, comparison without case, multibyte and wide characters.
+//
+// Multibyte text is UTF-8 throughout the system; a byte that is none counts as a character of its own.
+#pragma once
+
+#include "platform/os/types.h"
+
+#ifndef _WIN32
+
+constexpr UINT CP_OEMCP = 1;
+
+extern "C" {
+
+char *_strdup(const char *inp_text);
+int _stricmp(const char *inp_one, const char *inp_two);
+int _memicmp(const void *inp_one, const void *inp_two, std::size_t in_length);
+
+const unsigned char *_mbschr(const unsigned char *inp_text, unsigned in_character);
+int _mbsicmp(const unsigned char *inp_one, const unsigned char *inp_two);
+
+// Wide text to UTF-8.  A size of 0 asks for the bytes needed.  in_wideLength -1: up to and with the NUL.
+int WideCharToMultiByte(UINT in_codePage, DWORD in_flags, const wchar_t *inp_wide, int in_wideLength,
+                        char *outp_text, int in_size, const char *in_default, BOOL *outp_usedDefault);
+
+} // extern "C"
+
+#endif

@@ -1,0 +1,31 @@
+// The basic types of the calls, and on Windows the calls themselves.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#ifdef _WIN32
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <fcntl.h>
+#include <io.h>
+#include <lm.h>
+#include <mbstring.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <windows.h>
+#else
+
+using BOOL = int;
+using BYTE = std::uint8_t;
+using UINT = std::uint32_t;
+using LONG = std::int32_t;
+using DWORD = std::uint32_t;
+using HANDLE = void *;
+using HMODULE = void *;
+using PSID = void *;
+using FARPROC = void (*)();
+
+#endif

@@ -1,0 +1,36 @@
+#include "platform/posix/computer_name.h"
+
+#include <sys/utsname.h>
+
+#include "platform/posix/guard.h"
+#include "platform/posix/name_buffer.h"
+
+constexpr std::size_t kComputerNameLength = 15;
+
+std::string computerNameOf(std::string_view hostName) {
+    return std::string(hostName.substr(0, hostName.find('.')).substr(0, kComputerNameLength));
+}
+
+std::string computerName() {
+    utsname system;
+    return uname(&system) == 0 ? computerNameOf(system.nodename) : "";
+}
+
+extern "C" {
+
+BOOL GetComputerNameA(char *outp_name, DWORD *inoutp_size) {
+    return guarded([&] {
+        const std::string name = computerName();
+        if (inoutp_size == nullptr || name.empty())
+            return failWith(ERROR_INVALID_PARAMETER);
+        NameBuffer out(outp_name, inoutp_size, name);
+        if (!out.fits()) {
+            out.tellNeeded();
+            return failWith(ERROR_BUFFER_OVERFLOW);
+        }
+        out.write();
+        return 1;
+    });
+}
+
+} // extern "C"

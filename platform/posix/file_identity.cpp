@@ -1,0 +1,59 @@
+#include "platform/os.h"
+
+#include <ctime>
+
+#include <sys/stat.h>
+
+constexpr std::int64_t kSecond = 1'000'000'000;
+// Twice the steps by which file times advance: of the kernel's clock, and where a file system keeps no
+// fractions.
+constexpr std::int64_t kFineStep = kSecond / 50;
+constexpr std::int64_t kCoarseStep = 4 * kSecond;
+constexpr int kLooks = 3; // at a file that changes all the time
+
+static std::int64_t nanoseconds(const std::timespec &time) {
+    return time.tv_sec * kSecond + time.tv_nsec;
+}
+
+static int identify(int result, const struct stat &status, OS_fileIdentity *identity) {
+    if (result != 0)
+        return -1;
+    *identity = {status.st_dev,
+                 status.st_ino,
+                 status.st_size,
+                 nanoseconds(status.st_mtim),
+                 nanoseconds(status.st_ctim),
+                 status.st_nlink,
+                 S_ISREG(status.st_mode)};
+    return 0;
+}
+
+int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
+    struct stat status;
+    return identify(fstat(in_fd, &status), status, outp_identity);
+}
+
+int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {
+    struct stat status;
+    return identify(lstat(inp_path, &status), status, outp_identity);
+}
+
+int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity) {
+    struct stat status;
+    return identify(stat(inp_path, &status), status, outp_identity);
+}
+
+int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity) {
+    for (int look = 0; look < kLooks; ++look) {
+        std::timespec now = {}; // before the file is looked at: what changes behind the look has a later time
+        if (clock_gettime(CLOCK_REALTIME, &now) != 0 || OS_IdentifyDescriptor(in_fd, outp_identity) != 0)
+            return -1;
+        const bool isCoarse = outp_identity->modified % kSecond == 0 && outp_identity->changed % kSecond == 0;
+        const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
+        const std::int64_t age = nanoseconds(now) - outp_identity->changed;
+        if (age > step || age < -step) // or by another clock than this machine's
+            return 0;
+        OS_Sleep(static_cast<int>(step / 1'000'000));
+    }
+    return OS_IdentifyDescriptor(in_fd, outp_identity);
+}

@@ -1,0 +1,14 @@
+#include "platform/os.h"
+
+static thread_local DWORD gLastError = 0;
+
+extern "C" {
+
+DWORD GetLastError() {
+    return gLastError;
+}
+void SetLastError(DWORD in_error) {
+    gLastError = in_error;
+}
+
+} // extern "C"

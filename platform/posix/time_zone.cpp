@@ -1,0 +1,10 @@
+#include "platform/os.h"
+
+#include <ctime>
+
+long _timezone = 0;
+
+void _tzset() {
+    tzset();
+    _timezone = timezone;
+}

@@ -1,0 +1,88 @@
+#include "platform/posix/token_groups.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+
+#include <unistd.h>
+
+#include "platform/posix/guard.h"
+#include "platform/posix/sid.h"
+
+constexpr DWORD kGroupEnabled = 7; // mandatory, enabled by default, enabled
+
+static char gProcess; // stands for this process
+static char gToken;   // stands for its token
+
+// The real group and the supplementary ones, each once.  The effective group is left out: a set-group-id bit
+// may have lent it.
+static std::optional<std::vector<gid_t>> callersGroups() {
+    const int count = getgroups(0, nullptr);
+    if (count < 0)
+        return std::nullopt;
+    std::vector<gid_t> groups(static_cast<std::size_t>(count) + 1);
+    groups[0] = getgid();
+    if (getgroups(count, groups.data() + 1) != count)
+        return std::nullopt;
+    std::sort(groups.begin(), groups.end());
+    groups.erase(std::unique(groups.begin(), groups.end()), groups.end());
+    return groups;
+}
+
+bool writeTokenGroups(const std::vector<gid_t> &groups, void *givenInfo, DWORD length, DWORD *givenNeeded) {
+    const std::size_t sidsAt = offsetof(TOKEN_GROUPS, Groups) + groups.size() * sizeof(SID_AND_ATTRIBUTES);
+    const std::size_t needed =
+        std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // all of the record is there
+    *givenNeeded = static_cast<DWORD>(needed);
+    if (givenInfo == nullptr || needed > length)
+        return false;
+    auto *info = static_cast<unsigned char *>(givenInfo);
+    const auto count = static_cast<DWORD>(groups.size());
+    std::memcpy(info, &count, sizeof count);
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const Sid sid = makeSid(kSidOfGroup, groups[i]);
+        unsigned char *place = info + sidsAt + i * sizeof sid;
+        std::memcpy(place, &sid, sizeof sid);
+        const SID_AND_ATTRIBUTES row = {place, kGroupEnabled};
+        std::memcpy(info + offsetof(TOKEN_GROUPS, Groups) + i * sizeof row, &row, sizeof row);
+    }
+    return true;
+}
+
+extern "C" {
+
+HANDLE GetCurrentProcess() {
+    return &gProcess;
+}
+
+BOOL OpenProcessToken(HANDLE in_process, DWORD in_access, HANDLE *outp_token) {
+    if (in_process != &gProcess)
+        return failWith(ERROR_INVALID_HANDLE);
+    if (in_access != TOKEN_QUERY)
+        return failWith(ERROR_ACCESS_DENIED); // a token can only be asked
+    *outp_token = &gToken;
+    return 1;
+}
+
+BOOL GetTokenInformation(HANDLE in_token, TOKEN_INFORMATION_CLASS in_class, void *outp_info, DWORD in_length,
+                         DWORD *outp_needed) {
+    return guarded([&] {
+        if (in_token != &gToken)
+            return failWith(ERROR_INVALID_HANDLE);
+        if (in_class != TokenGroups || outp_needed == nullptr)
+            return failWith(ERROR_INVALID_PARAMETER);
+        const std::optional<std::vector<gid_t>> groups = callersGroups();
+        if (!groups)
+            return failWith(ERROR_ACCESS_DENIED);
+        if (!writeTokenGroups(*groups, outp_info, in_length, outp_needed))
+            return failWith(ERROR_INSUFFICIENT_BUFFER);
+        return 1;
+    });
+}
+
+BOOL CloseHandle(HANDLE in_handle) {
+    return in_handle == &gToken || in_handle == &gProcess ? 1 : failWith(ERROR_INVALID_HANDLE);
+}
+
+} // extern "C"
