@@ -8,6 +8,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "platform/byte_order.h"
+
 inline const size_t chunk = 256 << 10, largest = 64 << 20, tagSize = 152;
 enum : uint32_t { String = 14, Time = 48 };
 
@@ -22,7 +24,7 @@ inline uint32_t native(const char *p) {
     return v;
 }
 inline uint32_t net(const char *p) {
-    return __builtin_bswap32(native(p));
+    return fromNetworkOrder(native(p));
 }
 
 class Input {

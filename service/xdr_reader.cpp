@@ -1,6 +1,7 @@
 #include "service/xdr_reader.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <limits>
 
@@ -39,9 +40,7 @@ static bool endsInZeros(std::span<const std::uint8_t> units, std::size_t count) 
         return true;
     std::uint32_t last = 0;
     std::memcpy(&last, units.last(kUnit).data(), kUnit);
-    if constexpr (std::endian::native == std::endian::little)
-        last = __builtin_bswap32(last);
-    return (last & ((1U << 8 * count) - 1)) == 0;
+    return (fromNetworkOrder(last) & ((1U << 8 * count) - 1)) == 0;
 }
 
 std::span<const std::uint8_t> XdrReader::bytes(std::size_t limit) {

@@ -4,7 +4,6 @@
 // later getter then gives zero or nothing, and the caller tests once, at the end of the value.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -12,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/byte_order.h"
 #include "service/value_block.h"
 
 class XdrReader {
@@ -26,7 +26,7 @@ public:
         }
         std::memcpy(&word, rest.data(), sizeof word);
         rest = rest.subspan(sizeof word);
-        return std::endian::native == std::endian::big ? word : __builtin_bswap32(word);
+        return fromNetworkOrder(word);
     }
     std::int32_t integer() { return static_cast<std::int32_t>(word()); }
     std::int16_t shortInteger(); // an int from -32768 to 32767

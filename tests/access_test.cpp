@@ -3,11 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include <arpa/inet.h>
-
 #include "ala/access/acl.h"
 #include "ala/access/domain.h"
 #include "ala/access/host_domain.h"
+#include "platform/byte_order.h"
 #include "tests/support/facility.h"
 
 using namespace samples;
@@ -116,8 +115,9 @@ TEST_F(Access, DomainsMatchBySuffixOrWhole) {
     for (const auto &c : cases) {
         ALA_credential_t caller = {};
         const auto copy = [](const char *text) { return const_cast<char *>(text); };
-        caller.u.oncMsCred = {copy("alice"),     copy(c.user), htonl(c.userType), copy("h"), copy(c.host),
-                              htonl(c.hostType), nullptr};
+        caller.u.oncMsCred = {copy("alice"), copy(c.user), toNetworkOrder(c.userType),
+                              copy("h"),     copy(c.host), toNetworkOrder(c.hostType),
+                              nullptr};
         GEN_nameOrOid type = {GEN_GLOBAL_FORM, {c.entryType}};
         GEN_distNameString entry = {{GEN_ISO_646_IRV, {copy(c.entry)}}, c.entryType != 0 ? &type : nullptr};
         std::int32_t matched = 1;

@@ -2,9 +2,8 @@
 
 #include <cstring>
 
-#include <arpa/inet.h>
-
 #include "ala/base/owners.h"
+#include "platform/byte_order.h"
 
 constexpr std::uint32_t kPacVersion = 1001;
 constexpr DWORD kUserNameSize = 512;
@@ -59,11 +58,11 @@ static bool fill(char (&outp_field)[Size], const char *inp_name) {
 }
 
 static std::int32_t fillPac(ALA__pac *pac, const Names &names, SEC_domType_t domainType) {
-    pac->version = htonl(kPacVersion);
-    pac->magic = htonl(0);
-    pac->userDomType = htonl(domainType);
-    pac->hostDomType = htonl(domainType);
-    pac->certificateLen_o = htonl(0);
+    pac->version = toNetworkOrder(kPacVersion);
+    pac->magic = toNetworkOrder(0);
+    pac->userDomType = toNetworkOrder(domainType);
+    pac->hostDomType = toNetworkOrder(domainType);
+    pac->certificateLen_o = toNetworkOrder(0);
     pac->certificateVal_o[0] = 0;
     const bool fits = fill(pac->user, names.user) && fill(pac->userDomain, names.userDomain) &&
                       fill(pac->host, names.host) && fill(pac->hostDomain, names.hostDomain);

@@ -4,11 +4,10 @@
 #include <cstring>
 #include <mutex>
 
-#include <arpa/inet.h>
-
 #include "ala/access/host_domain.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
+#include "platform/byte_order.h"
 #include "service/text.h"
 
 // The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so that those who
@@ -59,7 +58,7 @@ struct TypedDomain {
 // A credential's domain; what it lacks, text or type, is the machine's.
 static TypedDomain completed(const char *givenText, SEC_domType_t networkType,
                              const char *(*substitute)(SEC_domType_t *)) {
-    TypedDomain domain = {givenText, ntohl(networkType)};
+    TypedDomain domain = {givenText, fromNetworkOrder(networkType)};
     if (!isEmpty(domain.text) && domain.type != 0)
         return domain;
     SEC_domType_t type = 0;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <arpa/inet.h>
+#include "platform/byte_order.h"
 
 bool LogInput::readBehind(void *bytes, std::size_t size) {
     const int got = _read(fd, bytes, static_cast<unsigned>(size));
@@ -15,7 +15,7 @@ bool LogInput::readBehind(void *bytes, std::size_t size) {
 bool LogInput::readNetWord(std::uint32_t *givenWord) {
     std::uint32_t word = 0;
     const bool whole = read(&word, sizeof word);
-    *givenWord = ntohl(word);
+    *givenWord = fromNetworkOrder(word);
     return whole;
 }
 

@@ -3,13 +3,12 @@
 
 #include <cstring>
 
-#include <arpa/inet.h>
-
 #include "ala/access/acl.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/log/open_log.h"
 #include "ala/log/record_memory.h"
+#include "platform/byte_order.h"
 #include "service/packed.h"
 
 static const char *codeName(ALA_retCode_t code) {
@@ -131,7 +130,7 @@ static ALA_retCode_t readEntry(LogInput &in, AS_attrValType_t type, const Creden
     if (!in.readNativeWord(&length))
         return ALA_A_FAIL_READ_LOG_FILE;
     ALA_DETAIL("attrVals->length: %d ntohl: %d\n", static_cast<std::int32_t>(length),
-               static_cast<std::int32_t>(ntohl(length)));
+               static_cast<std::int32_t>(fromNetworkOrder(length)));
     RecordMemory memory;
     GEN_string packed = {};
     switch (readValueBytes(in, length, memory, &packed)) {
