@@ -32,5 +32,3 @@ ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation)
 
 // The same for ALA_Open and ALA_Close, whose line has words of its own.
 ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation);
-
-std::int32_t ALA__CurrentPid();

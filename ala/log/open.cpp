@@ -142,7 +142,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
     *log = {.fd = file.descriptor.release(),
             .logName = file.convertedPath.release(),
             .date = file.date,
-            .pid = ALA__CurrentPid(),
+            .pid = _getpid(),
             .verNum = verNum,
             .todaysLog = 0,
             .end = -1,
@@ -173,7 +173,7 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
                         "inoutp_acctLogHandle is NULL in ALA_Close; ALA_A_INVALID_LOG_HANDLE");
     logParams *log = *inoutp_acctLogHandle;
-    if (log == nullptr || log->pid != ALA__CurrentPid())
+    if (log == nullptr || log->pid != _getpid())
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
                         "*inoutp_acctLogHandle is NULL or logHandle->pid!=getpid in "
                         "ALA_Close; ALA_A_INVALID_LOG_HANDLE");

@@ -179,7 +179,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "inoutp_logHandle is NULL in %s; ALA_A_INVALID_LOG_HANDLE",
                         rules.operation);
     logParams *log = *logHandle;
-    if (log == nullptr || log->pid != ALA__CurrentPid())
+    if (log == nullptr || log->pid != _getpid())
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,
                         "logHandle is NULL or logHandle->pid!=getpid in %s; ALA_A_INVALID_LOG_HANDLE",
                         rules.operation);

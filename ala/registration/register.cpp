@@ -68,7 +68,7 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
     Owned<handleData> handle = makeOwned<handleData>();
     if (handle == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for handle; ALA_A_OUT_OF_MEMORY");
-    handle->pid = ALA__CurrentPid();
+    handle->pid = _getpid();
     handle->svrName = _strdup(inp_svrName);
     if (handle->svrName == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,

@@ -1,13 +1,21 @@
-// What the program needs of its process.
+// The calling process: its number, and what the program needs of it.
 #pragma once
 
 #include "platform/os/types.h"
 
 extern "C" {
 
-// First of all: a failed write to a pipe without a reader or beyond the size that files may have is an error
-// of that write, and the arrival of a writer whom a file is held against goes unnoticed, instead of being the
-// program's end; and no file that it opens takes the place of a standard stream that came closed.
+#ifndef _WIN32
+
+// The number of the process.  To ask again and again costs no system call.
+int _getpid();
+
+#endif
+
+// Readies the process, first of all: a failed write to a pipe without a reader or beyond the size that files
+// may have is an error of that write, and the arrival of a writer whom a file is held against goes unnoticed,
+// instead of being the program's end; and no file that it opens takes the place of a standard stream that
+// came closed.
 void OS_PrepareProcess();
 
 } // extern "C"

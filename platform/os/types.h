@@ -12,6 +12,7 @@
 #include <io.h>
 #include <lm.h>
 #include <mbstring.h>
+#include <process.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <time.h>

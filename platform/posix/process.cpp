@@ -1,10 +1,29 @@
 #include "platform/os.h"
 
+#include <atomic>
 #include <csignal>
 #include <initializer_list>
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <unistd.h>
+
+// Every operation of the facility asks, and a system call would cost more than most of them do.  Only a fork
+// changes the number.
+static std::atomic<int> knownPid; // 0: not known
+
+static int findPid() {
+    static const bool forkIsSeen = pthread_atfork(nullptr, nullptr, [] { knownPid = 0; }) == 0;
+    const int pid = getpid();
+    if (forkIsSeen)
+        knownPid = pid;
+    return pid;
+}
+
+int _getpid() {
+    const int pid = knownPid.load(std::memory_order_relaxed);
+    return pid != 0 ? pid : findPid();
+}
 
 void OS_PrepareProcess() {
     for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
