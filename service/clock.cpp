@@ -13,7 +13,7 @@ std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time,
     *outpp_time = nullptr;
     std::timespec now{};
     std::tm local{};
-    if (clock_gettime(CLOCK_REALTIME, &now) != 0 || localtime_r(&now.tv_sec, &local) == nullptr)
+    if (std::timespec_get(&now, TIME_UTC) != TIME_UTC || localtime_s(&local, &now.tv_sec) != 0)
         return 1;
     ValueBlock block(sizeof(GEN_generalizedTime));
     auto *time = static_cast<GEN_generalizedTime *>(block.allocate(sizeof(GEN_generalizedTime)));

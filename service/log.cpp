@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -86,7 +87,7 @@ static int openFile(const char *path) {
 }
 
 static int openSink() {
-    const char *name = ::secure_getenv("QV_LOG");
+    const char *name = OS_ProgramVariable("QV_LOG");
     if (name != nullptr && std::strcmp(name, "none") == 0)
         return kNowhere;
     if (name != nullptr && std::strcmp(name, "stderr") == 0)
@@ -98,10 +99,10 @@ static int openSink() {
 }
 
 static void readLevels() {
-    const char *level = ::secure_getenv("QV_LOG_LEVEL");
+    const char *level = OS_ProgramVariable("QV_LOG_LEVEL");
     const bool isLevel = level != nullptr && *level >= '5' && *level <= '7' && level[1] == '\0';
     messageLevel = isLevel ? *level - '0' : LOG_ERROR;
-    const char *trace = ::secure_getenv("QV_LOG_TRACE");
+    const char *trace = OS_ProgramVariable("QV_LOG_TRACE");
     traceWanted = trace != nullptr && std::strcmp(trace, "1") == 0;
 }
 
@@ -120,7 +121,7 @@ static void start() {
 void LOG__Reset() {
     const std::lock_guard guard(startLock);
     if (sink > STDERR_FILENO)
-        ::close(sink);
+        _close(sink);
     if (sink == kSyslog)
         ::closelog();
     sink = kNowhere;
@@ -134,9 +135,9 @@ void LOG__Reset() {
 static bool syslogListens() {
     static std::atomic<std::int64_t> checkedAt = -1;
     static std::atomic<bool> listens = true; // to who comes while another one looks
-    std::timespec now{};
-    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-    if (checkedAt.exchange(now.tv_sec) != now.tv_sec)
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    const std::int64_t second = std::chrono::duration_cast<std::chrono::seconds>(now).count();
+    if (checkedAt.exchange(second) != second)
         listens = ::access(_PATH_LOG, W_OK) == 0;
     return listens;
 }
@@ -173,8 +174,8 @@ static void appendVisible(LogText &line, std::string_view text) {
 static void appendStamp(LogText &line) {
     std::timespec now{};
     std::tm utc{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    ::gmtime_r(&now.tv_sec, &utc);
+    static_cast<void>(std::timespec_get(&now, TIME_UTC)); // without a clock it is 1970
+    static_cast<void>(gmtime_s(&utc, &now.tv_sec));
     char stamp[sizeof "2000-01-01T00:00:00" + 16];
     const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
     line.append({stamp, length});
@@ -182,13 +183,13 @@ static void appendStamp(LogText &line) {
     std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.tv_nsec / 1'000'000));
     line.append(rest);
     appendVisible(line, program_invocation_short_name);
-    std::snprintf(rest, sizeof rest, "[%d]: ", static_cast<int>(::getpid()));
+    std::snprintf(rest, sizeof rest, "[%d]: ", _getpid());
     line.append(rest);
 }
 
 static void writeAll(int fd, std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+        const int written = _write(fd, bytes.data(), static_cast<unsigned>(bytes.size()));
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0)

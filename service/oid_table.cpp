@@ -6,9 +6,6 @@
 #include <charconv>
 #include <cstring>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "platform/descriptor.h"
 #include "service/convert.h"
 #include "service/log.h"
@@ -53,10 +50,7 @@ private:
         begin = 0;
         if (end == buffer.size())
             buffer.resize(2 * end);
-        ssize_t count = 0;
-        do
-            count = ::read(fd, buffer.data() + end, buffer.size() - end);
-        while (count < 0 && errno == EINTR);
+        const int count = _read(fd, buffer.data() + end, static_cast<unsigned>(buffer.size() - end));
         total += count;
         if (count < 0 || total > kMaxFileSize) {
             reason = count < 0 ? errno : EFBIG;
@@ -239,12 +233,12 @@ OidTable::State OidTable::load(const char *path, Kind kind) {
                         std::strerror(errno));
         return State::Bad;
     }
-    struct stat info {};
-    if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size > kMaxFileSize) {
+    OS_fileIdentity info = {};
+    if (OS_IdentifyDescriptor(file.get(), &info) != 0 || !info.regular || info.size > kMaxFileSize) {
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: no file of at most 1 GiB", path);
         return State::Bad;
     }
     // What an entry takes is never more than its line.
-    bytes.reserve(static_cast<std::size_t>(info.st_size));
+    bytes.reserve(static_cast<std::size_t>(info.size));
     return readLines(file.get(), path, kind) ? State::Loaded : State::Bad;
 }

@@ -8,6 +8,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <unistd.h>
+
+#include "platform/os.h"
 
 constexpr std::size_t kOptionsSize = 512; // an option is a letter with at most two colons
 
@@ -31,7 +34,7 @@ std::int32_t SYSU_Open(const char *inp_path, std::int32_t) {
 std::tm *SYSU_Localtime_r(const std::int64_t *inp_time, std::tm *outp_local) {
     const std::time_t time = *inp_time;
     std::tm local{};
-    if (localtime_r(&time, &local) == nullptr)
+    if (localtime_s(&local, &time) != 0)
         return nullptr;
     *outp_local = local;
     return outp_local;

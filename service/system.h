@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <ctime>
 
-#include <unistd.h> // optarg, optind
-
 struct SYSU_dir; // an open directory
 
 // The entry that SYSU_Readdir_r fills; 520 bytes, as all callers hold it.
@@ -16,7 +14,10 @@ struct SYSU_dirent {
 extern "C" {
 
 // getopt: the next option letter, -1 at the first operand or the end, '?' for an unknown option or a missing
-// argument, without printing anything.  Sets optarg and optind.
+// argument, without printing anything.  Sets optarg, the option's argument, and optind, the place of the next
+// one to look at.
+extern char *optarg;
+extern int optind;
 std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char *inp_options);
 
 // A descriptor for reading, good for _read, _lseek and _close; -1 on failure.  Never waits for a writer and

@@ -4,11 +4,20 @@
 #include <cerrno>
 #include <condition_variable>
 #include <mutex>
+#include <type_traits>
+
+#include <pthread.h>
 
 // ---- Mutexes ----
 
 // Guards the user counts of all mutex words.
 static std::mutex countLock;
+
+// The mutex in a word's room.
+static pthread_mutex_t *mutexOf(THR_mutex_t *word) {
+    static_assert(sizeof(pthread_mutex_t) <= sizeof word->mutex);
+    return reinterpret_cast<pthread_mutex_t *>(word->mutex);
+}
 
 static std::int32_t makeMutex(pthread_mutex_t *mutex) {
     // The checking kind reports a second lock by the same thread instead of waiting for ever.
@@ -31,7 +40,7 @@ std::int32_t THR_InitMutex(THR_mutex_t *inoutp_mutex) {
         return EINVAL;
     const std::lock_guard guard(countLock);
     if (!isLive(inoutp_mutex)) {
-        if (const std::int32_t result = makeMutex(&inoutp_mutex->mutex); result != 0)
+        if (const std::int32_t result = makeMutex(mutexOf(inoutp_mutex)); result != 0)
             return result;
     }
     std::atomic_ref(inoutp_mutex->users).fetch_add(1, std::memory_order_release);
@@ -39,11 +48,11 @@ std::int32_t THR_InitMutex(THR_mutex_t *inoutp_mutex) {
 }
 
 std::int32_t THR_LockMutex(THR_mutex_t *inoutp_mutex) {
-    return isLive(inoutp_mutex) ? pthread_mutex_lock(&inoutp_mutex->mutex) : EINVAL;
+    return isLive(inoutp_mutex) ? pthread_mutex_lock(mutexOf(inoutp_mutex)) : EINVAL;
 }
 
 std::int32_t THR_UnlockMutex(THR_mutex_t *inoutp_mutex) {
-    return isLive(inoutp_mutex) ? pthread_mutex_unlock(&inoutp_mutex->mutex) : EINVAL;
+    return isLive(inoutp_mutex) ? pthread_mutex_unlock(mutexOf(inoutp_mutex)) : EINVAL;
 }
 
 std::int32_t THR_TermMutex(THR_mutex_t *inoutp_mutex) {
@@ -51,7 +60,7 @@ std::int32_t THR_TermMutex(THR_mutex_t *inoutp_mutex) {
     if (!isLive(inoutp_mutex))
         return EINVAL;
     if (inoutp_mutex->users == 1) {
-        if (const int result = pthread_mutex_destroy(&inoutp_mutex->mutex); result != 0)
+        if (const int result = pthread_mutex_destroy(mutexOf(inoutp_mutex)); result != 0)
             return result;
     }
     std::atomic_ref(inoutp_mutex->users).fetch_sub(1, std::memory_order_release);
@@ -87,4 +96,19 @@ std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)()) {
     control.store(kDone, std::memory_order_release);
     onceDone.notify_all();
     return 0;
+}
+
+// ---- The end of a thread ----
+
+static_assert(std::is_same_v<pthread_key_t, std::uint32_t>);
+
+ThreadsEnd::ThreadsEnd(void (*function)(void *)) : made(pthread_key_create(&key, function) == 0) {}
+
+ThreadsEnd::~ThreadsEnd() {
+    if (made)
+        pthread_key_delete(key);
+}
+
+bool ThreadsEnd::enter(const void *argument) {
+    return made && pthread_setspecific(key, argument) == 0;
 }

@@ -1,15 +1,14 @@
 // THR_: mutexes and once-only initialisation.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-
-#include <pthread.h>
 
 // A mutex word; zero is "not initialised".  It counts its users: THR_InitMutex on a live one adds a user, and
 // the THR_TermMutex of the last user ends it.
 struct THR_mutex_t {
     std::int32_t users;
-    pthread_mutex_t mutex;
+    alignas(std::max_align_t) unsigned char mutex[64]; // room for one of the system's
 };
 
 extern "C" {
@@ -30,18 +29,15 @@ std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 // destructor, which ends the program when memory runs out, entering can fail.
 class ThreadsEnd {
 public:
-    explicit ThreadsEnd(void (*function)(void *)) : made(pthread_key_create(&key, function) == 0) {}
-    ~ThreadsEnd() {
-        if (made)
-            pthread_key_delete(key);
-    }
+    explicit ThreadsEnd(void (*function)(void *));
+    ~ThreadsEnd();
     ThreadsEnd(const ThreadsEnd &) = delete;
     ThreadsEnd &operator=(const ThreadsEnd &) = delete;
 
     // argument: what the function gets; not null.
-    bool enter(const void *argument) { return made && pthread_setspecific(key, argument) == 0; }
+    bool enter(const void *argument);
 
 private:
-    pthread_key_t key = {};
+    std::uint32_t key = 0; // the system's number for it
     bool made;
 };

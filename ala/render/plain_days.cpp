@@ -45,14 +45,15 @@ struct Memory {
 static bool comesBack(std::int64_t givenLocal, std::time_t *instant) {
     const std::time_t local = givenLocal;
     std::tm asked = {};
-    gmtime_r(&local, &asked);
+    if (gmtime_s(&asked, &local) != 0)
+        return false;
     asked.tm_isdst = -1;
     std::tm converted = asked;
     *instant = std::mktime(&converted);
     std::tm back = {};
-    return localtime_r(instant, &back) != nullptr && back.tm_sec == asked.tm_sec &&
-           back.tm_min == asked.tm_min && back.tm_hour == asked.tm_hour && back.tm_mday == asked.tm_mday &&
-           back.tm_mon == asked.tm_mon && back.tm_year == asked.tm_year;
+    return localtime_s(&back, instant) == 0 && back.tm_sec == asked.tm_sec && back.tm_min == asked.tm_min &&
+           back.tm_hour == asked.tm_hour && back.tm_mday == asked.tm_mday && back.tm_mon == asked.tm_mon &&
+           back.tm_year == asked.tm_year;
 }
 
 static bool findOut(std::int32_t day) {

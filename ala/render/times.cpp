@@ -17,14 +17,14 @@ static std::int32_t yearForTm(const GEN_generalizedTime &time) {
 // The instant of a local time, given as if it were one of Coordinated Universal Time.  -1 when there is none.
 static std::time_t instantOf(std::time_t local) {
     std::tm time = {};
-    gmtime_r(&local, &time);
+    static_cast<void>(gmtime_s(&time, &local)); // which can hold the years of all records
     time.tm_isdst = -1;
     const std::time_t instant = std::mktime(&time);
     if (instant == -1)
         return -1;
     // A local time that the clocks jump over gets the offset before or behind the gap, by what the C library
     // converted last.  The one before counts: what mktime shows is then later than what it was asked for.
-    const std::time_t shown = timegm(&time);
+    const std::time_t shown = _mkgmtime(&time);
     return shown < local ? instant + (local - shown) : instant;
 }
 
@@ -43,7 +43,7 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     utc.tm_sec = static_cast<int>(inp_UTC->second - _timezone);
     // In range again before mktime sees them: it would settle summer time by the fields as they stand, and
     // then by whatever it converted last.
-    const std::time_t local = timegm(&utc);
+    const std::time_t local = _mkgmtime(&utc);
     Lock lock(timeLock);
     if (!lock.isLocked())
         return 1;
