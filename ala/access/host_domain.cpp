@@ -7,10 +7,12 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/driver.h"
+#include "platform/registry_key.h"
 #include "service/thread.h"
 
 constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device
 constexpr DWORD kWorkstationLevel = 101;
+constexpr char kLogonDeviceKey[] = "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000";
 
 static char gMyDomainName[kDomainSize + 1] = ""; // empty until known, and when none is found
 static std::int32_t threadOnce = 0;
@@ -24,19 +26,11 @@ static bool isWindowsNT() {
 // The flags of the network logon device, 0 where the registry has none.  A Win32 error code when it cannot be
 // read.
 static LONG readLogonFlags(DWORD *givenFlags) {
-    HKEY key = nullptr;
-    LONG result =
-        RegOpenKeyExA(HKEY_LOCAL_MACHINE, "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000", 0,
-                      KEY_QUERY_VALUE, &key);
-    if (result == ERROR_SUCCESS) {
-        DWORD flags = 0;
-        DWORD size = sizeof flags;
-        DWORD type = 0;
-        result =
-            RegQueryValueExA(key, "StatusFlags", nullptr, &type, reinterpret_cast<BYTE *>(&flags), &size);
-        RegCloseKey(key);
-        *givenFlags = result == ERROR_SUCCESS && size == sizeof flags ? flags : 0;
-    }
+    DWORD flags = 0;
+    DWORD size = sizeof flags;
+    DWORD type = 0;
+    const LONG result = readRegistryValue(kLogonDeviceKey, "StatusFlags", &type, &flags, &size);
+    *givenFlags = result == ERROR_SUCCESS && size == sizeof flags ? flags : 0;
     return result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : result;
 }
 

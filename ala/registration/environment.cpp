@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "ala/base/owners.h"
+#include "platform/registry_key.h"
 
 constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data
 
@@ -25,21 +26,6 @@ std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_se
     return *outpp_serviceName != nullptr ? 0 : -1;
 }
 
-namespace {
-
-struct KeyCloser {
-    void operator()(HKEY key) const { RegCloseKey(key); }
-};
-using OpenKey = std::unique_ptr<OS_registryKey, KeyCloser>;
-
-} // namespace
-
-static OpenKey openKey(const char *path) {
-    HKEY key = nullptr;
-    const bool opened = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) == ERROR_SUCCESS;
-    return OpenKey(opened ? key : nullptr);
-}
-
 static bool setVariable(const char *name, const char *data) {
     const Malloced<char> head(_ALA_AddChar(name, "="));
     if (head == nullptr)
@@ -56,10 +42,9 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
     const Malloced<char> path(head != nullptr ? _ALA_AddChar(head.get(), "\\Environment") : nullptr);
     if (path == nullptr)
         return -1;
-    OpenKey key = openKey(path.get());
-    if (key == nullptr)
-        key = openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment");
-    if (key == nullptr)
+    OpenKey key;
+    if (openKey(path.get(), KEY_READ, key) != ERROR_SUCCESS &&
+        openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", KEY_READ, key) != ERROR_SUCCESS)
         return -1;
 
     for (DWORD index = 0;; ++index) {

@@ -6,6 +6,7 @@
 
 #include "platform/posix/guard.h"
 #include "platform/posix/utf8.h"
+#include "platform/registry_key.h"
 
 constexpr DWORD kErrorInvalidLevel = 124;
 constexpr DWORD kWorkstationLevel = 101;
@@ -23,16 +24,10 @@ static std::wstring wideOf(std::string_view text) {
 
 // The group that the machine's registry names.  A Win32 error code.
 static LONG readLanGroup(std::string *group) {
-    HKEY key = nullptr;
-    if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, kWorkstationKey, 0, KEY_QUERY_VALUE, &key);
-        result != ERROR_SUCCESS)
-        return result;
     char text[kTextLimit + 1] = ""; // data may come without a terminator
     DWORD size = kTextLimit;
     DWORD type = 0;
-    const LONG result =
-        RegQueryValueExA(key, "LanGroup", nullptr, &type, reinterpret_cast<BYTE *>(text), &size);
-    RegCloseKey(key);
+    const LONG result = readRegistryValue(kWorkstationKey, "LanGroup", &type, text, &size);
     if (result == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
         return ERROR_FILE_NOT_FOUND;
     if (result == ERROR_SUCCESS)
