@@ -12,6 +12,7 @@
 
 #include <iconv.h>
 
+#include "platform/utf8.h"
 #include "service/thread.h"
 
 namespace {
@@ -315,28 +316,6 @@ static std::uint32_t takeMark(std::span<const std::uint8_t> &bytes, std::uint32_
 
 // ---- UTF-8 ----
 
-// Bytes of the character at the front of a text, 0 if there is none.  RFC 3629, section 4.
-static std::size_t utf8Length(std::string_view text) {
-    const auto byte = [&](std::size_t at) {
-        return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
-    };
-    const auto isTail = [&](std::size_t at) { return (byte(at) & 0xC0) == 0x80; };
-    const unsigned first = byte(0);
-    const unsigned second = byte(1);
-    if (first < 0x80)
-        return 1;
-    if (first < 0xC2 || first > 0xF4 || !isTail(1))
-        return 0;
-    if (first < 0xE0)
-        return 2;
-    if (first < 0xF0) {
-        const bool isCharacter = !(first == 0xE0 && second < 0xA0) && !(first == 0xED && second > 0x9F);
-        return isCharacter && isTail(2) ? 3 : 0;
-    }
-    const bool isCharacter = !(first == 0xF0 && second < 0x90) && !(first == 0xF4 && second > 0x8F);
-    return isCharacter && isTail(2) && isTail(3) ? 4 : 0;
-}
-
 // Bytes of what begins like a character at the front of a text and is none.
 static std::size_t utf8FaultLength(std::string_view text) {
     const auto first = static_cast<std::uint8_t>(text[0]);
@@ -386,14 +365,4 @@ char *convertToUtf8(std::span<const std::uint8_t> givenBytes, std::uint32_t code
 
 char *copyText(std::span<const std::uint8_t> bytes) {
     return newText(beforeNul(bytes, 1));
-}
-
-bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const std::size_t length = utf8Length(text);
-        if (length == 0)
-            return false;
-        text.remove_prefix(length);
-    }
-    return true;
 }

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string_view>
 
 // Code sets go by their IANA MIBenum numbers.
 constexpr std::uint32_t CODE_SET_LATIN1 = 4;
@@ -20,5 +19,3 @@ char *convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t codeSet);
 
 // The bytes as they are up to the first NUL; otherwise like convertToUtf8.
 char *copyText(std::span<const std::uint8_t> bytes);
-
-bool isUtf8(std::string_view text);

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "platform/descriptor.h"
-#include "service/convert.h"
+#include "platform/utf8.h"
 #include "service/log.h"
 #include "service/system.h"
 

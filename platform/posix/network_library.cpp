@@ -5,8 +5,8 @@
 #include <string>
 
 #include "platform/posix/guard.h"
-#include "platform/posix/utf8.h"
 #include "platform/registry_key.h"
+#include "platform/utf8.h"
 
 constexpr DWORD kErrorInvalidLevel = 124;
 constexpr DWORD kWorkstationLevel = 101;

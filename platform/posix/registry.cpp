@@ -64,7 +64,7 @@ static std::size_t stateOf(int fd, const std::string &bytes) {
 }
 
 static const char *registryPath() {
-    const char *path = secure_getenv("QV_REGISTRY");
+    const char *path = OS_ProgramVariable("QV_REGISTRY");
     return path != nullptr ? path : kDefaultPath;
 }
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/posix/line_scanner.h"
-#include "platform/posix/utf8.h"
+#include "platform/utf8.h"
 
 using namespace std::string_view_literals;
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "platform/posix/guard.h"
-#include "platform/posix/utf8.h"
+#include "platform/utf8.h"
 
 // Case is folded without regard to the process's locale: names must not match in one language alone.
 static int lower(char givenByte) {

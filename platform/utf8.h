@@ -2,10 +2,16 @@
 // byte: such a number is no character elsewhere, so every text comes back as it was.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 constexpr char32_t kStrayByte = 0xDC00;
+
+// Bytes of the character at the front of a text that is not empty; 0 if there is none (RFC 3629, section 4).
+std::size_t utf8Length(std::string_view text);
+
+bool isUtf8(std::string_view text);
 
 // The first character of a text that is not empty, removed from it.
 char32_t takeUtf8(std::string_view &text);
