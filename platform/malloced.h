@@ -1,8 +1,10 @@
 // Memory from malloc, released when its owner goes; release() hands it on.
 #pragma once
 
+#include <cstddef>
 #include <cstdlib>
 #include <memory>
+#include <type_traits>
 
 struct FreeDeleter {
     void operator()(void *memory) const { std::free(memory); }
@@ -10,3 +12,16 @@ struct FreeDeleter {
 
 template <class T>
 using Malloced = std::unique_ptr<T, FreeDeleter>;
+
+// Makes the memory that many bytes, which keep what they hold; an empty owner gets new memory.  False, with
+// everything as it was, when memory runs out.
+template <class T>
+bool resize(Malloced<T> &memory, std::size_t bytes) {
+    static_assert(std::is_trivially_copyable_v<T>, "its bytes are all that moves");
+    void *resized = std::realloc(memory.get(), bytes);
+    if (resized == nullptr)
+        return false;
+    static_cast<void>(memory.release()); // realloc has taken it over
+    memory.reset(static_cast<T *>(resized));
+    return true;
+}

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <utility>
 
 #include <iconv.h>
 
+#include "platform/malloced.h"
 #include "platform/utf8.h"
 #include "service/thread.h"
 
@@ -138,10 +138,6 @@ static iconv_t findConverter(const CodeSet *set) {
 
 namespace {
 
-struct Free {
-    void operator()(char *text) const { std::free(text); }
-};
-
 // The text that comes about, in memory that grows.
 class Output {
 public:
@@ -149,11 +145,8 @@ public:
     explicit Output(std::size_t bytes) { grow(3 * bytes + 16); }
 
     bool grow(std::size_t by) {
-        auto *block = static_cast<char *>(std::realloc(text.get(), size + by));
-        if (block == nullptr)
+        if (!resize(text, size + by))
             return false;
-        static_cast<void>(text.release());
-        text.reset(block);
         size += by;
         return true;
     }
@@ -168,7 +161,7 @@ public:
     }
 
 private:
-    std::unique_ptr<char, Free> text;
+    Malloced<char> text;
     std::size_t size = 0;
     std::size_t used = 0;
 };

@@ -5,10 +5,10 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
+
+#include "platform/malloced.h"
 
 // Text that grows.  When memory runs out it keeps what it has and takes no more.
 class LogText {
@@ -51,30 +51,24 @@ public:
     std::string_view view() const { return {onHeap ? onHeap.get() : inPlace, length}; }
 
 private:
-    struct Free {
-        void operator()(char *text) const { std::free(text); }
-    };
-
     char *text() { return onHeap ? onHeap.get() : inPlace; }
 
     // How many of size further bytes there is room for: all, unless memory ran out.
     std::size_t makeRoom(std::size_t size) {
         if (size > capacity - length) {
+            const bool wasInPlace = onHeap == nullptr;
             const std::size_t larger = 2 * capacity + size;
-            auto *block = static_cast<char *>(std::realloc(onHeap.get(), larger));
-            if (block == nullptr)
+            if (!resize(onHeap, larger))
                 return capacity - length;
-            if (onHeap == nullptr)
-                std::memcpy(block, inPlace, length);
-            static_cast<void>(onHeap.release());
-            onHeap.reset(block);
+            if (wasInPlace)
+                std::memcpy(onHeap.get(), inPlace, length);
             capacity = larger;
         }
         return size;
     }
 
     char inPlace[768];
-    std::unique_ptr<char, Free> onHeap;
+    Malloced<char> onHeap;
     std::size_t capacity = sizeof inPlace;
     std::size_t length = 0;
 };

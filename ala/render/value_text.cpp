@@ -7,14 +7,12 @@ constexpr std::size_t kSmallest = 256;
 
 bool Text::grow(std::size_t size) {
     const std::size_t wanted = std::max({size, 2 * capacity, kSmallest});
-    auto *grown = static_cast<char *>(std::realloc(own.get(), wanted));
-    if (grown == nullptr)
+    const bool wasElsewhere = own == nullptr;
+    if (!resize(own, wanted))
         return false;
-    if (own == nullptr)
-        std::copy_n(text, length, grown); // from the maker's buffer, if there was one
-    static_cast<void>(own.release());     // realloc has taken it over
-    own.reset(grown);
-    text = grown;
+    if (wasElsewhere)
+        std::copy_n(text, length, own.get()); // from the maker's buffer, if there was one
+    text = own.get();
     capacity = wanted;
     return true;
 }

@@ -43,8 +43,8 @@ public:
 
     // The same of one that is in memory of its own, which becomes as small as the text.
     char *releaseToFit() {
-        auto *fitting = static_cast<char *>(std::realloc(own.release(), length + 1));
-        return fitting != nullptr ? fitting : text;
+        static_cast<void>(resize(own, length + 1)); // without memory to move to it stays as large
+        return own.release();
     }
 
 private:

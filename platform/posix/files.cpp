@@ -55,8 +55,8 @@ static Malloced<char> follow(const char *givenPath) {
     target[length] = '\0';
     const char *slash = target[0] == '/' ? nullptr : std::strrchr(givenPath, '/');
     const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - givenPath) + 1 : 0;
-    Malloced<char> path(static_cast<char *>(std::malloc(folder + static_cast<std::size_t>(length) + 1)));
-    if (path == nullptr)
+    Malloced<char> path;
+    if (!resize(path, folder + static_cast<std::size_t>(length) + 1))
         return nullptr;
     std::memcpy(path.get(), givenPath, folder);
     std::memcpy(path.get() + folder, target, static_cast<std::size_t>(length) + 1);
@@ -115,14 +115,13 @@ int OS_MoveName(const char *inp_from, const char *inp_to) {
 }
 
 int OS_SyncFolderOf(const char *inp_path) {
-    char *folder = strdup(inp_path);
+    const Malloced<char> folder(strdup(inp_path));
     if (folder == nullptr)
         return -1;
-    char *slash = std::strrchr(folder, '/');
+    char *slash = std::strrchr(folder.get(), '/');
     if (slash != nullptr)
-        slash[slash == folder ? 1 : 0] = '\0';
-    const int fd = open(slash != nullptr ? folder : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    std::free(folder);
+        slash[slash == folder.get() ? 1 : 0] = '\0';
+    const int fd = open(slash != nullptr ? folder.get() : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd == -1)
         return -1;
     const int result = fsync(fd);
