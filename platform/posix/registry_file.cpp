@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/posix/ascii_case.h"
 #include "platform/posix/line_scanner.h"
 #include "platform/utf8.h"
 
@@ -20,9 +21,7 @@ constexpr const char *kNoKey = "value outside a key";
 
 static std::string lowered(std::string_view givenName) {
     std::string name(givenName);
-    for (char &byte : name)
-        if (byte >= 'A' && byte <= 'Z')
-            byte = static_cast<char>(byte + ('a' - 'A'));
+    std::transform(name.begin(), name.end(), name.begin(), asciiLower);
     return name;
 }
 

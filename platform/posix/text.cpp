@@ -8,13 +8,12 @@
 #include <string>
 #include <string_view>
 
+#include "platform/posix/ascii_case.h"
 #include "platform/posix/guard.h"
 #include "platform/utf8.h"
 
-// Case is folded without regard to the process's locale: names must not match in one language alone.
-static int lower(char givenByte) {
-    const auto byte = static_cast<unsigned char>(givenByte);
-    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+static int lower(char byte) {
+    return static_cast<unsigned char>(asciiLower(byte));
 }
 
 // A character's lower case in any alphabet.  The locale is made once and stays; without it only ASCII folds.

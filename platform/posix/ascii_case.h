@@ -1,0 +1,7 @@
+// The lower case of ASCII letters alone, without regard to the process's locale: names must not match in one
+// language alone.
+#pragma once
+
+constexpr char asciiLower(char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
+}
