@@ -1,6 +1,7 @@
-// Files, identity and texts of the platform layer.
+// Files, identity, texts and the process of the platform layer.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <limits>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/os.h"
@@ -15,6 +17,7 @@
 #include "platform/posix/name_service.h"
 #include "platform/posix/sid.h"
 #include "platform/posix/token_groups.h"
+#include "platform/utf8.h"
 #include "service/thread.h"
 #include "tests/support/temp_dir.h"
 
@@ -137,6 +140,44 @@ TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
     EXPECT_EQ(_putenv("QV_TEST_VARIABLE="), 0);
     EXPECT_EQ(getenv("QV_TEST_VARIABLE"), nullptr);
     EXPECT_EQ(_putenv("=x"), -1);
+}
+
+TEST(Texts, Utf8IsTakenApartAndPutTogether) {
+    const auto roundTrip = [](std::string_view text, std::vector<char32_t> &characters) {
+        std::string again;
+        while (!text.empty()) {
+            characters.push_back(takeUtf8(text));
+            EXPECT_TRUE(appendUtf8(again, characters.back()));
+        }
+        return again;
+    };
+    const std::u32string_view ends = U"\x7F\x80\x7FF\x800\xD7FF\xE000\xFFFF\x10000\x10FFFF";
+    std::string text;
+    for (const char32_t character : ends)
+        EXPECT_TRUE(appendUtf8(text, character));
+    std::vector<char32_t> characters;
+    EXPECT_TRUE(isUtf8(text));
+    EXPECT_EQ(roundTrip(text, characters), text);
+    EXPECT_TRUE(std::equal(characters.begin(), characters.end(), ends.begin(), ends.end()));
+
+    for (const std::string stray : {"\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF",
+                                    "\xF4\x90\x80\x80", "\xE2\x82", "\xFF"}) {
+        characters.clear();
+        EXPECT_FALSE(isUtf8(stray)) << testing::PrintToString(stray);
+        EXPECT_EQ(roundTrip(stray, characters), stray);
+        EXPECT_EQ(characters.size(), stray.size()) << testing::PrintToString(stray);
+    }
+}
+
+TEST(Process, ForkHasANumberOfItsOwn) {
+    const int before = _getpid();
+    EXPECT_EQ(before, getpid());
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(_getpid() == getpid() && _getpid() != before ? 0 : 1);
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(Threads, EndOfAThreadCallsItsFunctionOnce) {
