@@ -23,16 +23,16 @@
 #include "platform/os/version.h"
 
 // The process
-#include "platform/os/environment.h"
 #include "platform/os/heap.h"
 #include "platform/os/process.h"
+#include "platform/os/process_environment.h"
 #include "platform/os/signals.h"
-#include "platform/os/text.h"
+#include "platform/os/strings.h"
 #include "platform/os/time_zone.h"
 
 // Files
+#include "platform/os/file_holding.h"
 #include "platform/os/file_identity.h"
 #include "platform/os/files.h"
-#include "platform/os/holding.h"
 #include "platform/os/read_ahead.h"
 #include "platform/os/streams.h"
