@@ -95,6 +95,21 @@ typedef struct attrPair {
     attributeVal *attrVal;
 } ALA_attrPair;
 
+/* What the texts of an attribute's values are. */
+typedef int32_t ALA_valueKind_t;
+enum {
+    ALA_KIND_TEXT = 0,
+    ALA_KIND_INTEGER = 1, /* a decimal number, from INT32_MIN to UINT64_MAX */
+    ALA_KIND_TIME = 2     /* as ALA_SetTimeForm says */
+};
+
+/* How times are written. */
+typedef int32_t ALA_timeForm_t;
+enum {
+    ALA_TIME_AS_REPORTED = 0, /* MM/DD/YYYY HH:MM:SS, by the standard time of the zone all year round */
+    ALA_TIME_ISO_8601 = 1 /* YYYY-MM-DDTHH:MM:SS+HH:MM, by the zone's time with its offset from UTC then */
+};
+
 /* Which attributes of a record ALA_ListAttributesFromRecord names. */
 typedef int32_t ALA_recAttrType_t;
 enum {
@@ -116,6 +131,10 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
 /* Ends a registration and sets the variable to null.  Logs and records are given back before.
    ALA_A_NOT_REGISTER: the address is null or the handle is not valid; nothing is released. */
 ALA_retCode_t ALA_Unregister(ALA_handle_t *inoutp_alaHandle);
+
+/* How values of kind ALA_KIND_TIME are written from now on; ALA_TIME_AS_REPORTED after the registration.
+   ALA_A_INVALID_ARG: the form is none. */
+ALA_retCode_t ALA_SetTimeForm(ALA_handle_t in_alaHandle, ALA_timeForm_t in_form);
 
 /* ---- The log directory ---- */
 
@@ -203,6 +222,12 @@ ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *i
 ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record_t in_curRecord,
                                            ALA_recAttrType_t in_attrType, const char *inp_locale,
                                            ALA_attrName **outp_attributeNames);
+
+/* What the attribute of a pair is: its value type, the number that the log has for it, and what that makes of
+   its texts.  The text of an attribute without a value is empty whatever its kind.  REQUIRES: a pair from one
+   of the operations above.  ALA_A_INVALID_ARG: an address is null. */
+ALA_retCode_t ALA_GetAttributeType(const ALA_attrPair *inp_attribute, uint32_t *outp_valueType,
+                                   ALA_valueKind_t *outp_kind);
 
 /* Always ALA_N_NORMAL.  A null list is fine, and so is a null address or variable for ALA_FreeDocmtRecord;
    the pair must not be null. */

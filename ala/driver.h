@@ -87,6 +87,9 @@ ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_d
 // Is that file one of the server's logs, under whatever name, or one that is about to be deleted?
 bool ALA__IsLog(ALA_handle_t in_alaHandle, const OS_fileIdentity &in_file);
 
+// The name of an open log's file, without its directory.
+const char *ALA__LogFileName(ALA_acctLogHandle_t in_log);
+
 // True if the log's first record was asked for and there is none: the file ends behind its header.
 bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log);
 

@@ -1,6 +1,8 @@
 // qvledger-json: its lines, its escapes, its ends.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -11,6 +13,17 @@ using namespace samples;
 namespace fs = std::filesystem;
 
 static const ToolRun kJson{.program = QVLEDGER_JSON_BINARY};
+
+// The line of a record of alpha, up to its attributes' object; and that at the end of a log.
+static std::string recordLine(int number, const std::string &date, const std::string &rest) {
+    return "{\"server\":\"alpha\",\"log\":\"alpha." + date + "\",\"record\":" + std::to_string(number) +
+           ",\"date\":" + date + ",\"attributes\":" + rest + "\n";
+}
+static std::string endLine(const std::string &log, int records, bool complete = true) {
+    return "{\"server\":\"" + log.substr(0, log.find('.')) + "\",\"log\":\"" + log +
+           "\",\"records\":" + std::to_string(records) +
+           ",\"complete\":" + (complete ? "true}\n" : "false}\n");
+}
 
 TEST(Json, EveryTextSurvivesItsEscaping) {
     struct Case {
@@ -37,7 +50,8 @@ TEST(Json, EveryTextSurvivesItsEscaping) {
     PrintSystem system;
     system.save("19990301", logOf({jobOf({{"job-name", texts}})}));
     EXPECT_EQ(system.run({"alpha"}, kJson).out,
-              "{\"date\":19990301,\"attributes\":{\"job-name\":[" + values + "]},\"documents\":[]}\n");
+              recordLine(1, "19990301", "{\"job-name\":[" + values + "]},\"documents\":[]}") +
+                  endLine("alpha.19990301", 1));
 }
 
 TEST(Json, ALineHoldsAJobAndItsDocumentsAndTellsWhatIsMissing) {
@@ -53,18 +67,77 @@ TEST(Json, ALineHoldsAJobAndItsDocumentsAndTellsWhatIsMissing) {
     PrintSystem system;
     system.save("19990301", logOf({job}));
     system.save("19990302", logOf({damaged, damagedBehind, jobOf({{"job-name", {"next"}}})}));
+    std::ofstream(system.log("19990302"), std::ios::app) << "cut";
     const ToolResult result = system.run({"-s", "19990301", "-e", "19990302", "alpha"}, kJson);
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out,
-              R"({"date":19990301,"attributes":{"job-name":["one","two"],"job-owner":[""]},"documents":[)"
-              R"({"document-name":["a"],"page-select":[""]},{"document-name":["b"],"page-select":[""]}]})"
-              "\n"
-              R"({"date":19990302,"attributes":{"job-name":["seen"]},"documents":[],"incomplete":true})"
-              "\n"
-              R"({"date":19990302,"attributes":{"job-name":["whole"]},"documents":[{}],"incomplete":true})"
-              "\n"
-              R"({"date":19990302,"attributes":{"job-name":["next"]},"documents":[]})"
-              "\n");
+    EXPECT_EQ(
+        result.out,
+        recordLine(
+            1, "19990301",
+            R"({"job-name":["one","two"],"job-owner":[""]},"documents":[)"
+            R"({"document-name":["a"],"page-select":[""]},{"document-name":["b"],"page-select":[""]}]})") +
+            endLine("alpha.19990301", 1) +
+            recordLine(1, "19990302", R"({"job-name":["seen"]},"documents":[],"incomplete":true})") +
+            recordLine(2, "19990302", R"({"job-name":["whole"]},"documents":[{}],"incomplete":true})") +
+            recordLine(3, "19990302", R"({"job-name":["next"]},"documents":[]})") +
+            endLine("alpha.19990302", 3, false));
+}
+
+TEST(Json, TypedValuesAreNumbersAndTimesWithTheirOffset) {
+    const auto at = [](std::int32_t month, std::int32_t hour) {
+        return Value(pack(samples::Time{
+            .year = 1999, .month = month, .day = 31, .hour = hour, .minute = 59, .second = 58}));
+    };
+    Job job = jobOf({{"job-name", {"12"}}});
+    job.attribute(dotted("job-copies"), INTEGER, {Value(packInt(-3)), Value(packInt(2'147'483'647))})
+        .attribute(dotted("job-priority"), INTEGER, {})
+        .attribute(dotted("completion-time"), TIME, {at(12, 23), at(7, 1)});
+    PrintSystem system;
+    system.save("19990301", logOf({job}));
+    ToolRun inZone = kJson;
+    inZone.environment = {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}};
+    EXPECT_EQ(system.run({"-t", "alpha"}, inZone).out,
+              recordLine(1, "19990301",
+                         R"({"job-name":["12"],"job-copies":[-3,2147483647],"job-priority":[null],)"
+                         R"("completion-time":["2000-01-01T00:59:58+01:00","1999-07-31T03:59:58+02:00"]},)"
+                         R"("documents":[]})") +
+                  endLine("alpha.19990301", 1));
+    inZone.environment = {{"TZ", "NST3:30:20"}}; // an offset with seconds
+    EXPECT_NE(system.run({"-t", "alpha"}, inZone).out.find("\"1999-12-31T20:29:58-03:30\""),
+              std::string::npos);
+}
+
+TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
+    PrintSystem system;
+    const SampleRoot other(system / "other");
+    const fs::path report = system / "report";
+    system.save("19990301", logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
+    logOf({jobOf({{"job-name", {"x"}}})}).save(other.log("beta", "19990302"));
+    system.root.writeRegistry({{serverKey("alpha"), {{"QV_ROOT", system.root.path()}}},
+                               {serverKey("beta"), {{"QV_ROOT", other.path()}}},
+                               {serverKey("bare"), {{"OTHER", "1"}}},
+                               {serverKey("far"), {{"QV_ROOT", other.path()}, {"TZ", "JST-9"}}}});
+    const ToolResult result = system.run({"alpha", "bare", "none", "far", "beta"}, kJson);
+    EXPECT_EQ(result.status, 7) << result.err;
+    EXPECT_EQ(result.err.find("server beta"), std::string::npos) << result.err;
+    for (const char *end :
+         {"bare ended with status 100", // the root of alpha is none of its settings
+          "alpha ended with status 7", "none ended with status 30", "far ended with status 30"})
+        EXPECT_NE(result.err.find(end), std::string::npos) << end << '\n' << result.err;
+    EXPECT_TRUE(result.out.starts_with(endLine("alpha.19990301", 0, false))) << result.out;
+    EXPECT_TRUE(result.out.ends_with(endLine("beta.19990302", 1))) << result.out;
+
+    // A file that the run made stays unless a server failed; that one has no log is no failure.
+    const std::vector<std::string> dated = {"-s", "19990302", "-o", report, "alpha", "beta"};
+    EXPECT_EQ(system.run(dated, kJson).status, 29);
+    EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
+    fs::remove(report);
+    EXPECT_EQ(system.run({"-o", report, "beta", "alpha"}, kJson).status, 7);
+    EXPECT_FALSE(fs::exists(report));
+    // Nothing is written to a log of a server whose turn comes later.
+    const std::string log = readFile(other.log("beta", "19990302"));
+    EXPECT_EQ(system.run({"-o", other.log("beta", "19990302"), "alpha", "beta"}, kJson).status, 30);
+    EXPECT_EQ(readFile(other.log("beta", "19990302")), log);
 }
 
 // The same ends as the tool's, but for the usage.
@@ -85,8 +158,9 @@ TEST(Json, EndsAsTheToolDoes) {
         EXPECT_EQ(result.status, expected.status);
         EXPECT_EQ(result.err, expected.err);
     }
-    const std::string usage = "Command line usage: qvledger-json [-h] [-V]\n   [-s <start date>]\n"
-                              "   [-e <end date>] [-p <path>]\n   [-O <path>] serverName\n";
+    const std::string usage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
+                              "   [-s <start date>]\n   [-e <end date>] [-p <path>]\n"
+                              "   [-O <path>] serverName ...\n";
     for (const char *option : {"-d", "-a", "-g", "-x", "-s"}) {
         const ToolResult result = system.run({option}, kJson);
         EXPECT_EQ(result.status, 1) << option;

@@ -6,14 +6,22 @@
 
 #include "ala/ala.h"
 
+// Which log it is.
+struct LogName {
+    const char *server;
+    const char *file;  // without its directory
+    std::int32_t date; // YYYYMMDD
+};
+
 class LogOutput {
 public:
     virtual ~LogOutput() = default;
-    // Writes all records of the open log of a date (YYYYMMDD), until mustStop() (tool/stop.h) says so.  True
-    // when the walk ended at the log's end and nothing in it had to be passed over; failures were told to the
-    // user.
-    virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+    // Writes all records of an open log, until mustStop() (tool/stop.h) says so.  True when the walk ended at
+    // the log's end and nothing in it had to be passed over; failures were told to the user.
+    virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                        std::FILE *stream) = 0;
+    // A log could not be opened; the user was told.
+    virtual void passOver(const LogName &, std::FILE *) {}
     // No further log follows.
     virtual void end() {}
 };

@@ -19,6 +19,7 @@ constexpr std::uint32_t kMsgWaiting = 0x3c0001;
 constexpr std::uint32_t kMsgReportLost = 0x3c0002;
 constexpr std::uint32_t kMsgOutputLost = 0x3c0003;
 constexpr std::uint32_t kMsgLeftAside = 0x3c0004;
+constexpr std::uint32_t kMsgServerFailed = 0x3c0005;
 
 // Prints a message with its arguments.
 void DisplayMsg(std::uint32_t in_msgCode, ...);

@@ -7,10 +7,10 @@
 #include "service/system.h"
 #include "tool/messages.h"
 
-Options readOptions(int argc, char *const *argv) {
+Options readOptions(int argc, char *const *argv, const char *letters) {
     Options options;
     for (;;) {
-        switch (SYSU_Getopt(argc, argv, "do:s:e:p:O:hVag")) {
+        switch (SYSU_Getopt(argc, argv, letters)) {
         case 'd':
             ++options.dflg;
             break;
@@ -41,9 +41,15 @@ Options readOptions(int argc, char *const *argv) {
         case 'g':
             options.suppressHeadflg = 1;
             break;
+        case 't':
+            options.typeflg = 1;
+            break;
         case -1:
-            if (optind < argc)
-                options.serverName = argv[optind];
+            if (optind >= argc)
+                return options;
+            options.serverName = argv[optind];
+            options.moreServers = argv + optind + 1;
+            options.numMoreServers = argc - optind - 1;
             return options;
         default:
             ++options.errflg;

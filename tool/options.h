@@ -4,7 +4,9 @@
 #include <cstdint>
 
 struct Options {
-    const char *serverName = nullptr; // first operand; further ones are ignored
+    const char *serverName = nullptr;   // first operand
+    char *const *moreServers = nullptr; // the others
+    std::int32_t numMoreServers = 0;
     const char *ofile = nullptr;
     const char *startDate = nullptr;
     const char *endDate = nullptr;
@@ -16,9 +18,14 @@ struct Options {
     std::int32_t errflg = 0;
     std::int32_t suppressHeadflg = 0;
     std::int32_t docflg = 0;
+    std::int32_t typeflg = 0;
 };
 
-Options readOptions(int argc, char *const *argv);
+// The option letters of a program, as getopt takes them.
+constexpr char kReportLetters[] = "do:s:e:p:O:hVag";
+constexpr char kJsonLetters[] = "to:s:e:p:O:hV";
+
+Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
 
 // Which date ValidDate checks.
 constexpr std::int32_t kStartDate = 0;

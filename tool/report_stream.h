@@ -32,6 +32,8 @@ public:
 
     std::FILE *stream() const { return fl; }
     bool isTerminal() const { return terminal; }
+    // A file on a disk?
+    bool isFile() const { return identity.regular; }
     // Is the report one of the server's logs?
     bool isLogOf(ALA_handle_t handle) const { return identity.regular && ALA__IsLog(handle, identity); }
 
@@ -44,7 +46,9 @@ public:
     // Directly before a log goes: is the file that was made safe still the one that has the report's name?
     const char *whyNotInPlace() const;
 
-    // Writes what is left.
+    // Passes on all lines so far.  False when that failed, now or before.
+    bool flush();
+    // The same, for the last time.
     void finish();
 
     // A run that failed, or found nothing, leaves no file behind that it made itself; if others have it open
@@ -59,7 +63,6 @@ private:
     bool nameLeadsHere() const;
     static std::size_t takeBytes(void *stream, const char *bytes, std::size_t size);
     std::size_t take(const char *bytes, std::size_t size);
-    bool flush();
     bool writeLines(bool all);
     bool write(std::size_t size);
     bool beginLine();

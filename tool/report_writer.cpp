@@ -214,7 +214,7 @@ bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHea
     }
 }
 
-bool ReportWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t, std::FILE *stream) {
+bool ReportWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &, std::FILE *stream) {
     std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
     return doLog(handle, &log, &doHeader, stream, suppressHeadflg, &prevLog);
 }

@@ -38,7 +38,7 @@ public:
     ReportWriter(const ReportWriter &) = delete;
     ReportWriter &operator=(const ReportWriter &) = delete;
 
-    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date, std::FILE *stream) override;
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name, std::FILE *stream) override;
     void end() override { freeNames(); }
 
 private:

@@ -1,6 +1,7 @@
 #include "tool/run.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -175,18 +176,20 @@ static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const A
 }
 
 // Reports one log, and deletes it under -d.
-static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate,
+static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate, LogName name,
                        ReportStream &report, LogOutput &writer, LoopState &state) {
-    const std::int32_t date = ALA__NumFromDate(&givenDate);
+    const std::int32_t date = name.date;
     ALA_acctLogHandle_t logh = nullptr;
     if (const ALA_retCode_t result = openLog(options, mainh, givenDate, &logh); result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
         logFailure(nullptr, result);
+        writer.passOver(name, report.stream());
         return state.fail(result);
     }
     if (logh == nullptr)
         return; // asked to end while another run had it
-    const bool complete = writer.write(mainh, logh, date, report.stream());
+    name.file = ALA__LogFileName(logh);
+    const bool complete = writer.write(mainh, logh, name, report.stream());
     ALA__readLog read;
     const char *why = complete ? nullptr : "not all of it is in the report";
     if (options.dflg != 0 && why == nullptr)
@@ -220,7 +223,8 @@ static void processLogs(const Options &options, const Facility &facility, Report
                         LogOutput &writer, LoopState &state) {
     const DateRange range = dateRange(options);
     startProgress(report.isTerminal(), countLogs(facility.dateList, range));
-    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next) {
+    const ALA_name *file = facility.nameList; // one a date
+    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (date > range.endDateVal) // the later ones are newer
             return;
@@ -229,7 +233,8 @@ static void processLogs(const Options &options, const Facility &facility, Report
         if (date < range.startDateVal)
             continue;
         progressToLog(date);
-        processLog(options, facility.mainh, node->date, report, writer, state);
+        processLog(options, facility.mainh, node->date, {options.serverName, file->logName, date}, report,
+                   writer, state);
     }
 }
 
@@ -264,37 +269,170 @@ static int prepare(const Options &options, const ReportStream &report, Facility 
     return refuseLogAsReport(options, facility, report) ? kStatusBadStart : 0;
 }
 
-// The run behind its checks, up to its status.
-static int reportLogs(const Options &options, ReportStream &report, LogOutput &writer) {
+namespace {
+
+// What the servers' turns leave behind.
+struct Outcome {
+    bool deletedAny = false; // the lines of deleted logs exist nowhere else
+    bool failed = false;
+    bool foundLog = false;
+    int status = 0;
+
+    // The first failure counts.  That there is no log is less than a failure.
+    void add(int serverStatus) {
+        failed = failed || (serverStatus != 0 && serverStatus != kStatusNoLogs);
+        if (status == 0 || (status == kStatusNoLogs && serverStatus != 0))
+            status = serverStatus;
+    }
+};
+
+} // namespace
+
+// A server's turn behind its checks, up to its status.
+static int reportLogs(const Options &options, ReportStream &report, LogOutput &writer, Outcome &outcome) {
     Facility facility;
     LoopState state;
-    const auto removeReport = [&] {
-        if (!state.deletedAny) // the lines of deleted logs exist nowhere else
-            report.removeIfCreated();
-    };
-    if (const int status = prepare(options, report, facility); status != 0) {
-        report.finish();
-        removeReport();
+    if (const int status = prepare(options, report, facility); status != 0)
         return status;
-    }
     processLogs(options, facility, report, writer, state);
     writer.end();
     endProgress();
-    report.finish();
+    static_cast<void>(report.flush()); // told where it failed
     const bool askedToEnd = OS_NotedSignal() != 0;
-    if (state.errOut || askedToEnd)
-        removeReport();
+    outcome.deletedAny = outcome.deletedAny || state.deletedAny;
+    outcome.foundLog = outcome.foundLog || !state.noLogFound;
+    outcome.failed = outcome.failed || state.errOut || askedToEnd;
     if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL)
         return result;
     if (state.noLogFound && !state.errOut && !askedToEnd && !report.failed()) {
         DisplayMsg(kMsgNoLogs);
-        removeReport();
         return kStatusNoLogs;
     }
     return state.errOut ? state.finalErr : 0;
 }
 
-int runWith(const Options &options, LogOutput &writer, int statusIfLost) {
+namespace {
+
+// The turns of a run's servers, one after another.
+class Run {
+public:
+    Run(const Options &givenOptions, std::int32_t givenNumServers, LogOutput &givenWriter)
+        : options(givenOptions), numServers(givenNumServers), writer(givenWriter) {}
+
+    // All turns: the run's status.
+    int report();
+    bool isLost() const { return stream.failed(); }
+
+private:
+    int turn(std::int32_t number);
+    int begin(std::int32_t number);
+    bool enter(std::int32_t number);
+    bool refuseLogOfLaterServer(std::int32_t number);
+
+    Options options; // of the server whose turn it is
+    const char *firstServer = options.serverName;
+    std::int32_t numServers;
+    LogOutput &writer;
+    ReportStream stream;
+    Outcome outcome;
+    bool begun = false; // the report is open
+    bool over = false;  // no further turn follows
+    char **environment = OS_KeepEnvironment();
+    const char *zone = ""; // in which the times are
+};
+
+} // namespace
+
+static const char *timeZone() {
+    const char *zone = std::getenv("TZ");
+    return zone != nullptr ? zone : "";
+}
+
+// Takes up the server's settings, and leaves none of another server's.
+bool Run::enter(std::int32_t number) {
+    options.serverName = number == 0 ? firstServer : options.moreServers[number - 1];
+    OS_RestoreEnvironment(environment);
+    return loadServiceEnvironment(options.serverName);
+}
+
+// What is written for one server must not go into a log of the next.
+bool Run::refuseLogOfLaterServer(std::int32_t number) {
+    if (number + 1 == numServers || !stream.isFile())
+        return false;
+    for (std::int32_t later = number + 1; later < numServers; ++later) {
+        if (!enter(later))
+            continue; // which its turn will tell
+        const char *root = std::getenv("QV_ROOT");
+        Malloced<char> defaultPath;
+        if (options.acctPath2 == nullptr && root != nullptr)
+            defaultPath.reset(_ALA_AddChar(root, "/var/acct"));
+        const char *logPath = options.acctPath2 != nullptr ? options.acctPath2 : defaultPath.get();
+        Facility facility;
+        if (logPath != nullptr && registerServer(options, logPath, &facility.mainh) == ALA_N_NORMAL &&
+            refuseLogAsReport(options, facility, stream))
+            return true;
+    }
+    return !enter(number);
+}
+
+// What comes once, before the first log: 0, or the status that ends the run.
+int Run::begin(std::int32_t number) {
+    if (!datesAreValid(options))
+        return kStatusBadStart;
+    switch (stream.open(options.ofile)) {
+    case ReportStream::Opened::No:
+        DisplayMsg(kMsgReportFile, options.ofile);
+        return kStatusBadStart;
+    case ReportStream::Opened::GivenUp:
+        return 0; // the signal ends the program
+    case ReportStream::Opened::Yes:
+        break;
+    }
+    zone = timeZone();
+    if (refuseLogOfLaterServer(number))
+        return kStatusBadStart;
+    begun = true;
+    return 0;
+}
+
+// A server's turn: its status.
+int Run::turn(std::int32_t number) {
+    if (!enter(number)) {
+        DisplayMsg(kMsgEnvironment);
+        return kStatusBadStart;
+    }
+    if (!begun) {
+        const int status = begin(number);
+        over = !begun;
+        if (over)
+            return status;
+    }
+    if (std::strcmp(timeZone(), zone) != 0) {
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
+                        "the server %s has the time zone %s, and the run has %s", options.serverName,
+                        timeZone(), zone);
+        DisplayMsg(kMsgEnvironment);
+        return kStatusBadStart;
+    }
+    return reportLogs(options, stream, writer, outcome);
+}
+
+int Run::report() {
+    for (std::int32_t number = 0; number < numServers && !over; ++number) {
+        const int status = turn(number);
+        outcome.add(status);
+        if (status != 0 && numServers > 1 && !over)
+            DisplayMsg(kMsgServerFailed, options.serverName, status);
+        over = over || stream.failed() || OS_NotedSignal() != 0;
+    }
+    stream.finish();
+    if (!outcome.deletedAny && (outcome.failed || !outcome.foundLog))
+        stream.removeIfCreated();
+    stream.close();
+    return outcome.status;
+}
+
+int runWith(const Options &options, std::int32_t numServers, LogOutput &writer, int statusIfLost) {
     if (options.helpflg != 0) {
         DisplayMsg(kMsgUsage);
         return 0;
@@ -308,28 +446,12 @@ int runWith(const Options &options, LogOutput &writer, int statusIfLost) {
         return kStatusUsage;
     }
     needDoc = options.docflg;
-    if (!loadServiceEnvironment(options.serverName)) {
-        DisplayMsg(kMsgEnvironment);
-        return kStatusBadStart;
-    }
-    if (!datesAreValid(options))
-        return kStatusBadStart;
-    ReportStream report;
-    switch (report.open(options.ofile)) {
-    case ReportStream::Opened::No:
-        DisplayMsg(kMsgReportFile, options.ofile);
-        return kStatusBadStart;
-    case ReportStream::Opened::GivenUp:
-        return 0; // the signal ends the program
-    case ReportStream::Opened::Yes:
-        break;
-    }
-    const int status = reportLogs(options, report, writer);
-    report.close();
-    return report.failed() && statusIfLost != kStatusAsUsual ? statusIfLost : status;
+    Run run(options, numServers, writer);
+    const int status = run.report();
+    return run.isLost() && statusIfLost != kStatusAsUsual ? statusIfLost : status;
 }
 
 int run(const Options &in_options) {
     ReportWriter writer(in_options.suppressHeadflg);
-    return runWith(in_options, writer);
+    return runWith(in_options, 1, writer);
 }

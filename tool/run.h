@@ -1,4 +1,4 @@
-// One run for one server, from its options to its exit status.
+// A run for one server, or for several in turn, from its options to its exit status.
 #pragma once
 
 #include "tool/log_output.h"
@@ -14,10 +14,13 @@ constexpr int kStatusNoLogs = 29;   // none in the date range
 constexpr int kStatusBadStart = 30; // environment, dates or report file
 constexpr int kStatusNoRoot = 100;  // QV_ROOT is not set
 
-// The run of qvledger.
+// The run of qvledger, for its first operand.
 int run(const Options &in_options);
 
-// The same with another writer in the place of the report's.  statusIfLost: the status when the report
-// could not be written; kStatusAsUsual leaves it to what else happened.
+// The same with another writer in the place of the report's, for the given number of operands, into one
+// report.  A server that fails does not keep the others from their turn; the status is that of the first one
+// that failed, and kStatusNoLogs only if none did.  statusIfLost: the status when the report could not be
+// written; kStatusAsUsual leaves it to what else happened.
 constexpr int kStatusAsUsual = -1;
-int runWith(const Options &options, LogOutput &writer, int statusIfLost = kStatusAsUsual);
+int runWith(const Options &options, std::int32_t numServers, LogOutput &writer,
+            int statusIfLost = kStatusAsUsual);

@@ -17,6 +17,8 @@ struct handleData {
     // has something in it that no report shows.
     std::uint64_t valuesPassedOver;
 
+    ALA_timeForm_t timeForm;
+
     Columns columns; // what the cursors remember from record to record
 
     ~handleData() {

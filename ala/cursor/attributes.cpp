@@ -17,8 +17,8 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
 static ALA_retCode_t deliverValue(ALA_handle_t handle, const attrValNode &node, std::string_view knownName,
                                   void *value, AS_attrValDesc_t description, const char *locale,
                                   ALA_attrPair **attribute) {
-    const ALA_retCode_t result =
-        ALA__GetNamedAttribute(&node, knownName, value, description, locale, &handle->oidHandle, attribute);
+    const ALA_retCode_t result = ALA__GetNamedAttribute(&node, knownName, value, description, locale,
+                                                        handle->timeForm, &handle->oidHandle, attribute);
     if (result != ALA_N_NORMAL)
         ++handle->valuesPassedOver;
     return result;

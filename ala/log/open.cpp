@@ -2,6 +2,7 @@
 #include "ala/log/open_log.h"
 
 #include <cerrno>
+#include <cstring>
 
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
@@ -185,6 +186,11 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
     std::free(log);
     *inoutp_acctLogHandle = nullptr;
     return ALA_N_NORMAL;
+}
+
+const char *ALA__LogFileName(ALA_acctLogHandle_t in_log) {
+    const char *slash = std::strrchr(in_log->logName, '/');
+    return slash != nullptr ? slash + 1 : in_log->logName;
 }
 
 bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log) {

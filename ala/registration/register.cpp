@@ -99,6 +99,17 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
     return ALA_N_NORMAL;
 }
 
+ALA_retCode_t ALA_SetTimeForm(ALA_handle_t in_alaHandle, ALA_timeForm_t in_form) {
+    const FuncTrace trace("ALA_SetTimeForm");
+    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_SetTimeForm"); valid != ALA_N_NORMAL)
+        return valid;
+    if (in_form != ALA_TIME_AS_REPORTED && in_form != ALA_TIME_ISO_8601)
+        return ALA_FAIL(ALA_A_INVALID_ARG, "in_form %d is none in ALA_SetTimeForm; ALA_A_INVALID_ARG",
+                        in_form);
+    in_alaHandle->timeForm = in_form;
+    return ALA_N_NORMAL;
+}
+
 ALA_retCode_t ALA_Unregister(ALA_handle_t *inoutp_alaHandle) {
     const FuncTrace trace("ALA_Unregister");
     if (inoutp_alaHandle == nullptr)

@@ -43,14 +43,15 @@ static ALA__growingPair *asGrowing(ALA_attrPair *pair) {
 // a further value it is given a node without room, in the target's place.
 template <bool kFurther>
 static const RenderFailure *renderTarget(AS_attrValType_t type, const void *value, const char *locale,
-                                         void **oidHandle, const ALA_attrPair *pair, attributeVal **link) {
+                                         ALA_timeForm_t timeForm, void **oidHandle, const ALA_attrPair *pair,
+                                         attributeVal **link) {
     static constexpr RenderFailure kNoMemoryForText = {
         ALA_A_OUT_OF_MEMORY, "Could not allocate memory for the value of oid: %s in ALA__GetAttribute"};
     static constexpr RenderFailure kNoNode = {ALA_A_OUT_OF_MEMORY,
                                               "ALA__AllocValue failed for oid: %s in ALA__GetAttribute"};
     const StatusList status;
     attributeVal *target = *link;
-    Rendering rendering = {status, oidHandle, locale, Text(target->value, kValueSize), pair, link};
+    Rendering rendering = {status, oidHandle, locale, timeForm, Text(target->value, kValueSize), pair, link};
     const RenderRow *row = value != nullptr ? findRenderRow(type) : nullptr;
     const RenderFailure *failure = row != nullptr ? row->render(rendering, value) : nullptr;
     if constexpr (!kFurther)
@@ -74,13 +75,14 @@ static ALA_retCode_t makePair(const attrValNode *node, std::string_view knownNam
                         node->decoid);
     pair->attrName = attrName; // which is a part of the pair
     givenPair.reset(asGrowing(pair));
+    givenPair->type = node->attrValType;
     return ALA_N_NORMAL;
 }
 
 ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_view in_knownName,
                                      void *in_attrVal, AS_attrValDesc_t in_attrValDesc,
-                                     const char *inp_locale, void **inoutp_oidHandle,
-                                     ALA_attrPair **inoutp_attribute) {
+                                     const char *inp_locale, ALA_timeForm_t in_timeForm,
+                                     void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute) {
     const FuncTrace trace("ALA__GetAttribute");
     ALA_DETAIL("*** ALA__GetAttribute *** for attribute type %d ",
                static_cast<std::int32_t>(inp_node->attrValType));
@@ -94,15 +96,15 @@ ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_vi
     attributeVal **link = &pair->pair.attrVal;
     const RenderFailure *failure = nullptr;
     if (made != nullptr) {
-        failure = renderTarget<false>(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle,
-                                      &pair->pair, link);
+        failure = renderTarget<false>(inp_node->attrValType, value.get(), inp_locale, in_timeForm,
+                                      inoutp_oidHandle, &pair->pair, link);
     } else {
         ALA__roomyValue roomy;
         roomy.node.value = roomy.text;
         link = &pair->last->next;
         *link = &roomy.node;
-        failure = renderTarget<true>(inp_node->attrValType, value.get(), inp_locale, inoutp_oidHandle,
-                                     &pair->pair, link);
+        failure = renderTarget<true>(inp_node->attrValType, value.get(), inp_locale, in_timeForm,
+                                     inoutp_oidHandle, &pair->pair, link);
     }
     if (*link != &pair->first.node)
         for (attributeVal *last = *link; last != nullptr; last = last->next)
@@ -117,6 +119,16 @@ ALA_retCode_t ALA__GetNamedAttribute(const attrValNode *inp_node, std::string_vi
 ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
                                 AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
                                 void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute) {
-    return ALA__GetNamedAttribute(inp_node, {}, in_attrVal, in_attrValDesc, inp_locale, inoutp_oidHandle,
-                                  inoutp_attribute);
+    return ALA__GetNamedAttribute(inp_node, {}, in_attrVal, in_attrValDesc, inp_locale, ALA_TIME_AS_REPORTED,
+                                  inoutp_oidHandle, inoutp_attribute);
+}
+
+ALA_retCode_t ALA_GetAttributeType(const ALA_attrPair *inp_attribute, uint32_t *outp_valueType,
+                                   ALA_valueKind_t *outp_kind) {
+    if (inp_attribute == nullptr || outp_valueType == nullptr || outp_kind == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_ARG, "an address is NULL in ALA_GetAttributeType; ALA_A_INVALID_ARG");
+    *outp_valueType = reinterpret_cast<const ALA__growingPair *>(inp_attribute)->type;
+    const RenderRow *row = findRenderRow(*outp_valueType);
+    *outp_kind = row != nullptr ? row->kind : ALA_KIND_TEXT;
+    return ALA_N_NORMAL;
 }

@@ -9,6 +9,7 @@
 #include "ala/ala.h"
 #include "ala/render/value_text.h"
 #include "service/oid.h"
+#include "service/packed.h"
 
 constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
 
@@ -20,10 +21,11 @@ struct ALA__roomyValue {
 };
 
 // A pair with its name and its first value in one piece.  It remembers its last value, so that appending
-// costs the same however many there are.
+// costs the same however many there are, and what type its values have.
 struct ALA__growingPair {
     ALA_attrPair pair; // what the caller sees; first, so that its address is this record's
     attributeVal *last;
+    AS_attrValType_t type; // of the values
     char name[OID_NAME_SIZE];
     ALA__roomyValue first;
 };

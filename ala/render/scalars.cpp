@@ -57,6 +57,12 @@ const RenderFailure *renderTime(Rendering &rendering, const void *value) {
                                                    "ALA__GeneralizedToLocalTime failed in ALA__GetAttribute"};
     static constexpr RenderFailure kNoText = {ALA_A_FAIL_TO_GET_TIME,
                                               "ALA__GeneralizedTimeToAscii failed in ALA__GetAttribute"};
+    if (rendering.timeForm == ALA_TIME_ISO_8601) {
+        char text[kIsoTimeSize];
+        const std::string_view shown = ALA__IsoTime(as<GEN_generalizedTime>(value), text);
+        rendering.text.add(shown);
+        return shown.empty() ? &kNoLocalTime : nullptr;
+    }
     GEN_generalizedTime localTime = {};
     if (ALA__GeneralizedToLocalTime(static_cast<const GEN_generalizedTime *>(value), &localTime) != 0)
         return &kNoLocalTime;

@@ -1,6 +1,8 @@
 #include "ala/render/times.h"
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 
 #include "ala/base/lock.h"
 #include "ala/base/owners.h"
@@ -12,6 +14,17 @@ constexpr std::int32_t kTmEpoch = 1900; // year 0 of tm_year
 
 static std::int32_t yearForTm(const GEN_generalizedTime &time) {
     return time.utc == 1 ? time.year : time.year - kTmEpoch;
+}
+
+static std::time_t instantOfUtc(const GEN_generalizedTime &time) {
+    std::tm utc = {};
+    utc.tm_year = yearForTm(time);
+    utc.tm_mon = time.month - 1;
+    utc.tm_mday = time.day;
+    utc.tm_hour = time.hour;
+    utc.tm_min = time.utc == 1 ? time.minute : time.minute + time.mindiff;
+    utc.tm_sec = time.second;
+    return _mkgmtime(&utc);
 }
 
 // The instant of a local time, given as if it were one of Coordinated Universal Time.  -1 when there is none.
@@ -34,16 +47,9 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     *outp_unixTime = 0;
     // mktime reads local time.  Shifting the fields by the zone's standard offset makes it give the instant
     // that the record means; whether summer time applies is left to it.
-    std::tm utc = {};
-    utc.tm_year = yearForTm(*inp_UTC);
-    utc.tm_mon = inp_UTC->month - 1;
-    utc.tm_mday = inp_UTC->day;
-    utc.tm_hour = inp_UTC->hour;
-    utc.tm_min = inp_UTC->utc == 1 ? inp_UTC->minute : inp_UTC->minute + inp_UTC->mindiff;
-    utc.tm_sec = static_cast<int>(inp_UTC->second - _timezone);
     // In range again before mktime sees them: it would settle summer time by the fields as they stand, and
     // then by whatever it converted last.
-    const std::time_t local = _mkgmtime(&utc);
+    const std::time_t local = instantOfUtc(*inp_UTC) - _timezone;
     Lock lock(timeLock);
     if (!lock.isLocked())
         return 1;
@@ -174,6 +180,26 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
         return 1;
     *outp_asciiTime = text.release();
     return 0;
+}
+
+std::string_view ALA__IsoTime(const GEN_generalizedTime &in_utc, char (&outp_text)[kIsoTimeSize]) {
+    const std::time_t instant = instantOfUtc(in_utc);
+    std::tm local = {};
+    if (SYSU_Localtime_r(&instant, &local) == nullptr)
+        return {};
+    // Offsets of old times have seconds, which the form has not: the clock goes by the minutes that are
+    // shown.
+    const auto offset = static_cast<int>((_mkgmtime(&local) - instant) / 60);
+    const std::time_t shown = instant + std::time_t{60} * offset;
+    gmtime_r(&shown, &local);
+    const int year = local.tm_year + kTmEpoch;
+    const int size =
+        std::snprintf(outp_text, kIsoTimeSize,
+                      year >= 0 && year <= 9999 ? "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d"
+                                                : "%+07d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d",
+                      year, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
+                      offset < 0 ? '-' : '+', std::abs(offset) / 60, std::abs(offset) % 60);
+    return {outp_text, static_cast<std::size_t>(size)};
 }
 
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day) {

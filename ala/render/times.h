@@ -30,5 +30,10 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
 constexpr std::size_t kClockTimeSize = 19;
 std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time, char (&outp_text)[kClockTimeSize]);
 
+// The same instant by the process's time zone, "YYYY-MM-DDTHH:MM:SS+HH:MM" with the zone's offset then.  A
+// year outside 0 to 9999 has a sign and six digits.  Empty when the zone has no such time.
+constexpr std::size_t kIsoTimeSize = 32;
+std::string_view ALA__IsoTime(const GEN_generalizedTime &in_utc, char (&outp_text)[kIsoTimeSize]);
+
 // Day of the week in the Gregorian calendar, 0 for Sunday.
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day);

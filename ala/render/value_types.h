@@ -19,6 +19,7 @@ struct Rendering {
     STF_l__hdr *status;
     void **oidHandle;
     const char *locale;
+    ALA_timeForm_t timeForm;
     Text text;                // of the target
     const ALA_attrPair *pair; // that the target belongs to
     attributeVal **link;      // where the target hangs in the pair's chain; other values may take its place
@@ -35,6 +36,7 @@ struct RenderRow {
     AS_attrValType_t type;
     const char *name;
     RenderFunction *render;
+    ALA_valueKind_t kind = ALA_KIND_TEXT; // of what it renders
 };
 
 // The row of a type, or null for one that renders as empty text.

@@ -13,6 +13,11 @@ int _putenv(const char *inp_assignment);
 
 #endif
 
+// The environment as it stands, and a return to it.  _putenv exchanges the environment for another one and
+// changes none, so that what was kept stays as it was.
+char **OS_KeepEnvironment();
+void OS_RestoreEnvironment(char **in_kept);
+
 // A variable of the environment that steers the program itself; null when it is not set, and when lent rights
 // make the caller's environment one not to be trusted.
 const char *OS_ProgramVariable(const char *inp_name);

@@ -50,6 +50,14 @@ int _putenv(const char *inp_assignment) {
     }
 }
 
+char **OS_KeepEnvironment() {
+    return environ;
+}
+
+void OS_RestoreEnvironment(char **in_kept) {
+    std::atomic_ref(environ).store(in_kept, std::memory_order_release);
+}
+
 const char *OS_ProgramVariable(const char *inp_name) {
     return secure_getenv(inp_name);
 }

@@ -60,7 +60,21 @@ static void appendText(std::string &line, std::string_view text) {
     line += '"';
 }
 
-static void appendAttribute(std::string &line, const ALA_attrPair &pair) {
+// A value that is typed as its kind says.
+static void appendTyped(std::string &line, const char *text, ALA_valueKind_t kind) {
+    if (*text == '\0' && kind != ALA_KIND_TEXT)
+        line += "null";
+    else if (kind == ALA_KIND_INTEGER)
+        line += text;
+    else
+        appendText(line, text);
+}
+
+static void appendAttribute(std::string &line, const ALA_attrPair &pair, bool isTyped) {
+    ALA_valueKind_t kind = ALA_KIND_TEXT;
+    std::uint32_t valueType = 0;
+    if (isTyped)
+        ALA_GetAttributeType(&pair, &valueType, &kind);
     if (line.back() != '{')
         line += ',';
     appendText(line, pair.attrName);
@@ -68,7 +82,7 @@ static void appendAttribute(std::string &line, const ALA_attrPair &pair) {
     line += ':';
     for (const attributeVal *value = pair.attrVal; value != nullptr; value = value->next) {
         line += separator;
-        appendText(line, value->value);
+        appendTyped(line, value->value, kind);
         separator = ',';
     }
     line += ']';
@@ -92,14 +106,14 @@ using Owned = std::unique_ptr<Thing, Giver>;
 
 // Appends the attributes that a pair of cursor operations gives, as an object.  The code that ended them.
 template <class Record, class First, class Next>
-static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Record record, First first,
-                                      Next next) {
+static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Record record, bool isTyped,
+                                      First first, Next next) {
     line += '{';
     ALA_attrPair *read = nullptr;
     ALA_retCode_t result = first(handle, &record, nullptr, &read);
     Owned<ALA_attrPair> pair(read);
     while (result == ALA_N_NORMAL) {
-        appendAttribute(line, *pair);
+        appendAttribute(line, *pair, isTyped);
         result = next(handle, &record, nullptr, &read);
         pair.reset(read);
     }
@@ -108,7 +122,7 @@ static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Re
 }
 
 // Appends the documents of a record, as an array.  False when not all of them could be delivered.
-static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t record) {
+static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t record, bool isTyped) {
     bool complete = true;
     line += '[';
     ALA_dRecord_t read = nullptr;
@@ -117,7 +131,7 @@ static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t
     while (result == ALA_N_NORMAL && document != nullptr) {
         if (line.back() != '[')
             line += ',';
-        complete = appendAttributes(line, handle, document.get(), ALA_GetFirstAttrFromDoc,
+        complete = appendAttributes(line, handle, document.get(), isTyped, ALA_GetFirstAttrFromDoc,
                                     ALA_GetNextAttrFromDoc) == ALA_A_LAST_ATTRIBUTE &&
                    complete;
         result = ALA_GetNextDocmt(handle, &record, &read);
@@ -127,16 +141,26 @@ static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t
     return complete && (result == ALA_N_NORMAL || result == ALA_A_NO_MORE_DOCMT_ATTR);
 }
 
-// One line.  What a failure cut off is missing, and the line says so in its last member.
-static void makeLine(std::string &line, ALA_handle_t handle, std::int32_t date, ALA_record_t record,
-                     JsonEvents &events) {
-    line = "{\"date\":" + std::to_string(date) + ",\"attributes\":";
+// Begins an object with what it is of.
+static std::string beginObject(const JsonLog &log) {
+    std::string line = "{\"server\":";
+    appendText(line, log.server);
+    line += ",\"log\":";
+    appendText(line, log.file);
+    return line;
+}
+
+// Appends a record to the beginning of its line.  What a failure cut off is missing, and the line says so in
+// its last member.
+static void appendRecord(std::string &line, ALA_handle_t handle, const JsonLog &log, ALA_record_t record,
+                         JsonEvents &events) {
+    line += ",\"date\":" + std::to_string(log.date) + ",\"attributes\":";
     const ALA_retCode_t ended =
-        appendAttributes(line, handle, record, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob);
+        appendAttributes(line, handle, record, log.isTyped, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob);
     line += ",\"documents\":";
     bool complete = true;
     if (ended == ALA_A_NO_MORE_JOB_ATTR) {
-        complete = appendDocuments(line, handle, record);
+        complete = appendDocuments(line, handle, record, log.isTyped);
     } else {
         line += "[]";
         complete = ended == ALA_A_LAST_ATTRIBUTE;
@@ -146,19 +170,36 @@ static void makeLine(std::string &line, ALA_handle_t handle, std::int32_t date, 
     line += complete ? "}\n" : ",\"incomplete\":true}\n";
 }
 
-ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+static void writeEnd(const JsonLog &log, std::uint64_t records, bool isComplete, std::FILE *stream) {
+    std::string line = beginObject(log);
+    line += ",\"records\":" + std::to_string(records);
+    line += isComplete ? ",\"complete\":true}\n" : ",\"complete\":false}\n";
+    std::fwrite(line.data(), 1, line.size(), stream);
+}
+
+void writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream) {
+    writeEnd(log, 0, false, stream);
+}
+
+ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                              std::FILE *stream, JsonEvents &events) {
+    if (log.isTyped)
+        ALA_SetTimeForm(handle, ALA_TIME_ISO_8601);
+    const std::string beginning = beginObject(log) + ",\"record\":";
     std::string line;
+    std::uint64_t records = 0;
     ALA_record_t read = nullptr;
-    ALA_retCode_t result = ALA_GetFirstJobRecord(handle, &log, &read);
+    ALA_retCode_t result = ALA_GetFirstJobRecord(handle, &openLog, &read);
     Owned<record> current(read);
     while (result == ALA_N_NORMAL) {
-        makeLine(line, handle, date, current.get(), events);
+        line = beginning + std::to_string(++records);
+        appendRecord(line, handle, log, current.get(), events);
         std::fwrite(line.data(), 1, line.size(), stream);
         if (!events.recordWritten())
-            return ALA_N_NORMAL;
-        result = ALA_GetNextJobRecord(handle, &log, &read);
+            break;
+        result = ALA_GetNextJobRecord(handle, &openLog, &read);
         current.reset(read);
     }
+    writeEnd(log, records, result == ALA_A_LAST_ATTRIBUTE, stream);
     return result;
 }

@@ -1,6 +1,8 @@
-// The job records of a log as JSON Lines, one object a record:
+// A log as JSON Lines, one object a job record and one at the end:
 //
-//     {"date":20261119,"attributes":{"job-name":["letter"]},"documents":[{"document-name":["x"]}]}
+//     {"server":"alpha","log":"alpha.20261119","record":1,"date":20261119,
+//      "attributes":{"job-name":["letter"]},"documents":[{"document-name":["x"]}]}
+//     {"server":"alpha","log":"alpha.20261119","records":1,"complete":true}
 //
 // An attribute is an array of texts, in the order of the record; a name that comes twice stands there twice.
 // The object of a record that could not be read to its end has "incomplete":true as its last member.
@@ -21,9 +23,20 @@ public:
     virtual void recordFailed(ALA_retCode_t code) = 0;
 };
 
-// Writes all records of an open log, dated date (YYYYMMDD), as UTF-8; bytes of a value that are none
+struct JsonLog {
+    const char *server;
+    const char *file;  // without its directory
+    std::int32_t date; // YYYYMMDD
+    // Integers become JSON numbers, times are ISO 8601 with their offset, and those without a text null.
+    bool isTyped;
+};
+
+// Writes all records of an open log, and the object at its end, as UTF-8; bytes of a text that are none
 // become U+FFFD.  Gives the code that ended the walk: ALA_A_LAST_ATTRIBUTE at the end of the log,
 // ALA_N_NORMAL where the caller ended it, any other for a failure.  Failures to write stay with the stream.
 // Throws std::bad_alloc when memory runs out.
-ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                              std::FILE *stream, JsonEvents &events);
+
+// Writes the object at the end of a log that could not be opened.
+void writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream);

@@ -1,5 +1,5 @@
-// qvledger-json: a print server's accounting logs as JSON Lines.  Options, messages and statuses are those of
-// qvledger, whose driver it shares.
+// qvledger-json: the accounting logs of print servers as JSON Lines.  Options, messages and statuses are
+// those of qvledger, whose driver it shares.
 #include <clocale>
 #include <new>
 
@@ -17,22 +17,26 @@
 constexpr int kStatusLost =
     74; // the lines could not be written; as for an input/output error in other programs
 
-static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V]\n"
+static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
                                   "   [-s <start date>]\n"
                                   "   [-e <end date>] [-p <path>]\n"
-                                  "   [-O <path>] serverName\n";
+                                  "   [-O <path>] serverName ...\n";
 
 namespace {
 
 class JsonWriter final : public LogOutput, JsonEvents {
 public:
-    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, std::int32_t date,
+    explicit JsonWriter(bool givenIsTyped) : isTyped(givenIsTyped) {}
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                std::FILE *givenStream) override {
         stream = givenStream;
-        const ALA_retCode_t ended = writeJsonLines(handle, log, date, givenStream, *this);
+        const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), givenStream, *this);
         if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
             tellFailure(ended, "qvledger-json internal error: ");
         return ended == ALA_A_LAST_ATTRIBUTE;
+    }
+    void passOver(const LogName &name, std::FILE *givenStream) override {
+        writeJsonOfUnreadLog(jsonLog(name), givenStream);
     }
     bool recordWritten() override {
         countRecord();
@@ -41,26 +45,23 @@ public:
     void recordFailed(ALA_retCode_t code) override { tellFailure(code, "unable to read record: "); }
 
 private:
+    JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped}; }
+
+    bool isTyped;
     std::FILE *stream = nullptr;
 };
 
 } // namespace
 
-// What concerns the report of lines alone is no option here.
-static bool optionsAreValid(const Options &options) {
-    return options.errflg == 0 && options.serverName != nullptr && options.dflg == 0 && options.docflg == 0 &&
-           options.suppressHeadflg == 0 && options.ofile == nullptr;
-}
-
 static int runJson(const Options &options) {
-    const bool asksForVersion = options.helpflg == 0 && options.verflg != 0;
-    if (!asksForVersion && (options.helpflg != 0 || !optionsAreValid(options))) {
+    const bool isValid = options.errflg == 0 && options.serverName != nullptr;
+    if (options.helpflg != 0 || (options.verflg == 0 && !isValid)) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
     try {
-        JsonWriter writer;
-        return runWith(options, writer, kStatusLost);
+        JsonWriter writer(options.typeflg != 0);
+        return runWith(options, 1 + options.numMoreServers, writer, kStatusLost);
     } catch (const std::bad_alloc &) {
         DisplayMsg(kMsgNoMemory);
         return kStatusNoMemory;
@@ -76,7 +77,7 @@ int main(int argc, char **argv) {
     std::setlocale(LC_MESSAGES, "");
     LOG_Init("stdout", "E");
     MSG_UsageBegin("qvledg");
-    const int status = runJson(readOptions(argc, argv));
+    const int status = runJson(readOptions(argc, argv, kJsonLetters));
     MSG_UsageEnd();
     OS_EndBySignal();
     return status;
