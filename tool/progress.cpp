@@ -35,9 +35,9 @@ static bool isSetTo(const char *variable, const char *givenValue) {
     return value != nullptr && std::strcmp(value, givenValue) == 0;
 }
 
-void startProgress(bool reportIsTerminal, std::int32_t numLogs) {
+void startProgress(bool reportIsFile, std::int32_t numLogs) {
     state = {};
-    state.shows = _isatty(_fileno(stderr)) != 0 && !reportIsTerminal && !isSetTo("QV_PROGRESS", "0") &&
+    state.shows = _isatty(_fileno(stderr)) != 0 && reportIsFile && !isSetTo("QV_PROGRESS", "0") &&
                   !isSetTo("QV_LOG", "stderr");
     state.numLogs = numLogs;
     state.started = milliseconds();

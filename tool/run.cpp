@@ -222,7 +222,7 @@ static std::int32_t countLogs(const dateNode *dates, const DateRange &range) {
 static void processLogs(const Options &options, const Facility &facility, ReportStream &report,
                         LogOutput &writer, LoopState &state) {
     const DateRange range = dateRange(options);
-    startProgress(report.isTerminal(), countLogs(facility.dateList, range));
+    startProgress(report.isFile(), countLogs(facility.dateList, range));
     const ALA_name *file = facility.nameList; // one a date
     for (const dateNode *node = facility.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
