@@ -38,6 +38,15 @@
 extern "C" {
 #endif
 
+/* The version of this header, in its one place: the build takes it from here for the library, the programs
+   and the packages. */
+#define ALA_VERSION_MAJOR 1
+#define ALA_VERSION_MINOR 2
+#define ALA_VERSION_PATCH 6
+#define ALA__TEXT(number) #number
+#define ALA__VERSION_TEXT(major, minor, patch) ALA__TEXT(major) "." ALA__TEXT(minor) "." ALA__TEXT(patch)
+#define ALA_VERSION ALA__VERSION_TEXT(ALA_VERSION_MAJOR, ALA_VERSION_MINOR, ALA_VERSION_PATCH) /* "1.2.6" */
+
 typedef int32_t ALA_retCode_t;
 
 enum {
@@ -117,6 +126,27 @@ enum {
     ALA_JOB_ATTRIBUTES = 1,
     ALA_DOCUMENT_ATTRIBUTES = 2 /* the first document's */
 };
+
+/* ---- At any time, by any thread ---- */
+
+/* The version of the library that the program runs with, in the form of ALA_VERSION. */
+const char *ALA_Version(void);
+
+/* A return code in words for programmers and logs, in English: its name, a colon and what it means, or its
+   name alone.  "unknown return code" for a number that is none; never null.  The text is the library's. */
+const char *ALA_CodeText(ALA_retCode_t in_code);
+
+/* Takes the entries of the program's log: level 5 for a failure, 6 for detail, 7 for entry to and exit from
+   an operation; source file and line; the text without a line end, its control characters as "\xNN".  The
+   file and the text are good until the function returns.  It runs in the thread that makes the entry, must
+   not call an operation of the facility, and must not throw or jump. */
+typedef void (*ALA_logSink_t)(void *inp_context, int32_t in_level, const char *inp_file, int32_t in_line,
+                              const char *inp_text);
+
+/* Has the log's entries go to in_sink, wherever QV_LOG would have them go; QV_LOG_LEVEL and QV_LOG_TRACE
+   still choose which there are.  Null brings back what QV_LOG says.  inp_context is handed to the sink as it
+   is. REQUIRES: no other thread is inside an operation of the facility. */
+void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context);
 
 /* ---- Registration ---- */
 

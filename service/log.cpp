@@ -62,6 +62,8 @@ static std::atomic<bool> started;
 static int sink = kNowhere; // a descriptor, or one of the two above
 static std::int32_t messageLevel = LOG_ERROR;
 static bool traceWanted;
+static LOG_function entryFunction; // takes the entries in the sink's place, unless null
+static void *entryContext;
 
 // The thread's message.  It is never destroyed, as registering a destructor ends the program when memory runs
 // out; LOG_EndMessage releases what it holds.
@@ -106,6 +108,11 @@ static void readLevels() {
     traceWanted = trace != nullptr && std::strcmp(trace, "1") == 0;
 }
 
+static void setLevel() {
+    const bool wantsNone = sink == kNowhere && entryFunction == nullptr;
+    LOG_g_level = wantsNone ? kNothing : traceWanted ? LOG_TRACE : messageLevel;
+}
+
 static void start() {
     if (started.load(std::memory_order_acquire))
         return;
@@ -114,7 +121,7 @@ static void start() {
         return;
     sink = openSink();
     readLevels();
-    LOG_g_level = sink == kNowhere ? kNothing : traceWanted ? LOG_TRACE : messageLevel;
+    setLevel();
     started.store(true, std::memory_order_release);
 }
 
@@ -146,7 +153,7 @@ static bool isWanted(std::int32_t level) {
     if (!LOG_Wants(level))
         return false;
     start();
-    if (sink == kNowhere || (sink == kSyslog && !syslogListens()))
+    if (entryFunction == nullptr && (sink == kNowhere || (sink == kSyslog && !syslogListens())))
         return false;
     return level <= messageLevel || (level == LOG_TRACE && traceWanted);
 }
@@ -207,7 +214,18 @@ static void writeSyslog(std::int32_t level, std::string_view text) {
     }
 }
 
+static void handEntry(std::int32_t level, const char *file, std::int32_t line, std::string_view text) {
+    LogText shown;
+    appendVisible(shown, text);
+    shown.end('\0');
+    entryFunction(entryContext, level, file, line, shown.view().data());
+}
+
 static void writeEntry(std::int32_t level, const char *file, std::int32_t givenLine, std::string_view text) {
+    if (text.ends_with('\n'))
+        text.remove_suffix(1);
+    if (entryFunction != nullptr)
+        return handEntry(level, file, givenLine, text);
     LogText line;
     if (sink != kSyslog)
         appendStamp(line);
@@ -217,8 +235,6 @@ static void writeEntry(std::int32_t level, const char *file, std::int32_t givenL
     line.append(file);
     std::snprintf(number, sizeof number, ":%d: ", givenLine);
     line.append(number);
-    if (text.ends_with('\n'))
-        text.remove_suffix(1);
     appendVisible(line, text);
     if (sink == kSyslog)
         return writeSyslog(level, line.view());
@@ -230,6 +246,14 @@ static void writeEntry(std::int32_t level, const char *file, std::int32_t givenL
 
 void LOG_Init(const char *, const char *) {
     start();
+}
+
+void LOG_SetFunction(LOG_function in_function, void *inp_context) {
+    start();
+    const std::lock_guard guard(startLock);
+    entryFunction = in_function;
+    entryContext = inp_context;
+    setLevel();
 }
 
 void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,

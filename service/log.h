@@ -40,6 +40,12 @@ std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::i
 void LOG_CondAdd(const char *in_format, ...) __attribute__((format(printf, 1, 2)));
 void LOG_EndMessage();
 
+// Has the entries go to a function instead of the sink: level, source file and line, and the text as the sink
+// would show it.  Null brings the sink back.  REQUIRES: no other thread writes an entry meanwhile.
+using LOG_function = void (*)(void *inp_context, std::int32_t in_level, const char *inp_file,
+                              std::int32_t in_line, const char *inp_text);
+void LOG_SetFunction(LOG_function in_function, void *inp_context);
+
 } // extern "C"
 
 inline bool LOG_Wants(std::int32_t in_level) {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "ala/ala.h"
 #include "service/log.h"
 #include "service/log_internal.h"
 #include "tests/support/temp_dir.h"
@@ -100,4 +101,27 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2) << errors;
     EXPECT_TRUE(errors.ends_with("f.cpp:1: the sink stays\n")) << errors;
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+// The library's own operation for it, and through it the service's.
+TEST_F(Log, AFunctionTakesTheEntriesWhereverTheyWouldGo) {
+    std::string taken;
+    const auto take = [](void *context, std::int32_t level, const char *file, std::int32_t line,
+                         const char *text) {
+        *static_cast<std::string *>(context) +=
+            std::to_string(level) + ' ' + file + ':' + std::to_string(line) + ' ' + text + '\n';
+    };
+    for (const char *sink : {"none", path.c_str()}) {
+        restart(sink, "6");
+        ALA_SetLogSink(take, &taken);
+        LOG_CondMessage(LOG_ERROR, "f.cpp", 7, "a\nb\n");
+        LOG_CondMessage(LOG_DETAIL, "g.cpp", 8, "%s", std::string(2000, 'x').c_str());
+        LOG_CondFuncTrace("ALA_Open", "f.cpp", 1, 1, 0);
+        ALA_SetLogSink(nullptr, nullptr);
+        LOG_CondMessage(LOG_ERROR, "f.cpp", 9, "to the sink");
+        EXPECT_EQ(taken, "5 f.cpp:7 a\\x0Ab\n6 g.cpp:8 " + std::string(2000, 'x') + "\n") << sink;
+        taken.clear();
+    }
+    const std::string log = takeLog();
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
 }

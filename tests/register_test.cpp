@@ -133,3 +133,15 @@ TEST_F(Register, ValuesBeforeAnOversizedOneAreSet) {
     EXPECT_EQ(valueOf("QV_TWO"), longest);
     EXPECT_EQ(valueOf("QV_THREE"), "(unset)");
 }
+
+TEST(Library, TellsItsVersionAndItsCodesInWords) {
+    EXPECT_STREQ(ALA_Version(), ALA_VERSION);
+    const std::pair<ALA_retCode_t, const char *> cases[] = {
+        {ALA_N_NORMAL, "ALA_N_NORMAL"},
+        {ALA_A_FAIL_TO_UNLINK, "ALA_A_FAIL_TO_UNLINK: unable to delete file."},
+        {5, "user supplied output argument is not NULL."},
+        {ALA_A_NO_MORE_JOB + 1, "unknown return code"},
+        {-1, "unknown return code"}};
+    for (const auto &[code, text] : cases)
+        EXPECT_STREQ(ALA_CodeText(code), text);
+}

@@ -4,8 +4,11 @@
 #include "tool/log_output.h"
 #include "tool/options.h"
 
-// The tool's version, for -V.
-constexpr char compiledVersionString[] = "1.2-06";
+// The version, for -V, the patch with two digits: "1.2-06".
+static_assert(ALA_VERSION_MAJOR < 10 && ALA_VERSION_MINOR < 10 && ALA_VERSION_PATCH < 100);
+constexpr char compiledVersionString[] = {
+    '0' + ALA_VERSION_MAJOR,      '.', '0' + ALA_VERSION_MINOR, '-', '0' + ALA_VERSION_PATCH / 10,
+    '0' + ALA_VERSION_PATCH % 10, '\0'};
 
 // Exit statuses besides 0 and the return codes of the facility.
 constexpr int kStatusUsage = 1;     // option error, or no server name
@@ -17,7 +20,7 @@ constexpr int kStatusNoRoot = 100;  // QV_ROOT is not set
 // The run of qvledger, for its first operand.
 int run(const Options &in_options);
 
-// The same with another writer in the place of the report's, for the given number of operands, into one
+// The same with another writer in the place of the report's, for the given number of servers, into one
 // report.  A server that fails does not keep the others from their turn; the status is that of the first one
 // that failed, and kStatusNoLogs only if none did.  statusIfLost: the status when the report could not be
 // written; kStatusAsUsual leaves it to what else happened.

@@ -1,0 +1,53 @@
+// What the library tells of itself: its version, its return codes in words, its log.
+#include "ala/ala.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "service/log.h"
+
+namespace {
+
+constexpr std::size_t kTextSize = 128; // bytes of a code's text with its NUL
+
+struct CodeText {
+    ALA_retCode_t code;
+    std::array<char, kTextSize> text;
+};
+
+} // namespace
+
+// "NAME: meaning" without the line end that the log's texts have; one of the two alone if the other is empty.
+static constexpr CodeText codeText(ALA_retCode_t code, std::string_view name, std::string_view logText) {
+    if (logText.ends_with('\n'))
+        logText.remove_suffix(1);
+    CodeText row = {code, {}};
+    std::size_t size = 0;
+    for (const std::string_view part :
+         {name, std::string_view(name.empty() || logText.empty() ? "" : ": "), logText})
+        for (const char character : part)
+            row.text.at(size++) = character; // beyond the array it does not compile
+    return row;
+}
+
+static constexpr CodeText kCodeTexts[] = {
+#define ALA_RETURN_CODE(number, name, message, logText) codeText(number, #name, logText),
+#define ALA_UNNAMED_CODE(number, message, logText) codeText(number, "", logText),
+#include "ala/return_codes.inc"
+};
+
+const char *ALA_Version() {
+    return ALA_VERSION;
+}
+
+const char *ALA_CodeText(ALA_retCode_t in_code) {
+    const auto *row = std::find_if(std::begin(kCodeTexts), std::end(kCodeTexts),
+                                   [&](const CodeText &text) { return text.code == in_code; });
+    return row != std::end(kCodeTexts) ? row->text.data() : "unknown return code";
+}
+
+void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context) {
+    LOG_SetFunction(in_sink, inp_context);
+}
