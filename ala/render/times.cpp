@@ -191,7 +191,7 @@ std::string_view ALA__IsoTime(const GEN_generalizedTime &in_utc, char (&outp_tex
     // shown.
     const auto offset = static_cast<int>((_mkgmtime(&local) - instant) / 60);
     const std::time_t shown = instant + std::time_t{60} * offset;
-    gmtime_r(&shown, &local);
+    static_cast<void>(gmtime_s(&local, &shown));
     const int year = local.tm_year + kTmEpoch;
     const int size =
         std::snprintf(outp_text, kIsoTimeSize,
