@@ -152,9 +152,10 @@ void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context);
 
 /* Binds the caller to a server and its log directory and opens the OID database.  The texts are copied.
    inp_oidDbPath: the database's folder; null takes QV_ROOT followed by "/share/oid", after the server's
-   service environment was loaded into the process. ALA_A_INVALID_SERVER_NAME, ALA_A_INVALID_LOG_PATH_NAME:
-   the text is null. ALA_A_SYSTEM_ERR: no service environment, or no QV_ROOT in it. ALA_A_OID_ERROR: the
-   database is missing or malformed; the log says where. */
+   service environment was loaded into the process.
+   ALA_A_INVALID_SERVER_NAME, ALA_A_INVALID_LOG_PATH_NAME: the text is null.
+   ALA_A_SYSTEM_ERR: no service environment, or no QV_ROOT in it.
+   ALA_A_OID_ERROR: the database is missing or malformed; the log says where. */
 ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath, const char *inp_oidDbPath,
                            ALA_handle_t *outp_alaHandle);
 
@@ -169,14 +170,17 @@ ALA_retCode_t ALA_SetTimeForm(ALA_handle_t in_alaHandle, ALA_timeForm_t in_form)
 /* ---- The log directory ---- */
 
 /* The server's logs by date and by file name, oldest first; the n-th date belongs to the n-th name.  The log
-   of the day in progress has the local date of its last change. ALA_A_INVALID_LOG_PATH_NAME: the directory
-   cannot be opened. ALA_A_LOG_FILES_NOT_FOUND: it holds no log of this server. */
+   of the day in progress has the local date of its last change.
+   ALA_A_INVALID_LOG_PATH_NAME: the directory cannot be opened.
+   ALA_A_LOG_FILES_NOT_FOUND: it holds no log of this server. */
 ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **outp_dateList,
                                          ALA_name **outp_nameList);
 
 /* Removes the log file of a past day, whatever it holds.
-   ALA_A_INVALID_ARG: inp_date is null.  ALA_A_FAIL_TO_GET_TIME: no current time.
-   ALA_A_TRY_TO_DELETE_CUR_DAY_LOG: the date is today's.  ALA_A_UNKNOWN_ERR: the path cannot be converted.
+   ALA_A_INVALID_ARG: inp_date is null.
+   ALA_A_FAIL_TO_GET_TIME: no current time.
+   ALA_A_TRY_TO_DELETE_CUR_DAY_LOG: the date is today's.
+   ALA_A_UNKNOWN_ERR: the path cannot be converted.
    ALA_A_FAIL_TO_UNLINK: there is no such file, or it cannot be removed. */
 ALA_retCode_t ALA_Delete(ALA_handle_t in_alaHandle, const ALA_time *inp_date);
 
@@ -187,11 +191,13 @@ ALA_retCode_t ALA_FreeNameList(ALA_name **inoutp_nameList);
 /* ---- Logs ---- */
 
 /* Opens the log of a date, or the oldest log if inp_date is null, and checks the log's access list against
-   the calling user.  The log stands on its first record then. ALA_A_FAIL_TO_OPEN_LOG_FILE: there is no such
-   log, or it cannot be opened. ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: no entry of the access list admits the
-   caller. ALA_A_FAIL_READ_LOG_FILE, ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: the log's header is
-   damaged. ALA_A_SYSTEM_ERR: the caller's identity cannot be found out. ALA_A_FAIL_TO_GET_TIME: no current
-   time.  ALA_A_UNKNOWN_ERR: the path cannot be converted. */
+   the calling user.  The log stands on its first record then.
+   ALA_A_FAIL_TO_OPEN_LOG_FILE: there is no such log, or it cannot be opened.
+   ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: no entry of the access list admits the caller.
+   ALA_A_FAIL_READ_LOG_FILE, ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: the log's header is damaged.
+   ALA_A_SYSTEM_ERR: the caller's identity cannot be found out.
+   ALA_A_FAIL_TO_GET_TIME: no current time.
+   ALA_A_UNKNOWN_ERR: the path cannot be converted. */
 ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
                        ALA_acctLogHandle_t *outp_logHandle);
 
@@ -204,9 +210,11 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
 /* The record at the log's position; the next call reads behind it.  ALA_GetFirstJobRecord comes right after
    ALA_Open and cannot be tried again on the same handle once it has failed.  After a failed
    ALA_GetNextJobRecord the log stands where it stood, so that a later call reads what was appended or
-   completed meanwhile. ALA_A_LAST_ATTRIBUTE: no further record (ALA_GetNextJobRecord). ALA_A_NO_MORE_JOB: the
-   record's attribute count is 0. ALA_A_FAIL_READ_LOG_FILE: the record is cut short, or there is no first
-   record. ALA_A_INVALID_LOG_HANDLE: as for ALA_Close. */
+   completed meanwhile.
+   ALA_A_LAST_ATTRIBUTE: no further record (ALA_GetNextJobRecord).
+   ALA_A_NO_MORE_JOB: the record's attribute count is 0.
+   ALA_A_FAIL_READ_LOG_FILE: the record is cut short, or there is no first record.
+   ALA_A_INVALID_LOG_HANDLE: as for ALA_Close. */
 ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
                                     ALA_record_t *outp_record);
 ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
@@ -219,12 +227,15 @@ ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record);
 
 /* The job's attributes in order, each rendered as text.  inp_locale chooses the language of names
    ("de_DE.UTF-8"), null keeps the one in force.  ALA_GetFirstAttrFromJob starts again, and restarts the
-   numbering of documents. ALA_A_LAST_ATTRIBUTE: no further attribute. ALA_A_NO_MORE_JOB_ATTR: the job's
-   attributes are used up, documents follow. ALA_A_ODPUNPACK_ERROR: a value's bytes are none of its type.
-   ALA_A_OID_ERROR: an object identifier is malformed or unknown.  ALA_A_FAIL_TO_GET_TIME: a time cannot be
-   converted.  After these *outp_attribute may hold what was delivered of earlier values; it belongs to the
-   caller.  A further call goes on with the next attribute. ALA_A_INVALID_RECORD: the address or the record is
-   null. */
+   numbering of documents.
+   ALA_A_LAST_ATTRIBUTE: no further attribute.
+   ALA_A_NO_MORE_JOB_ATTR: the job's attributes are used up, documents follow.
+   ALA_A_ODPUNPACK_ERROR: a value's bytes are none of its type.
+   ALA_A_OID_ERROR: an object identifier is malformed or unknown.
+   ALA_A_FAIL_TO_GET_TIME: a time cannot be converted.
+   After these three *outp_attribute may hold what was delivered of earlier values; it belongs to the caller.
+   A further call goes on with the next attribute.
+   ALA_A_INVALID_RECORD: the address or the record is null. */
 ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
                                       const char *inp_locale, ALA_attrPair **outp_attribute);
 ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
@@ -247,7 +258,8 @@ ALA_retCode_t ALA_GetNextAttrFromDoc(ALA_handle_t in_alaHandle, ALA_dRecord_t *i
                                      const char *inp_locale, ALA_attrPair **outp_attribute);
 
 /* The attribute names of a record, last attribute first; null for an empty range.
-   ALA_A_INVALID_JOB_RECORD: the record is null.  ALA_A_UNKNOWN_ERR: in_attrType is unknown.
+   ALA_A_INVALID_JOB_RECORD: the record is null.
+   ALA_A_UNKNOWN_ERR: in_attrType is unknown.
    ALA_A_OID_ERROR: an object identifier is malformed or unknown, or the locale's names cannot be read. */
 ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record_t in_curRecord,
                                            ALA_recAttrType_t in_attrType, const char *inp_locale,
@@ -255,7 +267,8 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
 
 /* What the attribute of a pair is: its value type, the number that the log has for it, and what that makes of
    its texts.  The text of an attribute without a value is empty whatever its kind.  REQUIRES: a pair from one
-   of the operations above.  ALA_A_INVALID_ARG: an address is null. */
+   of the operations above.
+   ALA_A_INVALID_ARG: an address is null. */
 ALA_retCode_t ALA_GetAttributeType(const ALA_attrPair *inp_attribute, uint32_t *outp_valueType,
                                    ALA_valueKind_t *outp_kind);
 

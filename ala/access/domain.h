@@ -11,7 +11,7 @@
 #include "service/values.h"
 
 // Make and release the machine's domain as a value, which stands in where a credential or an entry gives
-// none. Paired per registration; the last ALA__EACL_Term releases it.
+// none.  Paired per registration; the last ALA__EACL_Term releases it.
 void ALA__EACL_Init();
 void ALA__EACL_Term();
 
