@@ -16,9 +16,13 @@
 
 // ---- Before a registration ----
 
+namespace qvledger {
+
 // The service environment: the settings that a server's service has in the registry, copied into the process.
 constexpr std::uint32_t kServerTypeSpooler = 892;
 constexpr std::uint32_t kServerTypeOther = 893;
+
+} // namespace qvledger
 
 // The name of a server's service, a new text released with free.  0, or -1 for an unknown type, a null
 // address or exhausted memory; the text is null then.
@@ -95,10 +99,10 @@ bool ALA__HoldsNoRecord(ALA_acctLogHandle_t in_log);
 
 // A log that was read to its end.  It keeps the file open, and held, when the log is closed.
 struct ALA__readLog {
-    Descriptor file;
-    Malloced<char> path;      // under which it was opened
-    OS_fileIdentity identity; // as it was before anything of it was read
-    std::int64_t end;         // bytes that were read
+    qvledger::Descriptor file;
+    qvledger::Malloced<char> path; // under which it was opened
+    OS_fileIdentity identity;      // as it was before anything of it was read
+    std::int64_t end;              // bytes that were read
 };
 
 // Makes one of an open log.  Null, or why it cannot be deleted.

@@ -12,6 +12,8 @@
 #include "tool/options.h"
 #include "tool/run.h"
 
+using namespace qvledger;
+
 static void enter(const Sandbox &sandbox) {
     if (chdir(sandbox.root().path().c_str()) != 0 || std::freopen("/dev/null", "w", stdout) == nullptr)
         std::abort();

@@ -2,6 +2,8 @@
 #include "fuzz/sandbox.h"
 #include "service/oid.h"
 
+using namespace qvledger;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
     const std::filesystem::path folder = sandbox.root().oids();

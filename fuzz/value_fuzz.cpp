@@ -5,6 +5,8 @@
 #include "fuzz/sandbox.h"
 #include "service/oid.h"
 
+using namespace qvledger;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
     static void *database = nullptr;

@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstdint>
 
+namespace qvledger {
+
 // A word in network byte order as one of the machine's.
 constexpr std::uint32_t fromNetworkOrder(std::uint32_t word) {
     return std::endian::native == std::endian::big ? word : __builtin_bswap32(word);
@@ -14,3 +16,5 @@ constexpr std::uint32_t fromNetworkOrder(std::uint32_t word) {
 constexpr std::uint32_t toNetworkOrder(std::uint32_t word) {
     return fromNetworkOrder(word); // to swap twice is not to swap
 }
+
+} // namespace qvledger

@@ -5,6 +5,8 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 // -1 for none.
 class Descriptor {
 public:
@@ -25,3 +27,5 @@ public:
 private:
     int fd;
 };
+
+} // namespace qvledger

@@ -6,6 +6,8 @@
 #include <memory>
 #include <type_traits>
 
+namespace qvledger {
+
 struct FreeDeleter {
     void operator()(void *memory) const { std::free(memory); }
 };
@@ -25,3 +27,5 @@ bool resize(Malloced<T> &memory, std::size_t bytes) {
     memory.reset(static_cast<T *>(resized));
     return true;
 }
+
+} // namespace qvledger

@@ -6,6 +6,8 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 struct KeyCloser {
     void operator()(HKEY key) const { static_cast<void>(RegCloseKey(key)); } // only read from
 };
@@ -29,3 +31,5 @@ inline LONG readRegistryValue(const char *path, const char *name, DWORD *type, v
         return result;
     return RegQueryValueExA(key.get(), name, nullptr, type, static_cast<BYTE *>(data), size);
 }
+
+} // namespace qvledger

@@ -1,5 +1,7 @@
 #include "platform/utf8.h"
 
+using namespace qvledger;
+
 constexpr char32_t kLastCharacter = 0x10FFFF;
 
 static bool isSurrogate(char32_t number) {
@@ -13,7 +15,7 @@ static unsigned char byteAt(std::string_view text, std::size_t index) {
     return static_cast<unsigned char>(text[index]);
 }
 
-std::size_t utf8Length(std::string_view text) {
+std::size_t qvledger::utf8Length(std::string_view text) {
     const auto byte = [&](std::size_t at) {
         return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
     };
@@ -34,7 +36,7 @@ std::size_t utf8Length(std::string_view text) {
     return isCharacter && isTail(2) && isTail(3) ? 4 : 0;
 }
 
-bool isUtf8(std::string_view text) {
+bool qvledger::isUtf8(std::string_view text) {
     while (!text.empty()) {
         const std::size_t length = utf8Length(text);
         if (length == 0)
@@ -54,7 +56,7 @@ static char32_t characterIn(std::string_view bytes) {
     return character;
 }
 
-char32_t takeUtf8(std::string_view &text) {
+char32_t qvledger::takeUtf8(std::string_view &text) {
     const std::size_t length = utf8Length(text);
     const char32_t character =
         length != 0 ? characterIn(text.substr(0, length)) : kStrayByte + byteAt(text, 0);
@@ -62,7 +64,7 @@ char32_t takeUtf8(std::string_view &text) {
     return character;
 }
 
-bool appendUtf8(std::string &text, char32_t character) {
+bool qvledger::appendUtf8(std::string &text, char32_t character) {
     if (isStrayByte(character)) {
         text.push_back(static_cast<char>(character - kStrayByte));
         return true;
@@ -80,7 +82,7 @@ bool appendUtf8(std::string &text, char32_t character) {
     return true;
 }
 
-std::string utf8FromUtf16(std::string_view bytes, bool bigEndian) {
+std::string qvledger::utf8FromUtf16(std::string_view bytes, bool bigEndian) {
     const std::size_t units = bytes.size() / 2;
     const auto unitAt = [&](std::size_t index) -> char32_t {
         const char32_t first = byteAt(bytes, 2 * index);

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+namespace qvledger {
+
 constexpr char32_t kStrayByte = 0xDC00;
 
 // Bytes of the character at the front of a text that is not empty; 0 if there is none (RFC 3629, section 4).
@@ -22,3 +24,5 @@ bool appendUtf8(std::string &text, char32_t character);
 // The UTF-8 of UTF-16 units, low byte first or high byte first.  Half of a surrogate pair becomes "?", a last
 // byte without its partner is left out.
 std::string utf8FromUtf16(std::string_view bytes, bool bigEndian);
+
+} // namespace qvledger

@@ -11,6 +11,8 @@
 
 #include "service/spare_block.h"
 
+namespace qvledger {
+
 // Use: a type that tells the kinds apart.  kFirstChunk: bytes of the usual first chunk, with its head.
 // kPacked: bytes may lie between what is aligned, and no allocation is empty.
 template <class Use, std::size_t kFirstChunk, std::size_t kAlignment, bool kPacked = false>
@@ -99,3 +101,5 @@ private:
     std::uint8_t *end = nullptr;
     std::size_t expected = 0;
 };
+
+} // namespace qvledger

@@ -5,6 +5,8 @@
 #include "platform/os.h"
 #include "service/value_block.h"
 
+using namespace qvledger;
+
 static std::int16_t narrow(long number) {
     return static_cast<std::int16_t>(number);
 }

@@ -15,6 +15,8 @@
 #include "platform/utf8.h"
 #include "service/thread.h"
 
+using namespace qvledger;
+
 namespace {
 
 // Which bytes belong together, whether they make a character or not.
@@ -340,7 +342,7 @@ static char *convertFromUtf8(std::span<const std::uint8_t> bytes) {
 
 // ---- Operations ----
 
-char *convertToUtf8(std::span<const std::uint8_t> givenBytes, std::uint32_t codeSet) {
+char *qvledger::convertToUtf8(std::span<const std::uint8_t> givenBytes, std::uint32_t codeSet) {
     const CodeSet *set = findCodeSet(takeMark(givenBytes, codeSet));
     const auto bytes = beforeNul(givenBytes, set != nullptr ? set->unit : 1);
     if (set == nullptr)
@@ -356,6 +358,6 @@ char *convertToUtf8(std::span<const std::uint8_t> givenBytes, std::uint32_t code
     return convertBy(converter, *set, bytes);
 }
 
-char *copyText(std::span<const std::uint8_t> bytes) {
+char *qvledger::copyText(std::span<const std::uint8_t> bytes) {
     return newText(beforeNul(bytes, 1));
 }

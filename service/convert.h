@@ -11,6 +11,8 @@ constexpr std::uint32_t CODE_SET_T61 = 76;
 constexpr std::uint32_t CODE_SET_UTF8 = 106;
 constexpr std::uint32_t CODE_SET_UCS2 = 1000; // big-endian
 
+namespace qvledger {
+
 // The characters before the first NUL character as a new NUL-terminated text, released with free; null when
 // memory or another resource runs out.  Each unit that is no character becomes a "?", and so does as much as
 // there is of a sequence that is cut, or that makes no character, wherever it stands.  Of a code set that the
@@ -19,3 +21,5 @@ char *convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t codeSet);
 
 // The bytes as they are up to the first NUL; otherwise like convertToUtf8.
 char *copyText(std::span<const std::uint8_t> bytes);
+
+} // namespace qvledger

@@ -21,6 +21,8 @@
 #include "service/log_internal.h"
 #include "service/log_text.h"
 
+using namespace qvledger;
+
 constexpr std::int32_t kEverything =
     INT32_MAX; // not initialised: every entry comes through and starts the log
 constexpr std::int32_t kNothing = INT32_MIN;

@@ -10,6 +10,8 @@
 
 #include "platform/malloced.h"
 
+namespace qvledger {
+
 // Text that grows.  When memory runs out it keeps what it has and takes no more.
 class LogText {
 public:
@@ -72,3 +74,5 @@ private:
     std::size_t capacity = sizeof inPlace;
     std::size_t length = 0;
 };
+
+} // namespace qvledger

@@ -6,6 +6,8 @@
 #include "platform/os.h"
 #include "service/mail_address.h"
 
+using namespace qvledger;
+
 constexpr char kMailType[] = "DDA:RFC-822";
 constexpr std::string_view kWrittenAt = "(a)"; // "@" is no character of an O/R address
 

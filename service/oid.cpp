@@ -12,6 +12,8 @@
 #include "service/log.h"
 #include "service/oid_table.h"
 
+using namespace qvledger;
+
 namespace {
 
 // A renaming table, or that there is none, or none that can be used.

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+using namespace qvledger;
+
 constexpr std::size_t kMaxContents = OID_BINARY_SIZE - 1;
 
 namespace {
@@ -66,7 +68,7 @@ static bool takeArc(std::string_view &text, Arc *arc) {
     return true;
 }
 
-bool parseOid(std::string_view decimal, OidBinary *binary) {
+bool qvledger::parseOid(std::string_view decimal, OidBinary *binary) {
     binary->bytes[0] = 0;
     Arc first;
     if (!takeArc(decimal, &first) || !first.isBelow(3) || decimal.empty())

@@ -6,6 +6,8 @@
 
 #include "service/oid.h"
 
+namespace qvledger {
+
 // A length byte and the contents octets of X.690 8.19.
 struct OidBinary {
     std::uint8_t bytes[OID_BINARY_SIZE];
@@ -15,3 +17,5 @@ struct OidBinary {
 // least, the first 0 to 2, the second below 40 under 0 and 1; no arc has a leading zero.  An arc may be as
 // large as the contents octets can hold.
 bool parseOid(std::string_view decimal, OidBinary *binary);
+
+} // namespace qvledger

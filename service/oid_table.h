@@ -8,6 +8,8 @@
 
 #include "service/oid_binary.h"
 
+namespace qvledger {
+
 struct OidEntry {
     std::uint32_t at;         // where its OID and name lie
     std::uint32_t identifier; // short identifier, 0 for none
@@ -60,3 +62,5 @@ private:
     Slots byContents;
     Slots byIdentifier;
 };
+
+} // namespace qvledger

@@ -2,6 +2,8 @@
 
 #include "service/unpack.h"
 
+using namespace qvledger;
+
 // What the records of most values take beside the bytes of their texts.
 constexpr std::size_t kRoomForParts = 32;
 

@@ -10,6 +10,8 @@
 
 #include "service/thread.h"
 
+namespace qvledger {
+
 // Use: a type that tells the uses apart.
 template <class Use, std::size_t kSize>
 class SpareBlock {
@@ -37,3 +39,5 @@ private:
     static inline thread_local void *spare = nullptr;
     static inline thread_local bool entered = false;
 };
+
+} // namespace qvledger

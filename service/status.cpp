@@ -1,5 +1,7 @@
 #include "service/status.h"
 
+using namespace qvledger;
+
 struct STF_l__hdr {
     char nothing; // a list keeps no notes
 };

@@ -16,6 +16,8 @@ void STF_DeleteList(STF_l__hdr *inp_list);
 
 } // extern "C"
 
+namespace qvledger {
+
 // Owns a status list for the length of a block.
 class StatusList {
 public:
@@ -28,3 +30,5 @@ public:
 private:
     STF_l__hdr *list;
 };
+
+} // namespace qvledger

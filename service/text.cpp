@@ -8,6 +8,8 @@
 #include "service/convert.h"
 #include "service/value_block.h"
 
+using namespace qvledger;
+
 constexpr std::int32_t kNoChoice = 1;
 
 using Bytes = std::span<const std::uint8_t>;

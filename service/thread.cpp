@@ -8,6 +8,8 @@
 
 #include <pthread.h>
 
+using namespace qvledger;
+
 // ---- Mutexes ----
 
 // Guards the user counts of all mutex words.

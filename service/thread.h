@@ -25,6 +25,8 @@ std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 
 } // extern "C"
 
+namespace qvledger {
+
 // Has a function called at the end of each thread that entered.  Unlike the registration of a thread_local
 // destructor, which ends the program when memory runs out, entering can fail.
 class ThreadsEnd {
@@ -41,3 +43,5 @@ private:
     std::uint32_t key = 0; // the system's number for it
     bool made;
 };
+
+} // namespace qvledger

@@ -4,6 +4,8 @@
 #include <array>
 #include <iterator>
 
+using namespace qvledger;
+
 // ---- Building stones ----
 //
 // unpack(in, field) reads one field in the order in which service/values.x has them.
@@ -383,6 +385,6 @@ static constexpr std::array<const UnpackRow *, kTypes> rowsByType() {
 
 static constexpr std::array<const UnpackRow *, kTypes> kRowsByType = rowsByType();
 
-const UnpackRow &findUnpackRow(AS_attrValType_t type) {
+const UnpackRow &qvledger::findUnpackRow(AS_attrValType_t type) {
     return type < kTypes ? *kRowsByType[type] : kUnknownType;
 }

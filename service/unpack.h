@@ -7,6 +7,8 @@
 #include "service/packed.h"
 #include "service/xdr_reader.h"
 
+namespace qvledger {
+
 struct UnpackRow {
     AS_attrValType_t type;
     std::size_t size; // bytes of the record, or of a chain's element
@@ -16,3 +18,5 @@ struct UnpackRow {
 
 // The row of a type; for one that the system does not know, the row that takes the bytes as they are.
 const UnpackRow &findUnpackRow(AS_attrValType_t type);
+
+} // namespace qvledger

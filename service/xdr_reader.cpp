@@ -5,6 +5,8 @@
 #include <cstring>
 #include <limits>
 
+using namespace qvledger;
+
 constexpr std::size_t kUnit = 4; // every XDR item takes a multiple of this many bytes
 
 void XdrReader::fail(Fault givenFault) {

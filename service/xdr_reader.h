@@ -14,6 +14,8 @@
 #include "platform/byte_order.h"
 #include "service/value_block.h"
 
+namespace qvledger {
+
 class XdrReader {
 public:
     XdrReader(std::span<const std::uint8_t> bytes, ValueBlock &givenBlock) : rest(bytes), block(givenBlock) {}
@@ -76,3 +78,5 @@ private:
     ValueBlock &block;
     Fault fault = Fault::None;
 };
+
+} // namespace qvledger

@@ -9,6 +9,8 @@
 #include "platform/byte_order.h"
 #include "tests/support/facility.h"
 
+using namespace qvledger;
+
 using namespace samples;
 using testing::ElementsAre;
 

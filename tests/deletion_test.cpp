@@ -13,6 +13,8 @@
 #include "tests/support/scripted_os.h"
 #include "tool/run.h"
 
+using namespace qvledger;
+
 using namespace samples;
 namespace fs = std::filesystem;
 

@@ -8,6 +8,8 @@
 #include "ala/directory/listing.h"
 #include "tests/support/facility.h"
 
+using namespace qvledger;
+
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 

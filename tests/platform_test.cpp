@@ -21,6 +21,8 @@
 #include "service/thread.h"
 #include "tests/support/temp_dir.h"
 
+using namespace qvledger;
+
 class ReadAheadFile : public testing::Test {
 protected:
     ReadAheadFile() {

@@ -8,6 +8,8 @@
 #include "ala/driver.h"
 #include "tests/support/facility.h"
 
+using namespace qvledger;
+
 using samples::commonKey;
 using samples::serverKey;
 using testing::ElementsAre;

@@ -10,6 +10,8 @@
 #include "tests/support/temp_dir.h"
 #include "tests/support/value_cases.h"
 
+using namespace qvledger;
+
 using namespace samples;
 
 static int releases = 0;

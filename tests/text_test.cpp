@@ -6,6 +6,8 @@
 #include "service/convert.h"
 #include "service/text.h"
 
+using namespace qvledger;
+
 using namespace std::string_literals;
 
 constexpr char kNothing[] = "(no text)";

@@ -17,6 +17,8 @@
 #include "samples/packer.h"
 #include "tests/support/temp_dir.h"
 
+using namespace qvledger;
+
 constexpr char kBerlin[] = "CET-1CEST,M3.5.0,M10.5.0/3";
 constexpr char kNewYork[] = "EST5EDT,M3.2.0,M11.1.0";
 constexpr char kSydney[] = "AEST-10AEDT,M10.1.0,M4.1.0/3";

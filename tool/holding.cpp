@@ -5,6 +5,8 @@
 
 #include "tool/messages.h"
 
+using namespace qvledger;
+
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience(1); // until the user is told
@@ -12,7 +14,7 @@ constexpr int kShortestPause = 10;           // milliseconds
 constexpr int kLongestPause = 100;
 
 // Asked for again and again: a wait inside the system could begin just behind the signal that is to end it.
-ALA__holdResult holdFile(int fd, const char *name) {
+ALA__holdResult qvledger::holdFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
     bool told = false;
     for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {

@@ -6,6 +6,8 @@
 
 #include "ala/ala.h"
 
+namespace qvledger {
+
 // Which log it is.
 struct LogName {
     const char *server;
@@ -25,3 +27,5 @@ public:
     // No further log follows.
     virtual void end() {}
 };
+
+} // namespace qvledger

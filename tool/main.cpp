@@ -8,6 +8,8 @@
 #include "tool/rights.h"
 #include "tool/run.h"
 
+using namespace qvledger;
+
 int main(int argc, char **argv) {
     OS_PrepareProcess();
     OS_NoteEndSignals();

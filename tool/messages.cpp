@@ -13,6 +13,8 @@
 #include "tool/placeholders.h"
 #include "tool/progress.h"
 
+using namespace qvledger;
+
 constexpr std::uint32_t kRawSize = 1024; // bytes of a message before its arguments are put in
 
 namespace {
@@ -55,7 +57,7 @@ static ReturnCode findReturnCode(std::int64_t errCode) {
     return row != std::end(kReturnCodes) ? *row : ReturnCode{0, kMsgUnknownError, "unknown error.\n"};
 }
 
-void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf) {
+void qvledger::GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf) {
     const char *text = defaultText(in_msgCode);
     std::uint32_t count = 0;
     if (in_bufSize == 0 || (MSG_GetUnformatted(2, in_msgCode, 0, in_bufSize, &count, inoutp_buf) == 0 &&
@@ -88,26 +90,26 @@ static void display(std::uint32_t msgCode, std::va_list values) {
     std::fputs(msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg, stderr);
 }
 
-void DisplayMsg(std::uint32_t in_msgCode, ...) {
+void qvledger::DisplayMsg(std::uint32_t in_msgCode, ...) {
     std::va_list values;
     va_start(values, in_msgCode);
     display(in_msgCode, values);
     va_end(values);
 }
 
-void DisplayMsgFromErr(std::uint32_t in_errCode, ...) {
+void qvledger::DisplayMsgFromErr(std::uint32_t in_errCode, ...) {
     std::va_list values;
     va_start(values, in_errCode);
     display(findReturnCode(in_errCode).message, values);
     va_end(values);
 }
 
-void printError(std::int32_t errRes) {
+void qvledger::printError(std::int32_t errRes) {
     if (errRes != 0)
         LOG_CondAdd("%s", findReturnCode(errRes).logText);
 }
 
-void logFailure(const char *prefix, std::int32_t errCode, const char *file, std::int32_t line) {
+void qvledger::logFailure(const char *prefix, std::int32_t errCode, const char *file, std::int32_t line) {
     if (LOG_StartMessage(LOG_ERROR, file, line, 0) == 0)
         return;
     if (prefix != nullptr)
@@ -116,7 +118,7 @@ void logFailure(const char *prefix, std::int32_t errCode, const char *file, std:
     LOG_EndMessage();
 }
 
-void tellFailure(std::int32_t errCode, const char *prefix, const char *file, std::int32_t line) {
+void qvledger::tellFailure(std::int32_t errCode, const char *prefix, const char *file, std::int32_t line) {
     DisplayMsgFromErr(static_cast<std::uint32_t>(errCode));
     logFailure(prefix, errCode, file, line);
 }

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace qvledger {
+
 // Messages that the driver prints by their code; ala/return_codes.inc names those of return codes.
 constexpr std::uint32_t kMsgNoMemory = 0x3b0066;
 constexpr std::uint32_t kMsgUnknownError = 0x3b0069;
@@ -42,3 +44,5 @@ void logFailure(const char *prefix, std::int32_t errCode, const char *file = __b
 // The message and the log entry of a failure with a return code.
 void tellFailure(std::int32_t errCode, const char *prefix, const char *file = __builtin_FILE(),
                  std::int32_t line = __builtin_LINE());
+
+} // namespace qvledger

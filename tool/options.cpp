@@ -7,7 +7,9 @@
 #include "service/system.h"
 #include "tool/messages.h"
 
-Options readOptions(int argc, char *const *argv, const char *letters) {
+using namespace qvledger;
+
+Options qvledger::readOptions(int argc, char *const *argv, const char *letters) {
     Options options;
     for (;;) {
         switch (SYSU_Getopt(argc, argv, letters)) {
@@ -67,7 +69,7 @@ static std::int32_t lastDayOf(std::int32_t year, std::int32_t month) {
     return leap ? 29 : 28;
 }
 
-std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr) {
+std::int32_t qvledger::ValidDate(const char *dateStr, std::int32_t dateTypeStr) {
     constexpr std::int32_t kDigits = 8;
     std::int32_t digits = 0;
     while (digits <= kDigits && std::isdigit(static_cast<unsigned char>(dateStr[digits])) != 0)

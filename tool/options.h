@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace qvledger {
+
 struct Options {
     const char *serverName = nullptr;   // first operand
     char *const *moreServers = nullptr; // the others
@@ -34,3 +36,5 @@ constexpr std::int32_t kEndDate = 1;
 // 1 for a valid date, which begins with exactly eight digits YYYYMMDD; 0 after the message that says what is
 // wrong.
 std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr);
+
+} // namespace qvledger

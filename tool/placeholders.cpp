@@ -3,6 +3,8 @@
 #include <bit>
 #include <optional>
 
+using namespace qvledger;
+
 namespace {
 
 // Which of the first nine arguments are used as what; argument 1 is the lowest bit.
@@ -44,7 +46,7 @@ static unsigned unusedBefore(const Placeholders &found) {
     return found.all() != 0 ? static_cast<unsigned>(std::countr_zero(found.all())) : 0;
 }
 
-bool placeholdersFit(const char *text, const char *defaultText) {
+bool qvledger::placeholdersFit(const char *text, const char *defaultText) {
     const std::optional<Placeholders> found = findPlaceholders(text);
     const std::optional<Placeholders> known = findPlaceholders(defaultText);
     if (!found || !known || (found->texts & ~known->texts) != 0 || (found->numbers & ~known->numbers) != 0)
@@ -53,7 +55,7 @@ bool placeholdersFit(const char *text, const char *defaultText) {
     return (used & (used + 1)) == 0;
 }
 
-std::string passOverUnused(char *text, const char *defaultText) {
+std::string qvledger::passOverUnused(char *text, const char *defaultText) {
     const unsigned unused = unusedBefore(findPlaceholders(text).value_or(Placeholders{}));
     const std::uint32_t numbers = findPlaceholders(defaultText).value_or(Placeholders{}).numbers;
     std::string kinds;

@@ -6,6 +6,8 @@
 
 #include "platform/os.h"
 
+using namespace qvledger;
+
 constexpr std::int64_t kRedrawAfter = 250; // milliseconds
 
 namespace {
@@ -35,7 +37,7 @@ static bool isSetTo(const char *variable, const char *givenValue) {
     return value != nullptr && std::strcmp(value, givenValue) == 0;
 }
 
-void startProgress(bool reportIsFile, std::int32_t numLogs) {
+void qvledger::startProgress(bool reportIsFile, std::int32_t numLogs) {
     state = {};
     state.shows = _isatty(_fileno(stderr)) != 0 && reportIsFile && !isSetTo("QV_PROGRESS", "0") &&
                   !isSetTo("QV_LOG", "stderr");
@@ -55,7 +57,7 @@ static void drawIfDue() {
                  state.numLogs, static_cast<long long>(perSecond));
 }
 
-void progressToLog(std::int32_t date) {
+void qvledger::progressToLog(std::int32_t date) {
     if (!state.shows)
         return;
     state.date = date;
@@ -63,20 +65,20 @@ void progressToLog(std::int32_t date) {
     drawIfDue();
 }
 
-void countRecord() {
+void qvledger::countRecord() {
     if (!state.shows)
         return;
     ++state.records;
     drawIfDue();
 }
 
-void eraseProgress() {
+void qvledger::eraseProgress() {
     if (state.drawn)
         std::fputs("\r\033[K", stderr);
     state.drawn = false;
 }
 
-void endProgress() {
+void qvledger::endProgress() {
     eraseProgress();
     state.shows = false;
 }

@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+namespace qvledger {
+
 // The run begins with that many logs before it.
 void startProgress(bool reportIsFile, std::int32_t numLogs);
 
@@ -19,3 +21,5 @@ void countRecord();
 // Before anything else is written to the standard error stream, and at the end of the run.
 void eraseProgress();
 void endProgress();
+
+} // namespace qvledger

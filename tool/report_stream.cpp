@@ -8,6 +8,8 @@
 #include "tool/holding.h"
 #include "tool/messages.h"
 
+using namespace qvledger;
+
 constexpr std::size_t kStreamSize = 32 * 1024;
 constexpr int kPause = 10; // milliseconds
 

@@ -12,6 +12,8 @@
 #include "platform/malloced.h"
 #include "platform/os.h"
 
+namespace qvledger {
+
 constexpr char kStandardOutput[] = "standard output"; // in place of a name
 
 class ReportStream {
@@ -86,3 +88,5 @@ private:
     std::int64_t written = 0;  // bytes in all
     std::int64_t openLine = 0; // of these, behind the last line end
 };
+
+} // namespace qvledger

@@ -10,12 +10,14 @@
 #include "tool/progress.h"
 #include "tool/stop.h"
 
-std::int32_t needDoc = 0;
+using namespace qvledger;
+
+std::int32_t qvledger::needDoc = 0;
 
 static const char *const kInternalError = "qvledger internal error: ";
 static const char *const kUnreadable = "unable to read record: ";
 
-std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2) {
+std::int32_t qvledger::equalList(const ALA_attrName *list1, const ALA_attrName *list2) {
     while (list1 != nullptr && list2 != nullptr && std::strcmp(list1->attrNameStr, list2->attrNameStr) == 0) {
         list1 = list1->next;
         list2 = list2->next;
@@ -102,8 +104,8 @@ static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t documen
     return result;
 }
 
-std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *fl, std::int32_t isHeader,
-                      std::int32_t numJobAttrs) {
+std::int32_t qvledger::getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *fl,
+                                std::int32_t isHeader, std::int32_t numJobAttrs) {
     ALA_dRecord_t document = nullptr;
     ALA_retCode_t result = ALA_GetFirstDocmt(alaHandle, record, &document);
     if (result != ALA_N_NORMAL || document == nullptr)
@@ -131,7 +133,7 @@ static bool isNormalEndOfDocuments(ALA_retCode_t code) {
     return code == ALA_N_NORMAL || code == ALA_A_NO_MORE_DOCMT_ATTR || code == ALA_A_LAST_ATTRIBUTE;
 }
 
-bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, std::FILE *fl) {
+bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, std::FILE *fl) {
     ALA_attrPair *attr = nullptr;
     ALA_retCode_t result = ALA_GetFirstAttrFromJob(mainh, recordPtr, nullptr, &attr);
     if (result != ALA_N_NORMAL) {
@@ -160,8 +162,8 @@ bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, 
     return complete;
 }
 
-bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
-           std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
+bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
+                     std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
     const std::uint64_t passedOverBefore = ALA__ValuesPassedOver(mainh);
     ALA_record_t read = nullptr;
     ALA_retCode_t result = ALA_GetFirstJobRecord(mainh, loghPtr, &read);

@@ -8,6 +8,8 @@
 #include "ala/ala.h"
 #include "tool/log_output.h"
 
+namespace qvledger {
+
 // 1 under -a: document attributes go into the report as well.
 extern std::int32_t needDoc;
 
@@ -47,3 +49,5 @@ private:
     std::int32_t suppressHeadflg;
     ALA_attrName *prevLog = nullptr; // names of the record written last
 };
+
+} // namespace qvledger

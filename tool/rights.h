@@ -8,6 +8,8 @@
 #include "ala/driver.h"
 #include "platform/os.h"
 
+namespace qvledger {
+
 // First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.
 inline void dropLentRights() {
     if (OS_HasLentRights() != 0)
@@ -35,3 +37,5 @@ inline void findDomainWithLentRights() {
     const LentRights rights(true);
     ALA__FindHostDomain();
 }
+
+} // namespace qvledger

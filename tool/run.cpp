@@ -17,6 +17,8 @@
 #include "tool/rights.h"
 #include "tool/stop.h"
 
+using namespace qvledger;
+
 constexpr std::int32_t kNoUpperBound = 99999999;
 
 namespace {
@@ -432,7 +434,7 @@ int Run::report() {
     return outcome.status;
 }
 
-int runWith(const Options &options, std::int32_t numServers, LogOutput &writer, int statusIfLost) {
+int qvledger::runWith(const Options &options, std::int32_t numServers, LogOutput &writer, int statusIfLost) {
     if (options.helpflg != 0) {
         DisplayMsg(kMsgUsage);
         return 0;
@@ -451,7 +453,7 @@ int runWith(const Options &options, std::int32_t numServers, LogOutput &writer, 
     return run.isLost() && statusIfLost != kStatusAsUsual ? statusIfLost : status;
 }
 
-int run(const Options &in_options) {
+int qvledger::run(const Options &in_options) {
     ReportWriter writer(in_options.suppressHeadflg);
     return runWith(in_options, 1, writer);
 }

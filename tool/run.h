@@ -6,6 +6,8 @@
 
 // The version, for -V, the patch with two digits: "1.2-06".
 static_assert(ALA_VERSION_MAJOR < 10 && ALA_VERSION_MINOR < 10 && ALA_VERSION_PATCH < 100);
+namespace qvledger {
+
 constexpr char compiledVersionString[] = {
     '0' + ALA_VERSION_MAJOR,      '.', '0' + ALA_VERSION_MINOR, '-', '0' + ALA_VERSION_PATCH / 10,
     '0' + ALA_VERSION_PATCH % 10, '\0'};
@@ -27,3 +29,5 @@ int run(const Options &in_options);
 constexpr int kStatusAsUsual = -1;
 int runWith(const Options &options, std::int32_t numServers, LogOutput &writer,
             int statusIfLost = kStatusAsUsual);
+
+} // namespace qvledger

@@ -20,6 +20,8 @@
 #include "tool/run.h"
 #include "trials/injector.h"
 
+using namespace qvledger;
+
 namespace fs = std::filesystem;
 
 constexpr char kTextsDay[] = "20010203"; // of a log of texts to be converted, the oldest one

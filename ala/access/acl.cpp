@@ -7,6 +7,8 @@
 #include "ala/base/trace.h"
 #include "service/text.h"
 
+using namespace qvledger;
+
 constexpr std::int32_t kPrivilegeNone = 1;
 constexpr std::int32_t kPrivilegeRead = 2;
 constexpr std::int32_t kPrivilegeAll = 3;

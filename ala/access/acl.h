@@ -10,10 +10,14 @@
 #include "service/status.h"
 #include "service/values.h"
 
+namespace qvledger {
+
 // What the name of an entry stands for.
 constexpr std::int32_t kNameAnyUser = 0;
 constexpr std::int32_t kNameUser = 1;
 constexpr std::int32_t kNameGroup = 2;
+
+} // namespace qvledger
 
 // Evaluates one entry: outp_booleanResult is 1 if it grants access, else 0.  0, or 1 for a null entry or one
 // with a privilege level that does not exist.

@@ -5,6 +5,8 @@
 #include "ala/base/owners.h"
 #include "platform/byte_order.h"
 
+using namespace qvledger;
+
 constexpr std::uint32_t kPacVersion = 1001;
 constexpr DWORD kUserNameSize = 512;
 constexpr DWORD kFirstSidSize = 512;

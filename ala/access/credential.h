@@ -14,18 +14,22 @@ constexpr SEC_domType_t SEC_DOM_W95HOST = 3049; // a computer name given as a do
 constexpr SEC_domType_t SEC_DOM_NT = 3051;      // the type of the machine's own domain
 constexpr SEC_domType_t SEC_DOM_ANY = 3055;
 
+namespace qvledger {
+
 constexpr std::size_t kUserSize = 256;    // bytes of a user or host name, NUL included
 constexpr std::size_t kDomainSize = 1024; // bytes of a domain, NUL included
+
+} // namespace qvledger
 
 // The identity as gathered; all numbers in network byte order.
 struct ALA__pac {
     std::uint32_t version; // 1001
     std::uint32_t magic;
-    char user[kUserSize];
-    char userDomain[kDomainSize];
+    char user[qvledger::kUserSize];
+    char userDomain[qvledger::kDomainSize];
     std::uint32_t userDomType;
-    char host[kUserSize];
-    char hostDomain[kDomainSize];
+    char host[qvledger::kUserSize];
+    char hostDomain[qvledger::kDomainSize];
     std::uint32_t hostDomType;
     std::uint32_t certificateLen_o;
     std::uint8_t certificateVal_o[1];

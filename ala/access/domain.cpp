@@ -10,6 +10,8 @@
 #include "platform/byte_order.h"
 #include "service/text.h"
 
+using namespace qvledger;
+
 // The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so that those who
 // are read it without the lock.
 static GEN_distNameString *serverUserDomain = nullptr;

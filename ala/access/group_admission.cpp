@@ -7,6 +7,8 @@
 #include "ala/base/owners.h"
 #include "service/text.h"
 
+using namespace qvledger;
+
 constexpr DWORD kTokenSize = 512; // bytes for a token's groups; one that needs more has no group list
 constexpr DWORD kNameSize = 512;  // bytes of a group's name and of its domain
 constexpr DWORD kComputerNameSize = 16;

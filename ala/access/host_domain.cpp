@@ -10,6 +10,8 @@
 #include "platform/registry_key.h"
 #include "service/thread.h"
 
+using namespace qvledger;
+
 constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device
 constexpr DWORD kWorkstationLevel = 101;
 constexpr char kLogonDeviceKey[] = "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000";
@@ -73,7 +75,7 @@ static void takeComputerName() {
     std::copy(std::begin(computer), std::end(computer), gMyDomainName);
 }
 
-void TOnceGetDomainName() {
+void qvledger::TOnceGetDomainName() {
     std::memset(gMyDomainName, 0, sizeof gMyDomainName);
     if (!isWindowsNT())
         return;

@@ -8,5 +8,9 @@
 const char *ALA__GetHostDomain(SEC_domType_t *outp_domType);
 const char *ALA__GetUserDomain(SEC_domType_t *outp_domType);
 
+namespace qvledger {
+
 // The once-only look-up behind both.
 void TOnceGetDomainName();
+
+} // namespace qvledger

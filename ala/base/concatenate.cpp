@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace qvledger;
+
 char *_ALA_AddChar(const char *inp_string, const char *inp_str) {
     const std::size_t head = std::strlen(inp_string);
     const std::size_t tail = std::strlen(inp_str) + 1;

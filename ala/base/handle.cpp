@@ -3,6 +3,8 @@
 #include "ala/base/trace.h"
 #include "platform/os.h"
 
+using namespace qvledger;
+
 void *const ALA_nullHandle = nullptr;
 void *const ALA_nullAcctLogHandle = nullptr;
 void *const ALA_nullRecord = nullptr;

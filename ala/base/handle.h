@@ -19,7 +19,7 @@ struct handleData {
 
     ALA_timeForm_t timeForm;
 
-    Columns columns; // what the cursors remember from record to record
+    qvledger::Columns columns; // what the cursors remember from record to record
 
     ~handleData() {
         std::free(svrName);

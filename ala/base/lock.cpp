@@ -1,7 +1,9 @@
 #include "ala/base/lock.h"
 
-THR_mutex_t timeLock = {};
-THR_mutex_t localeLock = {};
+using namespace qvledger;
+
+THR_mutex_t qvledger::timeLock = {};
+THR_mutex_t qvledger::localeLock = {};
 
 void ALA__InitMutex() {
     THR_InitMutex(&localeLock);

@@ -3,6 +3,8 @@
 
 #include "service/thread.h"
 
+namespace qvledger {
+
 // Held if it could be taken.
 class Lock {
 public:
@@ -21,6 +23,8 @@ private:
 // Guards of the time conversion and of the making of a time's text; never held together.
 extern THR_mutex_t timeLock;
 extern THR_mutex_t localeLock;
+
+} // namespace qvledger
 
 // Makes both, at every registration.
 void ALA__InitMutex();

@@ -8,6 +8,8 @@
 #include "platform/descriptor.h"
 #include "platform/malloced.h"
 
+namespace qvledger {
+
 // A zeroed record, or null.
 template <class T>
 Malloced<T> makeZeroed() {
@@ -50,3 +52,5 @@ private:
     Malloced<char> &owner;
     char *text = nullptr;
 };
+
+} // namespace qvledger

@@ -8,6 +8,8 @@
 
 #define ALA_DETAIL(...) LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, __VA_ARGS__)
 
+namespace qvledger {
+
 // Traces an operation's entry, and its exit on whichever road it is left, if that is wanted when it is
 // entered.
 class FuncTrace {
@@ -36,3 +38,5 @@ private:
     const char *file = nullptr;     // the operation's own
     std::int32_t line = 0;
 };
+
+} // namespace qvledger

@@ -10,6 +10,8 @@
 #include "ala/driver.h"
 #include "ala/render/name_lookup.h"
 
+using namespace qvledger;
+
 namespace {
 
 struct NodeRange {

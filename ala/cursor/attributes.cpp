@@ -7,6 +7,8 @@
 #include "ala/driver.h"
 #include "ala/render/dispatcher.h"
 
+using namespace qvledger;
+
 std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
     const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);
     inoutp_node->oid = result == 0 ? inoutp_node->oidBytes : nullptr;

@@ -5,16 +5,20 @@
 #include "ala/log/record.h"
 #include "service/status.h"
 
+namespace qvledger {
+
 // What the four cursors do differently.
 struct CursorTexts {
     const char *operation;
     const char *invalidRecord;
 };
 
+} // namespace qvledger
+
 // Renders one attribute into *outp_attribute.  *outp_complete tells that the rendering reached its end,
 // whatever the result of the last value is.
 ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_node, const char *inp_locale,
-                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
+                                    const qvledger::CursorTexts &in_texts, ALA_attrPair **outp_attribute,
                                     bool *outp_complete);
 
 // Fills the node's binary object identifier; null again on failure.
@@ -23,4 +27,4 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node);
 // The checks at the head of a cursor or document operation; ALA_N_NORMAL when all pass.
 template <class Record>
 ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord,
-                               const CursorTexts &in_texts);
+                               const qvledger::CursorTexts &in_texts);

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace qvledger;
+
 constexpr std::size_t kPlaces = 256; // remembered
 
 // No two states of any columns are the same.

@@ -12,6 +12,8 @@
 #include "platform/malloced.h"
 #include "service/oid.h"
 
+namespace qvledger {
+
 // What an attribute keeps so that its column is found: its place among the record's attributes, which of a
 // document's is that in the first document, and whether the column there was found to be this attribute.
 class ColumnStamp {
@@ -54,3 +56,5 @@ private:
     Malloced<Column> table; // kPlaces of them; null until something is remembered
     std::uint64_t state = 0;
 };
+
+} // namespace qvledger

@@ -8,6 +8,8 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 
+using namespace qvledger;
+
 // Deep copies in the document's own memory.  False when memory runs out.
 static bool copyNode(const attrValNode &source, RecordMemory &memory, attrValNode *copy) {
     *copy = source;

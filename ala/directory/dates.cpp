@@ -5,6 +5,8 @@
 #include "service/clock.h"
 #include "service/system.h"
 
+using namespace qvledger;
+
 // Years that a date number has room for.
 constexpr std::int32_t kFirstYear = 1;
 constexpr std::int32_t kLastYear = 9999;

@@ -11,6 +11,8 @@
 #include "ala/driver.h"
 #include "service/system.h"
 
+using namespace qvledger;
+
 static ALA_retCode_t refuseToday(const ALA_time *date) {
     std::int32_t isToday = 0;
     if (ALA__IsTodaysDate(date, &isToday) != ALA_N_NORMAL)

@@ -6,6 +6,8 @@
 #include "ala/base/trace.h"
 #include "ala/directory/scan.h"
 
+using namespace qvledger;
+
 constexpr ScanRules kOldestRules = {
     "Return code from ALA__GetOldestLogName is ALA_A_INVALID_ARG.",
     "Return code from ALA__GetOldestLogName is ALA_A_OUT_OF_MEMORY.",

@@ -6,6 +6,8 @@
 
 #include "service/system.h"
 
+using namespace qvledger;
+
 __attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const char *givenFormat, ...) {
     std::va_list values;
     va_start(values, givenFormat);

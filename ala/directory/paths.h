@@ -6,14 +6,21 @@
 #include "ala/ala.h"
 #include "ala/base/owners.h"
 
-Malloced<char> ALA__PathInDirectory(const char *inp_directory, const char *inp_name);
-Malloced<char> ALA__CurrentLogPath(const char *inp_directory, const char *inp_server);
-Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_server, const ALA_time *inp_date);
+namespace qvledger {
 
-// The name that a log has for the moment before it is removed: its own one with this behind it.  The listing
-// takes it for no log, for its tail is too long.
+// Stands behind the name of a log that is about to be removed.  The listing takes such a file for no log, for
+// its tail is too long.
 constexpr std::string_view kAside = ".being-deleted";
-Malloced<char> ALA__AsidePath(const char *inp_path);
+
+} // namespace qvledger
+
+qvledger::Malloced<char> ALA__PathInDirectory(const char *inp_directory, const char *inp_name);
+qvledger::Malloced<char> ALA__CurrentLogPath(const char *inp_directory, const char *inp_server);
+qvledger::Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_server,
+                                           const ALA_time *inp_date);
+
+// The name that a log has for the moment before it is removed: its own one with kAside behind it.
+qvledger::Malloced<char> ALA__AsidePath(const char *inp_path);
 
 // The path as the system's calls take it; false when FA_ConvertFilePath fails.
-bool ALA__ConvertPath(const char *inp_path, Malloced<char> &outp_converted);
+bool ALA__ConvertPath(const char *inp_path, qvledger::Malloced<char> &outp_converted);

@@ -8,6 +8,8 @@
 #include "ala/directory/paths.h"
 #include "ala/driver.h"
 
+using namespace qvledger;
+
 // Dates a log by its tail, and that of the day in progress by its last change.
 static ALA_retCode_t dateLog(const char *tail, const char *path, std::int32_t *date) {
     if (std::strcmp(tail, "current") == 0)
@@ -16,7 +18,8 @@ static ALA_retCode_t dateLog(const char *tail, const char *path, std::int32_t *d
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix, EntryVisitor &visitor) {
+ALA_retCode_t qvledger::visitEntries(SYSU_dir *directory, const char *path, const char *prefix,
+                                     EntryVisitor &visitor) {
     const std::size_t prefixLength = std::strlen(prefix);
     SYSU_dirent entry;
     SYSU_dirent *found = nullptr;
@@ -67,8 +70,8 @@ private:
 
 } // namespace
 
-ALA_retCode_t scanLogs(const char *svrName, const char *acctLogPath, const ScanRules &rules,
-                       LogVisitor &visitor) {
+ALA_retCode_t qvledger::scanLogs(const char *svrName, const char *acctLogPath, const ScanRules &rules,
+                                 LogVisitor &visitor) {
     if (svrName == nullptr || acctLogPath == nullptr)
         return ALA_FAIL(ALA_A_INVALID_ARG, "%s", rules.invalidArgument);
     const Malloced<char> prefix(_ALA_AddChar(svrName, "."));

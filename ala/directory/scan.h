@@ -8,6 +8,8 @@
 #include "ala/ala.h"
 #include "service/system.h"
 
+namespace qvledger {
+
 // One entry of a directory whose name begins with the wanted prefix.  The texts are good until the visitor
 // returns.
 struct FoundEntry {
@@ -63,3 +65,5 @@ protected:
 // is then the result.
 ALA_retCode_t scanLogs(const char *svrName, const char *acctLogPath, const ScanRules &rules,
                        LogVisitor &visitor);
+
+} // namespace qvledger

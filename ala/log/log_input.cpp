@@ -4,6 +4,8 @@
 
 #include "platform/byte_order.h"
 
+using namespace qvledger;
+
 bool LogInput::readBehind(void *bytes, std::size_t size) {
     const int got = _read(fd, bytes, static_cast<unsigned>(size));
     if (got > 0)
@@ -19,7 +21,7 @@ bool LogInput::readNetWord(std::uint32_t *givenWord) {
     return whole;
 }
 
-std::uint32_t growRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t givenRoom) {
+std::uint32_t qvledger::growRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t givenRoom) {
     constexpr std::uint32_t kGrowth = 4;
     const std::uint64_t most = std::max<std::uint64_t>(trusted, std::uint64_t{kGrowth} * givenRoom);
     std::uint32_t room = count;

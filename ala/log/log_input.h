@@ -10,19 +10,25 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 constexpr std::size_t kDecoidSize = 137;
+
+} // namespace qvledger
 
 // What precedes the values of an attribute, as it stands in the file.
 struct attrTag {
-    std::uint32_t numAttrVal; // native: number of value blocks behind the tag
-    std::uint32_t attrID;     // native; nothing interprets it
-    char decoid[kDecoidSize]; // dotted decimal, NUL-terminated
+    std::uint32_t numAttrVal;           // native: number of value blocks behind the tag
+    std::uint32_t attrID;               // native; nothing interprets it
+    char decoid[qvledger::kDecoidSize]; // dotted decimal, NUL-terminated
     char fill[3];
     std::uint32_t attrValType; // native
 };
 using ALA_attrTag_t = attrTag;
 static_assert(sizeof(ALA_attrTag_t) == 152, "the size of a tag in the file");
 static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
+
+namespace qvledger {
 
 class LogInput {
 public:
@@ -66,3 +72,5 @@ std::uint32_t growRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t
 inline std::uint32_t nextRoom(std::uint32_t count, std::uint32_t trusted, std::uint32_t room) {
     return count <= trusted ? count : growRoom(count, trusted, room);
 }
+
+} // namespace qvledger

@@ -14,6 +14,8 @@
 #include "ala/log/permission.h"
 #include "service/system.h"
 
+using namespace qvledger;
+
 static ALA_retCode_t noMemoryForPath() {
     return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                     "Could not allocate memory for logName in ALA_Open; ALA_A_OUT_OF_MEMORY");

@@ -20,7 +20,11 @@ struct logParams {
 };
 using ALA_logParams_t = logParams;
 
+namespace qvledger {
+
 // The format version from which on the header holds createDate, and the one from which on records hold the
 // counts of job and document attributes.
 constexpr std::uint32_t kVersionWithDate = 2;
 constexpr std::uint32_t kVersionWithCounts = 3;
+
+} // namespace qvledger

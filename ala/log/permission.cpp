@@ -11,6 +11,8 @@
 #include "platform/byte_order.h"
 #include "service/packed.h"
 
+using namespace qvledger;
+
 static const char *codeName(ALA_retCode_t code) {
     switch (code) {
 #define ALA_RETURN_CODE(number, name, message, logText)                                                      \

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <limits>
 
-ReadResult readLongValue(LogInput &in, std::uint32_t length, RecordMemory &memory, GEN_string *value) {
+using namespace qvledger;
+
+ReadResult qvledger::readLongValue(LogInput &in, std::uint32_t length, RecordMemory &memory,
+                                   GEN_string *value) {
     if (length == 0 || length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
         return ReadResult::Cut; // no value is empty, and none can be longer than its record can say
     std::uint8_t *bytes = nullptr;

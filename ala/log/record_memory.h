@@ -8,6 +8,8 @@
 #include "service/chunk_memory.h"
 #include "service/values.h"
 
+namespace qvledger {
+
 // A record of 20 attributes takes about half of the first chunk.
 using RecordMemory = ChunkMemory<class OfRecords, 16 * 1024, alignof(GEN_string), true>;
 
@@ -28,3 +30,5 @@ inline ReadResult readValueBytes(LogInput &in, std::uint32_t length, RecordMemor
     *value = {static_cast<std::int32_t>(length), bytes};
     return ReadResult::Whole;
 }
+
+} // namespace qvledger

@@ -11,6 +11,8 @@
 #include "ala/base/trace.h"
 #include "ala/log/open_log.h"
 
+using namespace qvledger;
+
 namespace {
 
 // What the two reading operations do differently, beside the wording of some lines.

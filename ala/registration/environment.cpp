@@ -6,6 +6,8 @@
 #include "ala/base/owners.h"
 #include "platform/registry_key.h"
 
+using namespace qvledger;
+
 constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data
 
 static const char *servicePrefix(std::uint32_t serverType) {

@@ -13,6 +13,8 @@
 #include "service/oid.h"
 #include "service/status.h"
 
+using namespace qvledger;
+
 static std::int32_t mutexInit = 0; // control word of the once-only set-up
 
 static void ALA__InitOnce() {

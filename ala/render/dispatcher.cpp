@@ -9,6 +9,8 @@
 #include "ala/render/value_types.h"
 #include "service/status.h"
 
+using namespace qvledger;
+
 void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
     if (in_attr == nullptr)
         return;

@@ -5,6 +5,8 @@
 #include "ala/render/name_lookup.h"
 #include "service/mail_address.h"
 
+using namespace qvledger;
+
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da) {
     if (in_da == nullptr)
         return nullptr;

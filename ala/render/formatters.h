@@ -11,16 +11,19 @@
 // The address as a new string; null for a form that has no text.
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da);
 
-void ALA__DeltaTimeToAscii(STF_l__hdr *, void *, Text &inout_buf, const GEN_deltaTime_t *inp_dt);
-void ALA__DocFormatToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+void ALA__DeltaTimeToAscii(STF_l__hdr *, void *, qvledger::Text &inout_buf, const GEN_deltaTime_t *inp_dt);
+void ALA__DocFormatToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
                            const GEN_documentFormat *dfp);
-void ALA__EdgeToAscii(STF_l__hdr *, void *, Text &in_buff, const GEN_edge_t *inp_gen);
-void ALA__FinishingToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_finishing *ip);
-void ALA__FontReferenceToAscii(STF_l__hdr *inoutp_status, void *, Text &buf, const GEN_fontReference *ip);
-void ALA__mediaConsumedToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+void ALA__EdgeToAscii(STF_l__hdr *, void *, qvledger::Text &in_buff, const GEN_edge_t *inp_gen);
+void ALA__FinishingToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
+                           const GEN_finishing *ip);
+void ALA__FontReferenceToAscii(STF_l__hdr *inoutp_status, void *, qvledger::Text &buf,
+                               const GEN_fontReference *ip);
+void ALA__mediaConsumedToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
                                const GEN_mediaConsumed *ip);
-void ALA__MedSelectToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &in_buff,
+void ALA__MedSelectToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &in_buff,
                            const GEN_mediaSelect *inp_ms);
-void ALA__PageIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+void ALA__PageIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
                            const GEN_pageIdentifier *ip);
-void ALA__pageSelectToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_pageSelect *ip);
+void ALA__pageSelectToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
+                            const GEN_pageSelect *ip);

@@ -4,7 +4,9 @@
 #include "ala/render/formatters.h"
 #include "ala/render/name_lookup.h"
 
-const RenderFailure *renderOid(Rendering &rendering, const void *value) {
+using namespace qvledger;
+
+const RenderFailure *qvledger::renderOid(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kUnknown = {
         ALA_A_OID_ERROR, "ALA__IdentToAsciiStripped failed for oid: %s in ALA__GetAttribute"};
     char *name = ALA__IdentToAsciiStripped(rendering.status, *rendering.oidHandle,
@@ -26,25 +28,25 @@ static const RenderFailure *renderList(Rendering &rendering, const void *value, 
     return nullptr;
 }
 
-const RenderFailure *renderNameOrOidSeq(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderNameOrOidSeq(Rendering &rendering, const void *value) {
     return renderList<GEN_nameOrOidSeq>(rendering, value, [&](const GEN_nameOrOidSeq &node) {
         ALA__NameOrOidToAscii(rendering.status, *rendering.oidHandle, rendering.text, &node._value);
     });
 }
 
-const RenderFailure *renderPageSelectSeq(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderPageSelectSeq(Rendering &rendering, const void *value) {
     return renderList<GEN_pageSelectSeq>(rendering, value, [&](const GEN_pageSelectSeq &node) {
         ALA__pageSelectToAscii(rendering.status, *rendering.oidHandle, rendering.text, &node.value);
     });
 }
 
-const RenderFailure *renderMediaConsumedSeq(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderMediaConsumedSeq(Rendering &rendering, const void *value) {
     return renderList<GEN_mediaConsumedSeq>(rendering, value, [&](const GEN_mediaConsumedSeq &node) {
         ALA__mediaConsumedToAscii(rendering.status, *rendering.oidHandle, rendering.text, &node._value);
     });
 }
 
-const RenderFailure *renderSetOfObjId(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderSetOfObjId(Rendering &rendering, const void *value) {
     return renderList<GEN_setOfObjId>(rendering, value, [&](const GEN_setOfObjId &node) {
         ALA__ObjectIdentToAscii(rendering.status, *rendering.oidHandle, rendering.text, node.value);
     });

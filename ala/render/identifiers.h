@@ -3,8 +3,12 @@
 
 #include "ala/render/value_types.h"
 
+namespace qvledger {
+
 RenderFunction renderOid;
 RenderFunction renderNameOrOidSeq;
 RenderFunction renderPageSelectSeq;
 RenderFunction renderMediaConsumedSeq;
 RenderFunction renderSetOfObjId;
+
+} // namespace qvledger

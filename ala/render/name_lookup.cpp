@@ -6,6 +6,8 @@
 #include "ala/base/owners.h"
 #include "service/text.h"
 
+using namespace qvledger;
+
 constexpr std::uint8_t kClassMask = 0xF0;
 constexpr std::uint8_t kNumberedClasses[] = {0x40, 0x10}; // whose names may begin with a number and a hyphen
 

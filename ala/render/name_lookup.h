@@ -10,6 +10,8 @@
 #include "service/oid.h"
 #include "service/values.h"
 
+namespace qvledger {
+
 // Copies a name and its NUL from one buffer to another, which both have room for OID_NAME_SIZE bytes, or for
 // kUsualName if the name is shorter.  That many at once cost less than counting.
 constexpr std::size_t kUsualName = 32;
@@ -18,6 +20,8 @@ inline void copyName(const char *name, std::size_t length, char *buffer) {
     if (length >= kUsualName)
         std::memcpy(buffer + kUsualName, name + kUsualName, length + 1 - kUsualName);
 }
+
+} // namespace qvledger
 
 // The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
 // first hyphen.  The pointer lies in outp_buffer, and is null when the database does not know the identifier.
@@ -28,22 +32,23 @@ const char *ALA__StrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oi
 char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID);
 
 // Appends it; false when there is none.
-bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, Text &inoutp_text,
+bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &inoutp_text,
                           GEN_oid_t in_shortOID);
 
 // The text of a name as a new string, or null.
 char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip);
 
 // Append the text of a record, or nothing if it has none; ALA__AddText then gives false.
-void ALA__AddSimpleName(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_simpleName *ip);
-bool ALA__AddText(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_text *ip);
+void ALA__AddSimpleName(STF_l__hdr *inoutp_status, qvledger::Text &inoutp_text, const GEN_simpleName *ip);
+bool ALA__AddText(STF_l__hdr *inoutp_status, qvledger::Text &inoutp_text, const GEN_text *ip);
 
-void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_nameOrOid *ip);
+void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
+                           const GEN_nameOrOid *ip);
 
 // "NULL" for a null record.
-void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
                              const GEN_objectIdent *inp_objectIdent);
 
 // Nothing for a choice outside the members.
-void ALA__CardOrNoidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
+void ALA__CardOrNoidToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
                             const GEN_cardinalOrNoid *ip);

@@ -9,6 +9,8 @@
 #include "service/spare_block.h"
 #include "service/status.h"
 
+using namespace qvledger;
+
 using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
 
 ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, Text &inoutp_text) {

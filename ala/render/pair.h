@@ -11,13 +11,17 @@
 #include "service/oid.h"
 #include "service/packed.h"
 
+namespace qvledger {
+
 constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
+
+} // namespace qvledger
 
 // A value with its text behind it; a longer one has memory of its own.  The node is first, so that its
 // address is this record's.  Further values of a pair have as much of the room as their texts take.
 struct ALA__roomyValue {
     attributeVal node;
-    char text[kValueSize];
+    char text[qvledger::kValueSize];
 };
 
 // A pair with its name and its first value in one piece.  It remembers its last value, so that appending
@@ -40,13 +44,17 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string
 
 // A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
 // variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, Text &inoutp_text);
+ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, qvledger::Text &inoutp_text);
 
 // Releases a value and its text, but for what is a part of the pair.
 void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);
+
+namespace qvledger {
 
 // Releases a pair with its values and its name.  Its last block is kept for the next one.
 struct PairDeleter {
     void operator()(ALA__growingPair *pair) const;
 };
 using OwnedPair = std::unique_ptr<ALA__growingPair, PairDeleter>;
+
+} // namespace qvledger

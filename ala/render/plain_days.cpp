@@ -8,6 +8,8 @@
 #include "ala/base/lock.h"
 #include "platform/os.h"
 
+using namespace qvledger;
+
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::size_t kDays = 16384; // remembered: those of 44 years
 

@@ -4,6 +4,8 @@
 #include "ala/render/formatters.h"
 #include "ala/render/name_lookup.h"
 
+using namespace qvledger;
+
 // Is it of a form that becomes a text, unless memory runs out?
 static bool hasText(const GEN_deliveryAddress *address) {
     return address != nullptr &&
@@ -24,7 +26,7 @@ static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *givenAdd
     return true;
 }
 
-const RenderFailure *renderDeliveryAddress(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderDeliveryAddress(Rendering &rendering, const void *value) {
     addAddress(rendering, static_cast<const GEN_deliveryAddress *>(value), ""); // or nothing
     return nullptr;
 }
@@ -55,7 +57,7 @@ static void addLocale(Rendering &rendering, const GEN_locale *locale) {
     addOctetsItem(locale->modifier_o, rendering.text);
 }
 
-const RenderFailure *renderEventHandlingProfile(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderEventHandlingProfile(Rendering &rendering, const void *value) {
     const auto &profile = *static_cast<const GEN_eventHandlingProfile *>(value);
     Text &text = rendering.text;
     if (profile.ehpEventIdentifiers_o == nullptr)
@@ -78,7 +80,7 @@ const RenderFailure *renderEventHandlingProfile(Rendering &rendering, const void
     return nullptr;
 }
 
-const RenderFailure *renderIgnoredAttribute(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderIgnoredAttribute(Rendering &rendering, const void *value) {
     const auto &ignored = *static_cast<const GEN_ignoredAttribute *>(value);
     Text &text = rendering.text;
     if (ignored.docNumber_o != nullptr)
@@ -92,7 +94,7 @@ const RenderFailure *renderIgnoredAttribute(Rendering &rendering, const void *va
     return nullptr;
 }
 
-const RenderFailure *renderResultsProfile(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const void *value) {
     const auto &profile = *static_cast<const GEN_resultsProfile *>(value);
     STF_l__hdr *status = rendering.status;
     Text &text = rendering.text;

@@ -3,7 +3,11 @@
 
 #include "ala/render/value_types.h"
 
+namespace qvledger {
+
 RenderFunction renderEventHandlingProfile;
 RenderFunction renderIgnoredAttribute;
 RenderFunction renderResultsProfile;
 RenderFunction renderDeliveryAddress;
+
+} // namespace qvledger

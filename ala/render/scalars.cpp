@@ -5,30 +5,32 @@
 
 #include "ala/render/times.h"
 
+using namespace qvledger;
+
 template <class Record>
 static const Record &as(const void *inp_value) {
     return *static_cast<const Record *>(inp_value);
 }
 
-const RenderFailure *renderBoolean(Rendering &rendering, const void *givenValue) {
+const RenderFailure *qvledger::renderBoolean(Rendering &rendering, const void *givenValue) {
     const GEN_boolean_t value = as<GEN_boolean_t>(givenValue);
     if (value == 0 || value == 1)
         rendering.text.add(value == 1 ? "true" : "false");
     return nullptr;
 }
 
-const RenderFailure *renderInt(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderInt(Rendering &rendering, const void *value) {
     rendering.text.addNumber(as<std::int32_t>(value));
     return nullptr;
 }
 
-const RenderFailure *renderShort(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderShort(Rendering &rendering, const void *value) {
     rendering.text.addNumber(as<std::int16_t>(value));
     return nullptr;
 }
 
 // As "%f" in the C locale: a report's numbers read the same everywhere.
-const RenderFailure *renderReal(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderReal(Rendering &rendering, const void *value) {
     char digits[330]; // the largest has 309 before the point
     const auto end =
         std::to_chars(digits, digits + sizeof digits, as<double>(value), std::chars_format::fixed, 6);
@@ -36,14 +38,14 @@ const RenderFailure *renderReal(Rendering &rendering, const void *value) {
     return nullptr;
 }
 
-const RenderFailure *renderCardinal64(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderCardinal64(Rendering &rendering, const void *value) {
     std::uint64_t i64 = 0;
     GEN_GenToUint64(&i64, static_cast<const GEN_cardinal64 *>(value));
     rendering.text.addNumber(i64);
     return nullptr;
 }
 
-const RenderFailure *renderPageOrder(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderPageOrder(Rendering &rendering, const void *value) {
     static constexpr const char *kOrders[] = {"unknown", "first-to-last", "last-to-first"};
     constexpr GEN_pageOrderType_t kFirst = 2;
     const GEN_pageOrderType_t order = as<GEN_pageOrderType_t>(value);
@@ -52,7 +54,7 @@ const RenderFailure *renderPageOrder(Rendering &rendering, const void *value) {
     return nullptr;
 }
 
-const RenderFailure *renderTime(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderTime(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kNoLocalTime = {ALA_A_FAIL_TO_GET_TIME,
                                                    "ALA__GeneralizedToLocalTime failed in ALA__GetAttribute"};
     static constexpr RenderFailure kNoText = {ALA_A_FAIL_TO_GET_TIME,

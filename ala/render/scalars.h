@@ -3,6 +3,8 @@
 
 #include "ala/render/value_types.h"
 
+namespace qvledger {
+
 RenderFunction renderBoolean;
 RenderFunction renderInt;
 RenderFunction renderShort;
@@ -10,3 +12,5 @@ RenderFunction renderReal;
 RenderFunction renderCardinal64;
 RenderFunction renderPageOrder;
 RenderFunction renderTime;
+
+} // namespace qvledger

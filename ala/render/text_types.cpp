@@ -6,15 +6,17 @@
 #include "ala/render/name_lookup.h"
 #include "service/text.h"
 
+using namespace qvledger;
+
 constexpr RenderFailure kExtractTextFailed = {ALA_A_OUT_OF_MEMORY,
                                               "GENU_ExtractText failed for oid: %s in ALA__GetAttribute"};
 
-const RenderFailure *renderCharacters(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderCharacters(Rendering &rendering, const void *value) {
     rendering.text.add(static_cast<const char *>(value));
     return nullptr;
 }
 
-const RenderFailure *renderOctets(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderOctets(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kNoMemory = {ALA_A_OUT_OF_MEMORY,
                                                 "malloc failed for tempOctet in ALA__GetAttribute"};
     const auto &octets = *static_cast<const GEN_string *>(value);
@@ -30,7 +32,7 @@ const RenderFailure *renderOctets(Rendering &rendering, const void *value) {
     return nullptr;
 }
 
-const RenderFailure *renderText(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderText(Rendering &rendering, const void *value) {
     char *string = nullptr;
     if (GENU_ExtractText(rendering.status, &string, static_cast<const GEN_text *>(value), 0) != 0)
         return &kExtractTextFailed;
@@ -38,7 +40,7 @@ const RenderFailure *renderText(Rendering &rendering, const void *value) {
     return nullptr;
 }
 
-const RenderFailure *renderSimpleName(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderSimpleName(Rendering &rendering, const void *value) {
     static constexpr RenderFailure kExtractSimpleNameFailed = {
         ALA_A_OUT_OF_MEMORY, "GENU_ExtractSimpleName failed for oid: %s in ALA__GetAttribute"};
     char *string = nullptr;
@@ -57,7 +59,7 @@ static bool addDistName(const Rendering &rendering, const GEN_distNameString &na
     return ALA__AddText(rendering.status, text, &name.name);
 }
 
-const RenderFailure *renderDistName(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderDistName(Rendering &rendering, const void *value) {
     const auto &name = *static_cast<const GEN_distNameString *>(value);
     Text text; // the value shows all of it or nothing
     if (!addDistName(rendering, name, text))
@@ -106,7 +108,7 @@ static const RenderFailure *addElement(const Rendering &rendering, const GEN_dis
 }
 
 // This type alone gives several values.  They take the place of the target, which goes whatever the outcome.
-const RenderFailure *renderDistNameSeq(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderDistNameSeq(Rendering &rendering, const void *value) {
     ValueChain values(rendering.pair);
     const RenderFailure *failure = nullptr;
     for (const auto *element = static_cast<const GEN_distNameStringSeq *>(value);

@@ -3,9 +3,13 @@
 
 #include "ala/render/value_types.h"
 
+namespace qvledger {
+
 RenderFunction renderCharacters;
 RenderFunction renderOctets;
 RenderFunction renderText;
 RenderFunction renderSimpleName;
 RenderFunction renderDistName;
 RenderFunction renderDistNameSeq;
+
+} // namespace qvledger

@@ -9,6 +9,8 @@
 #include "ala/render/plain_days.h"
 #include "service/system.h"
 
+using namespace qvledger;
+
 constexpr std::size_t kTimeSize = 100;  // bytes of a time's text
 constexpr std::int32_t kTmEpoch = 1900; // year 0 of tm_year
 

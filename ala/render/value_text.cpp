@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+using namespace qvledger;
+
 constexpr std::size_t kSmallest = 256;
 
 bool Text::grow(std::size_t size) {

@@ -7,6 +7,8 @@
 
 #include "ala/base/owners.h"
 
+namespace qvledger {
+
 // A NUL-terminated text without a fixed limit.  It begins in a buffer of its maker's, if it is given one, and
 // moves to one of its own when it outgrows that.  When memory runs out, here or for something that was to be
 // added, the text stays as it was, what is added later is dropped, and failed() tells.
@@ -56,3 +58,5 @@ private:
     std::size_t length = 0;   // without the NUL
     bool noMemory = false;
 };
+
+} // namespace qvledger

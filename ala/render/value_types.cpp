@@ -12,6 +12,8 @@
 #include "ala/render/scalars.h"
 #include "ala/render/text_types.h"
 
+using namespace qvledger;
+
 // What a formatter takes: a status, the database handle, the text it appends to, and the value.
 template <class Value>
 using Formatter = void(STF_l__hdr *, void *, Text &, const Value *);
@@ -82,6 +84,6 @@ static constexpr std::array<const RenderRow *, kTypes> rowsByType() {
 
 static constexpr std::array<const RenderRow *, kTypes> kRowsByType = rowsByType();
 
-const RenderRow *findRenderRow(AS_attrValType_t type) {
+const RenderRow *qvledger::findRenderRow(AS_attrValType_t type) {
     return type < kTypes ? kRowsByType[type] : nullptr;
 }

@@ -8,6 +8,8 @@
 #include "ala/render/value_text.h"
 #include "service/packed.h"
 
+namespace qvledger {
+
 // What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
 struct RenderFailure {
     ALA_retCode_t code;
@@ -41,3 +43,5 @@ struct RenderRow {
 
 // The row of a type, or null for one that renders as empty text.
 const RenderRow *findRenderRow(AS_attrValType_t type);
+
+} // namespace qvledger

@@ -13,6 +13,8 @@
 #include "platform/posix/name_service.h"
 #include "platform/posix/sid.h"
 
+using namespace qvledger;
+
 // The caller asks for the user part that GetUserNameA gave, which need not be the full name of any account,
 // or may be that of another one: so the caller's own account comes first.
 static std::optional<Account> findAccount(const char *name) {

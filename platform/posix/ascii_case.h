@@ -2,6 +2,10 @@
 // language alone.
 #pragma once
 
+namespace qvledger {
+
 constexpr char asciiLower(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
 }
+
+} // namespace qvledger

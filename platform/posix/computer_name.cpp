@@ -5,13 +5,15 @@
 #include "platform/posix/guard.h"
 #include "platform/posix/name_buffer.h"
 
+using namespace qvledger;
+
 constexpr std::size_t kComputerNameLength = 15;
 
-std::string computerNameOf(std::string_view hostName) {
+std::string qvledger::computerNameOf(std::string_view hostName) {
     return std::string(hostName.substr(0, hostName.find('.')).substr(0, kComputerNameLength));
 }
 
-std::string computerName() {
+std::string qvledger::computerName() {
     utsname system;
     return uname(&system) == 0 ? computerNameOf(system.nodename) : "";
 }

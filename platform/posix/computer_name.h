@@ -4,6 +4,10 @@
 #include <string>
 #include <string_view>
 
+namespace qvledger {
+
 // The computer's name from a host name: up to the first dot, at most 15 characters.
 std::string computerNameOf(std::string_view hostName);
 std::string computerName();
+
+} // namespace qvledger

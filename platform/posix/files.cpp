@@ -12,6 +12,8 @@
 
 #include "platform/malloced.h"
 
+using namespace qvledger;
+
 constexpr int kLinks = 40; // that a path may lead through, as for the kernel
 
 // ---- The system's own calls ----

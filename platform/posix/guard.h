@@ -5,6 +5,8 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 // Fails a call that answers zero on failure, with the reason for GetLastError.
 inline BOOL failWith(LONG error) {
     SetLastError(static_cast<DWORD>(error));
@@ -20,3 +22,5 @@ auto guarded(Body body) noexcept -> decltype(body()) {
         return failWith(ERROR_NOT_ENOUGH_MEMORY);
     }
 }
+
+} // namespace qvledger

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+using namespace qvledger;
+
 constexpr std::string_view kBlanks = " \t";
 
 LineScanner::LineScanner(std::string_view line) : rest(line) {

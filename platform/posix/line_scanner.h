@@ -8,6 +8,8 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 class LineScanner {
 public:
     LineScanner() = default;
@@ -29,3 +31,5 @@ public:
 private:
     std::string_view rest;
 };
+
+} // namespace qvledger

@@ -6,6 +6,8 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 class NameBuffer {
 public:
     // name must outlive this.
@@ -25,3 +27,5 @@ private:
     DWORD *size;
     const std::string &name;
 };
+
+} // namespace qvledger

@@ -6,10 +6,12 @@
 #include <grp.h>
 #include <pwd.h>
 
+using namespace qvledger;
+
 constexpr std::size_t kFirstRoom = 4096;
 constexpr std::size_t kMostRoom = std::size_t{64} << 20; // more than the largest group takes
 
-AccountName splitAccountName(std::string_view full) {
+AccountName qvledger::splitAccountName(std::string_view full) {
     const std::size_t slash = full.find('\\');
     if (slash != std::string_view::npos && slash > 0 && slash + 1 < full.size())
         return {std::string(full.substr(slash + 1)), std::string(full.substr(0, slash))};
@@ -39,19 +41,19 @@ static Account accountOf(const passwd &entry) {
     return {entry.pw_uid, splitAccountName(entry.pw_name)};
 }
 
-std::optional<Account> accountOfId(uid_t id) {
+std::optional<Account> qvledger::accountOfId(uid_t id) {
     return lookUp<passwd>([&](passwd *entry, char *room, std::size_t size,
                               passwd **found) { return getpwuid_r(id, entry, room, size, found); },
                           accountOf);
 }
 
-std::optional<Account> accountOfName(const std::string &name) {
+std::optional<Account> qvledger::accountOfName(const std::string &name) {
     return lookUp<passwd>([&](passwd *entry, char *room, std::size_t size,
                               passwd **found) { return getpwnam_r(name.c_str(), entry, room, size, found); },
                           accountOf);
 }
 
-std::optional<AccountName> groupOfId(gid_t id) {
+std::optional<AccountName> qvledger::groupOfId(gid_t id) {
     return lookUp<group>([&](group *entry, char *room, std::size_t size,
                              group **found) { return getgrgid_r(id, entry, room, size, found); },
                          [](const group &entry) { return splitAccountName(entry.gr_name); });

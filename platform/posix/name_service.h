@@ -7,6 +7,8 @@
 
 #include <sys/types.h>
 
+namespace qvledger {
+
 // "DOMAIN\name" and "name@domain" taken apart; any other name has an empty domain.
 struct AccountName {
     std::string name;
@@ -23,3 +25,5 @@ struct Account {
 std::optional<Account> accountOfId(uid_t id);
 std::optional<Account> accountOfName(const std::string &name);
 std::optional<AccountName> groupOfId(gid_t id);
+
+} // namespace qvledger

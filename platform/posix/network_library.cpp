@@ -8,6 +8,8 @@
 #include "platform/registry_key.h"
 #include "platform/utf8.h"
 
+using namespace qvledger;
+
 constexpr DWORD kErrorInvalidLevel = 124;
 constexpr DWORD kWorkstationLevel = 101;
 constexpr DWORD kTextLimit = 4096; // bytes of the group's name, above any that is in use

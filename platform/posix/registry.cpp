@@ -21,6 +21,8 @@
 #include "platform/descriptor.h"
 #include "platform/posix/registry_file.h"
 
+using namespace qvledger;
+
 constexpr char kDefaultPath[] = "/etc/qvledger/registry.reg";
 constexpr std::size_t kMostBytes = std::size_t{64} << 20; // no registry file is larger than 64 MiB
 constexpr std::size_t kPiece = 64 * 1024;

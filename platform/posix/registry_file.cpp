@@ -7,6 +7,8 @@
 #include "platform/posix/line_scanner.h"
 #include "platform/utf8.h"
 
+using namespace qvledger;
+
 using namespace std::string_view_literals;
 
 constexpr std::string_view kLocalMachine = "HKEY_LOCAL_MACHINE";
@@ -226,7 +228,7 @@ bool Parser::joinContinued() {
     return true;
 }
 
-std::optional<RegistryFault> parseRegistry(std::string_view bytes, Registry &registry) {
+std::optional<RegistryFault> qvledger::parseRegistry(std::string_view bytes, Registry &registry) {
     if (bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xFE\xFF"sv)) {
         const bool bigEndian = bytes[0] == '\xFE';
         std::string text = utf8FromUtf16(bytes.substr(2), bigEndian);

@@ -13,6 +13,8 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 struct RegistryValue {
     std::string name; // empty for the unnamed value
     DWORD type;       // REG_SZ, REG_DWORD, ...
@@ -52,3 +54,5 @@ struct RegistryFault {
 
 // Adds what a file holds.  On a fault the registry holds what came before it.
 std::optional<RegistryFault> parseRegistry(std::string_view bytes, Registry &registry);
+
+} // namespace qvledger

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace qvledger {
+
 // The layout in memory is that of every security identifier; it must not change.
 struct Sid {
     std::uint8_t revision;
@@ -18,3 +20,5 @@ constexpr std::uint32_t kSidOfGroup = 2;
 constexpr Sid makeSid(std::uint32_t kind, std::uint32_t id) {
     return {1, 2, {0, 0, 0, 0, 0, 22}, {kind, id}};
 }
+
+} // namespace qvledger

@@ -12,6 +12,8 @@
 #include "platform/posix/guard.h"
 #include "platform/utf8.h"
 
+using namespace qvledger;
+
 static int lower(char byte) {
     return static_cast<unsigned char>(asciiLower(byte));
 }

@@ -7,6 +7,10 @@
 
 #include "platform/os.h"
 
+namespace qvledger {
+
 // The groups as a TOKEN_GROUPS with the security identifiers behind it.  False, with only the size needed
 // written, when they do not fit.
 bool writeTokenGroups(const std::vector<gid_t> &groups, void *outp_info, DWORD length, DWORD *needed);
+
+} // namespace qvledger

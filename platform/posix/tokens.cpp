@@ -10,6 +10,8 @@
 #include "platform/posix/guard.h"
 #include "platform/posix/sid.h"
 
+using namespace qvledger;
+
 constexpr DWORD kGroupEnabled = 7; // mandatory, enabled by default, enabled
 
 static char gProcess; // stands for this process
@@ -30,7 +32,8 @@ static std::optional<std::vector<gid_t>> callersGroups() {
     return groups;
 }
 
-bool writeTokenGroups(const std::vector<gid_t> &groups, void *givenInfo, DWORD length, DWORD *givenNeeded) {
+bool qvledger::writeTokenGroups(const std::vector<gid_t> &groups, void *givenInfo, DWORD length,
+                                DWORD *givenNeeded) {
     const std::size_t sidsAt = offsetof(TOKEN_GROUPS, Groups) + groups.size() * sizeof(SID_AND_ATTRIBUTES);
     const std::size_t needed =
         std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // all of the record is there

@@ -6,6 +6,8 @@
 
 #include "platform/posix/guard.h"
 
+using namespace qvledger;
+
 extern "C" {
 
 BOOL GetVersionExA(OSVERSIONINFOA *inoutp_version) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+using namespace qvledger;
+
 // ---- JSON ----
 
 // Bytes of the UTF-8 character that the text begins with; 0 if it begins with none.
@@ -177,12 +179,12 @@ static void writeEnd(const JsonLog &log, std::uint64_t records, bool isComplete,
     std::fwrite(line.data(), 1, line.size(), stream);
 }
 
-void writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream) {
+void qvledger::writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream) {
     writeEnd(log, 0, false, stream);
 }
 
-ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
-                             std::FILE *stream, JsonEvents &events) {
+ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
+                                       std::FILE *stream, JsonEvents &events) {
     if (log.isTyped)
         ALA_SetTimeForm(handle, ALA_TIME_ISO_8601);
     const std::string beginning = beginObject(log) + ",\"record\":";

@@ -13,6 +13,8 @@
 
 #include "ala/ala.h"
 
+namespace qvledger {
+
 // What the caller hears while a log is written.
 class JsonEvents {
 public:
@@ -40,3 +42,5 @@ ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, c
 
 // Writes the object at the end of a log that could not be opened.
 void writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream);
+
+} // namespace qvledger

@@ -14,6 +14,8 @@
 #include "tool/run.h"
 #include "tool/stop.h"
 
+using namespace qvledger;
+
 constexpr int kStatusLost =
     74; // the lines could not be written; as for an input/output error in other programs
 
