@@ -33,7 +33,7 @@ struct ReturnCode {
 } // namespace
 
 static constexpr Message kMessages[] = {
-#define MESSAGE(code, text) {code, text},
+#define MESSAGE(name, code, text) {name, text},
 #include "tool/messages.inc"
 };
 

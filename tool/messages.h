@@ -5,23 +5,11 @@
 
 namespace qvledger {
 
-// Messages that the driver prints by their code; ala/return_codes.inc names those of return codes.
-constexpr std::uint32_t kMsgNoMemory = 0x3b0066;
-constexpr std::uint32_t kMsgUnknownError = 0x3b0069;
-constexpr std::uint32_t kMsgBadStartDate = 0x3b006a;
-constexpr std::uint32_t kMsgBadEndDate = 0x3b006b;
-constexpr std::uint32_t kMsgBadMonth = 0x3b006c;
-constexpr std::uint32_t kMsgBadDay = 0x3b006d;
-constexpr std::uint32_t kMsgUsage = 0x3b006e;
-constexpr std::uint32_t kMsgReportFile = 0x3b006f;
-constexpr std::uint32_t kMsgEnvironment = 0x3b0070;
-constexpr std::uint32_t kMsgCloseFailed = 0x3b0074;
-constexpr std::uint32_t kMsgNoLogs = 0x3b0079;
-constexpr std::uint32_t kMsgWaiting = 0x3c0001;
-constexpr std::uint32_t kMsgReportLost = 0x3c0002;
-constexpr std::uint32_t kMsgOutputLost = 0x3c0003;
-constexpr std::uint32_t kMsgLeftAside = 0x3c0004;
-constexpr std::uint32_t kMsgServerFailed = 0x3c0005;
+// The messages' codes.
+enum : std::uint32_t {
+#define MESSAGE(name, code, text) name = (code),
+#include "tool/messages.inc"
+};
 
 // Prints a message with its arguments.
 void DisplayMsg(std::uint32_t in_msgCode, ...);
