@@ -308,11 +308,3 @@ void LOG_EndMessage() {
     writeEntry(message.level, message.file, message.line, message.text.view());
     message.text.clear();
 }
-
-// ---- What the operating-system layer tells of ----
-
-static void report(const char *file, std::int32_t line, const char *text) {
-    LOG_CondMessage(LOG_ERROR, file, line, "%s", text);
-}
-
-[[maybe_unused]] static const bool reporterSet = (OS_SetReporter(report), true);

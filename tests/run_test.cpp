@@ -160,7 +160,9 @@ TEST(Run, LogShowsWhatWasCalledAndWhere) {
     for (const char *trace : {"ala/base/trace.h", "ALA_FreeJobRecord"})
         EXPECT_EQ(traces.find(trace), traces.npos) << trace;
     writeFile(system.root.registry(), "REGEDIT4\n[");
-    const std::string told = system.run({"alpha"}).log;
-    EXPECT_NE(told.find(" 5 platform/posix/registry.cpp:"), told.npos) << told;
-    EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
+    const ToolResult refused = system.run({"alpha"});
+    const std::string trouble = system.root.registry().string() + ":2: malformed key\n";
+    EXPECT_NE(refused.log.find(" 5 ala/registration/environment.cpp:"), refused.log.npos) << refused.log;
+    EXPECT_EQ(refused.log.find(trouble), refused.log.size() - trouble.size()) << refused.log;
+    EXPECT_EQ(refused.err, kEnvironment + ("qvledger: the registry file cannot be used: " + trouble));
 }

@@ -81,6 +81,7 @@ void qvledger::TOnceGetDomainName() {
         return;
     DWORD flags = 0;
     const LONG result = readLogonFlags(&flags);
+    logRegistryTrouble();
     if (result != ERROR_SUCCESS && OS_HasLentRights() != 0) {
         // The caller may have seen to it, so that the computer's name would be taken for the domain.
         LOG_CondMessage(

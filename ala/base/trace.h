@@ -1,6 +1,7 @@
 // How the facility writes its log: one level 5 line a failure, details at level 6, entry and exit traced.
 #pragma once
 
+#include "platform/os.h"
 #include "service/log.h"
 
 // Logs the failure and gives the code: return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "...").
@@ -9,6 +10,12 @@
 #define ALA_DETAIL(...) LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, __VA_ARGS__)
 
 namespace qvledger {
+
+// Logs what is wrong with the registry file, if that is why this thread's last opening of a key failed.
+inline void logRegistryTrouble(const char *file = __builtin_FILE(), std::int32_t line = __builtin_LINE()) {
+    if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0')
+        LOG_CondMessage(LOG_ERROR, file, line, "%s", trouble);
+}
 
 // Traces an operation's entry, and its exit on whichever road it is left, if that is wanted when it is
 // entered.

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "platform/registry_key.h"
 
 using namespace qvledger;
@@ -46,8 +47,10 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
         return -1;
     OpenKey key;
     if (openKey(path.get(), KEY_READ, key) != ERROR_SUCCESS &&
-        openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", KEY_READ, key) != ERROR_SUCCESS)
+        openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", KEY_READ, key) != ERROR_SUCCESS) {
+        logRegistryTrouble();
         return -1;
+    }
 
     for (DWORD index = 0;; ++index) {
         char achValue[kValueSize] = "";

@@ -1,7 +1,7 @@
 // The registry: keys and their values.
 //
 // Zero is success; in_key is HKEY_LOCAL_MACHINE or a key that was opened.  A missing key gives 2, a registry
-// file that is malformed or cannot be read 1015, after its file and line went to the reporter.
+// file that is malformed or cannot be read 1015; OS_RegistryTrouble tells why.
 #pragma once
 
 #include "platform/os/types.h"
@@ -35,13 +35,10 @@ LONG RegCloseKey(HKEY in_key);
 
 #endif
 
-// in_file, in_line: the place in the source.
-using OS_reporter = void (*)(const char *in_file, std::int32_t in_line, const char *inp_text);
-
 extern "C" {
 
-// Where this layer tells of a malformed registry file, once until it changes; nowhere until it is set.
-// service/ sets it.
-void OS_SetReporter(OS_reporter in_reporter);
+// What is wrong with the registry file, if this thread's last opening of a key gave 1015 for it: the file,
+// the line if it has one, and the reason.  Else an empty text.  It stays until the thread opens a key again.
+const char *OS_RegistryTrouble();
 
 } // extern "C"

@@ -1,17 +1,14 @@
 // The registry calls, answered from the registry file.
 //
-// The file is read anew at each open, and an open key holds its values itself: nothing is shared but what was
-// told of a malformed file last.
+// The file is read anew at each open, and an open key holds its values itself: nothing is shared.
 #include "platform/os.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <system_error>
 
 #include <fcntl.h>
@@ -31,38 +28,13 @@ struct OS_registryKey {
     RegistryKey key;
 };
 
-static std::atomic<OS_reporter> gReporter = nullptr;
+// What is wrong with the file.  In place, as a thread's destructors cannot be had when memory runs out; a
+// longer text is cut.
+static thread_local char gTrouble[PATH_MAX + 256] = "";
 
-namespace {
-
-// What is wrong with the file, and the state of the file that it is wrong with.
-struct Trouble {
-    std::string text;
-    std::size_t state = 0;
-
-    bool operator==(const Trouble &) const = default;
-};
-
-} // namespace
-
-static std::mutex gTroubleLock;
-static Trouble gTrouble; // told last
-
-static LONG refuseFile(const Trouble &trouble, std::int32_t line = __builtin_LINE()) {
-    const std::lock_guard guard(gTroubleLock);
-    const OS_reporter reporter = gReporter.load();
-    if (reporter != nullptr && trouble != gTrouble) {
-        reporter(__FILE__, line, trouble.text.c_str());
-        gTrouble = trouble;
-    }
+static LONG refuseFile(const std::string &trouble) {
+    gTrouble[trouble.copy(gTrouble, sizeof gTrouble - 1)] = '\0';
     return ERROR_REGISTRY_CORRUPT;
-}
-
-// Of a file and what could be read of it.
-static std::size_t stateOf(int fd, const std::string &bytes) {
-    struct stat status = {};
-    static_cast<void>(fstat(fd, &status)); // one that did not open has the same state throughout
-    return std::hash<std::string>{}(bytes) + status.st_ino + status.st_mode;
 }
 
 static const char *registryPath() {
@@ -102,10 +74,9 @@ static LONG loadRegistry(Registry &registry) {
     const std::string trouble =
         file.get() < 0 ? std::generic_category().message(errno) : readAll(file.get(), &bytes);
     if (!trouble.empty())
-        return refuseFile({path + ": " + trouble, stateOf(file.get(), bytes)});
+        return refuseFile(path + ": " + trouble);
     if (const std::optional<RegistryFault> fault = parseRegistry(bytes, registry))
-        return refuseFile(
-            {path + ":" + std::to_string(fault->line) + ": " + fault->reason, stateOf(file.get(), bytes)});
+        return refuseFile(path + ":" + std::to_string(fault->line) + ": " + fault->reason);
     return ERROR_SUCCESS;
 }
 
@@ -144,11 +115,12 @@ static LONG deliver(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *
 
 extern "C" {
 
-void OS_SetReporter(OS_reporter in_reporter) {
-    gReporter.store(in_reporter);
+const char *OS_RegistryTrouble() {
+    return gTrouble;
 }
 
 LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD, DWORD, HKEY *outp_key) {
+    gTrouble[0] = '\0';
     if (in_key != HKEY_LOCAL_MACHINE)
         return ERROR_INVALID_HANDLE;
     if (outp_key == nullptr)

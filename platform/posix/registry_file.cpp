@@ -17,6 +17,7 @@ constexpr std::string_view kOtherRoots[] = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_C
 
 constexpr const char *kBadHeader = "no registry header";
 constexpr const char *kBadLine = "malformed line";
+constexpr const char *kBadComment = "a comment begins with ;";
 constexpr const char *kBadKey = "malformed key";
 constexpr const char *kBadValue = "malformed value";
 constexpr const char *kNoKey = "value outside a key";
@@ -121,7 +122,7 @@ const char *Parser::statement() {
         return nullptr;
     if (line.take('['))
         return section();
-    return value();
+    return line.take('#') ? kBadComment : value();
 }
 
 const char *Parser::section() {

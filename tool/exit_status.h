@@ -1,0 +1,12 @@
+// Exit statuses besides 0 and the return codes of the facility.
+#pragma once
+
+namespace qvledger {
+
+constexpr int kStatusUsage = 1;     // option error, or no server name
+constexpr int kStatusNoMemory = 3;  // for the default log path
+constexpr int kStatusNoLogs = 29;   // none in the date range
+constexpr int kStatusBadStart = 30; // environment, dates or report file
+constexpr int kStatusNoRoot = 100;  // QV_ROOT is not set
+
+} // namespace qvledger

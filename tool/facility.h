@@ -1,0 +1,42 @@
+// What a driver does with the facility before a server's first log and behind its last one.
+#pragma once
+
+#include "ala/ala.h"
+#include "platform/malloced.h"
+#include "tool/options.h"
+
+namespace qvledger {
+
+// A registration and the lists of its logs.  Released step by step at the normal end, as each step can fail.
+struct Facility {
+    ALA_handle_t mainh = nullptr;
+    dateNode *dateList = nullptr;
+    ALA_name *nameList = nullptr; // one a date
+
+    Facility() = default;
+    ~Facility();
+    Facility(const Facility &) = delete;
+    Facility &operator=(const Facility &) = delete;
+};
+
+// Sets the environment that the registry has for a server.  False: the registry has none, or it could not be
+// read or set.
+bool loadServiceEnvironment(const char *serverName);
+
+// The directory of the logs: the option's, or QV_ROOT directly followed by "/var/acct", which made then owns.
+// Null without QV_ROOT, and when memory runs out.
+const char *findLogPath(const Options &options, Malloced<char> &made);
+
+// Tells why there is no such directory: the status that ends the server's turn.
+int tellNoLogPath();
+
+// Registers the options' server.  What ALA_Register returns; nothing is told.
+ALA_retCode_t registerServer(const Options &options, const char *logPath, Facility &facility);
+
+// Lists the server's logs.  0, or the code that ends the server's turn, which is told.
+ALA_retCode_t listLogs(const Options &options, Facility &facility);
+
+// Gives back what the turn holds.  0, or the code of the step that failed, which is logged and the last one.
+ALA_retCode_t releaseFacility(Facility &facility);
+
+} // namespace qvledger

@@ -1,0 +1,209 @@
+#include "tool/turn.h"
+
+#include <cstdlib>
+
+#include "platform/os.h"
+#include "service/log.h"
+#include "tool/exit_status.h"
+#include "tool/holding.h"
+#include "tool/messages.h"
+#include "tool/progress.h"
+#include "tool/rights.h"
+#include "tool/stop.h"
+
+using namespace qvledger;
+
+constexpr std::int32_t kNoUpperBound = 99999999;
+
+namespace {
+
+// What the log loop carries from log to log.
+struct LoopState {
+    bool noLogFound = true;
+    bool deletedAny = false;
+    bool errOut = false;
+    ALA_retCode_t finalErr = ALA_N_NORMAL; // code of the latest failure
+
+    void fail(ALA_retCode_t code) {
+        errOut = true;
+        finalErr = code;
+    }
+};
+
+struct DateRange {
+    std::int32_t startDateVal;
+    std::int32_t endDateVal;
+};
+
+} // namespace
+
+static DateRange dateRange(const Options &options) {
+    return {options.startDate != nullptr ? std::atoi(options.startDate) : 0,
+            options.endDate != nullptr ? std::atoi(options.endDate) : kNoUpperBound};
+}
+
+namespace {
+
+// What the facility asks and tells while it deletes logs.
+class Deletion final : public ALA__deletion {
+public:
+    explicit Deletion(const ReportStream &givenReport) : report(givenReport) {}
+    const char *objection() override { return report.whyNotInPlace(); }
+    void leftAside(const char *path, const char *why) override { DisplayMsg(kMsgLeftAside, path, why); }
+
+private:
+    const ReportStream &report;
+};
+
+} // namespace
+
+// Registers and lists the server's logs.  0, or the code that ends the turn.
+static ALA_retCode_t startFacility(const Options &options, const char *logPath, const ReportStream &report,
+                                   Facility &facility) {
+    const ALA_retCode_t result = registerServer(options, logPath, facility);
+    if (result != ALA_N_NORMAL) {
+        tellFailure(result, nullptr);
+        return result;
+    }
+    if (options.dflg != 0) {
+        Deletion deletion(report);
+        ALA__PutBackLogs(facility.mainh, deletion);
+    }
+    return listLogs(options, facility);
+}
+
+bool qvledger::refuseLogAsReport(const Options &options, const Facility &facility,
+                                 const ReportStream &report) {
+    const LentRights rights(options.acctPath2 == nullptr);
+    if (!report.isLogOf(facility.mainh))
+        return false;
+    DisplayMsg(kMsgReportFile, options.ofile != nullptr ? options.ofile : kStandardOutput);
+    return true;
+}
+
+static void logKept(std::int32_t date, const char *why) {
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", date, why);
+}
+
+// Deletes a log that was read.
+static void deleteLog(ALA_handle_t mainh, const ALA_time &date, const ALA__readLog &read,
+                      const ReportStream &report, LoopState &state) {
+    Deletion deletion(report);
+    std::int32_t kept = 0;
+    const ALA_retCode_t result = ALA__DeleteRead(mainh, &date, read, deletion, &kept);
+    if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept != 0)
+        return;
+    if (result == ALA_N_NORMAL) {
+        state.deletedAny = true;
+        return;
+    }
+    DisplayMsgFromErr(static_cast<std::uint32_t>(result), ALA__NumFromDate(&date));
+    logFailure(nullptr, result);
+    state.fail(result);
+}
+
+static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const ALA_time &date,
+                             ALA_acctLogHandle_t *logh) {
+    const LentRights rights(options.acctPath2 == nullptr);
+    if (options.dflg == 0)
+        return ALA_Open(mainh, &date, logh);
+    return ALA__OpenToDelete(mainh, &date, holdFile, logh);
+}
+
+// Reports one log, and deletes it under -d.
+static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate, LogName name,
+                       ReportStream &report, LogOutput &writer, LoopState &state) {
+    const std::int32_t date = name.date;
+    ALA_acctLogHandle_t logh = nullptr;
+    if (const ALA_retCode_t result = openLog(options, mainh, givenDate, &logh); result != ALA_N_NORMAL) {
+        DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
+        logFailure(nullptr, result);
+        writer.passOver(name, report.stream());
+        return state.fail(result);
+    }
+    if (logh == nullptr)
+        return; // asked to end while another run had it
+    name.file = ALA__LogFileName(logh);
+    const bool complete = writer.write(mainh, logh, name, report.stream());
+    ALA__readLog read;
+    const char *why = complete ? nullptr : "not all of it is in the report";
+    if (options.dflg != 0 && why == nullptr)
+        why = ALA__KeepRead(logh, read);
+    const ALA_retCode_t closed = ALA_Close(mainh, &logh);
+    state.noLogFound = false;
+    if (closed != ALA_N_NORMAL) {
+        DisplayMsg(kMsgCloseFailed, date);
+        logFailure(nullptr, closed);
+        state.fail(closed);
+    }
+    if (options.dflg == 0)
+        return;
+    if (why == nullptr)
+        why = report.whyNotSafe();
+    if (why != nullptr)
+        return logKept(date, why);
+    deleteLog(mainh, givenDate, read, report, state);
+}
+
+static std::int32_t countLogs(const dateNode *dates, const DateRange &range) {
+    std::int32_t count = 0;
+    for (const dateNode *node = dates; node != nullptr; node = node->next) {
+        const std::int32_t date = ALA__NumFromDate(&node->date);
+        count += date >= range.startDateVal && date <= range.endDateVal ? 1 : 0;
+    }
+    return count;
+}
+
+static void processLogs(const Options &options, const Facility &facility, ReportStream &report,
+                        LogOutput &writer, LoopState &state) {
+    const DateRange range = dateRange(options);
+    startProgress(report.isFile(), countLogs(facility.dateList, range));
+    const ALA_name *file = facility.nameList;
+    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next, file = file->next) {
+        const std::int32_t date = ALA__NumFromDate(&node->date);
+        if (date > range.endDateVal) // the later ones are newer
+            return;
+        if (report.failed() || mustStop(report.stream()))
+            return;
+        if (date < range.startDateVal)
+            continue;
+        progressToLog(date);
+        processLog(options, facility.mainh, node->date, {options.serverName, file->logName, date}, report,
+                   writer, state);
+    }
+}
+
+// All that comes before the first log.  0, or the status that ends the turn.
+static int prepare(const Options &options, const ReportStream &report, Facility &facility) {
+    Malloced<char> madePath;
+    const char *logPath = findLogPath(options, madePath);
+    if (logPath == nullptr)
+        return tellNoLogPath();
+    if (const ALA_retCode_t result = startFacility(options, logPath, report, facility);
+        result != ALA_N_NORMAL)
+        return result;
+    return refuseLogAsReport(options, facility, report) ? kStatusBadStart : 0;
+}
+
+TurnEnd qvledger::reportServer(const Options &options, ReportStream &report, LogOutput &writer) {
+    Facility facility;
+    if (const int status = prepare(options, report, facility); status != 0)
+        return {.status = status, .failed = true};
+    LoopState state;
+    processLogs(options, facility, report, writer, state);
+    writer.end();
+    endProgress();
+    static_cast<void>(report.flush()); // told where it failed
+    const bool askedToEnd = OS_NotedSignal() != 0;
+    TurnEnd end = {
+        .failed = state.errOut || askedToEnd, .foundLog = !state.noLogFound, .deletedAny = state.deletedAny};
+    if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL) {
+        end.status = result; // the report is whole
+    } else if (state.noLogFound && !end.failed && !report.failed()) {
+        DisplayMsg(kMsgNoLogs);
+        end.status = kStatusNoLogs;
+    } else {
+        end.status = state.errOut ? state.finalErr : 0;
+    }
+    return end;
+}

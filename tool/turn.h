@@ -1,0 +1,28 @@
+// A server's turn in a run: its logs in the date range, one after another.
+#pragma once
+
+#include "ala/driver.h"
+#include "tool/facility.h"
+#include "tool/log_output.h"
+#include "tool/options.h"
+#include "tool/report_stream.h"
+
+namespace qvledger {
+
+// How a turn ended.
+struct TurnEnd {
+    int status = 0;
+    bool failed = false;     // something is missing from the report, or the run was asked to end
+    bool foundLog = false;   // in the date range
+    bool deletedAny = false; // the lines of deleted logs exist nowhere else
+};
+
+// True after telling that the report is one of the server's logs: what went into it would be read as its
+// records.
+bool refuseLogAsReport(const Options &options, const Facility &facility, const ReportStream &report);
+
+// Reports the server's logs, and deletes them under -d.  The environment is the server's, and the dates are
+// valid.
+TurnEnd reportServer(const Options &options, ReportStream &report, LogOutput &writer);
+
+} // namespace qvledger
