@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "samples/callers_account.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;
@@ -165,4 +166,45 @@ TEST(Run, LogShowsWhatWasCalledAndWhere) {
     EXPECT_NE(refused.log.find(" 5 ala/registration/environment.cpp:"), refused.log.npos) << refused.log;
     EXPECT_EQ(refused.log.find(trouble), refused.log.size() - trouble.size()) << refused.log;
     EXPECT_EQ(refused.err, kEnvironment + ("qvledger: the registry file cannot be used: " + trouble));
+}
+
+// Level 6 names what the system would not do, and where a log is not as it should be.
+TEST(Run, LevelSixTellsCauses) {
+    PrintSystem system;
+    const ToolRun detailed{.environment = {{"QV_LOG_LEVEL", "6"}}};
+    const auto expectTold = [&](const std::vector<std::string> &arguments, const std::string &cause) {
+        const std::string log = system.run(arguments, detailed).log;
+        EXPECT_NE(log.find(cause + "\n"), log.npos) << cause << "\n" << log;
+    };
+    const fs::path path = system.log("19990301");
+    const std::string name = path.string();
+    const Log log = marchLog();
+    const std::size_t header = Log(LogHeader{}).size();
+
+    system.save("19990301", Log(log).cutTo(log.size() - 2));
+    expectTold({"alpha"}, name + ": the record at byte " + std::to_string(header) +
+                              " does not read beyond byte " + std::to_string(log.size() - 2) +
+                              ": the file ends");
+    system.save("19990301", Log(log).cutTo(6));
+    expectTold({"alpha"}, "the header does not read beyond byte 6: ALA_A_FAIL_READ_LOG_FILE");
+    system.save("19990301", marchLog(kForNobody));
+    expectTold({"alpha"}, "an entry does not admit the caller: the user \"nobody-at-all\" of the domain "
+                          "\"NOWHERE\", type 3051, level 2");
+    const Account caller = callersAccount();
+    expectTold({"alpha"}, "the caller was taken for the user \"" + caller.user.name + "\" of the domain \"" +
+                              caller.user.domain + "\" on the host \"" + computerName() + "\" of \"" +
+                              computerName() + "\"");
+    fs::remove(path);
+    fs::create_symlink(path.filename(), path);
+    expectTold({"alpha"}, name + " cannot be opened: Too many levels of symbolic links");
+    fs::remove(path);
+    fs::create_directory(path);
+    expectTold({"alpha"}, "the header does not read beyond byte 0: Is a directory");
+    expectTold({"-p", "/nonexistent", "alpha"}, "/nonexistent cannot be opened: No such file or directory");
+    expectTold({"-o", "/nonexistent/x", "alpha"},
+               "/nonexistent/x cannot be opened: No such file or directory");
+    fs::remove(system.root.registry());
+    expectTold({"alpha"}, system.root.registry().string() +
+                              " is not there, or has no key SYSTEM\\CurrentControlSet\\Services\\qv spl "
+                              "alpha\\Environment and none for all servers");
 }

@@ -40,8 +40,11 @@ ReportStream::Opened ReportStream::openFile() {
         char *made = nullptr;
         fd = OS_OpenToAppend(fileName, &made);
         madePath.reset(made);
-        if (fd == -1)
+        if (fd == -1) {
+            LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, "%s cannot be opened: %s", fileName,
+                            std::strerror(errno));
             return OS_NotedSignal() != 0 ? Opened::GivenUp : Opened::No;
+        }
         const Opened opened = hold();
         if (opened != Opened::Yes || !held || nameLeadsHere())
             return opened;

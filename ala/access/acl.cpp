@@ -13,6 +13,20 @@ constexpr std::int32_t kPrivilegeNone = 1;
 constexpr std::int32_t kPrivilegeRead = 2;
 constexpr std::int32_t kPrivilegeAll = 3;
 
+// What an entry names that does not admit the caller.
+static void logEntry(STF_l__hdr *status, const GEN_eACL &entry) {
+    static constexpr const char *kKinds[] = {"any user", "the user", "the group"};
+    const auto kind = static_cast<std::uint32_t>(entry.nameType_d);
+    Malloced<char> name;
+    Malloced<char> domain;
+    SEC_domType_t domainType = 0;
+    static_cast<void>(GENU_ExtractSimpleName(status, TextOut(name), &entry.name, 0));
+    static_cast<void>(GENU_ExtractDistNameString(status, TextOut(domain), &domainType, &entry.domain, 0));
+    ALA_DETAIL("an entry does not admit the caller: %s \"%s\" of the domain \"%s\", type %u, level %d\n",
+               kind < std::size(kKinds) ? kKinds[kind] : "no kind of name", name != nullptr ? name.get() : "",
+               domain != nullptr ? domain.get() : "", domainType, entry.privilegeLevel_d);
+}
+
 std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL *inp_accessControlList,
                                        const ALA_credential_t *inp_userInfo,
                                        std::int32_t *outp_booleanResult) {
@@ -20,15 +34,16 @@ std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL
     if (inp_accessControlList == nullptr)
         return 1;
     const std::int32_t level = inp_accessControlList->privilegeLevel_d;
-    if (level == kPrivilegeNone)
-        return 0;
-    if (level != kPrivilegeRead && level != kPrivilegeAll)
+    if (level != kPrivilegeNone && level != kPrivilegeRead && level != kPrivilegeAll)
         return 1;
 
     ALA_groupSIDList *groups = nullptr;
-    if (ALA__MSACLMatch(inoutp_status, inp_accessControlList, inp_userInfo, &groups) == 0)
+    if (level != kPrivilegeNone &&
+        ALA__MSACLMatch(inoutp_status, inp_accessControlList, inp_userInfo, &groups) == 0)
         *outp_booleanResult = 1;
     ALA__ClearGroupSIDList(&groups);
+    if (*outp_booleanResult == 0 && LOG_Wants(LOG_DETAIL))
+        logEntry(inoutp_status, *inp_accessControlList);
     return 0;
 }
 

@@ -1,5 +1,6 @@
 #include "ala/directory/scan.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -81,8 +82,10 @@ ALA_retCode_t qvledger::scanLogs(const char *svrName, const char *acctLogPath, c
     if (!ALA__ConvertPath(acctLogPath, path))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "%s", rules.pathNotConverted);
     const Directory directory(SYSU_Opendir(path.get()));
-    if (directory == nullptr)
+    if (directory == nullptr) {
+        ALA_DETAIL("%s cannot be opened: %s\n", path.get(), std::strerror(errno));
         return ALA_FAIL(rules.codeOfDirectory, "%s", rules.directoryNotOpened);
+    }
     DatedLogs logs(path.get(), rules, visitor);
     return visitEntries(directory.get(), path.get(), prefix.get(), logs);
 }

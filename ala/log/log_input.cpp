@@ -1,6 +1,7 @@
 #include "ala/log/log_input.h"
 
 #include <algorithm>
+#include <cerrno>
 
 #include "platform/byte_order.h"
 
@@ -10,6 +11,8 @@ bool LogInput::readBehind(void *bytes, std::size_t size) {
     const int got = _read(fd, bytes, static_cast<unsigned>(size));
     if (got > 0)
         taken += got;
+    else if (got < 0)
+        failure = errno;
     nothingLeft = got == 0 && size != 0;
     return got > 0 && static_cast<std::size_t>(got) == size;
 }

@@ -48,6 +48,9 @@ public:
     // Bytes taken from the file so far, those of a failed read included.
     std::int64_t consumed() const { return taken; }
 
+    // Why a read failed: the system's errno; 0 when the bytes just ended.
+    int error() const { return failure; }
+
     // Has a read found the file's end, and nothing before it?
     bool metEnd() const { return nothingLeft; }
 
@@ -59,6 +62,7 @@ private:
     OS_readAhead *ahead;
     std::int64_t taken = 0;
     bool nothingLeft = false;
+    int failure = 0;
 };
 
 // How much memory a count or length of the file may ask for before the bytes behind it were seen.

@@ -58,6 +58,12 @@ static ALA_retCode_t pathOfDate(ALA_handle_t handle, const ALA_time *date, LogFi
     return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
+static void openPath(LogFile &file) {
+    file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
+    if (!file.descriptor.isOpen())
+        ALA_DETAIL("%s cannot be opened: %s\n", file.convertedPath.get(), std::strerror(errno));
+}
+
 // The log of the day in progress stands in for a date on which it was last written.
 static ALA_retCode_t openStandBy(ALA_handle_t handle, LogFile &file) {
     file.path = ALA__CurrentLogPath(handle->acctLogPath, handle->svrName);
@@ -68,7 +74,7 @@ static ALA_retCode_t openStandBy(ALA_handle_t handle, LogFile &file) {
     std::int32_t lastWritten = 0;
     if (ALA__GetDateFromStat(file.convertedPath.get(), &lastWritten) == ALA_N_NORMAL &&
         lastWritten == file.date)
-        file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
+        openPath(file);
     return ALA_N_NORMAL;
 }
 
@@ -81,7 +87,7 @@ static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, LogFile
     result = convertPath(file);
     if (result != ALA_N_NORMAL)
         return result;
-    file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
+    openPath(file);
     if (!file.descriptor.isOpen() && date != nullptr) {
         result = openStandBy(handle, file);
         if (result != ALA_N_NORMAL)

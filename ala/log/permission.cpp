@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "ala/access/acl.h"
+#include "ala/access/host_domain.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/log/open_log.h"
@@ -146,7 +147,18 @@ static ALA_retCode_t readEntry(LogInput &in, AS_attrValType_t type, const Creden
     return evaluateEntry(packed, type, credential, accessOK);
 }
 
-static ALA_retCode_t lookUp(LogInput in, std::int32_t *accessOK, std::uint32_t *verNumber) {
+static void logRefusal(const ALA_credential_t &credential) {
+    const auto textOf = [](const char *own, const char *(*ofMachine)(SEC_domType_t *)) {
+        const char *text = own == nullptr || *own == '\0' ? ofMachine(nullptr) : own;
+        return text != nullptr ? text : "";
+    };
+    const ALA_oncMsCred &caller = credential.u.oncMsCred;
+    ALA_DETAIL("the caller was taken for the user \"%s\" of the domain \"%s\" on the host \"%s\" of \"%s\"\n",
+               caller.user, textOf(caller.domainName, ALA__GetUserDomain), caller.host,
+               textOf(caller.hostDomain, ALA__GetHostDomain));
+}
+
+static ALA_retCode_t lookUp(LogInput &in, std::int32_t *accessOK, std::uint32_t *verNumber) {
     Header header = {};
     const ALA_retCode_t headerResult = readHeader(in, &header);
     *verNumber = header.verNum;
@@ -161,14 +173,19 @@ static ALA_retCode_t lookUp(LogInput in, std::int32_t *accessOK, std::uint32_t *
         if (const ALA_retCode_t result = readEntry(in, header.tag.attrValType, credential, &granted);
             result != ALA_N_NORMAL)
             return result;
+    if (granted == 0 && LOG_Wants(LOG_DETAIL))
+        logRefusal(*credential.get());
     *accessOK = granted;
     return ALA_N_NORMAL;
 }
 
 ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber) {
     *accessOK = 0;
-    const ALA_retCode_t result = lookUp(LogInput(in_fd), accessOK, verNumber);
+    LogInput in(in_fd);
+    const ALA_retCode_t result = lookUp(in, accessOK, verNumber);
     if (result == ALA_N_NORMAL)
         return result;
+    ALA_DETAIL("the header does not read beyond byte %lld: %s\n", static_cast<long long>(in.consumed()),
+               in.error() != 0 ? std::strerror(in.error()) : codeName(result));
     return ALA_FAIL(result, "Return code for ALA__LookupPermission is %s", codeName(result));
 }

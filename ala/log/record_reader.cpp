@@ -172,6 +172,15 @@ static ALA_retCode_t readRecord(LogInput &in, std::uint32_t verNum, const Reader
     return readAttributes(in, jobRecord.get(), rules);
 }
 
+// Where a record does not read, and why.
+static void logPlace(const logParams &log, const LogInput &in, ALA_retCode_t result) {
+    const char *why = in.error() != 0 ? std::strerror(in.error()) : "the file ends";
+    const std::int64_t reached = _lseek(log.fd, 0, SEEK_CUR);
+    ALA_DETAIL("%s: the record at byte %lld does not read beyond byte %lld: %s\n", log.logName,
+               static_cast<long long>(reached - in.consumed()), static_cast<long long>(reached),
+               result == ALA_A_NO_MORE_JOB ? "it counts no attributes" : why);
+}
+
 static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *logHandle,
                                   ALA_record_t *jobRecord, const ReaderRules &rules) {
     *jobRecord = nullptr;
@@ -195,6 +204,8 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
         *jobRecord = read.release();
         return result;
     }
+    if (LOG_Wants(LOG_DETAIL) && log->end < 0 && result != ALA_A_OUT_OF_MEMORY)
+        logPlace(*log, in, result);
     record *partial = read.release();
     if (rules.isFirst)
         ALA__GetJobRecordCleanup(&partial, &log->fd, 0, SEEK_SET);

@@ -49,6 +49,9 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
     if (openKey(path.get(), KEY_READ, key) != ERROR_SUCCESS &&
         openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", KEY_READ, key) != ERROR_SUCCESS) {
         logRegistryTrouble();
+        if (*OS_RegistryTrouble() == '\0')
+            ALA_DETAIL("%s is not there, or has no key %s and none for all servers\n", OS_RegistryPath(),
+                       path.get());
         return -1;
     }
 

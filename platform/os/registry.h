@@ -41,4 +41,7 @@ extern "C" {
 // the line if it has one, and the reason.  Else an empty text.  It stays until the thread opens a key again.
 const char *OS_RegistryTrouble();
 
+// The file that the registry is read from, whether it is there or not.
+const char *OS_RegistryPath();
+
 } // extern "C"

@@ -37,11 +37,6 @@ static LONG refuseFile(const std::string &trouble) {
     return ERROR_REGISTRY_CORRUPT;
 }
 
-static const char *registryPath() {
-    const char *path = OS_ProgramVariable("QV_REGISTRY");
-    return path != nullptr ? path : kDefaultPath;
-}
-
 // All of an open regular file, or why it cannot be had.
 static std::string readAll(int fd, std::string *bytes) {
     struct stat status;
@@ -65,7 +60,7 @@ static std::string readAll(int fd, std::string *bytes) {
 }
 
 static LONG loadRegistry(Registry &registry) {
-    const std::string path = registryPath();
+    const std::string path = OS_RegistryPath();
     // Without O_NONBLOCK a named pipe in the file's place would wait for a writer.
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.get() < 0 && (errno == ENOENT || errno == ENOTDIR))
@@ -114,6 +109,11 @@ static LONG deliver(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *
 }
 
 extern "C" {
+
+const char *OS_RegistryPath() {
+    const char *path = OS_ProgramVariable("QV_REGISTRY");
+    return path != nullptr ? path : kDefaultPath;
+}
 
 const char *OS_RegistryTrouble() {
     return gTrouble;
