@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all release demo test faults live stops threads fuzz bench install uninstall deb clean setup
+.PHONY: all release demo test damage faults live stops threads fuzz bench install uninstall deb clean setup
 
 # Builds once, into build/bin/.
 all: setup
@@ -46,6 +46,13 @@ live: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target live | tail -n 1
 	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/live
+
+# Damages LOGS logs, and cuts and flips each byte and bit of three small ones.
+LOGS ?= 10000
+damage: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target unit_tests | tail -n 1
+	@QVLEDGER_DAMAGED_LOGS=$(LOGS) build/dev/bin/unit_tests --gtest_filter='Damage.*'
 
 # Stops a run at each STEP-th of its system calls, where another program acts.
 stops: setup

@@ -23,6 +23,7 @@ package(tool qvledger net "report the accounting logs of a print server
 Reads the binary accounting logs that the servers of a networked print system
 write, and prints one line for each print job: qvledger as tab-separated text
 with the names of the attributes above it, qvledger-json as JSON Lines.
+qvledger-check tells which logs are whole, and saves what damage left of them.
 mksample lays a sample print system, to try them on.
 
 Each log holds its own access list and is shown to those alone whom it admits.")

@@ -31,6 +31,7 @@
 #include "platform/os/time_zone.h"
 
 // Files
+#include "platform/os/file_copying.h"
 #include "platform/os/file_holding.h"
 #include "platform/os/file_identity.h"
 #include "platform/os/files.h"

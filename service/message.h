@@ -2,7 +2,7 @@
 //
 // The catalogue is the X/Open one of the C library, chosen by LANG and NLSPATH, else the installation's for
 // the locale.  Its texts are in UTF-8, and are given in the character set of the locale.  A message's set in
-// it is the high half of its code (59 or 60), its number the low half.
+// it is the high half of its code (59 to 61), its number the low half.
 #pragma once
 
 #include <cstdarg>

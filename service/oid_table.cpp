@@ -217,12 +217,15 @@ bool OidTable::readLines(int fd, const char *path, Kind kind) {
         if (fault == nullptr)
             fault = add(line);
         if (fault != nullptr) {
-            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s:%u: %s", path, number, fault);
+            trouble = std::string(path) + ":" + std::to_string(number) + ": " + fault;
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
             return false;
         }
     }
-    if (reader.failure() != nullptr)
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be read: %s", path, reader.failure());
+    if (reader.failure() != nullptr) {
+        trouble = std::string(path) + ": cannot be read: " + reader.failure();
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+    }
     return reader.failure() == nullptr;
 }
 
@@ -231,13 +234,14 @@ OidTable::State OidTable::load(const char *path, Kind kind) {
     if (file.get() < 0) {
         if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
             return State::Absent;
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: cannot be opened: %s", path,
-                        std::strerror(errno));
+        trouble = std::string(path) + ": cannot be opened: " + std::strerror(errno);
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
         return State::Bad;
     }
     OS_fileIdentity info = {};
     if (OS_IdentifyDescriptor(file.get(), &info) != 0 || !info.regular || info.size > kMaxFileSize) {
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s: no file of at most 1 GiB", path);
+        trouble = std::string(path) + ": no file of at most 1 GiB";
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
         return State::Bad;
     }
     // What an entry takes is never more than its line.

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -36,6 +37,9 @@ public:
     // not logged.  Throws std::bad_alloc.  Once only for each table.
     State load(const char *path, Kind kind);
 
+    // What a load that went bad was told with.
+    const std::string &whyBad() const { return trouble; }
+
     // Null for one that the table has not.
     const OidEntry *find(std::span<const std::uint8_t> contents) const;
     const OidEntry *findShort(std::uint32_t identifier) const;
@@ -61,6 +65,7 @@ private:
     std::vector<OidEntry> entries;
     Slots byContents;
     Slots byIdentifier;
+    std::string trouble;
 };
 
 } // namespace qvledger

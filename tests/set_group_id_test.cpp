@@ -170,3 +170,40 @@ TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
         EXPECT_EQ(run({"-O", mine.oids(), "alpha"}).status, status) << flags;
     }
 }
+
+TEST_F(SetGroupId, ChecksForThoseAdmittedAndSavesWithTheCallersRights) {
+    fs::copy_file(QVLEDGER_CHECK_BINARY, system / "qvledger", fs::copy_options::overwrite_existing);
+    own(system / "qvledger", 0, kLent, 02755);
+    system.save("19990302", logFor(userEntry("root", computerName()), "secret").cutTo(600));
+    const Log whole = logFor(userEntry(caller, computerName()));
+    Log damaged = whole;
+    system.save("19990303", damaged.raw("stray"));
+    for (const char *day : {"19990302", "19990303"})
+        own(system.log(day), 0, kLent, 0640);
+    const fs::path saved = mine.path() / "saved", groups = system / "groups";
+    for (const fs::path &folder : {saved, groups})
+        fs::create_directory(folder);
+    own(saved, kCaller, kCaller, 0755);
+    own(groups, 0, kLent, 0770);
+
+    ToolResult result = run({"-S", saved, "alpha"});
+    EXPECT_EQ(result.status, 50) << result.err;
+    EXPECT_NE(result.out.find("alpha.19990302\t\t\t\tno\t\t\t\t\tnot admitted\t"), std::string::npos)
+        << result.out;
+    EXPECT_EQ(result.out.find(system.root.path()), std::string::npos) << "where the system's things are";
+    EXPECT_EQ(std::distance(fs::directory_iterator(saved), {}), 1);
+    EXPECT_EQ(readFile(saved / "alpha.19990303"), whole.bytes());
+    struct stat made = {};
+    ASSERT_EQ(stat((saved / "alpha.19990303").c_str(), &made), 0);
+    EXPECT_TRUE(made.st_uid == kCaller && made.st_gid == kCaller && (made.st_mode & 0777U) == 0600)
+        << "what the group may do was meant for another one";
+
+    EXPECT_EQ(run({"-S", groups, "alpha"}).status, 74);
+    EXPECT_TRUE(fs::is_empty(groups));
+    result = run({"-p", system.root.logs(), "alpha"});
+    EXPECT_EQ(result.status, 2) << "a path of the caller's choice";
+    fs::remove(system.root.oids() / "oids");
+    result = run({"alpha"});
+    EXPECT_EQ(result.status, 4);
+    EXPECT_EQ((result.out + result.err).find(system.root.path()), std::string::npos) << "nor on a fault";
+}

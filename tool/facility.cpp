@@ -64,6 +64,13 @@ ALA_retCode_t qvledger::listLogs(const Options &options, Facility &facility) {
     return result;
 }
 
+std::int32_t qvledger::countLogs(const Facility &facility, const DateRange &range) {
+    std::int32_t count = 0;
+    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next)
+        count += range.contains(ALA__NumFromDate(&node->date)) ? 1 : 0;
+    return count;
+}
+
 ALA_retCode_t qvledger::releaseFacility(Facility &facility) {
     ALA_retCode_t result = ALA_FreeDateList(&facility.dateList);
     if (result != ALA_N_NORMAL) {

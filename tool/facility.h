@@ -36,6 +36,9 @@ ALA_retCode_t registerServer(const Options &options, const char *logPath, Facili
 // Lists the server's logs.  0, or the code that ends the server's turn, which is told.
 ALA_retCode_t listLogs(const Options &options, Facility &facility);
 
+// How many of the listed logs are in the range.
+std::int32_t countLogs(const Facility &facility, const DateRange &range);
+
 // Gives back what the turn holds.  0, or the code of the step that failed, which is logged and the last one.
 ALA_retCode_t releaseFacility(Facility &facility);
 

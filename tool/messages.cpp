@@ -68,6 +68,12 @@ void qvledger::GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *
     inoutp_buf[length] = '\0';
 }
 
+bool qvledger::hasCatalogue() {
+    char text[kRawSize];
+    std::uint32_t count = 0;
+    return MSG_GetUnformatted(2, kMsgUsage, 0, sizeof text, &count, text) == 0;
+}
+
 static void display(std::uint32_t msgCode, std::va_list values) {
     char unfmtMsg[kRawSize] = "";
     GetMsg(msgCode, sizeof unfmtMsg, unfmtMsg);

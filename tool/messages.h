@@ -22,6 +22,9 @@ void DisplayMsgFromErr(std::uint32_t in_errCode, ...);
 // ends.
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf);
 
+// Does a catalogue give the messages?
+bool hasCatalogue();
+
 // Appends the log's text of a return code to the entry being built; nothing for success.
 void printError(std::int32_t errRes);
 

@@ -31,6 +31,9 @@ Options qvledger::readOptions(int argc, char *const *argv, const char *letters) 
         case 'O':
             options.oidPath = optarg;
             break;
+        case 'S':
+            options.saveFolder = optarg;
+            break;
         case 'h':
             ++options.helpflg;
             break;
@@ -91,4 +94,15 @@ std::int32_t qvledger::ValidDate(const char *dateStr, std::int32_t dateTypeStr) 
         return 0;
     }
     return 1;
+}
+
+bool qvledger::datesAreValid(const Options &options) {
+    return (options.startDate == nullptr || ValidDate(options.startDate, kStartDate) == 1) &&
+           (options.endDate == nullptr || ValidDate(options.endDate, kEndDate) == 1);
+}
+
+DateRange qvledger::dateRange(const Options &options) {
+    constexpr std::int32_t kNoUpperBound = 99999999;
+    return {options.startDate != nullptr ? std::atoi(options.startDate) : 0,
+            options.endDate != nullptr ? std::atoi(options.endDate) : kNoUpperBound};
 }

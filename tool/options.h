@@ -14,6 +14,7 @@ struct Options {
     const char *endDate = nullptr;
     const char *acctPath2 = nullptr;
     const char *oidPath = nullptr;
+    const char *saveFolder = nullptr;
     std::int32_t dflg = 0; // how often each occurred
     std::int32_t helpflg = 0;
     std::int32_t verflg = 0;
@@ -26,6 +27,7 @@ struct Options {
 // The option letters of a program, as getopt takes them.
 constexpr char kReportLetters[] = "do:s:e:p:O:hVag";
 constexpr char kJsonLetters[] = "to:s:e:p:O:hV";
+constexpr char kCheckLetters[] = "s:e:p:O:S:hV";
 
 Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
 
@@ -36,5 +38,19 @@ constexpr std::int32_t kEndDate = 1;
 // 1 for a valid date, which begins with exactly eight digits YYYYMMDD; 0 after the message that says what is
 // wrong.
 std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr);
+
+// Both dates, as far as they are given.
+bool datesAreValid(const Options &options);
+
+// The dates that are asked for, as numbers YYYYMMDD, bounds included.
+struct DateRange {
+    std::int32_t first;
+    std::int32_t last;
+
+    bool contains(std::int32_t date) const { return date >= first && date <= last; }
+};
+
+// REQUIRES: datesAreValid.
+DateRange dateRange(const Options &options);
 
 } // namespace qvledger

@@ -72,6 +72,11 @@ void qvledger::countRecord() {
     drawIfDue();
 }
 
+void qvledger::redrawProgress() {
+    if (state.shows)
+        drawIfDue();
+}
+
 void qvledger::eraseProgress() {
     if (state.drawn)
         std::fputs("\r\033[K", stderr);

@@ -18,6 +18,9 @@ void startProgress(bool reportIsFile, std::int32_t numLogs);
 void progressToLog(std::int32_t date);
 void countRecord();
 
+// Draws the line again if it is time, where work goes on without a record.
+void redrawProgress();
+
 // Before anything else is written to the standard error stream, and at the end of the run.
 void eraseProgress();
 void endProgress();

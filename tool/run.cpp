@@ -14,11 +14,6 @@
 
 using namespace qvledger;
 
-static bool datesAreValid(const Options &options) {
-    return (options.startDate == nullptr || ValidDate(options.startDate, kStartDate) == 1) &&
-           (options.endDate == nullptr || ValidDate(options.endDate, kEndDate) == 1);
-}
-
 namespace {
 
 // What the servers' turns leave behind.

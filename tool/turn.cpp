@@ -1,7 +1,5 @@
 #include "tool/turn.h"
 
-#include <cstdlib>
-
 #include "platform/os.h"
 #include "service/log.h"
 #include "tool/exit_status.h"
@@ -12,8 +10,6 @@
 #include "tool/stop.h"
 
 using namespace qvledger;
-
-constexpr std::int32_t kNoUpperBound = 99999999;
 
 namespace {
 
@@ -30,17 +26,7 @@ struct LoopState {
     }
 };
 
-struct DateRange {
-    std::int32_t startDateVal;
-    std::int32_t endDateVal;
-};
-
 } // namespace
-
-static DateRange dateRange(const Options &options) {
-    return {options.startDate != nullptr ? std::atoi(options.startDate) : 0,
-            options.endDate != nullptr ? std::atoi(options.endDate) : kNoUpperBound};
-}
 
 namespace {
 
@@ -145,27 +131,18 @@ static void processLog(const Options &options, ALA_handle_t mainh, const ALA_tim
     deleteLog(mainh, givenDate, read, report, state);
 }
 
-static std::int32_t countLogs(const dateNode *dates, const DateRange &range) {
-    std::int32_t count = 0;
-    for (const dateNode *node = dates; node != nullptr; node = node->next) {
-        const std::int32_t date = ALA__NumFromDate(&node->date);
-        count += date >= range.startDateVal && date <= range.endDateVal ? 1 : 0;
-    }
-    return count;
-}
-
 static void processLogs(const Options &options, const Facility &facility, ReportStream &report,
                         LogOutput &writer, LoopState &state) {
     const DateRange range = dateRange(options);
-    startProgress(report.isFile(), countLogs(facility.dateList, range));
+    startProgress(report.isFile(), countLogs(facility, range));
     const ALA_name *file = facility.nameList;
     for (const dateNode *node = facility.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (date > range.endDateVal) // the later ones are newer
+        if (date > range.last) // the later ones are newer
             return;
         if (report.failed() || mustStop(report.stream()))
             return;
-        if (date < range.startDateVal)
+        if (date < range.first)
             continue;
         progressToLog(date);
         processLog(options, facility.mainh, node->date, {options.serverName, file->logName, date}, report,

@@ -37,11 +37,17 @@ LONG RegCloseKey(HKEY in_key);
 
 extern "C" {
 
-// What is wrong with the registry file, if this thread's last opening of a key gave 1015 for it: the file,
-// the line if it has one, and the reason.  Else an empty text.  It stays until the thread opens a key again.
+// What is wrong with the registry file, if this thread's last opening of a key gave 1015 for it, or the last
+// look for its place met it: the file, the line if it has one, and the reason.  Else an empty text.  It stays
+// until the thread opens a key again.
 const char *OS_RegistryTrouble();
 
 // The file that the registry is read from, whether it is there or not.
 const char *OS_RegistryPath();
+
+// Where a key below HKEY_LOCAL_MACHINE stands: OS_DONE, and "file:line"; OS_TAKEN, and the file, when it is
+// not there; OS_REFUSED, and an empty text, when memory runs out or the registry file cannot be used, which
+// OS_RegistryTrouble tells then.
+int OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size);
 
 } // extern "C"

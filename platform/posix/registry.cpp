@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -129,6 +130,22 @@ LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD, DWORD, HKEY *outp_k
         return openKey(inp_path != nullptr ? inp_path : "", outp_key);
     } catch (const std::bad_alloc &) {
         return ERROR_NOT_ENOUGH_MEMORY;
+    }
+}
+
+int OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size) {
+    gTrouble[0] = '\0';
+    *outp_text = '\0';
+    try {
+        Registry registry;
+        if (loadRegistry(registry) != ERROR_SUCCESS)
+            return OS_REFUSED;
+        const std::optional<RegistryKey> key = registry.take(inp_path);
+        const std::string line = key ? ":" + std::to_string(key->line) : "";
+        std::snprintf(outp_text, in_size, "%s%s", OS_RegistryPath(), line.c_str());
+        return key ? OS_DONE : OS_TAKEN;
+    } catch (const std::bad_alloc &) {
+        return OS_REFUSED;
     }
 }
 

@@ -139,6 +139,8 @@ const char *Parser::section() {
         return kBadKey;
     inSection = true;
     key = isOurs ? &registry.make(path) : nullptr;
+    if (isOurs && key->line == 0)
+        key->line = lineNumber;
     return nullptr;
 }
 

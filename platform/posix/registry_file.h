@@ -29,6 +29,8 @@ public:
     const RegistryValue *find(std::string_view name) const;
     const std::vector<RegistryValue> &all() const { return values; }
 
+    std::size_t line = 0; // of the file at which it stands first, counted from 1
+
 private:
     std::vector<RegistryValue> values;
     std::unordered_map<std::string, std::size_t> places; // by name in lower case

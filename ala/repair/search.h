@@ -1,0 +1,85 @@
+// The intact records of a log, in order, those behind damage included.
+//
+// Records have no mark of their own, so where one begins is known in two ways.  In step: the one before it,
+// or the header, ends there.  Out of step, behind damage: a run of attributes begins there that has no
+// further one before or behind it and is exactly as long as the words in front of it say.  The middle of a
+// record whose front was destroyed can look like that, too: in front of its remaining attributes stands a
+// value that happens to be their number.  It is told by its first attribute, which no record known to be one
+// begins with.
+//
+// A record is given out once it is known what is behind it: another record, or the log's end.  Where damage
+// begins right behind it, the head of a record has to be left; where even that is destroyed, its last value
+// has to tell its own end, and what follows must not read as further values of it that lead to a record or to
+// the log's end, for then its own count was damaged.
+//
+// What is looked at in vain is paid for (LogBytes::pay), and values are unpacked only once all else fits, so
+// the cost grows with the length of the log alone.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <unordered_set>
+
+#include "ala/repair/attribute.h"
+#include "ala/repair/tag_scan.h"
+
+namespace qvledger {
+
+// Asked and told while a log is searched.
+class SearchWatch {
+public:
+    // Up to where it was searched.  False: give up.
+    virtual bool goOn(std::int64_t position) = 0;
+
+protected:
+    ~SearchWatch() = default;
+};
+
+class RecordSearch {
+public:
+    RecordSearch(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch);
+
+    // The next intact record; null behind the last one, and when the watch gave up.  Good until the next
+    // call.
+    const FoundRecord *next();
+
+    // Behind the last record: what was wrong where one more was expected.
+    Fit lastFault() const { return fault; }
+    bool gaveUp() const { return stopped; }
+
+private:
+    static constexpr std::size_t kEnds = 4093;
+
+    bool readInStep();
+    bool searchPending();
+    bool mayEndHere(const FoundRecord &record);
+    bool goesOnAsValues(std::int64_t end);
+    bool takeIfRecord(std::int64_t tag);
+    static std::size_t slotOf(std::int64_t position) { return static_cast<std::size_t>(position) % kEnds; }
+    bool isFragment(const FoundRecord &record);
+    void learn(const FoundRecord &record);
+    bool ask(std::int64_t position);
+
+    LogBytes &bytes;
+    RecordReader reader;
+    TagScan tags;
+    SearchWatch &watch;
+    std::int64_t at;        // behind the last record that was looked at
+    std::int64_t notBefore; // no record is looked for before it
+    bool started = false;
+    bool stopped = false;
+    bool pendingInStep = false;
+    std::optional<FoundRecord> pending; // the record behind the one given out
+    FoundRecord given = {};
+    FoundRecord trial = {};
+    // Where attributes certainly end.  One may take another one's slot: what is forgotten then is found where
+    // tags are so dense that damage alone can have made them.
+    std::array<std::int64_t, kEnds> ends = {};
+    std::unordered_set<std::uint64_t> first; // attributes that records begin with
+    std::unordered_set<std::uint64_t> later; // attributes that stand further behind
+    Fit fault = Fit::Whole;
+    std::int64_t askedAt = 0;
+};
+
+} // namespace qvledger

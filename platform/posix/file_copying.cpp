@@ -1,0 +1,43 @@
+#include "platform/os.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
+constexpr mode_t kOwnersRights = S_IRWXU;
+constexpr mode_t kRights = S_IRWXU | S_IRWXG | S_IRWXO;
+
+int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned in_size) {
+    auto *bytes = static_cast<char *>(outp_buffer);
+    const unsigned wanted = std::min(in_size, unsigned{INT_MAX});
+    unsigned done = 0;
+    while (done < wanted) {
+        const ssize_t got = pread(in_fd, bytes + done, wanted - done, in_position + done);
+        if (got < 0 && errno != EINTR)
+            return -1;
+        if (got == 0)
+            break;
+        done += static_cast<unsigned>(std::max<ssize_t>(got, 0));
+    }
+    return static_cast<int>(done);
+}
+
+int OS_MakeFile(const char *inp_path) {
+    return open(inp_path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
+}
+
+void OS_GiveAttributes(int in_from, int in_to) {
+    struct stat status;
+    if (fstat(in_from, &status) != 0)
+        return;
+    // What the group and the others may do is meant for the original's group and owner.
+    const bool given = fchown(in_to, status.st_uid, status.st_gid) == 0;
+    static_cast<void>(fchmod(in_to, status.st_mode & (given ? kRights : kOwnersRights)));
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    static_cast<void>(futimens(in_to, times));
+}

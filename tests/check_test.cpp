@@ -1,0 +1,290 @@
+// qvledger-check: what it tells of a log, what it saves, what it keeps to itself.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <sstream>
+
+#include <fcntl.h>
+#include <pty.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "ala/ala.h"
+#include "samples/sample_oids.h"
+#include "tests/support/run_tool.h"
+
+using namespace samples;
+using testing::HasSubstr;
+using testing::Not;
+namespace fs = std::filesystem;
+
+static const ToolRun kCheck{.program = QVLEDGER_CHECK_BINARY};
+
+static std::vector<std::string> split(const std::string &text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream in(text);
+    for (std::string part; std::getline(in, part, separator);)
+        parts.push_back(part);
+    return parts;
+}
+
+// The fields of the line of a log, by the names of the header.
+static std::string field(const ToolResult &result, const std::string &log, const std::string &name) {
+    std::vector<std::string> names;
+    for (const std::string &line : split(result.out, '\n')) {
+        const std::vector<std::string> fields = split(line, '\t');
+        if (fields.size() > 2 && fields[0] == "server")
+            names = fields;
+        if (fields.size() < 2 || fields[1] != log)
+            continue;
+        const auto at = static_cast<std::size_t>(std::ranges::find(names, name) - names.begin());
+        return at < fields.size() ? fields[at] : "";
+    }
+    return "no such line";
+}
+
+static Log threeJobs() {
+    return logOf({jobOf({{"job-name", {"one"}}, {"job-owner", {"a", "b"}}}),
+                  jobOf({{"job-name", {"two"}}, {"job-owner", {"a", "b"}}}),
+                  jobOf({{"job-name", {"three"}}, {"job-owner", {"a", "b"}}})},
+                 {.createDate = 1000000000});
+}
+
+TEST(Check, EachStateOfALogIsTold) {
+    const Log whole = threeJobs();
+    const std::size_t second = whole.records()[1];
+    struct Case {
+        const char *label, *date, *state, *records, *firstDamage, *reason;
+        Log log;
+        int status;
+    };
+    const Case cases[] = {
+        {"whole", "19990301", "whole", "3", "", "", whole, 0},
+        {"empty", "19990302", "empty", "0", "", "", Log(), 0},
+        {"cut", "19990303", "cut", "1", nullptr, "the file ends inside a record",
+         Log(whole).cutTo(second + 40), 50},
+        {"damaged", "19990304", "damaged", "2", nullptr, "counts of attributes that cannot be",
+         Log(whole).overwrite(second, "\xff"), 50},
+        {"no header", "19990305", "damaged", "", "",
+         "the header is damaged: nobody knows whom the log admits", Log(whole).cutTo(100), 50},
+        {"another version's header", "19990306", "damaged", "0", nullptr,
+         "the version in the header is not that of the records", Log(whole).overwrite(3, "\x02"), 50},
+        {"refused", "19990307", "not admitted", "", "", "the access list does not admit the caller",
+         logOf({jobOf({{"job-name", {"secret"}}})}, {.accessList = {}}), 7},
+    };
+    PrintSystem system;
+    for (const Case &one : cases) {
+        SCOPED_TRACE(one.label);
+        system.save(one.date, one.log);
+        const ToolResult result = system.run({"-s", one.date, "-e", one.date, "alpha"}, kCheck);
+        const std::string log = std::string("alpha.") + one.date;
+        EXPECT_EQ(result.status, one.status) << result.err;
+        EXPECT_EQ(field(result, log, "state"), one.state);
+        EXPECT_EQ(field(result, log, "records"), one.records);
+        EXPECT_EQ(field(result, log, "reason"), one.reason);
+        const std::size_t damage = one.records == std::string("0") ? whole.records()[0] : second;
+        EXPECT_EQ(field(result, log, "first-damage"),
+                  one.firstDamage != nullptr ? "" : std::to_string(damage));
+        EXPECT_THAT(result.out, Not(HasSubstr("secret")));
+    }
+    fs::create_directory(system.log("19990308"));
+    EXPECT_EQ(field(system.run({"alpha"}, kCheck), "alpha.19990308", "reason"), "no file on a disk");
+    EXPECT_EQ(system.run({"alpha"}, kCheck).status, 50) << "damage outweighs a refusal";
+}
+
+TEST(Check, ALogIsCountedAndWhatAReportPassesOverHasItsReason) {
+    Job job = jobOf({{"job-name", {"one", "two"}}});
+    job.attribute("1.3.6.1.4.1.32473.9999", STRING, {packString("x")});
+    job.document().attribute(dotted("document-name"), STRING, {packString("a")});
+    job.document().attribute(dotted("document-name"), STRING, {packString("b")});
+    PrintSystem system;
+    system.save("19990301", logOf({job}, {.createDate = 1000000000}));
+    const ToolResult result = system.run({"alpha"}, kCheck);
+    EXPECT_EQ(result.status, 0) << result.err;
+    const std::pair<const char *, const char *> expected[] = {
+        {"version", "3"},     {"created", "2001-09-09T01:46:40Z"},
+        {"admitted", "yes"},  {"access-entries", "1"},
+        {"documents", "2"},   {"values", "5"},
+        {"stray-bytes", "0"}, {"reason", "passed over 1: no name for an object identifier"},
+        {"state", "whole"},
+    };
+    for (const auto &[name, value] : expected)
+        EXPECT_EQ(field(result, "alpha.19990301", name), value) << name;
+}
+
+TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
+    PrintSystem system;
+    Log damaged = threeJobs();
+    const std::size_t begin = damaged.records()[1], end = damaged.records()[2];
+    damaged.overwrite(begin, "\xff");
+    system.save("19990301", damaged);
+    system.save("19990302", threeJobs());
+    ASSERT_EQ(chmod(system.log("19990301").c_str(), 0640), 0);
+    setChanged(system.log("19990301"), 1000000000);
+    const fs::path folder = system / "saved";
+    fs::create_directory(folder);
+    const ToolResult result = system.run({"-S", folder, "alpha"}, kCheck);
+    EXPECT_EQ(result.status, 50);
+    EXPECT_THAT(result.err, HasSubstr("bytes " + std::to_string(begin) + " to " + std::to_string(end)));
+    const std::string &bytes = damaged.bytes();
+    EXPECT_EQ(readFile(folder / "alpha.19990301"), bytes.substr(0, begin) + bytes.substr(end));
+    EXPECT_FALSE(fs::exists(folder / "alpha.19990302")) << "it is whole";
+    struct stat status = {};
+    ASSERT_EQ(stat((folder / "alpha.19990301").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+    EXPECT_EQ(status.st_mtim.tv_sec, 1000000000);
+    EXPECT_EQ(system.run({"-p", folder, "alpha"}).out, "job-name\tjob-owner\none\ta b\nthree\ta b\n");
+    EXPECT_EQ(system.run({"-p", folder, "alpha"}, kCheck).status, 0);
+
+    std::ofstream(folder / "alpha.19990301") << "mine";
+    const ToolResult again = system.run({"-S", folder, "alpha"}, kCheck);
+    EXPECT_EQ(again.status, 74);
+    EXPECT_THAT(again.err, HasSubstr("File exists"));
+    EXPECT_EQ(readFile(folder / "alpha.19990301"), "mine");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "nothing half-way is left";
+}
+
+// Save's first message waits until the pipe is read.
+static int fullPipe(int (&ends)[2]) {
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    while (write(ends[1], "x", 1) == 1)
+        ;
+    EXPECT_EQ(fcntl(ends[1], F_SETFL, 0), 0);
+    return ends[1];
+}
+
+static std::string drain(int fd) {
+    std::string all;
+    char bytes[4096];
+    for (ssize_t got; (got = read(fd, bytes, sizeof bytes)) > 0;)
+        all.append(bytes, static_cast<std::size_t>(got));
+    return all;
+}
+
+TEST(Check, ASaveThatCannotEndLeavesNothing) {
+    PrintSystem system;
+    Log damaged = threeJobs();
+    damaged.overwrite(damaged.records()[0], "\xff");
+    for (int i = 0; i < 80; ++i)
+        damaged.job(jobOf({{"job-name", {std::string(20'000, 'x')}}}));
+    system.save("19990301", damaged);
+    const fs::path folder = system / "saved";
+    fs::create_directory(folder);
+
+    const rlimit disk{100'000, RLIM_INFINITY}, none{RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &disk);
+    const ToolResult full = system.run({"-S", folder, "alpha"}, kCheck);
+    setrlimit(RLIMIT_FSIZE, &none);
+    EXPECT_EQ(full.status, 74);
+    EXPECT_THAT(full.err, HasSubstr("could not be saved as " + (folder / "alpha.19990301").string() +
+                                    ": File too large.\n"));
+    EXPECT_TRUE(fs::is_empty(folder)) << "the disk was full";
+
+    int ends[2];
+    ToolRun stalled = kCheck;
+    stalled.error = fullPipe(ends);
+    const pid_t run = system.start({"-S", folder, "alpha"}, stalled);
+    close(ends[1]);
+    for (int i = 0; i < 1000 && fs::is_empty(folder); ++i)
+        usleep(10'000);
+    EXPECT_FALSE(fs::is_empty(folder)) << "it is being saved";
+    kill(run, SIGTERM);
+    usleep(10'000);
+    EXPECT_EQ(fcntl(ends[0], F_SETFL, 0), 0);
+    const std::string told = drain(ends[0]);
+    EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
+    EXPECT_THAT(told, Not(HasSubstr("saved as")));
+    EXPECT_TRUE(fs::is_empty(folder)) << "it was asked to end";
+    close(ends[0]);
+}
+
+TEST(Check, ProgressIsDrawnAndErasedAroundMessages) {
+    int terminal = -1, program = -1;
+    if (openpty(&terminal, &program, nullptr, nullptr, nullptr) != 0)
+        GTEST_SKIP() << "needs pseudo-terminals";
+    PrintSystem system;
+    system.save("19990301", threeJobs().raw("stray"));
+    system.save("19990302", threeJobs());
+    ToolRun slow = kCheck;
+    slow.error = program;
+    ASSERT_EQ(tcflow(program, TCOOFF), 0) << "its first message waits";
+    const pid_t run = system.start({"-S", system / "none", "alpha"}, slow);
+    usleep(400'000);
+    ASSERT_EQ(tcflow(program, TCOON), 0);
+    EXPECT_EQ(system.finish(run).status, 74);
+    close(program);
+    const std::string shown = drain(terminal);
+    close(terminal);
+    EXPECT_THAT(shown, HasSubstr("No such file or directory.\r\n\r19990302  log 2 of 2  "));
+    EXPECT_TRUE(shown.ends_with(" records/s\033[K\r\033[K")) << shown;
+}
+
+TEST(Check, FaultsOfTheSetUpNameFileAndLine) {
+    struct Case {
+        const char *label;
+        std::function<void(const PrintSystem &)> spoil;
+        const char *told;
+        int status;
+    };
+    const Case cases[] = {
+        {"registry",
+         [](const PrintSystem &system) { std::ofstream(system.root.registry()) << "REGEDIT4\n\nnothing\n"; },
+         "registry.reg:3: ", 30},
+        {"no settings", [](const PrintSystem &system) { fs::remove(system.root.registry()); },
+         "CurrentVersion\\Environment: ", 30},
+        {"table",
+         [](const PrintSystem &system) { std::ofstream(system.root.oids() / "oids") << "# mine\n1.2\n"; },
+         "oids:2: ", ALA_A_OID_ERROR},
+        {"no table", [](const PrintSystem &system) { fs::remove(system.root.oids() / "oids"); },
+         "oids: no such file", ALA_A_OID_ERROR},
+        {"no logs", [](const PrintSystem &system) { fs::remove_all(system.root.logs()); },
+         "var/acct: No such file or directory", ALA_A_INVALID_LOG_PATH_NAME},
+    };
+    for (const Case &one : cases) {
+        SCOPED_TRACE(one.label);
+        PrintSystem system;
+        one.spoil(system);
+        const ToolResult result = system.run({"alpha"}, kCheck);
+        EXPECT_EQ(result.status, one.status);
+        EXPECT_THAT(result.err, HasSubstr(one.told));
+        EXPECT_THAT(result.out, HasSubstr("registry key\t"));
+    }
+}
+
+TEST(Check, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
+    PrintSystem system;
+    const SampleRoot other(system / "other");
+    system.save("19990301", threeJobs().raw("stray"));
+    threeJobs().save(other.log("beta", "19990302"));
+    system.root.writeRegistry({{serverKey("alpha"), {{"QV_ROOT", system.root.path()}}},
+                               {serverKey("beta"), {{"QV_ROOT", other.path()}}},
+                               {serverKey("bare"), {{"OTHER", "1"}}}});
+    const ToolResult result = system.run({"alpha", "bare", "none", "beta"}, kCheck);
+    EXPECT_EQ(result.status, 100) << "that of the first that could not be looked at";
+    EXPECT_THAT(result.err, HasSubstr("bare ended with status 100"));
+    EXPECT_THAT(result.err, HasSubstr("none ended with status 30"));
+    EXPECT_EQ(field(result, "alpha.19990301", "state"), "cut");
+    EXPECT_EQ(field(result, "beta.19990302", "state"), "whole");
+    EXPECT_EQ(system.run({"-s", "19990302", "alpha", "beta"}, kCheck).status, 29);
+    EXPECT_EQ(system.run({"-e", "19990301", "beta", "alpha"}, kCheck).status, 50) << "no log is less";
+}
+
+TEST(Check, ACommandLineIsCheckedFirst) {
+    PrintSystem system;
+    EXPECT_EQ(system.run({}, kCheck).status, 1);
+    EXPECT_EQ(system.run({"-d", "alpha"}, kCheck).status, 1);
+    EXPECT_EQ(system.run({"-S", "", "alpha"}, kCheck).status, 1) << "that is no folder";
+    EXPECT_EQ(system.run({"-s", "1999", "alpha"}, kCheck).status, 30);
+    EXPECT_EQ(system.run({"alpha"}, kCheck).status, 29);
+    EXPECT_THAT(system.run({"-h"}, kCheck).err, HasSubstr("qvledger-check"));
+    EXPECT_EQ(system.run({"-V"}, kCheck).out, system.run({"-V"}).out);
+    ToolRun full = kCheck;
+    full.output = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    system.save("19990301", threeJobs());
+    EXPECT_EQ(system.run({"alpha"}, full).status, 74);
+    close(full.output);
+}

@@ -1,0 +1,291 @@
+// Damaged logs: what the damage did not touch is found again, and nothing is found that was not there.
+//
+// `make damage` damages LOGS logs of 200 records, whose numbers are the seeds of their choices, in one to
+// three regions of 1 to 4,096 bytes each, which are overwritten, cut out, zeroed or inserted; and it tries
+// each prefix and each flipped bit of three small logs.  Without QVLEDGER_DAMAGED_LOGS it is a sample.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <random>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include "ala/repair/search.h"
+#include "samples/log_writer.h"
+#include "samples/sample_jobs.h"
+
+using namespace qvledger;
+using namespace samples;
+
+constexpr std::int64_t kNew = -1; // a byte that no original has
+
+// A log, and for each of its bytes the place that it has in the original.
+struct Damaged {
+    std::string bytes;
+    std::vector<std::int64_t> origins;
+    std::vector<bool> touched; // by the place in the original
+};
+
+struct Original {
+    Log log;
+    std::uint32_t version;
+    std::size_t headerEnd;
+    std::size_t endOf(std::size_t record) const {
+        return record + 1 < log.records().size() ? log.records()[record + 1] : log.size();
+    }
+};
+
+struct Counts {
+    long logs = 0, records = 0, untouched = 0, saved = 0, lost = 0, wrong = 0, joined = 0;
+};
+
+using Random = std::mt19937;
+static std::size_t pick(Random &random, std::size_t below) {
+    return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
+}
+
+static Original makeOriginal(std::uint32_t version, unsigned seed, std::uint64_t jobs) {
+    const LogHeader header{.verNum = version, .createDate = 1000000000};
+    Original original{Log(header), version, Log(header).size()};
+    Day day = {};
+    day.server = "alpha";
+    day.date.tm_year = 101;
+    day.date.tm_mday = 3;
+    day.seed = seed;
+    day.jobs = jobs;
+    Job job;
+    for (std::uint64_t i = 1; i <= jobs; ++i) {
+        makeJob(day, i, (i + seed) % 3 == 0 ? JobKind::ORDER : JobKind::OFFICE, job);
+        original.log.job(job);
+    }
+    return original;
+}
+
+static Damaged undamaged(const Original &original) {
+    Damaged damaged{original.log.bytes(), {}, std::vector<bool>(original.log.size())};
+    for (std::size_t i = 0; i < damaged.bytes.size(); ++i)
+        damaged.origins.push_back(static_cast<std::int64_t>(i));
+    return damaged;
+}
+
+static void damageRegion(Damaged &log, std::size_t headerEnd, Random &random) {
+    const std::size_t at = headerEnd + pick(random, log.bytes.size() - headerEnd);
+    const std::size_t size = std::min(1 + pick(random, 4096), log.bytes.size() - at);
+    const std::size_t kind = pick(random, 4);
+    const auto place = static_cast<std::ptrdiff_t>(at);
+    const auto end = place + static_cast<std::ptrdiff_t>(size);
+    if (kind == 3) { // between two bytes, which stay as they are
+        std::string noise(size, '\0');
+        std::ranges::generate(noise, [&] { return static_cast<char>(pick(random, 256)); });
+        log.bytes.insert(at, noise);
+        log.origins.insert(log.origins.begin() + place, size, kNew);
+        return;
+    }
+    for (std::size_t i = at; i < at + size; ++i) {
+        if (log.origins[i] != kNew)
+            log.touched[static_cast<std::size_t>(log.origins[i])] = true;
+        log.bytes[i] = kind == 0 ? static_cast<char>(pick(random, 256)) : '\0';
+    }
+    if (kind == 1) {
+        log.bytes.erase(at, size);
+        log.origins.erase(log.origins.begin() + place, log.origins.begin() + end);
+    }
+}
+
+namespace {
+
+class NoWatch final : public SearchWatch {
+    bool goOn(std::int64_t) override { return true; }
+};
+
+struct Piece {
+    std::size_t begin, end;
+};
+
+} // namespace
+
+static std::vector<Piece> search(const std::string &givenBytes, const Original &original) {
+    static const int file = memfd_create("log", 0);
+    if (ftruncate(file, 0) != 0 ||
+        pwrite(file, givenBytes.data(), givenBytes.size(), 0) != static_cast<ssize_t>(givenBytes.size()))
+        std::abort();
+    LogBytes bytes(file, static_cast<std::int64_t>(givenBytes.size()));
+    NoWatch watch;
+    RecordSearch records(bytes, original.version, static_cast<std::int64_t>(original.headerEnd), watch);
+    std::vector<Piece> found;
+    while (const FoundRecord *record = records.next())
+        found.push_back({static_cast<std::size_t>(record->begin), static_cast<std::size_t>(record->end)});
+    return found;
+}
+
+enum class Likeness { Same, Joined, None };
+
+// Is that the original record, but for damaged bytes?  Behind a cut others may have come in the place of its
+// last ones, so that what stands there is a value, or the rest of a record, like any other.
+static Likeness likeness(const Damaged &log, const Piece &piece, const Original &original,
+                         std::size_t record) {
+    const std::size_t begin = original.log.records()[record];
+    const std::size_t size = original.endOf(record) - begin;
+    Likeness found = Likeness::Same;
+    for (std::size_t i = 0; i < piece.end - piece.begin; ++i) {
+        const std::int64_t origin = log.origins[piece.begin + i];
+        if (i < size && log.bytes[piece.begin + i] == original.log.bytes()[begin + i])
+            continue;
+        if (origin != kNew && origin != static_cast<std::int64_t>(begin + i))
+            found = Likeness::Joined;
+        if (i < size && origin == kNew)
+            continue;
+        if (i < size && !log.touched[begin + i])
+            return Likeness::None;
+    }
+    if (piece.end - piece.begin == size)
+        return found;
+    // The rest of another record, to its end.
+    const auto &starts = original.log.records();
+    const auto behind = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
+    const bool atEnd = behind == original.log.size() || std::ranges::binary_search(starts, behind);
+    return found == Likeness::Joined && atEnd ? found : Likeness::None;
+}
+
+// The bytes of an original record whose own first ones are gone, where like ones have come in their place.
+static bool isLikeOneBehind(const Damaged &log, const Piece &piece, const Original &original) {
+    const std::size_t size = piece.end - piece.begin;
+    const auto behind = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
+    return behind >= size && std::ranges::binary_search(original.log.records(), behind - size) &&
+           log.bytes.compare(piece.begin, size, original.log.bytes(), behind - size, size) == 0;
+}
+
+// A server could have written that record as it is, and then it would have to be found.  So it has to be
+// found here, whatever it was made from: the bytes are the same, and no reader can tell.
+static bool isWholeAlone(const Damaged &log, const Piece &piece, const Original &original) {
+    const std::size_t size = piece.end - piece.begin;
+    const std::vector<Piece> found = search(
+        original.log.bytes().substr(0, original.headerEnd) + log.bytes.substr(piece.begin, size), original);
+    return found.size() == 1 && found[0].begin == original.headerEnd && found[0].end - found[0].begin == size;
+}
+
+static void judge(const Damaged &log, const Original &original, const std::string &label, Counts &counts) {
+    const std::vector<Piece> found = search(log.bytes, original);
+    const auto &starts = original.log.records();
+    std::vector<bool> seen(starts.size());
+    ++counts.logs;
+    counts.saved += static_cast<long>(found.size());
+    for (const Piece &piece : found) {
+        const std::int64_t origin = log.origins[piece.begin];
+        const auto record = static_cast<std::size_t>(
+            std::ranges::lower_bound(starts, static_cast<std::size_t>(std::max<std::int64_t>(origin, 0))) -
+            starts.begin());
+        const bool begins =
+            origin != kNew && record < starts.size() && starts[record] == static_cast<std::size_t>(origin);
+        const Likeness like = begins ? likeness(log, piece, original, record) : Likeness::None;
+        if (like == Likeness::Same) {
+            seen[record] = true;
+        } else if ((like == Likeness::Joined || isLikeOneBehind(log, piece, original)) &&
+                   isWholeAlone(log, piece, original)) {
+            ++counts.joined;
+        } else {
+            ++counts.wrong;
+            ADD_FAILURE() << label << ": none of the records stands from " << piece.begin << " to "
+                          << piece.end << ", which were at " << origin << " to "
+                          << log.origins[piece.end - 1];
+        }
+    }
+    // An insertion inside a record touches it, too: its bytes do not stand together any more.
+    std::vector<std::size_t> places(original.log.size(), log.bytes.size());
+    for (std::size_t i = 0; i < log.origins.size(); ++i)
+        if (log.origins[i] != kNew)
+            places[static_cast<std::size_t>(log.origins[i])] = i;
+    for (std::size_t record = 0; record < starts.size(); ++record) {
+        const std::size_t begin = starts[record], end = original.endOf(record);
+        ++counts.records;
+        if (std::any_of(log.touched.begin() + static_cast<std::ptrdiff_t>(begin),
+                        log.touched.begin() + static_cast<std::ptrdiff_t>(end),
+                        [](bool touched) { return touched; }) ||
+            places[end - 1] - places[begin] != end - 1 - begin)
+            continue;
+        ++counts.untouched;
+        if (seen[record])
+            continue;
+        ++counts.lost;
+        ADD_FAILURE() << label << ": record " << record << ", at " << places[begin] << ", is lost";
+    }
+}
+
+static void tell(const Counts &counts) {
+    std::printf("%ld logs, %ld of %ld records untouched, %ld saved; lost %ld, wrong %ld, with an end from "
+                "behind a cut %ld\n",
+                counts.logs, counts.untouched, counts.records, counts.saved, counts.lost, counts.wrong,
+                counts.joined);
+    EXPECT_EQ(counts.lost, 0);
+    EXPECT_EQ(counts.wrong, 0);
+}
+
+static unsigned wantedLogs() {
+    const char *wanted = std::getenv("QVLEDGER_DAMAGED_LOGS");
+    return wanted != nullptr ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : 0;
+}
+
+TEST(Damage, WhatRegionsOfDamageDoNotTouchIsFoundAgain) {
+    Counts counts;
+    for (unsigned seed = 1, end = wantedLogs() != 0 ? wantedLogs() : 60; seed <= end; ++seed) {
+        Random random(seed);
+        const Original original = makeOriginal(seed % 4 == 0 ? 2 : 3, seed, 200);
+        Damaged log = undamaged(original);
+        for (std::size_t regions = 1 + pick(random, 3); regions > 0; --regions)
+            damageRegion(log, original.headerEnd, random);
+        judge(log, original, "log " + std::to_string(seed), counts);
+    }
+    tell(counts);
+}
+
+// The step is odd, so that the sample has each bit of a byte.
+static const std::size_t kStep = wantedLogs() != 0 ? 1 : 601;
+
+TEST(Damage, EachPrefixHasItsRecords) {
+    Counts counts;
+    for (const std::uint32_t version : {1U, 2U, 3U}) {
+        const Original original = makeOriginal(version, version, 3);
+        for (std::size_t size = original.headerEnd; size < original.log.size(); size += kStep) {
+            Damaged log = undamaged(original);
+            log.bytes.resize(size);
+            log.origins.resize(size);
+            std::fill(log.touched.begin() + static_cast<std::ptrdiff_t>(size), log.touched.end(), true);
+            judge(log, original, std::to_string(version) + ": prefix of " + std::to_string(size), counts);
+        }
+    }
+    tell(counts);
+}
+
+TEST(Damage, AFlippedBitCostsOneRecordAtMost) {
+    Counts counts;
+    for (const std::uint32_t version : {1U, 2U, 3U}) {
+        const Original original = makeOriginal(version, version, 3);
+        for (std::size_t bit = 8 * original.headerEnd; bit < 8 * original.log.size(); bit += kStep) {
+            Damaged log = undamaged(original);
+            log.bytes[bit / 8] = static_cast<char>(log.bytes[bit / 8] ^ 1 << bit % 8);
+            log.touched[bit / 8] = true;
+            judge(log, original, std::to_string(version) + ": bit " + std::to_string(bit), counts);
+        }
+    }
+    tell(counts);
+}
+
+// Each fourth byte begins a tag whose values lead through the whole log.
+TEST(Damage, BytesMadeToCostMuchCostLittleAndHideFewRecordsBehindThem) {
+    const Original original = makeOriginal(3, 1, 200);
+    std::string bytes = original.log.bytes().substr(0, original.headerEnd);
+    while (bytes.size() < 32 << 20)
+        bytes.append("0.5", 4);
+    bytes += original.log.bytes().substr(original.headerEnd);
+    const std::clock_t begin = std::clock();
+    const std::vector<Piece> found = search(bytes, original);
+    EXPECT_LT(std::clock() - begin, 10 * CLOCKS_PER_SEC);
+    EXPECT_GT(found.size(), 150U);
+    for (std::size_t i = 0; i < found.size(); ++i)
+        EXPECT_EQ(bytes.size() - found[found.size() - 1 - i].begin,
+                  original.log.size() - original.log.records()[199 - i]);
+}

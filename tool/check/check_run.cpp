@@ -1,0 +1,277 @@
+#include "tool/check/check_run.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "ala/checking.h"
+#include "ala/driver.h"
+#include "platform/os.h"
+#include "service/message.h"
+#include "tool/check/log_table.h"
+#include "tool/check/set_up_table.h"
+#include "tool/facility.h"
+#include "tool/messages.h"
+#include "tool/progress.h"
+#include "tool/rights.h"
+#include "tool/run.h"
+#include "tool/stop.h"
+
+using namespace qvledger;
+
+namespace {
+
+struct LogCloser {
+    void operator()(ALA__checkedLog *log) const { ALA__CloseChecked(log); }
+};
+using OpenLog = std::unique_ptr<ALA__checkedLog, LogCloser>;
+
+class Watch final : public ALA__checkWatch {
+public:
+    explicit Watch(const char *toldName) : name(toldName) {}
+    bool goOn(std::int64_t) override {
+        redrawProgress();
+        return !mustStop(stdout);
+    }
+    void record() override { countRecord(); }
+    void stray(std::int64_t begin, std::int64_t end) override {
+        if (name != nullptr)
+            DisplayMsg(kMsgCheckLeftOut, name, std::to_string(begin).c_str(), std::to_string(end).c_str());
+    }
+
+private:
+    const char *name; // null: ranges are not told
+};
+
+// What the exit status comes from.
+struct Outcome {
+    int ended = 0;        // what ended the turn of the first server for which something did
+    bool noLogs = false;  // of some server
+    int closed = 0;       // of a log that could not be read
+    bool damaged = false; // some log
+    bool lost = false;    // some line, or a copy
+
+    int status() const {
+        if (ended != 0)
+            return ended;
+        if (lost || damaged)
+            return lost ? kStatusLostOutput : kStatusDamaged;
+        return closed == 0 && noLogs ? kStatusNoLogs : closed;
+    }
+};
+
+class CheckRun {
+public:
+    CheckRun(const Options &givenOptions, std::span<const char *const> givenServers)
+        : options(givenOptions), servers(givenServers), range(dateRange(givenOptions)) {}
+
+    int run();
+
+private:
+    int turn();
+    int start(const std::string &logPath, Facility &facility);
+    int checkLogs(const Facility &facility);
+    void checkLog(ALA_handle_t handle, const char *name);
+    void noteClosed(const char *name, ALA_retCode_t code, int error);
+    void save(ALA__checkedLog *log, const char *name);
+
+    Options options; // of the server whose turn it is
+    std::span<const char *const> servers;
+    DateRange range;
+    char **environment = OS_KeepEnvironment();
+    Outcome outcome;
+};
+
+} // namespace
+
+// Registers and lists the server's logs.
+int CheckRun::start(const std::string &logPath, Facility &facility) {
+    const ALA_retCode_t result = registerServer(options, logPath.c_str(), facility);
+    if (result == ALA_N_NORMAL)
+        return listLogs(options, facility);
+    tellFailure(result, nullptr);
+    return result;
+}
+
+// ---- Logs ----
+
+// A log that was not read; the system's reason, if it is one.
+void CheckRun::noteClosed(const char *name, ALA_retCode_t code, int error) {
+    LogState state = LogState::Unreadable;
+    std::string reason = "cannot be opened or read";
+    switch (code) {
+    case ALA_A_FAIL_TO_OPEN_LOG_FILE:
+        reason = error != 0 ? std::string("cannot be opened: ") + std::strerror(error) : "no file on a disk";
+        break;
+    case ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE:
+        state = LogState::NotAdmitted;
+        reason = "the access list does not admit the caller";
+        break;
+    case ALA_A_FAIL_READ_LOG_FILE:
+    case ALA_A_BAD_NUMATTR_VALUE:
+    case ALA_A_ODPUNPACK_ERROR:
+        state = LogState::Damaged;
+        reason = "the header is damaged: nobody knows whom the log admits";
+        outcome.damaged = true;
+        break;
+    default:
+        break;
+    }
+    if (state != LogState::Damaged)
+        outcome.closed = code;
+    writeClosedLogLine(options.serverName, name, state, reason.c_str());
+    if (state == LogState::Damaged && options.saveFolder != nullptr)
+        DisplayMsg(kMsgCheckNotSaved, name);
+}
+
+static const char *whyNotSaved(ALA_retCode_t code, int error) {
+    if (code == ALA_A_OUT_OF_MEMORY)
+        return "out of memory";
+    return code == ALA_A_FAIL_READ_LOG_FILE ? "it cannot be read to its end" : std::strerror(error);
+}
+
+void CheckRun::save(ALA__checkedLog *log, const char *name) {
+    const std::string path = std::string(options.saveFolder) + "/" + name;
+    Watch watch(name);
+    const ALA_retCode_t result = ALA__SaveLog(log, path.c_str(), watch);
+    const int error = errno;
+    if (result == ALA_N_NORMAL)
+        return DisplayMsg(kMsgCheckSaved, name, path.c_str());
+    if (result == ALA_A_LAST_ATTRIBUTE)
+        return; // asked to end
+    outcome.lost = true;
+    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result, error));
+}
+
+void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
+    ALA__checkedLog *opened = nullptr;
+    ALA_retCode_t result = ALA_N_NORMAL;
+    int error = 0;
+    {
+        const LentRights rights(options.acctPath2 == nullptr);
+        result = ALA__OpenToCheck(handle, name, &opened);
+        error = errno;
+    }
+    const OpenLog log(opened);
+    if (result != ALA_N_NORMAL)
+        return noteClosed(name, result, error);
+    ALA__logSummary summary;
+    Watch watch(nullptr);
+    result = ALA__CheckLog(handle, opened, watch, &summary);
+    eraseProgress();
+    if (result == ALA_A_LAST_ATTRIBUTE)
+        return; // asked to end
+    if (result != ALA_N_NORMAL) {
+        outcome.closed = result;
+        return writeClosedLogLine(options.serverName, name, LogState::Unreadable,
+                                  "cannot be read to its end");
+    }
+    const LogState state = stateOf(summary);
+    writeLogLine(options.serverName, name, state, summary);
+    if (state != LogState::Cut && state != LogState::Damaged)
+        return;
+    outcome.damaged = true;
+    if (options.saveFolder == nullptr)
+        return;
+    std::fflush(stdout);
+    if (summary.headerIsDamaged)
+        DisplayMsg(kMsgCheckNotSaved, name);
+    else
+        save(opened, name);
+}
+
+// Messages that are not the program's would stand in the middle of the line.
+static bool outputIsFile() {
+    OS_fileIdentity identity = {};
+    return OS_IdentifyDescriptor(_fileno(stdout), &identity) == 0 && identity.regular;
+}
+
+int CheckRun::checkLogs(const Facility &facility) {
+    const std::int32_t count = countLogs(facility, range);
+    startProgress(outputIsFile(), count);
+    const ALA_name *name = facility.nameList;
+    for (const dateNode *node = facility.dateList; node != nullptr && !mustStop(stdout);
+         node = node->next, name = name->next) {
+        const std::int32_t date = ALA__NumFromDate(&node->date);
+        if (!range.contains(date))
+            continue;
+        progressToLog(date);
+        checkLog(facility.mainh, name->logName);
+    }
+    endProgress();
+    if (count != 0)
+        return 0;
+    DisplayMsg(kMsgNoLogs);
+    return kStatusNoLogs;
+}
+
+// ---- The run ----
+
+// The two tables of a server.  0, or why the second one is empty.
+int CheckRun::turn() {
+    Facility facility;
+    std::string logPath;
+    OS_RestoreEnvironment(environment); // nothing of another server is left
+    int status = checkSetUp(options, logPath);
+    if (status == 0)
+        status = start(logPath, facility);
+    writeLogHeader();
+    if (status == 0)
+        status = checkLogs(facility);
+    if (status != 0 && servers.size() > 1)
+        DisplayMsg(kMsgServerFailed, options.serverName, status);
+    return status;
+}
+
+int CheckRun::run() {
+    for (const char *const server : servers) {
+        if (mustStop(stdout))
+            break;
+        if (server != servers.front())
+            std::fputc('\n', stdout);
+        options.serverName = server;
+        const int status = turn();
+        if (status == kStatusNoLogs)
+            outcome.noLogs = true;
+        else if (outcome.ended == 0)
+            outcome.ended = status;
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        const int error = errno;
+        DisplayMsg(kMsgCheckOutputLost, std::strerror(error));
+        outcome.lost = true;
+    }
+    return outcome.status();
+}
+
+// Without an option that is unknown, and with a name wherever one is due: without one, the folder to save to
+// would be the root of all of them.
+static bool isValid(const Options &options, std::span<const char *const> servers) {
+    const auto isEmpty = [](const char *text) { return *text == '\0'; };
+    return options.errflg == 0 && !servers.empty() && std::ranges::none_of(servers, isEmpty) &&
+           (options.saveFolder == nullptr || !isEmpty(options.saveFolder));
+}
+
+int qvledger::runCheck(const Options &options) {
+    if (options.helpflg != 0) {
+        DisplayMsg(kMsgCheckUsage);
+        return 0;
+    }
+    if (options.verflg != 0) {
+        MSG_fprintf(stdout, "%s\n", compiledVersionString);
+        return 0;
+    }
+    std::vector<const char *> servers(options.moreServers, options.moreServers + options.numMoreServers);
+    if (options.serverName != nullptr)
+        servers.insert(servers.begin(), options.serverName);
+    if (!isValid(options, servers)) {
+        DisplayMsg(kMsgCheckUsage);
+        return kStatusUsage;
+    }
+    return datesAreValid(options) ? CheckRun(options, servers).run() : kStatusBadStart;
+}

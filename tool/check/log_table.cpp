@@ -1,0 +1,85 @@
+#include "tool/check/log_table.h"
+
+#include <cstdio>
+#include <ctime>
+
+#include "tool/check/fields.h"
+
+using namespace qvledger;
+
+void qvledger::writeLogHeader() {
+    std::fputc('\n', stdout);
+    writeFields({"server", "log", "version", "created", "access-entries", "admitted", "records", "documents",
+                 "values", "bytes", "state", "first-damage", "stray-bytes", "reason"});
+}
+
+static const char *textOf(LogState state) {
+    switch (state) {
+    case LogState::Whole:
+        return "whole";
+    case LogState::Cut:
+        return "cut";
+    case LogState::Damaged:
+        return "damaged";
+    case LogState::Empty:
+        return "empty";
+    case LogState::NotAdmitted:
+        return "not admitted";
+    case LogState::Unreadable:
+        return "unreadable";
+    }
+    return "";
+}
+
+LogState qvledger::stateOf(const ALA__logSummary &summary) {
+    if (summary.strayBytes == 0)
+        return summary.records == 0 ? LogState::Empty : LogState::Whole;
+    return summary.isCut && !summary.headerIsDamaged ? LogState::Cut : LogState::Damaged;
+}
+
+static std::string dateText(const ALA__logSummary &summary) {
+    const std::time_t created = summary.created;
+    std::tm utc = {};
+    char text[sizeof "2000-01-01T00:00:00Z"] = "";
+    if (created != 0 && gmtime_r(&created, &utc) != nullptr)
+        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    return text;
+}
+
+static void addPart(std::string &text, const std::string &part) {
+    text += text.empty() ? part : "; " + part;
+}
+
+// What is wrong with the log, and what a report would pass over.
+static std::string reasonText(const ALA__logSummary &summary) {
+    constexpr const char *kPassedOver[ALA__PASSED_REASONS] = {"no value of its type",
+                                                              "no name for an object identifier",
+                                                              "no time",
+                                                              "no memory",
+                                                              "in a record too long to be rendered",
+                                                              "not rendered"};
+    std::string text;
+    if (summary.headerIsDamaged)
+        addPart(text, "the version in the header is not that of the records");
+    else if (summary.fault != nullptr)
+        addPart(text, summary.fault);
+    for (std::size_t i = 0; i < ALA__PASSED_REASONS; ++i)
+        if (summary.passedOver[i] != 0)
+            addPart(text, "passed over " + std::to_string(summary.passedOver[i]) + ": " + kPassedOver[i]);
+    return text;
+}
+
+void qvledger::writeLogLine(const char *server, const char *log, LogState state,
+                            const ALA__logSummary &summary) {
+    const std::string damage = summary.firstDamage >= 0 ? std::to_string(summary.firstDamage) : "";
+    writeFields({server, log, std::to_string(summary.version), dateText(summary),
+                 std::to_string(summary.accessEntries), "yes", std::to_string(summary.records),
+                 std::to_string(summary.documents), std::to_string(summary.values),
+                 std::to_string(summary.bytes), textOf(state), damage, std::to_string(summary.strayBytes),
+                 reasonText(summary)});
+}
+
+void qvledger::writeClosedLogLine(const char *server, const char *log, LogState state, const char *reason) {
+    const char *admitted = state == LogState::NotAdmitted ? "no" : "";
+    writeFields({server, log, "", "", "", admitted, "", "", "", "", textOf(state), "", "", reason});
+}
