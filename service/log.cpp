@@ -1,24 +1,23 @@
 #include "service/log.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
+#include <cinttypes>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <mutex>
 #include <new>
 #include <string_view>
 
-#include <fcntl.h>
+#include <pthread.h>
 #include <syslog.h>
-#include <unistd.h>
 
 #include "platform/os.h"
 #include "service/log_internal.h"
+#include "service/log_repeats.h"
+#include "service/log_sink.h"
 #include "service/log_text.h"
 
 using namespace qvledger;
@@ -34,9 +33,7 @@ namespace {
 // An entry that is being built in pieces.
 struct Message {
     bool open = false;
-    std::int32_t level = 0;
-    const char *file = "";
-    std::int32_t line = 0;
+    LogPlace place = {};
     LogText text;
 };
 
@@ -56,12 +53,11 @@ private:
 
 // ---- Sink and levels ----
 
-constexpr int kSyslog = -1;
-constexpr int kNowhere = -2;
-
 static std::mutex startLock;
 static std::atomic<bool> started;
-static int sink = kNowhere; // a descriptor, or one of the two above
+constinit static LogSink sink(_PATH_LOG);
+constinit static LogRepeats repeats;
+static std::atomic<bool> countsRepeats;
 static std::int32_t messageLevel = LOG_ERROR;
 static bool traceWanted;
 static LOG_function entryFunction; // takes the entries in the sink's place, unless null
@@ -77,31 +73,6 @@ static Message &threadsMessage() {
     return *made;
 }
 
-static int openFile(const char *path) {
-    // O_NONBLOCK: a pipe without a reader must not hold the program up.
-    const int fd = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640);
-    if (fd < 0)
-        return kSyslog;
-    if (fd > STDERR_FILENO)
-        return fd;
-    // One of the standard streams was closed; the log must not become the report's stream.
-    const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    ::close(fd);
-    return moved < 0 ? kSyslog : moved;
-}
-
-static int openSink() {
-    const char *name = OS_ProgramVariable("QV_LOG");
-    if (name != nullptr && std::strcmp(name, "none") == 0)
-        return kNowhere;
-    if (name != nullptr && std::strcmp(name, "stderr") == 0)
-        return STDERR_FILENO;
-    const int chosen = name != nullptr && *name != '\0' ? openFile(name) : kSyslog;
-    if (chosen == kSyslog)
-        ::openlog(program_invocation_short_name, LOG_PID, LOG_USER);
-    return chosen;
-}
-
 static void readLevels() {
     const char *level = OS_ProgramVariable("QV_LOG_LEVEL");
     const bool isLevel = level != nullptr && *level >= '5' && *level <= '7' && level[1] == '\0';
@@ -111,8 +82,21 @@ static void readLevels() {
 }
 
 static void setLevel() {
-    const bool wantsNone = sink == kNowhere && entryFunction == nullptr;
+    const bool wantsNone = !sink.isOpen() && entryFunction == nullptr;
     LOG_g_level = wantsNone ? kNothing : traceWanted ? LOG_TRACE : messageLevel;
+}
+
+// What the program's end and a fork do to the log.  False when the system will not call it then.
+static bool watchProcess() {
+    const auto end = [] {
+        LOG_Flush();
+        countsRepeats = false; // who logs later still, from a destructor, would not see a count told
+    };
+    const auto fork = [] {
+        repeats.startAnew();
+        sink.forgetLost();
+    };
+    return std::atexit(end) == 0 && ::pthread_atfork(nullptr, nullptr, fork) == 0;
 }
 
 static void start() {
@@ -121,127 +105,72 @@ static void start() {
     const std::lock_guard guard(startLock);
     if (started.load(std::memory_order_relaxed))
         return;
-    sink = openSink();
     readLevels();
+    const bool isDetailed = messageLevel > LOG_ERROR || traceWanted;
+    sink.open(OS_ProgramVariable("QV_LOG"), isDetailed);
+    static const bool isWatched = watchProcess(); // without it counts could be lost, or told twice
+    countsRepeats = isWatched && sink.isOpen() && (sink.isSystemLog() || !isDetailed);
     setLevel();
     started.store(true, std::memory_order_release);
 }
 
 void LOG__Reset() {
+    LOG_Flush();
     const std::lock_guard guard(startLock);
-    if (sink > STDERR_FILENO)
-        _close(sink);
-    if (sink == kSyslog)
-        ::closelog();
-    sink = kNowhere;
+    repeats.startAnew();
+    sink.close();
     threadsMessage().open = false;
     LOG_g_level = kEverything;
     started = false;
-}
-
-// Without a daemon that listens every entry would cost a vain connection.  Whether there is one is looked up
-// once a second.
-static bool syslogListens() {
-    static std::atomic<std::int64_t> checkedAt = -1;
-    static std::atomic<bool> listens = true; // to who comes while another one looks
-    const auto now = std::chrono::steady_clock::now().time_since_epoch();
-    const std::int64_t second = std::chrono::duration_cast<std::chrono::seconds>(now).count();
-    if (checkedAt.exchange(second) != second)
-        listens = ::access(_PATH_LOG, W_OK) == 0;
-    return listens;
 }
 
 static bool isWanted(std::int32_t level) {
     if (!LOG_Wants(level))
         return false;
     start();
-    if (entryFunction == nullptr && (sink == kNowhere || (sink == kSyslog && !syslogListens())))
-        return false;
-    return level <= messageLevel || (level == LOG_TRACE && traceWanted);
+    return (entryFunction != nullptr || sink.isOpen()) &&
+           (level <= messageLevel || (level == LOG_TRACE && traceWanted));
 }
 
 // ---- Writing an entry ----
 
-// Texts come from files and command lines that anyone may have written: none may begin a line of its own or
-// steer the terminal that the log is read on.
-static void appendVisible(LogText &line, std::string_view text) {
-    std::size_t shown = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(text[at]);
-        if (byte >= 0x20 && byte != 0x7f)
-            continue;
-        char escape[5];
-        std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-        line.append(text.substr(shown, at - shown));
-        line.append(escape);
-        shown = at + 1;
-    }
-    line.append(text.substr(shown));
-}
-
-// Time, program and process, which syslog puts before an entry on its own.
-static void appendStamp(LogText &line) {
-    std::timespec now{};
-    std::tm utc{};
-    static_cast<void>(std::timespec_get(&now, TIME_UTC)); // without a clock it is 1970
-    static_cast<void>(gmtime_s(&utc, &now.tv_sec));
-    char stamp[sizeof "2000-01-01T00:00:00" + 16];
-    const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
-    line.append({stamp, length});
-    char rest[64];
-    std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.tv_nsec / 1'000'000));
-    line.append(rest);
-    appendVisible(line, program_invocation_short_name);
-    std::snprintf(rest, sizeof rest, "[%d]: ", _getpid());
-    line.append(rest);
-}
-
-static void writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const int written = _write(fd, bytes.data(), static_cast<unsigned>(bytes.size()));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            return; // nobody is left to tell
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
-// A datagram takes only so much, so a long entry goes in pieces.
-static void writeSyslog(std::int32_t level, std::string_view text) {
-    constexpr std::size_t kPiece = 8000;
-    for (; !text.empty(); text.remove_prefix(std::min(kPiece, text.size()))) {
-        const int length = static_cast<int>(std::min(kPiece, text.size()));
-        ::syslog(level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG, "%.*s", length, text.data());
-    }
-}
-
-static void handEntry(std::int32_t level, const char *file, std::int32_t line, std::string_view text) {
+static void handEntry(const LogPlace &place, std::string_view text) {
     LogText shown;
-    appendVisible(shown, text);
+    shown.appendVisible(text);
     shown.end('\0');
-    entryFunction(entryContext, level, file, line, shown.view().data());
+    entryFunction(entryContext, place.level, place.file, place.line, shown.view().data());
 }
 
-static void writeEntry(std::int32_t level, const char *file, std::int32_t givenLine, std::string_view text) {
+static void tell(const DueRepetitions &due) {
+    for (const auto &[place, times] : due) {
+        char text[64];
+        std::snprintf(text, sizeof text, "last entry repeated %" PRIu64 " times", times);
+        static_cast<void>(sink.write(place, text, times)); // the sink knows what it lost
+    }
+}
+
+static void writeCounted(const LogPlace &place, std::string_view text) {
+    DueRepetitions due;
+    if (repeats.count(place, text, due))
+        return tell(due);
+    if (!sink.isReady())
+        return sink.lose(1);
+    repeats.enter(place, text, due);
+    tell(due);
+    if (!sink.write(place, text))
+        sink.lose(repeats.forget(place));
+}
+
+static void writeEntry(const LogPlace &place, std::string_view text) {
     if (text.ends_with('\n'))
         text.remove_suffix(1);
     if (entryFunction != nullptr)
-        return handEntry(level, file, givenLine, text);
-    LogText line;
-    if (sink != kSyslog)
-        appendStamp(line);
-    char number[32];
-    std::snprintf(number, sizeof number, "%d ", level);
-    line.append(number);
-    line.append(file);
-    std::snprintf(number, sizeof number, ":%d: ", givenLine);
-    line.append(number);
-    appendVisible(line, text);
-    if (sink == kSyslog)
-        return writeSyslog(level, line.view());
-    line.end('\n');
-    writeAll(sink, line.view());
+        return handEntry(place, text);
+    if (countsRepeats.load(std::memory_order_relaxed))
+        return writeCounted(place, text);
+    if (!sink.isReady())
+        return sink.lose(1);
+    static_cast<void>(sink.write(place, text)); // the sink knows what it lost
 }
 
 // ---- Operations ----
@@ -250,8 +179,20 @@ void LOG_Init(const char *, const char *) {
     start();
 }
 
+void LOG_Flush() {
+    const KeepErrno keep;
+    if (!sink.isOpen())
+        return;
+    DueRepetitions due;
+    repeats.takeAll(due);
+    sink.tryAgain(); // what was refused just now may be taken, and there may be no later time
+    tell(due);
+    static_cast<void>(sink.tellLost()); // what it cannot tell it knows still
+}
+
 void LOG_SetFunction(LOG_function in_function, void *inp_context) {
     start();
+    LOG_Flush();
     const std::lock_guard guard(startLock);
     entryFunction = in_function;
     entryContext = inp_context;
@@ -263,12 +204,15 @@ void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_li
     const KeepErrno keep;
     if (!isWanted(in_level))
         return;
+    const LogPlace place = {in_level, in_file, in_line};
+    if (std::strchr(in_format, '%') == nullptr)
+        return writeEntry(place, in_format);
     LogText text;
     std::va_list values;
     va_start(values, in_format);
     text.appendFormat(in_format, values);
     va_end(values);
-    writeEntry(in_level, in_file, in_line, text.view());
+    writeEntry(place, text.view());
 }
 
 void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
@@ -281,9 +225,7 @@ std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::i
     const KeepErrno keep;
     Message &message = threadsMessage();
     message.open = isWanted(in_level);
-    message.level = in_level;
-    message.file = in_file;
-    message.line = in_line;
+    message.place = {in_level, in_file, in_line};
     message.text.clear();
     return message.open ? 1 : 0;
 }
@@ -305,6 +247,6 @@ void LOG_EndMessage() {
         return;
     const KeepErrno keep;
     message.open = false;
-    writeEntry(message.level, message.file, message.line, message.text.view());
+    writeEntry(message.place, message.text.view());
     message.text.clear();
 }

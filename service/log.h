@@ -4,6 +4,16 @@
 // syslog unless QV_LOG names another (a file to append to, "stderr", "none").  QV_LOG_LEVEL=6 adds the
 // detail, QV_LOG_TRACE=1 the entry and exit of operations.  Nothing ever goes to the report stream.
 //
+// An entry that equals the last one of its level, source file and line is counted instead of written: "last
+// entry repeated N times", with that level, file and line, comes before the next entry that is written, and
+// at the program's end; while nothing else comes, after a minute, after an hour more, and then once a day.  A
+// file and stderr get every entry, none counted, where QV_LOG_LEVEL or QV_LOG_TRACE ask for more than
+// failures, and a function (LOG_SetFunction) always.
+//
+// The log never holds the program up for longer than moments: what the system's log or the reader of a pipe
+// does not take is lost, counted, and told with the next entry that is taken, "N entries lost: ...".  A file
+// on a disk, a terminal, and stderr where it gets every entry take their time.
+//
 // The macros test the level before they evaluate anything else, so an unwanted entry costs one comparison.
 #pragma once
 
@@ -24,7 +34,11 @@ extern std::atomic<std::int32_t> LOG_g_level;
 // the level.  A later call, and the first entry without any, has the same effect once.
 void LOG_Init(const char *in_sink, const char *in_level);
 
-// One entry.  Callers use LOG_CondMessage.
+// Tells what is counted and not told yet; exit does it on its own.  For who ends the program in another way.
+void LOG_Flush();
+
+// One entry.  Callers use LOG_CondMessage.  REQUIRES, here and below: the name of the file stays as long as
+// the program runs.
 void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
                   ...) __attribute__((format(printf, 4, 5)));
 
@@ -40,8 +54,9 @@ std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::i
 void LOG_CondAdd(const char *in_format, ...) __attribute__((format(printf, 1, 2)));
 void LOG_EndMessage();
 
-// Has the entries go to a function instead of the sink: level, source file and line, and the text as the sink
-// would show it.  Null brings the sink back.  REQUIRES: no other thread writes an entry meanwhile.
+// Has the entries, repeated ones too, go to a function instead of the sink: level, source file and line, and
+// the text as the sink would show it.  Null brings the sink back.  REQUIRES: no other thread writes an entry
+// meanwhile.
 using LOG_function = void (*)(void *inp_context, std::int32_t in_level, const char *inp_file,
                               std::int32_t in_line, const char *inp_text);
 void LOG_SetFunction(LOG_function in_function, void *inp_context);

@@ -88,6 +88,7 @@ protected:
     }
     // What the log got since the last call.
     std::string takeLog() const {
+        LOG__Reset();
         const std::string text = readFile(log);
         std::filesystem::resize_file(log, 0);
         return text;

@@ -158,7 +158,7 @@ TEST(Report, FailuresInsideALogAreToldAndLeaveTheStatus) {
     expectReport("later attribute unreadable", logOf({good, badSecond, good}), report + "n\nn\to\n",
                  corrupted, {internal + formatError});
     expectReport("first attribute unreadable, in header and values", logOf({badFirst, good}), "n\to\n",
-                 corrupted + corrupted, {unreadable + formatError, unreadable + formatError});
+                 corrupted + corrupted, {unreadable + formatError, "last entry repeated 1 times"});
     expectReport("unreadable documents", logOf({documents, good}),
                  "job-name\tjob-owner\nn\to\n\t\td\n\t\n" + report, "", {});
 }

@@ -19,6 +19,7 @@ int main(int argc, char **argv) {
     MSG_UsageBegin("qvledg");
     const int status = run(readOptions(argc, argv));
     MSG_UsageEnd();
+    LOG_Flush(); // which a signal's end would not do
     OS_EndBySignal();
     return status;
 }

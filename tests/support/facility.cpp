@@ -1,8 +1,9 @@
 #include "tests/support/facility.h"
 
 #include <chrono>
-#include <fstream>
+#include <utility>
 
+#include "service/log.h"
 #include "service/log_internal.h"
 
 std::string takeText(ALA_attrPair *&pair) {
@@ -38,7 +39,10 @@ void Facility::setTimeZone(const char *zone) {
 }
 
 Facility::Facility() {
-    setenv("QV_LOG", (folder / "program.log").c_str(), 1);
+    const auto take = [](void *context, std::int32_t level, const char *, std::int32_t, const char *text) {
+        static_cast<Facility *>(context)->entries.emplace_back(level, text);
+    };
+    LOG_SetFunction(take, this);
     setenv("QV_REGISTRY", root.registry().c_str(), 1);
     unsetenv("QV_ROOT");
     setLogLevel("5");
@@ -58,7 +62,8 @@ Facility::~Facility() {
     if (handle != nullptr) {
         EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
     }
-    for (const char *name : {"QV_LOG", "QV_LOG_LEVEL", "QV_REGISTRY", "QV_ROOT", "TZ"})
+    LOG_SetFunction(nullptr, nullptr);
+    for (const char *name : {"QV_LOG_LEVEL", "QV_REGISTRY", "QV_ROOT", "TZ"})
         unsetenv(name);
     tzset();
     LOG__Reset();
@@ -70,13 +75,10 @@ void Facility::setLogLevel(const char *level) {
 }
 
 std::vector<std::string> Facility::takeLog(char givenLevel) {
-    std::ifstream fresh(folder / "program.log");
-    fresh.seekg(taken);
     std::vector<std::string> texts;
-    const std::string mark = std::string("]: ") + givenLevel + ' ';
-    for (std::string line; std::getline(fresh, line); taken = fresh.tellg())
-        if (const std::size_t level = line.find(mark); level != std::string::npos)
-            texts.push_back(line.substr(line.find(": ", level + mark.size()) + 2));
+    for (auto &[level, text] : std::exchange(entries, {}))
+        if (level == givenLevel - '0')
+            texts.push_back(std::move(text));
     return texts;
 }
 

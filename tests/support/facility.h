@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -52,5 +53,5 @@ protected:
     ALA_acctLogHandle_t log = nullptr;
 
 private:
-    std::streamoff taken = 0; // bytes of the program's log
+    std::vector<std::pair<std::int32_t, std::string>> entries; // of the program's log: levels and texts
 };

@@ -81,6 +81,7 @@ int main(int argc, char **argv) {
     MSG_UsageBegin("qvledg");
     const int status = runJson(readOptions(argc, argv, kJsonLetters));
     MSG_UsageEnd();
+    LOG_Flush(); // which a signal's end would not do
     OS_EndBySignal();
     return status;
 }
