@@ -89,14 +89,14 @@ static void setLevel() {
 // What the program's end and a fork do to the log.  False when the system will not call it then.
 static bool watchProcess() {
     const auto end = [] {
+        countsRepeats = false; // nobody would tell the count of what a destructor logs later still
         LOG_Flush();
-        countsRepeats = false; // who logs later still, from a destructor, would not see a count told
     };
-    const auto fork = [] {
+    const auto inChild = [] {
         repeats.startAnew();
         sink.forgetLost();
     };
-    return std::atexit(end) == 0 && ::pthread_atfork(nullptr, nullptr, fork) == 0;
+    return std::atexit(end) == 0 && ::pthread_atfork(nullptr, nullptr, inChild) == 0;
 }
 
 static void start() {
@@ -181,7 +181,7 @@ void LOG_Init(const char *, const char *) {
 
 void LOG_Flush() {
     const KeepErrno keep;
-    if (!sink.isOpen())
+    if (!started.load(std::memory_order_acquire) || !sink.isOpen())
         return;
     DueRepetitions due;
     repeats.takeAll(due);

@@ -1,14 +1,27 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <fstream>
+#include <chrono>
+#include <sstream>
+#include <thread>
 
+#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "ala/ala.h"
 #include "service/log.h"
 #include "service/log_internal.h"
+#include "service/log_sink.h"
+#include "tests/support/log_daemon.h"
+#include "tests/support/run_tool.h"
 #include "tests/support/temp_dir.h"
+
+using namespace qvledger;
 
 class Log : public testing::Test {
 protected:
@@ -124,4 +137,143 @@ TEST_F(Log, AFunctionTakesTheEntriesWhereverTheyWouldGo) {
     }
     const std::string log = takeLog();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
+}
+
+// Level, place and text of each entry.
+static std::vector<std::string> entriesOf(const std::string &log) {
+    std::vector<std::string> entries;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);)
+        entries.push_back(line.substr(line.find("]: ") + 3));
+    return entries;
+}
+
+static void say(std::int32_t line, const std::string &text) {
+    LOG_CondMessage(LOG_ERROR, "f.cpp", line, "%s", text.c_str());
+}
+
+TEST_F(Log, RepetitionsAreCountedByPlaceAndToldBeforeTheNextEntry) {
+    for (int i = 0; i < 3; ++i) {
+        say(1, "a");
+        say(2, "b\n");
+    }
+    LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "a\n");
+    static const char sameFile[] = "f.cpp"; // at another address
+    ASSERT_NE(LOG_StartMessage(LOG_ERROR, sameFile, 2, 0), 0);
+    LOG_CondAdd("b");
+    LOG_EndMessage();
+    for (const char *text : {"c", "c", "a", ""})
+        say(1, text);
+    LOG_Flush();
+    say(2, "b");
+    LOG__Reset();
+    EXPECT_THAT(entriesOf(takeLog()),
+                testing::ElementsAre("5 f.cpp:1: a", "5 f.cpp:2: b", "5 f.cpp:1: last entry repeated 3 times",
+                                     "5 f.cpp:2: last entry repeated 3 times", "5 f.cpp:1: c",
+                                     "5 f.cpp:1: last entry repeated 1 times", "5 f.cpp:1: a",
+                                     "5 f.cpp:1: ", "5 f.cpp:2: last entry repeated 1 times"));
+}
+
+TEST_F(Log, NoCallIsLostInTheCountsOfManyPlacesAndThreads) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([] {
+            for (int n = 0; n < 2000; ++n) {
+                say(1, n % 100 == 0 ? "x" : "y");
+                say(n / 50, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // 40 places, more than are known
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
+    LOG__Reset();
+    const std::string log = takeLog();
+    auto calls = callsByPlace(log);
+    EXPECT_EQ(calls["5 f.cpp:1"], 4 * (2000U + 50));
+    calls.erase("5 f.cpp:1");
+    EXPECT_EQ(calls.size(), 39U);
+    for (const auto &[place, times] : calls)
+        EXPECT_EQ(times, 200U) << place;
+    EXPECT_LT(std::count(log.begin(), log.end(), '\n'), 4000);
+}
+
+TEST_F(Log, AForkedProcessCountsItsOwnRepetitions) {
+    for (int i = 0; i < 3; ++i)
+        say(1, "a");
+    if (const pid_t child = fork(); child == 0) {
+        say(1, "a");
+        say(1, "a");
+        LOG_Flush();
+        _exit(0);
+    } else {
+        ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    }
+    LOG__Reset();
+    EXPECT_THAT(entriesOf(takeLog()),
+                testing::ElementsAre("5 f.cpp:1: a", "5 f.cpp:1: a", "5 f.cpp:1: last entry repeated 1 times",
+                                     "5 f.cpp:1: last entry repeated 2 times"));
+}
+
+// ---- Sinks that do not take all ----
+
+static unsigned writeMany(LogSink &sink, std::size_t length) {
+    const auto start = std::chrono::steady_clock::now();
+    unsigned taken = 0;
+    for (int i = 0; i < 1000; ++i)
+        taken += sink.write({LOG_ERROR, "f.cpp", 1}, std::string(length, 'x')) ? 1 : 0;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_TRUE(taken > 0 && taken < 1000 && !sink.isReady()) << taken;
+    return taken;
+}
+
+TEST(LogSink, SystemLogHearsHowManyEntriesItDidNotTake) {
+    const TempDir folder;
+    const std::string path = folder / "socket";
+    LogSink sink(path.c_str());
+    sink.open(nullptr, false);
+    EXPECT_FALSE(sink.write({LOG_ERROR, "f.cpp", 1}, "nobody listens"));
+    unsigned lost = 1;
+    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // each a daemon that was started anew
+        const LogDaemon daemon(path, type);
+        sink.tryAgain();
+        EXPECT_TRUE(sink.write({LOG_ERROR, "f.cpp", 1}, "first"));
+        const unsigned taken = writeMany(sink, 10);
+        const std::vector<std::string> entries = daemon.take();
+        ASSERT_EQ(entries.size(), taken + 2);
+        EXPECT_NE(entries[0].find(": " + std::to_string(lost) + " entries lost: the system log "),
+                  std::string::npos)
+            << entries[0];
+        EXPECT_THAT(std::string(entries[1].c_str()),
+                    testing::MatchesRegex("<11>[A-Z][a-z]+ [ 1-3][0-9] [0-9:]+ unit_tests\\[[0-9]+\\]: "
+                                          "5 f.cpp:1: first"));
+        EXPECT_EQ(entries[1].ends_with('\0'), type == SOCK_STREAM);
+        lost = 1000 - taken;
+    }
+    sink.close();
+}
+
+TEST(LogSink, AFullPipeCutsNoLineIntoAnotherOne) {
+    const TempDir folder;
+    const std::string path = folder / "pipe";
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const Descriptor reader(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    LogSink sink("");
+    sink.open(path.c_str(), true);
+    const std::size_t length = 9000; // more than a pipe takes in one piece
+    const unsigned taken = writeMany(sink, length);
+    std::string bytes(1'000'000, '\0');
+    const auto drain = [&] {
+        return static_cast<std::size_t>(read(reader.get(), bytes.data(), bytes.size()));
+    };
+    const std::string before = bytes.substr(0, drain());
+    EXPECT_FALSE(before.ends_with('\n')) << "the last entry is to be cut";
+    sink.tryAgain();
+    EXPECT_TRUE(sink.write({LOG_ERROR, "f.cpp", 2}, "last"));
+    const std::vector<std::string> entries = entriesOf(before + bytes.substr(0, drain()));
+    ASSERT_EQ(entries.size(), taken + 3);
+    for (unsigned i = 0; i < taken; ++i)
+        EXPECT_EQ(entries[i], "5 f.cpp:1: " + std::string(length, 'x'));
+    EXPECT_THAT(entries[taken + 1], testing::EndsWith(": " + std::to_string(1000 - taken) +
+                                                      " entries lost: the log's output did not take them"));
+    EXPECT_EQ(entries[taken + 2], "5 f.cpp:2: last");
+    sink.close();
 }

@@ -1,12 +1,16 @@
 // How runs end: status, messages, log entries.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <functional>
+#include <sstream>
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include "samples/callers_account.h"
+#include "tests/support/log_daemon.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;
@@ -138,13 +142,52 @@ TEST(Run, SignalsEndItBehindTheRecordAtHand) {
         while (fs::file_size(report) < 1'000'000)
             usleep(200);
         kill(run, asked);
-        EXPECT_EQ(system.finish(run).status, 1000 + asked);
+        const ToolResult result = system.finish(run);
+        EXPECT_EQ(result.status, 1000 + asked);
         const std::string written = readFile(report);
         EXPECT_EQ((written.size() - std::string("job-name\nmarch\n").size()) % 901, 0U) << "whole lines";
         EXPECT_LT(written.size(), 36'000'000U);
         EXPECT_FALSE(fs::exists(system.log("19990301")));
         EXPECT_TRUE(fs::exists(system.log("19990302")));
+        // A record's end is an entry, which only counts tell of after the first one.
+        const auto calls = callsByPlace(result.log);
+        EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [&](const auto &it) {
+            return it.second == std::count(written.begin(), written.end(), '\n');
+        })) << result.log;
     }
+}
+
+TEST(Run, CleanLogsLeaveFewEntriesAndDetailLeavesThemAll) {
+    PrintSystem system;
+    const std::string days[] = {"19990301", "19990302", "19990303"};
+    for (const std::string &day : days)
+        system.save(day, logOf(std::vector<Job>(200, jobOf({{"job-name", {"x"}}}))));
+    const auto calls = [&](const ToolRun &run, std::ptrdiff_t atMost) {
+        std::string failures;
+        std::istringstream lines(system.run({"-a", "alpha"}, run).log);
+        for (std::string line; std::getline(lines, line);)
+            if (line.find("]: 5 ") != line.npos)
+                failures += line + '\n';
+        EXPECT_LE(std::count(failures.begin(), failures.end(), '\n'), atMost) << failures;
+        return callsByPlace(failures);
+    };
+    const auto counted = calls({}, 5 * std::ssize(days));
+    EXPECT_EQ(counted, calls({.environment = {{"QV_LOG_LEVEL", "6"}}}, 100'000));
+    EXPECT_EQ(counted, calls({.environment = {{"QV_LOG_TRACE", "1"}}}, 100'000));
+}
+
+TEST(Run, ADaemonThatDoesNotReadDoesNotStopIt) {
+    PrintSystem system;
+    system.save("19990301", logOf(std::vector<Job>(200, jobOf({{"job-name", {"x"}}}))));
+    fs::create_directory(system / "dev");
+    const LogDaemon daemon(system / "dev/log", SOCK_DGRAM);
+    const ToolResult result = system.run({"alpha"}, {.environment = {{"QV_LOG", ""}, {"QV_LOG_LEVEL", "6"}},
+                                                     .mounted = {system / "dev", "/dev"}});
+    if (result.status == kNoNamespace)
+        GTEST_SKIP() << "needs a mount namespace";
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 201);
+    EXPECT_GT(daemon.take().size(), 0U);
 }
 
 TEST(Run, LogShowsWhatWasCalledAndWhere) {

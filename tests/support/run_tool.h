@@ -1,6 +1,7 @@
 // Runs the built qvledger on a root of its own and gives back all that a user and an operator see of it.
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,6 +56,9 @@ private:
 public:
     const samples::SampleRoot root;
 };
+
+// How often each place's entries were made, by "LEVEL FILE:LINE": an entry is one, its count so many more.
+std::map<std::string, unsigned> callsByPlace(const std::string &log);
 
 // Sets a file's last change: seconds since 1970.
 void setChanged(const std::filesystem::path &path, time_t when);
