@@ -1,19 +1,38 @@
 // The socket that a daemon of the system's log listens at; it reads only when it is told to.
 #pragma once
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
-#include <vector>
+
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include "platform/descriptor.h"
 
 class LogDaemon {
 public:
     // SOCK_DGRAM or SOCK_STREAM.
-    LogDaemon(const std::filesystem::path &path, int givenType);
+    LogDaemon(const std::filesystem::path &path, int givenType)
+        : type(givenType), socket(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+        std::filesystem::remove(path);
+        sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
+        std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+        if (bind(socket.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 ||
+            (type == SOCK_STREAM && listen(socket.get(), 4) != 0))
+            throw std::runtime_error("no socket at " + path.string());
+    }
 
-    // The entries that it was sent since the last call.
-    std::vector<std::string> take() const;
+    // The next entry that it was sent; nothing if there is none.
+    std::string take() const {
+        using qvledger::Descriptor;
+        const Descriptor connection(type == SOCK_STREAM ? accept(socket.get(), nullptr, nullptr) : -1);
+        char entry[10000];
+        const int source = type == SOCK_STREAM ? connection.get() : socket.get();
+        return {entry, static_cast<std::size_t>(std::max<ssize_t>(recv(source, entry, sizeof entry, 0), 0))};
+    }
 
 private:
     const int type;
