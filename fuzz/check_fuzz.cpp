@@ -2,7 +2,7 @@
 // found.
 #include <cstdlib>
 
-#include "ala/checking.h"
+#include "ala/driver.h"
 #include "fuzz/sandbox.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "ala/base/owners.h"
-#include "ala/checking.h"
 #include "ala/directory/scan.h"
+#include "ala/driver.h"
 #include "service/oid_table.h"
 
 using namespace qvledger;

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "ala/checking.h"
 #include "ala/driver.h"
 #include "platform/os.h"
 #include "service/message.h"

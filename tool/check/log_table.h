@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "ala/checking.h"
+#include "ala/driver.h"
 
 namespace qvledger {
 

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ala/checking.h"
+#include "ala/driver.h"
 #include "tool/check/fields.h"
 #include "tool/exit_status.h"
 #include "tool/facility.h"

@@ -1,16 +1,12 @@
 // qvledger-json: the accounting logs of print servers as JSON Lines.  Options, messages and statuses are
 // those of qvledger, whose driver it shares.
 #include <clocale>
-#include <new>
 
-#include "platform/os.h"
-#include "service/log.h"
-#include "service/message.h"
 #include "tool/json/json_lines.h"
 #include "tool/messages.h"
 #include "tool/options.h"
+#include "tool/program.h"
 #include "tool/progress.h"
-#include "tool/rights.h"
 #include "tool/run.h"
 #include "tool/stop.h"
 
@@ -61,27 +57,13 @@ static int runJson(const Options &options) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
-    try {
-        JsonWriter writer(options.typeflg != 0);
-        return runWith(options, 1 + options.numMoreServers, writer, kStatusLost);
-    } catch (const std::bad_alloc &) {
-        DisplayMsg(kMsgNoMemory);
-        return kStatusNoMemory;
-    }
+    JsonWriter writer(options.typeflg != 0);
+    return runWith(options, 1 + options.numMoreServers, writer, kStatusLost);
 }
 
 int main(int argc, char **argv) {
-    OS_PrepareProcess();
-    OS_NoteEndSignals();
-    dropLentRights();
     // Messages in the user's language; what the lines hold is the same for everyone.
-    std::setlocale(LC_CTYPE, "");
-    std::setlocale(LC_MESSAGES, "");
-    LOG_Init("stdout", "E");
-    MSG_UsageBegin("qvledg");
-    const int status = runJson(readOptions(argc, argv, kJsonLetters));
-    MSG_UsageEnd();
-    LOG_Flush(); // which a signal's end would not do
-    OS_EndBySignal();
-    return status;
+    return runProgram(argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
+        return runJson(readOptions(count, values, kJsonLetters));
+    });
 }

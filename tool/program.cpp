@@ -1,0 +1,38 @@
+#include "tool/program.h"
+
+#include <clocale>
+#include <new>
+
+#include "platform/os.h"
+#include "service/log.h"
+#include "service/message.h"
+#include "tool/exit_status.h"
+#include "tool/messages.h"
+#include "tool/rights.h"
+
+using namespace qvledger;
+
+static int workWithinMemory(int argc, char **argv, int (*work)(int, char **)) {
+    try {
+        return work(argc, argv);
+    } catch (const std::bad_alloc &) {
+        DisplayMsg(kMsgNoMemory);
+        return kStatusNoMemory;
+    }
+}
+
+int qvledger::runProgram(int argc, char **argv, std::initializer_list<int> localeCategories,
+                         int (*work)(int argc, char **argv)) {
+    OS_PrepareProcess();
+    OS_NoteEndSignals();
+    dropLentRights();
+    for (const int category : localeCategories)
+        std::setlocale(category, "");
+    LOG_Init("stdout", "E");
+    MSG_UsageBegin("qvledg");
+    const int status = workWithinMemory(argc, argv, work);
+    MSG_UsageEnd();
+    LOG_Flush(); // which a signal's end would not do
+    OS_EndBySignal();
+    return status;
+}
