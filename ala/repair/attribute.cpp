@@ -4,9 +4,8 @@
 #include <cstring>
 #include <limits>
 
-#include <arpa/inet.h>
-
 #include "ala/log/open_log.h"
+#include "platform/byte_order.h"
 #include "service/oid.h"
 #include "service/packed.h"
 #include "service/unpack.h"
@@ -26,16 +25,14 @@ constexpr std::uint32_t kBytesUnpackedForOne = 4;
 RecordReader::RecordReader(LogBytes &givenBytes, std::uint32_t verNum)
     : bytes(givenBytes), wordsOfHead(verNum < kVersionWithCounts ? 1 : 3) {}
 
-static std::uint32_t netWord(const std::uint8_t *at) {
-    std::uint32_t word = 0;
-    std::memcpy(&word, at, sizeof word);
-    return ntohl(word);
-}
-
 static std::uint32_t nativeWord(const std::uint8_t *at) {
     std::uint32_t word = 0;
     std::memcpy(&word, at, sizeof word);
     return word;
+}
+
+static std::uint32_t netWord(const std::uint8_t *at) {
+    return fromNetworkOrder(nativeWord(at));
 }
 
 Fit RecordReader::readHead(std::int64_t begin, RecordHead *head) {

@@ -5,8 +5,6 @@
 #include <memory>
 #include <new>
 
-#include <arpa/inet.h>
-
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
@@ -14,6 +12,7 @@
 #include "ala/log/permission.h"
 #include "ala/repair/checked_log.h"
 #include "ala/repair/tally.h"
+#include "platform/byte_order.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -65,7 +64,7 @@ static ALA_retCode_t readHeaderWords(ALA__checkedLog &log) {
     std::uint32_t created = 0;
     if (hasDate)
         std::memcpy(&created, at + sizeof created, sizeof created);
-    log.created = ntohl(created);
+    log.created = fromNetworkOrder(created);
     attrTag tag;
     std::memcpy(&tag, at + size, sizeof tag);
     log.accessEntries = tag.numAttrVal;
