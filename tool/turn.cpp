@@ -26,10 +26,6 @@ struct LoopState {
     }
 };
 
-} // namespace
-
-namespace {
-
 // What the facility asks and tells while it deletes logs.
 class Deletion final : public ALA__deletion {
 public:
