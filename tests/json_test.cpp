@@ -112,8 +112,14 @@ TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
     const SampleRoot other(system / "other");
     const fs::path report = system / "report";
     system.save("19990301", logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
-    logOf({jobOf({{"job-name", {"x"}}})}).save(other.log("beta", "19990302"));
+    Job job = jobOf({{"job-name", {"x"}}});
+    job.attribute(dotted("completion-time"), TIME,
+                  {Value(pack(samples::Time{.year = 1999, .month = 3, .day = 2, .hour = 1}))});
+    for (const char *server : {"beta", "much"})
+        logOf({job}).save(other.log(server, "19990302"));
     system.root.writeRegistry({{serverKey("alpha"), {{"QV_ROOT", system.root.path()}}},
+                               {serverKey("idle"), {{"QV_ROOT", other.path()}}},
+                               {serverKey("much"), {{"QV_ROOT", other.path()}, {"X", std::string(260, 'x')}}},
                                {serverKey("beta"), {{"QV_ROOT", other.path()}}},
                                {serverKey("bare"), {{"OTHER", "1"}}},
                                {serverKey("far"), {{"QV_ROOT", other.path()}, {"TZ", "JST-9"}}}});
@@ -134,10 +140,25 @@ TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
     fs::remove(report);
     EXPECT_EQ(system.run({"-o", report, "beta", "alpha"}, kJson).status, 7);
     EXPECT_FALSE(fs::exists(report));
-    // Nothing is written to a log of a server whose turn comes later.
-    const std::string log = readFile(other.log("beta", "19990302"));
-    EXPECT_EQ(system.run({"-o", other.log("beta", "19990302"), "alpha", "beta"}, kJson).status, 30);
-    EXPECT_EQ(readFile(other.log("beta", "19990302")), log);
+    EXPECT_EQ(system.run({"-o", report, "beta", "idle"}, kJson).status, 29);
+    EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
+    writeFile(report, "");
+    // Looking at the later servers' logs leaves the times of the first one as they are.
+    system.run({"-o", report, "beta", "far"}, kJson);
+    EXPECT_EQ(readFile(report), system.run({"beta", "far"}, kJson).out);
+    // Nothing is written to a log of any of the servers, not even of one whose turn cannot begin.
+    for (const char *first : {"alpha", "beta", "much"})
+        for (const char *second : {"alpha", "beta", "much"})
+            for (const fs::path &log : {other.log("beta", "19990302"), other.log("much", "19990302")}) {
+                const std::string before = readFile(log);
+                const std::vector<std::string> servers = {"-s", "19990302", "-o", log, first, second};
+                const bool isOwn = log.string().find(first) != std::string::npos ||
+                                   log.string().find(second) != std::string::npos;
+                if (first == second || !isOwn)
+                    continue;
+                EXPECT_EQ(system.run(servers, kJson).status, 30) << first << ' ' << second;
+                EXPECT_EQ(readFile(log), before) << first << ' ' << second;
+            }
 }
 
 // The same ends as the tool's, but for the usage.
@@ -161,10 +182,11 @@ TEST(Json, EndsAsTheToolDoes) {
     const std::string usage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
                               "   [-s <start date>]\n   [-e <end date>] [-p <path>]\n"
                               "   [-O <path>] serverName ...\n";
-    for (const char *option : {"-d", "-a", "-g", "-x", "-s"}) {
-        const ToolResult result = system.run({option}, kJson);
-        EXPECT_EQ(result.status, 1) << option;
-        EXPECT_EQ(result.err, usage) << option;
+    for (const std::vector<std::string> &arguments : std::vector<std::vector<std::string>>{
+             {"-d"}, {"-a"}, {"-g"}, {"-x"}, {"-s"}, {""}, {"alpha", "beta", "alpha"}}) {
+        const ToolResult result = system.run(arguments, kJson);
+        EXPECT_EQ(result.status, 1) << arguments[0];
+        EXPECT_EQ(result.err, usage) << arguments[0];
     }
     EXPECT_EQ(system.run({"-h"}, kJson).status, 0);
     EXPECT_EQ(system.run({"-V"}, kJson).out, system.run({"-V"}).out);

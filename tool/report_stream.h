@@ -37,7 +37,9 @@ public:
     // A file on a disk?
     bool isFile() const { return identity.regular; }
     // Is the report one of the server's logs?
-    bool isLogOf(ALA_handle_t handle) const { return identity.regular && ALA__IsLog(handle, identity); }
+    bool isLog(const char *server, const char *logPath) const {
+        return identity.regular && ALA__IsLog(server, logPath, identity);
+    }
 
     // Could something not be written?  The user was told, and nothing more is written.
     bool failed() const { return lost; }

@@ -10,6 +10,7 @@
 #include "tool/messages.h"
 #include "tool/report_stream.h"
 #include "tool/report_writer.h"
+#include "tool/rights.h"
 #include "tool/turn.h"
 
 using namespace qvledger;
@@ -47,7 +48,7 @@ private:
     TurnEnd turn(std::int32_t number);
     int begin(std::int32_t number);
     bool enter(std::int32_t number);
-    bool refuseLogOfLaterServer(std::int32_t number);
+    bool refuseLogAsReport(std::int32_t current);
 
     Options options; // of the server whose turn it is
     const char *firstServer = options.serverName;
@@ -75,21 +76,27 @@ bool Run::enter(std::int32_t number) {
     return loadServiceEnvironment(options.serverName);
 }
 
-// What is written for one server must not go into a log of the next.
-bool Run::refuseLogOfLaterServer(std::int32_t number) {
-    if (number + 1 == numServers || !stream.isFile())
+// True after telling that the report is a log of one of the servers: what went into it would be read as that
+// server's records.  No server is registered for it, as the first registration settles the time zone.
+bool Run::refuseLogAsReport(std::int32_t current) {
+    if (!stream.isFile())
         return false;
-    for (std::int32_t later = number + 1; later < numServers; ++later) {
-        if (!enter(later))
-            continue; // which its turn will tell
+    for (std::int32_t number = 0; number < numServers; ++number) {
+        // Its turn tells if settings are missing; what directory is known then is looked at all the same.
+        if (numServers > 1)
+            static_cast<void>(enter(number));
         Malloced<char> madePath;
         const char *logPath = findLogPath(options, madePath);
-        Facility facility;
-        if (logPath != nullptr && registerServer(options, logPath, facility) == ALA_N_NORMAL &&
-            refuseLogAsReport(options, facility, stream))
-            return true;
+        const LentRights rights(options.acctPath2 == nullptr);
+        if (logPath == nullptr || !stream.isLog(options.serverName, logPath))
+            continue;
+        DisplayMsg(kMsgReportFile, options.ofile != nullptr ? options.ofile : kStandardOutput);
+        return true;
     }
-    return !enter(number);
+    if (numServers == 1 || enter(current))
+        return false;
+    DisplayMsg(kMsgEnvironment); // the registry has changed in between
+    return true;
 }
 
 // What comes once, before the first log: 0, or the status that ends the run.
@@ -106,7 +113,7 @@ int Run::begin(std::int32_t number) {
         break;
     }
     zone = timeZone();
-    if (refuseLogOfLaterServer(number))
+    if (refuseLogAsReport(number))
         return kStatusBadStart;
     begun = true;
     return 0;
@@ -119,8 +126,10 @@ static TurnEnd failedTurn(int status) {
 TurnEnd Run::turn(std::int32_t number) {
     if (!enter(number)) {
         DisplayMsg(kMsgEnvironment);
-        if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0')
+        if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0') {
             DisplayMsg(kMsgRegistryFile, trouble);
+            over = true; // all servers have their settings there
+        }
         return failedTurn(kStatusBadStart);
     }
     if (!begun) {
@@ -130,10 +139,7 @@ TurnEnd Run::turn(std::int32_t number) {
             return failedTurn(status);
     }
     if (std::strcmp(timeZone(), zone) != 0) {
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
-                        "the server %s has the time zone %s, and the run has %s", options.serverName,
-                        timeZone(), zone);
-        DisplayMsg(kMsgEnvironment);
+        DisplayMsg(kMsgOtherZone, options.serverName, timeZone(), zone);
         return failedTurn(kStatusBadStart);
     }
     return reportServer(options, stream, writer);
@@ -143,8 +149,11 @@ int Run::report() {
     for (std::int32_t number = 0; number < numServers && !over; ++number) {
         const TurnEnd end = turn(number);
         outcome.add(end);
-        if (end.status != 0 && numServers > 1 && !over)
+        if (end.status != 0 && numServers > 1 && !over) {
             DisplayMsg(kMsgServerFailed, options.serverName, end.status);
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the server %s ended with status %d",
+                            options.serverName, end.status);
+        }
         over = over || stream.failed() || OS_NotedSignal() != 0;
     }
     stream.finish();

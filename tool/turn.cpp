@@ -54,15 +54,6 @@ static ALA_retCode_t startFacility(const Options &options, const char *logPath, 
     return listLogs(options, facility);
 }
 
-bool qvledger::refuseLogAsReport(const Options &options, const Facility &facility,
-                                 const ReportStream &report) {
-    const LentRights rights(options.acctPath2 == nullptr);
-    if (!report.isLogOf(facility.mainh))
-        return false;
-    DisplayMsg(kMsgReportFile, options.ofile != nullptr ? options.ofile : kStandardOutput);
-    return true;
-}
-
 static void logKept(std::int32_t date, const char *why) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", date, why);
 }
@@ -152,16 +143,13 @@ static int prepare(const Options &options, const ReportStream &report, Facility 
     const char *logPath = findLogPath(options, madePath);
     if (logPath == nullptr)
         return tellNoLogPath();
-    if (const ALA_retCode_t result = startFacility(options, logPath, report, facility);
-        result != ALA_N_NORMAL)
-        return result;
-    return refuseLogAsReport(options, facility, report) ? kStatusBadStart : 0;
+    return startFacility(options, logPath, report, facility);
 }
 
 TurnEnd qvledger::reportServer(const Options &options, ReportStream &report, LogOutput &writer) {
     Facility facility;
     if (const int status = prepare(options, report, facility); status != 0)
-        return {.status = status, .failed = true};
+        return {.status = status, .failed = status != kStatusNoLogs};
     LoopState state;
     processLogs(options, facility, report, writer, state);
     writer.end();

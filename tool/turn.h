@@ -17,10 +17,6 @@ struct TurnEnd {
     bool deletedAny = false; // the lines of deleted logs exist nowhere else
 };
 
-// True after telling that the report is one of the server's logs: what went into it would be read as its
-// records.
-bool refuseLogAsReport(const Options &options, const Facility &facility, const ReportStream &report);
-
 // Reports the server's logs, and deletes them under -d.  The environment is the server's, and the dates are
 // valid.
 TurnEnd reportServer(const Options &options, ReportStream &report, LogOutput &writer);

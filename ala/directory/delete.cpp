@@ -233,10 +233,10 @@ private:
 
 // What keeps the directory from being read is told by the listing.
 template <class Visitor, class Subject>
-static Visitor visitServer(ALA_handle_t alaHandle, Subject &subject) {
+static Visitor visitServer(const char *svrName, const char *acctLogPath, Subject &subject) {
     Malloced<char> path;
-    const Malloced<char> prefix(_ALA_AddChar(alaHandle->svrName, "."));
-    const bool isConverted = prefix != nullptr && ALA__ConvertPath(alaHandle->acctLogPath, path);
+    const Malloced<char> prefix(_ALA_AddChar(svrName, "."));
+    const bool isConverted = prefix != nullptr && ALA__ConvertPath(acctLogPath, path);
     const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
     Visitor visitor(path.get(), subject);
     if (directory != nullptr)
@@ -245,9 +245,9 @@ static Visitor visitServer(ALA_handle_t alaHandle, Subject &subject) {
 }
 
 void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion) {
-    visitServer<LogsAside>(in_alaHandle, inout_deletion);
+    visitServer<LogsAside>(in_alaHandle->svrName, in_alaHandle->acctLogPath, inout_deletion);
 }
 
-bool ALA__IsLog(ALA_handle_t in_alaHandle, const OS_fileIdentity &in_file) {
-    return visitServer<FileAmongLogs>(in_alaHandle, in_file).isFound;
+bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file) {
+    return visitServer<FileAmongLogs>(inp_serverName, inp_acctLogPath, in_file).isFound;
 }

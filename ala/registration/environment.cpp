@@ -63,8 +63,11 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
         DWORD type = 0;
         const LONG result = RegEnumValueA(key.get(), index, achValue, &nameSize, nullptr, &type,
                                           reinterpret_cast<BYTE *>(envValue), &dataSize);
+        if (result == ERROR_NO_MORE_ITEMS)
+            return 0;
         if (result != ERROR_SUCCESS)
-            return result == ERROR_NO_MORE_ITEMS ? 0 : -1;
+            return ALA_FAIL(-1, "value %u of the settings for %s cannot be taken, error %d", index + 1,
+                            path.get(), result);
         if (!setVariable(achValue, envValue))
             return -1;
     }

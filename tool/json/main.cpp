@@ -1,6 +1,10 @@
 // qvledger-json: the accounting logs of print servers as JSON Lines.  Options, messages and statuses are
 // those of qvledger, whose driver it shares.
 #include <clocale>
+#include <set>
+#include <span>
+#include <string_view>
+#include <vector>
 
 #include "tool/json/json_lines.h"
 #include "tool/messages.h"
@@ -51,8 +55,16 @@ private:
 
 } // namespace
 
+// No name is empty, and none is given twice: its jobs would be counted twice.
+static bool areNames(std::span<const char *const> servers) {
+    std::set<std::string_view> names(servers.begin(), servers.end());
+    return names.size() == servers.size() && !names.contains("");
+}
+
 static int runJson(const Options &options) {
-    const bool isValid = options.errflg == 0 && options.serverName != nullptr;
+    std::vector<const char *> servers(options.moreServers, options.moreServers + options.numMoreServers);
+    servers.push_back(options.serverName);
+    const bool isValid = options.errflg == 0 && options.serverName != nullptr && areNames(servers);
     if (options.helpflg != 0 || (options.verflg == 0 && !isValid)) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;
