@@ -24,7 +24,7 @@ inline uint32_t native(const char *p) {
     return v;
 }
 inline uint32_t net(const char *p) {
-    return fromNetworkOrder(native(p));
+    return qvledger::fromNetworkOrder(native(p));
 }
 
 class Input {

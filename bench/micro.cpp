@@ -16,6 +16,7 @@
 #include "service/status.h"
 
 using namespace samples;
+using namespace qvledger;
 namespace fs = std::filesystem;
 
 constexpr int kAttributes = 20;
