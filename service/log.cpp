@@ -26,6 +26,8 @@ constexpr std::int32_t kEverything =
     INT32_MAX; // not initialised: every entry comes through and starts the log
 constexpr std::int32_t kNothing = INT32_MIN;
 
+constexpr std::int64_t kLastWait = 100'000; // microseconds, for who is to take the counts
+
 std::atomic<std::int32_t> LOG_g_level = kEverything;
 
 namespace {
@@ -58,6 +60,7 @@ static std::atomic<bool> started;
 constinit static LogSink sink(_PATH_LOG);
 constinit static LogRepeats repeats;
 static std::atomic<bool> countsRepeats;
+static std::atomic<bool> wasInVain; // the last flush
 static std::int32_t messageLevel = LOG_ERROR;
 static bool traceWanted;
 static LOG_function entryFunction; // takes the entries in the sink's place, unless null
@@ -119,6 +122,7 @@ void LOG__Reset() {
     const std::lock_guard guard(startLock);
     repeats.startAnew();
     sink.close();
+    wasInVain = false;
     threadsMessage().open = false;
     LOG_g_level = kEverything;
     started = false;
@@ -185,9 +189,10 @@ void LOG_Flush() {
         return;
     DueRepetitions due;
     repeats.takeAll(due);
-    sink.tryAgain(); // what was refused just now may be taken, and there may be no later time
+    // What was refused just now may be taken, and there may be no later time; once in vain is enough.
+    sink.tryAgain(wasInVain ? 0 : kLastWait);
     tell(due);
-    static_cast<void>(sink.tellLost()); // what it cannot tell it knows still
+    wasInVain = !sink.tellLost(); // what it cannot tell it knows still
 }
 
 void LOG_SetFunction(LOG_function in_function, void *inp_context) {

@@ -1,13 +1,14 @@
 // LOG_: the program's log.
 //
 // One line an entry: time in UTC, program and process id, level, source file and line, text.  The sink is
-// syslog unless QV_LOG names another (a file to append to, "stderr", "none").  QV_LOG_LEVEL=6 adds the
-// detail, QV_LOG_TRACE=1 the entry and exit of operations.  Nothing ever goes to the report stream.
+// syslog unless QV_LOG names another (a file to append to, "stderr", "none"); a file that cannot be opened is
+// the first entry there.  QV_LOG_LEVEL=6 adds the detail, QV_LOG_TRACE=1 the entry and exit of operations.
+// Nothing ever goes to the report stream.
 //
 // An entry that equals the last one of its level, source file and line is counted instead of written: "last
-// entry repeated N times", with that level, file and line, comes before the next entry that is written, and
-// at the program's end; while nothing else comes, after a minute, after an hour more, and then once a day.  A
-// file and stderr get every entry, none counted, where QV_LOG_LEVEL or QV_LOG_TRACE ask for more than
+// entry repeated N times", with that level, file and line, comes before the place's next entry that is
+// written, and at the program's end; while it repeats, after a minute, after an hour more, and then once a
+// day.  A file and stderr get every entry, none counted, where QV_LOG_LEVEL or QV_LOG_TRACE ask for more than
 // failures, and a function (LOG_SetFunction) always.
 //
 // The log never holds the program up for longer than moments: what the system's log or the reader of a pipe

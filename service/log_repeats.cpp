@@ -68,14 +68,18 @@ LogRepeats::Last &LogRepeats::placeFor(const LogPlace &place) {
     return last[next++ % kRepeatPlaces];
 }
 
-void LogRepeats::handOutAll(DueRepetitions &due) {
-    const std::int64_t now = secondsNow();
+void LogRepeats::handOut(Last &it, std::int64_t now, DueRepetitions &due) {
+    if (it.times == 0)
+        return;
+    due.add(it.place, std::exchange(it.times, 0));
+    it.toldAt = now;
+    it.wait = std::min(it.wait * kWaitGrows, kLongestWait);
+}
+
+void LogRepeats::handOutTimely(std::int64_t now, DueRepetitions &due) {
     for (Last *it = last; it != last + known; ++it)
-        if (it->times != 0) {
-            due.add(it->place, it->times);
-            it->times = 0;
-            it->toldAt = now;
-        }
+        if (now - it->toldAt >= it->wait)
+            handOut(*it, now, due);
 }
 
 bool LogRepeats::count(const LogPlace &place, std::string_view text, DueRepetitions &due) {
@@ -84,12 +88,8 @@ bool LogRepeats::count(const LogPlace &place, std::string_view text, DueRepetiti
     if (it == nullptr || !it->isKept || std::string_view(it->text, it->length) != text)
         return false;
     ++it->times;
-    if (const std::int64_t now = secondsNow(); now - it->toldAt >= it->wait) {
-        due.add(place, it->times);
-        it->times = 0;
-        it->toldAt = now;
-        it->wait = std::min(it->wait * kWaitGrows, kLongestWait);
-    }
+    if (const std::int64_t now = secondsNow(); now - it->toldAt >= it->wait)
+        handOutTimely(now, due);
     return true;
 }
 
@@ -97,10 +97,12 @@ void LogRepeats::enter(const LogPlace &place, std::string_view text, DueRepetiti
     const Turn turn(taken);
     if (!turn.hasCome())
         return;
-    handOutAll(due);
+    const std::int64_t now = secondsNow();
+    handOutTimely(now, due);
     Last &it = placeFor(place);
+    handOut(it, now, due); // the place's count, or that of the one that gives way to it
     it.place = place;
-    it.toldAt = secondsNow();
+    it.toldAt = now;
     it.wait = kFirstWait;
     it.isKept = text.size() <= kLongestText;
     it.length = it.isKept ? text.size() : 0;
@@ -118,8 +120,10 @@ std::uint64_t LogRepeats::forget(const LogPlace &place) {
 
 void LogRepeats::takeAll(DueRepetitions &due) {
     const Turn turn(taken);
-    if (turn.hasCome())
-        handOutAll(due);
+    if (!turn.hasCome())
+        return;
+    for (Last *it = last; it != last + known; ++it)
+        handOut(*it, secondsNow(), due);
 }
 
 void LogRepeats::startAnew() {

@@ -23,7 +23,7 @@ struct LogRepetition {
 
 constexpr std::size_t kRepeatPlaces = 16; // whose last entries are known at a time
 
-// Repetitions that are to be told now, in the order of their places' first entries.
+// Repetitions that are to be told now.
 class DueRepetitions {
 public:
     void add(const LogPlace &place, std::uint64_t times) { items[size++] = {place, times}; }
@@ -44,11 +44,13 @@ private:
 class LogRepeats {
 public:
     // Counts an entry that repeats its place's last one, false for any other.  What repeats for long is due
-    // after a minute, after an hour more, and then once a day.
+    // after a minute, after an hour more, and then once a day.  Due are the counts of all places whose time
+    // has come when that of this one has.
     bool count(const LogPlace &place, std::string_view text, DueRepetitions &due);
 
-    // An entry that is to be written is its place's last one from now on; all that was counted is due before
-    // it. An entry that is too long is not kept, and written each time.
+    // An entry that is to be written is its place's last one from now on; what its place counted is due
+    // before it, and so are the counts of other places whose time has come.  An entry that is too long is not
+    // kept, and written each time.
     void enter(const LogPlace &place, std::string_view text, DueRepetitions &due);
 
     // The place's last entry could not be written, so nothing must count as its repetition: how often it was
@@ -77,7 +79,8 @@ private:
 
     Last *find(const LogPlace &place);
     Last &placeFor(const LogPlace &place);
-    void handOutAll(DueRepetitions &due);
+    static void handOut(Last &it, std::int64_t now, DueRepetitions &due);
+    void handOutTimely(std::int64_t now, DueRepetitions &due);
 
     std::atomic_flag taken;
     std::size_t known = 0; // of the last entries

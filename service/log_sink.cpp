@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -22,91 +23,114 @@ using namespace qvledger;
 
 // ---- Opening ----
 
-// A pipe's or a socket's reader may stop to read.
-static bool hasReader(int fd) {
-    struct stat status = {};
-    return ::fstat(fd, &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
-}
-
 void LogSink::openFile(const char *name) {
     // O_NONBLOCK: a pipe without a reader must not hold the program up.
     fd = movedBehindStandardStreams(
         ::open(name, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640));
-    mayFill = fd >= 0 && hasReader(fd);
+    const int reason = errno;
+    kind = fd >= 0 ? Kind::descriptor : Kind::systemLog;
+    if (kind == Kind::descriptor)
+        return;
+    systemLog.open();
+    LogText text;
+    text.append(name);
+    text.append(" cannot be opened: ");
+    text.append(std::strerror(reason));
+    static_cast<void>(write({LOG_ERROR, __FILE__, __LINE__}, text.view())); // the sink knows what it lost
 }
 
 void LogSink::open(const char *name, bool isComplete) {
-    const bool isNamed = name != nullptr && *name != '\0';
-    if (isNamed && std::strcmp(name, "none") == 0)
+    patience.renew();
+    if (name == nullptr || *name == '\0') {
+        kind = Kind::systemLog;
+        return systemLog.open();
+    }
+    if (std::strcmp(name, "none") == 0)
         return;
-    if (isNamed && std::strcmp(name, "stderr") == 0) {
+    const bool isStandard = std::strcmp(name, "stderr") == 0;
+    if (isStandard) {
+        kind = Kind::descriptor;
         fd = STDERR_FILENO; // which others share, so it stays as it is
-        mayFill = !isComplete && hasReader(fd);
-    } else if (isNamed) {
+    } else {
         openFile(name);
     }
-    kind = fd >= 0 ? Kind::descriptor : Kind::systemLog;
-    if (kind == Kind::systemLog)
-        systemLog.open();
-    patience.renew();
+    struct stat status = {};
+    if (fd < 0 || ::fstat(fd, &status) != 0)
+        return;
+    device = status.st_dev;
+    inode = status.st_ino;
+    isSocket = S_ISSOCK(status.st_mode);
+    mayFill = (isSocket || S_ISFIFO(status.st_mode)) && !(isStandard && isComplete);
+}
+
+// A program that closes descriptors which are not its own may have another file under the number by now.
+bool LogSink::isStillOpen() const {
+    struct stat status = {};
+    return fd == STDERR_FILENO ||
+           (::fstat(fd, &status) == 0 && status.st_dev == device && status.st_ino == inode);
 }
 
 void LogSink::close() {
-    if (fd > STDERR_FILENO)
+    if (fd > STDERR_FILENO && isStillOpen())
         static_cast<void>(_close(fd)); // nobody is left to tell
     systemLog.close();
     kind = Kind::nowhere;
     fd = -1;
+    isSocket = false;
     mayFill = false;
     isCut = false;
     lost = 0;
 }
 
-void LogSink::tryAgain() {
-    systemLog.tryAgain();
-    patience.renew();
+void LogSink::tryAgain(std::int64_t longestWait) {
+    systemLog.tryAgain(longestWait);
+    patience.renew(longestWait);
 }
 
 // ---- Bytes to a descriptor ----
 
-// A piece to a pipe or a socket that has room for one.
-bool LogSink::tryReader(std::string_view &bytes, bool wait) const {
-    pollfd ready = {.fd = fd, .events = POLLOUT, .revents = 0};
-    const int count = ::poll(&ready, 1, wait ? static_cast<int>(LogPatience::kLongestWait / 1000) : 0);
-    if (count < 0)
-        return false;
-    if ((ready.revents & POLLOUT) == 0 || (ready.revents & POLLERR) != 0) {
+// Whether a write of a piece to the pipe would not wait; false with errno.
+static bool hasRoom(int pipe) {
+    pollfd ready = {.fd = pipe, .events = POLLOUT, .revents = 0};
+    const int count = ::poll(&ready, 1, 0);
+    if (count == 1 && ready.revents == POLLOUT)
+        return true;
+    if (count >= 0)
         errno = count == 0 ? EAGAIN : EPIPE;
+    return false;
+}
+
+// Takes off the bytes what was written, all if it does not go to a reader that may take nothing; false with
+// errno when nothing was.
+bool LogSink::passPiece(std::string_view &bytes) const {
+    if (mayFill && !isSocket && !hasRoom(fd))
         return false;
-    }
-    const std::string_view piece = bytes.substr(0, PIPE_BUF);
-    const int written = _write(fd, piece.data(), static_cast<unsigned>(piece.size()));
+    const std::string_view piece = mayFill ? bytes.substr(0, PIPE_BUF) : bytes;
+    errno = 0;
+    const ssize_t written =
+        isSocket ? ::send(fd, piece.data(), piece.size(), MSG_NOSIGNAL | (mayFill ? MSG_DONTWAIT : 0))
+                 : _write(fd, piece.data(), static_cast<unsigned>(piece.size()));
     if (written > 0)
         bytes.remove_prefix(static_cast<std::size_t>(written));
     return written > 0;
 }
 
-std::size_t LogSink::passToReader(std::string_view bytes) {
-    const std::size_t size = bytes.size();
-    while (!bytes.empty())
-        if (!patience.attempt([&](bool wait) { return tryReader(bytes, wait); }))
-            break;
-    return size - bytes.size();
+// After bytes were not written that are waited for: whether to go on.
+static bool waitForRoom(int fd) {
+    if (errno == EAGAIN) { // who shares the standard error stream may have made it so
+        pollfd ready = {.fd = fd, .events = POLLOUT, .revents = 0};
+        return ::poll(&ready, 1, -1) > 0 || errno == EINTR;
+    }
+    return errno == EINTR;
 }
 
 // How many of the bytes were written.
 std::size_t LogSink::pass(std::string_view bytes) {
-    if (mayFill)
-        return passToReader(bytes);
     const std::size_t size = bytes.size();
-    while (!bytes.empty()) {
-        const int written = _write(fd, bytes.data(), static_cast<unsigned>(bytes.size()));
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0)
-            break;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
+    bool goesOn = isStillOpen();
+    while (goesOn && !bytes.empty())
+        goesOn = mayFill ? patience.attempt([&] { return passPiece(bytes); })
+                         : passPiece(bytes) || waitForRoom(fd);
     return size - bytes.size();
 }
 

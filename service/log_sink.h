@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include <sys/types.h>
+
 #include "service/log_patience.h"
 #include "service/log_repeats.h"
 #include "service/system_log.h"
@@ -20,7 +22,8 @@ class LogSink {
 public:
     constexpr explicit LogSink(const char *systemLogPath) : systemLog(systemLogPath) {}
 
-    // By name as QV_LOG has it; null or empty, and a file that cannot be opened, is the system's log.
+    // By name as QV_LOG has it; null or empty is the system's log.  So is a file that cannot be opened, which
+    // is the first thing told there.
     // REQUIRES: no other thread uses the sink; it was not opened, or closed since.
     void open(const char *name, bool isComplete);
     void close();
@@ -30,8 +33,8 @@ public:
 
     // Worth a try?  It is not for up to a second after entries were refused.
     bool isReady() const { return kind == Kind::systemLog ? systemLog.isReady() : !patience.isOver(); }
-    // Forgets that entries were refused.
-    void tryAgain();
+    // Forgets that entries were refused, and may wait for so many microseconds from now on.
+    void tryAgain(std::int64_t longestWait = LogPatience::kLongestWait);
 
     // Writes an entry, behind the number of the lost ones if there are any.  False when it was not taken; the
     // calls it stands for are lost then.
@@ -50,11 +53,14 @@ private:
     bool put(const LogPlace &place, std::string_view text);
     bool putLine(std::string_view line);
     std::size_t pass(std::string_view bytes);
-    std::size_t passToReader(std::string_view bytes);
-    bool tryReader(std::string_view &bytes, bool wait) const;
+    bool passPiece(std::string_view &bytes) const;
+    bool isStillOpen() const;
 
     Kind kind = Kind::nowhere;
     int fd = -1;
+    dev_t device = 0; // the device and the inode that were opened, but for the standard error stream
+    ino_t inode = 0;
+    bool isSocket = false;
     bool mayFill = false; // a pipe or a socket, whose reader may take nothing
     SystemLog systemLog;
     LogPatience patience;            // with the descriptor's reader

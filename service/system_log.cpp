@@ -8,7 +8,6 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -31,10 +30,6 @@ int qvledger::movedBehindStandardStreams(int fd) {
 
 void SystemLog::open() {
     fd = movedBehindStandardStreams(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    const timeval longest = {0, LogPatience::kLongestWait};
-    // Refused, there is no wait with an end, and so none at all must be tried.
-    if (fd >= 0 && ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest) != 0)
-        close();
     patience.renew();
 }
 
@@ -69,14 +64,10 @@ bool SystemLog::sendOverStream(std::string_view bytes) const {
     return isSent;
 }
 
-bool SystemLog::trySend(std::string_view bytes, bool wait) const {
+bool SystemLog::trySend(std::string_view bytes) const {
     const sockaddr_un address = addressOf(path);
-    ssize_t sent;
-    do
-        sent = ::sendto(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL | (wait ? 0 : MSG_DONTWAIT),
-                        reinterpret_cast<const sockaddr *>(&address), sizeof address);
-    while (sent < 0 && errno == EINTR);
-    if (sent >= 0)
+    if (::sendto(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT,
+                 reinterpret_cast<const sockaddr *>(&address), sizeof address) >= 0)
         return true;
     // A stream's entry ends with a NUL.
     return errno == EPROTOTYPE && sendOverStream({bytes.data(), bytes.size() + 1});
@@ -105,7 +96,7 @@ bool SystemLog::send(int priority, std::string_view text) {
         piece.append(text.substr(0, kPiece));
         piece.end('\0');
         const std::string_view bytes = piece.view().substr(0, piece.view().size() - 1);
-        if (!patience.attempt([&](bool wait) { return trySend(bytes, wait); }))
+        if (!patience.attempt([&] { return trySend(bytes); }))
             return false;
     }
     return true;

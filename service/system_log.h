@@ -24,13 +24,13 @@ public:
     // Worth a try?
     bool isReady() const { return !patience.isOver(); }
     // Forgets that entries were refused: the next one is tried.
-    void tryAgain() { patience.renew(); }
+    void tryAgain(std::int64_t longestWait) { patience.renew(longestWait); }
 
     // False when the daemon did not take all of the entry.  The priority is one of syslog(3)'s.
     bool send(int priority, std::string_view text);
 
 private:
-    bool trySend(std::string_view bytes, bool wait) const;
+    bool trySend(std::string_view bytes) const;
     bool sendOverStream(std::string_view bytes) const;
 
     const char *path;

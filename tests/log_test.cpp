@@ -2,6 +2,7 @@
 #include <cctype>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <sstream>
 #include <thread>
 
@@ -9,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -150,7 +152,7 @@ static void say(std::int32_t line, const std::string &text) {
     LOG_CondMessage(LOG_ERROR, "f.cpp", line, "%s", text.c_str());
 }
 
-TEST_F(Log, RepetitionsAreCountedByPlaceAndToldBeforeTheNextEntry) {
+TEST_F(Log, RepetitionsAreCountedAndToldBeforeThePlacesNextEntry) {
     for (int i = 0; i < 3; ++i) {
         say(1, "a");
         say(2, "b\n");
@@ -167,9 +169,9 @@ TEST_F(Log, RepetitionsAreCountedByPlaceAndToldBeforeTheNextEntry) {
     LOG__Reset();
     EXPECT_THAT(entriesOf(takeLog()),
                 testing::ElementsAre("5 f.cpp:1: a", "5 f.cpp:2: b", "5 f.cpp:1: last entry repeated 3 times",
-                                     "5 f.cpp:2: last entry repeated 3 times", "5 f.cpp:1: c",
-                                     "5 f.cpp:1: last entry repeated 1 times", "5 f.cpp:1: a",
-                                     "5 f.cpp:1: ", "5 f.cpp:2: last entry repeated 1 times"));
+                                     "5 f.cpp:1: c", "5 f.cpp:1: last entry repeated 1 times", "5 f.cpp:1: a",
+                                     "5 f.cpp:1: ", "5 f.cpp:2: last entry repeated 3 times",
+                                     "5 f.cpp:2: last entry repeated 1 times"));
 }
 
 TEST_F(Log, NoCallIsLostInTheCountsOfManyPlacesAndThreads) {
@@ -211,6 +213,18 @@ TEST_F(Log, AForkedProcessCountsItsOwnRepetitions) {
                                      "5 f.cpp:1: last entry repeated 2 times"));
 }
 
+TEST_F(Log, AFileThatTookTheLogsDescriptorGetsNoEntry) {
+    const int number = Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)).get(); // the next one
+    say(1, "a");
+    close(number);
+    const Descriptor other(open((folder / "other").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    ASSERT_EQ(other.get(), number);
+    say(1, "b");
+    LOG__Reset();
+    EXPECT_EQ(readFile(folder / "other"), "");
+    EXPECT_EQ(fcntl(number, F_GETFD), FD_CLOEXEC) << "it is not closed either";
+}
+
 // ---- Sinks that do not take all ----
 
 static unsigned writeMany(LogSink &sink, std::size_t length) {
@@ -227,7 +241,11 @@ TEST(LogSink, SystemLogHearsHowManyEntriesItDidNotTake) {
     const TempDir folder;
     const std::string path = folder / "socket";
     LogSink sink(path.c_str());
-    sink.open(nullptr, false);
+    {
+        const LogDaemon daemon(path, SOCK_DGRAM);
+        sink.open((folder / "missing/log").c_str(), false);
+        EXPECT_THAT(daemon.take(), testing::HasSubstr("/missing/log cannot be opened: "));
+    }
     EXPECT_FALSE(sink.write({LOG_ERROR, "f.cpp", 1}, "nobody listens"));
     unsigned lost = 1;
     for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // each a daemon that was started anew
@@ -246,6 +264,31 @@ TEST(LogSink, SystemLogHearsHowManyEntriesItDidNotTake) {
         lost = 1000 - taken;
     }
     sink.close();
+}
+
+// Under a timer, which interrupts each wait, in vain or not.
+TEST_F(Log, AtTheEndAReaderThatIsLateHearsOfEveryEntry) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const Descriptor reader(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    std::signal(SIGALRM, [](int) {});
+    const itimerval often = {{0, 2000}, {0, 2000}}, never = {};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    for (int i = 0; i < 3000; ++i)
+        say(1, std::to_string(i));
+    std::string bytes(1'000'000, '\0');
+    std::size_t size = 0;
+    std::thread late([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+        size = static_cast<std::size_t>(read(reader.get(), bytes.data(), bytes.size()));
+    });
+    LOG_Flush();
+    late.join();
+    setitimer(ITIMER_REAL, &never, nullptr);
+    size += static_cast<std::size_t>(read(reader.get(), bytes.data() + size, bytes.size() - size));
+    std::vector<std::string> entries = entriesOf(bytes.substr(0, size));
+    ASSERT_THAT(entries.back(), testing::HasSubstr(" entries lost: "));
+    const std::size_t number = entries.back().find(": ") + 2;
+    EXPECT_EQ(std::stoul(entries.back().substr(number)) + entries.size() - 1, 3000U);
 }
 
 TEST(LogSink, AFullPipeCutsNoLineIntoAnotherOne) {
