@@ -289,3 +289,18 @@ TEST(Damage, BytesMadeToCostMuchCostLittleAndHideFewRecordsBehindThem) {
         EXPECT_EQ(bytes.size() - found[found.size() - 1 - i].begin,
                   original.log.size() - original.log.records()[199 - i]);
 }
+
+TEST(Damage, ASoundRecordIsFoundHoweverMuchItTakesToReadIt) {
+    Original original = makeOriginal(3, 1, 3);
+    std::string record("\0\0\0\1\0\0\0\1\0\0\0", 12);
+    attrTag tag = {};
+    tag.numAttrVal = 2'500'000;
+    std::copy_n("1.3.6", 6, tag.decoid);
+    tag.attrValType = 1; // integers
+    record.append(reinterpret_cast<const char *>(&tag), sizeof tag);
+    for (std::uint32_t i = 0; i < tag.numAttrVal; ++i)
+        record.append("\4\0\0\0\0\0\0\1", 8);
+    std::string bytes = original.log.bytes();
+    bytes.insert(original.log.records()[1], record);
+    EXPECT_EQ(search(bytes, original).size(), 4U);
+}

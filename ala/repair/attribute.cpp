@@ -60,15 +60,18 @@ static std::size_t slotOf(const std::uint8_t *tag) {
     return static_cast<std::size_t>(mixed * 0x9e3779b97f4a7c15U >> 58);
 }
 
-bool RecordReader::isIdentifier(const std::uint8_t *tag, std::uint64_t *number) {
+Fit RecordReader::readIdentifier(const std::uint8_t *tag, std::uint64_t *number) {
     const char *decoid = reinterpret_cast<const char *>(tag + offsetof(attrTag, decoid));
     Identifier &slot = known[slotOf(tag)];
     if (slot.size == 0 || std::memcmp(decoid, slot.decoid, slot.size) != 0) {
         const auto *end = static_cast<const char *>(std::memchr(decoid, '\0', kDecoidSize));
         std::uint8_t binary[OID_BINARY_SIZE];
-        if (end == nullptr || !bytes.pay(kCostOfIdentifier) ||
-            OID_ConvertDecToBin(status, decoid, binary, 0) != 0)
-            return false;
+        if (end == nullptr)
+            return Fit::BadIdentifier;
+        if (!bytes.pay(kCostOfIdentifier))
+            return Fit::TooCostly;
+        if (OID_ConvertDecToBin(status, decoid, binary, 0) != 0)
+            return Fit::BadIdentifier;
         slot.size = static_cast<std::size_t>(end - decoid) + 1;
         std::memcpy(slot.decoid, decoid, slot.size);
         slot.number = 0xcbf29ce484222325U; // FNV-1a
@@ -76,7 +79,7 @@ bool RecordReader::isIdentifier(const std::uint8_t *tag, std::uint64_t *number) 
             slot.number = (slot.number ^ static_cast<std::uint8_t>(decoid[i])) * 0x100000001b3U;
     }
     *number = slot.number;
-    return true;
+    return Fit::Whole;
 }
 
 static bool isKnownType(std::uint32_t type) {
@@ -126,8 +129,8 @@ Fit RecordReader::walkAttribute(std::int64_t begin, bool withValues, FoundAttrib
             fit != Fit::Whole)
             return fit;
     const std::uint32_t type = nativeWord(tag + offsetof(attrTag, attrValType));
-    if (!isIdentifier(tag, &attribute->identifier))
-        return Fit::BadIdentifier;
+    if (const Fit fit = readIdentifier(tag, &attribute->identifier); fit != Fit::Whole)
+        return fit;
     Fit sound = Fit::Whole;
     std::int64_t at = begin + kTagSize;
     for (std::uint32_t i = 0; i < numAttrVal; ++i) {
@@ -161,9 +164,9 @@ bool RecordReader::measuresAsRecord(std::int64_t begin) {
 }
 
 Fit RecordReader::readRecord(std::int64_t begin, FoundRecord *record) {
+    record->begin = record->end = begin;
     if (const Fit fit = readHead(begin, &record->head); fit != Fit::Whole)
         return fit;
-    record->begin = begin;
     record->values = 0;
     record->longestAttribute = 0;
     record->identifiers.clear();
@@ -173,15 +176,17 @@ Fit RecordReader::readRecord(std::int64_t begin, FoundRecord *record) {
         if (const Fit fit = readAttribute(at, &attribute); fit != Fit::Whole)
             return fit;
         record->longestAttribute = std::max(record->longestAttribute, attribute.end - at);
-        at = attribute.end;
+        record->end = at = attribute.end;
         record->values += attribute.numAttrVal;
         if (record->identifiers.size() < kNotedIdentifiers)
             record->identifiers.push_back(attribute.identifier);
     }
-    record->end = at;
     record->endIsCertain = attribute.endIsCertain;
     FoundAttribute further = {};
-    return readAttribute(at, &further) == Fit::Whole ? Fit::MoreBehind : Fit::Whole;
+    const Fit behind = readAttribute(at, &further);
+    if (behind == Fit::TooCostly)
+        return behind; // for what is not looked at may be there
+    return behind == Fit::Whole ? Fit::MoreBehind : Fit::Whole;
 }
 
 bool RecordReader::looksLikeRecord(std::int64_t begin) {

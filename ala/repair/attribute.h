@@ -76,7 +76,7 @@ public:
     // Is a record there as far as its head, tags and lengths tell?
     bool measuresAsRecord(std::int64_t begin);
 
-    // A whole record, behind which no further attribute begins.
+    // A whole record, behind which no further attribute begins.  If it fails, its end is where it failed.
     Fit readRecord(std::int64_t begin, FoundRecord *record);
 
     // Is what begins there a record as far as its head and the beginning of its first tag tell?  At the log's
@@ -91,7 +91,7 @@ private:
         std::uint64_t number = 0;
     };
 
-    bool isIdentifier(const std::uint8_t *tag, std::uint64_t *number);
+    Fit readIdentifier(const std::uint8_t *tag, std::uint64_t *number);
     Fit walkAttribute(std::int64_t begin, bool withValues, FoundAttribute *attribute);
     Fit checkValue(std::int64_t position, std::uint32_t length, std::uint32_t type);
 

@@ -42,11 +42,25 @@ public:
     // measure is a byte that is passed over, which earns one; there is credit to begin with, which random
     // damage does not use up.
 
-    // False when there is no credit left.
+    // False when there is no credit left.  On trust it never is.
     bool pay(std::int64_t cost) {
+        if (isTrusted) {
+            debt += cost;
+            return true;
+        }
         credit -= cost;
         isSpent = isSpent || credit <= 0;
         return credit > 0;
+    }
+    // Until settle is called nothing is paid, whatever it costs: for bytes where a record is expected.
+    void trust() {
+        isTrusted = true;
+        debt = 0;
+    }
+    // What it has cost, to be paid by one who has found nothing.
+    std::int64_t settle() {
+        isTrusted = false;
+        return debt;
     }
     // Once the credit was used up, only when there is enough for a few records again.
     bool hasCredit() {
@@ -87,6 +101,8 @@ private:
     Window scan;
     std::int64_t reached = 0;
     std::int64_t credit = kMost;
+    std::int64_t debt = 0;
+    bool isTrusted = false;
     bool isSpent = false;
     bool hasFailed = false;
 };

@@ -10,6 +10,7 @@ constexpr int kValuesBehind = 64;              // that are followed behind a rec
 constexpr std::int64_t kCostOfCandidate = 336; // in bytes passed over: more than a tag has
 constexpr std::int64_t kSkipped = 4096;        // bytes at a time, where the credit is used up
 constexpr std::int64_t kAskAfter = 1 << 20;    // bytes
+constexpr std::int64_t kWorthOnTrust = 64;     // of a byte read on trust for the first time
 constexpr std::int64_t kWord = sizeof(std::uint32_t);
 
 RecordSearch::RecordSearch(LogBytes &givenBytes, std::uint32_t verNum, std::int64_t begin,
@@ -88,10 +89,21 @@ bool RecordSearch::searchPending() {
 // The record behind the last one.
 bool RecordSearch::readInStep() {
     FoundRecord found = {};
-    fault = at < bytes.size() ? reader.readRecord(at, &found) : Fit::Whole;
-    pendingInStep = at < bytes.size() && fault == Fit::Whole;
+    pendingInStep = false;
+    fault = Fit::Whole;
+    if (at >= bytes.size())
+        return false;
+    bytes.trust();
+    fault = reader.readRecord(at, &found);
+    const std::int64_t debt = bytes.settle();
+    const std::int64_t passed = std::max<std::int64_t>(0, found.end - std::max(at, trustedTo));
+    pendingDebt = std::max<std::int64_t>(0, debt - kWorthOnTrust * passed);
+    trustedTo = std::max(trustedTo, found.end);
+    pendingInStep = fault == Fit::Whole;
     if (pendingInStep)
         pending = std::move(found);
+    else
+        bytes.pay(pendingDebt);
     return pendingInStep;
 }
 
@@ -134,6 +146,7 @@ const FoundRecord *RecordSearch::next() {
         given = std::move(*pending);
         pending.reset();
         const bool wasInStep = pendingInStep;
+        const std::int64_t givenDebt = wasInStep ? pendingDebt : 0;
         at = notBefore = given.end;
         bytes.passedOver(at);
         // Before anything else is looked for, so that what is none costs no search.
@@ -144,6 +157,7 @@ const FoundRecord *RecordSearch::next() {
             return ask(given.end) ? &given : nullptr;
         }
         // It is none; what looked like it may hide another one.
+        bytes.pay(givenDebt);
         at = given.begin;
         notBefore = given.begin + 1;
         fault = Fit::Whole;

@@ -13,7 +13,8 @@
 // the log's end, for then its own count was damaged.
 //
 // What is looked at in vain is paid for (LogBytes::pay), and values are unpacked only once all else fits, so
-// the cost grows with the length of the log alone.
+// the cost grows with the length of the log alone.  Where a record is expected it is read whatever it costs,
+// so that no sound log is called damaged; only bytes that are read a second time in vain are paid for then.
 #pragma once
 
 #include <array>
@@ -70,6 +71,8 @@ private:
     bool started = false;
     bool stopped = false;
     bool pendingInStep = false;
+    std::int64_t pendingDebt = 0;       // to be paid if it turns out to be none
+    std::int64_t trustedTo = 0;         // up to where bytes were read on trust
     std::optional<FoundRecord> pending; // the record behind the one given out
     FoundRecord given = {};
     FoundRecord trial = {};
