@@ -304,3 +304,42 @@ TEST(Damage, ASoundRecordIsFoundHoweverMuchItTakesToReadIt) {
     bytes.insert(original.log.records()[1], record);
     EXPECT_EQ(search(bytes, original).size(), 4U);
 }
+
+// Records of a few attributes, each of one value, by the last arc of their identifiers.
+static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs, std::string_view value) {
+    std::string bytes("\0\0\0", 3);
+    bytes += static_cast<char>(arcs.size());
+    if (version >= 3)
+        bytes += bytes + std::string(4, '\0');
+    for (const int arc : arcs) {
+        attrTag tag = {1, 0, "1.3.6.1.", "", 999};
+        tag.decoid[8] = static_cast<char>('0' + arc);
+        bytes.append(reinterpret_cast<const char *>(&tag), sizeof tag);
+        const auto size = static_cast<std::uint32_t>(value.size());
+        bytes.append(reinterpret_cast<const char *>(&size), sizeof size).append(value);
+    }
+    return bytes;
+}
+
+TEST(Damage, WhatRecordsBeginWithTellsThemFromTheRestOfOne) {
+    for (const std::uint32_t version : {1U, 3U}) {
+        SCOPED_TRACE(version);
+        const Original empty = makeOriginal(version, 1, 0);
+        const std::string header = empty.log.bytes(), noise(20, '\xff');
+        const std::string one = recordOf(version, {1, 2, 3}, "abc"),
+                          other = recordOf(version, {4, 1, 3}, "x");
+        const std::string rest = recordOf(version, {5, 6}, std::string("\0\0\0\1\0\0\0\1\0\0\0", 12));
+        const std::string ofOneWord = recordOf(version, {5, 6}, std::string("\0\0\0\1", 4));
+        const std::string &tricky = version >= 3 ? rest : ofOneWord;
+        const auto found = [&](const std::string &records) { return search(header + records, empty).size(); };
+        const std::size_t head = version >= 3 ? 12 : 4;
+        EXPECT_EQ(found(noise + one + one + other + other), 4U);
+        const std::size_t known = version >= 3 ? 4 : 3; // where three words fit and no record ends like it
+        EXPECT_EQ(found(noise + one + other + other + other), known);
+        EXPECT_EQ(found(noise + tricky.substr(20) + tricky + tricky), 2U) << "the rest of a record";
+        if (version == 1) {
+            EXPECT_EQ(found(tricky.substr(20) + noise), 0U) << "nothing is known";
+        }
+        EXPECT_EQ(found(one + one + one.substr(head) + one), 3U) << "a head is gone";
+    }
+}

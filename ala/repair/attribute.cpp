@@ -186,6 +186,7 @@ Fit RecordReader::readRecord(std::int64_t begin, FoundRecord *record) {
     const Fit behind = readAttribute(at, &further);
     if (behind == Fit::TooCostly)
         return behind; // for what is not looked at may be there
+    record->further = further.identifier;
     return behind == Fit::Whole ? Fit::MoreBehind : Fit::Whole;
 }
 

@@ -14,6 +14,10 @@ class LogBytes {
 public:
     // Of the first size bytes of an open file; what is appended later does not show.
     LogBytes(int givenFd, std::int64_t size) : fd(givenFd), fileSize(size) {}
+    // The same bytes for another search, from there on and with its own credit.
+    LogBytes again(std::int64_t begin, std::int64_t givenCredit) const {
+        return LogBytes(fd, fileSize, begin, givenCredit);
+    }
     LogBytes(const LogBytes &) = delete;
     LogBytes &operator=(const LogBytes &) = delete;
 
@@ -36,6 +40,8 @@ public:
 
     // Could not all be read, or was the file cut meanwhile?
     bool failed() const { return hasFailed; }
+    // The system's reason; 0 when there are just fewer bytes.
+    int error() const { return failure; }
 
     // ---- Cost ----
     // What is looked at in vain is paid for, so that no bytes, however made, cost more than their number. The
@@ -91,6 +97,9 @@ private:
         }
     };
 
+    LogBytes(int givenFd, std::int64_t size, std::int64_t begin, std::int64_t givenCredit)
+        : fd(givenFd), fileSize(size), reached(begin), credit(givenCredit) {}
+
     const std::uint8_t *elsewhere(std::int64_t position, std::size_t wanted);
     std::span<const std::uint8_t> nextStretch(std::int64_t position);
     bool load(Window &window, std::int64_t position, std::size_t wanted);
@@ -105,6 +114,7 @@ private:
     bool isTrusted = false;
     bool isSpent = false;
     bool hasFailed = false;
+    int failure = 0;
 };
 
 } // namespace qvledger

@@ -4,8 +4,6 @@
 
 using namespace qvledger;
 
-constexpr std::size_t kLearned = 4096;         // attributes
-constexpr int kRecordsAhead = 16;              // that are asked what records begin with
 constexpr int kValuesBehind = 64;              // that are followed behind a record
 constexpr std::int64_t kCostOfCandidate = 336; // in bytes passed over: more than a tag has
 constexpr std::int64_t kSkipped = 4096;        // bytes at a time, where the credit is used up
@@ -13,10 +11,10 @@ constexpr std::int64_t kAskAfter = 1 << 20;    // bytes
 constexpr std::int64_t kWorthOnTrust = 64;     // of a byte read on trust for the first time
 constexpr std::int64_t kWord = sizeof(std::uint32_t);
 
-RecordSearch::RecordSearch(LogBytes &givenBytes, std::uint32_t verNum, std::int64_t begin,
+RecordSearch::RecordSearch(LogBytes &givenBytes, std::uint32_t givenVersion, std::int64_t begin,
                            SearchWatch &givenWatch)
-    : bytes(givenBytes), reader(givenBytes, verNum), tags(givenBytes), watch(givenWatch), at(begin),
-      notBefore(begin) {}
+    : bytes(givenBytes), verNum(givenVersion), reader(givenBytes, givenVersion), tags(givenBytes),
+      watch(givenWatch), at(begin), notBefore(begin) {}
 
 bool RecordSearch::ask(std::int64_t position) {
     if (position - askedAt < kAskAfter)
@@ -28,23 +26,45 @@ bool RecordSearch::ask(std::int64_t position) {
 
 // ---- What records begin with ----
 
-void RecordSearch::learn(const FoundRecord &record) {
-    if (first.size() < kLearned)
-        first.insert(record.identifiers.front());
-    for (std::size_t i = 1; i < record.identifiers.size() && later.size() < kLearned; ++i)
-        later.insert(record.identifiers[i]);
+const KnownIdentifiers &RecordSearch::surveyed(std::int64_t begin) {
+    if (!hasSurveyed)
+        survey(bytes, verNum, begin, known);
+    hasSurveyed = true;
+    return known;
 }
 
-bool RecordSearch::isFragment(const FoundRecord &record) {
-    const std::uint64_t identifier = record.identifiers.front();
-    if (first.contains(identifier))
-        return false;
-    std::int64_t behind = record.end;
-    for (int i = 0; i < kRecordsAhead && reader.readRecord(behind, &trial) == Fit::Whole; ++i) {
-        learn(trial);
-        behind = trial.end;
-    }
-    return !first.contains(identifier) && later.contains(identifier);
+// As readRecord, but a record in front of one whose head is gone is whole.
+Fit RecordSearch::read(std::int64_t begin, FoundRecord *record) {
+    const Fit fit = reader.readRecord(begin, record);
+    record->nextLacksHead = fit == Fit::MoreBehind && surveyed(begin).onlyBegins(record->further);
+    return record->nextLacksHead ? Fit::Whole : fit;
+}
+
+bool RecordSearch::isSound(const Extent &front) {
+    FoundAttribute attribute = {};
+    const Fit fit = reader.readAttribute(front.begin, &attribute);
+    return fit == Fit::Whole || fit == Fit::TooCostly;
+}
+
+// As far as its first attribute and the one in front of that tell.
+bool RecordSearch::mayBegin(std::uint64_t identifier, const Extent &front) {
+    if (front.end != 0 && isSound(front))
+        return known.begins(identifier) && surveyed(front.begin).onlyBegins(identifier);
+    if (known.begins(identifier) || surveyed(notBefore).begins(identifier))
+        return true;
+    return reader.headSize() > kWord || !known.neverBegins(identifier);
+}
+
+bool RecordSearch::fitsBehind(const FoundRecord &record) {
+    return record.end == bytes.size() || record.nextLacksHead || read(record.end, &trial) == Fit::Whole;
+}
+
+// Of a record that begins as none is known to.  More words of a head are less likely to fit by chance.
+bool RecordSearch::isRest(const FoundRecord &record) {
+    if (known.endsLike(record))
+        return true;
+    const bool fits = fitsBehind(record);
+    return !fits && (reader.headSize() == kWord || known.neverBegins(record.identifiers.front()));
 }
 
 // ---- Searching ----
@@ -53,16 +73,17 @@ bool RecordSearch::isFragment(const FoundRecord &record) {
 // first.
 bool RecordSearch::takeIfRecord(std::int64_t tag) {
     const std::int64_t begin = tag - reader.headSize();
-    const bool follows = ends[slotOf(tag)] == tag;
+    const Extent front = ends[slotOf(tag)].end == tag ? ends[slotOf(tag)] : Extent{};
     FoundAttribute attribute = {};
+    RecordHead head = {};
     if (!bytes.pay(kCostOfCandidate) || reader.measureAttribute(tag, &attribute) != Fit::Whole)
         return false;
-    if (attribute.endIsCertain)
-        ends[slotOf(attribute.end)] = attribute.end;
-    if (begin < notBefore || follows || !reader.measuresAsRecord(begin))
+    ends[slotOf(attribute.end)] = {tag, attribute.end};
+    if (begin < notBefore || reader.readHead(begin, &head) != Fit::Whole ||
+        !mayBegin(attribute.identifier, front) || !reader.measuresAsRecord(begin))
         return false;
     FoundRecord found = {};
-    if (reader.readRecord(begin, &found) != Fit::Whole || isFragment(found))
+    if (read(begin, &found) != Fit::Whole || (!known.begins(attribute.identifier) && isRest(found)))
         return false;
     found.faultBefore = fault;
     pending = std::move(found);
@@ -94,7 +115,7 @@ bool RecordSearch::readInStep() {
     if (at >= bytes.size())
         return false;
     bytes.trust();
-    fault = reader.readRecord(at, &found);
+    fault = read(at, &found);
     const std::int64_t debt = bytes.settle();
     const std::int64_t passed = std::max<std::int64_t>(0, found.end - std::max(at, trustedTo));
     pendingDebt = std::max<std::int64_t>(0, debt - kWorthOnTrust * passed);
@@ -150,9 +171,9 @@ const FoundRecord *RecordSearch::next() {
         at = notBefore = given.end;
         bytes.passedOver(at);
         // Before anything else is looked for, so that what is none costs no search.
-        if (readInStep() || at >= bytes.size() || mayEndHere(given)) {
+        if (readInStep() || at >= bytes.size() || given.nextLacksHead || mayEndHere(given)) {
             if (wasInStep)
-                learn(given);
+                known.learn(given);
             bytes.found(given.end - given.begin);
             return ask(given.end) ? &given : nullptr;
         }

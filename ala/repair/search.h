@@ -2,10 +2,17 @@
 //
 // Records have no mark of their own, so where one begins is known in two ways.  In step: the one before it,
 // or the header, ends there.  Out of step, behind damage: a run of attributes begins there that has no
-// further one before or behind it and is exactly as long as the words in front of it say.  The middle of a
-// record whose front was destroyed can look like that, too: in front of its remaining attributes stands a
-// value that happens to be their number.  It is told by its first attribute, which no record known to be one
-// begins with.
+// further one behind it and is exactly as long as the words in front of it say.  The rest of a record whose
+// front was destroyed can look like that, too: in front of its remaining attributes stands a value that
+// happens to be their number.  What tells is what records of the log, known as such because they stand behind
+// another one, begin with, and what they have further behind (KnownIdentifiers).  A sound attribute that
+// would end at the first tag makes a rest of it, unless records begin with that one and never have it later.
+// Else it is none if records begin with that identifier.  If they do not, it is a rest if a known record ends
+// in the same identifiers, or has that one later and no record or end of the log is behind it; where but one
+// word has to fit, each of the last two is enough.
+//
+// For the same reason an attribute behind a record, which its count leaves out, does not make it damaged if
+// that identifier only begins records: it is then what is left of the next one, whose head is gone.
 //
 // A record is given out once it is known what is behind it: another record, or the log's end.  Where damage
 // begins right behind it, the head of a record has to be left; where even that is destroyed, its last value
@@ -20,9 +27,9 @@
 #include <array>
 #include <cstdint>
 #include <optional>
-#include <unordered_set>
 
 #include "ala/repair/attribute.h"
+#include "ala/repair/known_identifiers.h"
 #include "ala/repair/tag_scan.h"
 
 namespace qvledger {
@@ -39,7 +46,7 @@ protected:
 
 class RecordSearch {
 public:
-    RecordSearch(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch);
+    RecordSearch(LogBytes &givenBytes, std::uint32_t givenVersion, std::int64_t begin, SearchWatch &watch);
 
     // The next intact record; null behind the last one, and when the watch gave up.  Good until the next
     // call.
@@ -52,17 +59,26 @@ public:
 private:
     static constexpr std::size_t kEnds = 4093;
 
+    struct Extent {
+        std::int64_t begin, end;
+    };
+
     bool readInStep();
     bool searchPending();
     bool mayEndHere(const FoundRecord &record);
     bool goesOnAsValues(std::int64_t end);
     bool takeIfRecord(std::int64_t tag);
     static std::size_t slotOf(std::int64_t position) { return static_cast<std::size_t>(position) % kEnds; }
-    bool isFragment(const FoundRecord &record);
-    void learn(const FoundRecord &record);
+    bool isSound(const Extent &front);
+    bool mayBegin(std::uint64_t identifier, const Extent &front);
+    bool isRest(const FoundRecord &record);
+    bool fitsBehind(const FoundRecord &record);
+    const KnownIdentifiers &surveyed(std::int64_t begin);
+    Fit read(std::int64_t begin, FoundRecord *record);
     bool ask(std::int64_t position);
 
     LogBytes &bytes;
+    std::uint32_t verNum;
     RecordReader reader;
     TagScan tags;
     SearchWatch &watch;
@@ -76,11 +92,11 @@ private:
     std::optional<FoundRecord> pending; // the record behind the one given out
     FoundRecord given = {};
     FoundRecord trial = {};
-    // Where attributes certainly end.  One may take another one's slot: what is forgotten then is found where
+    // Attributes by where they end.  One may take another one's slot: what is forgotten then is found where
     // tags are so dense that damage alone can have made them.
-    std::array<std::int64_t, kEnds> ends = {};
-    std::unordered_set<std::uint64_t> first; // attributes that records begin with
-    std::unordered_set<std::uint64_t> later; // attributes that stand further behind
+    std::array<Extent, kEnds> ends = {};
+    KnownIdentifiers known;
+    bool hasSurveyed = false;
     Fit fault = Fit::Whole;
     std::int64_t askedAt = 0;
 };
