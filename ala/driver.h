@@ -206,7 +206,9 @@ protected:
 // ALA_A_FAIL_TO_OPEN_LOG_FILE: there is none, or it cannot be opened, with the system's reason in errno; 0
 // there: it is no file on a disk.
 // ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: its access list does not admit the caller.
-// ALA_A_FAIL_READ_LOG_FILE, ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: its header is damaged.
+// ALA_A_NO_MORE_JOB: the file is empty, or ends inside its header.
+// ALA_A_FAIL_READ_LOG_FILE: it cannot be read, with the system's reason in errno; 0 there: as the next two.
+// ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: its header is damaged.
 // ALA_A_SYSTEM_ERR: the caller's identity cannot be found out.
 // ALA_A_UNKNOWN_ERR: the path cannot be converted.
 // ALA_A_OUT_OF_MEMORY.
@@ -216,7 +218,7 @@ ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, 
 void ALA__CloseChecked(ALA__checkedLog *inp_log);
 
 // Finds all intact records, and renders every value of them.
-// ALA_A_FAIL_READ_LOG_FILE: the file cannot be read to its end.
+// ALA_A_FAIL_READ_LOG_FILE: the file cannot be read to its end; the system's reason, if any, is in errno.
 // ALA_A_LAST_ATTRIBUTE: the watch gave up.
 // ALA_A_OUT_OF_MEMORY.
 ALA_retCode_t ALA__CheckLog(ALA_handle_t in_alaHandle, ALA__checkedLog *inoutp_log,

@@ -1,6 +1,7 @@
 // The log's header, and what its access list says of the caller.
 #include "ala/log/permission.h"
 
+#include <cerrno>
 #include <cstring>
 
 #include "ala/access/acl.h"
@@ -187,5 +188,6 @@ ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, 
         return result;
     ALA_DETAIL("the header does not read beyond byte %lld: %s\n", static_cast<long long>(in.consumed()),
                in.error() != 0 ? std::strerror(in.error()) : codeName(result));
+    errno = in.error();
     return ALA_FAIL(result, "Return code for ALA__LookupPermission is %s", codeName(result));
 }

@@ -59,8 +59,10 @@ static ALA_retCode_t readHeaderWords(ALA__checkedLog &log) {
     const bool hasDate = log.log.verNum >= kVersionWithDate;
     const std::size_t size = (hasDate ? 3 : 2) * sizeof(std::uint32_t);
     const std::uint8_t *at = bytes.at(0, size + sizeof(attrTag));
-    if (at == nullptr)
+    if (at == nullptr) {
+        errno = bytes.error();
         return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "the header cannot be read again");
+    }
     std::uint32_t created = 0;
     if (hasDate)
         std::memcpy(&created, at + sizeof created, sizeof created);
@@ -69,6 +71,35 @@ static ALA_retCode_t readHeaderWords(ALA__checkedLog &log) {
     std::memcpy(&tag, at + size, sizeof tag);
     log.accessEntries = tag.numAttrVal;
     return ALA_N_NORMAL;
+}
+
+// Does a header that cannot be read lack nothing but its last bytes?  A length that leads far behind the end
+// is damage.
+static bool isCutHeader(int fd, std::int64_t size) {
+    constexpr std::int64_t kWord = sizeof(std::uint32_t);
+    constexpr std::uint32_t kLongestEntry = 64 << 10;
+    LogBytes bytes(fd, size);
+    const auto wordAt = [&bytes](std::int64_t position, std::uint32_t *word) {
+        const std::uint8_t *at = bytes.at(position, kWord);
+        if (at != nullptr)
+            std::memcpy(word, at, kWord);
+        return at != nullptr;
+    };
+    std::uint32_t version = 0, entries = 0, length = 0;
+    if (!wordAt(0, &version))
+        return !bytes.failed();
+    const std::int64_t tag = kWord * (fromNetworkOrder(version) >= kVersionWithDate ? 3 : 2);
+    if (size < tag + kTagSize || !wordAt(tag, &entries))
+        return !bytes.failed();
+    std::int64_t at = tag + kTagSize;
+    for (std::uint32_t i = 0; i < entries; ++i) {
+        if (!wordAt(at, &length))
+            return !bytes.failed();
+        at += kWord + length;
+        if (at > size)
+            return length <= kLongestEntry;
+    }
+    return false;
 }
 
 ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, ALA__checkedLog **outp_log) {
@@ -90,8 +121,11 @@ ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, 
     }
     std::int32_t admitted = 0;
     if (const ALA_retCode_t result = ALA__LookupPermission(log->log.fd, &admitted, &log->log.verNum);
-        result != ALA_N_NORMAL)
-        return result;
+        result != ALA_N_NORMAL) {
+        if (result != ALA_A_FAIL_READ_LOG_FILE || errno != 0 || !isCutHeader(log->log.fd, identity.size))
+            return result;
+        return ALA_FAIL(ALA_A_NO_MORE_JOB, "%s ends inside its header", inp_name);
+    }
     if (admitted == 0)
         return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE, "the access list of %s does not admit the caller",
                         inp_name);
@@ -147,6 +181,7 @@ public:
             add(*found);
             behind = found->end;
         }
+        errno = bytes.error();
         if (bytes.failed())
             return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "the log cannot be read to its end");
         if (search.gaveUp())

@@ -1,5 +1,7 @@
 #include "ala/repair/log_bytes.h"
 
+#include <cerrno>
+
 #include "platform/os.h"
 
 using namespace qvledger;
@@ -15,6 +17,7 @@ bool LogBytes::load(Window &window, std::int64_t position, std::size_t wanted) {
     const int got = OS_ReadAt(fd, position, window.bytes.data(), static_cast<unsigned>(wanted));
     if (got == static_cast<int>(wanted))
         return true;
+    failure = got < 0 ? errno : 0;
     hasFailed = true;
     window.bytes.clear();
     return false;

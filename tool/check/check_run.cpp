@@ -111,20 +111,31 @@ void CheckRun::noteClosed(const char *name, ALA_retCode_t code, int error) {
         state = LogState::NotAdmitted;
         reason = "the access list does not admit the caller";
         break;
+    case ALA_A_NO_MORE_JOB:
+        state = LogState::Cut;
+        reason = "the file ends inside its header";
+        break;
     case ALA_A_FAIL_READ_LOG_FILE:
+        if (error != 0) {
+            reason = std::string("cannot be read: ") + std::strerror(error);
+            break;
+        }
+        [[fallthrough]];
     case ALA_A_BAD_NUMATTR_VALUE:
     case ALA_A_ODPUNPACK_ERROR:
         state = LogState::Damaged;
         reason = "the header is damaged: nobody knows whom the log admits";
-        outcome.damaged = true;
         break;
     default:
         break;
     }
-    if (state != LogState::Damaged)
+    const bool cannotBeSaved = state == LogState::Damaged || state == LogState::Cut;
+    if (cannotBeSaved)
+        outcome.damaged = true;
+    else
         outcome.closed = code;
     writeClosedLogLine(options.serverName, name, state, reason.c_str());
-    if (state == LogState::Damaged && options.saveFolder != nullptr)
+    if (cannotBeSaved && options.saveFolder != nullptr)
         DisplayMsg(kMsgCheckNotSaved, name);
 }
 
@@ -162,13 +173,15 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
     ALA__logSummary summary;
     Watch watch(nullptr);
     result = ALA__CheckLog(handle, opened, watch, &summary);
+    error = errno;
     eraseProgress();
     if (result == ALA_A_LAST_ATTRIBUTE)
         return; // asked to end
     if (result != ALA_N_NORMAL) {
         outcome.closed = result;
+        const std::string reason = error != 0 ? std::string(": ") + std::strerror(error) : "";
         return writeClosedLogLine(options.serverName, name, LogState::Unreadable,
-                                  "cannot be read to its end");
+                                  ("cannot be read to its end" + reason).c_str());
     }
     const LogState state = stateOf(summary);
     writeLogLine(options.serverName, name, state, summary);
