@@ -54,11 +54,11 @@ public:
     bool finish() {
         if (_commit(file.get()) != 0)
             return false;
-        const int moved = OS_MoveName(partPath.c_str(), path.c_str());
+        const int moved = OS_NameNewFile(partPath.c_str(), path.c_str());
         if (moved == OS_TAKEN)
             errno = EEXIST;
         named = moved == OS_DONE;
-        return named && OS_SyncFolderOf(path.c_str()) == 0;
+        return named;
     }
 
 private:
@@ -129,7 +129,9 @@ ALA_retCode_t ALA__SaveLog(ALA__checkedLog *inoutp_log, const char *inp_path, AL
         if (!file.finish())
             return errno == EEXIST ? ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s exists already", inp_path)
                                    : ALA_FAIL(ALA_A_SYSTEM_ERR, "%s cannot be written", inp_path);
-        return ALA_N_NORMAL;
+        return OS_SyncFolderOf(inp_path) == 0
+                   ? ALA_N_NORMAL
+                   : ALA_FAIL(ALA_A_UNKNOWN_ERR, "the folder of %s cannot be synced", inp_path);
     } catch (const std::bad_alloc &) {
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to save %s", inp_path);
     }

@@ -62,6 +62,10 @@ int OS_CutFile(int in_fd, std::int64_t in_size);
 // OS_REFUSED on any other failure.
 int OS_MoveName(const char *inp_from, const char *inp_to);
 
+// The same for a file that was just made and that nobody else knows.  Where the system cannot give a name
+// that way, the file has both names for a moment.
+int OS_NameNewFile(const char *inp_from, const char *inp_to);
+
 // Puts the folder entry of a file that was just made on the disk.  0, or -1.
 int OS_SyncFolderOf(const char *inp_path);
 

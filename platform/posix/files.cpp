@@ -116,6 +116,17 @@ int OS_MoveName(const char *inp_from, const char *inp_to) {
     return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
 }
 
+int OS_NameNewFile(const char *inp_from, const char *inp_to) {
+    const int moved = OS_MoveName(inp_from, inp_to);
+    // Not every file system knows of moving without replacing, and a name that is there can be given no link.
+    if (moved != OS_REFUSED || (errno != EINVAL && errno != ENOSYS))
+        return moved;
+    if (link(inp_from, inp_to) != 0)
+        return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
+    static_cast<void>(unlink(inp_from)); // the name that counts is there
+    return OS_DONE;
+}
+
 int OS_SyncFolderOf(const char *inp_path) {
     const Malloced<char> folder(strdup(inp_path));
     if (folder == nullptr)

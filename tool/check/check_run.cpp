@@ -12,6 +12,7 @@
 #include "ala/driver.h"
 #include "platform/os.h"
 #include "service/message.h"
+#include "tool/check/fields.h"
 #include "tool/check/log_table.h"
 #include "tool/check/set_up_table.h"
 #include "tool/facility.h"
@@ -139,9 +140,11 @@ void CheckRun::noteClosed(const char *name, ALA_retCode_t code, int error) {
         DisplayMsg(kMsgCheckNotSaved, name);
 }
 
-static const char *whyNotSaved(ALA_retCode_t code, int error) {
+static std::string whyNotSaved(ALA_retCode_t code, int error) {
     if (code == ALA_A_OUT_OF_MEMORY)
         return "out of memory";
+    if (code == ALA_A_UNKNOWN_ERR)
+        return std::string("it is there, but its folder cannot be put on the disk: ") + std::strerror(error);
     return code == ALA_A_FAIL_READ_LOG_FILE ? "it cannot be read to its end" : std::strerror(error);
 }
 
@@ -155,7 +158,7 @@ void CheckRun::save(ALA__checkedLog *log, const char *name) {
     if (result == ALA_A_LAST_ATTRIBUTE)
         return; // asked to end
     outcome.lost = true;
-    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result, error));
+    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result, error).c_str());
 }
 
 void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
@@ -236,7 +239,7 @@ int CheckRun::turn() {
     if (status == 0)
         status = checkLogs(facility);
     if (status != 0 && servers.size() > 1)
-        DisplayMsg(kMsgServerFailed, options.serverName, status);
+        DisplayMsg(kMsgCheckServerFailed, options.serverName, status);
     return status;
 }
 
@@ -254,7 +257,7 @@ int CheckRun::run() {
             outcome.ended = status;
     }
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        const int error = errno;
+        const int error = outputError() != 0 ? outputError() : errno;
         DisplayMsg(kMsgCheckOutputLost, std::strerror(error));
         outcome.lost = true;
     }

@@ -1,16 +1,31 @@
 #include "tool/check/fields.h"
 
+#include <cerrno>
 #include <cstdio>
 
 using namespace qvledger;
 
+static int firstError = 0;
+
+int qvledger::outputError() {
+    return firstError;
+}
+
+// Later calls of the stream can succeed, or give another reason.
+static void noteError(int result) {
+    if (result == EOF && firstError == 0)
+        firstError = errno;
+}
+
 void qvledger::writeFields(std::initializer_list<std::string_view> fields) {
     const char *separator = "";
     for (const std::string_view field : fields) {
-        std::fputs(separator, stdout);
+        noteError(std::fputs(separator, stdout));
         for (const char byte : field)
-            std::fputc(static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f ? '?' : byte, stdout);
+            noteError(
+                std::fputc(static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f ? '?' : byte, stdout));
         separator = "\t";
     }
-    std::fputc('\n', stdout);
+    noteError(std::fputc('\n', stdout));
+    noteError(std::fflush(stdout)); // a line at a time, before the next messages
 }

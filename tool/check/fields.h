@@ -10,4 +10,7 @@ namespace qvledger {
 // line, becomes a question mark.
 void writeFields(std::initializer_list<std::string_view> fields);
 
+// Why the first line that could not be written was not, as errno; 0: all were.
+int outputError();
+
 } // namespace qvledger
