@@ -151,8 +151,10 @@ protected:
 };
 
 // The keys that are read for a server, and where each stands.  False, and told as a fault, when the registry
-// file is malformed or cannot be read, or has neither of the two keys with a server's settings.
-bool ALA__CheckRegistry(const char *inp_serverName, ALA__setUpWatch &inout_watch);
+// file is malformed or cannot be read, or has neither of the two keys with a server's settings.  Of the one
+// that is used, told as faults alone: a value too long for ALA__SetEnvironmentVariables, and, if it is
+// needed, no QV_ROOT or one that is no text.
+bool ALA__CheckRegistry(const char *inp_serverName, bool in_needsRoot, ALA__setUpWatch &inout_watch);
 
 // Opens a log directory, and reads an OID database's table.  False when that cannot be done.
 bool ALA__CheckLogDirectory(const char *inp_path, ALA__setUpWatch &inout_watch);
@@ -226,8 +228,10 @@ ALA_retCode_t ALA__CheckLog(ALA_handle_t in_alaHandle, ALA__checkedLog *inoutp_l
 
 // Writes the header and all intact records to a new file, with the caller's own rights, and has it on the
 // disk with the original's owner, mode and times, as far as the caller may give them.  It has the name when
-// it is whole, and not before.  No file is left on failure, unless all but the folder's entry is on the disk.
+// it is whole, and not before.  No file is left on failure, but for one code.
 // ALA_A_FAIL_TO_OPEN_LOG_FILE: the name is taken, or the file cannot be made; the reason is in errno.
 // ALA_A_SYSTEM_ERR: it cannot be written; the reason is in errno.
+// ALA_A_UNKNOWN_ERR: it is there and whole, but its folder's entry may not be on the disk; the reason is in
+// errno.
 // Others as ALA__CheckLog.
 ALA_retCode_t ALA__SaveLog(ALA__checkedLog *inoutp_log, const char *inp_path, ALA__checkWatch &inout_watch);

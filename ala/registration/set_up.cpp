@@ -1,5 +1,6 @@
 // What a server's set-up consists of, and what is wrong with it.
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string>
@@ -7,6 +8,7 @@
 #include "ala/base/owners.h"
 #include "ala/directory/scan.h"
 #include "ala/driver.h"
+#include "platform/registry_key.h"
 #include "service/oid_table.h"
 
 using namespace qvledger;
@@ -27,17 +29,57 @@ static int checkKey(const char *key, const char *whatIfAbsent, ALA__setUpWatch &
     return found;
 }
 
-bool ALA__CheckRegistry(const char *inp_serverName, ALA__setUpWatch &inout_watch) {
+// What keeps the loader of the service environment from a value of the key that is used, or the programs from
+// what they need.  An empty text: nothing.
+static std::string faultOfValues(const char *path, bool needsRoot) {
+    constexpr DWORD kLoaded = 260; // bytes that the loader takes of a value's name and of its data
+    OpenKey key;
+    if (openKey(path, KEY_READ, key) != ERROR_SUCCESS)
+        return "the key cannot be read";
+    std::string last;
+    for (DWORD index = 0;; ++index) {
+        char name[kLoaded] = "";
+        BYTE data[kLoaded] = {};
+        DWORD nameSize = kLoaded, dataSize = kLoaded, type = 0;
+        const LONG result = RegEnumValueA(key.get(), index, name, &nameSize, nullptr, &type, data, &dataSize);
+        if (result == ERROR_NO_MORE_ITEMS)
+            break;
+        if (result == ERROR_MORE_DATA)
+            return "the value " + (last.empty() ? "that comes first" : "behind " + last) + " is too long";
+        if (result != ERROR_SUCCESS)
+            return "error " + std::to_string(result) + " of the value with the number " +
+                   std::to_string(index);
+        last = name;
+    }
+    DWORD type = 0;
+    if (!needsRoot)
+        return "";
+    if (RegQueryValueExA(key.get(), "QV_ROOT", nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
+        return std::getenv("QV_ROOT") != nullptr ? "" : "it has no value QV_ROOT";
+    return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is no text";
+}
+
+// Tells where a key stands, and what is wrong with its values if it is there.  As checkKey.
+static int checkSettings(const char *key, const char *whatIfAbsent, bool needsRoot, ALA__setUpWatch &watch) {
+    char place[kPlaceSize];
+    if (OS_PlaceOfKey(key, place, sizeof place) != OS_DONE)
+        return checkKey(key, whatIfAbsent, watch);
+    const std::string fault = faultOfValues(key, needsRoot);
+    watch.part("registry key", key, place, fault.empty() ? nullptr : fault.c_str());
+    return OS_DONE;
+}
+
+bool ALA__CheckRegistry(const char *inp_serverName, bool in_needsRoot, ALA__setUpWatch &inout_watch) {
+    constexpr const char *kCommon = "SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment";
     try {
         const std::string own =
             std::string("SYSTEM\\CurrentControlSet\\Services\\qv spl ") + inp_serverName + "\\Environment";
-        const int hasOwn = checkKey(own.c_str(), nullptr, inout_watch);
+        const int hasOwn = checkSettings(own.c_str(), nullptr, in_needsRoot, inout_watch);
         if (hasOwn == OS_REFUSED)
             return false;
-        const char *ifAbsent =
-            hasOwn == OS_DONE ? nullptr : "this key is not there, and the server has none of its own";
-        const int hasCommon =
-            checkKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", ifAbsent, inout_watch);
+        const char *ifAbsent = "this key is not there, and the server has none of its own";
+        const int hasCommon = hasOwn == OS_DONE ? checkKey(kCommon, nullptr, inout_watch)
+                                                : checkSettings(kCommon, ifAbsent, in_needsRoot, inout_watch);
         checkKey("System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000", nullptr, inout_watch);
         checkKey("SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters", nullptr, inout_watch);
         return hasOwn == OS_DONE || hasCommon == OS_DONE;

@@ -80,7 +80,8 @@ int qvledger::checkSetUp(const Options &options, std::string &logPath) {
     {
         const LentRights rights(true);
         SetUpLines ofRegistry(true);
-        registryIsSound = ALA__CheckRegistry(options.serverName, ofRegistry);
+        registryIsSound = ALA__CheckRegistry(
+            options.serverName, options.acctPath2 == nullptr || options.oidPath == nullptr, ofRegistry);
     }
     if (!registryIsSound || !loadServiceEnvironment(options.serverName)) {
         DisplayMsg(kMsgEnvironment);
