@@ -31,9 +31,9 @@ void KnownIdentifiers::learn(const FoundRecord &record) {
     }
 }
 
-bool KnownIdentifiers::endsLike(const FoundRecord &record) const {
+bool KnownIdentifiers::endsLike(const FoundRecord &record, std::size_t without) const {
     std::uint64_t tail = 0;
-    for (std::size_t i = record.identifiers.size(); i > 0; --i)
+    for (std::size_t i = record.identifiers.size(); i > without; --i)
         tail = mixed(tail, record.identifiers[i - 1]);
     return hasAll(record) && tails.contains(tail);
 }

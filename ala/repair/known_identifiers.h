@@ -18,8 +18,8 @@ public:
     bool onlyBegins(std::uint64_t identifier) const { return begins(identifier) && !stands(identifier); }
     bool neverBegins(std::uint64_t identifier) const { return !begins(identifier) && stands(identifier); }
 
-    // Has some record exactly those attributes behind others?
-    bool endsLike(const FoundRecord &record) const;
+    // Has some record exactly those attributes, without the first so many, behind others?
+    bool endsLike(const FoundRecord &record, std::size_t without) const;
 
 private:
     bool stands(std::uint64_t identifier) const { return later.contains(identifier); }

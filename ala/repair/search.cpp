@@ -36,7 +36,8 @@ const KnownIdentifiers &RecordSearch::surveyed(std::int64_t begin) {
 // As readRecord, but a record in front of one whose head is gone is whole.
 Fit RecordSearch::read(std::int64_t begin, FoundRecord *record) {
     const Fit fit = reader.readRecord(begin, record);
-    record->nextLacksHead = fit == Fit::MoreBehind && surveyed(begin).onlyBegins(record->further);
+    record->nextLacksHead = fit == Fit::MoreBehind && surveyed(begin).onlyBegins(record->further) &&
+                            known.endsLike(*record, 1); // or its count may be what was damaged
     return record->nextLacksHead ? Fit::Whole : fit;
 }
 
@@ -61,7 +62,7 @@ bool RecordSearch::fitsBehind(const FoundRecord &record) {
 
 // Of a record that begins as none is known to.  More words of a head are less likely to fit by chance.
 bool RecordSearch::isRest(const FoundRecord &record) {
-    if (known.endsLike(record))
+    if (known.endsLike(record, 0))
         return true;
     const bool fits = fitsBehind(record);
     return !fits && (reader.headSize() == kWord || known.neverBegins(record.identifiers.front()));
