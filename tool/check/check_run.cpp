@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "ala/driver.h"
@@ -75,7 +76,8 @@ public:
 private:
     int turn();
     int start(const std::string &logPath, Facility &facility);
-    int checkLogs(const Facility &facility);
+    int checkLogs(Facility &facility);
+    void checkListed(const Facility &facility);
     void checkLog(ALA_handle_t handle, const char *name);
     void noteClosed(const char *name, ALA_retCode_t code, int error);
     void save(ALA__checkedLog *log, const char *name);
@@ -85,6 +87,9 @@ private:
     DateRange range;
     char **environment = OS_KeepEnvironment();
     Outcome outcome;
+    std::unordered_set<std::string> looked; // at these logs of the server
+    bool listsAgain = false;                // if one has gone meanwhile
+    bool hasGone = false;
 };
 
 } // namespace
@@ -171,6 +176,11 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
         error = errno;
     }
     const OpenLog log(opened);
+    if (result == ALA_A_FAIL_TO_OPEN_LOG_FILE && error == ENOENT && listsAgain) {
+        hasGone = true;
+        return;
+    }
+    looked.insert(name);
     if (result != ALA_N_NORMAL)
         return noteClosed(name, result, error);
     ALA__logSummary summary;
@@ -206,17 +216,34 @@ static bool outputIsFile() {
     return OS_IdentifyDescriptor(_fileno(stdout), &identity) == 0 && identity.regular;
 }
 
-int CheckRun::checkLogs(const Facility &facility) {
-    const std::int32_t count = countLogs(facility, range);
-    startProgress(outputIsFile(), count);
+void CheckRun::checkListed(const Facility &facility) {
     const ALA_name *name = facility.nameList;
     for (const dateNode *node = facility.dateList; node != nullptr && !mustStop(stdout);
          node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (!range.contains(date))
+        if (!range.contains(date) || looked.contains(name->logName))
             continue;
         progressToLog(date);
         checkLog(facility.mainh, name->logName);
+    }
+}
+
+int CheckRun::checkLogs(Facility &facility) {
+    const std::int32_t count = countLogs(facility, range);
+    startProgress(outputIsFile(), count);
+    looked.clear();
+    hasGone = false;
+    listsAgain = true;
+    checkListed(facility);
+    if (hasGone) { // as today's log does at midnight, when it is given its date
+        listsAgain = false;
+        static_cast<void>(ALA_FreeDateList(&facility.dateList)); // they are listed anew in any case
+        static_cast<void>(ALA_FreeNameList(&facility.nameList));
+        if (const ALA_retCode_t result = listLogs(options, facility); result != ALA_N_NORMAL) {
+            endProgress();
+            return result;
+        }
+        checkListed(facility);
     }
     endProgress();
     if (count != 0)
