@@ -49,8 +49,9 @@ bool RecordSearch::isSound(const Extent &front) {
 
 // As far as its first attribute and the one in front of that tell.
 bool RecordSearch::mayBegin(std::uint64_t identifier, const Extent &front) {
-    if (front.end != 0 && isSound(front))
-        return known.begins(identifier) && surveyed(front.begin).onlyBegins(identifier);
+    // Even one that is not sound may have become so by what looks like a count of attributes in it.
+    if (front.end != 0)
+        return surveyed(front.begin).begins(identifier) && (known.onlyBegins(identifier) || !isSound(front));
     if (known.begins(identifier) || surveyed(notBefore).begins(identifier))
         return true;
     return reader.headSize() > kWord || !known.neverBegins(identifier);

@@ -6,7 +6,8 @@
 // front was destroyed can look like that, too: in front of its remaining attributes stands a value that
 // happens to be their number.  What tells is what records of the log, known as such because they stand behind
 // another one, begin with, and what they have further behind (KnownIdentifiers).  A sound attribute that
-// would end at the first tag makes a rest of it, unless records begin with that one and never have it later.
+// would end at the first tag makes a rest of it, unless records begin with that one and never have it later;
+// one that is not sound does so unless records begin with it.
 // Else it is none if records begin with that identifier.  If they do not, it is a rest if a known record ends
 // in the same identifiers, or has that one later and no record or end of the log is behind it; where but one
 // word has to fit, each of the last two is enough.
