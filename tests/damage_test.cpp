@@ -160,6 +160,11 @@ static bool isLikeOneBehind(const Damaged &log, const Piece &piece, const Origin
            log.bytes.compare(piece.begin, size, original.log.bytes(), behind - size, size) == 0;
 }
 
+// One that is joined within itself: what a cut took stood in its middle.
+static bool endsAs(std::size_t record, const Damaged &log, const Piece &piece, const Original &original) {
+    return log.origins[piece.end - 1] + 1 == static_cast<std::int64_t>(original.endOf(record));
+}
+
 // A server could have written that record as it is, and then it would have to be found.  So it has to be
 // found here, whatever it was made from: the bytes are the same, and no reader can tell.
 static bool isWholeAlone(const Damaged &log, const Piece &piece, const Original &original) {
@@ -186,7 +191,8 @@ static void judge(const Damaged &log, const Original &original, const std::strin
         const Likeness like = begins ? likeness(log, piece, original, record) : Likeness::None;
         if (like == Likeness::Same) {
             seen[record] = true;
-        } else if ((like == Likeness::Joined || isLikeOneBehind(log, piece, original)) &&
+        } else if ((like == Likeness::Joined || isLikeOneBehind(log, piece, original) ||
+                    (begins && endsAs(record, log, piece, original))) &&
                    isWholeAlone(log, piece, original)) {
             ++counts.joined;
             joined.push_back(piece);
