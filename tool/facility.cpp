@@ -48,8 +48,14 @@ int qvledger::tellNoLogPath() {
 
 ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPath, Facility &facility) {
     findDomainWithLentRights();
-    const LentRights rights(options.oidPath == nullptr);
-    return ALA_Register(options.serverName, logPath, options.oidPath, &facility.mainh);
+    ALA_retCode_t result = ALA_N_NORMAL;
+    {
+        const LentRights rights(options.oidPath == nullptr);
+        result = ALA_Register(options.serverName, logPath, options.oidPath, &facility.mainh);
+    }
+    if (result != ALA_N_NORMAL)
+        tellFailure(result, nullptr);
+    return result;
 }
 
 ALA_retCode_t qvledger::listLogs(const Options &options, Facility &facility) {

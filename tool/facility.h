@@ -30,7 +30,7 @@ const char *findLogPath(const Options &options, Malloced<char> &made);
 // Tells why there is no such directory: the status that ends the server's turn.
 int tellNoLogPath();
 
-// Registers the options' server.  What ALA_Register returns; nothing is told.
+// Registers the options' server.  0, or the code that ends the server's turn, which is told.
 ALA_retCode_t registerServer(const Options &options, const char *logPath, Facility &facility);
 
 // Lists the server's logs.  0, or the code that ends the server's turn, which is told.

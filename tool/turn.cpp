@@ -42,11 +42,8 @@ private:
 // Registers and lists the server's logs.  0, or the code that ends the turn.
 static ALA_retCode_t startFacility(const Options &options, const char *logPath, const ReportStream &report,
                                    Facility &facility) {
-    const ALA_retCode_t result = registerServer(options, logPath, facility);
-    if (result != ALA_N_NORMAL) {
-        tellFailure(result, nullptr);
+    if (const ALA_retCode_t result = registerServer(options, logPath, facility); result != ALA_N_NORMAL)
         return result;
-    }
     if (options.dflg != 0) {
         Deletion deletion(report);
         ALA__PutBackLogs(facility.mainh, deletion);

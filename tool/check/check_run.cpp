@@ -97,10 +97,7 @@ private:
 // Registers and lists the server's logs.
 int CheckRun::start(const std::string &logPath, Facility &facility) {
     const ALA_retCode_t result = registerServer(options, logPath.c_str(), facility);
-    if (result == ALA_N_NORMAL)
-        return listLogs(options, facility);
-    tellFailure(result, nullptr);
-    return result;
+    return result == ALA_N_NORMAL ? listLogs(options, facility) : result;
 }
 
 // ---- Logs ----

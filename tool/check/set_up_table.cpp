@@ -59,9 +59,12 @@ static int checkPaths(const Options &options, std::string &logPath) {
     SetUpLines(true).part("QV_ROOT", root != nullptr ? root : "", "", lacksRoot ? "is not set" : nullptr);
     if (lacksRoot)
         return kStatusNoRoot;
-    const std::string base = root != nullptr ? root : "";
-    logPath = logsAreTheSystems ? base + "/var/acct" : options.acctPath2;
-    const std::string oidPath = oidsAreTheSystems ? base + "/share/oid" : options.oidPath;
+    Malloced<char> madePath;
+    const char *foundPath = findLogPath(options, madePath);
+    if (foundPath == nullptr)
+        return tellNoLogPath();
+    logPath = foundPath;
+    const std::string oidPath = oidsAreTheSystems ? std::string(root) + "/share/oid" : options.oidPath;
     bool found = false;
     {
         const LentRights rights(logsAreTheSystems);
