@@ -14,6 +14,7 @@ using namespace qvledger;
 
 constexpr std::int64_t kWord = sizeof(std::uint32_t);
 constexpr std::uint32_t kMostAttributes = 1 << 24; // more would take 2.5 GiB for their tags
+constexpr std::uint32_t kMostValues = 1 << 24;     // of one, as TagScan has it
 
 // What looking costs, in bytes that are passed over.
 constexpr std::int64_t kCostOfTag = 64;
@@ -175,6 +176,7 @@ Fit RecordReader::readRecord(std::int64_t begin, FoundRecord *record) {
     for (std::uint32_t i = 0; i < record->head.numAttr; ++i) {
         if (const Fit fit = readAttribute(at, &attribute); fit != Fit::Whole)
             return fit;
+        record->lastAttribute = at;
         record->longestAttribute = std::max(record->longestAttribute, attribute.end - at);
         record->end = at = attribute.end;
         record->values += attribute.numAttrVal;
@@ -203,6 +205,8 @@ bool RecordReader::looksLikeRecord(std::int64_t begin) {
         return false;
     if (wordsOfHead > 1 && have >= 2 * kWord && netWord(head + kWord) > numAttr)
         return false;
-    const std::uint8_t *decoid = head + headSize() + offsetof(attrTag, decoid);
-    return have < headSize() + kSeen || (decoid[0] >= '0' && decoid[0] <= '2' && decoid[1] == '.');
+    const std::uint8_t *tag = head + headSize();
+    const std::uint8_t *decoid = tag + offsetof(attrTag, decoid);
+    return have < headSize() + kSeen ||
+           (nativeWord(tag) < kMostValues && decoid[0] >= '0' && decoid[0] <= '2' && decoid[1] == '.');
 }

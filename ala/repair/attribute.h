@@ -40,13 +40,14 @@ struct FoundAttribute {
 struct FoundRecord {
     std::int64_t begin;
     std::int64_t end;
+    std::int64_t lastAttribute; // where it begins
     RecordHead head;
     std::uint64_t values;
     std::int64_t longestAttribute; // bytes
     bool endIsCertain;
     Fit faultBefore;       // of a record found out of step: what was wrong where one was expected
     std::uint64_t further; // if Fit::MoreBehind: the identifier of the attribute behind it
-    bool nextLacksHead;    // that attribute is what is left of the next record
+    bool isBeforeRest;     // that attribute is what is left of the next record
     std::vector<std::uint64_t> identifiers; // of the first attributes, at most kNotedIdentifiers
 };
 

@@ -4,7 +4,7 @@
 
 using namespace qvledger;
 
-constexpr std::size_t kLearned = 4096; // attributes
+constexpr std::size_t kLearned = 4096; // attributes, and counts of them
 constexpr std::size_t kTails = 1 << 16;
 constexpr std::int64_t kSurveyCredit = 16 << 20;  // what may be looked at in vain, as LogBytes::pay counts
 constexpr std::int64_t kLongestInVain = 64 << 20; // bytes without two records in step
@@ -24,6 +24,8 @@ void KnownIdentifiers::learn(const FoundRecord &record) {
         first.insert(record.identifiers.front());
     for (std::size_t i = 1; i < record.identifiers.size() && later.size() < kLearned; ++i)
         later.insert(record.identifiers[i]);
+    if (perDocument.size() < kLearned)
+        perDocument.insert(record.head.docAttrPerDoc);
     std::uint64_t tail = 0;
     for (std::size_t i = record.identifiers.size(); hasAll(record) && i > 1 && tails.size() < kTails; --i) {
         tail = mixed(tail, record.identifiers[i - 1]);

@@ -18,6 +18,9 @@ public:
     bool onlyBegins(std::uint64_t identifier) const { return begins(identifier) && !stands(identifier); }
     bool neverBegins(std::uint64_t identifier) const { return !begins(identifier) && stands(identifier); }
 
+    // Has some record that many attributes a document?
+    bool hasDocumentsOf(std::uint32_t count) const { return perDocument.contains(count); }
+
     // Has some record exactly those attributes, without the first so many, behind others?
     bool endsLike(const FoundRecord &record, std::size_t without) const;
 
@@ -26,6 +29,7 @@ private:
 
     std::unordered_set<std::uint64_t> first; // attributes that records begin with
     std::unordered_set<std::uint64_t> later; // attributes that stand further behind
+    std::unordered_set<std::uint32_t> perDocument;
     std::unordered_set<std::uint64_t> tails; // mixed identifiers from one of those on to the last
 };
 

@@ -17,7 +17,9 @@ namespace {
 class NewFile {
 public:
     explicit NewFile(const char *givenPath) : path(givenPath) {
-        const std::string firstPath = path + ".being-saved." + std::to_string(_getpid());
+        // Not made from the log's own name, which may be as long as a name can be.
+        const std::string folder = path.substr(0, path.rfind('/') + 1);
+        const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
         partPath = firstPath;
         file.reset(OS_MakeFile(partPath.c_str()));
         // Killed runs whose number this one has been given may have left theirs.

@@ -7,6 +7,7 @@ using namespace qvledger;
 constexpr int kValuesBehind = 64;              // that are followed behind a record
 constexpr std::int64_t kCostOfCandidate = 336; // in bytes passed over: more than a tag has
 constexpr std::int64_t kSkipped = 4096;        // bytes at a time, where the credit is used up
+constexpr std::int64_t kLongestGap = 16384;    // bytes that were damaged, in which it is looked for a tag
 constexpr std::int64_t kAskAfter = 1 << 20;    // bytes
 constexpr std::int64_t kWorthOnTrust = 64;     // of a byte read on trust for the first time
 constexpr std::int64_t kWord = sizeof(std::uint32_t);
@@ -33,12 +34,23 @@ const KnownIdentifiers &RecordSearch::surveyed(std::int64_t begin) {
     return known;
 }
 
-// As readRecord, but a record in front of one whose head is gone is whole.
+// As readRecord, but a record in front of the rest of one is whole.
 Fit RecordSearch::read(std::int64_t begin, FoundRecord *record) {
     const Fit fit = reader.readRecord(begin, record);
-    record->nextLacksHead = fit == Fit::MoreBehind && surveyed(begin).onlyBegins(record->further) &&
-                            known.endsLike(*record, 1); // or its count may be what was damaged
-    return record->nextLacksHead ? Fit::Whole : fit;
+    std::uint32_t left = 0;
+    record->isBeforeRest = fit == Fit::MoreBehind &&
+                           surveyed(begin).endsLike(*record, 1) && // or its count may be what was damaged
+                           (known.onlyBegins(record->further) || !leadsOn(record->end, &left));
+    return record->isBeforeRest ? Fit::Whole : fit;
+}
+
+// Is behind the attributes from there on a record or the log's end?
+bool RecordSearch::leadsOn(std::int64_t begin, std::uint32_t *numAttr) {
+    FoundAttribute attribute = {};
+    *numAttr = 0;
+    for (; reader.readAttribute(begin, &attribute) == Fit::Whole; ++*numAttr)
+        begin = attribute.end;
+    return begin == bytes.size() || reader.readRecord(begin, &behindRest) == Fit::Whole;
 }
 
 bool RecordSearch::isSound(const Extent &front) {
@@ -58,7 +70,7 @@ bool RecordSearch::mayBegin(std::uint64_t identifier, const Extent &front) {
 }
 
 bool RecordSearch::fitsBehind(const FoundRecord &record) {
-    return record.end == bytes.size() || record.nextLacksHead || read(record.end, &trial) == Fit::Whole;
+    return record.end == bytes.size() || record.isBeforeRest || read(record.end, &trial) == Fit::Whole;
 }
 
 // Of a record that begins as none is known to.  More words of a head are less likely to fit by chance.
@@ -67,6 +79,16 @@ bool RecordSearch::isRest(const FoundRecord &record) {
         return true;
     const bool fits = fitsBehind(record);
     return !fits && (reader.headSize() == kWord || known.neverBegins(record.identifiers.front()));
+}
+
+// Documents fill a record.  One that has none may still say how many attributes they have here.
+bool RecordSearch::countsFit(const RecordHead &head) {
+    if (reader.headSize() == kWord)
+        return true;
+    const std::uint32_t ofDocuments = head.numAttr - head.numJobAttr;
+    if (ofDocuments != 0)
+        return head.docAttrPerDoc != 0 && ofDocuments % head.docAttrPerDoc == 0;
+    return head.docAttrPerDoc == 0 || surveyed(notBefore).hasDocumentsOf(head.docAttrPerDoc);
 }
 
 // ---- Searching ----
@@ -81,7 +103,7 @@ bool RecordSearch::takeIfRecord(std::int64_t tag) {
     if (!bytes.pay(kCostOfCandidate) || reader.measureAttribute(tag, &attribute) != Fit::Whole)
         return false;
     ends[slotOf(attribute.end)] = {tag, attribute.end};
-    if (begin < notBefore || reader.readHead(begin, &head) != Fit::Whole ||
+    if (begin < notBefore || reader.readHead(begin, &head) != Fit::Whole || !countsFit(head) ||
         !mayBegin(attribute.identifier, front) || !reader.measuresAsRecord(begin))
         return false;
     FoundRecord found = {};
@@ -153,10 +175,54 @@ bool RecordSearch::goesOnAsValues(std::int64_t end) {
     return false;
 }
 
+// Is what stands there the next record, damaged where it begins?  The attributes that are left of it lead on,
+// and it either begins with the first one or its head is left and tells of that many.
+bool RecordSearch::isRestOfNext(std::int64_t begin) {
+    const std::int64_t end = begin + kLongestGap;
+    std::int64_t tag = tags.next(begin, end);
+    std::uint32_t left = 0;
+    while (tag >= 0 && tag < end && (!leadsOn(tag, &left) || left == 0))
+        tag = bytes.pay(kCostOfCandidate) ? tags.next(tag + 1, end) : -1;
+    if (tag < 0 || tag >= end || reader.readRecord(tag - reader.headSize(), &trial) == Fit::Whole)
+        return false; // nothing tells that it is damaged
+    FoundAttribute attribute = {};
+    RecordHead head = {};
+    if (reader.measureAttribute(tag, &attribute) == Fit::Whole &&
+        surveyed(begin).onlyBegins(attribute.identifier))
+        return true;
+    return reader.readHead(begin, &head) == Fit::Whole && countsFit(head) && left <= head.numAttr;
+}
+
+// Was nothing written there?  No tag has as many zeros.
+bool RecordSearch::isBlank(std::int64_t begin) {
+    const std::int64_t size = std::min(bytes.size() - begin, 2 * kTagSize);
+    const std::uint8_t *blank = bytes.at(begin, static_cast<std::size_t>(size));
+    return blank != nullptr && std::all_of(blank, blank + size, [](std::uint8_t byte) { return byte == 0; });
+}
+
 bool RecordSearch::mayEndHere(const FoundRecord &record) {
     if (reader.looksLikeRecord(record.end))
         return true;
-    return record.endIsCertain && !goesOnAsValues(record.end);
+    if (record.endIsCertain)
+        return !goesOnAsValues(record.end);
+    return isBlank(record.end) || isRestOfNext(record.end);
+}
+
+// Has a cut taken the last bytes of what looks like a record, so that the first ones of the next one stand in
+// their place?  Or was a length in its last attribute damaged, so that one is in that?
+bool RecordSearch::takesFromNext(const FoundRecord &record) {
+    const std::int64_t end = record.end + reader.headSize();
+    notBefore = record.lastAttribute + 1;
+    for (std::int64_t tag = notBefore + reader.headSize(); bytes.hasCredit(); ++tag) {
+        tag = tags.next(tag, end);
+        if (tag < 0 || tag >= end)
+            break;
+        if (takeIfRecord(tag) && known.begins(pending->identifiers.front()))
+            return true;
+        pending.reset();
+    }
+    notBefore = record.end;
+    return false;
 }
 
 const FoundRecord *RecordSearch::next() {
@@ -173,7 +239,9 @@ const FoundRecord *RecordSearch::next() {
         at = notBefore = given.end;
         bytes.passedOver(at);
         // Before anything else is looked for, so that what is none costs no search.
-        if (readInStep() || at >= bytes.size() || given.nextLacksHead || mayEndHere(given)) {
+        const bool isFollowed = readInStep() || at >= bytes.size();
+        const bool endsHere = isFollowed || given.isBeforeRest || mayEndHere(given);
+        if (endsHere && (isFollowed || !takesFromNext(given))) {
             if (wasInStep)
                 known.learn(given);
             bytes.found(given.end - given.begin);
@@ -181,6 +249,8 @@ const FoundRecord *RecordSearch::next() {
         }
         // It is none; what looked like it may hide another one.
         bytes.pay(givenDebt);
+        if (pending)
+            continue;
         at = given.begin;
         notBefore = given.begin + 1;
         fault = Fit::Whole;

@@ -13,12 +13,19 @@
 // word has to fit, each of the last two is enough.
 //
 // For the same reason an attribute behind a record, which its count leaves out, does not make it damaged if
-// that identifier only begins records: it is then what is left of the next one, whose head is gone.
+// that identifier only begins records, or if there is damage among those from there on: it is then what is
+// left of the next one.
 //
 // A record is given out once it is known what is behind it: another record, or the log's end.  Where damage
-// begins right behind it, the head of a record has to be left; where even that is destroyed, its last value
+// begins right behind it, the head of a record has to be left.  Where even that is destroyed, its last value
 // has to tell its own end, and what follows must not read as further values of it that lead to a record or to
-// the log's end, for then its own count was damaged.
+// the log's end, for then its own count was damaged.  If that value may have any length, what follows has to
+// be damaged by itself: there is nothing but zeros, or the attributes of a record whose front is destroyed.
+// Nor may a record begin in its last attribute: then a cut took its last bytes, and the first ones of the
+// next record stand in their place.
+//
+// Out of step, documents have to fill the record, and a record without one has to tell no number of
+// attributes a document that no other one has.
 //
 // What is looked at in vain is paid for (LogBytes::pay), and values are unpacked only once all else fits, so
 // the cost grows with the length of the log alone.  Where a record is expected it is read whatever it costs,
@@ -66,9 +73,14 @@ private:
 
     bool readInStep();
     bool searchPending();
+    bool leadsOn(std::int64_t begin, std::uint32_t *numAttr);
+    bool isRestOfNext(std::int64_t begin);
+    bool isBlank(std::int64_t begin);
     bool mayEndHere(const FoundRecord &record);
     bool goesOnAsValues(std::int64_t end);
     bool takeIfRecord(std::int64_t tag);
+    bool takesFromNext(const FoundRecord &record);
+    bool countsFit(const RecordHead &head);
     static std::size_t slotOf(std::int64_t position) { return static_cast<std::size_t>(position) % kEnds; }
     bool isSound(const Extent &front);
     bool mayBegin(std::uint64_t identifier, const Extent &front);
@@ -93,6 +105,7 @@ private:
     std::optional<FoundRecord> pending; // the record behind the one given out
     FoundRecord given = {};
     FoundRecord trial = {};
+    FoundRecord behindRest = {};
     // Attributes by where they end.  One may take another one's slot: what is forgotten then is found where
     // tags are so dense that damage alone can have made them.
     std::array<Extent, kEnds> ends = {};

@@ -59,12 +59,12 @@ std::int64_t TagScan::inBlock(std::int64_t from) const {
     return from + std::countr_zero(marks >> into);
 }
 
-std::int64_t TagScan::next(std::int64_t from) {
+std::int64_t TagScan::next(std::int64_t from, std::int64_t until) {
     if (const std::int64_t tag = inBlock(from); tag >= 0)
         return tag;
     if (block >= 0 && from >= block && from < block + static_cast<std::int64_t>(kBlock))
         from = block + static_cast<std::int64_t>(kBlock);
-    for (;;) {
+    while (from < until) {
         const auto stretch = bytes.stretch(from);
         if (stretch.size() < kSeen)
             return -1;
@@ -86,4 +86,5 @@ std::int64_t TagScan::next(std::int64_t from) {
         from += static_cast<std::int64_t>(at);
         bytes.passedOver(from);
     }
+    return -1;
 }

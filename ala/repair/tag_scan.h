@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 #include "ala/repair/log_bytes.h"
 
@@ -13,8 +14,8 @@ class TagScan {
 public:
     explicit TagScan(LogBytes &givenBytes) : bytes(givenBytes) {}
 
-    // The first position from there on where a tag could begin, or -1.
-    std::int64_t next(std::int64_t from);
+    // The first position from there on where a tag could begin, or -1.  It may give up beyond until.
+    std::int64_t next(std::int64_t from, std::int64_t until = std::numeric_limits<std::int64_t>::max());
 
 private:
     static constexpr std::size_t kBlock = 64;

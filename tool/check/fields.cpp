@@ -1,5 +1,6 @@
 #include "tool/check/fields.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 
@@ -17,13 +18,18 @@ static void noteError(int result) {
         firstError = errno;
 }
 
+std::string qvledger::printable(std::string_view text) {
+    std::string shown(text);
+    const auto isControl = [](char byte) { return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f; };
+    std::ranges::replace_if(shown, isControl, '?');
+    return shown;
+}
+
 void qvledger::writeFields(std::initializer_list<std::string_view> fields) {
     const char *separator = "";
     for (const std::string_view field : fields) {
         noteError(std::fputs(separator, stdout));
-        for (const char byte : field)
-            noteError(
-                std::fputc(static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f ? '?' : byte, stdout));
+        noteError(std::fputs(printable(field).c_str(), stdout));
         separator = "\t";
     }
     noteError(std::fputc('\n', stdout));

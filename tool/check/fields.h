@@ -2,12 +2,16 @@
 #pragma once
 
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 namespace qvledger {
 
-// To the standard output.  A control character in a field, whose text may come from a folder or the command
-// line, becomes a question mark.
+// The text with question marks for the control characters that a folder's name, the registry or the command
+// line may have brought, which could command a terminal.
+std::string printable(std::string_view text);
+
+// To the standard output, each field printable.
 void writeFields(std::initializer_list<std::string_view> fields);
 
 // Why the first line that could not be written was not, as errno; 0: all were.
