@@ -353,6 +353,7 @@ TEST(Damage, WhatRecordsBeginWithTellsThemFromTheRestOfOne) {
         EXPECT_EQ(found(noise + one + one + other + other), 4U);
         const std::size_t known = version >= 3 ? 4 : 3; // where three words fit and no record ends like it
         EXPECT_EQ(found(noise + one + other + other + other), known);
+        EXPECT_EQ(found(other + other + other + noise + one + one + one), 5U) << "1 stands behind 4, too";
         EXPECT_EQ(found(noise + tricky.substr(20) + tricky + tricky), 2U) << "the rest of a record";
         if (version == 1) {
             EXPECT_EQ(found(tricky.substr(20) + noise), 0U) << "nothing is known";

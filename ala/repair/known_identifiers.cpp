@@ -68,8 +68,7 @@ private:
         FoundAttribute attribute = {};
         RecordHead head = {};
         if (!bytes.pay(kCostOfCandidate) || reader.readHead(begin, &head) != Fit::Whole ||
-            reader.measureAttribute(tag, &attribute) != Fit::Whole ||
-            known.neverBegins(attribute.identifier) || !reader.measuresAsRecord(begin) ||
+            reader.measureAttribute(tag, &attribute) != Fit::Whole || !reader.measuresAsRecord(begin) ||
             reader.readRecord(begin, &record) != Fit::Whole)
             return tag + 1;
         std::int64_t behind = tag + 1;
