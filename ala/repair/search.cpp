@@ -176,7 +176,7 @@ bool RecordSearch::goesOnAsValues(std::int64_t end) {
 }
 
 // Is what stands there the next record, damaged where it begins?  The attributes that are left of it lead on,
-// and it either begins with the first one or its head is left and tells of that many.
+// and it either begins with the first one or its head is left and tells of few more.
 bool RecordSearch::isRestOfNext(std::int64_t begin) {
     const std::int64_t end = begin + kLongestGap;
     std::int64_t tag = tags.next(begin, end);
@@ -190,7 +190,8 @@ bool RecordSearch::isRestOfNext(std::int64_t begin) {
     if (reader.measureAttribute(tag, &attribute) == Fit::Whole &&
         surveyed(begin).onlyBegins(attribute.identifier))
         return true;
-    return reader.readHead(begin, &head) == Fit::Whole && countsFit(head) && left <= head.numAttr;
+    return reader.readHead(begin, &head) == Fit::Whole && countsFit(head) && left <= head.numAttr &&
+           head.numAttr - left <= kLongestGap / kTagSize;
 }
 
 // Was nothing written there?  No tag has as many zeros.
