@@ -55,7 +55,10 @@ public:
             return true;
         }
         credit -= cost;
-        isSpent = isSpent || credit <= 0;
+        if (credit <= 0 && !isSpent) {
+            isSpent = true;
+            enough = std::min(2 * enough, kMostEnough);
+        }
         return credit > 0;
     }
     // Until settle is called nothing is paid, whatever it costs: for bytes where a record is expected.
@@ -68,20 +71,25 @@ public:
         isTrusted = false;
         return debt;
     }
-    // Once the credit was used up, only when there is enough for a few records again.
+    // Once the credit was used up, only when there is enough for a few records again, which may be longer
+    // than was thought the last time.
     bool hasCredit() {
-        isSpent = isSpent && credit < kEnough;
+        isSpent = isSpent && credit < enough;
         return !isSpent;
     }
     // Searched up to there, and nothing found.
     void passedOver(std::int64_t position);
     // A record of that size was found: what it cost was not in vain.
-    void found(std::int64_t recordSize) { credit = std::min(kMost, credit + kOfFound * recordSize); }
+    void found(std::int64_t recordSize) {
+        credit = std::min(kMost, credit + kOfFound * recordSize);
+        enough = kEnough;
+    }
 
 private:
     static constexpr std::size_t kShortStretch = 4096; // too short for what begins in it
     static constexpr std::int64_t kMost = 256 << 20;
-    static constexpr std::int64_t kEnough = 64 << 10;
+    static constexpr std::int64_t kEnough = 32 << 10;
+    static constexpr std::int64_t kMostEnough = 512 << 10;
     static constexpr std::int64_t kOfFound = 64;
 
     struct Window {
@@ -110,6 +118,7 @@ private:
     Window scan;
     std::int64_t reached = 0;
     std::int64_t credit = kMost;
+    std::int64_t enough = kEnough;
     std::int64_t debt = 0;
     bool isTrusted = false;
     bool isSpent = false;
