@@ -84,7 +84,7 @@ static void display(std::uint32_t msgCode, std::va_list values) {
             static_cast<void>(va_arg(values, const char *));
     std::va_list measured;
     va_copy(measured, values);
-    const int length = std::vsnprintf(nullptr, 0, unfmtMsg, measured);
+    const std::int32_t length = MSG_vsnprintf(nullptr, 0, unfmtMsg, measured);
     va_end(measured);
     if (length < 0)
         return;

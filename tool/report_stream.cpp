@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "service/log.h"
 #include "tool/holding.h"
@@ -108,10 +109,10 @@ std::size_t ReportStream::take(const char *bytes, std::size_t givenSize) {
 
 // The whole lines in the buffer; everything if that is asked for, or if there is no line end in a full one.
 bool ReportStream::writeLines(bool all) {
-    const void *lineEnd = memrchr(lines, '\n', waiting);
+    const std::size_t lineEnd = std::string_view(lines, waiting).rfind('\n');
     std::size_t size = waiting;
-    if (lineEnd != nullptr && !all)
-        size = static_cast<std::size_t>(static_cast<const char *>(lineEnd) - lines) + 1;
+    if (lineEnd != std::string_view::npos && !all)
+        size = lineEnd + 1;
     else if (waiting != sizeof lines && !all)
         return !lost;
     if (lost || (size != 0 && !write(size)))
@@ -123,11 +124,10 @@ bool ReportStream::writeLines(bool all) {
 
 // Counts what has reached the system.
 void ReportStream::count(std::size_t size) {
-    const char *from = lines;
-    const void *lineEnd = memrchr(from, '\n', size);
+    const std::size_t lineEnd = std::string_view(lines, size).rfind('\n');
     written += static_cast<std::int64_t>(size);
-    openLine = lineEnd == nullptr ? openLine + static_cast<std::int64_t>(size)
-                                  : from + size - static_cast<const char *>(lineEnd) - 1;
+    openLine = lineEnd == std::string_view::npos ? openLine + static_cast<std::int64_t>(size)
+                                                 : static_cast<std::int64_t>(size - lineEnd) - 1;
 }
 
 bool ReportStream::write(std::size_t givenSize) {

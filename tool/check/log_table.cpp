@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "platform/os.h"
 #include "tool/check/fields.h"
 
 using namespace qvledger;
@@ -41,7 +42,7 @@ static std::string dateText(const ALA__logSummary &summary) {
     const std::time_t created = summary.created;
     std::tm utc = {};
     char text[sizeof "2000-01-01T00:00:00Z"] = "";
-    if (created != 0 && gmtime_r(&created, &utc) != nullptr)
+    if (created != 0 && gmtime_s(&utc, &created) == 0)
         std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
     return text;
 }
