@@ -11,9 +11,6 @@
 #include <new>
 #include <string_view>
 
-#include <pthread.h>
-#include <syslog.h>
-
 #include "platform/os.h"
 #include "service/log_internal.h"
 #include "service/log_repeats.h"
@@ -57,7 +54,7 @@ private:
 
 static std::mutex startLock;
 static std::atomic<bool> started;
-constinit static LogSink sink(_PATH_LOG);
+constinit static LogSink sink(kSystemLogPath);
 constinit static LogRepeats repeats;
 static std::atomic<bool> countsRepeats;
 static std::atomic<bool> wasInVain; // the last flush
@@ -99,7 +96,7 @@ static bool watchProcess() {
         repeats.startAnew();
         sink.forgetLost();
     };
-    return std::atexit(end) == 0 && ::pthread_atfork(nullptr, nullptr, inChild) == 0;
+    return std::atexit(end) == 0 && OS_WatchForks(inChild) == 0;
 }
 
 static void start() {

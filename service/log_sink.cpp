@@ -3,17 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cinttypes>
-#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <syslog.h>
-#include <unistd.h>
 
 #include "platform/os.h"
 #include "service/log.h"
@@ -24,13 +16,12 @@ using namespace qvledger;
 // ---- Opening ----
 
 void LogSink::openFile(const char *name) {
-    // O_NONBLOCK: a pipe without a reader must not hold the program up.
-    fd = movedBehindStandardStreams(
-        ::open(name, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0640));
-    const int reason = errno;
-    kind = fd >= 0 ? Kind::descriptor : Kind::systemLog;
-    if (kind == Kind::descriptor)
+    if (descriptor.openFile(name)) {
+        kind = Kind::descriptor;
         return;
+    }
+    const int reason = errno;
+    kind = Kind::systemLog;
     systemLog.open();
     LogText text;
     text.append(name);
@@ -43,41 +34,19 @@ void LogSink::open(const char *name, bool isComplete) {
     patience.renew();
     if (name == nullptr || *name == '\0') {
         kind = Kind::systemLog;
-        return systemLog.open();
-    }
-    if (std::strcmp(name, "none") == 0)
-        return;
-    const bool isStandard = std::strcmp(name, "stderr") == 0;
-    if (isStandard) {
+        systemLog.open();
+    } else if (std::strcmp(name, "stderr") == 0) {
         kind = Kind::descriptor;
-        fd = STDERR_FILENO; // which others share, so it stays as it is
-    } else {
+        descriptor.openStandardError(isComplete);
+    } else if (std::strcmp(name, "none") != 0) {
         openFile(name);
     }
-    struct stat status = {};
-    if (fd < 0 || ::fstat(fd, &status) != 0)
-        return;
-    device = status.st_dev;
-    inode = status.st_ino;
-    isSocket = S_ISSOCK(status.st_mode);
-    mayFill = (isSocket || S_ISFIFO(status.st_mode)) && !(isStandard && isComplete);
-}
-
-// A program that closes descriptors which are not its own may have another file under the number by now.
-bool LogSink::isStillOpen() const {
-    struct stat status = {};
-    return fd == STDERR_FILENO ||
-           (::fstat(fd, &status) == 0 && status.st_dev == device && status.st_ino == inode);
 }
 
 void LogSink::close() {
-    if (fd > STDERR_FILENO && isStillOpen())
-        static_cast<void>(_close(fd)); // nobody is left to tell
+    descriptor.close();
     systemLog.close();
     kind = Kind::nowhere;
-    fd = -1;
-    isSocket = false;
-    mayFill = false;
     isCut = false;
     lost = 0;
 }
@@ -89,48 +58,13 @@ void LogSink::tryAgain(std::int64_t longestWait) {
 
 // ---- Bytes to a descriptor ----
 
-// Whether a write of a piece to the pipe would not wait; false with errno.
-static bool hasRoom(int pipe) {
-    pollfd ready = {.fd = pipe, .events = POLLOUT, .revents = 0};
-    const int count = ::poll(&ready, 1, 0);
-    if (count == 1 && ready.revents == POLLOUT)
-        return true;
-    if (count >= 0)
-        errno = count == 0 ? EAGAIN : EPIPE;
-    return false;
-}
-
-// Takes off the bytes what was written, all if it does not go to a reader that may take nothing; false with
-// errno when nothing was.
-bool LogSink::passPiece(std::string_view &bytes) const {
-    if (mayFill && !isSocket && !hasRoom(fd))
-        return false;
-    const std::string_view piece = mayFill ? bytes.substr(0, PIPE_BUF) : bytes;
-    errno = 0;
-    const ssize_t written =
-        isSocket ? ::send(fd, piece.data(), piece.size(), MSG_NOSIGNAL | (mayFill ? MSG_DONTWAIT : 0))
-                 : _write(fd, piece.data(), static_cast<unsigned>(piece.size()));
-    if (written > 0)
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    return written > 0;
-}
-
-// After bytes were not written that are waited for: whether to go on.
-static bool waitForRoom(int fd) {
-    if (errno == EAGAIN) { // who shares the standard error stream may have made it so
-        pollfd ready = {.fd = fd, .events = POLLOUT, .revents = 0};
-        return ::poll(&ready, 1, -1) > 0 || errno == EINTR;
-    }
-    return errno == EINTR;
-}
-
 // How many of the bytes were written.
 std::size_t LogSink::pass(std::string_view bytes) {
     const std::size_t size = bytes.size();
-    bool goesOn = isStillOpen();
+    bool goesOn = descriptor.isStillOpen();
     while (goesOn && !bytes.empty())
-        goesOn = mayFill ? patience.attempt([&] { return passPiece(bytes); })
-                         : passPiece(bytes) || waitForRoom(fd);
+        goesOn = descriptor.mayFill() ? patience.attempt([&] { return descriptor.passPiece(bytes); })
+                                      : descriptor.passPiece(bytes) || descriptor.waitForRoom();
     return size - bytes.size();
 }
 
@@ -155,7 +89,7 @@ static void appendStamp(LogText &line) {
     char rest[64];
     std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.tv_nsec / 1'000'000));
     line.append(rest);
-    line.appendVisible(program_invocation_short_name);
+    line.appendVisible(OS_ProgramName());
     std::snprintf(rest, sizeof rest, "[%d]: ", _getpid());
     line.append(rest);
 }
@@ -174,7 +108,7 @@ bool LogSink::put(const LogPlace &place, std::string_view text) {
     LogText line;
     if (kind == Kind::systemLog) {
         appendEntry(line, place, text);
-        return systemLog.send(place.level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG, line.view());
+        return systemLog.send(place.level <= LOG_ERROR, line.view());
     }
     // The rest of a line that was cut must not become the beginning of this one.
     const bool mendsCut = isCut.exchange(false);

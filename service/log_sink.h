@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include <sys/types.h>
-
+#include "service/log_descriptor.h"
 #include "service/log_patience.h"
 #include "service/log_repeats.h"
 #include "service/system_log.h"
@@ -53,15 +52,9 @@ private:
     bool put(const LogPlace &place, std::string_view text);
     bool putLine(std::string_view line);
     std::size_t pass(std::string_view bytes);
-    bool passPiece(std::string_view &bytes) const;
-    bool isStillOpen() const;
 
     Kind kind = Kind::nowhere;
-    int fd = -1;
-    dev_t device = 0; // the device and the inode that were opened, but for the standard error stream
-    ino_t inode = 0;
-    bool isSocket = false;
-    bool mayFill = false; // a pipe or a socket, whose reader may take nothing
+    LogDescriptor descriptor;
     SystemLog systemLog;
     LogPatience patience;            // with the descriptor's reader
     std::atomic<bool> isCut = false; // the last line that was written did not come to its end

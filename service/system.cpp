@@ -7,8 +7,7 @@
 #include <cstring>
 
 #include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
+#include <getopt.h>
 
 #include "platform/os.h"
 
@@ -24,11 +23,7 @@ std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char
 }
 
 std::int32_t SYSU_Open(const char *inp_path, std::int32_t) {
-    for (;;) {
-        const int fd = ::open(inp_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        if (fd >= 0 || errno != EINTR)
-            return fd;
-    }
+    return OS_OpenToRead(inp_path);
 }
 
 std::tm *SYSU_Localtime_r(const std::int64_t *inp_time, std::tm *outp_local) {

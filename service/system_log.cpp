@@ -84,15 +84,15 @@ static void appendHeader(LogText &text, int priority) {
                   kMonths + 3 * (local.tm_mon % 12), local.tm_mday, local.tm_hour, local.tm_min,
                   local.tm_sec);
     text.append(field);
-    text.appendVisible(program_invocation_short_name);
+    text.appendVisible(OS_ProgramName());
     std::snprintf(field, sizeof field, "[%d]: ", _getpid());
     text.append(field);
 }
 
-bool SystemLog::send(int priority, std::string_view text) {
+bool SystemLog::send(bool isFailure, std::string_view text) {
     for (; !text.empty(); text.remove_prefix(std::min(kPiece, text.size()))) {
         LogText piece;
-        appendHeader(piece, priority);
+        appendHeader(piece, isFailure ? LOG_ERR : LOG_DEBUG);
         piece.append(text.substr(0, kPiece));
         piece.end('\0');
         const std::string_view bytes = piece.view().substr(0, piece.view().size() - 1);

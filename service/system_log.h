@@ -9,6 +9,8 @@
 
 namespace qvledger {
 
+constexpr char kSystemLogPath[] = "/dev/log";
+
 // Each entry finds the daemon anew by its socket's name, so a daemon that was restarted has the next one.  A
 // daemon that is not there or takes nothing is tried once a second.
 //
@@ -26,8 +28,8 @@ public:
     // Forgets that entries were refused: the next one is tried.
     void tryAgain(std::int64_t longestWait) { patience.renew(longestWait); }
 
-    // False when the daemon did not take all of the entry.  The priority is one of syslog(3)'s.
-    bool send(int priority, std::string_view text);
+    // False when the daemon did not take all of the entry.  What is no failure is a detail.
+    bool send(bool isFailure, std::string_view text);
 
 private:
     bool trySend(std::string_view bytes) const;

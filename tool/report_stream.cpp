@@ -172,7 +172,7 @@ bool ReportStream::beginLine() {
 }
 
 bool ReportStream::flush() {
-    const bool flushed = fl == nullptr || std::fflush(fl) == 0;
+    const bool flushed = fl == nullptr || OS_FlushStream(fl) == 0;
     return !lost && flushed && writeLines(true);
 }
 
@@ -249,7 +249,7 @@ void ReportStream::finish() {
     if (fl == nullptr)
         return;
     static_cast<void>(flush()); // told where it failed
-    static_cast<void>(std::fclose(fl));
+    static_cast<void>(OS_CloseStream(fl));
     fl = nullptr;
 }
 
@@ -264,7 +264,7 @@ void ReportStream::removeIfCreated() {
         static_cast<void>(OS_CutFile(fd, 0)); // or this run's lines stay
         return;
     }
-    if (_unlink(madePath.get()) == 0)
+    if (OS_RemoveFile(fd, madePath.get()) == 0)
         madePath.reset();
 }
 

@@ -133,7 +133,7 @@ static ALA_retCode_t removeRead(const char *path, const char *aside, const ALA__
     const char *why = differenceAside(aside, read, deletion);
     if (why == nullptr) {
         ALA_DETAIL("Unlinking %s", path);
-        if (_unlink(aside) == 0)
+        if (OS_RemoveFile(read.file.get(), aside) == 0)
             return ALA_N_NORMAL;
     }
     const bool isBack = putBack(path, aside, deletion);

@@ -19,4 +19,8 @@ int OS_HoldAgainstWriters(int in_fd);
 // system does not tell.
 int OS_IsOpenElsewhere(int in_fd);
 
+// Removes an open file that has the name.  Where the system can it removes what is open, whatever the name
+// leads to by now.  0, or -1.
+int OS_RemoveFile(int in_fd, const char *inp_path);
+
 } // extern "C"

@@ -43,6 +43,9 @@ int _commit(int in_fd);
 
 extern "C" {
 
+// Opens a file to read; -1 on failure.  It never waits for a pipe's writer.
+int OS_OpenToRead(const char *inp_path);
+
 // Opens a file to append to, and makes it if there is none; a symbolic link is followed, also one that leads
 // nowhere yet.  -1 on failure.  *outp_made is the path at which a file was made, to be released with free,
 // or null.

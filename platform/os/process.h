@@ -18,4 +18,10 @@ int _getpid();
 // came closed.
 void OS_PrepareProcess();
 
+// Has a function called in each process that a fork makes.  0, or another number when the system will not.
+int OS_WatchForks(void (*in_function)());
+
+// The name of the program's file, without its folder.
+const char *OS_ProgramName();
+
 } // extern "C"

@@ -12,7 +12,10 @@ extern "C" {
 int _fileno(std::FILE *inp_stream);
 #endif
 
-// A stream for writing whose bytes go to a function; null on failure.
+// A stream for writing whose bytes go to a function, at the latest when it is flushed; null on failure.  It
+// is flushed and closed by the operations below alone, with the results of fflush and fclose.
 std::FILE *OS_StreamTo(OS_writer in_writer, void *inp_context);
+int OS_FlushStream(std::FILE *inp_stream);
+int OS_CloseStream(std::FILE *inp_stream);
 
 } // extern "C"

@@ -27,3 +27,8 @@ int OS_IsOpenElsewhere(int in_fd) {
     static_cast<void>(fcntl(in_fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // it was to tell, not to hold
     return 0;
 }
+
+// There is no call that removes by the descriptor.
+int OS_RemoveFile(int, const char *inp_path) {
+    return _unlink(inp_path);
+}

@@ -65,6 +65,14 @@ static Malloced<char> follow(const char *givenPath) {
     return path;
 }
 
+int OS_OpenToRead(const char *inp_path) {
+    for (;;) {
+        const int fd = open(inp_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        if (fd >= 0 || errno != EINTR)
+            return fd;
+    }
+}
+
 int OS_OpenToAppend(const char *inp_path, char **outp_made) {
     constexpr int kAppend = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
     constexpr mode_t kMode = 0666; // less what the umask takes

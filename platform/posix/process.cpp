@@ -1,6 +1,7 @@
 #include "platform/os.h"
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <initializer_list>
 
@@ -13,7 +14,7 @@
 static std::atomic<int> knownPid; // 0: not known
 
 static int findPid() {
-    static const bool forkIsSeen = pthread_atfork(nullptr, nullptr, [] { knownPid = 0; }) == 0;
+    static const bool forkIsSeen = OS_WatchForks([] { knownPid = 0; }) == 0;
     const int pid = getpid();
     if (forkIsSeen)
         knownPid = pid;
@@ -23,6 +24,14 @@ static int findPid() {
 int _getpid() {
     const int pid = knownPid.load(std::memory_order_relaxed);
     return pid != 0 ? pid : findPid();
+}
+
+int OS_WatchForks(void (*in_function)()) {
+    return pthread_atfork(nullptr, nullptr, in_function);
+}
+
+const char *OS_ProgramName() {
+    return program_invocation_short_name;
 }
 
 void OS_PrepareProcess() {

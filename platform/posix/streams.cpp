@@ -37,3 +37,11 @@ std::FILE *OS_StreamTo(OS_writer in_writer, void *inp_context) {
         std::free(stream);
     return made;
 }
+
+int OS_FlushStream(std::FILE *inp_stream) {
+    return std::fflush(inp_stream);
+}
+
+int OS_CloseStream(std::FILE *inp_stream) {
+    return std::fclose(inp_stream);
+}
