@@ -61,8 +61,7 @@ static std::vector<Value> accessList(std::uint32_t log, bool current, const Acco
 // ---- Logs ----
 
 static std::tm daysAgo(std::time_t now, std::uint32_t days) {
-    std::tm date = {};
-    localtime_r(&now, &date);
+    std::tm date = *std::localtime(&now);
     date.tm_mday -= static_cast<int>(days);
     date.tm_hour = 12; // no change to or from summer time moves noon to another day
     date.tm_min = date.tm_sec = 0;

@@ -94,7 +94,7 @@ int main(int argc, char **argv) try {
     const samples::SampleRoot root(arguments.directory);
     if (root.path().string().size() > kLongestSetting || hasControl(root.path().string())) {
         std::fprintf(stderr, "mksample: %s: this path cannot be a setting of the registry\n",
-                     root.path().c_str());
+                     root.path().string().c_str());
         return 1;
     }
     const samples::Totals totals = layDemo(root, caller, arguments.demo);

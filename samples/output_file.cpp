@@ -6,7 +6,7 @@
 namespace samples {
 
 OutputFile::OutputFile(const std::filesystem::path &path)
-    : name(path), stream(std::fopen(path.c_str(), "wb")) {
+    : name(path), stream(std::fopen(path.string().c_str(), "wb")) {
     if (!stream)
         fail();
     // Callers write in large pieces: a buffer between would only delay what a failed write has to say.

@@ -1,5 +1,6 @@
 #include "service/clock.h"
 
+#include <chrono>
 #include <ctime>
 
 #include "platform/os.h"
@@ -13,9 +14,10 @@ static std::int16_t narrow(long number) {
 
 std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time, std::int32_t) {
     *outpp_time = nullptr;
-    std::timespec now{};
+    const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
     std::tm local{};
-    if (std::timespec_get(&now, TIME_UTC) != TIME_UTC || localtime_s(&local, &now.tv_sec) != 0)
+    if (localtime_s(&local, &seconds) != 0)
         return 1;
     ValueBlock block(sizeof(GEN_generalizedTime));
     auto *time = static_cast<GEN_generalizedTime *>(block.allocate(sizeof(GEN_generalizedTime)));
@@ -29,7 +31,7 @@ std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time,
     time->hour = narrow(local.tm_hour);
     time->minute = narrow(local.tm_min);
     time->second = narrow(local.tm_sec);
-    time->millisec = narrow(now.tv_nsec / 1'000'000);
+    time->millisec = narrow(static_cast<long>(now.time_since_epoch().count() % 1000));
     time->mindiff = narrow(_timezone / 60);
     *outpp_time = time;
     return 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -79,15 +80,15 @@ bool LogSink::putLine(std::string_view line) {
 
 // Time, program and process, which the system's log puts before an entry on its own.
 static void appendStamp(LogText &line) {
-    std::timespec now{};
+    const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
     std::tm utc{};
-    static_cast<void>(std::timespec_get(&now, TIME_UTC)); // without a clock it is 1970
-    static_cast<void>(gmtime_s(&utc, &now.tv_sec));
+    static_cast<void>(gmtime_s(&utc, &seconds));
     char stamp[sizeof "2000-01-01T00:00:00" + 16];
     const std::size_t length = std::strftime(stamp, sizeof stamp, "%Y-%m-%dT%H:%M:%S", &utc);
     line.append({stamp, length});
     char rest[64];
-    std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.tv_nsec / 1'000'000));
+    std::snprintf(rest, sizeof rest, ".%03dZ ", static_cast<int>(now.time_since_epoch().count() % 1000));
     line.append(rest);
     line.appendVisible(OS_ProgramName());
     std::snprintf(rest, sizeof rest, "[%d]: ", _getpid());

@@ -48,7 +48,7 @@ protected:
 
 TEST_F(ReadAheadFile, EveryRequestIsFilledUntilTheFileEnds) {
     for (const unsigned size : {1U, 4U, 1000U, 65535U, 65536U, 65537U, 150'000U, 200'000U, 300'000U}) {
-        ASSERT_EQ(_lseek(fd, 0, SEEK_SET), 0);
+        ASSERT_EQ(_lseeki64(fd, 0, SEEK_SET), 0);
         std::string all = get(3); // so that requests straddle the blocks
         for (std::string piece = get(size); !piece.empty(); piece = get(size)) {
             EXPECT_TRUE(piece.size() == size || all.size() + piece.size() == content.size()) << size;
@@ -60,26 +60,26 @@ TEST_F(ReadAheadFile, EveryRequestIsFilledUntilTheFileEnds) {
 
 TEST_F(ReadAheadFile, SeekingCountsFromTheReadersPosition) {
     get(70'000);
-    EXPECT_EQ(_lseek(fd, -20, SEEK_CUR), 69'980);
+    EXPECT_EQ(_lseeki64(fd, -20, SEEK_CUR), 69'980);
     EXPECT_EQ(get(20), content.substr(69'980, 20));
-    EXPECT_EQ(_lseek(fd, -80'000, SEEK_CUR), -1);
-    EXPECT_EQ(_lseek(fd, std::numeric_limits<long>::min(), SEEK_CUR), -1);
+    EXPECT_EQ(_lseeki64(fd, -80'000, SEEK_CUR), -1);
+    EXPECT_EQ(_lseeki64(fd, std::numeric_limits<long>::min(), SEEK_CUR), -1);
     EXPECT_EQ(get(10), content.substr(70'000, 10)) << "a failed seek moves nothing";
-    EXPECT_EQ(_lseek(fd, -5, SEEK_END), 199'995);
+    EXPECT_EQ(_lseeki64(fd, -5, SEEK_END), 199'995);
     EXPECT_EQ(get(10), content.substr(199'995));
 }
 
 TEST_F(ReadAheadFile, SeekingShowsWhatWasWrittenMeanwhile) {
     get(100);
     overwrite(100, "fresh");
-    EXPECT_EQ(_lseek(fd, 0, SEEK_CUR), 100);
+    EXPECT_EQ(_lseeki64(fd, 0, SEEK_CUR), 100);
     EXPECT_EQ(get(5), "fresh");
 
-    _lseek(fd, -3, SEEK_END);
+    _lseeki64(fd, -3, SEEK_END);
     EXPECT_EQ(get(10).size(), 3U);
     EXPECT_EQ(get(10), "");
     overwrite(200'000, "grown");
-    EXPECT_EQ(_lseek(fd, -3, SEEK_CUR), 199'997);
+    EXPECT_EQ(_lseeki64(fd, -3, SEEK_CUR), 199'997);
     EXPECT_EQ(get(10), content.substr(199'997) + "grown");
 }
 

@@ -198,7 +198,7 @@ void ReportStream::cutBack() {
     if (!held || openLine == 0 || (fileName == nullptr && !again.isOpen()))
         return;
     OS_fileIdentity present = {};
-    const std::int64_t end = _lseek(fd, 0, SEEK_CUR);
+    const std::int64_t end = _lseeki64(fd, 0, SEEK_CUR);
     if (OS_IdentifyDescriptor(fd, &present) != 0 || present.size != end ||
         OS_CutFile(fd, end - openLine) != 0) {
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report ends in a part of a line");

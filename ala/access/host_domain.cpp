@@ -45,14 +45,18 @@ static void keepAsDomain(const wchar_t *wide) {
     gMyDomainName[size] = '\0';
 }
 
+// By way of the type that stands for any function, as FARPROC does not on every system.
+template <class Function>
+static Function functionOf(HMODULE library, const char *name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
+}
+
 static void takeLanGroup() {
     HMODULE library = LoadLibraryA("netapi32.dll");
     if (library == nullptr)
         return;
-    const auto getInfo =
-        reinterpret_cast<decltype(&NetWkstaGetInfo)>(GetProcAddress(library, "NetWkstaGetInfo"));
-    const auto freeInfo =
-        reinterpret_cast<decltype(&NetApiBufferFree)>(GetProcAddress(library, "NetApiBufferFree"));
+    const auto getInfo = functionOf<decltype(&NetWkstaGetInfo)>(library, "NetWkstaGetInfo");
+    const auto freeInfo = functionOf<decltype(&NetApiBufferFree)>(library, "NetApiBufferFree");
     BYTE *buffer = nullptr;
     if (getInfo != nullptr && freeInfo != nullptr) {
         if (getInfo(nullptr, kWorkstationLevel, &buffer) != 0) {
@@ -86,7 +90,8 @@ void qvledger::TOnceGetDomainName() {
         // The caller may have seen to it, so that the computer's name would be taken for the domain.
         LOG_CondMessage(
             LOG_ERROR, __FILE__, __LINE__,
-            "TOnceGetDomainName: the registry cannot be read, error %d; the machine has no domain\n", result);
+            "TOnceGetDomainName: the registry cannot be read, error %d; the machine has no domain\n",
+            static_cast<int>(result));
         return;
     }
     if (flags == kLogonServiceRuns)

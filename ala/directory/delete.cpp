@@ -104,7 +104,7 @@ static ALA_retCode_t keep(const char *path, const char *why, std::int32_t *kept)
 
 // Why what is behind the private name has to stay, or null.  From the hold on nobody else opens it to write.
 static const char *differenceAside(const char *aside, const ALA__readLog &read, ALA__deletion &deletion) {
-    if (OS_HoldAgainstWriters(read.file.get()) == OS_TAKEN)
+    if (OS_HoldAgainstWriters(read.file.get(), aside) == OS_TAKEN)
         return "another program has it open for writing";
     const char *why = difference(aside, read);
     return why != nullptr ? why : deletion.objection();

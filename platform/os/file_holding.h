@@ -10,17 +10,17 @@ extern "C" {
 int OS_LockFile(int in_fd);
 void OS_UnlockFile(int in_fd);
 
-// Keeps other processes from opening the file for writing until the descriptor is closed.  OS_DONE; OS_TAKEN
-// when one has it open for writing already; OS_REFUSED where the system cannot tell.  Only the file's owner,
-// or root, can be told.
-int OS_HoldAgainstWriters(int in_fd);
+// Keeps other processes from opening the file, which has the name, for writing until the descriptor is
+// closed. OS_DONE; OS_TAKEN when one has it open for writing already; OS_REFUSED where the system cannot
+// tell.  On Linux only the file's owner, or root, can be told.  The descriptor's position is not kept.
+int OS_HoldAgainstWriters(int in_fd, const char *inp_path);
 
 // 1 if the file is open under another descriptor, in this program or in another one; 0 if it is not, or the
 // system does not tell.
 int OS_IsOpenElsewhere(int in_fd);
 
-// Removes an open file that has the name.  Where the system can it removes what is open, whatever the name
-// leads to by now.  0, or -1.
+// Removes an open file that has the name, and that this run made or holds against writers.  Where the system
+// can it removes what is open, whatever the name leads to by now.  0, or -1.
 int OS_RemoveFile(int in_fd, const char *inp_path);
 
 } // extern "C"

@@ -8,10 +8,10 @@
 extern "C" {
 
 // _read gives the bytes read, 0 at the end of the file, -1 on failure; it reads ahead and gives fewer bytes
-// than asked for only where the file ends.  _lseek drops what was read ahead, so that bytes appended or
+// than asked for only where the file ends.  _lseeki64 drops what was read ahead, so that bytes appended or
 // overwritten meanwhile are seen.
 int _read(int in_fd, void *outp_buffer, unsigned in_size);
-long _lseek(int in_fd, long in_offset, int in_origin);
+std::int64_t _lseeki64(int in_fd, std::int64_t in_offset, int in_origin);
 int _close(int in_fd);
 
 } // extern "C"

@@ -6,8 +6,15 @@
 #include <cstdio>
 
 #ifdef _WIN32
+#ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
 #define NOMINMAX
+#endif
+#define NOGDI        // whose names are macros
+#include <windows.h> // before those that need its types
+
 #include <fcntl.h>
 #include <io.h>
 #include <lm.h>
@@ -16,7 +23,6 @@
 #include <string.h>
 #include <sys/stat.h>
 #include <time.h>
-#include <windows.h>
 #else
 
 using BOOL = int;

@@ -117,11 +117,11 @@ int _read(int in_fd, void *outp_buffer, unsigned in_size) {
     return readFully(in_fd, ahead, static_cast<unsigned char *>(outp_buffer), in_size);
 }
 
-long _lseek(int in_fd, long in_offset, int in_origin) {
+std::int64_t _lseeki64(int in_fd, std::int64_t in_offset, int in_origin) {
     ReadAhead *ahead = readAheadOf(in_fd);
-    long offset = in_offset;
+    std::int64_t offset = in_offset;
     if (ahead != nullptr && in_origin == SEEK_CUR &&
-        __builtin_sub_overflow(in_offset, static_cast<long>(ahead->left()), &offset)) {
+        __builtin_sub_overflow(in_offset, static_cast<std::int64_t>(ahead->left()), &offset)) {
         errno = EINVAL;
         return -1;
     }
