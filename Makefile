@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all release demo test damage faults live stops threads fuzz bench install uninstall deb clean setup
+.PHONY: all release demo test damage faults live stops threads windows fuzz bench install uninstall deb clean setup
 
 # Builds once, into build/bin/.
 all: setup
@@ -69,6 +69,15 @@ threads: setup
 	@cmake --preset tsan >/dev/null
 	@cmake --build --preset tsan --target threads | tail -n 1
 	@build/tsan/bin/threads $(ROUNDS)
+
+# Builds for the system's own platform, and compares what the programs do under wine with this system's.
+windows: setup
+	@scripts/setup wine
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target qvledger qvledger-json mksample | tail -n 1
+	@cmake --preset windows >/dev/null
+	@cmake --build --preset windows | tail -n 1
+	@scripts/windows build/dev/bin build/windows/bin
 
 # Fuzzes each target (or TARGETS) for SECONDS, in turn; JOBS of them at a time.
 SECONDS ?= 60

@@ -66,8 +66,9 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
         if (result == ERROR_NO_MORE_ITEMS)
             return 0;
         if (result != ERROR_SUCCESS)
-            return ALA_FAIL(-1, "value %u of the settings for %s cannot be taken, error %d", index + 1,
-                            path.get(), result);
+            return ALA_FAIL(-1, "value %u of the settings for %s cannot be taken, error %d",
+                            static_cast<std::uint32_t>(index) + 1, path.get(),
+                            static_cast<std::int32_t>(result));
         if (!setVariable(achValue, envValue))
             return -1;
     }

@@ -1,0 +1,54 @@
+#include "platform/os.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "platform/windows/error.h"
+#include "platform/windows/file_handle.h"
+
+using namespace qvledger;
+
+int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned in_size) {
+    const HANDLE file = handleOf(in_fd);
+    auto *bytes = static_cast<char *>(outp_buffer);
+    const unsigned wanted = std::min(in_size, unsigned{INT_MAX});
+    const LARGE_INTEGER here = {};
+    LARGE_INTEGER before = {};
+    if (SetFilePointerEx(file, here, &before, FILE_CURRENT) == 0) {
+        setErrno(GetLastError());
+        return -1;
+    }
+    DWORD done = 0;
+    bool works = true;
+    while (works && done < wanted) {
+        const std::uint64_t at = static_cast<std::uint64_t>(in_position) + done;
+        OVERLAPPED place = {};
+        place.Offset = static_cast<DWORD>(at);
+        place.OffsetHigh = static_cast<DWORD>(at >> 32);
+        DWORD got = 0;
+        works = ReadFile(file, bytes + done, wanted - done, &got, &place) != 0;
+        const DWORD error = works ? DWORD{ERROR_SUCCESS} : GetLastError();
+        if (!works)
+            setErrno(error);
+        works = works || error == ERROR_HANDLE_EOF;
+        if (got == 0)
+            break;
+        done += got;
+    }
+    // A read at a position moves the file's own.
+    works = SetFilePointerEx(file, before, nullptr, FILE_BEGIN) != 0 && works;
+    return works ? static_cast<int>(done) : -1;
+}
+
+int OS_MakeFile(const char *inp_path) {
+    return descriptorOf(openHandle(inp_path, GENERIC_WRITE, CREATE_NEW), _O_WRONLY);
+}
+
+// Who may do what follows from the folder; only the times are the file's own.
+void OS_GiveAttributes(int in_from, int in_to) {
+    FILETIME made = {};
+    FILETIME used = {};
+    FILETIME written = {};
+    if (GetFileTime(handleOf(in_from), &made, &used, &written) != 0)
+        SetFileTime(handleOf(in_to), &made, &used, &written);
+}

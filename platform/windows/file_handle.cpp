@@ -1,0 +1,30 @@
+#include "platform/windows/file_handle.h"
+
+#include <cerrno>
+#include <cstdint>
+
+#include "platform/windows/error.h"
+
+using namespace qvledger;
+
+HANDLE qvledger::handleOf(int fd) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(fd));
+}
+
+HANDLE qvledger::openHandle(const char *path, DWORD access, DWORD disposition, DWORD flags) {
+    const HANDLE handle = CreateFileA(path, access, kShareAll, nullptr, disposition, flags, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        setErrno(GetLastError());
+    return handle;
+}
+
+int qvledger::descriptorOf(HANDLE givenHandle, int flags) {
+    FileHandle handle(givenHandle);
+    if (!handle.isOpen())
+        return -1;
+    const int fd =
+        _open_osfhandle(reinterpret_cast<std::intptr_t>(handle.get()), flags | _O_BINARY | _O_NOINHERIT);
+    if (fd != -1)
+        static_cast<void>(handle.release()); // the descriptor's from now on
+    return fd;
+}

@@ -1,0 +1,82 @@
+#include "platform/os.h"
+
+#include "platform/windows/error.h"
+#include "platform/windows/file_handle.h"
+
+using namespace qvledger;
+
+// File times are steps of 100 nanoseconds since 1601.
+constexpr std::int64_t kStep = 100;
+constexpr std::int64_t kStepsTo1970 = 116'444'736'000'000'000;
+// Twice the steps by which file times advance at the most: where a file system keeps two seconds.
+constexpr std::int64_t kCoarse = 2'000'000'000;
+constexpr std::int64_t kCoarseStep = 2 * kCoarse;
+constexpr std::int64_t kFineStep = 40'000'000; // of the system's clock
+constexpr int kLooks = 3;                      // at a file that changes all the time
+
+static std::int64_t nanoseconds(std::int64_t steps) {
+    return (steps - kStepsTo1970) * kStep;
+}
+
+static std::int64_t together(DWORD high, DWORD low) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(high) << 32 | low);
+}
+
+static int identify(HANDLE file, OS_fileIdentity *identity) {
+    BY_HANDLE_FILE_INFORMATION found = {};
+    FILE_BASIC_INFO times = {};
+    FILE_STANDARD_INFO standard = {};
+    const DWORD type = file != INVALID_HANDLE_VALUE ? GetFileType(file) : DWORD{FILE_TYPE_UNKNOWN};
+    if (type == FILE_TYPE_CHAR || type == FILE_TYPE_PIPE) {
+        *identity = {0, 0, 0, 0, 0, 1, false};
+        return 0;
+    }
+    if (file == INVALID_HANDLE_VALUE || GetFileInformationByHandle(file, &found) == 0 ||
+        GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times) == 0 ||
+        GetFileInformationByHandleEx(file, FileStandardInfo, &standard, sizeof standard) == 0) {
+        setErrno(GetLastError());
+        return -1;
+    }
+    *identity = {found.dwVolumeSerialNumber,
+                 static_cast<std::uint64_t>(together(found.nFileIndexHigh, found.nFileIndexLow)),
+                 together(found.nFileSizeHigh, found.nFileSizeLow),
+                 nanoseconds(times.LastWriteTime.QuadPart),
+                 nanoseconds(times.ChangeTime.QuadPart),
+                 standard.DeletePending != 0 ? 0U : found.nNumberOfLinks,
+                 (found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0};
+    return 0;
+}
+
+static int identifyPath(const char *path, DWORD flags, OS_fileIdentity *identity) {
+    const FileHandle file(openHandle(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, flags));
+    return file.isOpen() ? identify(file.get(), identity) : -1;
+}
+
+int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
+    return identify(handleOf(in_fd), outp_identity);
+}
+
+int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {
+    return identifyPath(inp_path, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, outp_identity);
+}
+
+int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity) {
+    return identifyPath(inp_path, FILE_FLAG_BACKUP_SEMANTICS, outp_identity);
+}
+
+int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity) {
+    for (int look = 0; look < kLooks; ++look) {
+        FILETIME now = {}; // before the file is looked at: what changes behind the look has a later time
+        GetSystemTimeAsFileTime(&now);
+        if (OS_IdentifyDescriptor(in_fd, outp_identity) != 0)
+            return -1;
+        const bool isCoarse = outp_identity->modified % kCoarse == 0;
+        const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
+        const std::int64_t age =
+            nanoseconds(together(now.dwHighDateTime, now.dwLowDateTime)) - outp_identity->modified;
+        if (age > step || age < -step) // or by another clock than this machine's
+            return 0;
+        OS_Sleep(static_cast<int>(step / 1'000'000));
+    }
+    return OS_IdentifyDescriptor(in_fd, outp_identity);
+}

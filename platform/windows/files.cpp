@@ -1,0 +1,91 @@
+#include "platform/os.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/malloced.h"
+#include "platform/windows/error.h"
+#include "platform/windows/file_handle.h"
+
+using namespace qvledger;
+
+// ---- Opening ----
+
+// To write at the end alone, wherever that is by then, and to be asked and cut.
+constexpr DWORD kAppend = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
+
+int OS_OpenToRead(const char *inp_path) {
+    return descriptorOf(openHandle(inp_path, GENERIC_READ, OPEN_EXISTING), _O_RDONLY);
+}
+
+int OS_OpenToAppend(const char *inp_path, char **outp_made) {
+    constexpr int kTries = 40; // at a name that others make and remove
+    *outp_made = nullptr;
+    Malloced<char> path(_strdup(inp_path));
+    if (path == nullptr) {
+        errno = ENOMEM;
+        return -1;
+    }
+    for (int tries = 0; tries < kTries; ++tries) {
+        // The right to write makes it possible to cut the file back.
+        FileHandle file(openHandle(inp_path, kAppend | DELETE, CREATE_NEW));
+        const bool isMade = file.isOpen();
+        if (!isMade && errno != EEXIST)
+            return -1;
+        const int fd = descriptorOf(isMade ? file.release() : openHandle(inp_path, kAppend, OPEN_EXISTING),
+                                    _O_WRONLY | _O_APPEND);
+        if (fd != -1 && isMade)
+            *outp_made = path.release();
+        if (fd != -1 || errno != ENOENT)
+            return fd;
+    }
+    return -1;
+}
+
+int OS_OpenAgain(int in_fd) {
+    const HANDLE file = handleOf(in_fd);
+    if (file == INVALID_HANDLE_VALUE)
+        return -1;
+    const int fd = descriptorOf(ReOpenFile(file, GENERIC_READ, kShareAll, 0), _O_RDONLY);
+    return fd != -1 ? fd : descriptorOf(ReOpenFile(file, kAppend, kShareAll, 0), _O_WRONLY | _O_APPEND);
+}
+
+// ---- Contents ----
+
+int OS_LastByte(int in_fd) {
+    LARGE_INTEGER size = {};
+    unsigned char last = 0;
+    if (GetFileSizeEx(handleOf(in_fd), &size) == 0 || size.QuadPart == 0)
+        return -1;
+    return OS_ReadAt(in_fd, size.QuadPart - 1, &last, 1) == 1 ? last : -1;
+}
+
+int OS_CutFile(int in_fd, std::int64_t in_size) {
+    // What is open to append may not be cut: once more, with the right to.
+    const FileHandle file(ReOpenFile(handleOf(in_fd), GENERIC_WRITE, kShareAll, 0));
+    FILE_END_OF_FILE_INFO end = {};
+    end.EndOfFile.QuadPart = in_size;
+    if (!file.isOpen() || SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &end, sizeof end) == 0) {
+        setErrno(GetLastError());
+        return -1;
+    }
+    return _lseeki64(in_fd, in_size, SEEK_SET) == in_size ? 0 : -1;
+}
+
+// ---- Names ----
+
+int OS_MoveName(const char *inp_from, const char *inp_to) {
+    if (MoveFileExA(inp_from, inp_to, 0) != 0)
+        return OS_DONE;
+    setErrno(GetLastError());
+    return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
+}
+
+int OS_NameNewFile(const char *inp_from, const char *inp_to) {
+    return OS_MoveName(inp_from, inp_to); // which every file system knows here
+}
+
+// A folder's entries are on the disk when those who made them have their answer.
+int OS_SyncFolderOf(const char *) {
+    return 0;
+}

@@ -1,0 +1,34 @@
+#include "platform/os.h"
+
+#include <cstdlib>
+#include <initializer_list>
+
+static void passOver(const wchar_t *, const wchar_t *, const wchar_t *, unsigned, std::uintptr_t) {}
+
+void OS_PrepareProcess() {
+    // A call with a closed descriptor fails, and is not the program's end.
+    _set_invalid_parameter_handler(passOver);
+    _fmode = _O_BINARY;
+    for (std::FILE *stream : {stdin, stdout, stderr})
+        if (_fileno(stream) >= 0)
+            static_cast<void>(_setmode(_fileno(stream), _O_BINARY)); // a stream that came closed has no mode
+    // What stands in for a closed stream refuses its use, as a closed one does.
+    constexpr int kStandardError = 2;
+    int fd = 0;
+    while ((fd = _open("NUL", _O_RDONLY)) != -1 && fd <= kStandardError)
+        continue;
+    if (fd != -1)
+        static_cast<void>(_close(fd));
+}
+
+int OS_WatchForks(void (*)()) {
+    return 0; // there are none
+}
+
+const char *OS_ProgramName() {
+    const char *name = _pgmptr != nullptr ? _pgmptr : "";
+    for (const char *at = name; *at != '\0'; ++at)
+        if (*at == '\\' || *at == '/')
+            name = at + 1;
+    return name;
+}

@@ -1,0 +1,30 @@
+#include "platform/os.h"
+
+#include <atomic>
+#include <csignal>
+
+static std::atomic<int> notedSignal = 0;
+constexpr UINT kInterrupted = 0xC000013A; // the status of a program that Ctrl+C ends
+
+// On a thread of the system's.  A later one has its usual effect, which is the program's end.
+static BOOL WINAPI note(DWORD kind) {
+    int none = 0;
+    return notedSignal.compare_exchange_strong(none, kind == CTRL_C_EVENT ? SIGINT : SIGTERM) ? 1 : 0;
+}
+
+void OS_NoteEndSignals() {
+    static_cast<void>(SetConsoleCtrlHandler(note, 1)); // without a console there is nothing to note
+}
+
+int OS_NotedSignal() {
+    return notedSignal;
+}
+
+void OS_EndBySignal() {
+    if (notedSignal != 0)
+        ExitProcess(kInterrupted);
+}
+
+void OS_Sleep(int in_milliseconds) {
+    Sleep(static_cast<DWORD>(in_milliseconds));
+}

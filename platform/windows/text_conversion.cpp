@@ -1,0 +1,170 @@
+#include "platform/os.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "platform/utf8.h"
+#include "platform/windows/include/iconv.h"
+
+using namespace qvledger;
+
+struct Iconv {
+    const char *name;
+    UINT page;            // of the system; 0 for units of the size below
+    std::size_t unit = 1; // bytes
+    bool bigEndian = false;
+    bool pairs = false; // of UTF-16
+};
+
+static Iconv kSets[] = {
+    {"ISO-8859-1", 28591},
+    {"ISO-8859-2", 28592},
+    {"ISO-8859-3", 28593},
+    {"ISO-8859-4", 28594},
+    {"ISO-8859-5", 28595},
+    {"ISO-8859-6", 28596},
+    {"ISO-8859-7", 28597},
+    {"ISO-8859-8", 28598},
+    {"ISO-8859-9", 28599},
+    {"ISO-8859-13", 28603},
+    {"ISO-8859-15", 28605},
+    {"SHIFT_JIS", 932},
+    {"EUC-JP", 20932},
+    {"EUC-KR", 949},
+    {"T.61-8BIT", 20261},
+    {"GBK", 936},
+    {"GB18030", 54936},
+    {"IBM850", 850},
+    {"IBM852", 852},
+    {"IBM437", 437},
+    {"CP932", 932},
+    {"GB2312", 936},
+    {"BIG5", 950},
+    {"MACINTOSH", 10000},
+    {"IBM857", 857},
+    {"KOI8-R", 20866},
+    {"IBM866", 866},
+    {"KOI8-U", 21866},
+    {"IBM858", 858},
+    {"CP874", 874},
+    {"CP1250", 1250},
+    {"CP1251", 1251},
+    {"CP1252", 1252},
+    {"CP1253", 1253},
+    {"CP1254", 1254},
+    {"CP1255", 1255},
+    {"CP1256", 1256},
+    {"CP1257", 1257},
+    {"CP1258", 1258},
+    {"TIS-620", 874},
+    {"UCS-2BE", 0, 2, true},
+    {"UTF-16BE", 0, 2, true, true},
+    {"UTF-16LE", 0, 2, false, true},
+    {"UTF-32BE", 0, 4, true},
+    {"UTF-32LE", 0, 4, false},
+};
+
+static const auto kFailed = static_cast<std::size_t>(-1);
+static const auto kNone = reinterpret_cast<iconv_t>(std::intptr_t{-1});
+
+iconv_t iconv_open(const char *inp_to, const char *inp_from) {
+    Iconv *const set = std::find_if(std::begin(kSets), std::end(kSets),
+                                    [&](const Iconv &it) { return std::strcmp(it.name, inp_from) == 0; });
+    const bool isKnown = set != std::end(kSets) && (set->page == 0 || IsValidCodePage(set->page) != 0);
+    if (isKnown && std::strcmp(inp_to, "UTF-8") == 0)
+        return set;
+    errno = EINVAL;
+    return kNone;
+}
+
+int iconv_close(iconv_t) {
+    return 0; // the sets stay
+}
+
+namespace {
+
+// What stands at the front of the input: its bytes, or why there is no character.
+struct Character {
+    std::size_t length;
+    std::string utf8;
+    int reason = 0;
+};
+
+} // namespace
+
+static char32_t unitAt(const Iconv &set, std::string_view bytes) {
+    char32_t number = 0;
+    for (std::size_t i = 0; i < set.unit; ++i)
+        number |= char32_t{static_cast<unsigned char>(bytes[set.bigEndian ? set.unit - 1 - i : i])} << 8 * i;
+    return number;
+}
+
+static Character takeUnits(const Iconv &set, std::string_view bytes) {
+    if (bytes.size() < set.unit)
+        return {0, "", EINVAL};
+    Character found = {set.unit, "", 0};
+    char32_t number = unitAt(set, bytes);
+    if (set.pairs && number >= 0xD800 && number <= 0xDBFF) {
+        if (bytes.size() < 2 * set.unit)
+            return {0, "", EINVAL};
+        const char32_t second = unitAt(set, bytes.substr(set.unit));
+        if ((second & 0xFC00) == 0xDC00) {
+            number = 0x10000 + ((number & 0x3FF) << 10 | (second & 0x3FF));
+            found.length = 2 * set.unit;
+        }
+    }
+    const bool isHalf = number >= 0xD800 && number <= 0xDFFF;
+    if (isHalf || !appendUtf8(found.utf8, number))
+        found.reason = EILSEQ;
+    return found;
+}
+
+static std::string fromPage(UINT page, std::string_view bytes) {
+    wchar_t wide[4];
+    const int count =
+        MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data(), static_cast<int>(bytes.size()), wide,
+                            static_cast<int>(std::size(wide)));
+    const std::string_view units(reinterpret_cast<const char *>(wide),
+                                 sizeof(wchar_t) * static_cast<std::size_t>(std::max(count, 0)));
+    return utf8FromUtf16(units, false);
+}
+
+static Character takeFromPage(const Iconv &set, std::string_view bytes) {
+    CPINFO page = {};
+    GetCPInfo(set.page, &page);
+    const std::size_t longest = std::max<std::size_t>(page.MaxCharSize, 1);
+    for (std::size_t length = 1; length <= std::min(longest, bytes.size()); ++length) {
+        // A first byte of two is none of its own, though some pages would give it a character.
+        if (length == 1 && IsDBCSLeadByteEx(set.page, static_cast<BYTE>(bytes[0])) != 0)
+            continue;
+        std::string utf8 = fromPage(set.page, bytes.substr(0, length));
+        if (!utf8.empty())
+            return {length, std::move(utf8), 0};
+    }
+    return {0, "", bytes.size() < longest ? EINVAL : EILSEQ};
+}
+
+std::size_t iconv(iconv_t in_converter, char **inoutp_in, std::size_t *inoutp_left, char **inoutp_out,
+                  std::size_t *inoutp_room) {
+    if (inoutp_in == nullptr || *inoutp_in == nullptr)
+        return 0;
+    while (*inoutp_left != 0) {
+        const std::string_view bytes(*inoutp_in, *inoutp_left);
+        const Character found =
+            in_converter->page == 0 ? takeUnits(*in_converter, bytes) : takeFromPage(*in_converter, bytes);
+        const int reason = found.reason != 0 ? found.reason : found.utf8.size() > *inoutp_room ? E2BIG : 0;
+        if (reason != 0) {
+            errno = reason;
+            return kFailed;
+        }
+        *inoutp_out = std::copy(found.utf8.begin(), found.utf8.end(), *inoutp_out);
+        *inoutp_room -= found.utf8.size();
+        *inoutp_in += found.length;
+        *inoutp_left -= found.length;
+    }
+    return 0;
+}
