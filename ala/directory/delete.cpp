@@ -104,7 +104,7 @@ static ALA_retCode_t keep(const char *path, const char *why, std::int32_t *kept)
 
 // Why what is behind the private name has to stay, or null.  From the hold on nobody else opens it to write.
 static const char *differenceAside(const char *aside, const ALA__readLog &read, ALA__deletion &deletion) {
-    if (OS_HoldAgainstWriters(read.file.get(), aside) == OS_TAKEN)
+    if (OS_HoldAgainstWriters(read.file.get(), aside, read.identity) == OS_TAKEN)
         return "another program has it open for writing";
     const char *why = difference(aside, read);
     return why != nullptr ? why : deletion.objection();
@@ -126,6 +126,8 @@ static ALA_retCode_t removeRead(const char *path, const char *aside, const ALA__
     case OS_TAKEN:
         return keep(path, "the name that it has while it is deleted is taken", kept);
     default:
+        if (errno == EBUSY)
+            return keep(path, "another program has it open and does not let it be moved", kept);
         if (errno == EINVAL || errno == ENOSYS)
             return keep(path, "its file system cannot give it another name safely", kept);
         return failToUnlink();

@@ -1,6 +1,7 @@
 // Holding an open file against other programs.
 #pragma once
 
+#include "platform/os/file_identity.h"
 #include "platform/os/files.h" // OS_DONE, OS_TAKEN, OS_REFUSED
 
 extern "C" {
@@ -10,10 +11,11 @@ extern "C" {
 int OS_LockFile(int in_fd);
 void OS_UnlockFile(int in_fd);
 
-// Keeps other processes from opening the file, which has the name, for writing until the descriptor is
-// closed. OS_DONE; OS_TAKEN when one has it open for writing already; OS_REFUSED where the system cannot
-// tell.  On Linux only the file's owner, or root, can be told.  The descriptor's position is not kept.
-int OS_HoldAgainstWriters(int in_fd, const char *inp_path);
+// Keeps other processes from opening a file, which has the name, for writing until the descriptor is closed.
+// in_file: what the descriptor was identified as.  OS_DONE; OS_TAKEN when one has it open for writing
+// already; OS_REFUSED where the system cannot tell, or the name leads to another file.  On Linux only the
+// file's owner, or root, can be told.  The descriptor's position is not kept.
+int OS_HoldAgainstWriters(int in_fd, const char *inp_path, const OS_fileIdentity &in_file);
 
 // 1 if the file is open under another descriptor, in this program or in another one; 0 if it is not, or the
 // system does not tell.

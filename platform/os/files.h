@@ -62,7 +62,8 @@ int OS_LastByte(int in_fd);
 int OS_CutFile(int in_fd, std::int64_t in_size);
 
 // Gives a file another name in its folder without replacing what may have that name: OS_TAKEN then, and
-// OS_REFUSED on any other failure.
+// OS_REFUSED on any other failure, with errno EBUSY where another program has the file open and will not have
+// it moved.
 int OS_MoveName(const char *inp_from, const char *inp_to);
 
 // The same for a file that was just made and that nobody else knows.  Where the system cannot give a name

@@ -15,7 +15,7 @@ void OS_UnlockFile(int in_fd) {
     static_cast<void>(flock(in_fd, LOCK_UN)); // held or not, it is not afterwards
 }
 
-int OS_HoldAgainstWriters(int in_fd, const char *) {
+int OS_HoldAgainstWriters(int in_fd, const char *, const OS_fileIdentity &) {
     if (fcntl(in_fd, F_SETLEASE, static_cast<long>(F_RDLCK)) == 0)
         return OS_DONE;
     return errno == EAGAIN ? OS_TAKEN : OS_REFUSED;

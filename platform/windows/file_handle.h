@@ -36,6 +36,9 @@ HANDLE handleOf(int fd);
 // with the reason for GetLastError and errno.  disposition and flags: as CreateFileA has them.
 HANDLE openHandle(const char *path, DWORD access, DWORD disposition, DWORD flags = FILE_ATTRIBUTE_NORMAL);
 
+// OS_IdentifyDescriptor for the file of a handle.
+int identifyHandle(HANDLE handle, OS_fileIdentity *identity);
+
 // A descriptor of a handle, which goes with it, in binary; -1, with the handle closed, on failure.
 int descriptorOf(HANDLE handle, int flags);
 

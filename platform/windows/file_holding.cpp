@@ -50,19 +50,10 @@ void OS_UnlockFile(int in_fd) {
 
 // ---- Against writers ----
 
-static bool isSameFile(HANDLE one, HANDLE other) {
-    BY_HANDLE_FILE_INFORMATION ofOne = {};
-    BY_HANDLE_FILE_INFORMATION ofOther = {};
-    return GetFileInformationByHandle(one, &ofOne) != 0 && GetFileInformationByHandle(other, &ofOther) != 0 &&
-           ofOne.dwVolumeSerialNumber == ofOther.dwVolumeSerialNumber &&
-           ofOne.nFileIndexHigh == ofOther.nFileIndexHigh && ofOne.nFileIndexLow == ofOther.nFileIndexLow;
-}
-
 // A handle that shares the file with readers alone can only be had where nobody writes, and while it is there
 // nobody opens the file to write.  It takes the old one's place, which ends with the old one's locks; its own
 // is there before.
-int OS_HoldAgainstWriters(int in_fd, const char *inp_path) {
-    const HANDLE before = handleOf(in_fd);
+int OS_HoldAgainstWriters(int in_fd, const char *inp_path, const OS_fileIdentity &in_file) {
     FileHandle held(CreateFileA(inp_path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!held.isOpen()) {
@@ -70,11 +61,14 @@ int OS_HoldAgainstWriters(int in_fd, const char *inp_path) {
         setErrno(error);
         return error == ERROR_SHARING_VIOLATION ? OS_TAKEN : OS_REFUSED;
     }
-    if (!isSameFile(before, held.get())) {
+    OS_fileIdentity opened = {};
+    if (identifyHandle(held.get(), &opened) != 0)
+        return OS_REFUSED;
+    if (!OS_IsSameFile(opened, in_file)) {
         errno = ENOENT;
         return OS_REFUSED;
     }
-    unlock(before, kSecond); // the first one keeps others off
+    unlock(handleOf(in_fd), kSecond); // the first one keeps others off
     if (lock(held.get(), kSecond) != ERROR_SUCCESS)
         return OS_REFUSED;
     const int fd = descriptorOf(held.release(), _O_RDONLY);
@@ -92,7 +86,6 @@ int OS_IsOpenElsewhere(int) {
 
 // ---- Removing ----
 
-// It was opened with the right to (OS_OpenToAppend, OS_HoldAgainstWriters).
 // It was opened with the right to: by OS_OpenToAppend or OS_HoldAgainstWriters.
 int OS_RemoveFile(int in_fd, const char *) {
     FILE_DISPOSITION_INFO removed = {};

@@ -22,7 +22,7 @@ static std::int64_t together(DWORD high, DWORD low) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(high) << 32 | low);
 }
 
-static int identify(HANDLE file, OS_fileIdentity *identity) {
+int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
     BY_HANDLE_FILE_INFORMATION found = {};
     FILE_BASIC_INFO times = {};
     FILE_STANDARD_INFO standard = {};
@@ -49,11 +49,11 @@ static int identify(HANDLE file, OS_fileIdentity *identity) {
 
 static int identifyPath(const char *path, DWORD flags, OS_fileIdentity *identity) {
     const FileHandle file(openHandle(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, flags));
-    return file.isOpen() ? identify(file.get(), identity) : -1;
+    return file.isOpen() ? identifyHandle(file.get(), identity) : -1;
 }
 
 int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
-    return identify(handleOf(in_fd), outp_identity);
+    return identifyHandle(handleOf(in_fd), outp_identity);
 }
 
 int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {

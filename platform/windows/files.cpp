@@ -11,8 +11,15 @@ using namespace qvledger;
 
 // ---- Opening ----
 
-// To write at the end alone, wherever that is by then, and to be asked and cut.
+// To write at the end alone, wherever that is by then, and to be asked.
 constexpr DWORD kAppend = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
+
+// Only what may be read or overwritten can be locked, so a file that may be read is opened for that, too.
+static HANDLE openToAppend(const char *path, DWORD rights, DWORD disposition) {
+    const HANDLE file = openHandle(path, kAppend | GENERIC_READ | rights, disposition);
+    return file != INVALID_HANDLE_VALUE || errno != EACCES ? file
+                                                           : openHandle(path, kAppend | rights, disposition);
+}
 
 int OS_OpenToRead(const char *inp_path) {
     return descriptorOf(openHandle(inp_path, GENERIC_READ, OPEN_EXISTING), _O_RDONLY);
@@ -27,12 +34,12 @@ int OS_OpenToAppend(const char *inp_path, char **outp_made) {
         return -1;
     }
     for (int tries = 0; tries < kTries; ++tries) {
-        // The right to write makes it possible to cut the file back.
-        FileHandle file(openHandle(inp_path, kAppend | DELETE, CREATE_NEW));
+        // Who makes it may have to remove it.
+        FileHandle file(openToAppend(inp_path, DELETE, CREATE_NEW));
         const bool isMade = file.isOpen();
         if (!isMade && errno != EEXIST)
             return -1;
-        const int fd = descriptorOf(isMade ? file.release() : openHandle(inp_path, kAppend, OPEN_EXISTING),
+        const int fd = descriptorOf(isMade ? file.release() : openToAppend(inp_path, 0, OPEN_EXISTING),
                                     _O_WRONLY | _O_APPEND);
         if (fd != -1 && isMade)
             *outp_made = path.release();
@@ -77,7 +84,10 @@ int OS_CutFile(int in_fd, std::int64_t in_size) {
 int OS_MoveName(const char *inp_from, const char *inp_to) {
     if (MoveFileExA(inp_from, inp_to, 0) != 0)
         return OS_DONE;
-    setErrno(GetLastError());
+    const DWORD error = GetLastError();
+    setErrno(error);
+    if (error == ERROR_SHARING_VIOLATION)
+        errno = EBUSY; // a program has it open that does not share it with who would move it
     return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
 }
 
