@@ -1,5 +1,6 @@
 #include "tool/run.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -59,7 +60,9 @@ private:
     bool begun = false; // the report is open
     bool over = false;  // no further turn follows
     char **environment = OS_KeepEnvironment();
-    const char *zone = ""; // in which the times are
+    // In which the times are.  Not the environment's own text, which need not outlast a change; a longer one
+    // counts up to here.
+    char zone[256] = "";
 };
 
 } // namespace
@@ -112,7 +115,7 @@ int Run::begin(std::int32_t number) {
     case ReportStream::Opened::Yes:
         break;
     }
-    zone = timeZone();
+    std::snprintf(zone, sizeof zone, "%s", timeZone());
     if (refuseLogAsReport(number))
         return kStatusBadStart;
     begun = true;
@@ -138,7 +141,7 @@ TurnEnd Run::turn(std::int32_t number) {
         if (over)
             return failedTurn(status);
     }
-    if (std::strcmp(timeZone(), zone) != 0) {
+    if (std::strncmp(timeZone(), zone, sizeof zone - 1) != 0) {
         DisplayMsg(kMsgOtherZone, options.serverName, timeZone(), zone);
         return failedTurn(kStatusBadStart);
     }
