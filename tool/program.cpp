@@ -1,6 +1,5 @@
 #include "tool/program.h"
 
-#include <clocale>
 #include <new>
 
 #include "platform/os.h"
@@ -27,7 +26,7 @@ int qvledger::runProgram(int argc, char **argv, std::initializer_list<int> local
     OS_NoteEndSignals();
     dropLentRights();
     for (const int category : localeCategories)
-        std::setlocale(category, "");
+        OS_ChooseLocale(category);
     LOG_Init("stdout", "E");
     MSG_UsageBegin("qvledg");
     const int status = workWithinMemory(argc, argv, work);

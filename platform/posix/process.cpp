@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <clocale>
 #include <csignal>
 #include <initializer_list>
 
@@ -24,6 +25,10 @@ static int findPid() {
 int _getpid() {
     const int pid = knownPid.load(std::memory_order_relaxed);
     return pid != 0 ? pid : findPid();
+}
+
+void OS_ChooseLocale(int in_category) {
+    static_cast<void>(std::setlocale(in_category, "")); // one that is not installed leaves "C"
 }
 
 int OS_WatchForks(void (*in_function)()) {

@@ -21,6 +21,8 @@ void OS_PrepareProcess() {
         static_cast<void>(_close(fd));
 }
 
+void OS_ChooseLocale(int) {}
+
 int OS_WatchForks(void (*)()) {
     return 0; // there are none
 }
