@@ -15,8 +15,11 @@ std::string computerName() {
     char host[256] = "";
     if (gethostname(host, sizeof host - 1) != 0)
         throw std::system_error(errno, std::generic_category(), "gethostname");
-    const std::string name = host;
-    return name.substr(0, std::min(name.find('.'), kLongestName));
+    std::string name = host;
+    name.resize(std::min({name.find('.'), name.size(), kLongestName}));
+    for (char &letter : name)
+        letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+    return name;
 }
 
 static AccountName splitName(const std::string &full) {

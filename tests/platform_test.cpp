@@ -103,8 +103,8 @@ TEST(Identity, NamesAreTakenApart) {
         EXPECT_EQ(splitAccountName(row.full).name, row.name) << row.full;
         EXPECT_EQ(splitAccountName(row.full).domain, row.domain) << row.full;
     }
-    EXPECT_EQ(computerNameOf("host.example.org"), "host");
-    EXPECT_EQ(computerNameOf("a-name-of-many-letters.org"), "a-name-of-many-");
+    EXPECT_EQ(computerNameOf("host.example.org"), "HOST");
+    EXPECT_EQ(computerNameOf("a-name-of-many-letters.org"), "A-NAME-OF-MANY-");
 }
 
 TEST(Identity, GroupsThatDoNotFitTellTheSizeNeeded) {

@@ -132,9 +132,9 @@ TEST_F(RegistryFile, MalformedLineFailsEveryOpenAndIsTold) {
 TEST_F(RegistryFile, KeysExistWithTheirParents) {
     EXPECT_EQ(open("SOFTWARE"), ERROR_FILE_NOT_FOUND) << "no file";
     write(kOld + "[HKEY_LOCAL_MACHINE\\A\\B c\\D]\n[HKEY_LOCAL_MACHINE\\A\\B!]\n"s);
-    for (const char *key : {"A", "a\\b C", "A\\B c\\D", "A\\B!", ""})
+    for (const char *key : {"A", "a\\b C", "A\\B c\\D", "A\\B!", "A\\", ""})
         EXPECT_EQ(open(key), ERROR_SUCCESS) << key;
-    for (const char *key : {"A\\B", "A\\", "B c", "\\A", "A\\B c\\D\\E"})
+    for (const char *key : {"A\\B", "A\\\\", "B c", "\\A", "A\\B c\\D\\E"})
         EXPECT_EQ(open(key), ERROR_FILE_NOT_FOUND) << key;
     EXPECT_STREQ(OS_RegistryTrouble(), "");
 }

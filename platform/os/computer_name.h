@@ -7,8 +7,8 @@
 
 extern "C" {
 
-// The host name up to its first dot, at most 15 characters.  inoutp_size: bytes of the buffer in, characters
-// without the NUL out.  Non-zero is success.
+// The host name up to its first dot, at most 15 characters, in capitals.  inoutp_size: bytes of the buffer
+// in, characters without the NUL out.  Non-zero is success.
 BOOL GetComputerNameA(char *outp_name, DWORD *inoutp_size);
 
 } // extern "C"

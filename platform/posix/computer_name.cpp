@@ -1,7 +1,10 @@
 #include "platform/posix/computer_name.h"
 
+#include <algorithm>
+
 #include <sys/utsname.h>
 
+#include "platform/posix/ascii_case.h"
 #include "platform/posix/guard.h"
 #include "platform/posix/name_buffer.h"
 
@@ -10,7 +13,9 @@ using namespace qvledger;
 constexpr std::size_t kComputerNameLength = 15;
 
 std::string qvledger::computerNameOf(std::string_view hostName) {
-    return std::string(hostName.substr(0, hostName.find('.')).substr(0, kComputerNameLength));
+    std::string name(hostName.substr(0, hostName.find('.')).substr(0, kComputerNameLength));
+    std::transform(name.begin(), name.end(), name.begin(), asciiUpper);
+    return name;
 }
 
 std::string qvledger::computerName() {

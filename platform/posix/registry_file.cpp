@@ -48,6 +48,8 @@ RegistryKey &Registry::make(std::string_view path) {
 }
 
 std::optional<RegistryKey> Registry::take(std::string_view givenPath) {
+    if (givenPath.ends_with('\\'))
+        givenPath.remove_suffix(1); // as in a folder's path it says nothing
     std::string path = lowered(givenPath);
     if (auto found = keys.extract(path); !found.empty())
         return std::move(found.mapped());
