@@ -70,14 +70,14 @@ threads: setup
 	@cmake --build --preset tsan --target threads | tail -n 1
 	@build/tsan/bin/threads $(ROUNDS)
 
-# Builds for the system's own platform, and compares what the programs do under wine with this system's.
+# Builds for Windows, and compares what the programs do under wine with what they do here.
 windows: setup
 	@scripts/setup wine
 	@cmake --preset dev >/dev/null
-	@cmake --build --preset dev --target qvledger qvledger-json mksample | tail -n 1
+	@cmake --build --preset dev --target all seam | tail -n 1
 	@cmake --preset windows >/dev/null
-	@cmake --build --preset windows | tail -n 1
-	@scripts/windows build/dev/bin build/windows/bin
+	@cmake --build --preset windows --target all seam | tail -n 1
+	@scripts/windows build/dev build/windows
 
 # Fuzzes each target (or TARGETS) for SECONDS, in turn; JOBS of them at a time.
 SECONDS ?= 60

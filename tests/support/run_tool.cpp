@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
@@ -28,8 +30,8 @@ PrintSystem::PrintSystem() : root(folder / "root") {
 }
 
 // Only what the kernel does is called from here on, up to the new program.
-[[noreturn]] static void becomeTool(const ToolRun &run, int output, int error, char **arguments,
-                                    char **environment) {
+[[noreturn]] static void becomeTool(const ToolRun &run, const char *program, int output, int error,
+                                    char **arguments, char **environment) {
     dup2(output, STDOUT_FILENO);
     dup2(error, STDERR_FILENO);
     for (const int fd : run.closed)
@@ -43,7 +45,7 @@ PrintSystem::PrintSystem() : root(folder / "root") {
         _exit(126);
     if (run.traced && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
         _exit(125);
-    execve(run.program.c_str(), arguments, environment);
+    execve(program, arguments, environment);
     _exit(127);
 }
 
@@ -63,11 +65,20 @@ static std::vector<char *> pointersTo(std::vector<std::string> &texts) {
 }
 
 pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const ToolRun &run) {
+    const char *const runner = std::getenv("QVLEDGER_RUNNER");
     std::vector<std::string> arguments = {"qvledger"};
-    arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
     std::vector<std::string> environment;
     for (const auto &[name, value] : run.environment)
         environment.push_back(name + '=' + value);
+    // A program that runs another one, with that one's path and arguments as its own; what it has to know
+    // stands in variables of that beginning, too.
+    if (runner != nullptr) {
+        arguments = {runner, run.program};
+        for (char **kept = environ; *kept != nullptr; ++kept)
+            if (std::string_view(*kept).starts_with("QVLEDGER_"))
+                environment.emplace_back(*kept);
+    }
+    arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
     // Of two assignments the first one counts.
     for (const std::string &assignment :
          {"QV_REGISTRY=" + root.registry().string(), "QV_LOG=" + (folder / "log").string(),
@@ -80,7 +91,8 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
     std::vector<char *> environmentList = pointersTo(environment);
     const pid_t pid = fork();
     if (pid == 0)
-        becomeTool(run, run.output >= 0 ? run.output : captured, run.error >= 0 ? run.error : error,
+        becomeTool(run, runner != nullptr ? runner : run.program.c_str(),
+                   run.output >= 0 ? run.output : captured, run.error >= 0 ? run.error : error,
                    argumentList.data(), environmentList.data());
     close(captured);
     close(error);
