@@ -35,5 +35,4 @@
 #include "platform/os/file_holding.h"
 #include "platform/os/file_identity.h"
 #include "platform/os/files.h"
-#include "platform/os/read_ahead.h"
 #include "platform/os/streams.h"

@@ -14,7 +14,7 @@
 using namespace qvledger;
 
 constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; keeps every position within 32 bits
-constexpr std::size_t kBlockSize = 16384;      // bytes
+constexpr std::size_t kBlockSize = 65536;      // bytes
 constexpr std::size_t kFirstSlots = 64;        // a power of two, as every number of slots is
 constexpr std::size_t kMaxNameLength = OID_NAME_SIZE - 1;
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "ala/log/open_log.h"
+#include "ala/log/read_ahead.h"
 #include "tests/support/facility.h"
 
 namespace fs = std::filesystem;
@@ -50,7 +51,7 @@ TEST_F(Open, DateChoosesTheFile) {
 TEST_F(Open, HeaderCutAnywhereIsAFailedRead) {
     const Log whole({.accessList = {pack(anyUserEntry()), pack(userEntry("x", "y"))}});
     ASSERT_EQ(open(whole), ALA_N_NORMAL);
-    EXPECT_EQ(_lseeki64(log->fd, 0, SEEK_CUR), static_cast<long>(whole.size()))
+    EXPECT_EQ(qvledger::seekLog(log->fd, 0, SEEK_CUR), static_cast<long>(whole.size()))
         << "stands on the first record";
     for (std::size_t size = 0; size < whole.size(); size++)
         ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_A_FAIL_READ_LOG_FILE) << "cut to " << size;

@@ -8,7 +8,7 @@
 using namespace qvledger;
 
 bool LogInput::readBehind(void *bytes, std::size_t size) {
-    const int got = _read(fd, bytes, static_cast<unsigned>(size));
+    const int got = readLog(fd, bytes, size);
     if (got > 0)
         taken += got;
     else if (got < 0)

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "platform/os.h"
+#include "ala/log/read_ahead.h"
 
 namespace qvledger {
 
@@ -32,7 +32,7 @@ namespace qvledger {
 
 class LogInput {
 public:
-    explicit LogInput(int givenFd) : fd(givenFd), ahead(OS_ReadAheadOf(givenFd)) {}
+    explicit LogInput(int givenFd) : fd(givenFd), ahead(readAheadOf(givenFd)) {}
 
     bool read(void *bytes, std::size_t size) {
         if (ahead == nullptr || size == 0 || size > static_cast<std::size_t>(ahead->end - ahead->next))
@@ -59,7 +59,7 @@ private:
     bool readBehind(void *bytes, std::size_t size);
 
     int fd;
-    OS_readAhead *ahead;
+    ReadAhead *ahead;
     std::int64_t taken = 0;
     bool nothingLeft = false;
     int failure = 0;

@@ -12,6 +12,7 @@
 #include "ala/directory/paths.h"
 #include "ala/driver.h"
 #include "ala/log/permission.h"
+#include "ala/log/read_ahead.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -23,22 +24,22 @@ static ALA_retCode_t noMemoryForPath() {
 
 namespace {
 
-struct LogFile {
+struct NamedLog {
     Malloced<char> path;          // as made from directory and name
     Malloced<char> convertedPath; // as the system takes it
-    Descriptor descriptor;
+    LogFile descriptor;
     std::int32_t date = 0;
 };
 
 } // namespace
 
-static ALA_retCode_t convertPath(LogFile &file) {
+static ALA_retCode_t convertPath(NamedLog &file) {
     if (ALA__ConvertPath(file.path.get(), file.convertedPath))
         return ALA_N_NORMAL;
     return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Open; ALA_A_UNKNOWN_ERR");
 }
 
-static ALA_retCode_t pathOfOldest(ALA_handle_t handle, LogFile &file) {
+static ALA_retCode_t pathOfOldest(ALA_handle_t handle, NamedLog &file) {
     Malloced<char> oldest;
     if (ALA__GetOldestLogName(handle->svrName, handle->acctLogPath, TextOut(oldest), &file.date) !=
         ALA_N_NORMAL)
@@ -48,7 +49,7 @@ static ALA_retCode_t pathOfOldest(ALA_handle_t handle, LogFile &file) {
     return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
-static ALA_retCode_t pathOfDate(ALA_handle_t handle, const ALA_time *date, LogFile &file) {
+static ALA_retCode_t pathOfDate(ALA_handle_t handle, const ALA_time *date, NamedLog &file) {
     std::int32_t isToday = 0;
     if (const ALA_retCode_t result = ALA__IsTodaysDate(date, &isToday); result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__IsTodaysDate failed in ALA_Open");
@@ -58,14 +59,14 @@ static ALA_retCode_t pathOfDate(ALA_handle_t handle, const ALA_time *date, LogFi
     return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
-static void openPath(LogFile &file) {
+static void openPath(NamedLog &file) {
     file.descriptor.reset(SYSU_Open(file.convertedPath.get(), 0));
     if (!file.descriptor.isOpen())
         ALA_DETAIL("%s cannot be opened: %s\n", file.convertedPath.get(), std::strerror(errno));
 }
 
 // The log of the day in progress stands in for a date on which it was last written.
-static ALA_retCode_t openStandBy(ALA_handle_t handle, LogFile &file) {
+static ALA_retCode_t openStandBy(ALA_handle_t handle, NamedLog &file) {
     file.path = ALA__CurrentLogPath(handle->acctLogPath, handle->svrName);
     if (file.path == nullptr)
         return noMemoryForPath();
@@ -78,7 +79,7 @@ static ALA_retCode_t openStandBy(ALA_handle_t handle, LogFile &file) {
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, LogFile &file) {
+static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, NamedLog &file) {
     ALA_retCode_t result = date == nullptr ? pathOfOldest(handle, file) : pathOfDate(handle, date, file);
     if (result != ALA_N_NORMAL)
         return result;
@@ -101,7 +102,7 @@ static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, LogFile
 
 // Opens the file and has it held, until the name leads to the very file that is held.  Without a descriptor,
 // and ALA_N_NORMAL, the caller gave up waiting.
-static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, LogFile &file) {
+static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, NamedLog &file) {
     for (;;) {
         if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
@@ -126,7 +127,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
     *logHandle = nullptr;
     if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
-    LogFile file;
+    NamedLog file;
     const ALA_retCode_t opened =
         hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file);
     if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
@@ -188,7 +189,7 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
                         "ALA_Close; ALA_A_INVALID_LOG_HANDLE");
     if (log->fd == -1)
         return ALA_FAIL(ALA_A_LOG_FILE_NOT_OPEN, "logHandle->fd == -1 in ALA_Close; ALA_A_LOG_FILE_NOT_OPEN");
-    static_cast<void>(_close(log->fd)); // only read from: nothing can be lost
+    closeLog(log->fd);
     log->fd = -1;
     std::free(log->logName);
     std::free(log);

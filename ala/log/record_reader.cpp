@@ -10,6 +10,7 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/log/open_log.h"
+#include "ala/log/read_ahead.h"
 
 using namespace qvledger;
 
@@ -175,7 +176,7 @@ static ALA_retCode_t readRecord(LogInput &in, std::uint32_t verNum, const Reader
 // Where a record does not read, and why.
 static void logPlace(const logParams &log, const LogInput &in, ALA_retCode_t result) {
     const char *why = in.error() != 0 ? std::strerror(in.error()) : "the file ends";
-    const std::int64_t reached = _lseeki64(log.fd, 0, SEEK_CUR);
+    const std::int64_t reached = seekLog(log.fd, 0, SEEK_CUR);
     ALA_DETAIL("%s: the record at byte %lld does not read beyond byte %lld: %s\n", log.logName,
                static_cast<long long>(reached - in.consumed()), static_cast<long long>(reached),
                result == ALA_A_NO_MORE_JOB ? "it counts no attributes" : why);
@@ -198,7 +199,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
     LogInput in(log->fd);
     Owned<record> read;
     const ALA_retCode_t result = readRecord(in, log->verNum, rules, read);
-    log->end = in.metEnd() && in.consumed() == 0 ? _lseeki64(log->fd, 0, SEEK_CUR) : -1;
+    log->end = in.metEnd() && in.consumed() == 0 ? seekLog(log->fd, 0, SEEK_CUR) : -1;
     log->holdsNoRecord = log->end >= 0 && rules.isFirst;
     if (result == ALA_N_NORMAL) {
         *jobRecord = read.release();
@@ -216,7 +217,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
 
 void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
                               std::int32_t in_pos) {
-    static_cast<void>(_lseeki64(*inoutp_fd, in_offset, in_pos));
+    static_cast<void>(seekLog(*inoutp_fd, in_offset, in_pos));
     const Owned<record> partial(std::exchange(*inoutpp_record, nullptr));
 }
 

@@ -10,6 +10,7 @@
 #include "ala/base/trace.h"
 #include "ala/directory/paths.h"
 #include "ala/log/permission.h"
+#include "ala/log/read_ahead.h"
 #include "ala/repair/checked_log.h"
 #include "ala/repair/tally.h"
 #include "platform/byte_order.h"
@@ -27,7 +28,7 @@ void ALA__CloseChecked(ALA__checkedLog *inp_log) {
     if (inp_log == nullptr)
         return;
     if (inp_log->log.fd != -1)
-        static_cast<void>(_close(inp_log->log.fd)); // only read from: nothing can be lost
+        closeLog(inp_log->log.fd);
     delete inp_log;
 }
 
@@ -129,7 +130,7 @@ ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, 
     if (admitted == 0)
         return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE, "the access list of %s does not admit the caller",
                         inp_name);
-    log->headerEnd = _lseeki64(log->log.fd, 0, SEEK_CUR);
+    log->headerEnd = seekLog(log->log.fd, 0, SEEK_CUR);
     if (log->headerEnd < 0)
         return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "%s cannot be looked at", inp_name);
     log->size = std::max(identity.size, log->headerEnd); // which a server may just have written
@@ -214,7 +215,7 @@ private:
             return;
         }
         if (stands != found.begin)
-            static_cast<void>(_lseeki64(checked.log.fd, found.begin, SEEK_SET));
+            static_cast<void>(seekLog(checked.log.fd, found.begin, SEEK_SET));
         const bool read = tallyRecord(handle, checked.log, summary) == ALA_N_NORMAL;
         stands = read ? found.end : -1;
         if (!read)

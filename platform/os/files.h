@@ -29,6 +29,11 @@ int _stat(const char *inp_path, struct _stat *outp_stat);
 #pragma GCC diagnostic pop
 int _unlink(const char *inp_path);
 
+// Gives the bytes read, 0 at the end of the file, -1 on failure.
+int _read(int in_fd, void *outp_buffer, unsigned in_size);
+// The new position, or -1.
+std::int64_t _lseeki64(int in_fd, std::int64_t in_offset, int in_origin);
+int _close(int in_fd);
 // Gives the bytes written, fewer than asked for where no more fit; -1 on failure.
 int _write(int in_fd, const void *inp_bytes, unsigned in_size);
 // A second descriptor of the same open file, position and locks included; -1 on failure.

@@ -30,6 +30,22 @@ int _unlink(const char *inp_path) {
     return unlink(inp_path);
 }
 
+int _read(int in_fd, void *outp_buffer, unsigned in_size) {
+    ssize_t got;
+    do
+        got = read(in_fd, outp_buffer, std::min(in_size, unsigned{INT_MAX}));
+    while (got < 0 && errno == EINTR);
+    return static_cast<int>(got);
+}
+
+std::int64_t _lseeki64(int in_fd, std::int64_t in_offset, int in_origin) {
+    return lseek(in_fd, in_offset, in_origin);
+}
+
+int _close(int in_fd) {
+    return close(in_fd);
+}
+
 int _write(int in_fd, const void *inp_bytes, unsigned in_size) {
     return static_cast<int>(write(in_fd, inp_bytes, std::min(in_size, unsigned{INT_MAX})));
 }

@@ -124,7 +124,4 @@ void seam::tellOfProcess() {
     OS_Sleep(30);
     const bool slept = std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(29);
     tell("`OS_Sleep`, 30 ms", slept ? "at least that long" : "shorter");
-    const int fd = OS_MakeFile("ahead");
-    tell("`OS_ReadAheadOf`", OS_ReadAheadOf(fd) != nullptr ? "there is" : "there is none");
-    static_cast<void>(_close(fd)); // nothing was written
 }
