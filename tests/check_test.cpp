@@ -148,6 +148,8 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
     EXPECT_EQ(again.status, 74);
     EXPECT_THAT(again.err, HasSubstr("File exists"));
     EXPECT_EQ(readFile(folder / "alpha.19990301"), "mine");
+    EXPECT_THAT(system.run({"-S", system.log("19990301").parent_path(), "alpha"}, kCheck).err,
+                HasSubstr("the logs' own folder"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "nothing half-way is left";
 }
 

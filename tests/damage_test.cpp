@@ -323,13 +323,14 @@ TEST(Damage, ASoundRecordIsFoundHoweverMuchItTakesToReadIt) {
 }
 
 // Records of a few attributes, each of one value, by the last arc of their identifiers.
-static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs, std::string_view value) {
+static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs, std::string_view value,
+                            std::uint32_t type = 999) {
     std::string bytes("\0\0\0", 3);
     bytes += static_cast<char>(arcs.size());
     if (version >= 3)
         bytes += bytes + std::string(4, '\0');
     for (const int arc : arcs) {
-        attrTag tag = {1, 0, "1.3.6.1.", "", 999};
+        attrTag tag = {1, 0, "1.3.6.1.", "", type};
         tag.decoid[8] = static_cast<char>('0' + arc);
         bytes.append(reinterpret_cast<const char *>(&tag), sizeof tag);
         const auto size = static_cast<std::uint32_t>(value.size());
@@ -367,4 +368,36 @@ TEST(Damage, WhatRecordsBeginWithTellsThemFromTheRestOfOne) {
         EXPECT_EQ(found(one + one + std::string(400, '\0')), 2U) << "nothing was written";
         EXPECT_EQ(found(one + one + noise), 1U);
     }
+}
+
+// Any user can choose a text.
+TEST(Damage, WhatLooksLikeARecordInATextIsNone) {
+    for (const std::uint32_t version : {1U, 3U}) {
+        SCOPED_TRACE(version);
+        const Original empty = makeOriginal(version, 1, 0);
+        const std::string forged = recordOf(version, {1}, "abcd"), one = recordOf(version, {1, 2}, "abcd");
+        std::string text("\0\0\0\4\0\0\0", 7); // in UCS-2
+        text += static_cast<char>(forged.size());
+        text += forged;
+        const std::string host = recordOf(version, {1, 2}, text, 16);
+        const auto found = [&](const std::string &records) {
+            return search(empty.log.bytes() + records, empty).size();
+        };
+        EXPECT_EQ(found(one + one + host), 3U);
+        EXPECT_EQ(found(one + one + host + one.substr(0, 100)), 3U) << "the log is cut";
+        EXPECT_EQ(found(one + one + "\xff" + host.substr(1) + one), 3U) << "its head is destroyed";
+    }
+}
+
+// As many attributes behind a record as there are look like the rest of the next one.
+TEST(Damage, AttributesThatLeadThroughTheWholeLogCostLittle) {
+    const Original empty = makeOriginal(3, 1, 0);
+    const std::string one = recordOf(3, {1, 2}, "abcd");
+    std::string records = one + one + one;
+    const std::string pair = recordOf(3, {5}, one + one).substr(12);
+    while (records.size() < 8 << 20)
+        records += pair;
+    const std::clock_t begin = std::clock();
+    EXPECT_GE(search(empty.log.bytes() + records + std::string(40, '\xff'), empty).size(), 2U);
+    EXPECT_LT(std::clock() - begin, 4 * CLOCKS_PER_SEC);
 }

@@ -7,6 +7,7 @@ using namespace qvledger;
 constexpr std::size_t kLearned = 4096; // attributes, and counts of them
 constexpr std::size_t kTails = 1 << 16;
 constexpr std::int64_t kSurveyCredit = 16 << 20;  // what may be looked at in vain, as LogBytes::pay counts
+constexpr std::int64_t kAskAfter = 1 << 20;       // bytes
 constexpr std::int64_t kLongestInVain = 64 << 20; // bytes without two records in step
 constexpr std::int64_t kCostOfCandidate = 336;    // in bytes passed over
 constexpr std::int64_t kSkipped = 4096;           // bytes at a time, where the credit is used up
@@ -44,13 +45,19 @@ namespace {
 
 class Survey {
 public:
-    Survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, KnownIdentifiers &givenKnown)
-        : bytes(log.again(begin, kSurveyCredit)), reader(bytes, verNum), tags(bytes), known(givenKnown) {}
+    Survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &givenWatch,
+           KnownIdentifiers &givenKnown)
+        : bytes(log.again(begin, kSurveyCredit)), reader(bytes, verNum), tags(bytes), watch(givenWatch),
+          known(givenKnown) {}
 
     void run(std::int64_t begin) {
         std::int64_t ofLastRun = begin;
+        std::int64_t asked = begin;
         for (std::int64_t from = begin;;) {
-            const std::int64_t tag = tags.next(from);
+            if (from - asked >= kAskAfter && !watch.goOn(begin))
+                return;
+            asked = from - asked >= kAskAfter ? from : asked;
+            const std::int64_t tag = tags.next(from, ofLastRun + kLongestInVain);
             if (tag < 0 || tag - ofLastRun > kLongestInVain)
                 return;
             bytes.passedOver(tag);
@@ -92,13 +99,14 @@ private:
     LogBytes bytes;
     RecordReader reader;
     TagScan tags;
+    SearchWatch &watch;
     KnownIdentifiers &known;
     FoundRecord record = {};
 };
 
 } // namespace
 
-void qvledger::survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin,
+void qvledger::survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch,
                       KnownIdentifiers &known) {
-    Survey(log, verNum, begin, known).run(begin);
+    Survey(log, verNum, begin, watch, known).run(begin);
 }

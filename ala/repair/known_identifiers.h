@@ -33,8 +33,20 @@ private:
     std::unordered_set<std::uint64_t> tails; // mixed identifiers from one of those on to the last
 };
 
+// Asked and told while a log is searched.
+class SearchWatch {
+public:
+    // Up to where it was searched.  False: give up.
+    virtual bool goOn(std::int64_t position) = 0;
+
+protected:
+    ~SearchWatch() = default;
+};
+
 // Learns from all records from there on that stand in step behind another one.  What begins such a run may be
-// the rest of a damaged record, so nothing is learned from it.  It ends where long nothing is found.
-void survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, KnownIdentifiers &known);
+// the rest of a damaged record, so nothing is learned from it.  It ends where long nothing is found, and when
+// the watch gives up.
+void survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch,
+            KnownIdentifiers &known);
 
 } // namespace qvledger

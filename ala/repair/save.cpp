@@ -54,7 +54,11 @@ public:
 
     // Onto the disk, and under its name, unless that is taken.
     bool finish() {
-        if (_commit(file.get()) != 0)
+        int synced = 0;
+        do
+            synced = _commit(file.get());
+        while (synced != 0 && errno == EINTR);
+        if (synced != 0)
             return false;
         const int moved = OS_NameNewFile(partPath.c_str(), path.c_str());
         if (moved == OS_TAKEN)

@@ -29,18 +29,22 @@ bool RecordSearch::ask(std::int64_t position) {
 
 const KnownIdentifiers &RecordSearch::surveyed(std::int64_t begin) {
     if (!hasSurveyed)
-        survey(bytes, verNum, begin, known);
+        survey(bytes, verNum, begin, watch, known);
     hasSurveyed = true;
     return known;
 }
 
 // As readRecord, but a record in front of the rest of one is whole.
 Fit RecordSearch::read(std::int64_t begin, FoundRecord *record) {
-    const Fit fit = reader.readRecord(begin, record);
+    return judged(reader.readRecord(begin, record), record);
+}
+
+Fit RecordSearch::judged(Fit fit, FoundRecord *record) {
     std::uint32_t left = 0;
-    record->isBeforeRest = fit == Fit::MoreBehind &&
-                           surveyed(begin).endsLike(*record, 1) && // or its count may be what was damaged
-                           (known.onlyBegins(record->further) || !leadsOn(record->end, &left));
+    record->isBeforeRest =
+        fit == Fit::MoreBehind &&
+        surveyed(record->begin).endsLike(*record, 1) && // or its count may be damaged
+        (known.onlyBegins(record->further) || (!leadsOn(record->end, &left) && bytes.hasCredit()));
     return record->isBeforeRest ? Fit::Whole : fit;
 }
 
@@ -91,6 +95,13 @@ bool RecordSearch::countsFit(const RecordHead &head) {
     return head.docAttrPerDoc == 0 || surveyed(notBefore).hasDocumentsOf(head.docAttrPerDoc);
 }
 
+// A text that a user chose may hold what looks like a record.
+bool RecordSearch::isPartOf(const Extent &around, const FoundRecord &record) {
+    FoundAttribute attribute = {};
+    return record.begin > around.begin && record.end <= around.end &&
+           reader.readAttribute(around.begin, &attribute) == Fit::Whole && attribute.endIsCertain;
+}
+
 // ---- Searching ----
 
 // Takes the record whose first tag that is, if it is one and may be given out.  What is cheap to tell comes
@@ -103,11 +114,15 @@ bool RecordSearch::takeIfRecord(std::int64_t tag) {
     if (!bytes.pay(kCostOfCandidate) || reader.measureAttribute(tag, &attribute) != Fit::Whole)
         return false;
     ends[slotOf(attribute.end)] = {tag, attribute.end};
+    const Extent around = widest;
+    if (attribute.end > widest.end)
+        widest = {tag, attribute.end};
     if (begin < notBefore || reader.readHead(begin, &head) != Fit::Whole || !countsFit(head) ||
         !mayBegin(attribute.identifier, front) || !reader.measuresAsRecord(begin))
         return false;
     FoundRecord found = {};
-    if (read(begin, &found) != Fit::Whole || (!known.begins(attribute.identifier) && isRest(found)))
+    if (read(begin, &found) != Fit::Whole || (!known.begins(attribute.identifier) && isRest(found)) ||
+        isPartOf(around, found))
         return false;
     found.faultBefore = fault;
     pending = std::move(found);
@@ -116,10 +131,15 @@ bool RecordSearch::takeIfRecord(std::int64_t tag) {
 
 // Finds the next record out of step.
 bool RecordSearch::searchPending() {
-    for (std::int64_t from = at;;) {
-        const std::int64_t tag = tags.next(from);
-        if (tag < 0 || !ask(tag))
-            return false;
+    for (std::int64_t from = at; ask(from);) {
+        const std::int64_t until = from + kAskAfter;
+        const std::int64_t tag = tags.next(from, until);
+        if (tag < 0) {
+            if (until >= bytes.size())
+                return false;
+            from = until;
+            continue;
+        }
         bytes.passedOver(tag);
         if (!bytes.hasCredit()) {
             from = tag + kSkipped;
@@ -129,6 +149,7 @@ bool RecordSearch::searchPending() {
             return true;
         from = tag + 1;
     }
+    return false;
 }
 
 // The record behind the last one.
@@ -139,8 +160,9 @@ bool RecordSearch::readInStep() {
     if (at >= bytes.size())
         return false;
     bytes.trust();
-    fault = read(at, &found);
+    const Fit fit = reader.readRecord(at, &found);
     const std::int64_t debt = bytes.settle();
+    fault = judged(fit, &found); // what that costs is not on trust
     const std::int64_t passed = std::max<std::int64_t>(0, found.end - std::max(at, trustedTo));
     pendingDebt = std::max<std::int64_t>(0, debt - kWorthOnTrust * passed);
     trustedTo = std::max(trustedTo, found.end);
@@ -210,15 +232,17 @@ bool RecordSearch::mayEndHere(const FoundRecord &record) {
 }
 
 // Has a cut taken the last bytes of what looks like a record, so that the first ones of the next one stand in
-// their place?  Or was a length in its last attribute damaged, so that one is in that?
+// their place?
 bool RecordSearch::takesFromNext(const FoundRecord &record) {
+    if (reader.looksLikeRecord(record.end))
+        return false;
     const std::int64_t end = record.end + reader.headSize();
     notBefore = record.lastAttribute + 1;
     for (std::int64_t tag = notBefore + reader.headSize(); bytes.hasCredit(); ++tag) {
         tag = tags.next(tag, end);
         if (tag < 0 || tag >= end)
             break;
-        if (takeIfRecord(tag) && known.begins(pending->identifiers.front()))
+        if (takeIfRecord(tag) && pending->end > record.end && known.begins(pending->identifiers.front()))
             return true;
         pending.reset();
     }

@@ -24,6 +24,8 @@
 // Nor may a record begin in its last attribute: then a cut took its last bytes, and the first ones of the
 // next record stand in their place.
 //
+// What lies within a sound attribute of a known type is none, for any user can choose a text.
+//
 // Out of step, documents have to fill the record, and a record without one has to tell no number of
 // attributes a document that no other one has.
 //
@@ -41,16 +43,6 @@
 #include "ala/repair/tag_scan.h"
 
 namespace qvledger {
-
-// Asked and told while a log is searched.
-class SearchWatch {
-public:
-    // Up to where it was searched.  False: give up.
-    virtual bool goOn(std::int64_t position) = 0;
-
-protected:
-    ~SearchWatch() = default;
-};
 
 class RecordSearch {
 public:
@@ -81,6 +73,7 @@ private:
     bool takeIfRecord(std::int64_t tag);
     bool takesFromNext(const FoundRecord &record);
     bool countsFit(const RecordHead &head);
+    bool isPartOf(const Extent &around, const FoundRecord &record);
     static std::size_t slotOf(std::int64_t position) { return static_cast<std::size_t>(position) % kEnds; }
     bool isSound(const Extent &front);
     bool mayBegin(std::uint64_t identifier, const Extent &front);
@@ -88,6 +81,7 @@ private:
     bool fitsBehind(const FoundRecord &record);
     const KnownIdentifiers &surveyed(std::int64_t begin);
     Fit read(std::int64_t begin, FoundRecord *record);
+    Fit judged(Fit fit, FoundRecord *record);
     bool ask(std::int64_t position);
 
     LogBytes &bytes;
@@ -109,6 +103,7 @@ private:
     // Attributes by where they end.  One may take another one's slot: what is forgotten then is found where
     // tags are so dense that damage alone can have made them.
     std::array<Extent, kEnds> ends = {};
+    Extent widest = {}; // the one that ends last
     KnownIdentifiers known;
     bool hasSurveyed = false;
     Fit fault = Fit::Whole;

@@ -13,8 +13,9 @@ int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned i
 // taken.
 int OS_MakeFile(const char *inp_path);
 
-// Gives an open file another one's owner and group, mode and times, as far as the caller may.  Where owner
-// and group cannot be given, the mode's rights for group and others are not given either.
+// Gives an open file another one's owner and group, access control list, mode and times, as far as the caller
+// may.  Where owner and group, or the list, cannot be given, the mode's rights for group and others are not
+// given either.
 void OS_GiveAttributes(int in_from, int in_to);
 
 } // extern "C"

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
@@ -31,13 +32,25 @@ int OS_MakeFile(const char *inp_path) {
     return open(inp_path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
 }
 
+// With an access control list the group's bits of the mode are its mask, so they mean nothing without it.
+// False when it cannot be given.
+static bool giveAccessList(int from, int to) {
+    constexpr const char *kName = "system.posix_acl_access";
+    char list[65536]; // the longest that there is
+    const ssize_t size = fgetxattr(from, kName, list, sizeof list);
+    if (size < 0)
+        return errno == ENODATA || errno == ENOTSUP;
+    return fsetxattr(to, kName, list, static_cast<std::size_t>(size), 0) == 0;
+}
+
 void OS_GiveAttributes(int in_from, int in_to) {
     struct stat status;
     if (fstat(in_from, &status) != 0)
         return;
     // What the group and the others may do is meant for the original's group and owner.
     const bool given = fchown(in_to, status.st_uid, status.st_gid) == 0;
-    static_cast<void>(fchmod(in_to, status.st_mode & (given ? kRights : kOwnersRights)));
+    const bool listed = given && giveAccessList(in_from, in_to);
+    static_cast<void>(fchmod(in_to, status.st_mode & (listed ? kRights : kOwnersRights)));
     const timespec times[2] = {status.st_atim, status.st_mtim};
     static_cast<void>(futimens(in_to, times));
 }

@@ -42,7 +42,8 @@ public:
     void record() override { countRecord(); }
     void stray(std::int64_t begin, std::int64_t end) override {
         if (name != nullptr)
-            DisplayMsg(kMsgCheckLeftOut, name, std::to_string(begin).c_str(), std::to_string(end).c_str());
+            DisplayMsg(kMsgCheckLeftOut, printable(name).c_str(), std::to_string(begin).c_str(),
+                       std::to_string(end).c_str());
     }
 
 private:
@@ -88,11 +89,21 @@ private:
     char **environment = OS_KeepEnvironment();
     Outcome outcome;
     std::unordered_set<std::string> looked; // at these logs of the server
+    bool isFolderOfLogs = false;            // that of -S: a copy would be a log
     bool listsAgain = false;                // if one has gone meanwhile
     bool hasGone = false;
 };
 
 } // namespace
+
+static bool isSameFolder(const char *logs, const char *saved) {
+    OS_fileIdentity ofLogs = {};
+    OS_fileIdentity ofSaved = {};
+    if (saved == nullptr || OS_IdentifyTarget(saved, &ofSaved) != 0)
+        return false;
+    const LentRights rights(true); // it may be one that the caller cannot look at
+    return OS_IdentifyTarget(logs, &ofLogs) == 0 && OS_IsSameFile(ofLogs, ofSaved);
+}
 
 // Registers and lists the server's logs.
 int CheckRun::start(const std::string &logPath, Facility &facility) {
@@ -139,7 +150,7 @@ void CheckRun::noteClosed(const char *name, ALA_retCode_t code, int error) {
         outcome.closed = code;
     writeClosedLogLine(options.serverName, name, state, reason.c_str());
     if (cannotBeSaved && options.saveFolder != nullptr)
-        DisplayMsg(kMsgCheckNotSaved, name);
+        DisplayMsg(kMsgCheckNotSaved, printable(name).c_str());
 }
 
 static std::string whyNotSaved(ALA_retCode_t code, int error) {
@@ -152,15 +163,22 @@ static std::string whyNotSaved(ALA_retCode_t code, int error) {
 
 void CheckRun::save(ALA__checkedLog *log, const char *name) {
     const std::string path = std::string(options.saveFolder) + "/" + name;
+    const std::string shownName = printable(name);
+    const std::string shownPath = printable(path);
+    if (isFolderOfLogs) {
+        outcome.lost = true;
+        DisplayMsg(kMsgCheckSaveFailed, shownName.c_str(), shownPath.c_str(), "the logs' own folder");
+        return;
+    }
     Watch watch(name);
     const ALA_retCode_t result = ALA__SaveLog(log, path.c_str(), watch);
     const int error = errno;
     if (result == ALA_N_NORMAL)
-        return DisplayMsg(kMsgCheckSaved, name, path.c_str());
+        return DisplayMsg(kMsgCheckSaved, shownName.c_str(), shownPath.c_str());
     if (result == ALA_A_LAST_ATTRIBUTE)
         return; // asked to end
     outcome.lost = true;
-    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result, error).c_str());
+    DisplayMsg(kMsgCheckSaveFailed, shownName.c_str(), shownPath.c_str(), whyNotSaved(result, error).c_str());
 }
 
 void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
@@ -202,7 +220,7 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
         return;
     std::fflush(stdout);
     if (summary.headerIsDamaged)
-        DisplayMsg(kMsgCheckNotSaved, name);
+        DisplayMsg(kMsgCheckNotSaved, printable(name).c_str());
     else
         save(opened, name);
 }
@@ -259,6 +277,7 @@ int CheckRun::turn() {
     int status = checkSetUp(options, logPath);
     if (status == 0)
         status = start(logPath, facility);
+    isFolderOfLogs = status == 0 && isSameFolder(logPath.c_str(), options.saveFolder);
     writeLogHeader();
     if (status == 0)
         status = checkLogs(facility);
