@@ -3,7 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <utility>
+
+#include "platform/descriptor.h"
 
 namespace qvledger {
 
@@ -28,25 +29,6 @@ std::int64_t seekLog(int fd, std::int64_t offset, int origin);
 // A descriptor that readLog was called for has to be closed by this.
 void closeLog(int fd);
 
-// Closes a log's descriptor when it goes; -1 for none.
-class LogFile {
-public:
-    explicit LogFile(int givenFd = -1) : fd(givenFd) {}
-    ~LogFile() { reset(-1); }
-    LogFile(const LogFile &) = delete;
-    LogFile &operator=(const LogFile &) = delete;
-
-    bool isOpen() const { return fd != -1; }
-    int get() const { return fd; }
-    int release() { return std::exchange(fd, -1); }
-    void reset(int givenFd) {
-        if (fd != -1)
-            closeLog(fd);
-        fd = givenFd;
-    }
-
-private:
-    int fd;
-};
+using LogFile = OwnedDescriptor<closeLog>;
 
 } // namespace qvledger
