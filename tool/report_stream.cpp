@@ -49,14 +49,17 @@ ReportStream::Opened ReportStream::openFile() {
         const Opened opened = hold();
         if (opened != Opened::Yes || !held || nameLeadsHere())
             return opened;
+        again.reset(-1);               // a name may stay taken until nobody has its file open
         static_cast<void>(_close(fd)); // nothing was written
         fd = -1;
     }
 }
 
 ReportStream::Opened ReportStream::hold() {
-    if (OS_IdentifyDescriptor(fd, &identity) != 0)
-        identity = {}; // closed: the first write fails
+    if (OS_IdentifyDescriptor(fd, &identity) != 0) {
+        identity = {};
+        isUnknown = errno != EBADF; // closed: the first write fails
+    }
     if (!identity.regular)
         return Opened::Yes;
     const char *name = fileName != nullptr ? fileName : kStandardOutput;
@@ -173,7 +176,9 @@ bool ReportStream::beginLine() {
 
 bool ReportStream::flush() {
     const bool flushed = fl == nullptr || OS_FlushStream(fl) == 0;
-    return !lost && flushed && writeLines(true);
+    if (!flushed && !lost)
+        return fail(errno); // what was written has not come here
+    return !lost && writeLines(true);
 }
 
 // False, for the caller to return.
@@ -213,6 +218,8 @@ void ReportStream::cutBack() {
 const char *ReportStream::whyNotSafe() {
     if (!flush())
         return "its lines have not all reached the report";
+    if (isUnknown)
+        return "its report cannot be looked at";
     if (!identity.regular)
         return nullptr; // it has no disk, and who reads it has it
     if (!held)

@@ -80,6 +80,7 @@ private:
     const char *fileName = nullptr; // null: standard output
     Malloced<char> madePath;        // of the file, if this run made it
     OS_fileIdentity identity = {};  // when it was held
+    bool isUnknown = false;         // the system does not tell what it is
     std::int64_t safeSize = 0;      // of what is on the disk
     bool terminal = false;
     bool held = false;

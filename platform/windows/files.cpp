@@ -82,7 +82,12 @@ int OS_CutFile(int in_fd, std::int64_t in_size) {
 // ---- Names ----
 
 int OS_MoveName(const char *inp_from, const char *inp_to) {
-    if (MoveFileExA(inp_from, inp_to, 0) != 0)
+    // Under a name that is too long it could not be opened again.
+    if (std::strlen(inp_to) >= MAX_PATH) {
+        errno = EINVAL;
+        return OS_REFUSED;
+    }
+    if (MoveFileExA(inp_from, inp_to, MOVEFILE_WRITE_THROUGH) != 0)
         return OS_DONE;
     const DWORD error = GetLastError();
     setErrno(error);
@@ -95,7 +100,8 @@ int OS_NameNewFile(const char *inp_from, const char *inp_to) {
     return OS_MoveName(inp_from, inp_to); // which every file system knows here
 }
 
-// A folder's entries are on the disk when those who made them have their answer.
+// There is no call for it.  Names that are given above are on the disk; that of a file that was made is once
+// its contents are (_commit).
 int OS_SyncFolderOf(const char *) {
     return 0;
 }

@@ -4,12 +4,17 @@
 #include <csignal>
 
 static std::atomic<int> notedSignal = 0;
+constexpr DWORD kTimeToEnd = 4500;        // milliseconds; the system waits for five seconds
 constexpr UINT kInterrupted = 0xC000013A; // the status of a program that Ctrl+C ends
 
 // On a thread of the system's.  A later one has its usual effect, which is the program's end.
 static BOOL WINAPI note(DWORD kind) {
     int none = 0;
-    return notedSignal.compare_exchange_strong(none, kind == CTRL_C_EVENT ? SIGINT : SIGTERM) ? 1 : 0;
+    const bool isFirst = notedSignal.compare_exchange_strong(none, kind == CTRL_C_EVENT ? SIGINT : SIGTERM);
+    // The system ends the program when this returns, so the run has the time that the system gives.
+    if (isFirst && kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT)
+        Sleep(kTimeToEnd);
+    return isFirst ? 1 : 0;
 }
 
 void OS_NoteEndSignals() {

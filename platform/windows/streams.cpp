@@ -1,6 +1,7 @@
 // The C library has no streams to functions: the bytes wait in a temporary file until they are handed on.
 #include "platform/os.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <mutex>
 
@@ -35,7 +36,8 @@ static Tap *findTap(const std::FILE *stream) {
 static HANDLE openTemporary() {
     char folder[MAX_PATH + 1];
     char path[MAX_PATH + 1];
-    if (GetTempPathA(sizeof folder, folder) == 0 || GetTempFileNameA(folder, "qvl", 0, path) == 0) {
+    const DWORD length = GetTempPathA(sizeof folder, folder);
+    if (length == 0 || length > sizeof folder || GetTempFileNameA(folder, "qvl", 0, path) == 0) {
         setErrno(GetLastError());
         return INVALID_HANDLE_VALUE;
     }
@@ -56,17 +58,29 @@ std::FILE *OS_StreamTo(OS_writer in_writer, void *inp_context) {
 
 int OS_FlushStream(std::FILE *inp_stream) {
     const Tap *const tap = findTap(inp_stream);
-    if (std::fflush(inp_stream) != 0 || tap == nullptr)
+    // A write that failed between two flushes is only in the stream's error, which stays: none of it is
+    // whole.
+    if (std::fflush(inp_stream) != 0 || std::ferror(inp_stream) != 0 || tap == nullptr) {
+        if (errno == 0)
+            errno = EIO;
         return EOF;
+    }
     const int fd = _fileno(inp_stream);
     char piece[32 * 1024];
-    std::int64_t done = 0;
-    for (int got = 0; (got = OS_ReadAt(fd, done, piece, sizeof piece)) != 0; done += got)
-        if (got < 0 ||
+    // What lies behind the position is of an earlier flush, if the file could not be cut then.
+    std::int64_t left = _lseeki64(fd, 0, SEEK_CUR);
+    for (std::int64_t done = 0; left > 0;) {
+        const auto wanted = static_cast<unsigned>(std::min<std::int64_t>(left, sizeof piece));
+        const int got = OS_ReadAt(fd, done, piece, wanted);
+        if (got <= 0 ||
             tap->writer(tap->context, piece, static_cast<std::size_t>(got)) != static_cast<std::size_t>(got))
             return EOF;
+        done += got;
+        left -= got;
+    }
     std::rewind(inp_stream);
-    return OS_CutFile(fd, 0) == 0 ? 0 : EOF;
+    static_cast<void>(OS_CutFile(fd, 0)); // for the disk's sake
+    return 0;
 }
 
 int OS_CloseStream(std::FILE *inp_stream) {

@@ -20,6 +20,9 @@ struct Iconv {
     bool pairs = false; // of UTF-16
 };
 
+constexpr UINT kEucJp = 20932;    // which lacks the characters of three bytes
+constexpr char kOfThree = '\x8f'; // the first one of them
+
 static Iconv kSets[] = {
     {"ISO-8859-1", 28591},
     {"ISO-8859-2", 28592},
@@ -33,7 +36,7 @@ static Iconv kSets[] = {
     {"ISO-8859-13", 28603},
     {"ISO-8859-15", 28605},
     {"SHIFT_JIS", 932},
-    {"EUC-JP", 20932},
+    {"EUC-JP", kEucJp},
     {"EUC-KR", 949},
     {"T.61-8BIT", 20261},
     {"GBK", 936},
@@ -134,6 +137,8 @@ static std::string fromPage(UINT page, std::string_view bytes) {
 }
 
 static Character takeFromPage(const Iconv &set, std::string_view bytes) {
+    if (set.page == kEucJp && bytes[0] == kOfThree)
+        return {0, "", EILSEQ};
     CPINFO page = {};
     GetCPInfo(set.page, &page);
     const std::size_t longest = std::max<std::size_t>(page.MaxCharSize, 1);
