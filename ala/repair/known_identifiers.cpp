@@ -50,16 +50,16 @@ public:
         : bytes(log.again(begin, kSurveyCredit)), reader(bytes, verNum), tags(bytes), watch(givenWatch),
           known(givenKnown) {}
 
-    void run(std::int64_t begin) {
+    bool run(std::int64_t begin) {
         std::int64_t ofLastRun = begin;
         std::int64_t asked = begin;
         for (std::int64_t from = begin;;) {
             if (from - asked >= kAskAfter && !watch.goOn(begin))
-                return;
+                return false;
             asked = from - asked >= kAskAfter ? from : asked;
             const std::int64_t tag = tags.next(from, ofLastRun + kLongestInVain);
             if (tag < 0 || tag - ofLastRun > kLongestInVain)
-                return;
+                return true;
             bytes.passedOver(tag);
             const std::int64_t end = bytes.hasCredit() ? endOfRun(tag) : tag + kSkipped;
             if (bytes.hasCredit() && end > tag + 1)
@@ -106,7 +106,7 @@ private:
 
 } // namespace
 
-void qvledger::survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch,
+bool qvledger::survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch,
                       KnownIdentifiers &known) {
-    Survey(log, verNum, begin, watch, known).run(begin);
+    return Survey(log, verNum, begin, watch, known).run(begin);
 }

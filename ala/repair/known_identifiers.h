@@ -44,9 +44,9 @@ protected:
 };
 
 // Learns from all records from there on that stand in step behind another one.  What begins such a run may be
-// the rest of a damaged record, so nothing is learned from it.  It ends where long nothing is found, and when
-// the watch gives up.
-void survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch,
+// the rest of a damaged record, so nothing is learned from it.  It ends where long nothing is found.  False
+// when the watch gave up.
+bool survey(const LogBytes &log, std::uint32_t verNum, std::int64_t begin, SearchWatch &watch,
             KnownIdentifiers &known);
 
 } // namespace qvledger

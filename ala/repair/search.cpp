@@ -18,8 +18,8 @@ RecordSearch::RecordSearch(LogBytes &givenBytes, std::uint32_t givenVersion, std
       watch(givenWatch), at(begin), notBefore(begin) {}
 
 bool RecordSearch::ask(std::int64_t position) {
-    if (position - askedAt < kAskAfter)
-        return true;
+    if (stopped || position - askedAt < kAskAfter)
+        return !stopped;
     askedAt = position;
     stopped = !watch.goOn(position);
     return !stopped;
@@ -28,8 +28,8 @@ bool RecordSearch::ask(std::int64_t position) {
 // ---- What records begin with ----
 
 const KnownIdentifiers &RecordSearch::surveyed(std::int64_t begin) {
-    if (!hasSurveyed)
-        survey(bytes, verNum, begin, watch, known);
+    if (!hasSurveyed && !survey(bytes, verNum, begin, watch, known))
+        stopped = true;
     hasSurveyed = true;
     return known;
 }

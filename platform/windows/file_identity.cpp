@@ -1,5 +1,7 @@
 #include "platform/os.h"
 
+#include <cerrno>
+
 #include "platform/windows/error.h"
 #include "platform/windows/file_handle.h"
 
@@ -31,10 +33,14 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
         *identity = {0, 0, 0, 0, 0, 1, false};
         return 0;
     }
-    if (file == INVALID_HANDLE_VALUE || GetFileInformationByHandle(file, &found) == 0 ||
+    if (file == INVALID_HANDLE_VALUE) {
+        errno = EBADF;
+        return -1;
+    }
+    if (GetFileInformationByHandle(file, &found) == 0 ||
         GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times) == 0 ||
         GetFileInformationByHandleEx(file, FileStandardInfo, &standard, sizeof standard) == 0) {
-        setErrno(GetLastError());
+        errno = EIO; // it is open, whatever the system says of it
         return -1;
     }
     *identity = {found.dwVolumeSerialNumber,
