@@ -35,4 +35,5 @@
 #include "platform/os/file_holding.h"
 #include "platform/os/file_identity.h"
 #include "platform/os/files.h"
+#include "platform/os/output.h"
 #include "platform/os/streams.h"

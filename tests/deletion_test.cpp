@@ -231,7 +231,7 @@ TEST(Deletion, ReportFileIsOnItsDiskBeforeALogGoes) {
             calls += "commit ";
             return commit;
         });
-        const Scripted synced(script::OS_SyncFolderOf, [&](const char *) {
+        const Scripted synced(script::OS_SyncFolderOf, [&](int) {
             calls += "folder ";
             return sync;
         });
@@ -250,9 +250,9 @@ TEST(Deletion, ReportFileIsOnItsDiskBeforeALogGoes) {
         EXPECT_EQ(calls, expected);
     };
     expectCalls("new file", 0, 0, false, "commit folder unlink commit unlink ");
-    expectCalls("existing file", 0, 0, true, "commit unlink commit unlink ");
+    expectCalls("existing file", 0, 0, true, "commit folder unlink commit unlink ");
     expectCalls("file not synced", -1, 0, false, "commit ");
-    expectCalls("folder not synced", 0, -1, false, "commit folder commit folder ");
+    expectCalls("folder not synced", 0, -1, false, "commit folder commit ");
 }
 
 TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {

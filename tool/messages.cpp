@@ -74,6 +74,12 @@ bool qvledger::hasCatalogue() {
     return MSG_GetUnformatted(2, kMsgUsage, 0, sizeof text, &count, text) == 0;
 }
 
+static MessageSink *messageSink = nullptr;
+
+void qvledger::setMessageSink(MessageSink *sink) {
+    messageSink = sink;
+}
+
 static void display(std::uint32_t msgCode, std::va_list values) {
     char unfmtMsg[kRawSize] = "";
     GetMsg(msgCode, sizeof unfmtMsg, unfmtMsg);
@@ -93,7 +99,11 @@ static void display(std::uint32_t msgCode, std::va_list values) {
     if (msgBuffer != nullptr)
         MSG_vsprintf(msgBuffer.get(), unfmtMsg, values);
     eraseProgress();
-    std::fputs(msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg, stderr);
+    const char *text = msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg;
+    if (messageSink != nullptr)
+        messageSink->message(text);
+    else
+        std::fputs(text, stderr);
 }
 
 void qvledger::DisplayMsg(std::uint32_t in_msgCode, ...) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace qvledger {
 
@@ -10,6 +11,18 @@ enum : std::uint32_t {
 #define MESSAGE(name, code, text) name = (code),
 #include "tool/messages.inc"
 };
+
+// Takes the messages in the place of the standard error stream.
+class MessageSink {
+public:
+    virtual void message(std::string_view text) = 0;
+
+protected:
+    ~MessageSink() = default;
+};
+
+// Null: the standard error stream again.
+void setMessageSink(MessageSink *sink);
 
 // Prints a message with its arguments.
 void DisplayMsg(std::uint32_t in_msgCode, ...);

@@ -24,6 +24,8 @@ int qvledger::runProgram(int argc, char **argv, std::initializer_list<int> local
                          int (*work)(int argc, char **argv)) {
     OS_PrepareProcess();
     OS_NoteEndSignals();
+    // Messages come before the report is opened, and the two may be one file.
+    static_cast<void>(OS_WriteAtEnd(_fileno(stderr)));
     dropLentRights();
     for (const int category : localeCategories)
         OS_ChooseLocale(category);

@@ -3,91 +3,94 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <string_view>
 
 #include "service/log.h"
 #include "tool/holding.h"
-#include "tool/messages.h"
 
 using namespace qvledger;
 
 constexpr std::size_t kStreamSize = 32 * 1024;
-constexpr int kPause = 10; // milliseconds
+constexpr std::size_t kUsualRoom = 256 * 1024; // for lines; a longer line makes more
+constexpr int kPause = 10;                     // milliseconds
 
-// Of the one report that a program writes.
-static char streamBuffer[kStreamSize];
-static char lines[256 * 1024]; // on their way to the system
+static char streamBuffer[kStreamSize]; // of the one report that a program writes
 
 // ---- Opening ----
 
-ReportStream::Opened ReportStream::open(const char *givenFileName) {
-    fileName = givenFileName;
-    fd = _fileno(stdout);
-    const Opened opened = fileName != nullptr ? openFile() : hold();
+ReportStream::Opened ReportStream::open(const char *fileName) {
+    fileName_ = fileName;
+    fd_ = _fileno(stdout);
+    const Opened opened = fileName != nullptr ? openFile() : lock();
     if (opened != Opened::Yes)
         return opened;
-    terminal = _isatty(fd) != 0;
-    fl = OS_StreamTo(takeBytes, this);
-    if (fl == nullptr)
+    isTerminal_ = _isatty(fd_) != 0;
+    if (!resize(lines_, kUsualRoom))
+        return Opened::No;
+    room_ = kUsualRoom;
+    stream_ = OS_StreamTo(takeBytes, this);
+    if (stream_ == nullptr)
         return Opened::No;
     static_cast<void>( // refused, it has a buffer of its own
-        std::setvbuf(fl, streamBuffer, isTerminal() ? _IOLBF : _IOFBF, sizeof streamBuffer));
+        std::setvbuf(stream_, streamBuffer, isTerminal() ? _IOLBF : _IOFBF, sizeof streamBuffer));
+    OS_fileIdentity messages = {};
+    if (isFile() && OS_IdentifyDescriptor(_fileno(stderr), &messages) == 0 &&
+        OS_IsSameFile(messages, opened_))
+        setMessageSink(this);
     return Opened::Yes;
 }
 
-// Another run may remove or replace the file that was opened before it lets go of it.
+// Another run may remove or replace the file between its opening and its locking.
 ReportStream::Opened ReportStream::openFile() {
     for (;;) {
         char *made = nullptr;
-        fd = OS_OpenToAppend(fileName, &made);
-        madePath.reset(made);
-        if (fd == -1) {
-            LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, "%s cannot be opened: %s", fileName,
+        fd_ = OS_OpenToAppend(fileName_, &made);
+        madePath_.reset(made);
+        if (fd_ == -1) {
+            LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, "%s cannot be opened: %s", fileName_,
                             std::strerror(errno));
             return OS_NotedSignal() != 0 ? Opened::GivenUp : Opened::No;
         }
-        const Opened opened = hold();
-        if (opened != Opened::Yes || !held || nameLeadsHere())
+        const Opened opened = lock();
+        if (opened != Opened::Yes || !isLocked_ || nameLeadsHere())
             return opened;
-        again.reset(-1);               // a name may stay taken until nobody has its file open
-        static_cast<void>(_close(fd)); // nothing was written
-        fd = -1;
+        again_.reset(-1);               // a name may stay taken until nobody has its file open
+        static_cast<void>(_close(fd_)); // nothing was written
+        fd_ = -1;
     }
 }
 
-ReportStream::Opened ReportStream::hold() {
-    if (OS_IdentifyDescriptor(fd, &identity) != 0) {
-        identity = {};
-        isUnknown = errno != EBADF; // closed: the first write fails
-    }
-    if (!identity.regular)
-        return Opened::Yes;
-    const char *name = fileName != nullptr ? fileName : kStandardOutput;
-    again.reset(OS_OpenAgain(fd));
+ReportStream::Opened ReportStream::lock() {
+    kind_ = OS_KindOfOutput(fd_);
+    if (!isFile())
+        return Opened::Yes; // what is closed fails at the first write
+    if (OS_WriteAtEnd(fd_) != 0 || OS_IdentifyDescriptor(fd_, &opened_) != 0)
+        return Opened::No;
+    const char *name = fileName_ != nullptr ? fileName_ : kStandardOutput;
+    again_.reset(OS_OpenAgain(fd_));
     // Standard output is shared with other programs, and so would be a lock on it.
-    switch (holdFile(fileName == nullptr && again.isOpen() ? again.get() : fd, name)) {
+    switch (holdFile(fileName_ == nullptr && again_.isOpen() ? again_.get() : fd_, name)) {
     case ALA__holdResult::Held:
-        held = true;
+        isLocked_ = true;
         break;
     case ALA__holdResult::NotKnown:
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report %s cannot be held against other runs: %s",
-                        name, std::strerror(errno));
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
+                        "the report %s cannot be locked against other runs: %s", name, std::strerror(errno));
         break;
     case ALA__holdResult::GivenUp:
         return Opened::GivenUp;
     }
     // Another run may have written to it first, or removed it.
-    const std::uint64_t names = identity.names;
-    if (OS_IdentifyDescriptor(fd, &identity) != 0)
+    const std::uint64_t names = opened_.names;
+    if (OS_IdentifyDescriptor(fd_, &opened_) != 0)
         return Opened::No;
-    if (fileName == nullptr && names != 0 && identity.names == 0)
+    if (fileName_ == nullptr && names != 0 && opened_.names == 0)
         static_cast<void>(fail(ENOENT));
     return Opened::Yes;
 }
 
 bool ReportStream::nameLeadsHere() const {
     OS_fileIdentity named = {};
-    return OS_IdentifyTarget(fileName, &named) == 0 && OS_IsSameFile(named, identity);
+    return OS_IdentifyTarget(fileName_, &named) == 0 && OS_IsSameFile(named, opened_);
 }
 
 // ---- Writing ----
@@ -96,192 +99,216 @@ std::size_t ReportStream::takeBytes(void *stream, const char *bytes, std::size_t
     return static_cast<ReportStream *>(stream)->take(bytes, size);
 }
 
-std::size_t ReportStream::take(const char *bytes, std::size_t givenSize) {
-    for (std::size_t taken = 0; taken < givenSize && !lost;) {
-        const std::size_t size = std::min(givenSize - taken, sizeof lines - waiting);
-        std::memcpy(lines + waiting, bytes + taken, size);
-        waiting += size;
-        taken += size;
-        if (waiting == sizeof lines)
-            static_cast<void>(writeLines(false)); // lost tells
-    }
-    if (!lost && isTerminal())
-        static_cast<void>(writeLines(false));
-    return lost ? 0 : givenSize;
+std::size_t ReportStream::take(const char *bytes, std::size_t size) {
+    if (failed_ || !makeRoom(size))
+        return 0;
+    std::memcpy(lines_.get() + waiting_, bytes, size);
+    waiting_ += size;
+    return !isTerminal() || writeLines(false) ? size : 0;
 }
 
-// The whole lines in the buffer; everything if that is asked for, or if there is no line end in a full one.
-bool ReportStream::writeLines(bool all) {
-    const std::size_t lineEnd = std::string_view(lines, waiting).rfind('\n');
-    std::size_t size = waiting;
-    if (lineEnd != std::string_view::npos && !all)
-        size = lineEnd + 1;
-    else if (waiting != sizeof lines && !all)
-        return !lost;
-    if (lost || (size != 0 && !write(size)))
+// Writes the whole lines when the buffer is full.  One line that does not fit makes the buffer grow, because
+// it would otherwise be written in pieces, between which others could write.
+bool ReportStream::makeRoom(std::size_t size) {
+    if (size <= room_ - waiting_)
+        return true;
+    if (!writeLines(false))
         return false;
-    waiting -= size;
-    std::memmove(lines, lines + size, waiting);
+    if (size <= room_ - waiting_)
+        return true;
+    const std::size_t room = std::max(2 * room_, waiting_ + size);
+    if (!resize(lines_, room))
+        return fail(ENOMEM);
+    room_ = room;
     return true;
 }
 
-// Counts what has reached the system.
-void ReportStream::count(std::size_t size) {
-    const std::size_t lineEnd = std::string_view(lines, size).rfind('\n');
-    written += static_cast<std::int64_t>(size);
-    openLine = lineEnd == std::string_view::npos ? openLine + static_cast<std::int64_t>(size)
-                                                 : static_cast<std::int64_t>(size - lineEnd) - 1;
+// The whole lines in the buffer, or everything.
+bool ReportStream::writeLines(bool all) {
+    // Inside a line that is longer than usual a request to end is not left waiting.
+    if (!failed_ && waiting_ > kUsualRoom && OS_NotedSignal() != 0)
+        return fail(EINTR);
+    const std::size_t lineEnd = std::string_view(lines_.get(), waiting_).rfind('\n');
+    const std::size_t size = all ? waiting_ : lineEnd + 1; // none: npos + 1 is 0
+    if (failed_ || (size != 0 && !(beginLine() && write(lines_.get(), size))))
+        return false;
+    waiting_ -= size;
+    std::memmove(lines_.get(), lines_.get() + size, waiting_);
+    return true;
 }
 
-bool ReportStream::write(std::size_t givenSize) {
-    if (!beginLine())
-        return false;
-    std::size_t size = givenSize;
-    for (std::size_t done = 0; done < size;) {
-        const int got = _write(fd, lines + done, static_cast<unsigned>(size - done));
-        const int error = got < 0 ? errno : 0;
+bool ReportStream::write(const char *bytes, std::size_t size) {
+    int error = 0;
+    std::size_t done = 0;
+    while (done < size && error == 0) {
+        const int got = _write(fd_, bytes + done, static_cast<unsigned>(size - done));
+        const int reason = got < 0 ? errno : 0;
         done += static_cast<std::size_t>(std::max(got, 0));
-        if (done < size && !identity.regular && OS_NotedSignal() != 0) {
-            // Whoever should take it does not, and the program is asked to end: only the line at hand goes
-            // on.
-            const void *lineEnd = std::memchr(lines + done, '\n', size - done);
-            const bool atLineEnd = done == 0 || lines[done - 1] == '\n';
-            size = atLineEnd || lineEnd == nullptr
-                       ? done
-                       : static_cast<std::size_t>(static_cast<const char *>(lineEnd) - lines) + 1;
-        }
-        if (error == EAGAIN && OS_NotedSignal() == 0) {
+        if (done < size && !isFile() && OS_NotedSignal() != 0)
+            error = EINTR; // the reader takes nothing, and the program is asked to end
+        else if (reason == EAGAIN)
             OS_Sleep(kPause); // a pipe that does not wait by itself
-        } else if (got <= 0 && error != EINTR) {
-            count(done);
-            return fail(got < 0 ? error : EIO);
-        }
+        else if (got <= 0 && reason != EINTR)
+            error = got < 0 ? reason : EIO;
     }
-    count(size);
-    return size == givenSize || fail(EINTR);
+    const std::size_t lineEnd = std::string_view(bytes, done).rfind('\n');
+    written_ += static_cast<std::int64_t>(done);
+    openLine_ = static_cast<std::int64_t>(done - (lineEnd + 1));
+    return error == 0 || fail(error);
 }
 
 // What another run or program could not finish stays a line of its own.
 bool ReportStream::beginLine() {
-    if (begun)
+    if (hasBegun_)
         return true;
-    begun = true;
-    if (!identity.regular || identity.size == 0)
-        return true;
-    // Where it cannot be known, an empty line does less harm than two lines in one.
-    if (again.isOpen() && OS_LastByte(again.get()) == '\n')
-        return true;
-    return _write(fd, "\n", 1) == 1 || fail(errno);
+    hasBegun_ = true;
+    // Where the last byte cannot be read, an empty line does less harm than two lines in one.
+    return !isFile() || opened_.size == 0 || (again_.isOpen() && OS_LastByte(again_.get()) == '\n') ||
+           write("\n", 1);
+}
+
+// A message that does not fit on the disk is cut back like a line, and nothing could report that.
+void ReportStream::message(std::string_view text) {
+    if ((failed_ || writeLines(false)) && beginLine())
+        static_cast<void>(write(text.data(), text.size()));
 }
 
 bool ReportStream::flush() {
-    const bool flushed = fl == nullptr || OS_FlushStream(fl) == 0;
-    if (!flushed && !lost)
+    const bool flushed = stream_ == nullptr || OS_FlushStream(stream_) == 0;
+    if (!flushed && !failed_)
         return fail(errno); // what was written has not come here
-    return !lost && writeLines(true);
+    return !failed_ && writeLines(true);
 }
 
 // False, for the caller to return.
 bool ReportStream::fail(int error) {
-    const bool told = error == EPIPE || error == EINTR; // by whoever stopped reading, or asked for the end
+    cutBack();
+    waiting_ = 0;
+    if (failed_)
+        return false;
+    failed_ = true;
+    const bool isKnown = error == EPIPE || error == EINTR; // to whoever stopped reading, or asked for the end
     const char *reason = std::strerror(error);
-    lost = true;
-    waiting = 0;
-    if (!told && fileName != nullptr)
-        DisplayMsg(kMsgReportLost, fileName, reason);
-    else if (!told)
+    if (!isKnown && fileName_ != nullptr)
+        DisplayMsg(kMsgReportLost, fileName_, reason);
+    else if (!isKnown)
         DisplayMsg(kMsgOutputLost, reason);
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report could not be written: %s: %s",
-                    fileName != nullptr ? fileName : kStandardOutput, reason);
-    cutBack();
+                    fileName_ != nullptr ? fileName_ : kStandardOutput, reason);
     errno = error;
     return false;
 }
 
-// Takes back the part of a line that was written last, if nothing stands behind it.
+// Takes back the part of a line that was written last, unless others have written since.
 void ReportStream::cutBack() {
-    if (!held || openLine == 0 || (fileName == nullptr && !again.isOpen()))
+    if (!isLocked_ || openLine_ == 0)
         return;
-    OS_fileIdentity present = {};
-    const std::int64_t end = _lseeki64(fd, 0, SEEK_CUR);
-    if (OS_IdentifyDescriptor(fd, &present) != 0 || present.size != end ||
-        OS_CutFile(fd, end - openLine) != 0) {
+    if (!isWhole() || OS_CutFile(fd_, opened_.size + written_ - openLine_) != 0) {
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report ends in a part of a line");
         return;
     }
-    written -= openLine;
-    openLine = 0;
+    written_ -= openLine_;
+    openLine_ = 0;
 }
 
 // ---- What becomes of it ----
 
+// Has nobody else written to the file, or cut it, since it was locked?
+bool ReportStream::isWhole() const {
+    OS_fileIdentity present = {};
+    return OS_IdentifyDescriptor(fd_, &present) == 0 && present.size == opened_.size + written_;
+}
+
 const char *ReportStream::whyNotSafe() {
     if (!flush())
         return "its lines have not all reached the report";
-    if (isUnknown)
-        return "its report cannot be looked at";
-    if (!identity.regular)
-        return nullptr; // it has no disk, and who reads it has it
-    if (!held)
-        return "its report cannot be held against other runs";
-    if (_commit(fd) != 0) {
-        static_cast<void>(fail(errno)); // once lost, a later success means nothing
+    switch (kind_) {
+    case OS_outputKind::File:
+        return isLocked_ ? whyNotOnDisk() : "its report cannot be locked against other runs";
+    case OS_outputKind::BlockDevice:
+        return whyNotOnDisk();
+    case OS_outputKind::Pipe:
+    case OS_outputKind::LocalSocket:
+        return whyNotRead();
+    case OS_outputKind::OtherSocket:
+        return "its report goes over a network, which does not say what has arrived";
+    case OS_outputKind::Device:
+        return nullptr;
+    case OS_outputKind::Unknown:
+        break;
+    }
+    return "the system does not say where its report goes";
+}
+
+const char *ReportStream::whyNotOnDisk() {
+    if (_commit(fd_) != 0) {
+        static_cast<void>(fail(errno)); // a later success would mean nothing
         return "its lines have not all reached the disk";
     }
-    OS_fileIdentity present = {};
-    if (OS_IdentifyDescriptor(fd, &present) != 0)
-        return "its report cannot be looked at";
-    safeSize = present.size;
-    if (madePath != nullptr && !folderSynced) {
-        folderSynced = OS_SyncFolderOf(madePath.get()) == 0;
-        if (!folderSynced)
-            return "the name of its report has not reached the disk";
+    if (isFile() && !isFolderSynced_ && !isSyncFailed_) {
+        isFolderSynced_ = OS_SyncFolderOf(fd_) == 0;
+        isSyncFailed_ = !isFolderSynced_;
     }
-    return nullptr;
+    return isSyncFailed_ ? "the name of its report has not reached the disk" : nullptr;
+}
+
+const char *ReportStream::whyNotRead() const {
+    for (int pause = 1;; pause = std::min(2 * pause, kPause)) {
+        switch (OS_WasRead(fd_)) {
+        case OS_DONE:
+            return nullptr;
+        case OS_REFUSED:
+            return "the reader of its report has not read all of it";
+        default:
+            break;
+        }
+        if (OS_NotedSignal() != 0)
+            return "the run was asked to end before its report was read";
+        OS_Sleep(pause);
+    }
 }
 
 const char *ReportStream::whyNotInPlace() const {
     OS_fileIdentity present = {};
-    if (!identity.regular)
+    if (!isFile())
         return nullptr;
-    if (OS_IdentifyDescriptor(fd, &present) != 0 || present.size < safeSize)
-        return "its report is no longer whole";
+    if (!isWhole())
+        return "another program has changed its report";
     // Standard output may have come without a name; whoever started the program has it then.
-    const bool isThere = fileName != nullptr ? present.names != 0 && nameLeadsHere()
-                                             : present.names != 0 || identity.names == 0;
+    const bool isThere = OS_IdentifyDescriptor(fd_, &present) == 0 &&
+                         (fileName_ != nullptr ? present.names != 0 && nameLeadsHere()
+                                               : present.names != 0 || opened_.names == 0);
     return isThere ? nullptr : "its report is no longer there";
 }
 
 void ReportStream::finish() {
-    if (fl == nullptr)
+    if (stream_ == nullptr)
         return;
-    static_cast<void>(flush()); // told where it failed
-    static_cast<void>(OS_CloseStream(fl));
-    fl = nullptr;
+    static_cast<void>(flush()); // reported where it failed
+    static_cast<void>(OS_CloseStream(stream_));
+    stream_ = nullptr;
 }
 
-void ReportStream::removeIfCreated() {
-    OS_fileIdentity present = {};
-    if (madePath == nullptr || !held || identity.size != 0 || !nameLeadsHere() ||
-        OS_IdentifyDescriptor(fd, &present) != 0 || present.size != written)
-        return;
-    again.reset(-1);
-    if (OS_IsOpenElsewhere(fd) != 0) {
-        // Who waits for it as standard output would write to nowhere.
-        static_cast<void>(OS_CutFile(fd, 0)); // or this run's lines stay
-        return;
-    }
-    if (OS_RemoveFile(fd, madePath.get()) == 0)
-        madePath.reset();
+bool ReportStream::removeIfCreated() {
+    if (madePath_ == nullptr || !isLocked_ || opened_.size != 0 || !nameLeadsHere() || !isWhole())
+        return false;
+    again_.reset(-1);
+    // Another process that has the file open would lose what it writes there.
+    const bool isShared = OS_IsOpenElsewhere(fd_) != 0;
+    const bool isGone = (isShared ? OS_CutFile(fd_, 0) : OS_RemoveFile(fd_, madePath_.get())) == 0;
+    if (isGone)
+        madePath_.reset();
+    return isGone && written_ != 0;
 }
 
 void ReportStream::close() {
     finish();
-    if (fileName == nullptr && held && !again.isOpen())
-        OS_UnlockFile(fd); // whoever started the program goes on with the same file
-    else if (fileName != nullptr && fd != -1 && _close(fd) != 0 && !lost)
+    setMessageSink(nullptr);
+    if (fileName_ == nullptr && isLocked_ && !again_.isOpen())
+        OS_UnlockFile(fd_); // the file stays open in the program that started this one
+    else if (fileName_ != nullptr && fd_ != -1 && _close(fd_) != 0 && !failed_)
         static_cast<void>(fail(errno));
-    again.reset(-1);
-    fd = -1;
-    held = false;
+    again_.reset(-1);
+    fd_ = -1;
+    isLocked_ = false;
 }

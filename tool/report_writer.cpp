@@ -94,7 +94,7 @@ static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t documen
                                    std::int32_t isHeader) {
     ALA_attrPair *attr = nullptr;
     ALA_retCode_t result = ALA_GetFirstAttrFromDoc(alaHandle, &document, nullptr, &attr);
-    while (result == ALA_N_NORMAL) {
+    while (result == ALA_N_NORMAL && std::ferror(fl) == 0) {
         writeField(fl, "\t", *attr, isHeader);
         result = ALA_FreeAttributePair(&attr);
         if (result == ALA_N_NORMAL)
@@ -142,7 +142,7 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
         return false;
     }
     std::int32_t numJobAttrs = 0;
-    while (result == ALA_N_NORMAL) {
+    while (result == ALA_N_NORMAL && std::ferror(fl) == 0) {
         writeField(fl, numJobAttrs == 0 ? "" : "\t", *attr, isHeader);
         ++numJobAttrs;
         if (const ALA_retCode_t freed = ALA_FreeAttributePair(&attr); freed != ALA_N_NORMAL)
@@ -150,6 +150,8 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
         result = ALA_GetNextAttrFromJob(mainh, recordPtr, nullptr, &attr);
     }
     dropPair(attr);
+    if (std::ferror(fl) != 0)
+        return false; // reported where it happened, and nothing more is written
     bool complete = true;
     if (result == ALA_A_NO_MORE_JOB_ATTR) {
         if (needDoc != 0)

@@ -135,7 +135,7 @@ ALA_retCode_t ALA__SaveLog(ALA__checkedLog *inoutp_log, const char *inp_path, AL
         if (!file.finish())
             return errno == EEXIST ? ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s exists already", inp_path)
                                    : ALA_FAIL(ALA_A_SYSTEM_ERR, "%s cannot be written", inp_path);
-        return OS_SyncFolderOf(inp_path) == 0
+        return OS_SyncFolderOf(file.descriptor()) == 0
                    ? ALA_N_NORMAL
                    : ALA_FAIL(ALA_A_UNKNOWN_ERR, "the folder of %s cannot be synced", inp_path);
     } catch (const std::bad_alloc &) {

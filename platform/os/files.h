@@ -75,7 +75,7 @@ int OS_MoveName(const char *inp_from, const char *inp_to);
 // that way, the file has both names for a moment.
 int OS_NameNewFile(const char *inp_from, const char *inp_to);
 
-// Puts the folder entry of a file that was just made on the disk.  0, or -1.
-int OS_SyncFolderOf(const char *inp_path);
+// Puts the name of an open file on the disk.  0, or -1.
+int OS_SyncFolderOf(int in_fd);
 
 } // extern "C"

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/descriptor.h"
 #include "platform/malloced.h"
 
 using namespace qvledger;
@@ -151,17 +152,23 @@ int OS_NameNewFile(const char *inp_from, const char *inp_to) {
     return OS_DONE;
 }
 
-int OS_SyncFolderOf(const char *inp_path) {
-    const Malloced<char> folder(strdup(inp_path));
-    if (folder == nullptr)
-        return -1;
-    char *slash = std::strrchr(folder.get(), '/');
-    if (slash != nullptr)
-        slash[slash == folder.get() ? 1 : 0] = '\0';
-    const int fd = open(slash != nullptr ? folder.get() : ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd == -1)
-        return -1;
-    const int result = fsync(fd);
-    static_cast<void>(close(fd)); // only synced: nothing can be lost
-    return result;
+// The folder of the name that the kernel knows for the file.  Where that is another file's by now, or the
+// folder may not be opened or cannot be synced, the whole file system is synced.
+int OS_SyncFolderOf(int in_fd) {
+    char link[64];
+    char path[PATH_MAX];
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", in_fd);
+    const ssize_t length = readlink(link, path, sizeof path - 1);
+    path[std::max<ssize_t>(length, 0)] = '\0';
+    OS_fileIdentity file = {};
+    OS_fileIdentity named = {};
+    char *slash = std::strrchr(path, '/');
+    if (slash == nullptr || OS_IdentifyDescriptor(in_fd, &file) != 0 ||
+        OS_IdentifyTarget(path, &named) != 0 || !OS_IsSameFile(file, named))
+        return syncfs(in_fd);
+    slash[slash == path ? 1 : 0] = '\0';
+    const Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder.isOpen() && fsync(folder.get()) == 0)
+        return 0;
+    return folder.isOpen() && errno == EIO ? -1 : syncfs(in_fd); // EIO: names are lost already
 }

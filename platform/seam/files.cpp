@@ -67,7 +67,7 @@ static void tellOfNames() {
     tell("`OS_MoveName`, no file", answer(OS_MoveName("none", "new")));
     tell("`OS_NameNewFile`, to a free name", answer(OS_NameNewFile("moved", "named")));
     tell("`OS_NameNewFile`, to a name that is taken", answer(OS_NameNewFile("named", "five")));
-    tell("`OS_SyncFolderOf`", answer(OS_SyncFolderOf("five")));
+    tell("`OS_SyncFolderOf`", answer(OS_SyncFolderOf(Descriptor(OS_OpenToRead("five")).get())));
     tell("`_unlink`, a file", answer(_unlink("named")));
     tell("`_unlink`, no file", answer(_unlink("named")));
     tell("`_unlink`, a folder", answer(_unlink(".")));

@@ -102,6 +102,6 @@ int OS_NameNewFile(const char *inp_from, const char *inp_to) {
 
 // There is no call for it.  Names that are given above are on the disk; that of a file that was made is once
 // its contents are (_commit).
-int OS_SyncFolderOf(const char *) {
+int OS_SyncFolderOf(int) {
     return 0;
 }

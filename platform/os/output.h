@@ -1,0 +1,28 @@
+// What a program's output leads to, and whether it arrived there.
+#pragma once
+
+#include "platform/os/types.h"
+
+enum class OS_outputKind : std::uint8_t {
+    Unknown, // the system does not say, or the descriptor is closed
+    File,
+    BlockDevice,
+    Pipe,
+    LocalSocket,
+    OtherSocket,
+    Device // a terminal or another character device
+};
+
+extern "C" {
+
+OS_outputKind OS_KindOfOutput(int in_fd);
+
+// Makes all later writes through the descriptor, if it leads to a file, go to the file's end; so do those of
+// programs that share the descriptor.  0, or -1.
+int OS_WriteAtEnd(int in_fd);
+
+// Has the reader of a pipe or local socket read everything?  OS_DONE; OS_TAKEN: not yet; OS_REFUSED: nobody
+// reads it any more, or the system does not say.
+int OS_WasRead(int in_fd);
+
+} // extern "C"

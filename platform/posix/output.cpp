@@ -1,0 +1,56 @@
+#include "platform/os.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <linux/sockios.h>
+
+static OS_outputKind kindOfSocket(int socket) {
+    sockaddr address = {};
+    socklen_t size = sizeof address;
+    if (getsockname(socket, &address, &size) != 0)
+        return OS_outputKind::Unknown;
+    return address.sa_family == AF_UNIX ? OS_outputKind::LocalSocket : OS_outputKind::OtherSocket;
+}
+
+OS_outputKind OS_KindOfOutput(int in_fd) {
+    struct stat status;
+    if (fstat(in_fd, &status) != 0)
+        return OS_outputKind::Unknown;
+    switch (status.st_mode & S_IFMT) {
+    case S_IFREG:
+        return OS_outputKind::File;
+    case S_IFBLK:
+        return OS_outputKind::BlockDevice;
+    case S_IFIFO:
+        return OS_outputKind::Pipe;
+    case S_IFSOCK:
+        return kindOfSocket(in_fd);
+    case S_IFCHR:
+        return OS_outputKind::Device;
+    default:
+        return OS_outputKind::Unknown;
+    }
+}
+
+int OS_WriteAtEnd(int in_fd) {
+    if (OS_KindOfOutput(in_fd) != OS_outputKind::File)
+        return 0;
+    const int flags = fcntl(in_fd, F_GETFL, 0L);
+    return flags != -1 ? fcntl(in_fd, F_SETFL, static_cast<long>(flags | O_APPEND)) : -1;
+}
+
+int OS_WasRead(int in_fd) {
+    const bool isPipe = OS_KindOfOutput(in_fd) == OS_outputKind::Pipe;
+    int unread = 0;
+    if (ioctl(in_fd, isPipe ? FIONREAD : SIOCOUTQ, &unread) != 0)
+        return OS_REFUSED;
+    // Asked for last: a reader that leaves after this has read everything.
+    pollfd reader = {.fd = in_fd, .events = POLLOUT, .revents = 0};
+    if (poll(&reader, 1, 0) < 0 || (reader.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0)
+        return OS_REFUSED;
+    return unread == 0 ? OS_DONE : OS_TAKEN;
+}
