@@ -3,11 +3,17 @@
 
 #include <functional>
 
+#include <csignal>
+
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/descriptor.h"
 #include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 #include "tests/support/scripted_os.h"
@@ -212,47 +218,135 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
     close(writer);
 }
 
-// In this process, to see and to fail the calls that put the report on its disk.
-TEST(Deletion, ReportFileIsOnItsDiskBeforeALogGoes) {
-    const auto expectCalls = [](const char *label, int commit, int sync, bool existing,
-                                const char *expected) {
+// Over a pipe or a socket the lines are safe once they are read.
+TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
+    enum Act { kReads, kLeaves, kWaits };
+    const auto expectDeleted = [](bool deleted, const char *label, int reader, int writer, Act act,
+                                  const char *why) {
+        SCOPED_TRACE(label);
+        PrintSystem system;
+        system.save(kTail, logOf({march()}));
+        const pid_t run = system.start({"-d", "alpha"}, {.output = writer});
+        close(writer);
+        pollfd lines = {.fd = reader, .events = POLLIN, .revents = 0};
+        EXPECT_EQ(poll(&lines, 1, 10'000), 1);
+        usleep(50'000);
+        EXPECT_TRUE(fs::exists(system.log(kTail)));
+        char drained[64];
+        while (act == kReads && read(reader, drained, sizeof drained) > 0)
+            continue;
+        if (act == kWaits)
+            kill(run, SIGTERM);
+        if (act == kLeaves)
+            close(reader);
+        const ToolResult result = system.finish(run);
+        EXPECT_EQ(result.status, act == kWaits ? 1000 + SIGTERM : 0);
+        EXPECT_EQ(fs::exists(system.log(kTail)), !deleted);
+        EXPECT_EQ(wasKept(result, why), !deleted) << result.log;
+        if (act != kLeaves)
+            close(reader);
+    };
+    const auto overPipe = [&](bool deleted, const char *label, Act act, const char *why) {
+        int ends[2];
+        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        expectDeleted(deleted, label, ends[0], ends[1], act, why);
+    };
+    const auto overSocket = [&](bool deleted, const char *label, Act act, const char *why) {
+        int ends[2];
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+        expectDeleted(deleted, label, ends[0], ends[1], act, why);
+    };
+    const char *const unread = "the reader of its report has not read all of it";
+    overPipe(true, "read", kReads, "");
+    overPipe(false, "the reader leaves", kLeaves, unread);
+    overPipe(false, "asked to end", kWaits, "the run was asked to end");
+    overSocket(true, "local socket read", kReads, "");
+    overSocket(false, "the reader of a local socket leaves", kLeaves, unread);
+
+    const Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    auto *const any = reinterpret_cast<sockaddr *>(&address);
+    socklen_t size = sizeof address;
+    const int writer = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(listener.get(), any, size) + listen(listener.get(), 1), 0);
+    ASSERT_EQ(getsockname(listener.get(), any, &size) + connect(writer, any, size), 0);
+    expectDeleted(false, "over a network", accept(listener.get(), nullptr, nullptr), writer, kReads,
+                  "over a network");
+}
+
+// Reports the logs of two days in this process, where calls can be seen and scripted.
+static int deleteInProcess(const PrintSystem &system, const std::string &report) {
+    const std::string logs = system.root.logs(), oids = system.root.oids();
+    setenv("QV_REGISTRY", system.root.registry().c_str(), 1);
+    const int status = run({.serverName = "alpha",
+                            .ofile = report.c_str(),
+                            .acctPath2 = logs.c_str(),
+                            .oidPath = oids.c_str(),
+                            .dflg = 1});
+    unsetenv("QV_REGISTRY");
+    return status;
+}
+
+TEST(Deletion, ReportIsOnItsDiskAndInItsPlaceBeforeALogGoes) {
+    using Change = std::function<void(const fs::path &)>; // of the report, once it is synced
+    const Change nothing = [](const fs::path &) {};
+    const auto expectCalls = [](const char *label, const char *expected, const Change &change, int commit = 0,
+                                int firstSync = 0, OS_outputKind kind = OS_outputKind::File) {
         SCOPED_TRACE(label);
         PrintSystem system;
         for (const char *tail : {"19990301", "19990302"})
             system.save(tail, logOf({march()}));
-        const std::string report = system / "report", logs = system.root.logs(), oids = system.root.oids();
-        if (existing)
-            writeFile(report, "");
-        setenv("QV_REGISTRY", system.root.registry().c_str(), 1);
+        const fs::path report = system / "report";
+        writeFile(report, "");
         std::string calls;
+        const Scripted kinds(script::OS_KindOfOutput, [&](int) { return kind; });
         const Scripted committed(script::_commit, [&](int) {
-            EXPECT_TRUE(readFile(report).starts_with("job-name\nmarch\n"))
-                << "what is synced was written before";
+            if (calls.empty()) {
+                EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "what is synced was written before";
+                change(report);
+            }
             calls += "commit ";
             return commit;
         });
         const Scripted synced(script::OS_SyncFolderOf, [&](int) {
+            const int result = calls.find("folder") == std::string::npos ? firstSync : 0;
             calls += "folder ";
-            return sync;
+            return result;
         });
         const Scripted unlinked(script::_unlink, [&](const char *name) {
             calls += "unlink ";
             EXPECT_TRUE(fs::remove(name));
             return 0;
         });
-        EXPECT_EQ(run({.serverName = "alpha",
-                       .ofile = report.c_str(),
-                       .acctPath2 = logs.c_str(),
-                       .oidPath = oids.c_str(),
-                       .dflg = 1}),
-                  0);
-        unsetenv("QV_REGISTRY");
+        EXPECT_EQ(deleteInProcess(system, report), 0);
         EXPECT_EQ(calls, expected);
     };
-    expectCalls("new file", 0, 0, false, "commit folder unlink commit unlink ");
-    expectCalls("existing file", 0, 0, true, "commit folder unlink commit unlink ");
-    expectCalls("file not synced", -1, 0, false, "commit ");
-    expectCalls("folder not synced", 0, -1, false, "commit folder commit ");
+    expectCalls("file", "commit folder unlink commit unlink ", nothing);
+    expectCalls("block device", "commit unlink commit unlink ", nothing, 0, 0, OS_outputKind::BlockDevice);
+    expectCalls("file not synced", "commit ", nothing, -1);
+    expectCalls("block device not synced", "commit ", nothing, -1, 0, OS_outputKind::BlockDevice);
+    expectCalls("folder not synced once", "commit folder commit ", nothing, 0, -1);
+    const char *const kept = "commit folder commit ";
+    expectCalls("cut", kept, [](const fs::path &report) { fs::resize_file(report, 9); });
+    expectCalls("appended to", kept, [](const fs::path &report) {
+        writeFile(report, readFile(report) + "other\n"); // the same file
+    });
+    expectCalls("moved", kept, [](const fs::path &report) { fs::rename(report, report.string() + '2'); });
+    expectCalls("removed", kept, [](const fs::path &report) { fs::remove(report); });
+}
+
+TEST(Deletion, ARequestToEndIsHeardInsideALongLine) {
+    PrintSystem system;
+    system.save(kTail, logOf({jobOf({{"job-name", {std::string(600'000, 'x')}}})}));
+    const fs::path report = system / "report";
+    writeFile(report, "");
+    int asked = 0;
+    const Scripted signal(script::OS_NotedSignal, [&] { return ++asked > 1 ? SIGTERM : 0; });
+    EXPECT_EQ(deleteInProcess(system, report), 0);
+    EXPECT_EQ(readFile(report), "job-name\n");
+    EXPECT_TRUE(fs::exists(system.log(kTail)));
 }
 
 TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/os.h"
+#include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;
@@ -38,6 +39,87 @@ TEST(ReportFile, IsHeldAndEndsInWholeLines) {
     close(held);
     EXPECT_EQ(system.finish(waiting).status, 0);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "in the file that has the name now";
+}
+
+// Descriptors at the file's first byte, without append, are what "1<> report" and some service managers give.
+TEST(ReportFile, IsAppendedToWithMessagesBetweenItsLines) {
+    PrintSystem system;
+    const fs::path report = system / "report";
+    const Value unreadable{Bytes("\0\0\0\x7f", 4)};
+    const std::string longName(600'000, 'x');
+    const auto atFirstByte = [&] { return open(report.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644); };
+    for (const bool byName : {false, true}) {
+        SCOPED_TRACE(byName ? "-o" : "standard output");
+        system.save("19990301", marchLog());
+        Job damaged = jobOf({{"job-name", {longName}}});
+        damaged.attribute(dotted("job-comment"), STRING, {unreadable});
+        system.save("19990302", logOf({damaged}));
+        writeFile(report, "earlier\nhalf a line");
+        const int output = atFirstByte(), error = atFirstByte();
+        std::vector<std::string> arguments = {"-d", "-g", "alpha"};
+        if (byName)
+            arguments.insert(arguments.begin(), {"-o", report});
+        EXPECT_EQ(system.run(arguments, {.output = byName ? -1 : output, .error = error}).status, 0);
+        close(output);
+        close(error);
+        EXPECT_EQ(readFile(report), "earlier\nhalf a line\nmarch\n"
+                                    "Unable to read accounting information because the data appears to be "
+                                    "corrupted.\n" +
+                                        longName + "\n");
+        EXPECT_FALSE(fs::exists(system.log("19990301")));
+        EXPECT_TRUE(fs::exists(system.log("19990302")));
+    }
+    fs::remove(system.log("19990302"));
+    for (const bool removed : {false, true}) { // while the run waits for it
+        SCOPED_TRACE(removed);
+        system.save("19990301", marchLog());
+        writeFile(report, "");
+        const int held = open(report.c_str(), O_RDWR | O_APPEND | O_CLOEXEC), output = atFirstByte();
+        ASSERT_EQ(OS_LockFile(held), OS_DONE);
+        const pid_t waiting = system.start({"-d", "alpha"}, {.output = output});
+        usleep(100'000);
+        EXPECT_EQ(write(held, "other\n", 6), 6);
+        if (removed)
+            fs::remove(report);
+        close(held);
+        EXPECT_EQ(system.finish(waiting).err,
+                  removed ? "qvledger: the report could not be written to standard output: No such file or "
+                            "directory.\n"
+                          : "");
+        EXPECT_EQ(fs::exists(system.log("19990301")), removed);
+        EXPECT_EQ(readFile(report), removed ? "" : "other\njob-name\nmarch\n");
+        close(output);
+    }
+}
+
+// A run that fails removes the report that it made, but never what another program has in hand.
+TEST(ReportFile, ThatAFailedRunMadeIsRemovedUnlessOthersUseIt) {
+    const auto expectLeft = [](const char *label, bool appends, bool opens, const char *left) {
+        SCOPED_TRACE(label);
+        PrintSystem system;
+        const fs::path report = system / "report";
+        system.save("19990301", marchLog());
+        system.save("19990302", marchLog());
+        const int held = open(system.log("19990302").c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_EQ(OS_LockFile(held), OS_DONE);
+        system.save("19990301", marchLog().cutTo(3));
+        const pid_t run = system.start({"-d", "-o", report, "alpha"});
+        while (!fs::exists(report))
+            usleep(1000);
+        usleep(100'000);
+        const int other = opens ? open(report.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC) : -1;
+        if (appends)
+            writeFile(report, "other\n");
+        fs::remove(system.log("19990302"));
+        close(held);
+        EXPECT_EQ(system.finish(run).status, 6);
+        EXPECT_EQ(fs::exists(report), left != nullptr);
+        EXPECT_EQ(readFile(report), left != nullptr ? left : "");
+        close(other);
+    };
+    expectLeft("of nobody else", false, false, nullptr);
+    expectLeft("open elsewhere", false, true, "");
+    expectLeft("with another program's lines", true, false, "other\n");
 }
 
 TEST(ReportFile, ThatIsALogIsRefused) {

@@ -38,6 +38,8 @@ SCRIPTED(THR_Once, std::int32_t, (std::int32_t * control, void (*function)()), (
 SCRIPTED(_stat, int, (const char *path, struct _stat *out), (path, out))
 SCRIPTED(_commit, int, (int fd), (fd))
 SCRIPTED(_unlink, int, (const char *path), (path))
+SCRIPTED(OS_KindOfOutput, OS_outputKind, (int fd), (fd))
+SCRIPTED(OS_NotedSignal, int, (), ())
 SCRIPTED(OS_SyncFolderOf, int, (int fd), (fd))
 
 ScriptedUser::ScriptedUser(const char *givenUser, const char *givenDomain)

@@ -47,6 +47,8 @@ extern std::function<decltype(::THR_Once)> THR_Once;
 extern std::function<decltype(::_commit)> _commit;
 extern std::function<decltype(::_stat)> _stat;
 extern std::function<decltype(::_unlink)> _unlink;
+extern std::function<decltype(::OS_KindOfOutput)> OS_KindOfOutput;
+extern std::function<decltype(::OS_NotedSignal)> OS_NotedSignal;
 extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
 } // namespace script
