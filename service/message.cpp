@@ -69,8 +69,8 @@ static bool putInBuffer([[maybe_unused]] std::FILE *stream, [[maybe_unused]] con
     return false;
 }
 
-void MSG_PutText(std::FILE *inp_stream, const char *inp_text) {
+bool MSG_PutText(std::FILE *inp_stream, const char *inp_text) {
     const std::size_t length = lengthOf(inp_text);
-    if (!putInBuffer(inp_stream, inp_text, length))
-        std::fwrite(inp_text, 1, length, inp_stream);
+    return putInBuffer(inp_stream, inp_text, length) ||
+           std::fwrite(inp_text, 1, length, inp_stream) == length;
 }

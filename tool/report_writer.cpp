@@ -69,18 +69,18 @@ using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
 } // namespace
 
-// One field: the name, or the values with a blank in front of each further one.
-static void writeField(std::FILE *fl, const char *separator, const ALA_attrPair &pair,
+// One field: the name, or the values with a space before each further one.  False when the report cannot be
+// written.
+static bool writeField(std::FILE *fl, const char *separator, const ALA_attrPair &pair,
                        std::int32_t isHeader) {
     const attributeVal *value = pair.attrVal;
-    MSG_PutText(fl, separator);
-    MSG_PutText(fl, isHeader != 0 ? pair.attrName : value->value);
+    bool isWritten =
+        MSG_PutText(fl, separator) && MSG_PutText(fl, isHeader != 0 ? pair.attrName : value->value);
     if (isHeader != 0)
-        return;
-    for (value = value->next; value != nullptr; value = value->next) {
-        MSG_PutText(fl, " ");
-        MSG_PutText(fl, value->value);
-    }
+        return isWritten;
+    for (value = value->next; value != nullptr && isWritten; value = value->next)
+        isWritten = MSG_PutText(fl, " ") && MSG_PutText(fl, value->value);
+    return isWritten;
 }
 
 // Gives a pair back that was begun and not finished.
@@ -94,8 +94,9 @@ static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t documen
                                    std::int32_t isHeader) {
     ALA_attrPair *attr = nullptr;
     ALA_retCode_t result = ALA_GetFirstAttrFromDoc(alaHandle, &document, nullptr, &attr);
-    while (result == ALA_N_NORMAL && std::ferror(fl) == 0) {
-        writeField(fl, "\t", *attr, isHeader);
+    bool isWritten = true;
+    while (result == ALA_N_NORMAL && isWritten) {
+        isWritten = writeField(fl, "\t", *attr, isHeader);
         result = ALA_FreeAttributePair(&attr);
         if (result == ALA_N_NORMAL)
             result = ALA_GetNextAttrFromDoc(alaHandle, &document, nullptr, &attr);
@@ -142,15 +143,16 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
         return false;
     }
     std::int32_t numJobAttrs = 0;
-    while (result == ALA_N_NORMAL && std::ferror(fl) == 0) {
-        writeField(fl, numJobAttrs == 0 ? "" : "\t", *attr, isHeader);
+    bool isWritten = true;
+    while (result == ALA_N_NORMAL && isWritten) {
+        isWritten = writeField(fl, numJobAttrs == 0 ? "" : "\t", *attr, isHeader);
         ++numJobAttrs;
         if (const ALA_retCode_t freed = ALA_FreeAttributePair(&attr); freed != ALA_N_NORMAL)
             logFailure(kInternalError, freed);
         result = ALA_GetNextAttrFromJob(mainh, recordPtr, nullptr, &attr);
     }
     dropPair(attr);
-    if (std::ferror(fl) != 0)
+    if (!isWritten)
         return false; // reported where it happened, and nothing more is written
     bool complete = true;
     if (result == ALA_A_NO_MORE_JOB_ATTR) {
