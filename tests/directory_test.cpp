@@ -1,5 +1,6 @@
 // The log directory: which files are logs, their dates and order, the oldest one, and removal.
 #include <fstream>
+#include <random>
 
 #include <gmock/gmock.h>
 
@@ -100,24 +101,38 @@ TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
     }
 }
 
-TEST_F(Directory, EqualDatesKeepTheirPlaces) {
-    // Before and after, newest first; a letter names a log, the digit is its date.
-    const std::pair<const char *, const char *> cases[] = {
-        {"C3 B1 A2", "C3 A2 B1"}, {"Z1 Y1 X1", "Z1 X1 Y1"}, {"A9 B5 C5 D7 E5", "A9 D7 E5 C5 B5"}};
-    for (const auto &[before, expected] : cases) {
-        std::istringstream in(before);
-        nameNode *list = nullptr;
-        nameNode **end = &list;
-        for (std::string word; in >> word; end = &(*end)->next) {
+// One node after the other into a list that is sorted, newest first.
+static std::vector<int> insertOneByOne(const std::vector<int> &dates) {
+    std::vector<int> sorted; // numbers of nodes
+    for (int number = 0; number < std::ssize(dates); ++number) {
+        const auto dateOf = [&](std::size_t place) { return dates[static_cast<std::size_t>(sorted[place])]; };
+        const int date = dates[static_cast<std::size_t>(number)];
+        std::size_t place = !sorted.empty() && date <= dateOf(0) ? 1 : 0;
+        while (place < sorted.size() && date < dateOf(place))
+            ++place;
+        sorted.insert(sorted.begin() + static_cast<std::ptrdiff_t>(place), number);
+    }
+    return sorted;
+}
+
+TEST_F(Directory, EqualDatesComeAsInsertedOneByOne) {
+    std::mt19937 random(1);
+    for (int list = 0; list < 2000; ++list) {
+        std::vector<int> dates(random() % 40);
+        for (int &date : dates)
+            date = static_cast<int>(random() % (1 + random() % 12));
+        nameNode *head = nullptr;
+        nameNode **end = &head;
+        for (std::size_t number = 0; number < dates.size(); ++number, end = &(*end)->next) {
             *end = makeZeroed<nameNode>().release();
-            **end = {_strdup(word.c_str()), word[1] - '0', nullptr};
+            **end = {_strdup(std::to_string(number).c_str()), dates[number], nullptr};
         }
-        ALA__SortList(&list);
-        std::string after;
-        for (const nameNode *it = list; it != nullptr; it = it->next)
-            after += (after.empty() ? "" : " ") + std::string(it->logName);
-        EXPECT_EQ(after, expected) << before;
-        ALA__FreeNameNodeList(&list);
+        ALA__SortList(&head);
+        std::vector<int> sorted;
+        for (const nameNode *node = head; node != nullptr; node = node->next)
+            sorted.push_back(std::atoi(node->logName));
+        ALA__FreeNameNodeList(&head);
+        ASSERT_EQ(sorted, insertOneByOne(dates)) << testing::PrintToString(dates);
     }
 }
 

@@ -1,6 +1,8 @@
 // The oldest log, the sorted list of logs, and the lists that the facility hands out.
 #include "ala/directory/listing.h"
 
+#include <utility>
+
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
@@ -108,26 +110,58 @@ ALA_retCode_t ALA__GetSortedLogList(const char *inp_svrName, const char *inp_acc
     return ALA_N_NORMAL;
 }
 
-// An insertion sort on the links.  A node with the date of the head goes directly behind it, one with the
-// date of a group further down in front of that group.
+// ---- Sorting ----
+
+// Joins two sorted lists; of equal dates the first list's come first.
+static nameNode *merge(nameNode *first, nameNode *second) {
+    nameNode *merged = nullptr;
+    nameNode **end = &merged;
+    while (first != nullptr && second != nullptr) {
+        nameNode *&taken = second->date > first->date ? second : first;
+        *end = taken;
+        end = &taken->next;
+        taken = taken->next;
+    }
+    *end = first != nullptr ? first : second;
+    return merged;
+}
+
+// A stable merge sort: runs[i] has 2^i nodes or none.
+static nameNode *sortStably(nameNode *list) {
+    nameNode *runs[64] = {};
+    while (list != nullptr) {
+        nameNode *run = std::exchange(list, list->next);
+        run->next = nullptr;
+        std::size_t i = 0;
+        for (; runs[i] != nullptr; ++i)
+            run = merge(std::exchange(runs[i], nullptr), run);
+        runs[i] = run;
+    }
+    for (nameNode *run : runs)
+        list = merge(run, list);
+    return list;
+}
+
+// The order is that of inserting one node after the other into a sorted list: after the list's head if it has
+// the head's date, else before all nodes of its date.  So nodes of one date come out in reverse, but for one
+// that was the head when it was inserted: it comes out as if inserted after all of its date that followed
+// until a newer date was the head.
 void ALA__SortList(nameNode **inoutp_head) {
     if (inoutp_head == nullptr || *inoutp_head == nullptr)
         return;
-    nameNode *tail = *inoutp_head;
-    while (nameNode *cur = tail->next) {
-        nameNode **place = inoutp_head;
-        if (cur->date <= (*place)->date)
-            place = &(*place)->next;
-        while (*place != cur && cur->date < (*place)->date)
-            place = &(*place)->next;
-        if (*place == cur) {
-            tail = cur;
-            continue;
-        }
-        tail->next = cur->next;
-        cur->next = *place;
-        *place = cur;
+    nameNode *reversed = nullptr;
+    const auto push = [&](nameNode *node) {
+        node->next = reversed;
+        reversed = node;
+    };
+    nameNode *head = *inoutp_head;
+    for (nameNode *node = head->next; node != nullptr;) {
+        nameNode *const next = node->next;
+        push(node->date > head->date ? std::exchange(head, node) : node);
+        node = next;
     }
+    push(head);
+    *inoutp_head = sortStably(reversed);
 }
 
 void ALA__FreeNameNodeList(nameNode **inoutp_list) {
