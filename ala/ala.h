@@ -213,7 +213,7 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
    ALA_Open and cannot be tried again on the same handle once it has failed.  After a failed
    ALA_GetNextJobRecord the log stands where it stood, so that a later call reads what was appended or
    completed meanwhile.
-   ALA_A_LAST_ATTRIBUTE: no further record (ALA_GetNextJobRecord).
+   ALA_A_LAST_ATTRIBUTE: no further record (ALA_GetNextJobRecord); see ALA_ReadError.
    ALA_A_NO_MORE_JOB: the record's attribute count is 0.
    ALA_A_FAIL_READ_LOG_FILE: the record is cut short, or there is no first record.
    ALA_A_INVALID_LOG_HANDLE: as for ALA_Close. */
@@ -221,6 +221,10 @@ ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle
                                     ALA_record_t *outp_record);
 ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
                                    ALA_record_t *outp_record);
+
+/* The system's error number if the last of these two failed because the file could not be read, else 0.
+   ALA_A_LAST_ATTRIBUTE with an error is not the log's end. */
+int32_t ALA_ReadError(ALA_acctLogHandle_t in_log);
 
 /* Always ALA_N_NORMAL; a null address or a null record is fine. */
 ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record);

@@ -204,3 +204,29 @@ TEST(Json, AFullOutputIsToldAndHasItsStatus) {
     EXPECT_EQ(result.entries, std::vector<std::string>{"the report could not be written: standard output: "
                                                        "No space left on device"});
 }
+
+// For every program, at a record's first byte and inside a record.
+TEST(Json, AReadErrorIsNoEndOfALog) {
+    PrintSystem system;
+    const Job large = jobOf({{"job-name", {std::string(200'000, 'x')}}});
+    system.save("19990301", logOf({large, large}));
+    const std::string log = system.log("19990301");
+    const std::string message =
+        "qvledger: the log alpha.19990301 cannot be read to its end: Input/output error.\n";
+    const auto atRead = [&](int number, const char *program) {
+        return ToolRun{.failing = {log, "read,pread64:error=EIO:when=" + std::to_string(number) + '+'},
+                       .program = program};
+    };
+    for (const int number : {2, 3, 4}) { // the fourth one finds the end
+        SCOPED_TRACE(number);
+        const ToolResult report = system.run({"-d", "alpha"}, atRead(number, QVLEDGER_BINARY));
+        EXPECT_EQ(report.status, 0);
+        EXPECT_TRUE(report.err.ends_with(message)) << report.err;
+        EXPECT_TRUE(fs::exists(log));
+        const ToolResult json = system.run({"alpha"}, atRead(number, QVLEDGER_JSON_BINARY));
+        EXPECT_EQ(json.status, 11);
+        EXPECT_TRUE(json.out.ends_with("\"complete\":false}\n")) << json.out.substr(json.out.size() - 200);
+        EXPECT_TRUE(json.err.ends_with(message)) << json.err;
+        EXPECT_EQ(system.run({"alpha"}, atRead(number, QVLEDGER_CHECK_BINARY)).status, 11);
+    }
+}

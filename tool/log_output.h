@@ -24,6 +24,8 @@ public:
                        std::FILE *stream) = 0;
     // A log could not be opened; the user was told.
     virtual void passOver(const LogName &, std::FILE *) {}
+    // The log that was written last could not be read to its end; the user was told.
+    virtual void readFailed() {}
     // No further log follows.
     virtual void end() {}
 };

@@ -1,5 +1,7 @@
 #include "tool/turn.h"
 
+#include <cstring>
+
 #include "platform/os.h"
 #include "service/log.h"
 #include "tool/exit_status.h"
@@ -95,6 +97,10 @@ static void processLog(const Options &options, ALA_handle_t mainh, const ALA_tim
         return; // asked to end while another run had it
     name.file = ALA__LogFileName(logh);
     const bool complete = writer.write(mainh, logh, name, report.stream());
+    if (const std::int32_t error = ALA_ReadError(logh); error != 0) {
+        DisplayMsg(kMsgReadError, name.file, std::strerror(error));
+        writer.readFailed();
+    }
     ALA__readLog read;
     const char *why = complete ? nullptr : "not all of it is in the report";
     if (options.dflg != 0 && why == nullptr)

@@ -156,6 +156,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
             .verNum = verNum,
             .todaysLog = 0,
             .end = -1,
+            .readError = 0,
             .holdsNoRecord = false,
             .isKnown = isKnown,
             .file = identity};

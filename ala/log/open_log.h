@@ -14,6 +14,7 @@ struct logParams {
     std::uint32_t verNum;   // format version from the header
     std::int32_t todaysLog; // 0; no operation depends on it
     std::int64_t end;       // position at which the last call found the file's end; -1: it did not
+    std::int32_t readError; // errno of the last call's failed read; 0: none
     bool holdsNoRecord;     // the first call did, behind the header
     bool isKnown;           // of a log that is to be deleted: how its file stood before it was read
     OS_fileIdentity file;

@@ -200,6 +200,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
     Owned<record> read;
     const ALA_retCode_t result = readRecord(in, log->verNum, rules, read);
     log->end = in.metEnd() && in.consumed() == 0 ? seekLog(log->fd, 0, SEEK_CUR) : -1;
+    log->readError = in.error();
     log->holdsNoRecord = log->end >= 0 && rules.isFirst;
     if (result == ALA_N_NORMAL) {
         *jobRecord = read.release();
@@ -231,6 +232,10 @@ ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_
                                    ALA_record_t *outp_record) {
     const FuncTrace trace(kNextRecord.operation);
     return getJobRecord(in_alaHandle, inoutp_logHandle, outp_record, kNextRecord);
+}
+
+std::int32_t ALA_ReadError(ALA_acctLogHandle_t in_log) {
+    return in_log->readError;
 }
 
 ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {

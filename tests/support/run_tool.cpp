@@ -78,6 +78,17 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
             if (std::string_view(*kept).starts_with("QVLEDGER_"))
                 environment.emplace_back(*kept);
     }
+    if (!run.failing.first.empty()) {
+        arguments = {"strace",   "-qq",
+                     "-o",       "/dev/null",
+                     "-P",       run.failing.first,
+                     "-e",       "inject=" + run.failing.second,
+                     run.program};
+        environment.emplace_back("ASAN_OPTIONS=detect_leaks=0"); // it cannot look into a traced program
+    }
+    const char *const started = !run.failing.first.empty() ? "/usr/bin/strace"
+                                : runner != nullptr        ? runner
+                                                           : run.program.c_str();
     arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
     // Of two assignments the first one counts.
     for (const std::string &assignment :
@@ -91,8 +102,7 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
     std::vector<char *> environmentList = pointersTo(environment);
     const pid_t pid = fork();
     if (pid == 0)
-        becomeTool(run, runner != nullptr ? runner : run.program.c_str(),
-                   run.output >= 0 ? run.output : captured, run.error >= 0 ? run.error : error,
+        becomeTool(run, started, run.output >= 0 ? run.output : captured, run.error >= 0 ? run.error : error,
                    argumentList.data(), environmentList.data());
     close(captured);
     close(error);

@@ -29,6 +29,8 @@ struct ToolRun {
     std::vector<int> closed = {}; // standard streams that are closed at the start
     // A folder in the place of another one, in a mount namespace of the run's own.
     std::pair<std::string, std::string> mounted = {};
+    // A path, and which calls on it fail, as strace(1) says after "-e inject=".
+    std::pair<std::string, std::string> failing = {};
     uid_t user = 0; // a user to change to, with the group of the same number; 0: none
     std::string program = QVLEDGER_BINARY;
     bool traced = false; // by this process; it stops at its start

@@ -202,6 +202,6 @@ ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t 
         result = ALA_GetNextJobRecord(handle, &openLog, &read);
         current.reset(read);
     }
-    writeEnd(log, records, result == ALA_A_LAST_ATTRIBUTE, stream);
+    writeEnd(log, records, result == ALA_A_LAST_ATTRIBUTE && ALA_ReadError(openLog) == 0, stream);
     return result;
 }

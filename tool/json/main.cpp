@@ -40,6 +40,8 @@ public:
     void passOver(const LogName &name, std::FILE *givenStream) override {
         writeJsonOfUnreadLog(jsonLog(name), givenStream);
     }
+    void readFailed() override { status_ = ALA_A_FAIL_READ_LOG_FILE; }
+    int status() const { return status_; }
     bool recordWritten() override {
         countRecord();
         return !mustStop(stream);
@@ -51,6 +53,7 @@ private:
 
     bool isTyped;
     std::FILE *stream = nullptr;
+    int status_ = 0; // of a run in which nothing else failed
 };
 
 } // namespace
@@ -70,7 +73,8 @@ static int runJson(const Options &options) {
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
     JsonWriter writer(options.typeflg != 0);
-    return runWith(options, 1 + options.numMoreServers, writer, kStatusLost);
+    const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLost);
+    return status != 0 ? status : writer.status();
 }
 
 int main(int argc, char **argv) {
