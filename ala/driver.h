@@ -43,6 +43,24 @@ char *_ALA_AddChar(const char *inp_string, const char *inp_str);
 // does.
 void ALA__FindHostDomain();
 
+// ---- Listing ----
+
+// Receives what the list of logs does not show.
+class ALA__listingWatch {
+public:
+    // A log of the server that has been renamed to be deleted; its name without the directory.
+    virtual void aside(const char *name) = 0;
+    // The directory could not be read to its end, for the system's reason (errno): logs may be missing.
+    virtual void cut(int error) = 0;
+
+protected:
+    ~ALA__listingWatch() = default;
+};
+
+// ALA_ListExistingLogsByDate with a watch.
+ALA_retCode_t ALA__ListLogs(ALA_handle_t in_alaHandle, ALA__listingWatch &inout_watch,
+                            dateNode **outp_dateList, ALA_name **outp_nameList);
+
 // ---- The walk of a log ----
 
 // A date as the number year * 10000 + month * 100 + day.

@@ -230,3 +230,43 @@ TEST(Json, AReadErrorIsNoEndOfALog) {
         EXPECT_EQ(system.run({"alpha"}, atRead(number, QVLEDGER_CHECK_BINARY)).status, 11);
     }
 }
+
+// What the list of logs does not show, for every program.
+TEST(Json, LogsThatAreNotListedAreReported) {
+    PrintSystem system;
+    const ToolRun report, json{.program = QVLEDGER_JSON_BINARY}, check{.program = QVLEDGER_CHECK_BINARY};
+    const auto expectEach = [&](const std::string &label, std::string message, int jsonStatus,
+                                int checkStatus, const std::string &jsonEnd,
+                                const std::pair<std::string, std::string> &failing) {
+        SCOPED_TRACE(label);
+        message = "qvledger: " + message + "\n";
+        for (ToolRun run : {report, json, check}) {
+            const bool isJson = run.program == json.program;
+            run.failing = failing;
+            const ToolResult result = system.run({"alpha"}, run);
+            EXPECT_EQ(result.err, message);
+            EXPECT_EQ(result.status, isJson ? jsonStatus : run.program == check.program ? checkStatus : 0);
+            EXPECT_TRUE(!isJson || result.out.ends_with(jsonEnd)) << result.out;
+        }
+    };
+    system.save("19990301", marchLog());
+    const std::string whole = endLine("alpha.19990301", 1);
+    expectEach("list cut",
+               "logs of the server alpha may be missing, because their folder cannot be read to its end: "
+               "Input/output error.",
+               27, 27, whole + "{\"server\":\"alpha\",\"complete\":false}\n",
+               {system.root.logs(), "getdents64:error=EIO:when=2+2"});
+    system.save("19990228.being-deleted", marchLog());
+    expectEach("being deleted",
+               "the log alpha.19990228.being-deleted is being deleted, or was left by a run that ended.", 0,
+               0, whole, {});
+    EXPECT_EQ(system.run({"-d", "-e", "19990228", "alpha"}).err, "") << "it has its name back";
+    system.save("current", marchLog());
+    setChanged(system.log("current"), 920289600); // at noon of 1 March
+    const ToolResult result = system.run({"alpha"}, json);
+    EXPECT_NE(result.err.find(" have the same date: one of them may be reported twice"), result.err.npos);
+    EXPECT_EQ(result.status, 6);
+    EXPECT_TRUE(result.out.ends_with(whole + endLine("alpha.current", 0, false))) << result.out;
+    EXPECT_EQ(system.run({"-g", "alpha"}).out, "march\nmarch\n");
+    EXPECT_EQ(system.run({"-s", "19990302", "alpha"}).err, "There are no accounting logs available.\n");
+}

@@ -1,6 +1,8 @@
 #include "tool/facility.h"
 
 #include <cstdlib>
+#include <cstring>
+#include <string_view>
 
 #include "ala/driver.h"
 #include "service/log.h"
@@ -58,10 +60,52 @@ ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPa
     return result;
 }
 
+namespace {
+
+class ListingMessages final : public ALA__listingWatch {
+public:
+    ListingMessages(const Options &options, Facility &facility) : options_(options), facility_(facility) {}
+
+    // Under -d those that nobody is deleting have their own names again.
+    void aside(const char *name) override {
+        if (options_.dflg == 0)
+            DisplayMsg(kMsgBeingDeleted, name);
+    }
+    void cut(int error) override {
+        facility_.isListCut = true;
+        DisplayMsg(kMsgListCut, options_.serverName, std::strerror(error));
+    }
+
+private:
+    const Options &options_;
+    Facility &facility_;
+};
+
+} // namespace
+
+// Logs are opened by their dates.
+static void reportEqualDates(const Facility &facility, const DateRange &range) {
+    const ALA_name *name = facility.nameList;
+    for (const dateNode *node = facility.dateList; node->next != nullptr;
+         node = node->next, name = name->next) {
+        const std::int32_t date = ALA__NumFromDate(&node->date);
+        const auto isCurrent = [](const ALA_name *log) {
+            return std::string_view(log->logName).ends_with(".current");
+        };
+        if (!range.contains(date) || date != ALA__NumFromDate(&node->next->date) ||
+            !(isCurrent(name) || isCurrent(name->next)))
+            continue;
+        DisplayMsg(kMsgEqualDates, name->logName, name->next->logName);
+    }
+}
+
 ALA_retCode_t qvledger::listLogs(const Options &options, Facility &facility) {
     const LentRights rights(options.acctPath2 == nullptr);
+    ListingMessages messages(options, facility);
     const ALA_retCode_t result =
-        ALA_ListExistingLogsByDate(facility.mainh, &facility.dateList, &facility.nameList);
+        ALA__ListLogs(facility.mainh, messages, &facility.dateList, &facility.nameList);
+    if (result == ALA_N_NORMAL)
+        reportEqualDates(facility, dateRange(options));
     if (result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), options.serverName);
         logFailure(nullptr, result);

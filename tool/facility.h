@@ -12,6 +12,7 @@ struct Facility {
     ALA_handle_t mainh = nullptr;
     dateNode *dateList = nullptr;
     ALA_name *nameList = nullptr; // one a date
+    bool isListCut = false;       // logs may be missing
 
     Facility() = default;
     ~Facility();
@@ -33,7 +34,8 @@ int tellNoLogPath();
 // Registers the options' server.  0, or the code that ends the server's turn, which is told.
 ALA_retCode_t registerServer(const Options &options, const char *logPath, Facility &facility);
 
-// Lists the server's logs.  0, or the code that ends the server's turn, which is told.
+// Lists the server's logs, and reports what the list does not show.  0, or the code that ends the server's
+// turn, which is reported.
 ALA_retCode_t listLogs(const Options &options, Facility &facility);
 
 // How many of the listed logs are in the range.

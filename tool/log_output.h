@@ -11,8 +11,9 @@ namespace qvledger {
 // Which log it is.
 struct LogName {
     const char *server;
-    const char *file;  // without its directory
-    std::int32_t date; // YYYYMMDD
+    const char *file;   // that was opened, without its directory
+    const char *listed; // the name in the listing, which leads to the date and so to the file
+    std::int32_t date;  // YYYYMMDD
 };
 
 class LogOutput {
@@ -26,6 +27,8 @@ public:
     virtual void passOver(const LogName &, std::FILE *) {}
     // The log that was written last could not be read to its end; the user was told.
     virtual void readFailed() {}
+    // Logs of the server may be missing; the user was told.
+    virtual void listIsCut(const char *, std::FILE *) {}
     // No further log follows.
     virtual void end() {}
 };

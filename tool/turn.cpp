@@ -135,8 +135,8 @@ static void processLogs(const Options &options, const Facility &facility, Report
         if (date < range.first)
             continue;
         progressToLog(date);
-        processLog(options, facility.mainh, node->date, {options.serverName, file->logName, date}, report,
-                   writer, state);
+        processLog(options, facility.mainh, node->date,
+                   {options.serverName, file->logName, file->logName, date}, report, writer, state);
     }
 }
 
@@ -155,6 +155,8 @@ TurnEnd qvledger::reportServer(const Options &options, ReportStream &report, Log
         return {.status = status, .failed = status != kStatusNoLogs};
     LoopState state;
     processLogs(options, facility, report, writer, state);
+    if (facility.isListCut)
+        writer.listIsCut(options.serverName, report.stream());
     writer.end();
     endProgress();
     static_cast<void>(report.flush()); // told where it failed

@@ -163,10 +163,6 @@ ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_dat
 
 // ---- Logs under either name ----
 
-static bool isAside(std::string_view tail) {
-    return tail.ends_with(kAside) && tail.size() <= kLongestTail + kAside.size();
-}
-
 namespace {
 
 // What a run that ended early left.

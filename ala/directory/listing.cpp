@@ -7,6 +7,7 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/directory/scan.h"
+#include "ala/driver.h"
 
 using namespace qvledger;
 
@@ -69,6 +70,8 @@ public:
 // Puts every log at the head of a list.
 class LogList final : public LogVisitor {
 public:
+    explicit LogList(ALA__listingWatch *watch) : watch_(watch) {}
+
     ALA_retCode_t visit(const FoundLog &log) override {
         Malloced<nameNode> node = makeZeroed<nameNode>();
         Malloced<char> logName(_strdup(log.name));
@@ -79,7 +82,19 @@ public:
         return ALA_N_NORMAL;
     }
 
+    void aside(const char *name) override {
+        if (watch_ != nullptr)
+            watch_->aside(name);
+    }
+    void cut(int error) override {
+        if (watch_ != nullptr)
+            watch_->cut(error);
+    }
+
     NameNodeList list;
+
+private:
+    ALA__listingWatch *const watch_; // may be null
 };
 
 } // namespace
@@ -98,16 +113,21 @@ ALA_retCode_t ALA__GetOldestLogName(const char *inp_svrName, const char *inp_acc
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA__GetSortedLogList(const char *inp_svrName, const char *inp_acctLogPath,
-                                    nameNode **outp_nameList) {
-    LogList logs;
-    const ALA_retCode_t result = scanLogs(inp_svrName, inp_acctLogPath, kSortedRules, logs);
+static ALA_retCode_t sortedLogs(const char *svrName, const char *acctLogPath, ALA__listingWatch *watch,
+                                nameNode **sorted) {
+    LogList logs(watch);
+    const ALA_retCode_t result = scanLogs(svrName, acctLogPath, kSortedRules, logs);
     if (result != ALA_N_NORMAL)
         return result;
     nameNode *list = logs.list.release();
     ALA__SortList(&list);
-    *outp_nameList = list;
+    *sorted = list;
     return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA__GetSortedLogList(const char *inp_svrName, const char *inp_acctLogPath,
+                                    nameNode **outp_nameList) {
+    return sortedLogs(inp_svrName, inp_acctLogPath, nullptr, outp_nameList);
 }
 
 // ---- Sorting ----
@@ -183,17 +203,15 @@ static ALA_time dateFromNumber(std::int32_t number) {
             static_cast<std::int16_t>(day)};
 }
 
-ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **outp_dateList,
-                                         ALA_name **outp_nameList) {
-    const FuncTrace trace("ALA_ListExistingLogsByDate");
-    *outp_dateList = nullptr;
-    *outp_nameList = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_ListExistingLogsByDate");
+static ALA_retCode_t listLogs(ALA_handle_t alaHandle, ALA__listingWatch *watch, dateNode **dateList,
+                              ALA_name **nameList) {
+    *dateList = nullptr;
+    *nameList = nullptr;
+    if (const ALA_retCode_t valid = ALA__CheckHandle(alaHandle, "ALA_ListExistingLogsByDate");
         valid != ALA_N_NORMAL)
         return valid;
     nameNode *sorted = nullptr;
-    if (const ALA_retCode_t result =
-            ALA__GetSortedLogList(in_alaHandle->svrName, in_alaHandle->acctLogPath, &sorted);
+    if (const ALA_retCode_t result = sortedLogs(alaHandle->svrName, alaHandle->acctLogPath, watch, &sorted);
         result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate");
 
@@ -222,9 +240,21 @@ ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **o
     if (names == nullptr)
         return ALA_FAIL(ALA_A_LOG_FILES_NOT_FOUND,
                         "nameList is NULL in ALA_ListExistingLogsByDate; ALA_A_LOG_FILES_NOT_FOUND");
-    *outp_dateList = dates.release();
-    *outp_nameList = names.release();
+    *dateList = dates.release();
+    *nameList = names.release();
     return ALA_N_NORMAL;
+}
+
+ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **outp_dateList,
+                                         ALA_name **outp_nameList) {
+    const FuncTrace trace("ALA_ListExistingLogsByDate");
+    return listLogs(in_alaHandle, nullptr, outp_dateList, outp_nameList);
+}
+
+ALA_retCode_t ALA__ListLogs(ALA_handle_t in_alaHandle, ALA__listingWatch &inout_watch,
+                            dateNode **outp_dateList, ALA_name **outp_nameList) {
+    const FuncTrace trace("ALA_ListExistingLogsByDate");
+    return listLogs(in_alaHandle, &inout_watch, outp_dateList, outp_nameList);
 }
 
 ALA_retCode_t ALA_FreeDateList(dateNode **inoutp_dateList) {

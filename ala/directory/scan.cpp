@@ -19,15 +19,21 @@ static ALA_retCode_t dateLog(const char *tail, const char *path, std::int32_t *d
     return ALA_N_NORMAL;
 }
 
+bool qvledger::isAside(std::string_view tail) {
+    return tail.ends_with(kAside) && tail.size() <= kLongestTail + kAside.size();
+}
+
 ALA_retCode_t qvledger::visitEntries(SYSU_dir *directory, const char *path, const char *prefix,
                                      EntryVisitor &visitor) {
     const std::size_t prefixLength = std::strlen(prefix);
     SYSU_dirent entry;
     SYSU_dirent *found = nullptr;
     for (;;) {
-        if (const std::int32_t error = SYSU_Readdir_r(directory, &entry, &found); error != 0)
+        if (const std::int32_t error = SYSU_Readdir_r(directory, &entry, &found); error != 0) {
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not read to its end: %s", path,
                             std::strerror(error));
+            visitor.cut(error);
+        }
         if (found == nullptr)
             return ALA_N_NORMAL;
         if (std::strncmp(entry.d_name, prefix, prefixLength) != 0)
@@ -47,6 +53,8 @@ public:
         : directory(givenDirectory), rules(givenRules), visitor(givenVisitor) {}
 
     ALA_retCode_t visit(const FoundEntry &entry) override {
+        if (isAside(entry.tail))
+            visitor.aside(entry.name);
         if (std::strlen(entry.tail) > kLongestTail)
             return ALA_N_NORMAL;
         const Malloced<char> file = ALA__PathInDirectory(directory, entry.name);
@@ -62,6 +70,8 @@ public:
             return ALA_N_NORMAL;
         return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules.notDated);
     }
+
+    void cut(int error) override { visitor.cut(error); }
 
 private:
     const char *directory;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 
 #include "ala/ala.h"
 #include "service/system.h"
@@ -20,6 +21,8 @@ struct FoundEntry {
 class EntryVisitor {
 public:
     virtual ALA_retCode_t visit(const FoundEntry &entry) = 0;
+    // The directory could not be read to its end, for the system's reason (errno).
+    virtual void cut(int) {}
 
 protected:
     ~EntryVisitor() = default;
@@ -36,6 +39,9 @@ ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *pr
 
 // The longest tail of a log's name.
 constexpr std::size_t kLongestTail = 8;
+
+// Is this the tail of a log that has been renamed to be deleted?
+bool isAside(std::string_view tail);
 
 struct FoundLog {
     const char *name; // file name without directory, good until the visitor returns
@@ -56,6 +62,9 @@ struct ScanRules {
 class LogVisitor {
 public:
     virtual ALA_retCode_t visit(const FoundLog &log) = 0;
+    // A log that has been renamed to be deleted.
+    virtual void aside(const char *) {}
+    virtual void cut(int) {}
 
 protected:
     ~LogVisitor() = default;

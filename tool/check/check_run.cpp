@@ -261,6 +261,8 @@ int CheckRun::checkLogs(Facility &facility) {
         checkListed(facility);
     }
     endProgress();
+    if (facility.isListCut)
+        outcome.closed = ALA_A_FAIL_OPEN_DIR;
     if (count != 0)
         return 0;
     DisplayMsg(kMsgNoLogs);

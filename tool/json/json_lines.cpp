@@ -183,6 +183,13 @@ void qvledger::writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream) {
     writeEnd(log, 0, false, stream);
 }
 
+void qvledger::writeJsonOfIncompleteServer(const char *server, std::FILE *stream) {
+    std::string line = "{\"server\":";
+    appendText(line, server);
+    line += ",\"complete\":false}\n";
+    std::fwrite(line.data(), 1, line.size(), stream);
+}
+
 ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                                        std::FILE *stream, JsonEvents &events) {
     if (log.isTyped)

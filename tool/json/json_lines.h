@@ -4,6 +4,10 @@
 //      "attributes":{"job-name":["letter"]},"documents":[{"document-name":["x"]}]}
 //     {"server":"alpha","log":"alpha.20261119","records":1,"complete":true}
 //
+// and one for a server of which logs may be missing:
+//
+//     {"server":"alpha","complete":false}
+//
 // An attribute is an array of texts, in the order of the record; a name that comes twice stands there twice.
 // The object of a record that could not be read to its end has "incomplete":true as its last member.
 #pragma once
@@ -40,7 +44,10 @@ struct JsonLog {
 ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                              std::FILE *stream, JsonEvents &events);
 
-// Writes the object at the end of a log that could not be opened.
+// Writes the object at the end of a log that could not be opened, or is not read.
 void writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream);
+
+// Writes the object that says that logs of a server may be missing.
+void writeJsonOfIncompleteServer(const char *server, std::FILE *stream);
 
 } // namespace qvledger

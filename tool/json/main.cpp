@@ -3,6 +3,7 @@
 #include <clocale>
 #include <set>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -32,6 +33,11 @@ public:
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                std::FILE *givenStream) override {
         stream = givenStream;
+        if (isRepeated(name)) {
+            status_ = ALA_A_FAIL_TO_OPEN_LOG_FILE;
+            passOver({name.server, unread_.c_str(), unread_.c_str(), name.date}, givenStream);
+            return false;
+        }
         const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), givenStream, *this);
         if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
             tellFailure(ended, "qvledger-json internal error: ");
@@ -41,6 +47,10 @@ public:
         writeJsonOfUnreadLog(jsonLog(name), givenStream);
     }
     void readFailed() override { status_ = ALA_A_FAIL_READ_LOG_FILE; }
+    void listIsCut(const char *server, std::FILE *givenStream) override {
+        status_ = ALA_A_FAIL_OPEN_DIR;
+        writeJsonOfIncompleteServer(server, givenStream);
+    }
     int status() const { return status_; }
     bool recordWritten() override {
         countRecord();
@@ -49,10 +59,22 @@ public:
     void recordFailed(ALA_retCode_t code) override { tellFailure(code, "unable to read record: "); }
 
 private:
+    // Two listed names of one date lead to one file.  The other one's is unread_.
+    bool isRepeated(const LogName &name) {
+        const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
+        if (!isSame || name.file != std::string_view(name.listed))
+            unread_ = name.listed;
+        server_ = name.server;
+        file_ = name.file;
+        date_ = name.date;
+        return isSame;
+    }
     JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped}; }
 
     bool isTyped;
     std::FILE *stream = nullptr;
+    std::string server_, file_, unread_; // of the last log
+    std::int32_t date_ = 0;
     int status_ = 0; // of a run in which nothing else failed
 };
 
