@@ -20,8 +20,8 @@ extern char *optarg;
 extern int optind;
 std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char *inp_options);
 
-// A descriptor for reading, good for _read, _lseeki64 and _close; -1 on failure.  Never waits for a writer
-// and is not inherited by other programs.
+// A descriptor for reading a file, good for _read, _lseeki64 and _close; -1 on failure, and for a device,
+// pipe or socket.  It is not inherited by other programs.
 std::int32_t SYSU_Open(const char *inp_path, std::int32_t in_flags);
 
 // Local time; null on failure, with the output untouched.

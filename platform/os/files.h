@@ -48,7 +48,7 @@ int _commit(int in_fd);
 
 extern "C" {
 
-// Opens a file to read; -1 on failure.  It never waits for a pipe's writer.
+// Opens a file or folder to read; -1 on failure.  A device, pipe or socket is not opened, with errno ENOTSUP.
 int OS_OpenToRead(const char *inp_path);
 
 // Opens a file to append to, and makes it if there is none; a symbolic link is followed, also one that leads

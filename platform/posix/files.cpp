@@ -82,12 +82,24 @@ static Malloced<char> follow(const char *givenPath) {
     return path;
 }
 
+static bool isFileOrFolder(int result, const struct stat &status) {
+    if (result != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode))
+        return result == 0;
+    errno = ENOTSUP;
+    return false;
+}
+
+// To open a device can change it, and its bytes may never end.
 int OS_OpenToRead(const char *inp_path) {
-    for (;;) {
-        const int fd = open(inp_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        if (fd >= 0 || errno != EINTR)
-            return fd;
-    }
+    struct stat status;
+    if (!isFileOrFolder(stat(inp_path, &status), status))
+        return -1;
+    int fd = -1;
+    do
+        fd = open(inp_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    while (fd < 0 && errno == EINTR);
+    Descriptor file(fd);
+    return file.isOpen() && isFileOrFolder(fstat(fd, &status), status) ? file.release() : -1;
 }
 
 int OS_OpenToAppend(const char *inp_path, char **outp_made) {
