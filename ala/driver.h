@@ -109,7 +109,7 @@ ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_d
                                 ALA_acctLogHandle_t *outp_logHandle);
 
 // Is that file one of the logs that a server has in a directory, under whatever name, or one that is about to
-// be deleted?  False too when the directory cannot be read or memory runs out.
+// be deleted, or another server's log there?  False too when the directory cannot be read or memory runs out.
 bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file);
 
 // The name of an open log's file, without its directory.

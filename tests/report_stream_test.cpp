@@ -127,10 +127,13 @@ TEST(ReportFile, ThatIsALogIsRefused) {
     for (const char *tail : {"19990301", "current"})
         system.save(tail, marchLog());
     const std::string before = readFile(system.log("current"));
+    const fs::path others = system.root.log("beta", "19990301.being-deleted"),
+                   text = system.root.log("beta", "20000101");
+    marchLog().save(others);
     fs::create_symlink(system.log("current"), system / "link");
     fs::create_hard_link(system.log("current"), system / "second name");
     for (const fs::path &report :
-         {system.log("current"), system / "link", system / "second name", system.log("new")}) {
+         {system.log("current"), system / "link", system / "second name", system.log("new"), others}) {
         const ToolResult result = system.run({"-o", report, "-e", "19990301", "alpha"});
         EXPECT_EQ(result.status, 30);
         EXPECT_EQ(result.err,
@@ -141,6 +144,9 @@ TEST(ReportFile, ThatIsALogIsRefused) {
     close(output);
     EXPECT_EQ(readFile(system.log("current")), before);
     EXPECT_FALSE(fs::exists(system.log("new")));
+    EXPECT_EQ(readFile(others), marchLog().bytes());
+    writeFile(text, "named as a log of another server, but no log\n");
+    EXPECT_EQ(system.run({"-e", "19990301", "-o", text, "alpha"}).status, 0);
 }
 
 TEST(ReportFile, KeepsItsWholeLinesWhenTheDiskIsFull) {

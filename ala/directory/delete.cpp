@@ -161,21 +161,20 @@ ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_dat
     return removeRead(path.get(), aside.get(), in_read, inout_deletion, outp_kept);
 }
 
-// ---- Logs under either name ----
+// ---- Logs left by a run that ended early ----
 
 namespace {
 
 // What a run that ended early left.
 class LogsAside final : public EntryVisitor {
 public:
-    LogsAside(const char *givenDirectory, ALA__deletion &givenDeletion)
-        : directory(givenDirectory), deletion(givenDeletion) {}
+    explicit LogsAside(ALA__deletion &givenDeletion) : deletion(givenDeletion) {}
 
     ALA_retCode_t visit(const FoundEntry &entry) override {
         if (!isAside(entry.tail))
             return ALA_N_NORMAL;
-        const Malloced<char> aside = ALA__PathInDirectory(directory, entry.name);
-        const Malloced<char> path = ALA__PathInDirectory(directory, entry.name);
+        const Malloced<char> aside = ALA__PathInDirectory(entry.directory, entry.name);
+        const Malloced<char> path = ALA__PathInDirectory(entry.directory, entry.name);
         if (aside == nullptr || path == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to look for logs that were about to be deleted");
         path.get()[std::strlen(path.get()) - kAside.size()] = '\0';
@@ -202,50 +201,14 @@ private:
                             "%s has its name back, which a run that ended early had taken", path);
     }
 
-    const char *directory;
     ALA__deletion &deletion;
-};
-
-class FileAmongLogs final : public EntryVisitor {
-public:
-    FileAmongLogs(const char *givenDirectory, const OS_fileIdentity &givenFile)
-        : directory(givenDirectory), file(givenFile) {}
-
-    ALA_retCode_t visit(const FoundEntry &entry) override {
-        if (std::strlen(entry.tail) > kLongestTail && !isAside(entry.tail))
-            return ALA_N_NORMAL;
-        const Malloced<char> path = ALA__PathInDirectory(directory, entry.name);
-        OS_fileIdentity log = {};
-        isFound |= path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file);
-        return ALA_N_NORMAL;
-    }
-
-    bool isFound = false;
-
-private:
-    const char *directory;
-    const OS_fileIdentity &file;
 };
 
 } // namespace
 
-// What keeps the directory from being read is told by the listing.
-template <class Visitor, class Subject>
-static Visitor visitServer(const char *svrName, const char *acctLogPath, Subject &subject) {
-    Malloced<char> path;
-    const Malloced<char> prefix(_ALA_AddChar(svrName, "."));
-    const bool isConverted = prefix != nullptr && ALA__ConvertPath(acctLogPath, path);
-    const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
-    Visitor visitor(path.get(), subject);
-    if (directory != nullptr)
-        static_cast<void>(visitEntries(directory.get(), path.get(), prefix.get(), visitor));
-    return visitor;
-}
-
 void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion) {
-    visitServer<LogsAside>(in_alaHandle->svrName, in_alaHandle->acctLogPath, inout_deletion);
-}
-
-bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file) {
-    return visitServer<FileAmongLogs>(inp_serverName, inp_acctLogPath, in_file).isFound;
+    const Malloced<char> prefix(_ALA_AddChar(in_alaHandle->svrName, "."));
+    LogsAside logs(inout_deletion);
+    if (prefix != nullptr)
+        visitDirectory(in_alaHandle->acctLogPath, prefix.get(), logs);
 }

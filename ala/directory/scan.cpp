@@ -38,10 +38,19 @@ ALA_retCode_t qvledger::visitEntries(SYSU_dir *directory, const char *path, cons
             return ALA_N_NORMAL;
         if (std::strncmp(entry.d_name, prefix, prefixLength) != 0)
             continue;
-        if (const ALA_retCode_t result = visitor.visit({entry.d_name, entry.d_name + prefixLength});
+        if (const ALA_retCode_t result = visitor.visit({path, entry.d_name, entry.d_name + prefixLength});
             result != ALA_N_NORMAL)
             return result;
     }
+}
+
+void qvledger::visitDirectory(const char *givenPath, const char *prefix, EntryVisitor &visitor) {
+    Malloced<char> path;
+    const bool isConverted = ALA__ConvertPath(givenPath, path);
+    const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
+    if (directory != nullptr)
+        static_cast<void>(
+            visitEntries(directory.get(), path.get(), prefix, visitor)); // logged where it failed
 }
 
 namespace {
@@ -49,15 +58,15 @@ namespace {
 // Passes on what is a log, with its date.
 class DatedLogs final : public EntryVisitor {
 public:
-    DatedLogs(const char *givenDirectory, const ScanRules &givenRules, LogVisitor &givenVisitor)
-        : directory(givenDirectory), rules(givenRules), visitor(givenVisitor) {}
+    DatedLogs(const ScanRules &givenRules, LogVisitor &givenVisitor)
+        : rules(givenRules), visitor(givenVisitor) {}
 
     ALA_retCode_t visit(const FoundEntry &entry) override {
         if (isAside(entry.tail))
             visitor.aside(entry.name);
         if (std::strlen(entry.tail) > kLongestTail)
             return ALA_N_NORMAL;
-        const Malloced<char> file = ALA__PathInDirectory(directory, entry.name);
+        const Malloced<char> file = ALA__PathInDirectory(entry.directory, entry.name);
         if (file == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
         std::int32_t date = 0;
@@ -74,7 +83,6 @@ public:
     void cut(int error) override { visitor.cut(error); }
 
 private:
-    const char *directory;
     const ScanRules &rules;
     LogVisitor &visitor;
 };
@@ -96,6 +104,6 @@ ALA_retCode_t qvledger::scanLogs(const char *svrName, const char *acctLogPath, c
         ALA_DETAIL("%s cannot be opened: %s\n", path.get(), std::strerror(errno));
         return ALA_FAIL(rules.codeOfDirectory, "%s", rules.directoryNotOpened);
     }
-    DatedLogs logs(path.get(), rules, visitor);
+    DatedLogs logs(rules, visitor);
     return visitEntries(directory.get(), path.get(), prefix.get(), logs);
 }

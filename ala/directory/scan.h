@@ -14,8 +14,9 @@ namespace qvledger {
 // One entry of a directory whose name begins with the wanted prefix.  The texts are good until the visitor
 // returns.
 struct FoundEntry {
+    const char *directory;
     const char *name;
-    const char *tail; // of the name, behind the prefix
+    const char *tail; // of the name, after the prefix
 };
 
 class EntryVisitor {
@@ -36,6 +37,10 @@ using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
 // Visits the entries of an open directory, whose path is for the log alone, until a visit gives a code other
 // than ALA_N_NORMAL, which is then the result.
 ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix, EntryVisitor &visitor);
+
+// The same for all entries of a directory by its path.  One that cannot be opened, which the listing reports,
+// has none.
+void visitDirectory(const char *path, const char *prefix, EntryVisitor &visitor);
 
 // The longest tail of a log's name.
 constexpr std::size_t kLongestTail = 8;

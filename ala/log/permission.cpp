@@ -92,6 +92,12 @@ static ALA_retCode_t readHeader(LogInput &in, Header *header) {
     return ALA_N_NORMAL;
 }
 
+bool qvledger::beginsAsLog(int fd) {
+    LogInput in(fd);
+    Header header = {};
+    return readHeader(in, &header) == ALA_N_NORMAL && header.tag.attrValType == AS_ACCESS_LIST_ENTRY;
+}
+
 static ALA_retCode_t gatherCredential(Credential &credential) {
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;

@@ -1,0 +1,65 @@
+// Is a file one of the logs?  A report must not be.
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <string_view>
+
+#include "ala/base/owners.h"
+#include "ala/directory/paths.h"
+#include "ala/directory/scan.h"
+#include "ala/driver.h"
+#include "ala/log/permission.h"
+#include "ala/log/read_ahead.h"
+#include "service/system.h"
+
+using namespace qvledger;
+
+// "NAME.current" or "NAME." and eight digits, also while it is being deleted.
+static bool isNamedAsLog(std::string_view name) {
+    constexpr std::size_t kDigits = 8;
+    if (name.ends_with(kAside))
+        name.remove_suffix(kAside.size());
+    const std::size_t dot = name.rfind('.');
+    if (dot == 0 || dot == std::string_view::npos)
+        return false;
+    const std::string_view tail = name.substr(dot + 1);
+    const auto isDigit = [](unsigned char byte) { return std::isdigit(byte) != 0; };
+    return tail == "current" || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
+}
+
+namespace {
+
+class FileAmongLogs final : public EntryVisitor {
+public:
+    FileAmongLogs(std::string_view prefix, const OS_fileIdentity &file) : prefix_(prefix), file_(file) {}
+
+    ALA_retCode_t visit(const FoundEntry &entry) override {
+        const std::string_view name = entry.name;
+        const bool isServers = name.starts_with(prefix_) && (name.size() - prefix_.size() <= kLongestTail ||
+                                                             isAside(name.substr(prefix_.size())));
+        if (isFound || (!isServers && !isNamedAsLog(name)))
+            return ALA_N_NORMAL;
+        const Malloced<char> path = ALA__PathInDirectory(entry.directory, entry.name);
+        OS_fileIdentity log = {};
+        isFound = path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file_) &&
+                  (isServers || beginsAsLog(LogFile(SYSU_Open(path.get(), 0)).get()));
+        return ALA_N_NORMAL;
+    }
+
+    bool isFound = false;
+
+private:
+    const std::string_view prefix_;
+    const OS_fileIdentity &file_;
+};
+
+} // namespace
+
+bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file) {
+    const Malloced<char> prefix(_ALA_AddChar(inp_serverName, "."));
+    if (prefix == nullptr)
+        return false;
+    FileAmongLogs logs(prefix.get(), in_file);
+    visitDirectory(inp_acctLogPath, "", logs);
+    return logs.isFound;
+}
