@@ -276,6 +276,21 @@ TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
                   "over a network");
 }
 
+// The caller may be neither owner nor root, or the file system may know no leases.
+TEST(Deletion, WhereWritersAreNotShownALogMustBeQuietForAnHour) {
+    for (const int minutes : {59, 61}) {
+        SCOPED_TRACE(minutes);
+        PrintSystem system;
+        system.save(kTail, logOf({march()}));
+        setChanged(system.log(kTail), std::time(nullptr) - minutes * 60);
+        const ToolRun run{.failing = {system.log(kTail).string() + ".being-deleted", "fcntl:error=EACCES"}};
+        const ToolResult result = system.run({"-d", "alpha"}, run);
+        EXPECT_EQ(result.err, "");
+        EXPECT_EQ(fs::exists(system.log(kTail)), minutes == 59);
+        EXPECT_EQ(wasKept(result, "it was written to within the last hour"), minutes == 59) << result.log;
+    }
+}
+
 // Reports the logs of two days in this process, where calls can be seen and scripted.
 static int deleteInProcess(const PrintSystem &system, const std::string &report) {
     const std::string logs = system.root.logs(), oids = system.root.oids();

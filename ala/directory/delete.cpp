@@ -1,6 +1,7 @@
 // Removal of the log of a past day.
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 #include "ala/base/handle.h"
@@ -12,6 +13,9 @@
 #include "service/system.h"
 
 using namespace qvledger;
+
+// How long a log must not have been written to where the system does not show who has it open for writing.
+constexpr std::chrono::hours kQuiet(1);
 
 static ALA_retCode_t refuseToday(const ALA_time *date) {
     std::int32_t isToday = 0;
@@ -102,10 +106,21 @@ static ALA_retCode_t keep(const char *path, const char *why, std::int32_t *kept)
     return ALA_N_NORMAL;
 }
 
-// Why what is behind the private name has to stay, or null.  From the hold on nobody else opens it to write.
+static bool isQuiet(const ALA__readLog &read) {
+    using namespace std::chrono;
+    const nanoseconds now = system_clock::now().time_since_epoch();
+    return now - nanoseconds(read.identity.modified) >= kQuiet;
+}
+
+// Why the file under the private name has to stay, or null.  Once it is held nobody else opens it to write.
 static const char *differenceAside(const char *aside, const ALA__readLog &read, ALA__deletion &deletion) {
-    if (OS_HoldAgainstWriters(read.file.get(), aside, read.identity) == OS_TAKEN)
+    const int held = OS_HoldAgainstWriters(read.file.get(), aside, read.identity);
+    if (held == OS_TAKEN)
         return "another program has it open for writing";
+    if (held == OS_REFUSED && !isQuiet(read))
+        return "it was written to within the last hour, and a program may still have it open for writing: "
+               "the "
+               "system does not say";
     const char *why = difference(aside, read);
     return why != nullptr ? why : deletion.objection();
 }
