@@ -1,10 +1,13 @@
 // Opening a log: which file a date means, damaged headers, failing system calls, and closing.
+#include <functional>
+
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "ala/driver.h"
 #include "ala/log/open_log.h"
 #include "ala/log/read_ahead.h"
 #include "tests/support/facility.h"
@@ -89,6 +92,33 @@ TEST_F(Open, DamagedHeadersHaveTheirCodes) {
     open(Log({.numAttr = 0}));
     EXPECT_THAT(takeLog(), ElementsAre("Return code for ALA__LookupPermission is ALA_A_BAD_NUMATTR_VALUE",
                                        "ALA__LookupPermission failed in ALA_Open"));
+}
+
+TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
+    static std::function<void(const char *)> whenLocked;
+    const auto toDelete = [&](const std::function<void(const char *)> &given) {
+        takeLog();
+        whenLocked = given;
+        return ALA__OpenToDelete(
+            handle, &kDay,
+            [](int, const char *name) {
+                whenLocked(name);
+                return ALA__holdResult::Held;
+            },
+            &log);
+    };
+    const Log refusing({.accessList = {pack(userEntry("nobody", "NOWHERE"))}});
+    refusing.save(path());
+    EXPECT_EQ(toDelete([](auto) { ADD_FAILURE() << "it could keep other runs waiting"; }), 7);
+    setLogLevel("6");
+    ASSERT_EQ(open(Log({.accessList = {pack(anyUserEntry())}})), ALA_N_NORMAL);
+    const std::vector<std::string> details = takeLog('6');
+    close();
+    ASSERT_EQ(toDelete([](auto) {}), ALA_N_NORMAL);
+    EXPECT_EQ(takeLog('6'), details) << "an unchanged header is logged once";
+    EXPECT_EQ(qvledger::seekLog(log->fd, 0, SEEK_CUR), static_cast<long>(Log().size()));
+    close();
+    EXPECT_EQ(toDelete([&](const char *name) { samples::writeFile(name, refusing.bytes()); }), 7);
 }
 
 TEST_F(Open, FailingCallsOfTheSystemHaveTheirCodes) {

@@ -29,6 +29,13 @@ struct NamedLog {
     Malloced<char> convertedPath; // as the system takes it
     LogFile descriptor;
     std::int32_t date = 0;
+    std::uint32_t verNum = 0;
+};
+
+// The header of a log as it was when it admitted the caller.
+struct AdmittingHeader {
+    Malloced<char> bytes; // null: not known
+    std::int64_t size = 0;
 };
 
 } // namespace
@@ -100,21 +107,60 @@ static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, NamedLo
     return ALA_N_NORMAL;
 }
 
-// Opens the file and has it held, until the name leads to the very file that is held.  Without a descriptor,
-// and ALA_N_NORMAL, the caller gave up waiting.
-static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, NamedLog &file) {
+// Reads the header.  ALA_N_NORMAL if its access list admits the caller; the first record is read next then.
+static ALA_retCode_t checkAccess(NamedLog &file) {
+    std::int32_t accessOK = 0;
+    if (const ALA_retCode_t result = ALA__LookupPermission(file.descriptor.get(), &accessOK, &file.verNum);
+        result != ALA_N_NORMAL)
+        return ALA_FAIL(result, "ALA__LookupPermission failed in ALA_Open");
+    if (accessOK != 1)
+        return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE,
+                        "No access to log file in ALA_Open; ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE");
+    return ALA_N_NORMAL;
+}
+
+// The first bytes of a log; null when they cannot be read or memory runs out.
+static Malloced<char> readFromStart(int fd, std::int64_t givenSize) {
+    const auto size = static_cast<std::size_t>(givenSize);
+    Malloced<char> bytes(givenSize > 0 ? static_cast<char *>(std::malloc(size)) : nullptr);
+    if (bytes != nullptr && (seekLog(fd, 0, SEEK_SET) != 0 || readLog(fd, bytes.get(), size) != givenSize))
+        bytes.reset();
+    return bytes;
+}
+
+// Checks the access list again unless the header is still the same.  So an unchanged one is logged once.
+static ALA_retCode_t checkAccessAgain(NamedLog &file, const AdmittingHeader &before) {
+    const int fd = file.descriptor.get();
+    const Malloced<char> present = readFromStart(fd, before.bytes != nullptr ? before.size : 0);
+    if (present != nullptr &&
+        std::memcmp(present.get(), before.bytes.get(), static_cast<std::size_t>(before.size)) == 0)
+        return ALA_N_NORMAL;
+    static_cast<void>(seekLog(fd, 0, SEEK_SET)); // what cannot seek fails to be read
+    return checkAccess(file);
+}
+
+// Opens the file and locks it, until the name leads to the locked file.  A caller whom the access list does
+// not admit never gets the lock, with which it could keep other runs waiting.  Without a descriptor, and
+// ALA_N_NORMAL, the driver gave up waiting.
+static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, NamedLog &file,
+                              AdmittingHeader &header) {
     for (;;) {
         if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
+        if (const ALA_retCode_t result = checkAccess(file); result != ALA_N_NORMAL)
+            return result;
+        const int fd = file.descriptor.get();
+        header.size = seekLog(fd, 0, SEEK_CUR);
+        header.bytes = readFromStart(fd, header.size);
         const char *path = file.convertedPath.get();
-        if (hold(file.descriptor.get(), path) == ALA__holdResult::GivenUp) {
+        if (hold(fd, path) == ALA__holdResult::GivenUp) {
             file.descriptor.reset(-1);
             return ALA_N_NORMAL;
         }
         OS_fileIdentity held = {};
         OS_fileIdentity named = {};
         const bool found = OS_IdentifyTarget(path, &named) == 0;
-        if ((!found && errno != ENOENT) || OS_IdentifyDescriptor(file.descriptor.get(), &held) != 0)
+        if ((!found && errno != ENOENT) || OS_IdentifyDescriptor(fd, &held) != 0)
             return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
                             "the log cannot be looked at in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
         if (found && OS_IsSameFile(held, named))
@@ -128,22 +174,17 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
     if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
     NamedLog file;
+    AdmittingHeader header;
     const ALA_retCode_t opened =
-        hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file);
+        hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file, header);
     if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
         return opened;
     // Whatever is written from here on will show.
     OS_fileIdentity identity = {};
     const bool isKnown = hold != nullptr && OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
-
-    std::int32_t accessOK = 0;
-    std::uint32_t verNum = 0;
-    if (const ALA_retCode_t result = ALA__LookupPermission(file.descriptor.get(), &accessOK, &verNum);
+    if (const ALA_retCode_t result = hold == nullptr ? checkAccess(file) : checkAccessAgain(file, header);
         result != ALA_N_NORMAL)
-        return ALA_FAIL(result, "ALA__LookupPermission failed in ALA_Open");
-    if (accessOK != 1)
-        return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE,
-                        "No access to log file in ALA_Open; ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE");
+        return result;
 
     Malloced<logParams> log = makeZeroed<logParams>();
     if (log == nullptr)
@@ -153,7 +194,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
             .logName = file.convertedPath.release(),
             .date = file.date,
             .pid = _getpid(),
-            .verNum = verNum,
+            .verNum = file.verNum,
             .todaysLog = 0,
             .end = -1,
             .readError = 0,
