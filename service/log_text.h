@@ -1,4 +1,4 @@
-// The buffer that log entries are built in.
+// The buffer that log entries and messages are built in.
 #pragma once
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/malloced.h"
+#include "service/visible.h"
 
 namespace qvledger {
 
@@ -38,21 +39,8 @@ public:
             length += std::min(static_cast<std::size_t>(needed), capacity - length - 1);
     }
 
-    // Texts come from files and command lines that anyone may have written: none may begin a line of its own
-    // or steer the terminal that the log is read on.
-    void appendVisible(std::string_view givenText) {
-        std::size_t shown = 0;
-        for (std::size_t at = 0; at < givenText.size(); ++at) {
-            const auto byte = static_cast<unsigned char>(givenText[at]);
-            if (byte >= 0x20 && byte != 0x7f)
-                continue;
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-            append(givenText.substr(shown, at - shown));
-            append(escape);
-            shown = at + 1;
-        }
-        append(givenText.substr(shown));
+    void appendVisible(std::string_view text) {
+        escapeControls(text, [this](std::string_view piece) { append(piece); });
     }
 
     // The last character in any case, in the place of another one if it must be.

@@ -20,7 +20,12 @@ TEST(Options, HelpVersionAndErrorsEndTheRunAtOnce) {
              {{"-h", "-x"}, 0, "", kUsage},
              {{"-V", "-x"}, 0, "1.2-06\n", ""},
              {{"-x", "alpha"}, 1, "", kUsage},
-             {{"alpha", "-x"}, 29, "", "Unable to find the accounting logs for server alpha.\n"},
+             {{"alpha", "beta", "-\x1b[1mü\xc2\x9b\n", "-x"},
+              29,
+              "",
+              "qvledger: -\\x1B[1mü\\xC2\\x9B\\x0A is ignored: options come before the name of the server.\n"
+              "Unable to find the accounting logs for server alpha.\n"},
+             {{"-V", "alpha", "-x"}, 0, "1.2-06\n", ""},
              {{}, 1, "", kUsage},
              {{"-o"}, 1, "", kUsage},
              {{"--", "-h"}, 29, "", "Unable to find the accounting logs for server -h.\n"},

@@ -125,6 +125,9 @@ TEST(Run, FailedLogsDoNotStopTheOthersAndTheLastOneGivesTheStatus) {
               refused + "Unable to read the accounting file.\n");
     expectRun({"-e", "19990302", "alpha"}, 7, "job-name\nmarch\nmarch\n", refused);
     expectRun({"-s", "19990302", "-e", "19990302x", "alpha"}, 0, "job-name\nmarch\n", "");
+    const std::string report = system / "report";
+    expectRun({"-e", "19990302", "-o", report, "alpha"}, 7, "",
+              refused + "qvledger: the new report " + report + " is removed, because the run failed.\n");
 }
 
 TEST(Run, MessagesStayOutOfTheReportWhenTheErrorStreamIsClosed) {

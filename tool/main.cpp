@@ -8,6 +8,6 @@
 using namespace qvledger;
 
 int main(int argc, char **argv) {
-    return runProgram(argc, argv, {LC_ALL},
+    return runProgram("qvledger", argc, argv, {LC_ALL},
                       [](int count, char **values) { return run(readOptions(count, values)); });
 }

@@ -9,13 +9,15 @@
 #include <new>
 
 #include "service/log.h"
+#include "service/log_text.h"
 #include "service/message.h"
 #include "tool/placeholders.h"
 #include "tool/progress.h"
 
 using namespace qvledger;
 
-constexpr std::uint32_t kRawSize = 1024; // bytes of a message before its arguments are put in
+constexpr std::uint32_t kFirstOwnMessage = 0x3c0000; // of set 60
+constexpr std::uint32_t kRawSize = 1024;             // bytes of a message before its arguments are put in
 
 namespace {
 
@@ -80,6 +82,31 @@ void qvledger::setMessageSink(MessageSink *sink) {
     messageSink = sink;
 }
 
+static const char *programName = "qvledger";
+
+void qvledger::setProgramName(const char *name) {
+    programName = name;
+}
+
+// The numbered messages are printed unchanged; our own have the program's name before them.
+static void print(std::uint32_t msgCode, std::string_view text) {
+    LogText line;
+    if (msgCode >= kFirstOwnMessage && msgCode != kMsgCheckUsage) {
+        const std::size_t length = text.size() - (text.ends_with('\n') ? 1 : 0);
+        line.append(programName);
+        line.append(": ");
+        line.appendVisible(text.substr(0, length));
+        line.append("\n");
+    } else {
+        line.append(text);
+    }
+    eraseProgress();
+    if (messageSink != nullptr)
+        messageSink->message(line.view());
+    else
+        std::fwrite(line.view().data(), 1, line.view().size(), stderr);
+}
+
 static void display(std::uint32_t msgCode, std::va_list values) {
     char unfmtMsg[kRawSize] = "";
     GetMsg(msgCode, sizeof unfmtMsg, unfmtMsg);
@@ -98,12 +125,7 @@ static void display(std::uint32_t msgCode, std::va_list values) {
     const std::unique_ptr<char[]> msgBuffer(new (std::nothrow) char[static_cast<std::size_t>(length) + 1]);
     if (msgBuffer != nullptr)
         MSG_vsprintf(msgBuffer.get(), unfmtMsg, values);
-    eraseProgress();
-    const char *text = msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg;
-    if (messageSink != nullptr)
-        messageSink->message(text);
-    else
-        std::fputs(text, stderr);
+    print(msgCode, msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg);
 }
 
 void qvledger::DisplayMsg(std::uint32_t in_msgCode, ...) {

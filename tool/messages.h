@@ -12,6 +12,9 @@ enum : std::uint32_t {
 #include "tool/messages.inc"
 };
 
+// Whose messages they are; "qvledger" until this is called.  The name must outlive them.
+void setProgramName(const char *name);
+
 // Takes the messages in the place of the standard error stream.
 class MessageSink {
 public:

@@ -20,8 +20,9 @@ static int workWithinMemory(int argc, char **argv, int (*work)(int, char **)) {
     }
 }
 
-int qvledger::runProgram(int argc, char **argv, std::initializer_list<int> localeCategories,
+int qvledger::runProgram(const char *name, int argc, char **argv, std::initializer_list<int> localeCategories,
                          int (*work)(int argc, char **argv)) {
+    setProgramName(name);
     OS_PrepareProcess();
     OS_NoteEndSignals();
     // Messages come before the report is opened, and the two may be one file.

@@ -161,7 +161,8 @@ int Run::report() {
     }
     stream.finish();
     if (!outcome.deletedAny && (outcome.failed || !outcome.foundLog))
-        stream.removeIfCreated();
+        if (stream.removeIfCreated())
+            DisplayMsg(kMsgReportRemoved, options.ofile);
     stream.close();
     return outcome.status;
 }
@@ -179,6 +180,11 @@ int qvledger::runWith(const Options &options, std::int32_t numServers, LogOutput
         DisplayMsg(kMsgUsage);
         return kStatusUsage;
     }
+    for (std::int32_t operand = numServers - 1; operand < options.numMoreServers; ++operand)
+        if (*options.moreServers[operand] == '-') {
+            DisplayMsg(kMsgIgnoredOption, options.moreServers[operand]);
+            break;
+        }
     needDoc = options.docflg;
     Run run(options, numServers, writer);
     const int status = run.report();

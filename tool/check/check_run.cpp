@@ -42,8 +42,7 @@ public:
     void record() override { countRecord(); }
     void stray(std::int64_t begin, std::int64_t end) override {
         if (name != nullptr)
-            DisplayMsg(kMsgCheckLeftOut, printable(name).c_str(), std::to_string(begin).c_str(),
-                       std::to_string(end).c_str());
+            DisplayMsg(kMsgCheckLeftOut, name, std::to_string(begin).c_str(), std::to_string(end).c_str());
     }
 
 private:
@@ -150,7 +149,7 @@ void CheckRun::noteClosed(const char *name, ALA_retCode_t code, int error) {
         outcome.closed = code;
     writeClosedLogLine(options.serverName, name, state, reason.c_str());
     if (cannotBeSaved && options.saveFolder != nullptr)
-        DisplayMsg(kMsgCheckNotSaved, printable(name).c_str());
+        DisplayMsg(kMsgCheckNotSaved, name);
 }
 
 static std::string whyNotSaved(ALA_retCode_t code, int error) {
@@ -163,22 +162,20 @@ static std::string whyNotSaved(ALA_retCode_t code, int error) {
 
 void CheckRun::save(ALA__checkedLog *log, const char *name) {
     const std::string path = std::string(options.saveFolder) + "/" + name;
-    const std::string shownName = printable(name);
-    const std::string shownPath = printable(path);
     if (isFolderOfLogs) {
         outcome.lost = true;
-        DisplayMsg(kMsgCheckSaveFailed, shownName.c_str(), shownPath.c_str(), "the logs' own folder");
+        DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), "the logs' own folder");
         return;
     }
     Watch watch(name);
     const ALA_retCode_t result = ALA__SaveLog(log, path.c_str(), watch);
     const int error = errno;
     if (result == ALA_N_NORMAL)
-        return DisplayMsg(kMsgCheckSaved, shownName.c_str(), shownPath.c_str());
+        return DisplayMsg(kMsgCheckSaved, name, path.c_str());
     if (result == ALA_A_LAST_ATTRIBUTE)
         return; // asked to end
     outcome.lost = true;
-    DisplayMsg(kMsgCheckSaveFailed, shownName.c_str(), shownPath.c_str(), whyNotSaved(result, error).c_str());
+    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result, error).c_str());
 }
 
 void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
@@ -220,7 +217,7 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
         return;
     std::fflush(stdout);
     if (summary.headerIsDamaged)
-        DisplayMsg(kMsgCheckNotSaved, printable(name).c_str());
+        DisplayMsg(kMsgCheckNotSaved, name);
     else
         save(opened, name);
 }

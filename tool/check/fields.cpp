@@ -1,8 +1,10 @@
 #include "tool/check/fields.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <string>
+
+#include "service/visible.h"
 
 using namespace qvledger;
 
@@ -18,10 +20,9 @@ static void noteError(int result) {
         firstError = errno;
 }
 
-std::string qvledger::printable(std::string_view text) {
-    std::string shown(text);
-    const auto isControl = [](char byte) { return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f; };
-    std::ranges::replace_if(shown, isControl, '?');
+static std::string visible(std::string_view text) {
+    std::string shown;
+    escapeControls(text, [&](std::string_view piece) { shown += piece; });
     return shown;
 }
 
@@ -29,7 +30,7 @@ void qvledger::writeFields(std::initializer_list<std::string_view> fields) {
     const char *separator = "";
     for (const std::string_view field : fields) {
         noteError(std::fputs(separator, stdout));
-        noteError(std::fputs(printable(field).c_str(), stdout));
+        noteError(std::fputs(visible(field).c_str(), stdout));
         separator = "\t";
     }
     noteError(std::fputc('\n', stdout));

@@ -10,7 +10,7 @@ using namespace qvledger;
 
 int main(int argc, char **argv) {
     // Messages in the user's language; what the tables hold is the same for everyone.
-    return runProgram(argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
+    return runProgram("qvledger-check", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
         return runCheck(readOptions(count, values, kCheckLetters));
     });
 }

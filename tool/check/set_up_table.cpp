@@ -40,7 +40,7 @@ private:
         if (!place.empty() && !fault.starts_with(place))
             what += ": " + place;
         std::fflush(stdout);
-        DisplayMsg(kMsgCheckSetUp, printable(what + ": " + fault).c_str());
+        DisplayMsg(kMsgCheckSetUp, (what + ": " + fault).c_str());
     }
 
     bool hides;

@@ -101,7 +101,7 @@ static int runJson(const Options &options) {
 
 int main(int argc, char **argv) {
     // Messages in the user's language; what the lines hold is the same for everyone.
-    return runProgram(argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
+    return runProgram("qvledger-json", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
         return runJson(readOptions(count, values, kJsonLetters));
     });
 }
