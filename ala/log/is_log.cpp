@@ -27,6 +27,12 @@ static bool isNamedAsLog(std::string_view name) {
     return tail == "current" || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
 }
 
+// So may a file that the caller cannot read.
+static bool mayBeginAsLog(const char *path) {
+    const LogFile file(SYSU_Open(path, 0));
+    return !file.isOpen() || beginsAsLog(file.get());
+}
+
 namespace {
 
 class FileAmongLogs final : public EntryVisitor {
@@ -42,7 +48,7 @@ public:
         const Malloced<char> path = ALA__PathInDirectory(entry.directory, entry.name);
         OS_fileIdentity log = {};
         isFound = path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file_) &&
-                  (isServers || beginsAsLog(LogFile(SYSU_Open(path.get(), 0)).get()));
+                  (isServers || mayBeginAsLog(path.get()));
         return ALA_N_NORMAL;
     }
 
