@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <fstream>
 #include <limits>
@@ -9,6 +10,8 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <malloc.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -69,12 +72,30 @@ TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
     EXPECT_EQ(_mbschr(text, 'x'), nullptr);
     EXPECT_LT(_stricmp("ALPHA", "alphb"), 0);
     EXPECT_EQ(_memicmp("a\0B", "A\0b", 3), 0);
+}
 
-    EXPECT_EQ(_putenv("QV_TEST_VARIABLE=a=b"), 0);
-    EXPECT_STREQ(getenv("QV_TEST_VARIABLE"), "a=b");
-    EXPECT_EQ(_putenv("QV_TEST_VARIABLE="), 0);
-    EXPECT_EQ(getenv("QV_TEST_VARIABLE"), nullptr);
+TEST(Process, EnvironmentGrowsByWhatIsSetAndReturnsToWhatWasKept) {
+    const auto value = [](const char *name) {
+        const char *text = getenv(name);
+        return std::string(text != nullptr ? text : "(none)");
+    };
+    EXPECT_EQ(_putenv("QV_TEST=a=b"), 0);
     EXPECT_EQ(_putenv("=x"), -1);
+    char **const kept = OS_KeepEnvironment();
+    EXPECT_EQ(_putenv("QV_TEST="), 0);
+    EXPECT_EQ(value("QV_TEST"), "(none)");
+    EXPECT_EQ(_putenv("QV_TEST=c"), 0);
+    EXPECT_EQ(_putenv("QV_TEST=d"), 0);
+    EXPECT_EQ(_putenv("QV_TEST_2=e"), 0);
+    EXPECT_EQ(value("QV_TEST") + value("QV_TEST_2"), "de");
+    const std::size_t before = mallinfo2().uordblks;
+    for (int number = 0; number < 4000; ++number)
+        EXPECT_EQ(_putenv(("QV_TEST_" + std::to_string(number) + "=x").c_str()), 0);
+    EXPECT_LT(mallinfo2().uordblks - before, std::size_t{4} << 20);
+    EXPECT_EQ(value("QV_TEST_0") + value("QV_TEST_3999"), "xx");
+    OS_RestoreEnvironment(kept);
+    EXPECT_EQ(value("QV_TEST") + value("QV_TEST_2"), "a=b(none)");
+    EXPECT_EQ(_putenv("QV_TEST="), 0);
 }
 
 TEST(Texts, Utf8IsTakenApartAndPutTogether) {
@@ -104,15 +125,21 @@ TEST(Texts, Utf8IsTakenApartAndPutTogether) {
     }
 }
 
-TEST(Process, ForkHasANumberOfItsOwn) {
+TEST(Process, EveryKindOfChildHasItsOwnNumber) {
     const int before = _getpid();
     EXPECT_EQ(before, getpid());
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(_getpid() == getpid() && _getpid() != before ? 0 : 1);
-    int status = -1;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    const std::pair<const char *, pid_t (*)()> calls[] = {
+        {"fork", fork},
+        {"_Fork", _Fork},
+        {"clone", [] { return static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0)); }}};
+    for (const auto &[label, call] : calls) {
+        const pid_t child = call();
+        if (child == 0)
+            _exit(_getpid() == getpid() && _getpid() != before ? 0 : 1);
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child) << label;
+        EXPECT_EQ(status, 0) << label;
+    }
 }
 
 TEST(Threads, EndOfAThreadCallsItsFunctionOnce) {

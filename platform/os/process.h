@@ -7,7 +7,8 @@ extern "C" {
 
 #ifndef _WIN32
 
-// The number of the process.  To ask again and again costs no system call.
+// The number of the process, in a child too, whichever call made it; only one that shares its parent's memory
+// (vfork) may get the parent's number.  Asking again costs no system call.
 int _getpid();
 
 #endif

@@ -13,8 +13,7 @@ int _putenv(const char *inp_assignment);
 
 #endif
 
-// The environment as it stands, and a return to it.  _putenv exchanges the environment for another one and
-// changes none, so that what was kept stays as it was.
+// The environment as it stands, which _putenv leaves unchanged from then on, and a return to it.
 char **OS_KeepEnvironment();
 void OS_RestoreEnvironment(char **in_kept);
 

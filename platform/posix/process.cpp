@@ -5,26 +5,38 @@
 #include <clocale>
 #include <csignal>
 #include <initializer_list>
+#include <new>
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
-// Every operation of the facility asks, and a system call would cost more than most of them do.  Only a fork
-// changes the number.
-static std::atomic<int> knownPid; // 0: not known
-
-static int findPid() {
-    static const bool forkIsSeen = OS_WatchForks([] { knownPid = 0; }) == 0;
-    const int pid = getpid();
-    if (forkIsSeen)
-        knownPid = pid;
-    return pid;
+// Every operation of the facility asks, and a system call would cost more than most of them do.  The number is
+// kept in memory that is zero again in a child, whichever call made it: a raw clone() runs no handler of
+// pthread_atfork.  Null where the system cannot do that.
+static std::atomic<int> *makeKnownPid() {
+    const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void *page = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED)
+        return nullptr;
+    if (madvise(page, size, MADV_WIPEONFORK) == 0)
+        return new (page) std::atomic<int>(0);
+    static_cast<void>(munmap(page, size));
+    return nullptr;
 }
 
+static std::atomic<int> *const knownPid = makeKnownPid();
+
 int _getpid() {
-    const int pid = knownPid.load(std::memory_order_relaxed);
-    return pid != 0 ? pid : findPid();
+    if (knownPid == nullptr)
+        return getpid();
+    int pid = knownPid->load(std::memory_order_relaxed);
+    if (pid == 0) {
+        pid = getpid();
+        knownPid->store(pid, std::memory_order_relaxed);
+    }
+    return pid;
 }
 
 void OS_ChooseLocale(int in_category) {

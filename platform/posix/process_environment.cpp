@@ -4,16 +4,84 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <mutex>
 #include <new>
-#include <set>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include <unistd.h>
 
-// The environment is read without a lock, by the C library too, and what was found may be kept.  So its array
-// is not changed but exchanged, and no array and no text is ever released; each is there once.
+namespace {
+
+// The environment is read without a lock, by the C library too, and what was found may be kept.  So no array
+// and no text is ever released, and what readers may be looking at changes by single pointers only.  Arrays
+// grow twofold, so n variables take memory and time for n.
+class Environment {
+public:
+    void set(const std::string &name, const char *assignment);
+    void remove(const std::string &name);
+    // The current array is not to be changed any more.
+    void keep() { isKept_ = isKept_ || environ == array_; }
+
+private:
+    void adopt(std::size_t room, const std::string &without);
+
+    std::deque<std::vector<char *>> arrays_;
+    char **array_ = nullptr; // while it is environ, and followed by nulls up to room_
+    std::size_t size_ = 0, room_ = 0;
+    bool isKept_ = false;
+    std::unordered_map<std::string, std::size_t> places_; // of the names in array_
+    std::unordered_set<std::string> texts_;
+};
+
+} // namespace
+
+// Makes a copy of environ the array, with room for so many further variables.
+void Environment::adopt(std::size_t room, const std::string &without) {
+    std::vector<char *> kept;
+    places_.clear();
+    array_ = nullptr; // should memory run out
+    for (char **at = environ; at != nullptr && *at != nullptr; ++at) {
+        const std::string name(*at, std::strcspn(*at, "="));
+        if (name != without && places_.try_emplace(name, kept.size()).second)
+            kept.push_back(*at);
+    }
+    size_ = kept.size();
+    room_ = size_ + room;
+    kept.resize(room_ + 1);
+    array_ = arrays_.emplace_back(std::move(kept)).data();
+    isKept_ = false;
+    std::atomic_ref(environ).store(array_, std::memory_order_release);
+}
+
+void Environment::set(const std::string &name, const char *assignment) {
+    if (environ != array_ || isKept_ || size_ == room_) {
+        const char *now = environ != array_ ? std::getenv(name.c_str()) : nullptr;
+        if (now != nullptr && std::strcmp(now, assignment + name.size() + 1) == 0)
+            return;
+        adopt(16 + size_, "");
+    }
+    auto *text = const_cast<char *>(texts_.insert(assignment).first->c_str());
+    const auto [place, isNew] = places_.try_emplace(name, size_);
+    std::atomic_ref(array_[place->second]).store(text, std::memory_order_release);
+    size_ += isNew ? 1 : 0;
+}
+
+void Environment::remove(const std::string &name) {
+    if (std::getenv(name.c_str()) != nullptr)
+        adopt(16, name);
+}
+
+static std::mutex lock;
+
+static Environment &environment() {
+    static auto &the = *new Environment;
+    return the;
+}
+
 static int assign(const char *assignment) {
     const char *equals = std::strchr(assignment, '=');
     if (equals == nullptr || equals == assignment) {
@@ -21,23 +89,11 @@ static int assign(const char *assignment) {
         return -1;
     }
     const std::string name(assignment, equals);
-    const bool remains = equals[1] != '\0';
-    static std::mutex lock;
     const std::lock_guard guard(lock);
-    const char *now = std::getenv(name.c_str());
-    if (remains ? now != nullptr && std::strcmp(now, equals + 1) == 0 : now == nullptr)
-        return 0;
-    static auto &texts = *new std::set<std::string>;
-    static auto &arrays = *new std::set<std::vector<const char *>>;
-    std::vector<const char *> next;
-    for (char **at = environ; at != nullptr && *at != nullptr; ++at)
-        if (std::strncmp(*at, assignment, name.size() + 1) != 0)
-            next.push_back(*at);
-    if (remains)
-        next.push_back(texts.insert(assignment).first->c_str());
-    next.push_back(nullptr);
-    char **array = const_cast<char **>(arrays.insert(std::move(next)).first->data());
-    std::atomic_ref(environ).store(array, std::memory_order_release);
+    if (equals[1] != '\0')
+        environment().set(name, assignment);
+    else
+        environment().remove(name);
     return 0;
 }
 
@@ -51,6 +107,8 @@ int _putenv(const char *inp_assignment) {
 }
 
 char **OS_KeepEnvironment() {
+    const std::lock_guard guard(lock);
+    environment().keep();
     return environ;
 }
 
