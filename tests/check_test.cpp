@@ -128,10 +128,11 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
     system.save("19990302", threeJobs());
     ASSERT_EQ(chmod(system.log("19990301").c_str(), 0640), 0);
     setChanged(system.log("19990301"), 1000000000);
-    const fs::path folder = system / "saved";
+    const fs::path folder = system / "bücher";
     fs::create_directory(folder);
     const ToolResult result = system.run({"-S", folder, "alpha"}, kCheck);
     EXPECT_EQ(result.status, 50);
+    EXPECT_THAT(result.err, HasSubstr("saved as " + (folder / "alpha.19990301").string() + ".\n"));
     EXPECT_THAT(result.err, HasSubstr("bytes " + std::to_string(begin) + " to " + std::to_string(end)));
     const std::string &bytes = damaged.bytes();
     EXPECT_EQ(readFile(folder / "alpha.19990301"), bytes.substr(0, begin) + bytes.substr(end));

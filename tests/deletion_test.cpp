@@ -198,6 +198,12 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
         writeFile(system.log(kTail), bytes.replace(bytes.size() - 100, 8, "reprints")); // the same file
     };
     expectAfter("overwritten in place", kTail, overwrite, written);
+    const auto overwriteUnseen = [&](PrintSystem &system) {
+        overwrite(system);
+        setChanged(system.log(kTail), kNoonOfMarch1st);
+    };
+    expectAfter("overwritten, with its time restored", kTail, overwriteUnseen,
+                "it was changed since it was opened");
     const auto inTheWay = [](PrintSystem &system) { writeFile(system.log("19990301.being-deleted"), ""); };
     expectAfter("its name for the time of the deletion is taken", kTail, inTheWay, "is taken");
     const auto copy = [](PrintSystem &system) {
@@ -382,7 +388,12 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
                               "Unable to open the accounting log for the date 19990301.\n");
     EXPECT_FALSE(fs::exists(report));
 
-    system.save("19990301.being-deleted", logOf({march()})); // a killed run's
+    system.save("19990301.being-deleted", logOf({march()}));
+    const int deleting = open(aside.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(OS_LockFile(deleting), OS_DONE);
+    EXPECT_EQ(system.run({"-d", "alpha"}).status, 29);
+    EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it is still there";
+    close(deleting); // and was killed
     EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is no log";
     EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}).status, 0);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");

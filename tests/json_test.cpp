@@ -70,6 +70,8 @@ TEST(Json, ALineHoldsAJobAndItsDocumentsAndTellsWhatIsMissing) {
     std::ofstream(system.log("19990302"), std::ios::app) << "cut";
     const ToolResult result = system.run({"-s", "19990301", "-e", "19990302", "alpha"}, kJson);
     EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "Unable to read accounting information because the data appears to be corrupted.\n"
+                          "Unable to read the accounting file.\n");
     EXPECT_EQ(
         result.out,
         recordLine(
@@ -212,8 +214,7 @@ TEST(Json, AReadErrorIsNoEndOfALog) {
     const Job large = jobOf({{"job-name", {std::string(200'000, 'x')}}});
     system.save("19990301", logOf({large, large}));
     const std::string log = system.log("19990301");
-    const std::string message =
-        ": the log alpha.19990301 cannot be read to its end: Input/output error.\n";
+    const std::string message = ": the log alpha.19990301 cannot be read to its end: Input/output error.\n";
     const auto atRead = [&](int number, const char *program) {
         return ToolRun{.failing = {log, "read,pread64:error=EIO:when=" + std::to_string(number) + '+'},
                        .program = program};
@@ -231,6 +232,20 @@ TEST(Json, AReadErrorIsNoEndOfALog) {
         EXPECT_TRUE(json.err.ends_with(message)) << json.err;
         EXPECT_EQ(system.run({"alpha"}, atRead(number, QVLEDGER_CHECK_BINARY)).status, 11);
     }
+}
+
+TEST(Json, TheCheckFindsALogUnderTheNameThatItGetsAtMidnight) {
+    PrintSystem system;
+    system.save("current", marchLog());
+    const pid_t check =
+        system.start({"alpha"}, {.failing = {system.root.logs(), "getdents64:delay_exit=1000000:when=2"},
+                                 .program = QVLEDGER_CHECK_BINARY});
+    usleep(300'000);
+    fs::rename(system.log("current"), system.log("19990301"));
+    const ToolResult result = system.finish(check);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.out.find("alpha\talpha.19990301\t"), result.out.npos) << result.out;
+    EXPECT_EQ(result.out.find("alpha.current"), result.out.npos);
 }
 
 // What the list of logs does not show, for every program.

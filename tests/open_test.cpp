@@ -36,14 +36,16 @@ protected:
 
 TEST_F(Open, DateChoosesTheFile) {
     const NextDay itIs;
-    const ALA_time today = {2001, 2, 4}, other = {2001, 2, 2};
+    const ALA_time today = {2001, 2, 4}, other = {2001, 2, 2}, lastYear = {2000, 2, 4},
+                   lastMonth = {2001, 1, 4};
     EXPECT_EQ(opened(nullptr), "code 6") << "no log at all";
     EXPECT_EQ(opened(&today), "code 6") << "today without a current log";
     layCurrentLog();
     EXPECT_EQ(opened(&kDay), "current of 20010203") << "stands in for its day";
     EXPECT_EQ(opened(&today), "current of 20010204") << "whatever its date";
     EXPECT_EQ(opened(nullptr), "current of 20010203");
-    EXPECT_EQ(opened(&other), "code 6");
+    for (const ALA_time *date : {&other, &lastYear, &lastMonth})
+        EXPECT_EQ(opened(date), "code 6");
     for (const char *tail : {kDayTail, "20010204", "abc"})
         Log().save(path(tail));
     EXPECT_EQ(opened(&kDay), "20010203 of 20010203") << "a dated log comes first";
@@ -117,6 +119,19 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     ASSERT_EQ(toDelete([](auto) {}), ALA_N_NORMAL);
     EXPECT_EQ(takeLog('6'), details) << "an unchanged header is logged once";
     EXPECT_EQ(qvledger::seekLog(log->fd, 0, SEEK_CUR), static_cast<long>(Log().size()));
+    close();
+    int locks = 0;
+    const auto replaceOnce = [&](const char *name) {
+        if (++locks != 1)
+            return;
+        fs::rename(name, path("old"));
+        Log({.numAttr = 1, .accessList = {pack(anyUserEntry())}}).save(name);
+    };
+    ASSERT_EQ(toDelete(replaceOnce), ALA_N_NORMAL);
+    OS_fileIdentity open = {}, named = {};
+    EXPECT_TRUE(OS_IdentifyDescriptor(log->fd, &open) == 0 &&
+                OS_IdentifyTarget(path().c_str(), &named) == 0 && OS_IsSameFile(open, named))
+        << "the file that has the name now";
     close();
     EXPECT_EQ(toDelete([&](const char *name) { samples::writeFile(name, refusing.bytes()); }), 7);
 }
