@@ -47,6 +47,14 @@ TEST(Admission, AnotherUserIsJudgedByWhoHeIs) {
         {.environment = {{"USER", "root"}, {"LOGNAME", "root"}}, .user = kDaemon, .program = tool});
     EXPECT_EQ(result.status, 0) << result.err << result.log;
     EXPECT_EQ(result.out, "job-name\nmarch\nmarch\n");
+    for (const unsigned others : {14U, 15U}) { // and the group of the account
+        ToolRun run{.environment = {{"QV_LOG_LEVEL", "6"}}, .user = kDaemon, .program = tool};
+        for (gid_t other = 2; other < 2 + others; ++other)
+            run.groups.push_back(other);
+        result = system.run({"-s", "19990302", "alpha"}, run);
+        EXPECT_EQ(result.status, others == 14 ? 0 : 7) << others;
+        EXPECT_EQ(result.log.find("the caller is in too many groups") == result.log.npos, others == 14);
+    }
     result = system.run({"alpha"},
                         {.environment = {{"USER", account->pw_name}}, .user = kNobodysId, .program = tool});
     EXPECT_EQ(result.status, 30);

@@ -5,6 +5,7 @@
 
 #include "ala/access/acl.h"
 #include "ala/base/owners.h"
+#include "ala/base/trace.h"
 #include "service/text.h"
 
 using namespace qvledger;
@@ -60,9 +61,16 @@ std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *, ALA_groupSIDList 
         return 1;
     const Malloced<TOKEN_GROUPS> groups(static_cast<TOKEN_GROUPS *>(std::malloc(kTokenSize)));
     DWORD needed = 0;
-    if (groups == nullptr ||
-        GetTokenInformation(token.get(), TokenGroups, groups.get(), kTokenSize, &needed) == 0)
+    if (groups == nullptr)
         return 1;
+    if (GetTokenInformation(token.get(), TokenGroups, groups.get(), kTokenSize, &needed) == 0) {
+        if (GetLastError() == ERROR_INSUFFICIENT_BUFFER)
+            ALA_DETAIL(
+                "the caller is in too many groups: their list takes %u bytes, and only %u are allowed, so no "
+                "group entry admits the caller\n",
+                needed, kTokenSize);
+        return 1;
+    }
     const SID_AND_ATTRIBUTES *first = groups->Groups;
     const bool complete =
         std::all_of(first, first + groups->GroupCount, [&](const SID_AND_ATTRIBUTES &group) {

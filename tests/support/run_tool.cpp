@@ -41,7 +41,8 @@ PrintSystem::PrintSystem() : root(folder / "root") {
         (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
          mount(run.mounted.first.c_str(), run.mounted.second.c_str(), nullptr, MS_BIND, nullptr) != 0))
         _exit(kNoNamespace);
-    if (run.user != 0 && (setgroups(0, nullptr) != 0 || setgid(run.user) != 0 || setuid(run.user) != 0))
+    if (run.user != 0 && (setgroups(run.groups.size(), run.groups.data()) != 0 || setgid(run.user) != 0 ||
+                          setuid(run.user) != 0))
         _exit(126);
     if (run.traced && ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
         _exit(125);

@@ -31,7 +31,8 @@ struct ToolRun {
     std::pair<std::string, std::string> mounted = {};
     // A path, and which calls on it fail, as strace(1) says after "-e inject=".
     std::pair<std::string, std::string> failing = {};
-    uid_t user = 0; // a user to change to, with the group of the same number; 0: none
+    uid_t user = 0;                 // a user to change to, with the group of the same number; 0: none
+    std::vector<gid_t> groups = {}; // the user's other groups
     std::string program = QVLEDGER_BINARY;
     bool traced = false; // by this process; it stops at its start
 };
