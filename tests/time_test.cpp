@@ -144,12 +144,3 @@ TEST_F(Times, SecondsAndFailures) {
     EXPECT_EQ(text(after2038), "(failure)");
     THR_InitMutex(&localeLock);
 }
-
-TEST_F(Times, DayOfWeek) {
-    const struct {
-        int year, month, day, weekday;
-    } cases[] = {{2000, 1, 1, 6},  {2000, 3, 1, 3},  {1900, 1, 1, 1},   {1900, 3, 1, 4},
-                 {2024, 2, 29, 4}, {2023, 7, 31, 1}, {1799, 12, 31, 2}, {2100, 2, 28, 0}};
-    for (const auto &c : cases)
-        EXPECT_EQ(ALA__GetDayOfWk(c.year, c.month, c.day), c.weekday) << c.year << '-' << c.month;
-}
