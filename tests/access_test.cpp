@@ -56,6 +56,7 @@ TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
         {"privilege 4", {text("alice"), {text("CORP"), nt}, 1, 4}, ALA_A_ODPUNPACK_ERROR},
         {"case of name and domain", {text("ALICE"), {text("corp"), nt}, 1}, kAdmitted},
         {"other domain", {text("alice"), {text("OTHER"), nt}, 1}, kRefused},
+        {"host's name", {text("alice"), {text("MACHINE"), nt}, 1}, kRefused},
         {"name in Latin-1", {latin1Text("\xC4nne"), {text("CORP"), nt}, 1}, kAdmitted, "\xC3\x84nne"},
         {"NUL in the name", {text(Bytes("alice\0b", 7)), {text("CORP"), nt}, 1}, ALA_A_ODPUNPACK_ERROR},
         {"name type 3", {text("alice"), {text("CORP"), nt}, 3}, kRefused},
@@ -72,6 +73,10 @@ TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
         {"user without a domain", {text("alice"), {text("machine"), nt}, 1}, kAdmitted, "alice", ""},
         {"unreadable domain", {text("alice"), {none, nt}, 0}, kRefused},
     };
+    // The machine's domain stays known when another registration ends.
+    ALA_handle_t second = nullptr;
+    ASSERT_EQ(ALA_Register("beta", "/", root.oids().c_str(), &second), ALA_N_NORMAL);
+    EXPECT_EQ(ALA_Unregister(&second), ALA_N_NORMAL);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.label);
         const ScriptedUser caller(c.user, c.domain);

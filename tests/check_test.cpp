@@ -242,6 +242,12 @@ TEST(Check, FaultsOfTheSetUpNameFileAndLine) {
          "registry.reg:3: ", 30},
         {"no settings", [](const PrintSystem &system) { fs::remove(system.root.registry()); },
          "CurrentVersion\\Environment: ", 30},
+        {"root of another type",
+         [](const PrintSystem &system) {
+             system.root.writeRegistry({{serverKey("alpha"), {}}});
+             std::ofstream(system.root.registry(), std::ios::app) << "\"QV_ROOT\"=dword:1\n";
+         },
+         "QV_ROOT is no text", ALA_A_INVALID_LOG_PATH_NAME},
         {"table",
          [](const PrintSystem &system) { std::ofstream(system.root.oids() / "oids") << "# mine\n1.2\n"; },
          "oids:2: ", ALA_A_OID_ERROR},

@@ -59,6 +59,7 @@ TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {
     const Log sound = logOf({march(), withDocument({text})});
     expectDeleted(true, "sound", sound, "-da");
     expectDeleted(true, "no record", Log());
+    expectDeleted(false, "only record cut after its first count", Log(sound).cutTo(sound.records()[0] + 4));
     expectDeleted(false, "record cut short", Log(sound).cutTo(sound.size() - 1));
     expectDeleted(false, "stray bytes", Log(sound).raw("abc"));
     expectDeleted(false, "record count of zero", Log(sound).raw(zero));
@@ -90,6 +91,16 @@ TEST(Deletion, OnlyLogsOfTheRangeThatOpenedGo) {
     EXPECT_TRUE(fs::exists(system.log("19990302")));
     EXPECT_TRUE(fs::exists(system.log("19990303")));
     EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "it holds all that is left of the deleted log";
+}
+
+TEST(Deletion, ALogKeptForItsWriterDoesNotKeepTheReportOfAFailedRun) {
+    PrintSystem system;
+    system.save("19990301", logOf({march()}));
+    system.save("19990302", logOf({march()}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
+    const Descriptor writer(open(system.log("19990301").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    EXPECT_EQ(system.run({"-d", "-o", system / "report", "alpha"}).status, 7);
+    EXPECT_TRUE(fs::exists(system.log("19990301")));
+    EXPECT_FALSE(fs::exists(system / "report"));
 }
 
 TEST(Deletion, CurrentLogStays) {

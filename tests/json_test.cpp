@@ -127,6 +127,8 @@ TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
                                {serverKey("far"), {{"QV_ROOT", other.path()}, {"TZ", "JST-9"}}}});
     const ToolResult result = system.run({"alpha", "bare", "none", "far", "beta"}, kJson);
     EXPECT_EQ(result.status, 7) << result.err;
+    EXPECT_EQ(system.run({"idle", "alpha"}, kJson).status, 7)
+        << "that there is no log is less than a failure";
     EXPECT_EQ(result.err.find("server beta"), std::string::npos) << result.err;
     for (const char *end :
          {"bare ended with status 100", // the root of alpha is none of its settings

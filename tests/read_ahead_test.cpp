@@ -9,6 +9,7 @@
 #include <string>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 
 #include "tests/support/temp_dir.h"
 
@@ -72,6 +73,23 @@ TEST_F(ReadAheadFile, SeekingShowsWhatWasWrittenMeanwhile) {
     overwrite(200'000, "grown");
     EXPECT_EQ(seekLog(fd, -3, SEEK_CUR), 199'997);
     EXPECT_EQ(get(10), content.substr(199'997) + "grown");
+}
+
+// The process's own memory, of which nothing can be read after a page's end.
+TEST(ReadAhead, AFailedReadReadsNothing) {
+    constexpr std::size_t kSize = 65536; // a multiple of the page's size
+    void *const memory = mmap(nullptr, 2 * kSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    ASSERT_EQ(munmap(static_cast<char *>(memory) + kSize, kSize), 0);
+    const int fd = open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+    const auto start = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(memory) + kSize - 10);
+    char bytes[20];
+    ASSERT_EQ(seekLog(fd, start, SEEK_SET), start);
+    EXPECT_EQ(readLog(fd, bytes, 20), -1);
+    EXPECT_EQ(seekLog(fd, 0, SEEK_CUR), start);
+    EXPECT_EQ(readLog(fd, bytes, 10), 10);
+    closeLog(fd);
+    munmap(memory, kSize);
 }
 
 TEST_F(ReadAheadFile, ReusedDescriptorStartsAfresh) {

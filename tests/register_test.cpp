@@ -2,6 +2,7 @@
 #include <functional>
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include "ala/base/handle.h"
 #include "ala/base/lock.h"
@@ -65,6 +66,16 @@ TEST_F(Register, SecondRegistrationOutlivesTheFirst) {
     EXPECT_NE(THR_LockMutex(&timeLock), 0) << "the last one ends the locks";
     EXPECT_EQ(ALA_Unregister(&handle), ALA_A_NOT_REGISTER);
     EXPECT_EQ(ALA_Unregister(nullptr), ALA_A_NOT_REGISTER);
+}
+
+TEST_F(Register, UnregisteringReleasesTheOidDatabase) {
+    for (int round = 0; round < 3; ++round) {
+        const std::size_t before = mallinfo2().uordblks;
+        registerAnew();
+        if (round == 2) {
+            EXPECT_EQ(mallinfo2().uordblks, before);
+        }
+    }
 }
 
 // Calls with an out-parameter that holds something: its code, or -1 when it is not cleared.
