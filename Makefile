@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all release demo test damage faults live stops threads windows fuzz bench install uninstall deb clean setup
+.PHONY: all release demo test damage faults live power stops threads windows fuzz bench install uninstall deb clean setup
 
 # Builds once, into build/bin/.
 all: setup
@@ -59,6 +59,12 @@ stops: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target stops | tail -n 1
 	@build/dev/bin/stops $(STEP)
+
+# Cuts the power after each call of a run, with every selection of what reached the disk.
+power: setup
+	@cmake --preset dev >/dev/null
+	@cmake --build --preset dev --target power | tail -n 1
+	@build/dev/bin/power
 
 # Lets eight threads with a handle each do ROUNDS rounds of all operations, plain and under ThreadSanitizer.
 threads: ROUNDS := 2000

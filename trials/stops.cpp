@@ -6,8 +6,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <set>
-#include <sstream>
 
 #include <fcntl.h>
 #include <sys/ptrace.h>
@@ -15,15 +13,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/run_tool.h"
+#include "trials/numbered_records.h"
 
 using namespace samples;
 namespace fs = std::filesystem;
-using Numbers = std::set<int>;
 
 constexpr int kSkipped = 77, kNotTraced = 125;
 constexpr const char *kDays[] = {"19990301", "19990302"}; // of records 1 to 3, and 4 to 6
-constexpr int kFresh = 7, kEnd = 11;                      // records of another log, which is longer
+constexpr int kFresh = 7;                                 // to kEnd: records of another log, which is longer
 
 namespace {
 
@@ -58,21 +55,6 @@ private:
 
 } // namespace
 
-static Bytes logOf(int first, int end) {
-    Log log;
-    for (int number = first; number < end; ++number)
-        log.job(jobOf({{"job-name", {"record-" + std::to_string(number) + '.'}}}));
-    return log.bytes();
-}
-
-static Numbers numbersIn(const std::string &bytes) {
-    Numbers found;
-    for (int number = 1; number < kEnd; ++number)
-        if (bytes.find("record-" + std::to_string(number) + '.') != bytes.npos)
-            found.insert(number);
-    return found;
-}
-
 Numbers Stops::inLogs(const char *ending) const {
     Numbers found;
     for (const auto &entry : fs::directory_iterator(system.root.logs()))
@@ -100,14 +82,14 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
         start({"-s", "20300101", "-o", report, "alpha"});
     if (act == kReplace) {
         drop(numbersIn(readFile(log)));
-        writeFile(system / "fresh", logOf(kFresh, kEnd));
+        writeFile(system / "fresh", numberedLog(kFresh, kEnd));
         fs::rename(system / "fresh", log);
-        wanted.merge(numbersIn(logOf(kFresh, kEnd)));
+        wanted.merge(numbersIn(numberedLog(kFresh, kEnd)));
     }
     // Where it is gone, or held against writers, nothing happens.
     if (const int fd = act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
         drop(numbersIn(readFile(log)));
-        const Bytes fresh = logOf(kFresh, kEnd);
+        const Bytes fresh = numberedLog(kFresh, kEnd);
         if (write(fd, fresh.data(), fresh.size()) == static_cast<ssize_t>(fresh.size()))
             wanted.merge(numbersIn(fresh));
         close(fd);
@@ -126,13 +108,9 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
 }
 
 void Stops::judge(Act act, unsigned givenNumber, const char *when) {
-    bool twice = false;
-    Numbers kept;
-    std::istringstream lines(readFile(report) + readFile(other));
-    for (std::string line; std::getline(lines, line);)
-        for (const int number : numbersIn(line))
-            if (line == "record-" + std::to_string(number) + '.')
-                twice |= !kept.insert(number).second;
+    const std::multiset<int> lines = linesIn(readFile(report) + readFile(other));
+    Numbers kept(lines.begin(), lines.end());
+    const bool twice = kept.size() != lines.size();
     kept.merge(inLogs(""));
     const bool holds = std::includes(kept.begin(), kept.end(), wanted.begin(), wanted.end());
     const bool repeats = twice && act <= kInVain; // elsewhere a log that stays is reported again
@@ -165,7 +143,7 @@ bool Stops::stopAt(Act givenAct, unsigned number) {
         fs::remove_all(old);
     fs::create_directory(system.root.logs());
     for (int day = 0; day < 2; ++day)
-        writeFile(system.log(kDays[day]), logOf(1 + 3 * day, 4 + 3 * day));
+        writeFile(system.log(kDays[day]), numberedLog(1 + 3 * day, 4 + 3 * day));
     wanted = {1, 2, 3, 4, 5, 6};
     beside = 0;
     const pid_t run = system.start({"-d", "-o", report, "alpha"}, {.traced = true});

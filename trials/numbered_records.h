@@ -1,0 +1,37 @@
+// Logs of records with numbers, and where the numbers are found again.
+#pragma once
+
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "tests/support/run_tool.h"
+
+using Numbers = std::set<int>;
+constexpr int kEnd = 11; // the first number that no record has
+
+inline samples::Bytes numberedLog(int first, int end) {
+    samples::Log log;
+    for (int number = first; number < end; ++number)
+        log.job(jobOf({{"job-name", {"record-" + std::to_string(number) + '.'}}}));
+    return log.bytes();
+}
+
+inline Numbers numbersIn(const std::string &bytes) {
+    Numbers found;
+    for (int number = 1; number < kEnd; ++number)
+        if (bytes.find("record-" + std::to_string(number) + '.') != bytes.npos)
+            found.insert(number);
+    return found;
+}
+
+// Those that are whole lines.
+inline std::multiset<int> linesIn(const std::string &report) {
+    std::multiset<int> found;
+    std::istringstream lines(report);
+    for (std::string line; std::getline(lines, line);)
+        for (const int number : numbersIn(line))
+            if (line == "record-" + std::to_string(number) + '.')
+                found.insert(number);
+    return found;
+}
