@@ -11,8 +11,8 @@
 
 using namespace qvledger;
 
-constexpr std::size_t kBlockSize = 128 * 1024;
-constexpr int kDescriptors = 1024; // descriptors from here on are read without read-ahead
+constexpr std::size_t kBlockSize = 120 * 1024; // malloc may map one of 128 KiB afresh for each log
+constexpr int kDescriptors = 1024;             // descriptors from here on are read without read-ahead
 
 namespace {
 
