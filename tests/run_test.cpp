@@ -200,10 +200,8 @@ TEST(Run, ASignalEndsItWhileNobodyReadsItsReport) {
     EXPECT_EQ(report.take(start.size()), start);
     report.waitUntilFull(4096); // a write begins with what fits into the page of the one before
     kill(run, SIGTERM);
-    const std::string written = report.drain();
     EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
-    EXPECT_EQ(written.size() % 901, 0U) << "whole lines";
-    EXPECT_LT(written.size(), 100'000U) << "not all that was to be written at once";
+    EXPECT_LT(report.drain().size(), 10'000U) << "what was in the pipe";
     EXPECT_FALSE(fs::exists(system.log("19990301")));
     EXPECT_TRUE(fs::exists(system.log("19990302")));
 }
