@@ -25,6 +25,21 @@ TEST(Admission, EntryDecidesByUserAndGroup) {
     }
 }
 
+TEST(Admission, AccountsAndGroupsOfADomainCountInIt) {
+    PrintSystem system;
+    fs::create_directory(system / "etc");
+    writeFile(system / "etc/passwd", "CORP\\alice:x:0:0::/:/bin/sh\n");
+    writeFile(system / "etc/group", "CORP\\print:x:0:\n");
+    system.save("19990301", marchLog({.accessList = {pack(userEntry("alice", "CORP"))}}));
+    system.save("19990302", marchLog({.accessList = {pack(groupEntry("print", "CORP"))}}));
+    system.save("19990303", marchLog({.accessList = {pack(userEntry("alice", computerName()))}}));
+    const ToolResult result = system.run({"alpha"}, {.mounted = {system / "etc", "/etc"}});
+    if (result.status == kNoNamespace || getuid() != 0)
+        GTEST_SKIP() << "no mount namespace for the accounts";
+    EXPECT_EQ(result.out, "job-name\nmarch\nmarch\n");
+    EXPECT_EQ(result.err, "The user is not authorized to open the log file for the date 19990303.\n");
+}
+
 TEST(Admission, AnotherUserIsJudgedByWhoHeIs) {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can become another user";

@@ -17,6 +17,7 @@
 #include "ala/ala.h"
 #include "service/log.h"
 #include "service/log_internal.h"
+#include "service/log_repeats.h"
 #include "service/log_sink.h"
 #include "tests/support/log_daemon.h"
 #include "tests/support/run_tool.h"
@@ -317,4 +318,15 @@ TEST(LogSink, AFullPipeCutsNoLineIntoAnotherOne) {
                                                       " entries lost: the log's output did not take them"));
     EXPECT_EQ(entries[taken + 2], "5 f.cpp:2: last");
     sink.close();
+}
+
+// An entry that was lost is not the place's last one: its repetition is the first that is written.
+TEST_F(Log, LostEntriesAreNotRepeated) {
+    static qvledger::LogRepeats repeats;
+    const qvledger::LogPlace place = {LOG_ERROR, __FILE__, 1};
+    qvledger::DueRepetitions due;
+    repeats.enter(place, "text", due);
+    EXPECT_TRUE(repeats.count(place, "text", due));
+    EXPECT_EQ(repeats.forget(place), 1U);
+    EXPECT_FALSE(repeats.count(place, "text", due));
 }

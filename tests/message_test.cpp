@@ -37,6 +37,8 @@ TEST(Message, FormatsFollowPrintf) {
     char buffer[16];
     EXPECT_EQ(formatList(buffer, "%2$s-%1$03d", 8, "y"), 5);
     EXPECT_STREQ(buffer, "y-008");
+    EXPECT_EQ(formatList(buffer, "%%%2$s%1$s", "a", "b"), 3);
+    EXPECT_STREQ(buffer, "%ba");
     EXPECT_EQ(formatList(buffer, "%3$s%1$s%%%2$.2f%3$s", "a", 1.5, "z"), 8);
     EXPECT_STREQ(buffer, "za%1.50z");
     for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would read what is not there

@@ -172,6 +172,7 @@ TEST_F(OidDatabase, LocaleRenames) {
     ASSERT_EQ(open(), 0) << takeLog();
     const std::pair<std::string, const char *> cases[] = {{"de_DE.UTF-8", "Auftrag"},
                                                           {"de_CH.UTF-8@euro", "Uftrag"},
+                                                          {"de_CH@euro", "Uftrag"},
                                                           {"fr_FR", "job"},
                                                           {"C", "job"},
                                                           {"de_CH", "Uftrag"},
