@@ -104,8 +104,8 @@ using ALA__holdFile = ALA__holdResult (*)(int in_fd, const char *inp_path);
 
 // ALA_Open, with the log locked before its first record is read, but not before its access list has admitted
 // the caller; a header that was changed while the caller waited is checked again.  Where the system grants no
-// locks the log is opened all the same.  A log that lost its name while it was waited for is looked for again.  ALA_N_NORMAL with a null log
-// when in_hold gave up.
+// locks the log is opened all the same.  A log that lost its name while it was waited for is looked for
+// again.  ALA_N_NORMAL with a null log when in_hold gave up.
 ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date, ALA__holdFile in_hold,
                                 ALA_acctLogHandle_t *outp_logHandle);
 

@@ -66,9 +66,7 @@ std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *, ALA_groupSIDList 
     if (GetTokenInformation(token.get(), TokenGroups, groups.get(), kTokenSize, &needed) == 0) {
         if (GetLastError() == ERROR_INSUFFICIENT_BUFFER)
             ALA_DETAIL(
-                "the caller is in too many groups: their list takes %u bytes, and only %u are allowed, so no "
-                "group entry admits the caller\n",
-                needed, kTokenSize);
+                "the caller is in too many groups for the 512 bytes of their list: no group entry counts\n");
         return 1;
     }
     const SID_AND_ATTRIBUTES *first = groups->Groups;
