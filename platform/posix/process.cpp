@@ -12,8 +12,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-// Every operation of the facility asks, and a system call would cost more than most of them do.  The number is
-// kept in memory that is zero again in a child, whichever call made it: a raw clone() runs no handler of
+// Every operation of the facility asks, and a system call would cost more than most of them do.  The number
+// is kept in memory that is zero again in a child, whichever call made it: a raw clone() runs no handler of
 // pthread_atfork.  Null where the system cannot do that.
 static std::atomic<int> *makeKnownPid() {
     const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
