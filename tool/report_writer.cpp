@@ -70,16 +70,18 @@ using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 } // namespace
 
 // One field: the name, or the values with a space before each further one.  False when the report cannot be
-// written.
+// written; then the last text cannot either.
 static bool writeField(std::FILE *fl, const char *separator, const ALA_attrPair &pair,
                        std::int32_t isHeader) {
     const attributeVal *value = pair.attrVal;
-    bool isWritten =
-        MSG_PutText(fl, separator) && MSG_PutText(fl, isHeader != 0 ? pair.attrName : value->value);
+    MSG_PutText(fl, separator);
+    bool isWritten = MSG_PutText(fl, isHeader != 0 ? pair.attrName : value->value);
     if (isHeader != 0)
         return isWritten;
-    for (value = value->next; value != nullptr && isWritten; value = value->next)
-        isWritten = MSG_PutText(fl, " ") && MSG_PutText(fl, value->value);
+    for (value = value->next; value != nullptr && isWritten; value = value->next) {
+        MSG_PutText(fl, " ");
+        isWritten = MSG_PutText(fl, value->value);
+    }
     return isWritten;
 }
 
