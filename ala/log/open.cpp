@@ -119,11 +119,12 @@ static ALA_retCode_t checkAccess(NamedLog &file) {
     return ALA_N_NORMAL;
 }
 
-// The first bytes of a log; null when they cannot be read or memory runs out.
-static Malloced<char> readFromStart(int fd, std::int64_t givenSize) {
-    const auto size = static_cast<std::size_t>(givenSize);
-    Malloced<char> bytes(givenSize > 0 ? static_cast<char *>(std::malloc(size)) : nullptr);
-    if (bytes != nullptr && (seekLog(fd, 0, SEEK_SET) != 0 || readLog(fd, bytes.get(), size) != givenSize))
+// The first bytes of a log; null when they are too many, cannot be read or memory runs out.
+static Malloced<char> readFromStart(int fd, std::int64_t size) {
+    constexpr std::int64_t kMost = 1 << 20;
+    const auto length = static_cast<std::size_t>(size);
+    Malloced<char> bytes(size > 0 && size <= kMost ? static_cast<char *>(std::malloc(length)) : nullptr);
+    if (bytes != nullptr && (seekLog(fd, 0, SEEK_SET) != 0 || readLog(fd, bytes.get(), length) != size))
         bytes.reset();
     return bytes;
 }
