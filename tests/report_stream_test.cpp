@@ -76,8 +76,9 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenItsLines) {
         writeFile(report, "");
         const int held = open(report.c_str(), O_RDWR | O_APPEND | O_CLOEXEC), output = atFirstByte();
         ASSERT_EQ(OS_LockFile(held), OS_DONE);
-        const pid_t waiting = system.start({"-d", "alpha"}, {.output = output});
-        usleep(100'000);
+        const pid_t waiting =
+            system.start({"-d", "alpha"}, {.output = output, .error = removed ? -1 : output});
+        usleep(removed ? 100'000 : 1'200'000); // long enough to say that it waits, which it must not do there
         EXPECT_EQ(write(held, "other\n", 6), 6);
         if (removed)
             fs::remove(report);
