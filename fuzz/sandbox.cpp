@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 // The C library looks accounts up in files, several times for each log that is opened.  These take its place;
-// the group is one that the kept logs admit, whoever runs the target on whatever machine.
+// the group is one that the kept logs admit, on any machine and for any user.
 extern "C" int getpwuid_r(uid_t id, passwd *entry, char *, std::size_t, passwd **found) {
     static char name[] = "anna";
     *entry = {};

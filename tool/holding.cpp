@@ -24,7 +24,7 @@ static bool isMessagesFile(int fd) {
 // Polls, because a blocking lock could begin just after the signal that should interrupt it.
 ALA__holdResult qvledger::holdFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
-    bool told = isMessagesFile(fd);
+    bool isReported = isMessagesFile(fd);
     for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
         switch (OS_LockFile(fd)) {
         case OS_DONE:
@@ -36,9 +36,9 @@ ALA__holdResult qvledger::holdFile(int fd, const char *name) {
         }
         if (OS_NotedSignal() != 0)
             return ALA__holdResult::GivenUp;
-        if (!told && Clock::now() - start >= kPatience) {
+        if (!isReported && Clock::now() - start >= kPatience) {
             DisplayMsg(kMsgWaiting, name);
-            told = true;
+            isReported = true;
         }
         OS_Sleep(pause);
     }

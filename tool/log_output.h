@@ -25,9 +25,9 @@ public:
                        std::FILE *stream) = 0;
     // A log could not be opened; the user was told.
     virtual void passOver(const LogName &, std::FILE *) {}
-    // The log that was written last could not be read to its end; the user was told.
+    // The log that was written last could not be read to its end, which was reported.
     virtual void readFailed() {}
-    // Logs of the server may be missing; the user was told.
+    // Logs of the server may be missing, which was reported.
     virtual void listIsCut(const char *, std::FILE *) {}
     // No further log follows.
     virtual void end() {}

@@ -187,7 +187,8 @@ bool ReportStream::fail(int error) {
     if (failed_)
         return false;
     failed_ = true;
-    const bool isKnown = error == EPIPE || error == EINTR; // to whoever stopped reading, or asked for the end
+    const bool isKnown =
+        error == EPIPE || error == EINTR; // to the reader that left, or the sender of the signal
     const char *reason = std::strerror(error);
     if (!isKnown && fileName_ != nullptr)
         DisplayMsg(kMsgReportLost, fileName_, reason);

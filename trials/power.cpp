@@ -104,7 +104,7 @@ void Power::change(Call call) {
     calls.push_back(std::move(call));
 }
 
-// The texts of a line, which are in hexadecimal: in quotation marks, and behind descriptors.
+// The texts of a line, which are in hexadecimal: in quotation marks, and after descriptors.
 static std::vector<std::string> textsIn(const std::string &line) {
     std::vector<std::string> texts;
     for (std::size_t at = 0; (at = line.find_first_of("\"<", at)) != line.npos;) {

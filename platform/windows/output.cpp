@@ -13,7 +13,7 @@ OS_outputKind OS_KindOfOutput(int in_fd) {
     switch (GetFileType(handleOf(in_fd))) {
     case FILE_TYPE_CHAR:
         return OS_outputKind::Device;
-    case FILE_TYPE_PIPE: // and a socket, which nothing tells apart
+    case FILE_TYPE_PIPE: // or a socket, which looks the same
         return OS_outputKind::Pipe;
     default:
         return OS_outputKind::Unknown;
