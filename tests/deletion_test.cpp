@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <tuple>
 
 #include <csignal>
 
@@ -308,6 +309,24 @@ TEST(Deletion, WhereWritersAreNotShownALogMustBeQuietForAnHour) {
     }
 }
 
+TEST(Deletion, WhatCannotBeMovedStaysAndTellsWhy) {
+    const std::tuple<const char *, int, const char *> cases[] = {
+        {"EBUSY", 0, "another program has it open and does not let it be moved"},
+        {"EINVAL", 0, "its file system cannot give it another name safely"},
+        {"EROFS", 26, ""},
+    };
+    for (const auto &[error, status, why] : cases) {
+        SCOPED_TRACE(error);
+        PrintSystem system;
+        system.save(kTail, logOf({march()}));
+        const ToolRun run{.failing = {system.log(kTail), std::string("renameat2:error=") + error}};
+        const ToolResult result = system.run({"-d", "alpha"}, run);
+        EXPECT_EQ(result.status, status);
+        EXPECT_TRUE(fs::exists(system.log(kTail)));
+        EXPECT_TRUE(status != 0 || wasKept(result, why)) << result.log;
+    }
+}
+
 // Reports the logs of two days in this process, where calls can be seen and scripted.
 static int deleteInProcess(const PrintSystem &system, const std::string &report) {
     const std::string logs = system.root.logs(), oids = system.root.oids();
@@ -405,6 +424,10 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     EXPECT_EQ(system.run({"-d", "alpha"}).status, 29);
     EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it is still there";
     close(deleting); // and was killed
+    EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
+              "qvledger: a log that was not deleted stays under the name " + aside.string() +
+                  ": No locks available.\n"
+                  "Unable to find the accounting logs for server alpha.\n");
     EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is no log";
     EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}).status, 0);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");

@@ -39,7 +39,8 @@ TEST(Json, EveryTextSurvivesItsEscaping) {
         {"cut characters", "\xE2\x82z\xC3", "\uFFFD\uFFFDz\uFFFD"},
         {"more bytes than needed", "\xC0\x80\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
         {"half a surrogate pair", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
-        {"beyond the last character", "\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"beyond the last character", "\xF4\x90\x80\x80\xF5\x80\x80\x80",
+         "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
     };
     std::vector<std::string> texts;
     std::string values;
@@ -200,7 +201,8 @@ TEST(Json, AFullOutputIsToldAndHasItsStatus) {
     PrintSystem system;
     system.save("19990301", logOf({jobOf({{"job-name", {"x"}}})}));
     const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
-    const ToolResult result = system.run({"alpha"}, {.output = full, .program = QVLEDGER_JSON_BINARY});
+    const ToolResult result =
+        system.run({"alpha", "none"}, {.output = full, .program = QVLEDGER_JSON_BINARY});
     close(full);
     EXPECT_EQ(result.status, 74);
     EXPECT_EQ(

@@ -134,6 +134,11 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
         << "the file that has the name now";
     close();
     EXPECT_EQ(toDelete([&](const char *name) { samples::writeFile(name, refusing.bytes()); }), 7);
+    fs::remove(path());
+    layCurrentLog();
+    const auto rename = [&](const char *name) { fs::rename(name, path()); };
+    EXPECT_EQ(toDelete(rename), ALA_N_NORMAL) << "it was given the name of its day meanwhile";
+    close();
 }
 
 TEST_F(Open, FailingCallsOfTheSystemHaveTheirCodes) {

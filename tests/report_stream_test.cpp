@@ -133,18 +133,21 @@ TEST(ReportFile, ThatIsALogIsRefused) {
     marchLog().save(others);
     fs::create_symlink(system.log("current"), system / "link");
     fs::create_hard_link(system.log("current"), system / "second name");
-    for (const fs::path &report :
-         {system.log("current"), system / "link", system / "second name", system.log("new"), others}) {
+    for (const fs::path &report : {system.log("current"), system / "link", system / "second name",
+                                   system.log("new"), system.log("19990305"), others}) {
         const ToolResult result = system.run({"-o", report, "-e", "19990301", "alpha"});
         EXPECT_EQ(result.status, 30);
         EXPECT_EQ(result.err,
                   "Unable to open the file " + report.string() + " to append more accounting information.\n");
     }
+    // One that can be written and not read: its third opening is that of the look at how it begins.
+    EXPECT_EQ(
+        system.run({"-o", others, "alpha"}, {.failing = {others, "openat:error=EACCES:when=3+"}}).status, 30);
     const int output = open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
     EXPECT_EQ(system.run({"alpha"}, {.output = output}).status, 30);
     close(output);
     EXPECT_EQ(readFile(system.log("current")), before);
-    EXPECT_FALSE(fs::exists(system.log("new")));
+    EXPECT_FALSE(fs::exists(system.log("new")) || fs::exists(system.log("19990305")));
     EXPECT_EQ(readFile(others), marchLog().bytes());
     writeFile(text, "named as a log of another server, but no log\n");
     EXPECT_EQ(system.run({"-e", "19990301", "-o", text, "alpha"}).status, 0);
