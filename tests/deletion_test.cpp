@@ -144,6 +144,12 @@ TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
     expectKept("full device", {"-d", "alpha"}, {.output = full}, output + "No space left on device.\n");
     expectKept("pipe without a reader", {"-d", "alpha"}, {.output = pipe[1]}, "");
     expectKept("closed stream", {"-d", "alpha"}, {.closed = {1}}, output + "Bad file descriptor.\n");
+    for (const char *name : {"/dev/stdout", "/dev/fd/1"}) {
+        PrintSystem system;
+        system.save("19990301", marchLog());
+        EXPECT_EQ(system.run({"-d", "-o", name, "alpha"}, {.closed = {1}}).status, 30) << name;
+        EXPECT_TRUE(fs::exists(system.log("19990301"))) << name;
+    }
     expectKept("report file on a full device", {"-d", "-o", "/dev/full", "alpha"}, {},
                "qvledger: the report /dev/full could not be written: No space left on device.\n");
     close(pipe[1]);

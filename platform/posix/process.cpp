@@ -54,9 +54,10 @@ const char *OS_ProgramName() {
 void OS_PrepareProcess() {
     for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
         std::signal(ignored, SIG_IGN);
-    // What stands in for a closed stream refuses its use, as a closed one does.
+    // What stands in for a closed stream refuses its use, as a closed one does.  So does /dev/stdout, which
+    // leads to it: a folder cannot be opened to write.
     while (true) {
-        const int fd = open("/dev/null", O_RDONLY);
+        const int fd = open("/", O_PATH);
         if (fd == -1 || fd > STDERR_FILENO) {
             if (fd != -1)
                 static_cast<void>(close(fd));
