@@ -109,9 +109,11 @@ using ALA__holdFile = ALA__holdResult (*)(int in_fd, const char *inp_path);
 ALA_retCode_t ALA__OpenToDelete(ALA_handle_t in_alaHandle, const ALA_time *inp_date, ALA__holdFile in_hold,
                                 ALA_acctLogHandle_t *outp_logHandle);
 
-// Is that file one of the logs that a server has in a directory, under whatever name, or one that is about to
-// be deleted, or another server's log there?  False too when the directory cannot be read or memory runs out.
-bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file);
+// Is that file, open under in_fd, one of the logs that a server has in a directory, under whatever name, or
+// one that is being deleted, or another server's log there?  Where not all names could be compared, any file
+// that begins as a log is taken for one.
+bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file,
+                std::int32_t in_fd);
 
 // The name of an open log's file, without its directory.
 const char *ALA__LogFileName(ALA_acctLogHandle_t in_log);

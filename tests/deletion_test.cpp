@@ -408,6 +408,8 @@ TEST(Deletion, ARequestToEndIsHeardInsideALongLine) {
 
 TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     PrintSystem system;
+    const std::string left =
+        "qvledger: the log alpha.19990301.being-deleted is being deleted, or was left by a run that ended.\n";
     const fs::path report = system / "report", aside = system.log("19990301.being-deleted");
     system.save(kTail, logOf({march()}));
     const int held = open(system.log(kTail).c_str(), O_RDONLY | O_CLOEXEC);
@@ -427,12 +429,13 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     system.save("19990301.being-deleted", logOf({march()}));
     const int deleting = open(aside.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(OS_LockFile(deleting), OS_DONE);
-    EXPECT_EQ(system.run({"-d", "alpha"}).status, 29);
+    EXPECT_EQ(system.run({"-d", "alpha"}).err,
+              left + "Unable to find the accounting logs for server alpha.\n");
     EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it is still there";
     close(deleting); // and was killed
     EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
               "qvledger: a log that was not deleted stays under the name " + aside.string() +
-                  ": No locks available.\n"
+                  ": No locks available.\n" + left +
                   "Unable to find the accounting logs for server alpha.\n");
     EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is no log";
     EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}).status, 0);
@@ -441,6 +444,7 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     for (const char *tail : {"19990301.being-deleted", kTail})
         system.save(tail, logOf({march()}));
     EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted stays under the name " +
-                                                   aside.string() + ": another file has its own name.\n");
+                                                   aside.string() + ": another file has its own name.\n" +
+                                                   left);
     EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither takes the other's place";
 }

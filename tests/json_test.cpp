@@ -276,6 +276,16 @@ TEST(Json, LogsThatAreNotListedAreReported) {
                "Input/output error.",
                27, 27, whole + "{\"server\":\"alpha\",\"complete\":false}\n",
                {system.root.logs(), "getdents64:error=EIO:when=2+2"});
+    const std::string others = system.root.log("beta", "19990301");
+    marchLog().save(others);
+    EXPECT_EQ(system
+                  .run({"-d", "-o", others, "alpha"},
+                       {.failing = {system.root.logs(), "getdents64:error=EIO:when=1"}})
+                  .status,
+              30)
+        << "a report that may be a log";
+    EXPECT_EQ(readFile(others), marchLog().bytes());
+    fs::remove(others);
     system.save("19990228.being-deleted", marchLog());
     expectEach("being deleted",
                "the log alpha.19990228.being-deleted is being deleted, or was left by a run that ended.", 0,

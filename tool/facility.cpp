@@ -66,11 +66,7 @@ class ListingMessages final : public ALA__listingWatch {
 public:
     ListingMessages(const Options &options, Facility &facility) : options_(options), facility_(facility) {}
 
-    // Under -d those that nobody is deleting have their own names again.
-    void aside(const char *name) override {
-        if (options_.dflg == 0)
-            DisplayMsg(kMsgBeingDeleted, name);
-    }
+    void aside(const char *name) override { DisplayMsg(kMsgBeingDeleted, name); }
     void cut(int error) override {
         facility_.isListCut = true;
         DisplayMsg(kMsgListCut, options_.serverName, std::strerror(error));

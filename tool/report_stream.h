@@ -40,7 +40,7 @@ public:
     bool isFile() const { return kind_ == OS_outputKind::File; }
     // Is the report one of the server's logs?
     bool isLog(const char *server, const char *logPath) const {
-        return isFile() && ALA__IsLog(server, logPath, opened_);
+        return isFile() && ALA__IsLog(server, logPath, opened_, again_.get());
     }
 
     // Could something not be written?  The user was told, and nothing more is written.

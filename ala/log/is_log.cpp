@@ -47,12 +47,16 @@ public:
             return ALA_N_NORMAL;
         const Malloced<char> path = ALA__PathInDirectory(entry.directory, entry.name);
         OS_fileIdentity log = {};
+        isCut = isCut || path == nullptr;
         isFound = path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file_) &&
                   (isServers || mayBeginAsLog(path.get()));
         return ALA_N_NORMAL;
     }
 
+    void cut(int) override { isCut = true; }
+
     bool isFound = false;
+    bool isCut = false; // not every entry was compared
 
 private:
     const std::string_view prefix_;
@@ -61,11 +65,14 @@ private:
 
 } // namespace
 
-bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file) {
+bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file,
+                std::int32_t in_fd) {
     const Malloced<char> prefix(_ALA_AddChar(inp_serverName, "."));
-    if (prefix == nullptr)
-        return false;
-    FileAmongLogs logs(prefix.get(), in_file);
-    visitDirectory(inp_acctLogPath, "", logs);
-    return logs.isFound;
+    FileAmongLogs logs(prefix != nullptr ? prefix.get() : "", in_file);
+    if (prefix != nullptr)
+        visitDirectory(inp_acctLogPath, "", logs);
+    if (logs.isFound || (prefix != nullptr && !logs.isCut))
+        return logs.isFound;
+    const LogFile file(_dup(in_fd));
+    return seekLog(file.get(), 0, SEEK_SET) == 0 && beginsAsLog(file.get());
 }
