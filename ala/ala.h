@@ -223,7 +223,7 @@ ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_
                                    ALA_record_t *outp_record);
 
 /* The system's error number if the last of these two failed because the file could not be read, else 0.
-   ALA_A_LAST_ATTRIBUTE with an error is not the log's end. */
+   ALA_A_LAST_ATTRIBUTE with an error is not the log's end.  REQUIRES: an open log. */
 int32_t ALA_ReadError(ALA_acctLogHandle_t in_log);
 
 /* Always ALA_N_NORMAL; a null address or a null record is fine. */

@@ -7,7 +7,8 @@
 
 namespace qvledger {
 
-// The length of the control character at a place: of ASCII, or U+0080 to U+009F in UTF-8; 0 if there is none.
+// The bytes of the control character at a place (ASCII, or U+0080 to U+009F in UTF-8); 0 for any other
+// character.
 inline std::size_t controlAt(std::string_view text, std::size_t at) {
     const auto byte = static_cast<unsigned char>(text[at]);
     if (byte < 0x20 || byte == 0x7f)
@@ -22,7 +23,7 @@ template <class Append>
 void escapeControls(std::string_view text, Append append) {
     std::size_t shown = 0;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        std::size_t length = controlAt(text, at);
+        const std::size_t length = controlAt(text, at);
         if (length == 0)
             continue;
         append(text.substr(shown, at - shown));

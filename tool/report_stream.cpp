@@ -274,7 +274,7 @@ const char *ReportStream::whyNotInPlace() const {
     if (!isFile())
         return nullptr;
     if (!isWhole())
-        return "another program has changed its report";
+        return "its report does not contain exactly what this run added to it";
     // Standard output may have come without a name; whoever started the program has it then.
     const bool isThere = OS_IdentifyDescriptor(fd_, &present) == 0 &&
                          (fileName_ != nullptr ? present.names != 0 && nameLeadsHere()

@@ -118,9 +118,7 @@ static const char *differenceAside(const char *aside, const ALA__readLog &read, 
     if (held == OS_TAKEN)
         return "another program has it open for writing";
     if (held == OS_REFUSED && !isQuiet(read))
-        return "it was written to within the last hour, and a program may still have it open for writing: "
-               "the "
-               "system does not say";
+        return "it was written to within the last hour, and the system does not show who has it open";
     const char *why = difference(aside, read);
     return why != nullptr ? why : deletion.objection();
 }
