@@ -70,24 +70,11 @@ std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
 // this number has something in it that no report shows.  REQUIRES: a handle from ALA_Register.
 std::uint64_t ALA__ValuesPassedOver(ALA_handle_t in_handle);
 
-// What the list of a record's names would be, without making it.
-struct ALA__rememberedNames {
-    std::uint64_t state; // of what the facility remembers; 0: the names are not known without a list
-    std::uint64_t first; // of the record's attributes
-    std::uint64_t end;   // not included
-    bool operator==(const ALA__rememberedNames &) const = default;
-};
-
-// The names that ALA_ListAttributesFromRecord would list with a null locale, as far as they are remembered
-// from having been listed or delivered; all zero when one of them is not, or the type is unknown.  Nothing is
-// looked up, nothing logged.  REQUIRES: a handle from ALA_Register and a record read with it.
-ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, ALA_record_t in_record,
-                                      ALA_recAttrType_t in_type);
-
-// True if the record's names are surely those that ALA__RecallNames gave for another record of the handle;
-// false when they differ or are not known without a list.  REQUIRES: as there.
-bool ALA__HasSameNames(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type,
-                       const ALA__rememberedNames &in_names);
+// A number for the names that ALA_ListAttributesFromRecord would list with a null locale: two records of a
+// handle have the same number only if they have the same list.  0: the names are not known without a list, or
+// the type is unknown.  Nothing is looked up, nothing logged.  REQUIRES: a handle from ALA_Register and a
+// record read with it.
+std::uint64_t ALA__NamesState(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type);
 
 // ---- Logs that are read in order to be deleted ----
 

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "ala/ala.h"
-#include "ala/log/record.h"
+#include "ala/base/record.h"
 #include "ala/render/dispatcher.h"
 #include "samples/log_writer.h"
 #include "samples/sample_oids.h"

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <malloc.h>
 
-#include "ala/log/record.h"
+#include "ala/base/record.h"
 #include "tests/support/facility.h"
 
 using namespace samples;

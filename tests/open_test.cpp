@@ -9,7 +9,6 @@
 
 #include "ala/driver.h"
 #include "ala/log/open_log.h"
-#include "ala/log/read_ahead.h"
 #include "tests/support/facility.h"
 
 namespace fs = std::filesystem;
@@ -56,8 +55,7 @@ TEST_F(Open, DateChoosesTheFile) {
 TEST_F(Open, HeaderCutAnywhereIsAFailedRead) {
     const Log whole({.accessList = {pack(anyUserEntry()), pack(userEntry("x", "y"))}});
     ASSERT_EQ(open(whole), ALA_N_NORMAL);
-    EXPECT_EQ(qvledger::seekLog(log->fd, 0, SEEK_CUR), static_cast<long>(whole.size()))
-        << "stands on the first record";
+    EXPECT_EQ(lseek(log->fd, 0, SEEK_CUR), static_cast<long>(whole.size())) << "stands on the first record";
     for (std::size_t size = 0; size < whole.size(); size++)
         ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_A_FAIL_READ_LOG_FILE) << "cut to " << size;
 }
@@ -118,7 +116,7 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     close();
     ASSERT_EQ(toDelete([](auto) {}), ALA_N_NORMAL);
     EXPECT_EQ(takeLog('6'), details) << "an unchanged header is logged once";
-    EXPECT_EQ(qvledger::seekLog(log->fd, 0, SEEK_CUR), static_cast<long>(Log().size()));
+    EXPECT_EQ(lseek(log->fd, 0, SEEK_CUR), static_cast<long>(Log().size()));
     close();
     int locks = 0;
     const auto replaceOnce = [&](const char *name) {

@@ -4,8 +4,8 @@
 #include <sys/resource.h>
 
 #include "ala/base/handle.h"
+#include "ala/base/record.h"
 #include "ala/log/open_log.h"
-#include "ala/log/record.h"
 #include "tests/support/facility.h"
 
 using namespace samples;

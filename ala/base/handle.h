@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "ala/ala.h"
-#include "ala/cursor/columns.h"
+#include "ala/base/columns.h"
 
 struct handleData {
     std::int32_t pid;  // of the process that registered

@@ -104,24 +104,27 @@ static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const ch
 }
 
 // Looks a name up and remembers it.  0, or the failure of the OID database.
-static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, attrValNode *node, char *name) {
+static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, std::uint32_t place,
+                               attrValNode *node, char *name) {
     std::int32_t result = ALA__FillOid(status, node);
     if (result == 0)
         result = OID_LookupBinary(status, handle->oidHandle, node->oid, name, 0);
     if (result == 0)
-        handle->columns.remember(node->decoid, node->column, name);
+        handle->columns.remember(place, node->decoid, name);
     return result;
 }
 
 // Puts one name into the list.
-static ALA_retCode_t addName(STF_l__hdr *status, ALA_handle_t handle, attrValNode *node, NameBlock &names) {
+static ALA_retCode_t addName(STF_l__hdr *status, ALA_handle_t handle, const record &job, std::uint32_t place,
+                             NameBlock &names) {
+    attrValNode *node = &job.attrValList[place];
     bool added = false;
-    const std::string_view known = handle->columns.recall(node->decoid, node->column);
+    const std::string_view known = handle->columns.recall(place, node->decoid);
     if (known.data() != nullptr) {
         added = names.add(known.data(), known.size());
     } else {
         char name[OID_NAME_SIZE];
-        const std::int32_t result = lookUpName(status, handle, node, name);
+        const std::int32_t result = lookUpName(status, handle, place, node, name);
         if (result != 0) {
             node->oid = nullptr;
             return ALA_FAIL(
@@ -166,29 +169,23 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
         return ALA_N_NORMAL;
     NameBlock names(range.end - range.first);
     for (std::uint64_t i = range.first; i < range.end; ++i)
-        if (const ALA_retCode_t result = addName(status, in_alaHandle, &in_curRecord->attrValList[i], names);
+        if (const ALA_retCode_t result =
+                addName(status, in_alaHandle, *in_curRecord, static_cast<std::uint32_t>(i), names);
             result != ALA_N_NORMAL)
             return result;
     *outp_attributeNames = names.release();
     return ALA_N_NORMAL;
 }
 
-ALA__rememberedNames ALA__RecallNames(ALA_handle_t in_handle, ALA_record_t in_record,
-                                      ALA_recAttrType_t in_type) {
+std::uint64_t ALA__NamesState(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type) {
     NodeRange range = {};
     if (!selectRange(*in_record, in_type, &range))
-        return {};
-    for (std::uint64_t i = range.first; i < range.end; ++i) {
-        attrValNode &node = in_record->attrValList[i];
-        if (in_handle->columns.recall(node.decoid, node.column).data() == nullptr)
-            return {};
-    }
-    return {in_handle->columns.currentState(), range.first, range.end};
-}
-
-bool ALA__HasSameNames(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type,
-                       const ALA__rememberedNames &in_names) {
-    return in_names.state != 0 && ALA__RecallNames(in_handle, in_record, in_type) == in_names;
+        return 0;
+    for (std::uint64_t i = range.first; i < range.end; ++i)
+        if (in_handle->columns.recall(static_cast<std::uint32_t>(i), in_record->attrValList[i].decoid)
+                .data() == nullptr)
+            return 0;
+    return in_handle->columns.stateOf(range.first, range.end);
 }
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {

@@ -50,13 +50,15 @@ static ALA_retCode_t deliverValues(STF_l__hdr *status, ALA_handle_t handle, cons
     return result;
 }
 
-ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_node, const char *inp_locale,
-                                    const CursorTexts &in_texts, ALA_attrPair **outp_attribute,
-                                    bool *outp_complete) {
+// Renders the attribute at a place of a record.  *outp_complete: the rendering reached its end, whatever the
+// result of the last value is.
+static ALA_retCode_t deliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_node, std::uint32_t place,
+                                      const char *inp_locale, const CursorTexts &in_texts,
+                                      ALA_attrPair **outp_attribute, bool *outp_complete) {
     const StatusList status;
     if (inp_locale != nullptr)
         in_handle->columns.forget();
-    const std::string_view knownName = in_handle->columns.recall(inoutp_node->decoid, inoutp_node->column);
+    const std::string_view knownName = in_handle->columns.recall(place, inoutp_node->decoid);
     const bool isKnown = knownName.data() != nullptr;
     if (const std::int32_t result = isKnown ? 0 : ALA__FillOid(status, inoutp_node); result != 0) {
         ++in_handle->valuesPassedOver;
@@ -67,7 +69,7 @@ ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_
     const ALA_retCode_t result = deliverValues(status, in_handle, inoutp_node, knownName, inp_locale,
                                                in_texts, outp_attribute, outp_complete);
     if (!isKnown && inp_locale == nullptr && *outp_attribute != nullptr)
-        in_handle->columns.remember(inoutp_node->decoid, inoutp_node->column, (*outp_attribute)->attrName);
+        in_handle->columns.remember(place, inoutp_node->decoid, (*outp_attribute)->attrName);
     return result;
 }
 
@@ -90,6 +92,13 @@ ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord
 template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, record **, const CursorTexts &);
 template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, docRecord **, const CursorTexts &);
 
+static std::uint32_t placeOf(const record &job) {
+    return job.index;
+}
+static std::uint32_t placeOf(const docRecord &document) {
+    return document.firstPlace + document.index;
+}
+
 // Delivers the node at the cursor's index.  The cursor stands on it only once its rendering has reached its
 // end.
 template <class Record>
@@ -97,7 +106,8 @@ static ALA_retCode_t deliverAtIndex(ALA_handle_t handle, Record *record, const c
                                     const CursorTexts &texts, ALA_attrPair **attribute) {
     attrValNode *node = record->attrValList + record->index;
     bool complete = false;
-    const ALA_retCode_t result = ALA__DeliverAttribute(handle, node, locale, texts, attribute, &complete);
+    const ALA_retCode_t result =
+        deliverAttribute(handle, node, placeOf(*record), locale, texts, attribute, &complete);
     if (complete)
         record->curAttr = node;
     return result;

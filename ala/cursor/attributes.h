@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ala/base/handle.h"
-#include "ala/log/record.h"
+#include "ala/base/record.h"
 #include "service/status.h"
 
 namespace qvledger {
@@ -14,12 +14,6 @@ struct CursorTexts {
 };
 
 } // namespace qvledger
-
-// Renders one attribute into *outp_attribute.  *outp_complete tells that the rendering reached its end,
-// whatever the result of the last value is.
-ALA_retCode_t ALA__DeliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_node, const char *inp_locale,
-                                    const qvledger::CursorTexts &in_texts, ALA_attrPair **outp_attribute,
-                                    bool *outp_complete);
 
 // Fills the node's binary object identifier; null again on failure.
 std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node);

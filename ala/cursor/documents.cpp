@@ -2,7 +2,7 @@
 #include "ala/cursor/attributes.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdlib>
 #include <utility>
 
 #include "ala/base/owners.h"
@@ -10,58 +10,41 @@
 
 using namespace qvledger;
 
-// Deep copies in the document's own memory.  False when memory runs out.
-static bool copyNode(const attrValNode &source, RecordMemory &memory, attrValNode *copy) {
-    *copy = source;
-    if (source.oid != nullptr)
-        copy->oid = copy->oidBytes;
-    if (source.attrVals == nullptr)
-        return true;
-    const std::size_t count = source.numAttrVal;
-    copy->attrVals = static_cast<GEN_string *>(memory.allocate(count * sizeof(GEN_string)));
-    if (copy->attrVals == nullptr)
-        return false;
-    for (std::size_t i = 0; i < count; ++i) {
-        const GEN_string &value = source.attrVals[i];
-        const auto length = static_cast<std::size_t>(value.length);
-        auto *bytes = static_cast<std::uint8_t *>(memory.allocateBytes(length));
-        if (bytes == nullptr)
-            return false;
-        std::memcpy(bytes, value._value, length);
-        copy->attrVals[i] = {value.length, bytes};
-    }
-    return true;
-}
-
-static ALA_retCode_t noMemoryForList(const char *operation) {
-    return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
-                    "Could not allocate memory for docRecord->attrValList in %s; ALA_A_OUT_OF_MEMORY",
-                    operation);
-}
-
 // The document of that number, counted from 0.  Its last nodes are missing if the record ends before them.
-static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t givenNumber, const char *operation,
-                                  ALA_dRecord_t *givenDocRecord) {
-    Owned<docRecord> document = makeOwned<docRecord>();
+static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const char *operation,
+                                  ALA_dRecord_t *outDocument) {
+    const std::uint64_t start = jobRecord->numJobAttr + std::uint64_t{number} * jobRecord->docAttrPerDoc;
+    const std::uint64_t left = jobRecord->numAttr - start;
+    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(jobRecord->docAttrPerDoc, left));
+    const attrValNode *source = jobRecord->attrValList + start;
+    std::size_t values = 0;
+    std::size_t size = 0;
+    for (const attrValNode *node = source; node != source + count; ++node) {
+        values += node->numAttrVal;
+        for (std::uint32_t i = 0; i < node->numAttrVal; ++i)
+            size += static_cast<std::size_t>(node->attrVals[i].length);
+    }
+    RecordParts parts = {};
+    Malloced<docRecord> document = makeRecord<docRecord>(count, values, size, &parts);
     if (document == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for docRecord in %s; ALA_A_OUT_OF_MEMORY", operation);
-    const std::uint64_t start = jobRecord->numJobAttr + std::uint64_t{givenNumber} * jobRecord->docAttrPerDoc;
-    const std::uint64_t left = jobRecord->numAttr - start;
-    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(jobRecord->docAttrPerDoc, left));
-    document->attrValList = static_cast<attrValNode *>(
-        document->memory.allocate(std::max<std::size_t>(count, 1) * sizeof(attrValNode)));
-    if (document->attrValList == nullptr)
-        return noMemoryForList(operation);
-    for (; document->numDocAttr < count; ++document->numDocAttr) {
-        const std::uint32_t number = document->numDocAttr;
-        attrValNode *copy = &document->attrValList[number];
-        if (!copyNode(jobRecord->attrValList[start + number], document->memory, copy))
-            return noMemoryForList(operation);
-        copy->column = ColumnStamp(jobRecord->numJobAttr + number);
+    document->numDocAttr = count;
+    document->firstPlace = jobRecord->numJobAttr;
+    std::copy_n(source, count, parts.nodes);
+    for (attrValNode *node = parts.nodes; node != parts.nodes + count; ++node) {
+        if (node->oid != nullptr)
+            node->oid = node->oidBytes;
+        if (node->numAttrVal == 0)
+            continue;
+        const GEN_string *from = std::exchange(node->attrVals, parts.values);
+        for (const GEN_string *end = from + node->numAttrVal; from != end; ++from) {
+            *parts.values++ = {from->length, parts.bytes};
+            parts.bytes = std::copy_n(from->_value, from->length, parts.bytes);
+        }
     }
     ++jobRecord->docIndex;
-    *givenDocRecord = document.release();
+    *outDocument = document.release();
     return ALA_N_NORMAL;
 }
 
@@ -129,6 +112,6 @@ ALA_retCode_t ALA_FreeDocmtRecord(ALA_dRecord_t *inoutp_docRecord) {
     const FuncTrace trace("ALA_FreeDocmtRecord");
     if (inoutp_docRecord == nullptr || *inoutp_docRecord == nullptr)
         return ALA_N_NORMAL;
-    const Owned<docRecord> released(std::exchange(*inoutp_docRecord, nullptr));
+    std::free(std::exchange(*inoutp_docRecord, nullptr));
     return ALA_N_NORMAL;
 }

@@ -9,7 +9,6 @@
 #include "ala/directory/scan.h"
 #include "ala/driver.h"
 #include "ala/log/permission.h"
-#include "ala/log/read_ahead.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -29,7 +28,7 @@ static bool isNamedAsLog(std::string_view name) {
 
 // So may a file that the caller cannot read.
 static bool mayBeginAsLog(const char *path) {
-    const LogFile file(SYSU_Open(path, 0));
+    const Descriptor file(SYSU_Open(path, 0));
     return !file.isOpen() || beginsAsLog(file.get());
 }
 
@@ -73,6 +72,5 @@ bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const O
         visitDirectory(inp_acctLogPath, "", logs);
     if (logs.isFound || (prefix != nullptr && !logs.isCut))
         return logs.isFound;
-    const LogFile file(_dup(in_fd));
-    return seekLog(file.get(), 0, SEEK_SET) == 0 && beginsAsLog(file.get());
+    return beginsAsLog(in_fd);
 }

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
@@ -11,8 +12,8 @@
 #include "ala/directory/listing.h"
 #include "ala/directory/paths.h"
 #include "ala/driver.h"
+#include "ala/log/log_file.h"
 #include "ala/log/permission.h"
-#include "ala/log/read_ahead.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -27,15 +28,10 @@ namespace {
 struct NamedLog {
     Malloced<char> path;          // as made from directory and name
     Malloced<char> convertedPath; // as the system takes it
-    LogFile descriptor;
+    Descriptor descriptor;
+    LogFile bytes;
     std::int32_t date = 0;
     std::uint32_t verNum = 0;
-};
-
-// The header of a log as it was when it admitted the caller.
-struct AdmittingHeader {
-    Malloced<char> bytes; // null: not known
-    std::int64_t size = 0;
 };
 
 } // namespace
@@ -110,7 +106,8 @@ static ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, NamedLo
 // Reads the header.  ALA_N_NORMAL if its access list admits the caller; the first record is read next then.
 static ALA_retCode_t checkAccess(NamedLog &file) {
     std::int32_t accessOK = 0;
-    if (const ALA_retCode_t result = ALA__LookupPermission(file.descriptor.get(), &accessOK, &file.verNum);
+    file.bytes = LogFile(file.descriptor.get());
+    if (const ALA_retCode_t result = lookUpPermission(file.bytes, &accessOK, &file.verNum);
         result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__LookupPermission failed in ALA_Open");
     if (accessOK != 1)
@@ -119,24 +116,23 @@ static ALA_retCode_t checkAccess(NamedLog &file) {
     return ALA_N_NORMAL;
 }
 
-// The first bytes of a log; null when they are too many, cannot be read or memory runs out.
-static Malloced<char> readFromStart(int fd, std::int64_t size) {
+// The header that the access list was found in; null when it is too long, or cannot be read again.
+static const std::uint8_t *headerOf(const NamedLog &file, LogFile &header) {
     constexpr std::int64_t kMost = 1 << 20;
-    const auto length = static_cast<std::size_t>(size);
-    Malloced<char> bytes(size > 0 && size <= kMost ? static_cast<char *>(std::malloc(length)) : nullptr);
-    if (bytes != nullptr && (seekLog(fd, 0, SEEK_SET) != 0 || readLog(fd, bytes.get(), length) != size))
-        bytes.reset();
-    return bytes;
+    const std::int64_t size = file.bytes.position();
+    header = LogFile(file.descriptor.get());
+    return size <= kMost ? header.need(static_cast<std::size_t>(size)) : nullptr;
 }
 
 // Checks the access list again unless the header is still the same.  So an unchanged one is logged once.
-static ALA_retCode_t checkAccessAgain(NamedLog &file, const AdmittingHeader &before) {
-    const int fd = file.descriptor.get();
-    const Malloced<char> present = readFromStart(fd, before.bytes != nullptr ? before.size : 0);
-    if (present != nullptr &&
-        std::memcmp(present.get(), before.bytes.get(), static_cast<std::size_t>(before.size)) == 0)
+static ALA_retCode_t checkAccessAgain(NamedLog &file, const LogFile &before) {
+    LogFile header;
+    const std::uint8_t *present = headerOf(file, header);
+    if (present != nullptr && before.itemSize() == header.itemSize() &&
+        std::memcmp(present, before.item(), before.itemSize()) == 0) {
+        file.bytes.moveTo(file.bytes.position()); // what follows may have changed
         return ALA_N_NORMAL;
-    static_cast<void>(seekLog(fd, 0, SEEK_SET)); // what cannot seek fails to be read
+    }
     return checkAccess(file);
 }
 
@@ -144,15 +140,14 @@ static ALA_retCode_t checkAccessAgain(NamedLog &file, const AdmittingHeader &bef
 // not admit never gets the lock, with which it could keep other runs waiting.  Without a descriptor, and
 // ALA_N_NORMAL, the driver gave up waiting.
 static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, NamedLog &file,
-                              AdmittingHeader &header) {
+                              LogFile &header) {
     for (;;) {
         if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
         if (const ALA_retCode_t result = checkAccess(file); result != ALA_N_NORMAL)
             return result;
         const int fd = file.descriptor.get();
-        header.size = seekLog(fd, 0, SEEK_CUR);
-        header.bytes = readFromStart(fd, header.size);
+        static_cast<void>(headerOf(file, header)); // without it the list is checked again
         const char *path = file.convertedPath.get();
         if (hold(fd, path) == ALA__holdResult::GivenUp) {
             file.descriptor.reset(-1);
@@ -175,7 +170,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
     if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
     NamedLog file;
-    AdmittingHeader header;
+    LogFile header;
     const ALA_retCode_t opened =
         hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file, header);
     if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
@@ -187,7 +182,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
         result != ALA_N_NORMAL)
         return result;
 
-    Malloced<logParams> log = makeZeroed<logParams>();
+    Owned<logParams> log = makeOwned<logParams>();
     if (log == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for logHandle in ALA_Open; ALA_A_OUT_OF_MEMORY");
@@ -201,7 +196,9 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
             .readError = 0,
             .holdsNoRecord = false,
             .isKnown = isKnown,
-            .file = identity};
+            .file = identity,
+            .bytes = std::move(file.bytes)};
+    static_cast<void>(_lseeki64(log->fd, log->bytes.position(), SEEK_SET));
     *logHandle = log.release();
     return ALA_N_NORMAL;
 }
@@ -232,11 +229,9 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
                         "ALA_Close; ALA_A_INVALID_LOG_HANDLE");
     if (log->fd == -1)
         return ALA_FAIL(ALA_A_LOG_FILE_NOT_OPEN, "logHandle->fd == -1 in ALA_Close; ALA_A_LOG_FILE_NOT_OPEN");
-    closeLog(log->fd);
-    log->fd = -1;
+    static_cast<void>(_close(log->fd)); // only read from: nothing can be lost
     std::free(log->logName);
-    std::free(log);
-    *inoutp_acctLogHandle = nullptr;
+    const Owned<logParams> closed(std::exchange(*inoutp_acctLogHandle, nullptr));
     return ALA_N_NORMAL;
 }
 

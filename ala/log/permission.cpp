@@ -1,15 +1,18 @@
 // The log's header, and what its access list says of the caller.
 #include "ala/log/permission.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 #include "ala/access/acl.h"
 #include "ala/access/host_domain.h"
 #include "ala/base/owners.h"
+#include "ala/base/record.h"
 #include "ala/base/trace.h"
+#include "ala/log/log_file.h"
 #include "ala/log/open_log.h"
-#include "ala/log/record_memory.h"
 #include "platform/byte_order.h"
 #include "service/packed.h"
 
@@ -67,33 +70,40 @@ struct Header {
 
 } // namespace
 
-static ALA_retCode_t readHeader(LogInput &in, Header *header) {
-    if (!in.readNetWord(&header->verNum))
-        return ALA_A_FAIL_READ_LOG_FILE;
+static ALA_retCode_t noBytes(const LogFile &in) {
+    return in.outOfMemory() ? ALA_A_OUT_OF_MEMORY : ALA_A_FAIL_READ_LOG_FILE;
+}
+
+static ALA_retCode_t readHeader(LogFile &in, Header *header) {
+    if (!in.needNetWord(&header->verNum))
+        return noBytes(in);
     ALA_DETAIL("verNum: %d\n", static_cast<std::int32_t>(header->verNum));
     if (header->verNum >= kVersionWithDate) {
         std::uint32_t createDate = 0;
-        if (!in.readNetWord(&createDate))
-            return ALA_A_FAIL_READ_LOG_FILE;
+        if (!in.needNetWord(&createDate))
+            return noBytes(in);
         ALA_DETAIL("createDate: %d\n", static_cast<std::int32_t>(createDate));
     }
     std::uint32_t numAttr = 0;
-    if (!in.readNetWord(&numAttr))
-        return ALA_A_FAIL_READ_LOG_FILE;
+    if (!in.needNetWord(&numAttr))
+        return noBytes(in);
     ALA_DETAIL("numAttr: %d\n", static_cast<std::int32_t>(numAttr));
     if (numAttr == 0)
         return ALA_A_BAD_NUMATTR_VALUE;
-    ALA_attrTag_t &tag = header->tag;
-    if (!in.read(&tag, sizeof tag))
-        return ALA_A_FAIL_READ_LOG_FILE;
-    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d\n", static_cast<std::int32_t>(tag.numAttrVal),
-               static_cast<std::int32_t>(tag.attrID), static_cast<std::int32_t>(tag.attrValType));
-    ALA_DETAIL("numAttrVal: %d\n", static_cast<std::int32_t>(tag.numAttrVal));
+    const std::uint8_t *tag = in.need(sizeof header->tag);
+    if (tag == nullptr)
+        return noBytes(in);
+    std::memcpy(&header->tag, tag, sizeof header->tag);
+    ALA_DETAIL(
+        "numAttrVal: %d, attrID: %d, attrValType: %d\n", static_cast<std::int32_t>(header->tag.numAttrVal),
+        static_cast<std::int32_t>(header->tag.attrID), static_cast<std::int32_t>(header->tag.attrValType));
+    ALA_DETAIL("numAttrVal: %d\n", static_cast<std::int32_t>(header->tag.numAttrVal));
+    in.consume();
     return ALA_N_NORMAL;
 }
 
 bool qvledger::beginsAsLog(int fd) {
-    LogInput in(fd);
+    LogFile in(fd);
     Header header = {};
     return readHeader(in, &header) == ALA_N_NORMAL && header.tag.attrValType == AS_ACCESS_LIST_ENTRY;
 }
@@ -117,14 +127,14 @@ static ALA_retCode_t gatherCredential(Credential &credential) {
 }
 
 // Evaluates one packed entry, unless an earlier one has granted access; it has to be sound in either case.
-static ALA_retCode_t evaluateEntry(const GEN_string &packed, AS_attrValType_t type,
+static ALA_retCode_t evaluateEntry(const std::uint8_t *packed, std::int32_t length, AS_attrValType_t type,
                                    const Credential &credential, std::int32_t *accessOK) {
     const StatusList status;
     void *value = nullptr;
     AS_attrValDesc_t description = {};
     if (type != AS_ACCESS_LIST_ENTRY) // whatever it unpacks to, it is no entry
         return ALA_A_ODPUNPACK_ERROR;
-    if (ODP_UnpackAV(status, packed.length, packed._value, type, &value, &description) != 0)
+    if (ODP_UnpackAV(status, length, packed, type, &value, &description) != 0)
         return ALA_A_ODPUNPACK_ERROR;
     auto *entry = static_cast<GEN_eACL *>(value);
     std::int32_t bad = 0;
@@ -134,24 +144,20 @@ static ALA_retCode_t evaluateEntry(const GEN_string &packed, AS_attrValType_t ty
     return bad == 0 ? ALA_N_NORMAL : ALA_A_ODPUNPACK_ERROR;
 }
 
-static ALA_retCode_t readEntry(LogInput &in, AS_attrValType_t type, const Credential &credential,
+static ALA_retCode_t readEntry(LogFile &in, AS_attrValType_t type, const Credential &credential,
                                std::int32_t *accessOK) {
     std::uint32_t length = 0;
-    if (!in.readNativeWord(&length))
-        return ALA_A_FAIL_READ_LOG_FILE;
+    if (!in.needNativeWord(&length))
+        return noBytes(in);
     ALA_DETAIL("attrVals->length: %d ntohl: %d\n", static_cast<std::int32_t>(length),
                static_cast<std::int32_t>(fromNetworkOrder(length)));
-    RecordMemory memory;
-    GEN_string packed = {};
-    switch (readValueBytes(in, length, memory, &packed)) {
-    case ReadResult::Cut:
+    if (length == 0 || length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
         return ALA_A_FAIL_READ_LOG_FILE;
-    case ReadResult::NoMemory:
-        return ALA_A_OUT_OF_MEMORY;
-    case ReadResult::Whole:
-        break;
-    }
-    return evaluateEntry(packed, type, credential, accessOK);
+    const std::uint8_t *packed = in.need(length);
+    if (packed == nullptr)
+        return noBytes(in);
+    in.consume();
+    return evaluateEntry(packed, static_cast<std::int32_t>(length), type, credential, accessOK);
 }
 
 static void logRefusal(const ALA_credential_t &credential) {
@@ -165,7 +171,7 @@ static void logRefusal(const ALA_credential_t &credential) {
                textOf(caller.hostDomain, ALA__GetHostDomain));
 }
 
-static ALA_retCode_t lookUp(LogInput &in, std::int32_t *accessOK, std::uint32_t *verNumber) {
+static ALA_retCode_t lookUp(LogFile &in, std::int32_t *accessOK, std::uint32_t *verNumber) {
     Header header = {};
     const ALA_retCode_t headerResult = readHeader(in, &header);
     *verNumber = header.verNum;
@@ -186,14 +192,22 @@ static ALA_retCode_t lookUp(LogInput &in, std::int32_t *accessOK, std::uint32_t 
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber) {
+ALA_retCode_t qvledger::lookUpPermission(LogFile &in, std::int32_t *accessOK, std::uint32_t *verNumber) {
     *accessOK = 0;
-    LogInput in(in_fd);
+    const std::int64_t start = in.position();
     const ALA_retCode_t result = lookUp(in, accessOK, verNumber);
     if (result == ALA_N_NORMAL)
         return result;
-    ALA_DETAIL("the header does not read beyond byte %lld: %s\n", static_cast<long long>(in.consumed()),
+    ALA_DETAIL("the header does not read beyond byte %lld: %s\n", static_cast<long long>(in.reach() - start),
                in.error() != 0 ? std::strerror(in.error()) : codeName(result));
     errno = in.error();
     return ALA_FAIL(result, "Return code for ALA__LookupPermission is %s", codeName(result));
+}
+
+ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber) {
+    LogFile in(in_fd, std::max<std::int64_t>(_lseeki64(in_fd, 0, SEEK_CUR), 0));
+    const ALA_retCode_t result = lookUpPermission(in, accessOK, verNumber);
+    if (result == ALA_N_NORMAL)
+        static_cast<void>(_lseeki64(in_fd, in.position(), SEEK_SET));
+    return result;
 }

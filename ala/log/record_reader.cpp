@@ -1,16 +1,16 @@
 // The bytes at the log's position as one job record.
 #include "ala/log/record_reader.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "ala/base/handle.h"
-#include "ala/base/owners.h"
 #include "ala/base/trace.h"
+#include "ala/log/log_file.h"
 #include "ala/log/open_log.h"
-#include "ala/log/read_ahead.h"
 
 using namespace qvledger;
 
@@ -38,10 +38,16 @@ static ALA_retCode_t noCount(const ReaderRules &rules, const char *wordsOfFirst,
                     rules.isFirst ? wordsOfFirst : wordsOfNext, rules.operation);
 }
 
-static ALA_retCode_t readCounts(LogInput &in, std::uint32_t verNum, const ReaderRules &rules,
-                                Counts *counts) {
-    if (!in.readNetWord(&counts->numAttr)) {
-        if (in.consumed() == 0 && !rules.isFirst)
+static ALA_retCode_t noMemory(const ReaderRules &rules) {
+    return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Could not allocate memory for record in %s; ALA_A_OUT_OF_MEMORY",
+                    rules.operation);
+}
+
+static ALA_retCode_t readCounts(LogFile &in, std::uint32_t verNum, const ReaderRules &rules, Counts *counts) {
+    if (!in.needNetWord(&counts->numAttr)) {
+        if (in.outOfMemory())
+            return noMemory(rules);
+        if (!rules.isFirst && (in.error() != 0 || in.isAtEnd()))
             return ALA_FAIL(ALA_A_LAST_ATTRIBUTE, "read failed in %s; numAttr = %d ALA_A_LAST_ATTRIBUTE",
                             rules.operation, 0);
         return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "read failed in %s; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
@@ -54,10 +60,14 @@ static ALA_retCode_t readCounts(LogInput &in, std::uint32_t verNum, const Reader
                               0);
     if (verNum < kVersionWithCounts)
         return ALA_N_NORMAL;
-    if (!in.readNetWord(&counts->numJobAttr))
-        return noCount(rules, "read failed, job attrs, numJobAttr = 0,", "read, job attrs failed");
-    if (!in.readNetWord(&counts->docAttrPerDoc))
-        return noCount(rules, "read failed, doc attrs, docAttrPerDoc = 0,", "read, doc attrs failed");
+    if (!in.needNetWord(&counts->numJobAttr))
+        return in.outOfMemory()
+                   ? noMemory(rules)
+                   : noCount(rules, "read failed, job attrs, numJobAttr = 0,", "read, job attrs failed");
+    if (!in.needNetWord(&counts->docAttrPerDoc))
+        return in.outOfMemory()
+                   ? noMemory(rules)
+                   : noCount(rules, "read failed, doc attrs, docAttrPerDoc = 0,", "read, doc attrs failed");
     return ALA_N_NORMAL;
 }
 
@@ -77,108 +87,118 @@ static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t givenAttr
                           numAttr, value, numValues);
 }
 
-static ALA_retCode_t readValues(LogInput &in, record *jobRecord, std::uint32_t attr,
-                                const ReaderRules &rules) {
-    attrValNode &node = jobRecord->attrValList[attr];
-    std::uint32_t room = 0;
-    for (std::uint32_t i = 0; i < node.numAttrVal; ++i) {
-        if (i == room) {
-            room = nextRoom(node.numAttrVal, kTrustedBytes / sizeof(GEN_string), room);
-            auto *values = static_cast<GEN_string *>(jobRecord->memory.allocate(room * sizeof(GEN_string)));
-            if (values == nullptr)
-                return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
-                                "Could not allocate memory for record->attrValList[%d].attrVals in %s; "
-                                "ALA_A_OUT_OF_MEMORY",
-                                static_cast<std::int32_t>(attr), rules.operation);
-            std::copy_n(node.attrVals, i, values);
-            node.attrVals = values;
-        }
-        std::uint32_t length = 0;
-        if (!in.readNativeWord(&length))
-            return cutRecord(rules, attr, jobRecord->numAttr, i, node.numAttrVal);
-        if (rules.isFirst)
-            ALA_DETAIL("attrVals->length: %d\n", static_cast<std::int32_t>(length));
-        switch (readValueBytes(in, length, jobRecord->memory, &node.attrVals[i])) {
-        case ReadResult::Whole:
-            break;
-        case ReadResult::Cut:
-            return cutRecord(rules, attr, jobRecord->numAttr, i, node.numAttrVal);
-        case ReadResult::NoMemory:
-            return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
-                            "Could not allocate memory for attrVals->_value in %s; ALA_A_OUT_OF_MEMORY",
-                            rules.operation);
-        }
-    }
+static ALA_retCode_t readValue(LogFile &in, std::uint32_t attr, const ReaderRules &rules,
+                               const Counts &counts, std::uint32_t value, std::uint32_t numAttrVal) {
+    std::uint32_t length = 0;
+    if (!in.needNativeWord(&length))
+        return in.outOfMemory()
+                   ? ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                              "Could not allocate memory for record->attrValList[%d].attrVals in "
+                              "%s; ALA_A_OUT_OF_MEMORY",
+                              static_cast<std::int32_t>(attr), rules.operation)
+                   : cutRecord(rules, attr, counts.numAttr, value, numAttrVal);
+    if (rules.isFirst)
+        ALA_DETAIL("attrVals->length: %d\n", static_cast<std::int32_t>(length));
+    // No value is empty, and none can be longer than its record can say.
+    if (length == 0 || length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
+        return cutRecord(rules, attr, counts.numAttr, value, numAttrVal);
+    if (in.need(length) == nullptr)
+        return in.outOfMemory()
+                   ? ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                              "Could not allocate memory for attrVals->_value in %s; ALA_A_OUT_OF_MEMORY",
+                              rules.operation)
+                   : cutRecord(rules, attr, counts.numAttr, value, numAttrVal);
     return ALA_N_NORMAL;
 }
 
-static void logTag(const attrValNode &node, const ReaderRules &rules) {
-    const auto numValues = static_cast<std::int32_t>(node.numAttrVal);
-    const auto id = static_cast<std::int32_t>(node.attrID);
-    const auto type = static_cast<std::int32_t>(node.attrValType);
+static attrTag tagAt(const std::uint8_t *at) {
+    attrTag tag;
+    std::memcpy(&tag, at, sizeof tag);
+    tag.decoid[kDecoidSize - 1] = '\0';
+    return tag;
+}
+
+static void logTag(const attrTag &tag, const ReaderRules &rules) {
+    const auto numValues = static_cast<std::int32_t>(tag.numAttrVal);
+    const auto id = static_cast<std::int32_t>(tag.attrID);
+    const auto type = static_cast<std::int32_t>(tag.attrValType);
     if (rules.isFirst)
         return ALA_DETAIL("ALA_GetFirstJobRecord numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n",
-                          numValues, id, type, node.decoid);
-    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n", numValues, id, type, node.decoid);
+                          numValues, id, type, tag.decoid);
+    ALA_DETAIL("numAttrVal: %d, attrID: %d, attrValType: %d, decoid: %s\n", numValues, id, type, tag.decoid);
     ALA_DETAIL("numAttrs: %d\n", numValues);
 }
 
-static ALA_retCode_t readAttribute(LogInput &in, record *jobRecord, std::uint32_t attr,
-                                   const ReaderRules &rules) {
-    attrValNode &node = jobRecord->attrValList[attr];
-    ALA_attrTag_t &tag = node;
-    if (!in.read(&tag, sizeof tag))
-        return cutRecord(rules, attr, jobRecord->numAttr, 0, 0);
-    node.decoid[kDecoidSize - 1] = '\0';
-    node.oid = nullptr;
-    node.attrVals = nullptr;
-    node.column = ColumnStamp(attr);
-    if (LOG_Wants(LOG_DETAIL))
-        logTag(node, rules);
-    return readValues(in, jobRecord, attr, rules);
-}
-
-static ALA_retCode_t readAttributes(LogInput &in, record *jobRecord, const ReaderRules &rules) {
-    std::uint32_t room = 0;
-    for (std::uint32_t i = 0; i < jobRecord->numAttr; ++i) {
-        if (i == room) {
-            room = nextRoom(jobRecord->numAttr, kTrustedBytes / sizeof(attrValNode), room);
-            auto *list = static_cast<attrValNode *>(jobRecord->memory.allocate(room * sizeof(attrValNode)));
-            if (list == nullptr)
-                return ALA_FAIL(
-                    ALA_A_OUT_OF_MEMORY,
-                    "Could not allocate memory for record->attrValList in %s; ALA_A_OUT_OF_MEMORY",
-                    rules.operation);
-            std::copy_n(jobRecord->attrValList, i, list);
-            jobRecord->attrValList = list;
-        }
-        if (const ALA_retCode_t result = readAttribute(in, jobRecord, i, rules); result != ALA_N_NORMAL)
+// Adds the number of the attribute's values.
+static ALA_retCode_t readAttribute(LogFile &in, std::uint32_t attr, const ReaderRules &rules,
+                                   const Counts &counts, std::size_t *values) {
+    const std::uint8_t *tag = in.need(sizeof(attrTag));
+    if (tag == nullptr)
+        return in.outOfMemory()
+                   ? ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                              "Could not allocate memory for record->attrValList in %s; ALA_A_OUT_OF_MEMORY",
+                              rules.operation)
+                   : cutRecord(rules, attr, counts.numAttr, 0, 0);
+    if (LOG_Wants(LOG_DETAIL)) [[unlikely]]
+        logTag(tagAt(tag), rules);
+    const std::uint32_t numAttrVal = nativeWord(tag + offsetof(attrTag, numAttrVal));
+    for (std::uint32_t i = 0; i < numAttrVal; ++i)
+        if (const ALA_retCode_t result = readValue(in, attr, rules, counts, i, numAttrVal);
+            result != ALA_N_NORMAL)
             return result;
-    }
+    *values += numAttrVal;
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t readRecord(LogInput &in, std::uint32_t verNum, const ReaderRules &rules,
-                                Owned<record> &jobRecord) {
+// Points the nodes to their values in the record's bytes.
+static void setNodes(std::uint32_t numAttr, const RecordParts &parts) {
+    std::uint8_t *at = parts.bytes;
+    GEN_string *value = parts.values;
+    for (attrValNode *node = parts.nodes; node != parts.nodes + numAttr; ++node) {
+        static_cast<attrTag &>(*node) = tagAt(at);
+        at += sizeof(attrTag);
+        node->oid = nullptr;
+        node->attrVals = node->numAttrVal != 0 ? value : nullptr;
+        for (const GEN_string *end = value + node->numAttrVal; value != end; ++value) {
+            const std::uint32_t length = nativeWord(at);
+            at += sizeof length;
+            *value = {static_cast<std::int32_t>(length), at};
+            at += length;
+        }
+    }
+}
+
+// Finds out that the record is whole before it makes anything of it.
+static ALA_retCode_t readRecord(LogFile &in, std::uint32_t verNum, const ReaderRules &rules,
+                                Malloced<record> &jobRecord) {
     Counts counts = {};
     if (const ALA_retCode_t result = readCounts(in, verNum, rules, &counts); result != ALA_N_NORMAL)
         return result;
-    jobRecord = makeOwned<record>();
+    const std::size_t head = in.itemSize();
+    std::size_t values = 0;
+    for (std::uint32_t i = 0; i < counts.numAttr; ++i)
+        if (const ALA_retCode_t result = readAttribute(in, i, rules, counts, &values); result != ALA_N_NORMAL)
+            return result;
+    RecordParts parts = {};
+    const std::size_t size = in.itemSize() - head;
+    jobRecord = makeRecord<record>(counts.numAttr, values, size, &parts);
     if (jobRecord == nullptr)
-        return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
-                        "Could not allocate memory for record in %s; ALA_A_OUT_OF_MEMORY", rules.operation);
+        return noMemory(rules);
     jobRecord->numAttr = counts.numAttr;
     jobRecord->numJobAttr = counts.numJobAttr;
     jobRecord->docAttrPerDoc = counts.docAttrPerDoc;
-    return readAttributes(in, jobRecord.get(), rules);
+    std::memcpy(parts.bytes, in.item() + head, size);
+    setNodes(counts.numAttr, parts);
+    in.consume();
+    return ALA_N_NORMAL;
 }
 
 // Where a record does not read, and why.
-static void logPlace(const logParams &log, const LogInput &in, ALA_retCode_t result) {
+static void logPlace(const logParams &log, ALA_retCode_t result) {
+    const LogFile &in = log.bytes;
     const char *why = in.error() != 0 ? std::strerror(in.error()) : "the file ends";
-    const std::int64_t reached = seekLog(log.fd, 0, SEEK_CUR);
     ALA_DETAIL("%s: the record at byte %lld does not read beyond byte %lld: %s\n", log.logName,
-               static_cast<long long>(reached - in.consumed()), static_cast<long long>(reached),
+               static_cast<long long>(in.position()), static_cast<long long>(in.reach()),
                result == ALA_A_NO_MORE_JOB ? "it counts no attributes" : why);
 }
 
@@ -196,30 +216,31 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
                         "logHandle is NULL or logHandle->pid!=getpid in %s; ALA_A_INVALID_LOG_HANDLE",
                         rules.operation);
 
-    LogInput in(log->fd);
-    Owned<record> read;
+    LogFile &in = log->bytes;
+    Malloced<record> read;
     const ALA_retCode_t result = readRecord(in, log->verNum, rules, read);
-    log->end = in.metEnd() && in.consumed() == 0 ? seekLog(log->fd, 0, SEEK_CUR) : -1;
-    log->readError = in.error();
-    log->holdsNoRecord = log->end >= 0 && rules.isFirst;
     if (result == ALA_N_NORMAL) {
+        log->end = -1;
+        log->readError = 0;
+        log->holdsNoRecord = false;
         *jobRecord = read.release();
         return result;
     }
+    log->end = in.isAtEnd() ? in.position() : -1;
+    log->readError = in.error();
+    log->holdsNoRecord = in.isAtEnd() && rules.isFirst;
     if (LOG_Wants(LOG_DETAIL) && log->end < 0 && result != ALA_A_OUT_OF_MEMORY)
-        logPlace(*log, in, result);
+        logPlace(*log, result);
+    in.moveTo(rules.isFirst ? 0 : in.position());
     record *partial = read.release();
-    if (rules.isFirst)
-        ALA__GetJobRecordCleanup(&partial, &log->fd, 0, SEEK_SET);
-    else
-        ALA__GetJobRecordCleanup(&partial, &log->fd, -in.consumed(), SEEK_CUR);
+    ALA__GetJobRecordCleanup(&partial, &log->fd, in.position(), SEEK_SET);
     return result;
 }
 
 void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
                               std::int32_t in_pos) {
-    static_cast<void>(seekLog(*inoutp_fd, in_offset, in_pos));
-    const Owned<record> partial(std::exchange(*inoutpp_record, nullptr));
+    static_cast<void>(_lseeki64(*inoutp_fd, in_offset, in_pos));
+    std::free(std::exchange(*inoutpp_record, nullptr));
 }
 
 ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,
@@ -242,6 +263,6 @@ ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {
     const FuncTrace trace("ALA_FreeJobRecord");
     if (inoutp_record == nullptr || *inoutp_record == nullptr)
         return ALA_N_NORMAL;
-    const Owned<record> released(std::exchange(*inoutp_record, nullptr));
+    std::free(std::exchange(*inoutp_record, nullptr));
     return ALA_N_NORMAL;
 }

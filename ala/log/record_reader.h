@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "ala/log/record.h"
+#include "ala/base/record.h"
 
 // After a failed read: sets the file's position, releases what has been read of the record, if anything, and
 // clears the variable.

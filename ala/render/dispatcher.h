@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "ala/ala.h"
-#include "ala/log/record.h"
+#include "ala/base/record.h"
 #include "service/packed.h"
 
 // Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the

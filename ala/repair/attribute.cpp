@@ -26,12 +26,6 @@ constexpr std::uint32_t kBytesUnpackedForOne = 4;
 RecordReader::RecordReader(LogBytes &givenBytes, std::uint32_t verNum)
     : bytes(givenBytes), wordsOfHead(verNum < kVersionWithCounts ? 1 : 3) {}
 
-static std::uint32_t nativeWord(const std::uint8_t *at) {
-    std::uint32_t word = 0;
-    std::memcpy(&word, at, sizeof word);
-    return word;
-}
-
 static std::uint32_t netWord(const std::uint8_t *at) {
     return fromNetworkOrder(nativeWord(at));
 }

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "ala/log/log_input.h"
+#include "ala/base/record.h"
 #include "ala/repair/log_bytes.h"
 #include "service/status.h"
 

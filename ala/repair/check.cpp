@@ -10,7 +10,6 @@
 #include "ala/base/trace.h"
 #include "ala/directory/paths.h"
 #include "ala/log/permission.h"
-#include "ala/log/read_ahead.h"
 #include "ala/repair/checked_log.h"
 #include "ala/repair/tally.h"
 #include "platform/byte_order.h"
@@ -28,7 +27,7 @@ void ALA__CloseChecked(ALA__checkedLog *inp_log) {
     if (inp_log == nullptr)
         return;
     if (inp_log->log.fd != -1)
-        closeLog(inp_log->log.fd);
+        static_cast<void>(_close(inp_log->log.fd)); // only read from: nothing can be lost
     delete inp_log;
 }
 
@@ -120,8 +119,9 @@ ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, 
         errno = 0;
         return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s is no file on a disk", inp_name);
     }
+    log->log.bytes = LogFile(log->log.fd);
     std::int32_t admitted = 0;
-    if (const ALA_retCode_t result = ALA__LookupPermission(log->log.fd, &admitted, &log->log.verNum);
+    if (const ALA_retCode_t result = lookUpPermission(log->log.bytes, &admitted, &log->log.verNum);
         result != ALA_N_NORMAL) {
         if (result != ALA_A_FAIL_READ_LOG_FILE || errno != 0 || !isCutHeader(log->log.fd, identity.size))
             return result;
@@ -130,9 +130,7 @@ ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, 
     if (admitted == 0)
         return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE, "the access list of %s does not admit the caller",
                         inp_name);
-    log->headerEnd = seekLog(log->log.fd, 0, SEEK_CUR);
-    if (log->headerEnd < 0)
-        return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "%s cannot be looked at", inp_name);
+    log->headerEnd = log->log.bytes.position();
     log->size = std::max(identity.size, log->headerEnd); // which a server may just have written
     if (const ALA_retCode_t result = readHeaderWords(*log); result != ALA_N_NORMAL)
         return result;
@@ -214,11 +212,9 @@ private:
             summary.passedOver[ALA__PASSED_TOO_LONG] += found.values;
             return;
         }
-        if (stands != found.begin)
-            static_cast<void>(seekLog(checked.log.fd, found.begin, SEEK_SET));
-        const bool read = tallyRecord(handle, checked.log, summary) == ALA_N_NORMAL;
-        stands = read ? found.end : -1;
-        if (!read)
+        if (checked.log.bytes.position() != found.begin)
+            checked.log.bytes.moveTo(found.begin);
+        if (tallyRecord(handle, checked.log, summary) != ALA_N_NORMAL)
             summary.passedOver[ALA__PASSED_OTHER] += found.values;
     }
 
@@ -242,7 +238,6 @@ private:
     ALA__checkWatch &watch;
     ALA__logSummary &summary;
     std::int64_t behind = checked.headerEnd; // the last record
-    std::int64_t stands = -1;                // the log's descriptor
     std::uint64_t strayRanges = 0;
 };
 

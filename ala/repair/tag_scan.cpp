@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstring>
 
-#include "ala/log/log_input.h"
+#include "ala/base/record.h"
 
 using namespace qvledger;
 
