@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 
 #include "ala/ala.h"
 #include "platform/descriptor.h"
@@ -70,11 +71,18 @@ std::int32_t ALA__NumFromDate(const ALA_time *inp_date);
 // this number has something in it that no report shows.  REQUIRES: a handle from ALA_Register.
 std::uint64_t ALA__ValuesPassedOver(ALA_handle_t in_handle);
 
+namespace qvledger {
+
 // A number for the names that ALA_ListAttributesFromRecord would list with a null locale: two records of a
 // handle have the same number only if they have the same list.  0: the names are not known without a list, or
 // the type is unknown.  Nothing is looked up, nothing logged.  REQUIRES: a handle from ALA_Register and a
 // record read with it.
-std::uint64_t ALA__NamesState(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type);
+std::uint64_t namesState(ALA_handle_t handle, ALA_record_t record, ALA_recAttrType_t type);
+
+// A value's text with its length.  REQUIRES: a value of a pair from the facility.
+std::string_view valueText(const attributeVal &value);
+
+} // namespace qvledger
 
 // ---- Logs that are read in order to be deleted ----
 

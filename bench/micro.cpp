@@ -8,7 +8,7 @@
 
 #include "ala/ala.h"
 #include "ala/base/record.h"
-#include "ala/render/dispatcher.h"
+#include "ala/render/pair.h"
 #include "samples/log_writer.h"
 #include "samples/sample_oids.h"
 #include "samples/sample_root.h"

@@ -1,7 +1,7 @@
 // A packed value: the first byte is its type, the rest the value.
 #include <cstdlib>
 
-#include "ala/render/dispatcher.h"
+#include "ala/render/pair.h"
 #include "fuzz/sandbox.h"
 #include "service/oid.h"
 

@@ -4,7 +4,7 @@
 #include <ctime>
 
 #include "platform/os.h"
-#include "service/value_block.h"
+#include "service/value_memory.h"
 
 using namespace qvledger;
 
@@ -19,7 +19,7 @@ std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time,
     std::tm local{};
     if (localtime_s(&local, &seconds) != 0)
         return 1;
-    ValueBlock block(sizeof(GEN_generalizedTime));
+    ValueMemory block;
     auto *time = static_cast<GEN_generalizedTime *>(block.allocate(sizeof(GEN_generalizedTime)));
     if (time == nullptr)
         return 1;
@@ -38,7 +38,7 @@ std::int32_t GENU_GetCurrentTime(STF_l__hdr *, GEN_generalizedTime **outpp_time,
 }
 
 void GEN_DeleteGeneralizedTime(STF_l__hdr *, GEN_generalizedTime *inp_time, void *) {
-    ValueBlock::releaseFromFirst(inp_time);
+    ValueMemory::release(inp_time);
 }
 
 void GENU_TimeZoneInit() {

@@ -27,11 +27,6 @@ constexpr std::int32_t ODP_E_NO_MEMORY = 2;
 
 extern "C" {
 
-// in_length bytes into a record of the type.  *outpp_value is null for an empty chain, and on failure.  A
-// type that the system does not know takes its bytes as they are.
-std::int32_t ODP_UnpackAV(STF_l__hdr *in_status, std::int32_t in_length, const void *inp_bytes,
-                          AS_attrValType_t in_type, void **outpp_value, AS_attrValDesc_t *outp_desc);
-
 // The short identifier that an attribute reference holds; non-zero when it is in another form.
 std::int32_t AS_GetAttrIDR(STF_l__hdr *in_status, const AS_attrRef *inp_reference,
                            std::uint32_t *outp_identifier);

@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "service/convert.h"
-#include "service/value_block.h"
+#include "service/value_memory.h"
 
 using namespace qvledger;
 
@@ -112,7 +112,7 @@ std::int32_t GENU_MakeDistNameString2(STF_l__hdr *, GEN_distNameString **outpp_v
     *outpp_value = nullptr;
     const Bytes characters = bytesOf(inp_text);
     const std::size_t size = sizeof(OwnDistName) + characters.size() + 1;
-    ValueBlock block(size);
+    ValueMemory block;
     void *memory = block.allocate(size);
     if (memory == nullptr)
         return GENU_E_NO_MEMORY;
@@ -130,5 +130,5 @@ std::int32_t GENU_MakeDistNameString2(STF_l__hdr *, GEN_distNameString **outpp_v
 }
 
 void GEN_DeleteDistNameString(STF_l__hdr *, GEN_distNameString *inp_value, void *) {
-    ValueBlock::releaseFromFirst(inp_value);
+    ValueMemory::release(inp_value);
 }

@@ -1,31 +1,16 @@
 #include "service/unpack.h"
 
 #include <algorithm>
-#include <array>
-#include <iterator>
 
-using namespace qvledger;
+// The readers call each other by overload, so that all of them are in the namespace.
+namespace qvledger {
 
 // ---- Building stones ----
-//
-// unpack(in, field) reads one field in the order in which service/values.x has them.
 
-static void unpack(XdrReader &in, std::int32_t &number) {
-    number = in.integer();
-}
-static void unpack(XdrReader &in, std::uint32_t &number) {
-    number = in.word();
-}
-static void unpack(XdrReader &in, std::int16_t &number) {
-    number = in.shortInteger();
-}
-static void unpack(XdrReader &in, double &number) {
-    number = in.real();
-}
 static void unpack(XdrReader &in, char *&text) {
     text = in.characters();
 }
-static void unpack(XdrReader &in, GEN_string &string) {
+void unpack(XdrReader &in, GEN_string &string) {
     string._value = in.copyOfBytes(&string.length);
 }
 
@@ -52,48 +37,12 @@ static void unpack(XdrReader &in, GEN_octet2 &octets) {
     unpackOctets(in, octets);
 }
 
-static void unpack(XdrReader &in, GEN_otherCodeSet &value);
-static void unpack(XdrReader &in, GEN_otherCodeSet255 &value);
-static void unpack(XdrReader &in, GEN_text &value);
-static void unpack(XdrReader &in, GEN_simpleName &value);
-static void unpack(XdrReader &in, GEN_nameOrOid &value);
-static void unpack(XdrReader &in, GEN_distNameString &value);
-static void unpack(XdrReader &in, GEN_fontReference &value);
-static void unpack(XdrReader &in, GEN_objectIdent &value);
 static void unpack(XdrReader &in, GEN_pageIdentifier &value);
-static void unpack(XdrReader &in, GEN_pageSelect &value);
-static void unpack(XdrReader &in, GEN_pageMediaSelect &value);
-static void unpack(XdrReader &in, GEN_mediaConsumed &value);
-static void unpack(XdrReader &in, GEN_deliveryAddress &value);
 static void unpack(XdrReader &in, GEN_locale &value);
-
-// An optional or defaulted field, or an element held by pointer.
-template <class Record>
-static void unpack(XdrReader &in, Record *&optional) {
-    if (!in.present())
-        return;
-    optional = in.make<Record>();
-    if (optional != nullptr)
-        unpack(in, *optional);
-}
 
 template <class... Fields>
 static void unpackAll(XdrReader &in, Fields &...fields) {
     (unpack(in, fields), ...);
-}
-
-// A chain whose elements lie in the member named.  The nodes are linked as they come, so that a long chain
-// needs no deep stack.
-template <class Node, class Element>
-static Node *unpackChain(XdrReader &in, Element Node::*element) {
-    Node *head = nullptr;
-    for (Node **link = &head; in.present(); link = &(*link)->next) {
-        *link = in.make<Node>();
-        if (*link == nullptr)
-            break;
-        unpack(in, (*link)->*element);
-    }
-    return head;
 }
 
 // ---- Strings and names ----
@@ -123,14 +72,14 @@ static void unpackText(XdrReader &in, Text &value) {
         return; // a number that names no member has nothing behind it
     }
 }
-static void unpack(XdrReader &in, GEN_text &value) {
+void unpack(XdrReader &in, GEN_text &value) {
     unpackText(in, value);
 }
-static void unpack(XdrReader &in, GEN_simpleName &value) {
+void unpack(XdrReader &in, GEN_simpleName &value) {
     unpackText(in, value);
 }
 
-static void unpack(XdrReader &in, GEN_nameOrOid &value) {
+void unpack(XdrReader &in, GEN_nameOrOid &value) {
     value.choice = in.integer();
     if (value.choice == GEN_GLOBAL_FORM)
         unpack(in, value.u.globalForm);
@@ -138,17 +87,17 @@ static void unpack(XdrReader &in, GEN_nameOrOid &value) {
         unpack(in, value.u.localForm);
 }
 
-static void unpack(XdrReader &in, GEN_distNameString &value) {
+void unpack(XdrReader &in, GEN_distNameString &value) {
     unpackAll(in, value.name, value.name_syntax_o);
 }
 
 // ---- Numbers and time ----
 
-static void unpack(XdrReader &in, GEN_cardinal64 &value) {
+void unpack(XdrReader &in, GEN_cardinal64 &value) {
     unpackAll(in, value.msdw, value.lsdw);
 }
 
-static void unpack(XdrReader &in, GEN_cardinalOrNoid &value) {
+void unpack(XdrReader &in, GEN_cardinalOrNoid &value) {
     value.choice = in.integer();
     if (value.choice == GEN_CARD_VALUE)
         unpack(in, value.u.cardValue);
@@ -156,18 +105,18 @@ static void unpack(XdrReader &in, GEN_cardinalOrNoid &value) {
         unpack(in, value.u.namedValue);
 }
 
-static void unpack(XdrReader &in, GEN_generalizedTime &value) {
+void unpack(XdrReader &in, GEN_generalizedTime &value) {
     unpackAll(in, value.year, value.month, value.day, value.hour, value.minute, value.second, value.millisec,
               value.mindiff, value.utc);
 }
 
 // ---- Job and document values ----
 
-static void unpack(XdrReader &in, GEN_documentFormat &value) {
+void unpack(XdrReader &in, GEN_documentFormat &value) {
     unpackAll(in, value.format, value.formatVariants_o, value.formatVersion_o);
 }
 
-static void unpack(XdrReader &in, GEN_fontReference &value) {
+void unpack(XdrReader &in, GEN_fontReference &value) {
     value.choice = in.integer();
     if (value.choice == GEN_SIMPLE_FONT_NAME)
         unpack(in, value.u.simpleFontName);
@@ -175,13 +124,13 @@ static void unpack(XdrReader &in, GEN_fontReference &value) {
         unpack(in, value.u.iso9541FontName);
 }
 
-static void unpack(XdrReader &in, GEN_ignoredAttribute &value) {
+void unpack(XdrReader &in, GEN_ignoredAttribute &value) {
     unpackAll(in, value.docNumber_o, value.attribute.choice);
     if (value.attribute.choice == 1)
         unpack(in, value.attribute.identifier);
 }
 
-static void unpack(XdrReader &in, GEN_finishing &value) {
+void unpack(XdrReader &in, GEN_finishing &value) {
     unpackAll(in, value.finishingMessage_o, value.choice);
     if (value.choice == GEN_FINISHING_NAMED)
         unpack(in, value.u.named);
@@ -199,7 +148,7 @@ static void unpack(XdrReader &in, GEN_pageIdentifier &value) {
         unpack(in, value.u.pageTag);
 }
 
-static void unpack(XdrReader &in, GEN_pageSelect &value) {
+void unpack(XdrReader &in, GEN_pageSelect &value) {
     unpackAll(in, value.beginningPage_o, value.endingPage_o);
 }
 
@@ -207,7 +156,7 @@ static void unpack(XdrReader &in, GEN_pageMediaSelect &value) {
     unpackAll(in, value.pageRange, value.mediumId);
 }
 
-static void unpack(XdrReader &in, GEN_mediaSelect &value) {
+void unpack(XdrReader &in, GEN_mediaSelect &value) {
     value.choice = in.integer();
     if (value.choice == GEN_MEDIUM_FOR_ALL_PAGES)
         unpack(in, value.u.mediumForAllPages);
@@ -215,7 +164,7 @@ static void unpack(XdrReader &in, GEN_mediaSelect &value) {
         value.u.mediumForSelPages = unpackChain(in, &GEN_seqOfPageMediaSelect::_value);
 }
 
-static void unpack(XdrReader &in, GEN_objectIdent &value) {
+void unpack(XdrReader &in, GEN_objectIdent &value) {
     value.choice = in.integer();
     switch (value.choice) {
     case GEN_OBJ_ID_JOB:
@@ -237,7 +186,7 @@ static void unpack(XdrReader &in, GEN_objectIdent &value) {
     }
 }
 
-static void unpack(XdrReader &in, GEN_mediaConsumed &value) {
+void unpack(XdrReader &in, GEN_mediaConsumed &value) {
     unpackAll(in, value.printType, value.mediumSize, value.printedImpressions, value.consumedMediaSheets);
 }
 
@@ -248,7 +197,7 @@ static void unpack(XdrReader &in, ODP_orPair &value) {
     unpackAll(in, value.type, value.value);
 }
 
-static void unpack(XdrReader &in, GEN_deliveryAddress &value) {
+void unpack(XdrReader &in, GEN_deliveryAddress &value) {
     value.choice = in.integer();
     switch (value.choice) {
     case GEN_MHS_ADDRESS:
@@ -275,116 +224,19 @@ static void unpack(XdrReader &in, GEN_locale &value) {
     unpackAll(in, value.language, value.country, value.character_set, value.modifier_o);
 }
 
-static void unpack(XdrReader &in, GEN_eventHandlingProfile &value) {
+void unpack(XdrReader &in, GEN_eventHandlingProfile &value) {
     value.ehpEventIdentifiers_o = unpackChain(in, &GEN_setOfOids_t::_value);
     unpackAll(in, value.ehpDeliveryMethod_o, value.ehpEventComment_o, value.ehpDeliveryAddr_o,
               value.ehpLocale_o);
 }
 
-static void unpack(XdrReader &in, GEN_resultsProfile &value) {
+void unpack(XdrReader &in, GEN_resultsProfile &value) {
     unpackAll(in, value.deliveryMethod_o, value.resultsSetComment_o, value.deliveryAddress_o,
               value.jobCopies_d, value.outputBin_o);
 }
 
-static void unpack(XdrReader &in, GEN_eACL &value) {
+void unpack(XdrReader &in, GEN_eACL &value) {
     unpackAll(in, value.name, value.domain, value.nameType_d, value.privilegeLevel_d);
 }
 
-// ---- The table ----
-
-template <class Record>
-static void *record(XdrReader &in) {
-    auto *value = in.make<Record>();
-    if (value != nullptr)
-        unpack(in, *value);
-    return value;
-}
-
-template <class Node, auto Element>
-static void *chain(XdrReader &in) {
-    return unpackChain<Node>(in, Element);
-}
-
-static void *text(XdrReader &in) {
-    return in.characters();
-}
-
-static void *bytesAsTheyAre(XdrReader &in) {
-    const auto bytes = in.remainder();
-    auto *copy = static_cast<std::uint8_t *>(in.allocate(bytes.size()));
-    if (copy != nullptr)
-        std::copy(bytes.begin(), bytes.end(), copy);
-    return copy;
-}
-
-template <class Record>
-static constexpr UnpackRow recordRow(AS_attrValType_t type) {
-    return {type, sizeof(Record), record<Record>};
-}
-
-template <class Node, auto Element>
-static constexpr UnpackRow chainRow(AS_attrValType_t type) {
-    return {type, sizeof(Node), chain<Node, Element>};
-}
-
-static constexpr UnpackRow kRows[] = {
-    recordRow<GEN_boolean_t>(0),
-    recordRow<std::int32_t>(1),
-    recordRow<GEN_deltaTime_t>(4),
-    recordRow<GEN_distNameString>(6),
-    recordRow<GEN_eACL>(AS_ACCESS_LIST_ENTRY),
-    recordRow<GEN_eventHandlingProfile>(8),
-    recordRow<GEN_fontReference>(9),
-    recordRow<GEN_oid_t>(10),
-    recordRow<GEN_ignoredAttribute>(11),
-    recordRow<std::int32_t>(12),
-    {14, 0, text},
-    recordRow<GEN_text>(16),
-    recordRow<GEN_nameOrOid>(18),
-    recordRow<GEN_string>(20),
-    recordRow<std::int32_t>(22),
-    recordRow<double>(23),
-    recordRow<std::int16_t>(26),
-    recordRow<GEN_simpleName>(27),
-    recordRow<GEN_text>(28),
-    recordRow<GEN_cardinal64>(31),
-    recordRow<GEN_cardinalOrNoid>(34),
-    recordRow<GEN_deliveryAddress>(39),
-    chainRow<GEN_distNameStringSeq, &GEN_distNameStringSeq::_value>(42),
-    recordRow<GEN_documentFormat>(43),
-    recordRow<GEN_edge_t>(44),
-    recordRow<GEN_finishing>(46),
-    recordRow<GEN_generalizedTime>(48),
-    chainRow<GEN_nameOrOidSeq, &GEN_nameOrOidSeq::_value>(60),
-    recordRow<double>(62),
-    recordRow<GEN_mediaSelect>(67),
-    recordRow<GEN_pageOrderType_t>(68),
-    chainRow<GEN_pageSelectSeq, &GEN_pageSelectSeq::value>(69),
-    recordRow<std::int16_t>(75),
-    recordRow<GEN_resultsProfile>(81),
-    chainRow<GEN_mediaConsumedSeq, &GEN_mediaConsumedSeq::_value>(91),
-    chainRow<GEN_setOfObjId, &GEN_setOfObjId::value>(93),
-};
-
-static constexpr UnpackRow kUnknownType = {0, 0, bytesAsTheyAre};
-
-static_assert(std::adjacent_find(std::begin(kRows), std::end(kRows),
-                                 [](const UnpackRow &a, const UnpackRow &b) { return a.type >= b.type; }) ==
-                  std::end(kRows),
-              "one row a type, in ascending order");
-
-static constexpr std::size_t kTypes = std::end(kRows)[-1].type + 1;
-
-static constexpr std::array<const UnpackRow *, kTypes> rowsByType() {
-    std::array<const UnpackRow *, kTypes> rows = {};
-    rows.fill(&kUnknownType);
-    for (const UnpackRow &row : kRows)
-        rows[row.type] = &row;
-    return rows;
-}
-
-static constexpr std::array<const UnpackRow *, kTypes> kRowsByType = rowsByType();
-
-const UnpackRow &qvledger::findUnpackRow(AS_attrValType_t type) {
-    return type < kTypes ? *kRowsByType[type] : kUnknownType;
-}
+} // namespace qvledger

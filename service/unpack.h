@@ -1,22 +1,67 @@
-// One row per value type: how its packed form becomes its record.
+// Readers of packed values: unpack(in, record) reads a record's fields into a zeroed record, in the order in
+// which service/values.x has them.  What the reader cannot read makes it fail.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-
-#include "service/packed.h"
+#include "service/values.h"
 #include "service/xdr_reader.h"
 
 namespace qvledger {
 
-struct UnpackRow {
-    AS_attrValType_t type;
-    std::size_t size; // bytes of the record, or of a chain's element
-    void *(*unpack)(
-        XdrReader &inoutp_in); // the record, or null once the reader failed and for an empty chain
-};
+inline void unpack(XdrReader &in, std::int32_t &number) {
+    number = in.integer();
+}
+inline void unpack(XdrReader &in, std::uint32_t &number) {
+    number = in.word();
+}
+inline void unpack(XdrReader &in, std::int16_t &number) {
+    number = in.shortInteger();
+}
+inline void unpack(XdrReader &in, double &number) {
+    number = in.real();
+}
+void unpack(XdrReader &in, GEN_cardinal64 &value);
+void unpack(XdrReader &in, GEN_cardinalOrNoid &value);
+void unpack(XdrReader &in, GEN_deliveryAddress &value);
+void unpack(XdrReader &in, GEN_distNameString &value);
+void unpack(XdrReader &in, GEN_documentFormat &value);
+void unpack(XdrReader &in, GEN_eACL &value);
+void unpack(XdrReader &in, GEN_eventHandlingProfile &value);
+void unpack(XdrReader &in, GEN_finishing &value);
+void unpack(XdrReader &in, GEN_fontReference &value);
+void unpack(XdrReader &in, GEN_generalizedTime &value);
+void unpack(XdrReader &in, GEN_ignoredAttribute &value);
+void unpack(XdrReader &in, GEN_mediaConsumed &value);
+void unpack(XdrReader &in, GEN_mediaSelect &value);
+void unpack(XdrReader &in, GEN_nameOrOid &value);
+void unpack(XdrReader &in, GEN_objectIdent &value);
+void unpack(XdrReader &in, GEN_pageSelect &value);
+void unpack(XdrReader &in, GEN_resultsProfile &value);
+void unpack(XdrReader &in, GEN_simpleName &value);
+void unpack(XdrReader &in, GEN_string &value);
+void unpack(XdrReader &in, GEN_text &value);
 
-// The row of a type; for one that the system does not know, the row that takes the bytes as they are.
-const UnpackRow &findUnpackRow(AS_attrValType_t type);
+// An optional or defaulted field, or an element held by pointer.
+template <class Record>
+void unpack(XdrReader &in, Record *&optional) {
+    if (!in.present())
+        return;
+    optional = in.make<Record>();
+    if (optional != nullptr)
+        unpack(in, *optional);
+}
+
+// A chain whose elements lie in the member named; null when it is empty.  The nodes are linked as they come,
+// so that a long chain needs no deep stack.
+template <class Node, class Element>
+Node *unpackChain(XdrReader &in, Element Node::*element) {
+    Node *head = nullptr;
+    for (Node **link = &head; in.present(); link = &(*link)->next) {
+        *link = in.make<Node>();
+        if (*link == nullptr)
+            break;
+        unpack(in, (*link)->*element);
+    }
+    return head;
+}
 
 } // namespace qvledger

@@ -12,13 +12,13 @@
 #include <utility>
 
 #include "platform/byte_order.h"
-#include "service/value_block.h"
+#include "service/value_memory.h"
 
 namespace qvledger {
 
 class XdrReader {
 public:
-    XdrReader(std::span<const std::uint8_t> bytes, ValueBlock &givenBlock) : rest(bytes), block(givenBlock) {}
+    XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory) : rest(bytes), memory_(memory) {}
 
     std::uint32_t word() {
         std::uint32_t word = 0;
@@ -56,7 +56,7 @@ public:
     void *allocate(std::size_t size) {
         if (failed())
             return nullptr;
-        void *allocation = block.allocate(size);
+        void *allocation = memory_.allocate(size);
         if (allocation == nullptr)
             fail(Fault::Memory);
         return allocation;
@@ -65,9 +65,10 @@ public:
     // Everything still unread, as it is.
     std::span<const std::uint8_t> remainder() { return std::exchange(rest, {}); }
 
+    // Could everything be read, and is nothing left?
+    bool isWhole() const { return fault == Fault::None && rest.empty(); }
     bool failed() const { return fault != Fault::None; }
     bool outOfMemory() const { return fault == Fault::Memory; }
-    bool atEnd() const { return rest.empty(); }
 
 private:
     enum class Fault : std::uint8_t { None, Malformed, Memory };
@@ -75,7 +76,7 @@ private:
     void fail(Fault givenFault);
 
     std::span<const std::uint8_t> rest; // nothing once it failed
-    ValueBlock &block;
+    ValueMemory &memory_;
     Fault fault = Fault::None;
 };
 

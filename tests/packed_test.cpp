@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "ala/render/value_types.h"
 #include "service/clock.h"
-#include "service/packed.h"
 #include "service/text.h"
 #include "tests/support/value_cases.h"
 
@@ -147,7 +147,7 @@ TEST(Packed, DeletionTakesWhatIsUnpackedAndWhatIsMade) {
 }
 
 TEST(Packed, NoMemoryIsToldFromARefusal) {
-    const Bytes packed = pack(std::vector(1000, name("x")));
+    const Bytes packed = pack(std::vector(1000, samples::name("x")));
     ASSERT_EQ(unpack(NAME_OR_OIDS, packed), 0);
     for (const std::size_t most : {std::size_t{0}, allocated / 2, allocated - 1}) {
         limit = most;

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <rpc/rpc.h>
 
-#include "service/packed.h"
+#include "ala/render/value_types.h"
 #include "tests/support/value_cases.h"
 
 // The generated records have the names and fields of our own.  Only their unions are named after them.

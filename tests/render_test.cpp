@@ -6,7 +6,7 @@
 
 #include "ala/base/handle.h"
 #include "ala/base/lock.h"
-#include "ala/render/dispatcher.h"
+#include "ala/render/pair.h"
 #include "platform/os.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/value_cases.h"

@@ -39,8 +39,7 @@ public:
     ALA_retCode_t take(ALA_handle_t handle, ALA_record_t record, bool *changed) {
         const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
         *changed = false;
-        if (const std::uint64_t present = ALA__NamesState(handle, record, type);
-            present != 0 && present == state)
+        if (const std::uint64_t present = namesState(handle, record, type); present != 0 && present == state)
             return ALA_N_NORMAL;
         ALA_attrName *next = nullptr;
         const ALA_retCode_t result = ALA_ListAttributesFromRecord(handle, record, type, nullptr, &next);
@@ -49,7 +48,7 @@ public:
         *changed = equalList(list, next) == 0;
         ALA_FreeAttributeList(&list);
         list = next;
-        state = ALA__NamesState(handle, record, type);
+        state = namesState(handle, record, type);
         return result;
     }
     const ALA_attrName *get() const { return list; }

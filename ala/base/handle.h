@@ -6,6 +6,7 @@
 
 #include "ala/ala.h"
 #include "ala/base/columns.h"
+#include "ala/base/plain_days.h"
 
 struct handleData {
     std::int32_t pid;  // of the process that registered
@@ -19,7 +20,8 @@ struct handleData {
 
     ALA_timeForm_t timeForm;
 
-    qvledger::Columns columns; // what the cursors remember from record to record
+    qvledger::Columns columns;     // what the cursors remember from record to record
+    qvledger::PlainDays plainDays; // of the time zone in which the last log was opened
 
     ~handleData() {
         std::free(svrName);

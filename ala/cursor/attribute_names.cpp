@@ -177,15 +177,15 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
     return ALA_N_NORMAL;
 }
 
-std::uint64_t ALA__NamesState(ALA_handle_t in_handle, ALA_record_t in_record, ALA_recAttrType_t in_type) {
+std::uint64_t qvledger::namesState(ALA_handle_t handle, ALA_record_t jobRecord, ALA_recAttrType_t type) {
     NodeRange range = {};
-    if (!selectRange(*in_record, in_type, &range))
+    if (!selectRange(*jobRecord, type, &range))
         return 0;
     for (std::uint64_t i = range.first; i < range.end; ++i)
-        if (in_handle->columns.recall(static_cast<std::uint32_t>(i), in_record->attrValList[i].decoid)
-                .data() == nullptr)
+        if (handle->columns.recall(static_cast<std::uint32_t>(i), jobRecord->attrValList[i].decoid).data() ==
+            nullptr)
             return 0;
-    return in_handle->columns.stateOf(range.first, range.end);
+    return handle->columns.stateOf(range.first, range.end);
 }
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {

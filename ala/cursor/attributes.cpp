@@ -1,11 +1,11 @@
 // The cursors over the attributes of a job and of a document.
 #include "ala/cursor/attributes.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "ala/base/trace.h"
 #include "ala/driver.h"
-#include "ala/render/dispatcher.h"
+#include "ala/render/pair.h"
 
 using namespace qvledger;
 
@@ -15,61 +15,56 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
     return result;
 }
 
-// Renders one value, or the lack of any, into the pair.
-static ALA_retCode_t deliverValue(ALA_handle_t handle, const attrValNode &node, std::string_view knownName,
-                                  void *value, AS_attrValDesc_t description, const char *locale,
-                                  ALA_attrPair **attribute) {
-    const ALA_retCode_t result = ALA__GetNamedAttribute(&node, knownName, value, description, locale,
-                                                        handle->timeForm, &handle->oidHandle, attribute);
-    if (result != ALA_N_NORMAL)
-        ++handle->valuesPassedOver;
-    return result;
-}
-
-// Renders the values in turn.  The last one's result counts; that of an earlier one shows as a missing value.
-static ALA_retCode_t deliverValues(STF_l__hdr *status, ALA_handle_t handle, const attrValNode *node,
-                                   std::string_view knownName, const char *locale, const CursorTexts &texts,
-                                   ALA_attrPair **attribute, bool *complete) {
-    ALA_retCode_t result = ALA_N_NORMAL;
-    for (std::uint32_t i = 0; i < node->numAttrVal; ++i) {
-        const GEN_string &packed = node->attrVals[i];
-        void *value = nullptr;
-        AS_attrValDesc_t description = {};
-        if (ODP_UnpackAV(status, packed.length, packed._value, node->attrValType, &value, &description) !=
-            0) {
-            ++handle->valuesPassedOver;
-            return ALA_FAIL(ALA_A_ODPUNPACK_ERROR,
-                            "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
-                            static_cast<std::int32_t>(node->attrValType), texts.operation);
-        }
-        result = deliverValue(handle, *node, knownName, value, description, locale, attribute);
-    }
-    if (node->numAttrVal == 0)
-        result = deliverValue(handle, *node, knownName, nullptr, {}, locale, attribute);
-    *complete = true;
-    return result;
-}
-
-// Renders the attribute at a place of a record.  *outp_complete: the rendering reached its end, whatever the
-// result of the last value is.
-static ALA_retCode_t deliverAttribute(ALA_handle_t in_handle, attrValNode *inoutp_node, std::uint32_t place,
-                                      const char *inp_locale, const CursorTexts &in_texts,
-                                      ALA_attrPair **outp_attribute, bool *outp_complete) {
+// Renders one value, or the lack of any, onto the pair.  ALA_A_ODPUNPACK_ERROR: it is not of its type.
+static ALA_retCode_t deliverValue(ALA_handle_t handle, const attrValNode &node, const GEN_string &packed,
+                                  std::string_view name, const char *locale, ALA_attrPair **attribute) {
+    const RenderContext context = {&handle->oidHandle, handle->timeForm, &handle->plainDays};
+    if (name.data() != nullptr)
+        return getPackedAttribute(node, {packed._value, static_cast<std::size_t>(packed.length)}, name,
+                                  context, attribute);
     const StatusList status;
-    if (inp_locale != nullptr)
-        in_handle->columns.forget();
-    const std::string_view knownName = in_handle->columns.recall(place, inoutp_node->decoid);
-    const bool isKnown = knownName.data() != nullptr;
-    if (const std::int32_t result = isKnown ? 0 : ALA__FillOid(status, inoutp_node); result != 0) {
-        ++in_handle->valuesPassedOver;
-        return ALA_FAIL(ALA_A_OID_ERROR,
-                        "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
-                        in_texts.operation, static_cast<unsigned>(result), inoutp_node->decoid);
+    void *value = nullptr;
+    AS_attrValDesc_t description = {};
+    if (packed.length != 0 &&
+        ODP_UnpackAV(status, packed.length, packed._value, node.attrValType, &value, &description) != 0)
+        return ALA_A_ODPUNPACK_ERROR;
+    return getAttribute(node, value, description, locale, context, attribute);
+}
+
+// Renders the attribute at a place of a record.  The last value's result counts; that of an earlier one shows
+// as a missing value.  *complete: the rendering reached its end.
+static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, std::uint32_t place,
+                                      const char *locale, const CursorTexts &texts, ALA_attrPair **attribute,
+                                      bool *complete) {
+    if (locale != nullptr)
+        handle->columns.forget();
+    const std::string_view name = handle->columns.recall(place, node->decoid);
+    if (name.data() == nullptr) {
+        const StatusList status;
+        if (const std::int32_t failure = ALA__FillOid(status, node); failure != 0) {
+            ++handle->valuesPassedOver;
+            return ALA_FAIL(
+                ALA_A_OID_ERROR,
+                "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
+                texts.operation, static_cast<unsigned>(failure), node->decoid);
+        }
     }
-    const ALA_retCode_t result = deliverValues(status, in_handle, inoutp_node, knownName, inp_locale,
-                                               in_texts, outp_attribute, outp_complete);
-    if (!isKnown && inp_locale == nullptr && *outp_attribute != nullptr)
-        in_handle->columns.remember(place, inoutp_node->decoid, (*outp_attribute)->attrName);
+    ALA_retCode_t result = ALA_N_NORMAL;
+    const std::uint32_t count = std::max(node->numAttrVal, 1U);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const GEN_string packed = node->numAttrVal != 0 ? node->attrVals[i] : GEN_string{};
+        result = deliverValue(handle, *node, packed, name, locale, attribute);
+        if (result != ALA_N_NORMAL)
+            ++handle->valuesPassedOver;
+        if (result == ALA_A_ODPUNPACK_ERROR)
+            break;
+    }
+    if (name.data() == nullptr && locale == nullptr && *attribute != nullptr)
+        handle->columns.remember(place, node->decoid, (*attribute)->attrName);
+    if (result == ALA_A_ODPUNPACK_ERROR)
+        return ALA_FAIL(result, "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
+                        static_cast<std::int32_t>(node->attrValType), texts.operation);
+    *complete = true;
     return result;
 }
 

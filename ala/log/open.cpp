@@ -169,6 +169,7 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
     *logHandle = nullptr;
     if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
+    handle->plainDays.checkZone();
     NamedLog file;
     LogFile header;
     const ALA_retCode_t opened =

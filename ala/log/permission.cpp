@@ -13,8 +13,8 @@
 #include "ala/base/trace.h"
 #include "ala/log/log_file.h"
 #include "ala/log/open_log.h"
+#include "ala/render/value_types.h"
 #include "platform/byte_order.h"
-#include "service/packed.h"
 
 using namespace qvledger;
 

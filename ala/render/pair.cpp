@@ -1,90 +1,277 @@
 #include "ala/render/pair.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <utility>
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/render/name_lookup.h"
-#include "service/spare_block.h"
-#include "service/status.h"
+#include "ala/driver.h"
+#include "service/thread.h"
 
 using namespace qvledger;
 
-using PairMemory = SpareBlock<ALA__growingPair, sizeof(ALA__growingPair)>;
+// ---- In memory ----
 
-ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, Text &inoutp_text) {
-    constexpr std::size_t kCopied = 4096; // bytes from which on a text is not copied
-    static_assert(kCopied >= kValueSize, "such a text is in no maker's buffer");
-    const bool isCopied = inoutp_text.size() < kCopied;
-    const std::size_t room = isCopied ? inoutp_text.size() + 1 : 0;
-    auto *value = static_cast<attributeVal *>(std::malloc(sizeof(attributeVal) + room));
-    *outpp_val = value;
-    if (value == nullptr)
+namespace {
+
+// A value with its text, which goes on after the record, and a NUL.
+struct ValueBlock {
+    attributeVal node;  // what the caller sees; first, so that its address is this record's
+    std::uint32_t size; // of the text
+    char text[4];
+};
+
+// A pair with its first value, the text of which is followed by the name.
+struct PairBlock {
+    ALA_attrPair pair;     // what the caller sees; first, so that its address is this record's
+    AS_attrValType_t type; // of the values
+    bool isUsual;          // has the size that is kept for the next pair
+    attributeVal *last;
+    ValueBlock first;
+};
+
+} // namespace
+
+static PairBlock *blockOf(ALA_attrPair *pair) {
+    return reinterpret_cast<PairBlock *>(pair);
+}
+
+// One block is kept between pairs, which are made and released in turn: malloc and free for each would cost
+// as much as a good part of the rendering.
+constexpr std::size_t kUsualPair = 512; // bytes
+constexpr std::size_t kLongestText = std::numeric_limits<std::uint32_t>::max();
+static thread_local PairBlock *spare;
+static thread_local bool isSpareWatched; // and released at the thread's end
+
+static PairBlock *allocatePair(std::size_t size) {
+    PairBlock *block = size <= kUsualPair ? std::exchange(spare, nullptr) : nullptr;
+    if (block == nullptr)
+        block = static_cast<PairBlock *>(std::malloc(std::max(size, kUsualPair)));
+    if (block != nullptr)
+        block->isUsual = size <= kUsualPair;
+    return block;
+}
+
+static void releasePair(PairBlock *block) {
+    static ThreadsEnd end([](void *) { std::free(std::exchange(spare, nullptr)); });
+    if (block->isUsual && spare == nullptr && (isSpareWatched || (isSpareWatched = end.enter(&spare))))
+        spare = block;
+    else
+        std::free(block);
+}
+
+static char *putText(char *to, std::string_view text) {
+    std::memcpy(to, text.data(), text.size());
+    to[text.size()] = '\0';
+    return to + text.size() + 1;
+}
+
+// Gives the address after the text.
+static char *setValue(ValueBlock *value, std::string_view text) {
+    char *to = reinterpret_cast<char *>(value) + offsetof(ValueBlock, text);
+    value->node = {to, nullptr};
+    value->size = static_cast<std::uint32_t>(text.size());
+    return putText(to, text);
+}
+
+static PairBlock *makePair(std::string_view name, std::string_view text, AS_attrValType_t type) {
+    PairBlock *block = text.size() <= kLongestText
+                           ? allocatePair(sizeof(PairBlock) + name.size() + text.size() + 2)
+                           : nullptr;
+    if (block == nullptr)
+        return nullptr;
+    char *const attrName = setValue(&block->first, text);
+    putText(attrName, name);
+    block->pair = {attrName, &block->first.node};
+    block->last = &block->first.node;
+    block->type = type;
+    return block;
+}
+
+ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, std::string_view in_text) {
+    void *memory =
+        in_text.size() <= kLongestText
+            ? std::malloc(std::max(sizeof(ValueBlock), offsetof(ValueBlock, text) + in_text.size() + 1))
+            : nullptr;
+    *outpp_val = static_cast<attributeVal *>(memory);
+    if (memory == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
-    *value = {isCopied ? static_cast<char *>(std::memcpy(value + 1, inoutp_text.c_str(), room))
-                       : inoutp_text.releaseToFit(),
-              nullptr};
+    setValue(static_cast<ValueBlock *>(memory), in_text);
     return ALA_N_NORMAL;
 }
 
-void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value) {
-    if (inp_value->value != reinterpret_cast<const ALA__roomyValue *>(inp_value)->text)
-        std::free(inp_value->value);
-    if (inp_value != &reinterpret_cast<const ALA__growingPair *>(inp_pair)->first.node)
-        std::free(inp_value);
+std::string_view qvledger::valueText(const attributeVal &value) {
+    return {value.value, reinterpret_cast<const ValueBlock &>(value).size};
 }
 
-void PairDeleter::operator()(ALA__growingPair *pair) const {
-    while (pair->pair.attrVal != nullptr) {
-        attributeVal *value = pair->pair.attrVal;
-        pair->pair.attrVal = value->next;
-        ALA__FreeValue(&pair->pair, value);
+static void freeValues(attributeVal *value) {
+    while (value != nullptr)
+        std::free(std::exchange(value, value->next));
+}
+
+ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
+    const FuncTrace trace("ALA_FreeAttributePair");
+    PairBlock *block = blockOf(std::exchange(*inoutp_attribute, nullptr));
+    freeValues(block->first.node.next);
+    releasePair(block);
+    return ALA_N_NORMAL;
+}
+
+// ---- Rendering ----
+
+// Takes off the text's first value, of those that it has.
+static std::string_view takeValue(std::string_view &texts, std::uint32_t values) {
+    const std::string_view value = values > 1 ? texts.substr(0, texts.find('\0')) : texts;
+    texts.remove_prefix(value.size() + (values > 1 ? 1 : 0));
+    return value;
+}
+
+// Adds what was rendered to the pair, which is made for the first value; on failure the pair is as it was.
+static const RenderFailure *addValues(const Rendering &rendering, const attrValNode &node,
+                                      std::string_view name, ALA_attrPair **pair) {
+    static constexpr RenderFailure kNoPair = {
+        ALA_A_OUT_OF_MEMORY, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute"};
+    static constexpr RenderFailure kNoNode = {ALA_A_OUT_OF_MEMORY,
+                                              "ALA__AllocValue failed for oid: %s in ALA__GetAttribute"};
+    std::string_view texts = rendering.view.data() != nullptr ? rendering.view : rendering.text.view();
+    std::uint32_t left = rendering.values;
+    PairBlock *block = blockOf(*pair);
+    if (block == nullptr) {
+        block = makePair(name, takeValue(texts, left--), node.attrValType);
+        if (block == nullptr)
+            return ALA_FAIL(&kNoPair, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OUT_OF_MEMORY");
     }
-    PairMemory::release(pair); // with its name
+    attributeVal *const before = block->last;
+    for (; left != 0; --left) {
+        if (ALA__AllocValue(&block->last->next, takeValue(texts, left)) != ALA_N_NORMAL) {
+            freeValues(std::exchange(before->next, nullptr));
+            block->last = before;
+            if (*pair == nullptr)
+                releasePair(block);
+            return &kNoNode;
+        }
+        block->last = block->last->next;
+    }
+    *pair = &block->pair;
+    return nullptr;
 }
 
-static ALA_retCode_t noMemory() {
-    return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OUT_OF_MEMORY");
+// What follows the rendering of a value, whatever came of it.
+static ALA_retCode_t deliver(Rendering &rendering, const RenderFailure *rendered, const attrValNode &node,
+                             std::string_view name, ALA_attrPair **pair) {
+    static constexpr RenderFailure kNoMemoryForText = {
+        ALA_A_OUT_OF_MEMORY, "Could not allocate memory for the value of oid: %s in ALA__GetAttribute"};
+    const RenderFailure *failure = rendered;
+    if (failure == nullptr && rendering.text.failed())
+        failure = &kNoMemoryForText;
+    if (failure == nullptr || *pair != nullptr)
+        if (const RenderFailure *added = addValues(rendering, node, name, pair); failure == nullptr)
+            failure = added;
+    return failure == nullptr ? ALA_N_NORMAL : ALA_FAIL(failure->code, failure->message, node.decoid);
 }
 
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
-                                         const char *inp_locale, void **inoutp_oidHandle,
-                                         ALA_attrPair **outp_attribute, char **outpp_attrName) {
-    *outp_attribute = nullptr;
-    *outpp_attrName = nullptr;
-    OwnedPair pair(static_cast<ALA__growingPair *>(PairMemory::allocate()));
-    if (pair == nullptr)
-        return noMemory();
-    pair->first.text[0] = '\0';
-    pair->first.node = {pair->first.text, nullptr};
-    pair->pair = {nullptr, &pair->first.node};
-    pair->last = &pair->first.node;
+static void logType(const attrValNode &node) {
+    ALA_DETAIL("*** ALA__GetAttribute *** for attribute type %d ",
+               static_cast<std::int32_t>(node.attrValType));
+}
 
+ALA_retCode_t qvledger::getPackedAttribute(const attrValNode &node, std::span<const std::uint8_t> packed,
+                                           std::string_view name, const RenderContext &context,
+                                           ALA_attrPair **pair) {
+    Rendering rendering(context);
+    const RenderFailure *failure = nullptr;
+    const ValueType *row = packed.empty() ? nullptr : findValueType(node.attrValType);
+    if (row != nullptr) {
+        alignas(std::max_align_t) std::byte room[512];
+        ValueMemory memory(room);
+        XdrReader in(packed, memory);
+        failure = row->form.renderPacked(in, rendering);
+        if (failure == &kRefused)
+            return failure->code;
+    }
+    const FuncTrace trace("ALA__GetAttribute");
+    logType(node);
+    return deliver(rendering, failure, node, name, pair);
+}
+
+void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
+    if (in_attr == nullptr)
+        return;
+    const StatusList status;
+    in_valDesc.deleteFunc(status, in_attr, nullptr);
+}
+
+namespace {
+
+// The value record, released on every path.
+class ValueRecord {
+public:
+    ValueRecord(void *value, AS_attrValDesc_t description) : value_(value), description_(description) {}
+    ~ValueRecord() { ALA__Cleanup(value_, description_); }
+    ValueRecord(const ValueRecord &) = delete;
+    ValueRecord &operator=(const ValueRecord &) = delete;
+
+private:
+    void *value_;
+    AS_attrValDesc_t description_;
+};
+
+} // namespace
+
+ALA_retCode_t qvledger::getAttribute(const attrValNode &node, void *value, AS_attrValDesc_t description,
+                                     const char *locale, const RenderContext &context, ALA_attrPair **pair) {
+    const FuncTrace trace("ALA__GetAttribute");
+    logType(node);
+    const ValueRecord owner(value, description);
+    char name[OID_NAME_SIZE] = "";
+    if (*pair == nullptr)
+        if (const ALA_retCode_t result =
+                ALA__LookupAttrNameFromOID(node.oid, locale, context.oidHandle, name);
+            result != ALA_N_NORMAL)
+            return ALA_FAIL(result, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute",
+                            node.decoid);
+    Rendering rendering(context);
+    const ValueType *row = value != nullptr ? findValueType(node.attrValType) : nullptr;
+    const RenderFailure *failure = row != nullptr ? row->form.render(rendering, value) : nullptr;
+    return deliver(rendering, failure, node, name, pair);
+}
+
+ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
+                                AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
+                                void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute) {
+    return getAttribute(*inp_node, in_attrVal, in_attrValDesc, inp_locale, {.oidHandle = inoutp_oidHandle},
+                        inoutp_attribute);
+}
+
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
+                                         void **inoutp_oidHandle, char (&outp_attrName)[OID_NAME_SIZE]) {
     const StatusList status;
     std::int32_t result = 0;
     if (inp_locale != nullptr) {
         const Malloced<char> copy(_strdup(inp_locale));
         if (copy == nullptr)
-            return noMemory();
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
+                            "Return code for ALA__LookupAttrNameFromOID is ALA_A_OUT_OF_MEMORY");
         char *locale = copy.get();
         result = OID_SetLocale(status, inoutp_oidHandle, &locale);
     }
-    if (in_knownName.data() != nullptr)
-        copyName(in_knownName.data(), in_knownName.size(), pair->name);
-    else if (result == 0)
-        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, pair->name, 0);
+    if (result == 0)
+        result = OID_LookupBinary(status, *inoutp_oidHandle, in_oid, outp_attrName, 0);
     if (result != 0)
         return ALA_FAIL(ALA_A_OID_ERROR, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OID_ERROR. "
                                          "OID_LookupBinary failed.");
-    *outpp_attrName = pair->name;
-    *outp_attribute = &pair.release()->pair;
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
-    const FuncTrace trace("ALA_FreeAttributePair");
-    PairDeleter()(reinterpret_cast<ALA__growingPair *>(*inoutp_attribute));
-    *inoutp_attribute = nullptr;
+ALA_retCode_t ALA_GetAttributeType(const ALA_attrPair *inp_attribute, uint32_t *outp_valueType,
+                                   ALA_valueKind_t *outp_kind) {
+    if (inp_attribute == nullptr || outp_valueType == nullptr || outp_kind == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_ARG, "an address is NULL in ALA_GetAttributeType; ALA_A_INVALID_ARG");
+    *outp_valueType = reinterpret_cast<const PairBlock *>(inp_attribute)->type;
+    const ValueType *row = findValueType(*outp_valueType);
+    *outp_kind = row != nullptr ? row->kind : ALA_KIND_TEXT;
     return ALA_N_NORMAL;
 }

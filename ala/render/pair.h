@@ -1,60 +1,43 @@
-// A pair of an attribute's name and its values: how it lies in memory, its making and its release.
+// A pair of an attribute's name and its values: its making from values and its release.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "ala/ala.h"
-#include "ala/render/value_text.h"
+#include "ala/base/record.h"
+#include "ala/render/value_types.h"
 #include "service/oid.h"
-#include "service/packed.h"
+
+// Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the
+// text is appended to the pair's values.  Takes over in_attrVal, which may be null for an attribute without a
+// value.  On failure a new pair does not reach the caller, and one that was there keeps its values and gets
+// the text that the failed value has reached.
+ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
+                                AS_attrValDesc_t in_attrValDesc, const char *inp_locale,
+                                void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute);
+
+// The name of an attribute, whose pair is made with its first value.  A locale that is not null stays set on
+// the database handle.  ALA_A_OUT_OF_MEMORY, ALA_A_OID_ERROR.
+ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
+                                         void **inoutp_oidHandle, char (&outp_attrName)[OID_NAME_SIZE]);
+
+// A value with its text in one piece, which free releases.  0, or ALA_A_OUT_OF_MEMORY with the variable null.
+ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, std::string_view in_text);
+
+// Releases a value record; null is fine.
+void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
 
 namespace qvledger {
 
-constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
+// ALA__GetAttribute with more to render by.
+ALA_retCode_t getAttribute(const attrValNode &node, void *value, AS_attrValDesc_t description,
+                           const char *locale, const RenderContext &context, ALA_attrPair **pair);
 
-} // namespace qvledger
-
-// A value with its text behind it; a longer one has memory of its own.  The node is first, so that its
-// address is this record's.  Further values of a pair have as much of the room as their texts take.
-struct ALA__roomyValue {
-    attributeVal node;
-    char text[qvledger::kValueSize];
-};
-
-// A pair with its name and its first value in one piece.  It remembers its last value, so that appending
-// costs the same however many there are, and what type its values have.
-struct ALA__growingPair {
-    ALA_attrPair pair; // what the caller sees; first, so that its address is this record's
-    attributeVal *last;
-    AS_attrValType_t type; // of the values
-    char name[OID_NAME_SIZE];
-    ALA__roomyValue first;
-};
-
-// A new pair with one empty value, and the attribute's name, which lies in the pair and which the caller
-// makes known there.  The known name is taken if it has data, else that of the object identifier, which may
-// be null before.  A locale that is not null stays set on the database handle.  ALA_A_OUT_OF_MEMORY,
-// ALA_A_OID_ERROR: both outputs are null.
-ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, std::string_view in_knownName,
-                                         const char *inp_locale, void **inoutp_oidHandle,
-                                         ALA_attrPair **outp_attribute, char **outpp_attrName);
-
-// A value that takes over a text, and no memory beyond what that needs.  0, or ALA_A_OUT_OF_MEMORY with the
-// variable null.
-ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, qvledger::Text &inoutp_text);
-
-// Releases a value and its text, but for what is a part of the pair.
-void ALA__FreeValue(const ALA_attrPair *inp_pair, attributeVal *inp_value);
-
-namespace qvledger {
-
-// Releases a pair with its values and its name.  Its last block is kept for the next one.
-struct PairDeleter {
-    void operator()(ALA__growingPair *pair) const;
-};
-using OwnedPair = std::unique_ptr<ALA__growingPair, PairDeleter>;
+// The same of a packed value, for an attribute whose name is known; no data: an attribute without a value.
+// Also ALA_A_ODPUNPACK_ERROR, which is not logged: the bytes are not a value of the attribute's type, and the
+// pair is as it was.
+ALA_retCode_t getPackedAttribute(const attrValNode &node, std::span<const std::uint8_t> packed,
+                                 std::string_view name, const RenderContext &context, ALA_attrPair **pair);
 
 } // namespace qvledger

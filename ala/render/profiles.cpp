@@ -26,8 +26,8 @@ static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *givenAdd
     return true;
 }
 
-const RenderFailure *qvledger::renderDeliveryAddress(Rendering &rendering, const void *value) {
-    addAddress(rendering, static_cast<const GEN_deliveryAddress *>(value), ""); // or nothing
+const RenderFailure *qvledger::renderDeliveryAddress(Rendering &rendering, const GEN_deliveryAddress &value) {
+    addAddress(rendering, &value, ""); // or nothing
     return nullptr;
 }
 
@@ -37,7 +37,7 @@ static void endItem(bool there, Text &text) {
 }
 
 static void addOidItem(Rendering &rendering, GEN_oid_t oid) {
-    endItem(ALA__AddStrippedName(rendering.status, *rendering.oidHandle, rendering.text, oid),
+    endItem(ALA__AddStrippedName(rendering.status, *rendering.context.oidHandle, rendering.text, oid),
             rendering.text);
 }
 
@@ -57,8 +57,8 @@ static void addLocale(Rendering &rendering, const GEN_locale *locale) {
     addOctetsItem(locale->modifier_o, rendering.text);
 }
 
-const RenderFailure *qvledger::renderEventHandlingProfile(Rendering &rendering, const void *value) {
-    const auto &profile = *static_cast<const GEN_eventHandlingProfile *>(value);
+const RenderFailure *qvledger::renderEventHandlingProfile(Rendering &rendering,
+                                                          const GEN_eventHandlingProfile &profile) {
     Text &text = rendering.text;
     if (profile.ehpEventIdentifiers_o == nullptr)
         endItem(false, text);
@@ -80,8 +80,8 @@ const RenderFailure *qvledger::renderEventHandlingProfile(Rendering &rendering, 
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderIgnoredAttribute(Rendering &rendering, const void *value) {
-    const auto &ignored = *static_cast<const GEN_ignoredAttribute *>(value);
+const RenderFailure *qvledger::renderIgnoredAttribute(Rendering &rendering,
+                                                      const GEN_ignoredAttribute &ignored) {
     Text &text = rendering.text;
     if (ignored.docNumber_o != nullptr)
         text.addNumber(static_cast<std::int32_t>(*ignored.docNumber_o));
@@ -89,19 +89,18 @@ const RenderFailure *qvledger::renderIgnoredAttribute(Rendering &rendering, cons
     AS_attrID_t attrID = 0;
     char name[OID_NAME_SIZE];
     if (AS_GetAttrIDR(rendering.status, &ignored.attribute, &attrID) == 0 &&
-        OID_LookupShort(rendering.status, *rendering.oidHandle, attrID, name, nullptr) == 0)
+        OID_LookupShort(rendering.status, *rendering.context.oidHandle, attrID, name, nullptr) == 0)
         text.add(name);
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const void *value) {
-    const auto &profile = *static_cast<const GEN_resultsProfile *>(value);
+const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const GEN_resultsProfile &profile) {
     STF_l__hdr *status = rendering.status;
     Text &text = rendering.text;
     if (profile.deliveryMethod_o == nullptr)
         text.add("NULL");
     else
-        ALA__AddStrippedName(status, *rendering.oidHandle, text,
+        ALA__AddStrippedName(status, *rendering.context.oidHandle, text,
                              *profile.deliveryMethod_o); // or nothing
 
     text.add(' ');
@@ -113,7 +112,7 @@ const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const 
     text.addNumber(profile.jobCopies_d != nullptr ? static_cast<std::int32_t>(*profile.jobCopies_d) : 1);
     text.add(' ');
     if (profile.outputBin_o != nullptr)
-        ALA__NameOrOidToAscii(status, *rendering.oidHandle, text, profile.outputBin_o);
+        ALA__NameOrOidToAscii(status, *rendering.context.oidHandle, text, profile.outputBin_o);
     else
         text.add("NULL");
     return nullptr;

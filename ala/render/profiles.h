@@ -2,12 +2,14 @@
 #pragma once
 
 #include "ala/render/value_types.h"
+#include "service/values.h"
 
 namespace qvledger {
 
-RenderFunction renderEventHandlingProfile;
-RenderFunction renderIgnoredAttribute;
-RenderFunction renderResultsProfile;
-RenderFunction renderDeliveryAddress;
+const RenderFailure *renderEventHandlingProfile(Rendering &inout_rendering,
+                                                const GEN_eventHandlingProfile &in_value);
+const RenderFailure *renderIgnoredAttribute(Rendering &inout_rendering, const GEN_ignoredAttribute &in_value);
+const RenderFailure *renderResultsProfile(Rendering &inout_rendering, const GEN_resultsProfile &in_value);
+const RenderFailure *renderDeliveryAddress(Rendering &inout_rendering, const GEN_deliveryAddress &in_value);
 
 } // namespace qvledger

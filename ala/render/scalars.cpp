@@ -7,66 +7,60 @@
 
 using namespace qvledger;
 
-template <class Record>
-static const Record &as(const void *inp_value) {
-    return *static_cast<const Record *>(inp_value);
-}
-
-const RenderFailure *qvledger::renderBoolean(Rendering &rendering, const void *givenValue) {
-    const GEN_boolean_t value = as<GEN_boolean_t>(givenValue);
+const RenderFailure *qvledger::renderBoolean(Rendering &rendering, const GEN_boolean_t &value) {
     if (value == 0 || value == 1)
         rendering.text.add(value == 1 ? "true" : "false");
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderInt(Rendering &rendering, const void *value) {
-    rendering.text.addNumber(as<std::int32_t>(value));
+const RenderFailure *qvledger::renderInt(Rendering &rendering, const std::int32_t &value) {
+    rendering.text.addNumber(value);
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderShort(Rendering &rendering, const void *value) {
-    rendering.text.addNumber(as<std::int16_t>(value));
+const RenderFailure *qvledger::renderShort(Rendering &rendering, const std::int16_t &value) {
+    rendering.text.addNumber(value);
     return nullptr;
 }
 
 // As "%f" in the C locale: a report's numbers read the same everywhere.
-const RenderFailure *qvledger::renderReal(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderReal(Rendering &rendering, const double &value) {
     char digits[330]; // the largest has 309 before the point
-    const auto end =
-        std::to_chars(digits, digits + sizeof digits, as<double>(value), std::chars_format::fixed, 6);
+    const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
     rendering.text.add({digits, end.ptr});
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderCardinal64(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderCardinal64(Rendering &rendering, const GEN_cardinal64 &value) {
     std::uint64_t i64 = 0;
-    GEN_GenToUint64(&i64, static_cast<const GEN_cardinal64 *>(value));
+    GEN_GenToUint64(&i64, &value);
     rendering.text.addNumber(i64);
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderPageOrder(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderPageOrder(Rendering &rendering, const GEN_pageOrderType_t &order) {
     static constexpr const char *kOrders[] = {"unknown", "first-to-last", "last-to-first"};
     constexpr GEN_pageOrderType_t kFirst = 2;
-    const GEN_pageOrderType_t order = as<GEN_pageOrderType_t>(value);
     const bool valid = order >= kFirst && order < kFirst + static_cast<std::int32_t>(std::size(kOrders));
     rendering.text.add(valid ? kOrders[order - kFirst] : "error type");
     return nullptr;
 }
 
-const RenderFailure *qvledger::renderTime(Rendering &rendering, const void *value) {
+const RenderFailure *qvledger::renderTime(Rendering &rendering, const GEN_generalizedTime &value) {
     static constexpr RenderFailure kNoLocalTime = {ALA_A_FAIL_TO_GET_TIME,
                                                    "ALA__GeneralizedToLocalTime failed in ALA__GetAttribute"};
     static constexpr RenderFailure kNoText = {ALA_A_FAIL_TO_GET_TIME,
                                               "ALA__GeneralizedTimeToAscii failed in ALA__GetAttribute"};
-    if (rendering.timeForm == ALA_TIME_ISO_8601) {
+    if (rendering.context.timeForm == ALA_TIME_ISO_8601) {
         char text[kIsoTimeSize];
-        const std::string_view shown = ALA__IsoTime(as<GEN_generalizedTime>(value), text);
+        const std::string_view shown = ALA__IsoTime(value, text);
         rendering.text.add(shown);
         return shown.empty() ? &kNoLocalTime : nullptr;
     }
     GEN_generalizedTime localTime = {};
-    if (ALA__GeneralizedToLocalTime(static_cast<const GEN_generalizedTime *>(value), &localTime) != 0)
+    PlainDays *const days = rendering.context.plainDays;
+    if (!(days != nullptr && localOnPlainDay(*days, value, &localTime)) &&
+        ALA__GeneralizedToLocalTime(&value, &localTime) != 0)
         return &kNoLocalTime;
     char clock[kClockTimeSize];
     if (const std::string_view shown = ALA__ClockTime(localTime, clock); !shown.empty()) {
@@ -74,8 +68,8 @@ const RenderFailure *qvledger::renderTime(Rendering &rendering, const void *valu
         return nullptr;
     }
     char *text = nullptr;
-    if (ALA__GeneralizedTimeToAscii(&localTime, rendering.locale, &text) != 0)
+    if (ALA__GeneralizedTimeToAscii(&localTime, nullptr, &text) != 0)
         return &kNoText;
-    rendering.replaceText(text);
+    rendering.text.replace(text);
     return nullptr;
 }

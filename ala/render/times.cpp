@@ -6,7 +6,6 @@
 
 #include "ala/base/lock.h"
 #include "ala/base/owners.h"
-#include "ala/render/plain_days.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -61,9 +60,8 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     return *outp_unixTime == -1 ? 1 : 0;
 }
 
-// The local time of a record on a plain day, without the conversions to the instant and back.  False for any
-// other.
-static bool shiftOnPlainDay(const GEN_generalizedTime &time, GEN_generalizedTime *localTime) {
+bool qvledger::localOnPlainDay(PlainDays &plainDays, const GEN_generalizedTime &time,
+                               GEN_generalizedTime *localTime) {
     using namespace std::chrono;
     const std::int32_t fullYear = yearForTm(time) + kTmEpoch;
     if (fullYear < 1 || fullYear > 9998 || time.month < 1 || time.month > 12)
@@ -73,7 +71,7 @@ static bool shiftOnPlainDay(const GEN_generalizedTime &time, GEN_generalizedTime
     const sys_seconds local = monthStart + days{time.day - 1} + hours{time.hour} +
                               std::chrono::minutes{minutes} + seconds{time.second - _timezone};
     const sys_days date = floor<days>(local);
-    if (!ALA__IsPlainDay(static_cast<std::int32_t>(date.time_since_epoch().count())))
+    if (!plainDays.contains(static_cast<std::int32_t>(date.time_since_epoch().count())))
         return false;
     const year_month_day calendar{date};
     const hh_mm_ss clock{local - date};
@@ -95,8 +93,6 @@ std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
     if (inp_GMTTime == nullptr)
         return 1;
     *outp_localTime = {};
-    if (shiftOnPlainDay(*inp_GMTTime, outp_localTime))
-        return 0;
     std::int64_t time1 = 0;
     if (ALA__ConvertUTCToUnix(inp_GMTTime, &time1) != 0)
         return 1;

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <string_view>
 
+#include "ala/base/plain_days.h"
 #include "service/values.h"
 
 // Calendar seconds of the record; -1 when there are none.
@@ -26,6 +27,10 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
                                          char **outp_asciiTime);
 
 namespace qvledger {
+
+// The same on a plain day, without a lock and without a conversion.  False on any other day.
+bool localOnPlainDay(PlainDays &inout_days, const GEN_generalizedTime &in_time,
+                     GEN_generalizedTime *outp_localTime);
 
 // Bytes of the buffers for a time's text.
 constexpr std::size_t kClockTimeSize = 19;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <limits>
 
 #include "ala/render/formatters.h"
 #include "ala/render/identifiers.h"
@@ -11,79 +12,175 @@
 #include "ala/render/profiles.h"
 #include "ala/render/scalars.h"
 #include "ala/render/text_types.h"
+#include "service/unpack.h"
 
 using namespace qvledger;
 
-// What a formatter takes: a status, the database handle, the text it appends to, and the value.
-template <class Value>
-using Formatter = void(STF_l__hdr *, void *, Text &, const Value *);
+constexpr RenderFailure qvledger::kRefused = {ALA_A_ODPUNPACK_ERROR, ""};
 
-template <class Value>
-static const Value *valueFor(Formatter<Value> *, const void *value) {
-    return static_cast<const Value *>(value);
-}
+// ---- How values are read and rendered ----
 
-// The render function of a type whose text a formatter makes.
-template <auto *kFormatter>
-static const RenderFailure *formatted(Rendering &rendering, const void *value) {
-    kFormatter(rendering.status, *rendering.oidHandle, rendering.text, valueFor(kFormatter, value));
+// Of a type whose text a formatter makes: it takes a status, the database handle, the text that it appends
+// to, and the value.
+template <auto *kFormatter, class Record>
+static const RenderFailure *formatted(Rendering &rendering, const Record &record) {
+    kFormatter(rendering.status, *rendering.context.oidHandle, rendering.text, &record);
     return nullptr;
 }
 
-static constexpr RenderRow kRows[] = {
-    {0, "boolean", renderBoolean},
-    {1, "integer", renderInt, ALA_KIND_INTEGER},
-    {4, "delta time", formatted<ALA__DeltaTimeToAscii>},
-    {6, "distinguished name string", renderDistName},
-    {8, "event handling profile", renderEventHandlingProfile},
-    {9, "font reference", formatted<ALA__FontReferenceToAscii>},
-    {10, "object identifier", renderOid},
-    {11, "ignored attribute", renderIgnoredAttribute},
-    {12, "integer", renderInt, ALA_KIND_INTEGER},
-    {14, "characters", renderCharacters},
-    {16, "text", renderText},
-    {18, "name or object identifier", formatted<ALA__NameOrOidToAscii>},
-    {20, "octet string", renderOctets},
-    {22, "integer", renderInt, ALA_KIND_INTEGER},
-    {23, "real", renderReal},
-    {26, "short integer", renderShort, ALA_KIND_INTEGER},
-    {27, "simple name", renderSimpleName},
-    {28, "text", renderText},
-    {31, "64-bit cardinal", renderCardinal64, ALA_KIND_INTEGER},
-    {34, "cardinal or name", formatted<ALA__CardOrNoidToAscii>},
-    {39, "delivery address", renderDeliveryAddress},
-    {42, "sequence of distinguished name strings", renderDistNameSeq},
-    {43, "document format", formatted<ALA__DocFormatToAscii>},
-    {44, "edge", formatted<ALA__EdgeToAscii>},
-    {46, "finishing", formatted<ALA__FinishingToAscii>},
-    {48, "generalized time", renderTime, ALA_KIND_TIME},
-    {60, "sequence of names or object identifiers", renderNameOrOidSeq},
-    {62, "real", renderReal},
-    {67, "media selection", formatted<ALA__MedSelectToAscii>},
-    {68, "page order", renderPageOrder},
-    {69, "sequence of page selections", renderPageSelectSeq},
-    {75, "short integer", renderShort, ALA_KIND_INTEGER},
-    {81, "results profile", renderResultsProfile},
-    {91, "sequence of media consumed", renderMediaConsumedSeq},
-    {93, "set of object identifications", renderSetOfObjId},
+static const RenderFailure *renderNothing(Rendering &, const GEN_eACL &) {
+    return nullptr;
+}
+
+// A record.
+template <class Record, const RenderFailure *(*kRender)(Rendering &, const Record &)>
+static constexpr ValueForm value = {[](XdrReader &in) -> void * {
+                                        auto *record = in.make<Record>();
+                                        if (record != nullptr)
+                                            unpack(in, *record);
+                                        return record;
+                                    },
+                                    [](Rendering &rendering, const void *record) {
+                                        return kRender(rendering, *static_cast<const Record *>(record));
+                                    },
+                                    [](XdrReader &in, Rendering &rendering) {
+                                        Record record = {};
+                                        unpack(in, record);
+                                        return in.isWhole() ? kRender(rendering, record) : &kRefused;
+                                    }};
+
+// A chain of nodes with their element in the member named, given by its first node.
+template <class Node, auto kElement, const RenderFailure *(*kRender)(Rendering &, const Node &)>
+static constexpr ValueForm chain = {[](XdrReader &in) -> void * { return unpackChain<Node>(in, kElement); },
+                                    [](Rendering &rendering, const void *head) {
+                                        return kRender(rendering, *static_cast<const Node *>(head));
+                                    },
+                                    [](XdrReader &in, Rendering &rendering) -> const RenderFailure * {
+                                        const Node *head = unpackChain<Node>(in, kElement);
+                                        if (!in.isWhole())
+                                            return &kRefused;
+                                        return head != nullptr ? kRender(rendering, *head) : nullptr;
+                                    }};
+
+static std::string_view asText(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
+
+// Texts that are shown as they are packed.
+static constexpr ValueForm characters = {
+    [](XdrReader &in) -> void * { return in.characters(); },
+    [](Rendering &rendering, const void *record) -> const RenderFailure * {
+        rendering.text.add(static_cast<const char *>(record));
+        return nullptr;
+    },
+    [](XdrReader &in, Rendering &rendering) -> const RenderFailure * {
+        rendering.view = asText(in.text(std::numeric_limits<std::int32_t>::max()));
+        return in.isWhole() ? nullptr : &kRefused;
+    }};
+
+static constexpr ValueForm octets = {
+    value<GEN_string, renderOctets>.unpack, value<GEN_string, renderOctets>.render,
+    [](XdrReader &in, Rendering &rendering) -> const RenderFailure * {
+        const std::string_view bytes = asText(in.bytes(std::numeric_limits<std::int32_t>::max()));
+        rendering.view = bytes.substr(0, bytes.find('\0'));
+        return in.isWhole() ? nullptr : &kRefused;
+    }};
+
+// ---- The table ----
+
+static constexpr ValueType kRows[] = {
+    {0, "boolean", value<GEN_boolean_t, renderBoolean>},
+    {1, "integer", value<std::int32_t, renderInt>, ALA_KIND_INTEGER},
+    {4, "delta time", value<GEN_deltaTime_t, formatted<ALA__DeltaTimeToAscii>>},
+    {6, "distinguished name string", value<GEN_distNameString, renderDistName>},
+    {AS_ACCESS_LIST_ENTRY, "access list entry", value<GEN_eACL, renderNothing>},
+    {8, "event handling profile", value<GEN_eventHandlingProfile, renderEventHandlingProfile>},
+    {9, "font reference", value<GEN_fontReference, formatted<ALA__FontReferenceToAscii>>},
+    {10, "object identifier", value<GEN_oid_t, renderOid>},
+    {11, "ignored attribute", value<GEN_ignoredAttribute, renderIgnoredAttribute>},
+    {12, "integer", value<std::int32_t, renderInt>, ALA_KIND_INTEGER},
+    {14, "characters", characters},
+    {16, "text", value<GEN_text, renderText>},
+    {18, "name or object identifier", value<GEN_nameOrOid, formatted<ALA__NameOrOidToAscii>>},
+    {20, "octet string", octets},
+    {22, "integer", value<std::int32_t, renderInt>, ALA_KIND_INTEGER},
+    {23, "real", value<double, renderReal>},
+    {26, "short integer", value<std::int16_t, renderShort>, ALA_KIND_INTEGER},
+    {27, "simple name", value<GEN_simpleName, renderSimpleName>},
+    {28, "text", value<GEN_text, renderText>},
+    {31, "64-bit cardinal", value<GEN_cardinal64, renderCardinal64>, ALA_KIND_INTEGER},
+    {34, "cardinal or name", value<GEN_cardinalOrNoid, formatted<ALA__CardOrNoidToAscii>>},
+    {39, "delivery address", value<GEN_deliveryAddress, renderDeliveryAddress>},
+    {42, "sequence of distinguished name strings",
+     chain<GEN_distNameStringSeq, &GEN_distNameStringSeq::_value, renderDistNameSeq>},
+    {43, "document format", value<GEN_documentFormat, formatted<ALA__DocFormatToAscii>>},
+    {44, "edge", value<GEN_edge_t, formatted<ALA__EdgeToAscii>>},
+    {46, "finishing", value<GEN_finishing, formatted<ALA__FinishingToAscii>>},
+    {48, "generalized time", value<GEN_generalizedTime, renderTime>, ALA_KIND_TIME},
+    {60, "sequence of names or object identifiers",
+     chain<GEN_nameOrOidSeq, &GEN_nameOrOidSeq::_value, renderNameOrOidSeq>},
+    {62, "real", value<double, renderReal>},
+    {67, "media selection", value<GEN_mediaSelect, formatted<ALA__MedSelectToAscii>>},
+    {68, "page order", value<GEN_pageOrderType_t, renderPageOrder>},
+    {69, "sequence of page selections",
+     chain<GEN_pageSelectSeq, &GEN_pageSelectSeq::value, renderPageSelectSeq>},
+    {75, "short integer", value<std::int16_t, renderShort>, ALA_KIND_INTEGER},
+    {81, "results profile", value<GEN_resultsProfile, renderResultsProfile>},
+    {91, "sequence of media consumed",
+     chain<GEN_mediaConsumedSeq, &GEN_mediaConsumedSeq::_value, renderMediaConsumedSeq>},
+    {93, "set of object identifications", chain<GEN_setOfObjId, &GEN_setOfObjId::value, renderSetOfObjId>},
 };
 
 static_assert(std::adjacent_find(std::begin(kRows), std::end(kRows),
-                                 [](const RenderRow &a, const RenderRow &b) { return a.type >= b.type; }) ==
+                                 [](const ValueType &a, const ValueType &b) { return a.type >= b.type; }) ==
                   std::end(kRows),
               "one row a type, in ascending order");
 
 static constexpr std::size_t kTypes = std::end(kRows)[-1].type + 1;
 
-static constexpr std::array<const RenderRow *, kTypes> rowsByType() {
-    std::array<const RenderRow *, kTypes> rows = {};
-    for (const RenderRow &row : kRows)
+static constexpr std::array<const ValueType *, kTypes> rowsByType() {
+    std::array<const ValueType *, kTypes> rows = {};
+    for (const ValueType &row : kRows)
         rows[row.type] = &row;
     return rows;
 }
 
-static constexpr std::array<const RenderRow *, kTypes> kRowsByType = rowsByType();
+static constexpr std::array<const ValueType *, kTypes> kRowsByType = rowsByType();
 
-const RenderRow *qvledger::findRenderRow(AS_attrValType_t type) {
+const ValueType *qvledger::findValueType(AS_attrValType_t type) {
     return type < kTypes ? kRowsByType[type] : nullptr;
+}
+
+// ---- Unpacking ----
+
+static void *unpackAsItIs(XdrReader &in) {
+    const auto bytes = in.remainder();
+    auto *copy = static_cast<std::uint8_t *>(in.allocate(bytes.size()));
+    if (copy != nullptr)
+        std::copy(bytes.begin(), bytes.end(), copy);
+    return copy;
+}
+
+static void deleteValue(STF_l__hdr *, void *value, void *) {
+    ValueMemory::release(value);
+}
+
+std::int32_t ODP_UnpackAV(STF_l__hdr *, std::int32_t in_length, const void *inp_bytes,
+                          AS_attrValType_t in_type, void **outpp_value, AS_attrValDesc_t *outp_desc) {
+    *outpp_value = nullptr;
+    *outp_desc = {nullptr, deleteValue};
+    if (in_length < 0 || inp_bytes == nullptr)
+        return ODP_E_REFUSED;
+    ValueMemory memory;
+    XdrReader in({static_cast<const std::uint8_t *>(inp_bytes), static_cast<std::size_t>(in_length)}, memory);
+    const ValueType *row = findValueType(in_type);
+    void *value = row != nullptr ? row->form.unpack(in) : unpackAsItIs(in);
+    if (in.outOfMemory())
+        return ODP_E_NO_MEMORY;
+    if (!in.isWhole())
+        return ODP_E_REFUSED;
+    if (value != nullptr)
+        memory.handOver();
+    *outpp_value = value;
+    return 0;
 }

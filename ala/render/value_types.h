@@ -1,14 +1,19 @@
-// The table of value types: which function makes a value's text.
+// The table of value types: how a packed value of each is read, and how it becomes text.
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "ala/ala.h"
-#include "ala/render/pair.h"
+#include "ala/base/plain_days.h"
 #include "ala/render/value_text.h"
 #include "service/packed.h"
+#include "service/status.h"
+#include "service/xdr_reader.h"
 
 namespace qvledger {
+
+constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
 
 // What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
 struct RenderFailure {
@@ -16,32 +21,57 @@ struct RenderFailure {
     const char *message;
 };
 
-// One value on its way to text.
-struct Rendering {
-    STF_l__hdr *status;
-    void **oidHandle;
-    const char *locale;
-    ALA_timeForm_t timeForm;
-    Text text;                // of the target
-    const ALA_attrPair *pair; // that the target belongs to
-    attributeVal **link;      // where the target hangs in the pair's chain; other values may take its place
+// The bytes are not a value of the type, or memory ran out while they were read; the log's text is the
+// caller's.
+extern const RenderFailure kRefused;
 
-    // The text becomes a string from malloc; what was in the buffer goes.
-    void replaceText(char *string) { text.replace(string); }
+// What rendering needs to know beside the value.
+struct RenderContext {
+    void **oidHandle;
+    ALA_timeForm_t timeForm = ALA_TIME_AS_REPORTED;
+    PlainDays *plainDays = nullptr; // null: every time is converted
 };
 
-// Gives null on success.
-using RenderFunction = const RenderFailure *(Rendering &inoutp_rendering, const void *inp_value);
+// One value on its way to text.
+struct Rendering {
+    explicit Rendering(const RenderContext &givenContext) : context(givenContext) {}
+
+    const RenderContext &context;
+    StatusList status;
+    char room[kValueSize];
+    Text text{room, sizeof room};
+    std::uint32_t values = 1;   // that the text has, with a NUL between them
+    std::string_view view = {}; // the text instead, if it has data
+};
+
+// The functions of a type.  Those that render give null on success.
+struct ValueForm {
+    // The record in the reader's memory; null for an empty chain, and if the reader failed.
+    void *(*unpack)(XdrReader &inoutp_in);
+    const RenderFailure *(*render)(Rendering &inoutp_rendering, const void *inp_record);
+    // Both in one, without a record that outlives the call.  Also kRefused.
+    const RenderFailure *(*renderPacked)(XdrReader &inoutp_in, Rendering &inoutp_rendering);
+};
 
 // One row a value type.
-struct RenderRow {
+struct ValueType {
     AS_attrValType_t type;
     const char *name;
-    RenderFunction *render;
+    ValueForm form;
     ALA_valueKind_t kind = ALA_KIND_TEXT; // of what it renders
 };
 
-// The row of a type, or null for one that renders as empty text.
-const RenderRow *findRenderRow(AS_attrValType_t type);
+// The row of a type; null for one that the system does not know, which renders as empty text.
+const ValueType *findValueType(AS_attrValType_t type);
 
 } // namespace qvledger
+
+extern "C" {
+
+// in_length bytes into a record of the type, which outp_desc->deleteFunc releases.  *outpp_value is null for
+// an empty chain, and on failure.  A type that the system does not know takes its bytes as they are.  0,
+// ODP_E_REFUSED or ODP_E_NO_MEMORY.
+std::int32_t ODP_UnpackAV(STF_l__hdr *in_status, std::int32_t in_length, const void *inp_bytes,
+                          AS_attrValType_t in_type, void **outpp_value, AS_attrValDesc_t *outp_desc);
+
+} // extern "C"

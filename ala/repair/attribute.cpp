@@ -5,10 +5,9 @@
 #include <limits>
 
 #include "ala/log/open_log.h"
+#include "ala/render/value_types.h"
 #include "platform/byte_order.h"
 #include "service/oid.h"
-#include "service/packed.h"
-#include "service/unpack.h"
 
 using namespace qvledger;
 
@@ -78,7 +77,7 @@ Fit RecordReader::readIdentifier(const std::uint8_t *tag, std::uint64_t *number)
 }
 
 static bool isKnownType(std::uint32_t type) {
-    return findUnpackRow(type).type == type;
+    return findValueType(type) != nullptr;
 }
 
 Fit RecordReader::checkValue(std::int64_t position, std::uint32_t length, std::uint32_t type) {

@@ -107,6 +107,7 @@ ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, 
     *outp_log = nullptr;
     if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA__OpenToCheck"); valid != ALA_N_NORMAL)
         return valid;
+    in_alaHandle->plainDays.checkZone();
     OwnedLog log(new (std::nothrow) ALA__checkedLog);
     if (log == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to check %s", inp_name);

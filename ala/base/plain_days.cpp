@@ -1,7 +1,6 @@
-#include "ala/render/plain_days.h"
+#include "ala/base/plain_days.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <string_view>
 
@@ -12,36 +11,6 @@ using namespace qvledger;
 
 constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::size_t kDays = 16384; // remembered: those of 44 years
-
-namespace {
-
-struct Day {
-    std::int32_t number;
-    bool known;
-    bool plain;
-};
-
-// What is remembered, under timeLock, and the zone for which it holds.
-struct Memory {
-    char zone[64]; // TZ; a longer one is not remembered
-    long offset;   // _timezone
-    Day days[kDays];
-
-    // Forgets everything if the zone has changed.  False when the zone cannot be told.
-    bool holdsFor(const char *givenZone, long givenOffset) {
-        const std::string_view now = givenZone != nullptr ? givenZone : "";
-        if (now.size() >= sizeof zone)
-            return false;
-        if (now != zone || givenOffset != offset) {
-            std::memset(days, 0, sizeof days);
-            zone[now.copy(zone, sizeof zone - 1)] = '\0';
-            offset = givenOffset;
-        }
-        return true;
-    }
-};
-
-} // namespace
 
 // Does the local second come back as it was?  Its instant goes to instant.
 static bool comesBack(std::int64_t givenLocal, std::time_t *instant) {
@@ -67,13 +36,28 @@ static bool findOut(std::int32_t day) {
            last - first == kSecondsPerDay - 1 && (last < -1 || first > -1);
 }
 
-bool ALA__IsPlainDay(std::int32_t in_day) {
-    static Memory memory = {};
-    const Lock lock(timeLock);
-    if (!lock.isLocked() || !memory.holdsFor(std::getenv("TZ"), _timezone))
+void PlainDays::checkZone() {
+    const char *zone = std::getenv("TZ");
+    const std::string_view now = zone != nullptr ? zone : "";
+    if (now == zone_ && _timezone == offset_)
+        return;
+    isUsable_ = now.size() < sizeof zone_;
+    zone_[isUsable_ ? now.copy(zone_, sizeof zone_ - 1) : 0] = '\0';
+    offset_ = _timezone;
+    days_.reset();
+}
+
+bool PlainDays::contains(std::int32_t number) {
+    if (days_ == nullptr && isUsable_)
+        days_.reset(static_cast<Day *>(std::calloc(kDays, sizeof(Day))));
+    if (days_ == nullptr)
         return false;
-    Day &day = memory.days[static_cast<std::uint32_t>(in_day) % kDays];
-    if (!day.known || day.number != in_day)
-        day = {in_day, true, findOut(in_day)};
-    return day.plain;
+    Day &day = days_.get()[static_cast<std::uint32_t>(number) % kDays];
+    if (!day.isKnown || day.number != number) {
+        const Lock lock(timeLock); // guards the conversions
+        if (!lock.isLocked())
+            return false;
+        day = {number, true, findOut(number)};
+    }
+    return day.isPlain;
 }

@@ -1,0 +1,71 @@
+// The memory of the parts of one unpacked value, released at once with this object.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <span>
+#include <utility>
+
+namespace qvledger {
+
+class ValueMemory {
+public:
+    // Uses the room first, which outlives this object.
+    explicit ValueMemory(std::span<std::byte> room = {})
+        : next_(room.data()), end_(room.data() + room.size()) {}
+    ~ValueMemory() { releaseFrom(first_); }
+    ValueMemory(const ValueMemory &) = delete;
+    ValueMemory &operator=(const ValueMemory &) = delete;
+
+    // Not cleared, aligned for every record; each allocation has its own address.  Null when memory runs out.
+    void *allocate(std::size_t size) {
+        constexpr std::size_t kUnit = alignof(std::max_align_t);
+        const std::size_t units = (std::max<std::size_t>(size, 1) + kUnit - 1) / kUnit * kUnit;
+        if (units > static_cast<std::size_t>(end_ - next_) && !addChunk(units))
+            return nullptr;
+        return std::exchange(next_, next_ + units);
+    }
+
+    // Leaves the memory to the owner of the first allocation, who releases it by that address; null is fine.
+    // REQUIRES: no room was given.
+    void handOver() { first_ = nullptr; }
+    static void release(void *firstAllocation) {
+        if (firstAllocation != nullptr)
+            releaseFrom(static_cast<Chunk *>(firstAllocation) - 1);
+    }
+
+private:
+    struct alignas(std::max_align_t) Chunk {
+        Chunk *following;
+    };
+
+    bool addChunk(std::size_t size) {
+        constexpr std::size_t kSmallest = 512;
+        constexpr std::size_t kLargest = 256 * 1024; // a larger allocation has a chunk of its own size
+        usual_ = std::clamp(2 * usual_, kSmallest, kLargest);
+        const std::size_t capacity = std::max(usual_, size);
+        auto *chunk = static_cast<Chunk *>(std::malloc(sizeof(Chunk) + capacity));
+        if (chunk == nullptr)
+            return false;
+        chunk->following = nullptr;
+        (first_ == nullptr ? first_ : last_->following) = chunk;
+        last_ = chunk;
+        next_ = reinterpret_cast<std::byte *>(chunk + 1);
+        end_ = next_ + capacity;
+        return true;
+    }
+
+    static void releaseFrom(Chunk *chunk) {
+        while (chunk != nullptr)
+            std::free(std::exchange(chunk, chunk->following));
+    }
+
+    Chunk *first_ = nullptr;
+    Chunk *last_ = nullptr;
+    std::byte *next_; // free memory
+    std::byte *end_;
+    std::size_t usual_ = 0; // bytes of the last chunk
+};
+
+} // namespace qvledger
