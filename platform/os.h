@@ -36,4 +36,3 @@
 #include "platform/os/file_identity.h"
 #include "platform/os/files.h"
 #include "platform/os/output.h"
-#include "platform/os/streams.h"

@@ -1,11 +1,6 @@
 #include "service/message.h"
 
 #include <climits>
-#include <cstring>
-
-#ifdef __GLIBC__
-#include <sys/single_threaded.h>
-#endif
 
 #include "platform/malloced.h"
 #include "service/format.h"
@@ -46,31 +41,4 @@ std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...) {
                    static_cast<std::size_t>(length)
                ? length
                : -1;
-}
-
-// ---- Texts without a format ----
-
-static std::size_t lengthOf(const char *text) {
-    const bool isOne = text[0] != '\0' && text[1] == '\0'; // as separators are
-    return isOne ? 1 : std::strlen(text);
-}
-
-// What putc_unlocked does in place for one character, for all of them.  False where that is not to be had.
-static bool putInBuffer([[maybe_unused]] std::FILE *stream, [[maybe_unused]] const char *text,
-                        [[maybe_unused]] std::size_t length) {
-#ifdef __GLIBC__
-    if (__libc_single_threaded != 0 &&
-        stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(length)) {
-        std::memcpy(stream->_IO_write_ptr, text, length);
-        stream->_IO_write_ptr += length;
-        return true;
-    }
-#endif
-    return false;
-}
-
-bool MSG_PutText(std::FILE *inp_stream, const char *inp_text) {
-    const std::size_t length = lengthOf(inp_text);
-    return putInBuffer(inp_stream, inp_text, length) ||
-           std::fwrite(inp_text, 1, length, inp_stream) == length;
 }

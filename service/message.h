@@ -32,8 +32,4 @@ std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) __attrib
 std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...)
     __attribute__((format(printf, 2, 3)));
 
-// Writes a text unchanged, for the many fields of a report: in most cases one copy into the stream's buffer.
-// False when the stream cannot be written, which shows when its buffer is full.
-bool MSG_PutText(std::FILE *inp_stream, const char *inp_text);
-
 } // extern "C"

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 
 #include "ala/ala.h"
+#include "tool/report/line_writer.h"
 
 namespace qvledger {
 
@@ -22,13 +22,13 @@ public:
     // Writes all records of an open log, until mustStop() (tool/stop.h) says so.  True when the walk ended at
     // the log's end and nothing in it had to be passed over; failures were told to the user.
     virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
-                       std::FILE *stream) = 0;
+                       LineWriter &report) = 0;
     // A log could not be opened; the user was told.
-    virtual void passOver(const LogName &, std::FILE *) {}
+    virtual void passOver(const LogName &, LineWriter &) {}
     // The log that was written last could not be read to its end, which was reported.
     virtual void readFailed() {}
     // Logs of the server may be missing, which was reported.
-    virtual void listIsCut(const char *, std::FILE *) {}
+    virtual void listIsCut(const char *, LineWriter &) {}
     // No further log follows.
     virtual void end() {}
 };

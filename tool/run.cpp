@@ -9,8 +9,9 @@
 #include "service/message.h"
 #include "tool/facility.h"
 #include "tool/messages.h"
-#include "tool/report_stream.h"
-#include "tool/report_writer.h"
+#include "tool/report/line_writer.h"
+#include "tool/report/report_file.h"
+#include "tool/report/report_writer.h"
 #include "tool/rights.h"
 #include "tool/turn.h"
 
@@ -43,7 +44,7 @@ public:
 
     // All turns: the run's status.
     int report();
-    bool isLost() const { return stream.failed(); }
+    bool isLost() const { return lines.failed(); }
 
 private:
     TurnEnd turn(std::int32_t number);
@@ -55,7 +56,8 @@ private:
     const char *firstServer = options.serverName;
     std::int32_t numServers;
     LogOutput &writer;
-    ReportStream stream;
+    ReportFile file;
+    LineWriter lines{file};
     Outcome outcome;
     bool begun = false; // the report is open
     bool over = false;  // no further turn follows
@@ -82,7 +84,7 @@ bool Run::enter(std::int32_t number) {
 // True after telling that the report is a log of one of the servers: what went into it would be read as that
 // server's records.  No server is registered for it, as the first registration settles the time zone.
 bool Run::refuseLogAsReport(std::int32_t current) {
-    if (!stream.isFile())
+    if (!file.isFile())
         return false;
     for (std::int32_t number = 0; number < numServers; ++number) {
         // Its turn tells if settings are missing; what directory is known then is looked at all the same.
@@ -91,9 +93,9 @@ bool Run::refuseLogAsReport(std::int32_t current) {
         Malloced<char> madePath;
         const char *logPath = findLogPath(options, madePath);
         const LentRights rights(options.acctPath2 == nullptr);
-        if (logPath == nullptr || !stream.isLog(options.serverName, logPath))
+        if (logPath == nullptr || !file.isLog(options.serverName, logPath))
             continue;
-        DisplayMsg(kMsgReportFile, options.ofile != nullptr ? options.ofile : kStandardOutput);
+        DisplayMsg(kMsgReportFile, file.name());
         return true;
     }
     if (numServers == 1 || enter(current))
@@ -106,14 +108,12 @@ bool Run::refuseLogAsReport(std::int32_t current) {
 int Run::begin(std::int32_t number) {
     if (!datesAreValid(options))
         return kStatusBadStart;
-    switch (stream.open(options.ofile)) {
-    case ReportStream::Opened::No:
-        DisplayMsg(kMsgReportFile, options.ofile);
-        return kStatusBadStart;
-    case ReportStream::Opened::GivenUp:
+    const ReportFile::Opened opened = file.open(options.ofile);
+    if (opened == ReportFile::Opened::GivenUp)
         return 0; // the signal ends the program
-    case ReportStream::Opened::Yes:
-        break;
+    if (opened == ReportFile::Opened::No || !lines.begin()) {
+        DisplayMsg(kMsgReportFile, file.name());
+        return kStatusBadStart;
     }
     std::snprintf(zone, sizeof zone, "%s", timeZone());
     if (refuseLogAsReport(number))
@@ -145,7 +145,7 @@ TurnEnd Run::turn(std::int32_t number) {
         DisplayMsg(kMsgOtherZone, options.serverName, timeZone(), zone);
         return failedTurn(kStatusBadStart);
     }
-    return reportServer(options, stream, writer);
+    return reportServer(options, lines, writer);
 }
 
 int Run::report() {
@@ -157,13 +157,13 @@ int Run::report() {
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the server %s ended with status %d",
                             options.serverName, end.status);
         }
-        over = over || stream.failed() || OS_NotedSignal() != 0;
+        over = over || lines.failed() || OS_NotedSignal() != 0;
     }
-    stream.finish();
+    static_cast<void>(lines.flush()); // reported where it failed
     if (!outcome.deletedAny && (outcome.failed || !outcome.foundLog))
-        if (stream.removeIfCreated())
+        if (file.removeIfCreated())
             DisplayMsg(kMsgReportRemoved, options.ofile);
-    stream.close();
+    lines.close();
     return outcome.status;
 }
 

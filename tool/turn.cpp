@@ -31,23 +31,23 @@ struct LoopState {
 // What the facility asks and tells while it deletes logs.
 class Deletion final : public ALA__deletion {
 public:
-    explicit Deletion(const ReportStream &givenReport) : report(givenReport) {}
-    const char *objection() override { return report.whyNotInPlace(); }
+    explicit Deletion(const ReportFile &report) : report_(report) {}
+    const char *objection() override { return report_.whyNotInPlace(); }
     void leftAside(const char *path, const char *why) override { DisplayMsg(kMsgLeftAside, path, why); }
 
 private:
-    const ReportStream &report;
+    const ReportFile &report_;
 };
 
 } // namespace
 
 // Registers and lists the server's logs.  0, or the code that ends the turn.
-static ALA_retCode_t startFacility(const Options &options, const char *logPath, const ReportStream &report,
+static ALA_retCode_t startFacility(const Options &options, const char *logPath, const LineWriter &report,
                                    Facility &facility) {
     if (const ALA_retCode_t result = registerServer(options, logPath, facility); result != ALA_N_NORMAL)
         return result;
     if (options.dflg != 0) {
-        Deletion deletion(report);
+        Deletion deletion(report.file());
         ALA__PutBackLogs(facility.mainh, deletion);
     }
     return listLogs(options, facility);
@@ -59,8 +59,8 @@ static void logKept(std::int32_t date, const char *why) {
 
 // Deletes a log that was read.
 static void deleteLog(ALA_handle_t mainh, const ALA_time &date, const ALA__readLog &read,
-                      const ReportStream &report, LoopState &state) {
-    Deletion deletion(report);
+                      const LineWriter &report, LoopState &state) {
+    Deletion deletion(report.file());
     std::int32_t kept = 0;
     const ALA_retCode_t result = ALA__DeleteRead(mainh, &date, read, deletion, &kept);
     if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept != 0)
@@ -84,19 +84,19 @@ static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const A
 
 // Reports one log, and deletes it under -d.
 static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate, LogName name,
-                       ReportStream &report, LogOutput &writer, LoopState &state) {
+                       LineWriter &report, LogOutput &writer, LoopState &state) {
     const std::int32_t date = name.date;
     ALA_acctLogHandle_t logh = nullptr;
     if (const ALA_retCode_t result = openLog(options, mainh, givenDate, &logh); result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
         logFailure(nullptr, result);
-        writer.passOver(name, report.stream());
+        writer.passOver(name, report);
         return state.fail(result);
     }
     if (logh == nullptr)
         return; // asked to end while another run had it
     name.file = ALA__LogFileName(logh);
-    const bool complete = writer.write(mainh, logh, name, report.stream());
+    const bool complete = writer.write(mainh, logh, name, report);
     if (const std::int32_t error = ALA_ReadError(logh); error != 0) {
         DisplayMsg(kMsgReadError, name.file, std::strerror(error));
         writer.readFailed();
@@ -121,16 +121,16 @@ static void processLog(const Options &options, ALA_handle_t mainh, const ALA_tim
     deleteLog(mainh, givenDate, read, report, state);
 }
 
-static void processLogs(const Options &options, const Facility &facility, ReportStream &report,
+static void processLogs(const Options &options, const Facility &facility, LineWriter &report,
                         LogOutput &writer, LoopState &state) {
     const DateRange range = dateRange(options);
-    startProgress(report.isFile(), countLogs(facility, range));
+    startProgress(report.file().isFile(), countLogs(facility, range));
     const ALA_name *file = facility.nameList;
     for (const dateNode *node = facility.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (date > range.last) // the later ones are newer
             return;
-        if (report.failed() || mustStop(report.stream()))
+        if (mustStop(report.failed()))
             return;
         if (date < range.first)
             continue;
@@ -141,7 +141,7 @@ static void processLogs(const Options &options, const Facility &facility, Report
 }
 
 // All that comes before the first log.  0, or the status that ends the turn.
-static int prepare(const Options &options, const ReportStream &report, Facility &facility) {
+static int prepare(const Options &options, const LineWriter &report, Facility &facility) {
     Malloced<char> madePath;
     const char *logPath = findLogPath(options, madePath);
     if (logPath == nullptr)
@@ -149,14 +149,14 @@ static int prepare(const Options &options, const ReportStream &report, Facility 
     return startFacility(options, logPath, report, facility);
 }
 
-TurnEnd qvledger::reportServer(const Options &options, ReportStream &report, LogOutput &writer) {
+TurnEnd qvledger::reportServer(const Options &options, LineWriter &report, LogOutput &writer) {
     Facility facility;
     if (const int status = prepare(options, report, facility); status != 0)
         return {.status = status, .failed = status != kStatusNoLogs};
     LoopState state;
     processLogs(options, facility, report, writer, state);
     if (facility.isListCut)
-        writer.listIsCut(options.serverName, report.stream());
+        writer.listIsCut(options.serverName, report);
     writer.end();
     endProgress();
     static_cast<void>(report.flush()); // told where it failed

@@ -5,7 +5,7 @@
 #include "tool/facility.h"
 #include "tool/log_output.h"
 #include "tool/options.h"
-#include "tool/report_stream.h"
+#include "tool/report/line_writer.h"
 
 namespace qvledger {
 
@@ -19,6 +19,6 @@ struct TurnEnd {
 
 // Reports the server's logs, and deletes them under -d.  The environment is the server's, and the dates are
 // valid.
-TurnEnd reportServer(const Options &options, ReportStream &report, LogOutput &writer);
+TurnEnd reportServer(const Options &options, LineWriter &report, LogOutput &writer);
 
 } // namespace qvledger

@@ -39,6 +39,7 @@ int _write(int in_fd, const void *inp_bytes, unsigned in_size);
 // A second descriptor of the same open file, position and locks included; -1 on failure.
 int _dup(int in_fd);
 int _isatty(int in_fd);
+int _fileno(std::FILE *inp_stream);
 // 0 once everything written is on the disk, -1 where it cannot be.
 int _commit(int in_fd);
 

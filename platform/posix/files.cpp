@@ -55,6 +55,10 @@ int _dup(int in_fd) {
     return fcntl(in_fd, F_DUPFD_CLOEXEC, 0L);
 }
 
+int _fileno(std::FILE *inp_stream) {
+    return fileno(inp_stream);
+}
+
 int _isatty(int in_fd) {
     return isatty(in_fd);
 }

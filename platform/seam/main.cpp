@@ -79,7 +79,6 @@ int main(int argc, char **argv) {
     seam::tellOfHolding();
     seam::tellOfTexts();
     seam::tellOfTimes();
-    seam::tellOfStreams();
     seam::tellOfAccounts();
     seam::tellOfRegistry();
     seam::tellOfProcess();

@@ -24,7 +24,6 @@ void tellOfFiles();
 void tellOfHolding();
 void tellOfTexts();
 void tellOfTimes();
-void tellOfStreams();
 void tellOfAccounts();
 void tellOfRegistry();
 void tellOfProcess();

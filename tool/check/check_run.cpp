@@ -37,7 +37,7 @@ public:
     explicit Watch(const char *toldName) : name(toldName) {}
     bool goOn(std::int64_t) override {
         redrawProgress();
-        return !mustStop(stdout);
+        return !mustStop(std::ferror(stdout) != 0);
     }
     void record() override { countRecord(); }
     void stray(std::int64_t begin, std::int64_t end) override {
@@ -230,7 +230,7 @@ static bool outputIsFile() {
 
 void CheckRun::checkListed(const Facility &facility) {
     const ALA_name *name = facility.nameList;
-    for (const dateNode *node = facility.dateList; node != nullptr && !mustStop(stdout);
+    for (const dateNode *node = facility.dateList; node != nullptr && !mustStop(std::ferror(stdout) != 0);
          node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (!range.contains(date) || looked.contains(name->logName))
@@ -287,7 +287,7 @@ int CheckRun::turn() {
 
 int CheckRun::run() {
     for (const char *const server : servers) {
-        if (mustStop(stdout))
+        if (mustStop(std::ferror(stdout) != 0))
             break;
         if (server != servers.front())
             std::fputc('\n', stdout);

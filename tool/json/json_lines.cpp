@@ -155,7 +155,7 @@ static std::string beginObject(const JsonLog &log) {
 // Appends a record to the beginning of its line.  What a failure cut off is missing, and the line says so in
 // its last member.
 static void appendRecord(std::string &line, ALA_handle_t handle, const JsonLog &log, ALA_record_t record,
-                         JsonEvents &events) {
+                         JsonOutput &output) {
     line += ",\"date\":" + std::to_string(log.date) + ",\"attributes\":";
     const ALA_retCode_t ended =
         appendAttributes(line, handle, record, log.isTyped, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob);
@@ -167,31 +167,31 @@ static void appendRecord(std::string &line, ALA_handle_t handle, const JsonLog &
         line += "[]";
         complete = ended == ALA_A_LAST_ATTRIBUTE;
         if (!complete)
-            events.recordFailed(ended);
+            output.recordFailed(ended);
     }
     line += complete ? "}\n" : ",\"incomplete\":true}\n";
 }
 
-static void writeEnd(const JsonLog &log, std::uint64_t records, bool isComplete, std::FILE *stream) {
+static void writeEnd(const JsonLog &log, std::uint64_t records, bool isComplete, JsonOutput &output) {
     std::string line = beginObject(log);
     line += ",\"records\":" + std::to_string(records);
     line += isComplete ? ",\"complete\":true}\n" : ",\"complete\":false}\n";
-    std::fwrite(line.data(), 1, line.size(), stream);
+    output.line(line);
 }
 
-void qvledger::writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream) {
-    writeEnd(log, 0, false, stream);
+void qvledger::writeJsonOfUnreadLog(const JsonLog &log, JsonOutput &output) {
+    writeEnd(log, 0, false, output);
 }
 
-void qvledger::writeJsonOfIncompleteServer(const char *server, std::FILE *stream) {
+void qvledger::writeJsonOfIncompleteServer(const char *server, JsonOutput &output) {
     std::string line = "{\"server\":";
     appendText(line, server);
     line += ",\"complete\":false}\n";
-    std::fwrite(line.data(), 1, line.size(), stream);
+    output.line(line);
 }
 
 ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
-                                       std::FILE *stream, JsonEvents &events) {
+                                       JsonOutput &output) {
     if (log.isTyped)
         ALA_SetTimeForm(handle, ALA_TIME_ISO_8601);
     const std::string beginning = beginObject(log) + ",\"record\":";
@@ -202,13 +202,13 @@ ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t 
     Owned<record> current(read);
     while (result == ALA_N_NORMAL) {
         line = beginning + std::to_string(++records);
-        appendRecord(line, handle, log, current.get(), events);
-        std::fwrite(line.data(), 1, line.size(), stream);
-        if (!events.recordWritten())
+        appendRecord(line, handle, log, current.get(), output);
+        output.line(line);
+        if (!output.recordWritten())
             break;
         result = ALA_GetNextJobRecord(handle, &openLog, &read);
         current.reset(read);
     }
-    writeEnd(log, records, result == ALA_A_LAST_ATTRIBUTE && ALA_ReadError(openLog) == 0, stream);
+    writeEnd(log, records, result == ALA_A_LAST_ATTRIBUTE && ALA_ReadError(openLog) == 0, output);
     return result;
 }

@@ -13,16 +13,18 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <string_view>
 
 #include "ala/ala.h"
 
 namespace qvledger {
 
-// What the caller hears while a log is written.
-class JsonEvents {
+// Where the lines go, and what the caller hears while a log is written.
+class JsonOutput {
 public:
-    virtual ~JsonEvents() = default;
+    virtual ~JsonOutput() = default;
+    // An object with its line end.
+    virtual void line(std::string_view text) = 0;
     // True to go on with the next record.
     virtual bool recordWritten() = 0;
     // A record's attributes ended with a failure: a code of the facility.
@@ -39,15 +41,15 @@ struct JsonLog {
 
 // Writes all records of an open log, and the object at its end, as UTF-8; bytes of a text that are none
 // become U+FFFD.  Gives the code that ended the walk: ALA_A_LAST_ATTRIBUTE at the end of the log,
-// ALA_N_NORMAL where the caller ended it, any other for a failure.  Failures to write stay with the stream.
+// ALA_N_NORMAL where the caller ended it, any other for a failure.
 // Throws std::bad_alloc when memory runs out.
 ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
-                             std::FILE *stream, JsonEvents &events);
+                             JsonOutput &output);
 
 // Writes the object at the end of a log that could not be opened, or is not read.
-void writeJsonOfUnreadLog(const JsonLog &log, std::FILE *stream);
+void writeJsonOfUnreadLog(const JsonLog &log, JsonOutput &output);
 
 // Writes the object that says that logs of a server may be missing.
-void writeJsonOfIncompleteServer(const char *server, std::FILE *stream);
+void writeJsonOfIncompleteServer(const char *server, JsonOutput &output);
 
 } // namespace qvledger

@@ -27,34 +27,40 @@ static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V] [
 
 namespace {
 
-class JsonWriter final : public LogOutput, JsonEvents {
+class JsonWriter final : public LogOutput, JsonOutput {
 public:
     explicit JsonWriter(bool givenIsTyped) : isTyped(givenIsTyped) {}
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
-               std::FILE *givenStream) override {
-        stream = givenStream;
+               LineWriter &report) override {
+        report_ = &report;
         if (isRepeated(name)) {
             status_ = ALA_A_FAIL_TO_OPEN_LOG_FILE;
-            passOver({name.server, unread_.c_str(), unread_.c_str(), name.date}, givenStream);
+            passOver({name.server, unread_.c_str(), unread_.c_str(), name.date}, report);
             return false;
         }
-        const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), givenStream, *this);
+        const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), *this);
         if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
             tellFailure(ended, "qvledger-json internal error: ");
         return ended == ALA_A_LAST_ATTRIBUTE;
     }
-    void passOver(const LogName &name, std::FILE *givenStream) override {
-        writeJsonOfUnreadLog(jsonLog(name), givenStream);
+    void passOver(const LogName &name, LineWriter &report) override {
+        report_ = &report;
+        writeJsonOfUnreadLog(jsonLog(name), *this);
     }
     void readFailed() override { status_ = ALA_A_FAIL_READ_LOG_FILE; }
-    void listIsCut(const char *server, std::FILE *givenStream) override {
+    void listIsCut(const char *server, LineWriter &report) override {
         status_ = ALA_A_FAIL_OPEN_DIR;
-        writeJsonOfIncompleteServer(server, givenStream);
+        report_ = &report;
+        writeJsonOfIncompleteServer(server, *this);
     }
     int status() const { return status_; }
+    void line(std::string_view text) override {
+        report_->put(text.substr(0, text.size() - 1));
+        report_->endLine();
+    }
     bool recordWritten() override {
         countRecord();
-        return !mustStop(stream);
+        return !mustStop(report_->failed());
     }
     void recordFailed(ALA_retCode_t code) override { tellFailure(code, "unable to read record: "); }
 
@@ -72,7 +78,7 @@ private:
     JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped}; }
 
     bool isTyped;
-    std::FILE *stream = nullptr;
+    LineWriter *report_ = nullptr;
     std::string server_, file_, unread_; // of the last log
     std::int32_t date_ = 0;
     int status_ = 0; // of a run in which nothing else failed

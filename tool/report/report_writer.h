@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 
 #include "ala/ala.h"
 #include "tool/log_output.h"
@@ -16,16 +15,16 @@ extern std::int32_t needDoc;
 // Writes all records of an open log.  inoutp_list carries the names of the record written last from one log
 // to the next.  True when the walk ended at the end of the log and nothing in it had to be passed over, also
 // of a log without a record; every failure but those inside documents was told to the user.
-bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
+bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, LineWriter &fl,
            std::int32_t suppressHeaders, ALA_attrName **inoutp_list);
 
 // Writes the names (isHeader non-zero) or the values of a record.  False when a failure was told to the user,
 // or documents were passed over.
-bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, std::FILE *fl);
+bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, LineWriter &fl);
 
 // Goes on with the record's documents behind numJobAttrs attributes of the job.  The last code of the
 // facility.
-std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *fl, std::int32_t isHeader,
+std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, LineWriter &fl, std::int32_t isHeader,
                       std::int32_t numJobAttrs);
 
 // 1 if both lists have the same names at the same places, else 0.
@@ -40,7 +39,8 @@ public:
     ReportWriter(const ReportWriter &) = delete;
     ReportWriter &operator=(const ReportWriter &) = delete;
 
-    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name, std::FILE *stream) override;
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
+               LineWriter &report) override;
     void end() override { freeNames(); }
 
 private:

@@ -1,11 +1,10 @@
-#include "tool/report_writer.h"
+#include "tool/report/report_writer.h"
 
 #include <cstring>
 #include <memory>
 #include <utility>
 
 #include "ala/driver.h"
-#include "service/message.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
 #include "tool/stop.h"
@@ -69,20 +68,16 @@ using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
 } // namespace
 
-// One field: the name, or the values with a space before each further one.  False when the report cannot be
-// written; then the last text cannot either.
-static bool writeField(std::FILE *fl, const char *separator, const ALA_attrPair &pair,
-                       std::int32_t isHeader) {
-    const attributeVal *value = pair.attrVal;
-    MSG_PutText(fl, separator);
-    bool isWritten = MSG_PutText(fl, isHeader != 0 ? pair.attrName : value->value);
+// One field: the name, or the values with a space before each further one.
+static void writeField(LineWriter &fl, const ALA_attrPair &pair, std::int32_t isHeader) {
     if (isHeader != 0)
-        return isWritten;
-    for (value = value->next; value != nullptr && isWritten; value = value->next) {
-        MSG_PutText(fl, " ");
-        isWritten = MSG_PutText(fl, value->value);
+        return fl.put(pair.attrName);
+    const attributeVal *value = pair.attrVal;
+    fl.put(valueText(*value));
+    for (value = value->next; value != nullptr && !fl.failed(); value = value->next) {
+        fl.put(' ');
+        fl.put(valueText(*value));
     }
-    return isWritten;
 }
 
 // Gives a pair back that was begun and not finished.
@@ -92,13 +87,13 @@ static void dropPair(ALA_attrPair *pair) {
 }
 
 // Writes all attributes of a document, each behind a tab.  The code that ended them.
-static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t document, std::FILE *fl,
+static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t document, LineWriter &fl,
                                    std::int32_t isHeader) {
     ALA_attrPair *attr = nullptr;
     ALA_retCode_t result = ALA_GetFirstAttrFromDoc(alaHandle, &document, nullptr, &attr);
-    bool isWritten = true;
-    while (result == ALA_N_NORMAL && isWritten) {
-        isWritten = writeField(fl, "\t", *attr, isHeader);
+    while (result == ALA_N_NORMAL && !fl.failed()) {
+        fl.put('\t');
+        writeField(fl, *attr, isHeader);
         result = ALA_FreeAttributePair(&attr);
         if (result == ALA_N_NORMAL)
             result = ALA_GetNextAttrFromDoc(alaHandle, &document, nullptr, &attr);
@@ -107,7 +102,7 @@ static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t documen
     return result;
 }
 
-std::int32_t qvledger::getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, std::FILE *fl,
+std::int32_t qvledger::getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, LineWriter &fl,
                                 std::int32_t isHeader, std::int32_t numJobAttrs) {
     ALA_dRecord_t document = nullptr;
     ALA_retCode_t result = ALA_GetFirstDocmt(alaHandle, record, &document);
@@ -122,9 +117,9 @@ std::int32_t qvledger::getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, st
         result = ALA_GetNextDocmt(alaHandle, record, &document);
         if (result != ALA_N_NORMAL || document == nullptr)
             return result;
-        MSG_PutText(fl, "\n");
+        fl.endLine();
         for (std::int32_t i = 1; i < numJobAttrs; ++i)
-            MSG_PutText(fl, "\t");
+            fl.put('\t');
         result = writeDocument(alaHandle, document, fl, isHeader);
         ALA_FreeDocmtRecord(&document);
         if (result != ALA_A_LAST_ATTRIBUTE)
@@ -136,7 +131,7 @@ static bool isNormalEndOfDocuments(ALA_retCode_t code) {
     return code == ALA_N_NORMAL || code == ALA_A_NO_MORE_DOCMT_ATTR || code == ALA_A_LAST_ATTRIBUTE;
 }
 
-bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, std::FILE *fl) {
+bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, LineWriter &fl) {
     ALA_attrPair *attr = nullptr;
     ALA_retCode_t result = ALA_GetFirstAttrFromJob(mainh, recordPtr, nullptr, &attr);
     if (result != ALA_N_NORMAL) {
@@ -145,16 +140,17 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
         return false;
     }
     std::int32_t numJobAttrs = 0;
-    bool isWritten = true;
-    while (result == ALA_N_NORMAL && isWritten) {
-        isWritten = writeField(fl, numJobAttrs == 0 ? "" : "\t", *attr, isHeader);
+    while (result == ALA_N_NORMAL && !fl.failed()) {
+        if (numJobAttrs != 0)
+            fl.put('\t');
+        writeField(fl, *attr, isHeader);
         ++numJobAttrs;
         if (const ALA_retCode_t freed = ALA_FreeAttributePair(&attr); freed != ALA_N_NORMAL)
             logFailure(kInternalError, freed);
         result = ALA_GetNextAttrFromJob(mainh, recordPtr, nullptr, &attr);
     }
     dropPair(attr);
-    if (!isWritten)
+    if (fl.failed())
         return false; // reported where it happened, and nothing more is written
     bool complete = true;
     if (result == ALA_A_NO_MORE_JOB_ATTR) {
@@ -164,11 +160,11 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
         tellFailure(result, kInternalError);
         complete = false;
     }
-    MSG_PutText(fl, "\n");
+    fl.endLine();
     return complete;
 }
 
-bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, std::FILE *fl,
+bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, LineWriter &fl,
                      std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
     const std::uint64_t passedOverBefore = ALA__ValuesPassedOver(mainh);
     ALA_record_t read = nullptr;
@@ -203,7 +199,7 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
             logFailure(kInternalError, freed);
             return false;
         }
-        if (mustStop(fl))
+        if (mustStop(fl.failed()))
             return false;
 
         result = ALA_GetNextJobRecord(mainh, loghPtr, &read);
@@ -222,9 +218,9 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
     }
 }
 
-bool ReportWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &, std::FILE *stream) {
+bool ReportWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &, LineWriter &report) {
     std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
-    return doLog(handle, &log, &doHeader, stream, suppressHeadflg, &prevLog);
+    return doLog(handle, &log, &doHeader, report, suppressHeadflg, &prevLog);
 }
 
 void ReportWriter::freeNames() {

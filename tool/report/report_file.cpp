@@ -1,0 +1,217 @@
+#include "tool/report/report_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "service/log.h"
+#include "tool/holding.h"
+
+using namespace qvledger;
+
+constexpr int kPause = 10; // milliseconds
+
+// ---- Opening ----
+
+ReportFile::Opened ReportFile::open(const char *fileName) {
+    fileName_ = fileName;
+    fd_ = _fileno(stdout);
+    const Opened opened = fileName != nullptr ? openByName() : lock();
+    if (opened == Opened::Yes)
+        isTerminal_ = _isatty(fd_) != 0;
+    return opened;
+}
+
+const char *ReportFile::name() const {
+    return fileName_ != nullptr ? fileName_ : "standard output";
+}
+
+// Another run may remove or replace the file between its opening and its locking.
+ReportFile::Opened ReportFile::openByName() {
+    for (;;) {
+        char *made = nullptr;
+        fd_ = OS_OpenToAppend(fileName_, &made);
+        madePath_.reset(made);
+        if (fd_ == -1) {
+            LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, "%s cannot be opened: %s", fileName_,
+                            std::strerror(errno));
+            return OS_NotedSignal() != 0 ? Opened::GivenUp : Opened::No;
+        }
+        const Opened opened = lock();
+        if (opened != Opened::Yes || !isLocked_ || nameLeadsHere())
+            return opened;
+        again_.reset(-1);               // a name may stay taken until nobody has its file open
+        static_cast<void>(_close(fd_)); // nothing was written
+        fd_ = -1;
+    }
+}
+
+ReportFile::Opened ReportFile::lock() {
+    kind_ = OS_KindOfOutput(fd_);
+    if (!isFile())
+        return Opened::Yes; // what is closed fails at the first write
+    if (OS_WriteAtEnd(fd_) != 0 || OS_IdentifyDescriptor(fd_, &opened_) != 0)
+        return Opened::No;
+    again_.reset(OS_OpenAgain(fd_));
+    // Standard output is shared with other programs, and so would be a lock on it.
+    switch (holdFile(fileName_ == nullptr && again_.isOpen() ? again_.get() : fd_, name())) {
+    case ALA__holdResult::Held:
+        isLocked_ = true;
+        break;
+    case ALA__holdResult::NotKnown:
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
+                        "the report %s cannot be locked against other runs: %s", name(),
+                        std::strerror(errno));
+        break;
+    case ALA__holdResult::GivenUp:
+        return Opened::GivenUp;
+    }
+    // Another run may have written to it first, or removed it.
+    const std::uint64_t names = opened_.names;
+    if (OS_IdentifyDescriptor(fd_, &opened_) != 0)
+        return Opened::No;
+    wasRemoved_ = fileName_ == nullptr && names != 0 && opened_.names == 0;
+    return Opened::Yes;
+}
+
+bool ReportFile::nameLeadsHere() const {
+    OS_fileIdentity named = {};
+    return OS_IdentifyTarget(fileName_, &named) == 0 && OS_IsSameFile(named, opened_);
+}
+
+bool ReportFile::isMessagesFile() const {
+    OS_fileIdentity messages = {};
+    return isFile() && OS_IdentifyDescriptor(_fileno(stderr), &messages) == 0 &&
+           OS_IsSameFile(messages, opened_);
+}
+
+// ---- Writing ----
+
+int ReportFile::write(std::string_view bytes) {
+    int error = 0;
+    std::size_t done = 0;
+    while (done < bytes.size() && error == 0) {
+        const int got = _write(fd_, bytes.data() + done, static_cast<unsigned>(bytes.size() - done));
+        const int reason = got < 0 ? errno : 0;
+        done += static_cast<std::size_t>(std::max(got, 0));
+        if (done < bytes.size() && !isFile() && OS_NotedSignal() != 0)
+            error = EINTR; // the reader takes nothing, and the program is asked to end
+        else if (reason == EAGAIN)
+            OS_Sleep(kPause); // a pipe that does not wait by itself
+        else if (got <= 0 && reason != EINTR)
+            error = got < 0 ? reason : EIO;
+    }
+    const std::size_t lineEnd = bytes.substr(0, done).rfind('\n');
+    written_ += static_cast<std::int64_t>(done);
+    openLine_ = static_cast<std::int64_t>(done - (lineEnd + 1)); // none: npos + 1 is 0
+    return error;
+}
+
+void ReportFile::cutBack() {
+    if (!isLocked_ || openLine_ == 0)
+        return;
+    if (!isWhole() || OS_CutFile(fd_, opened_.size + written_ - openLine_) != 0) {
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report ends in a part of a line");
+        return;
+    }
+    written_ -= openLine_;
+    openLine_ = 0;
+}
+
+// Where the last byte cannot be read, an empty line does less harm than two lines in one.
+bool ReportFile::endedInLine() const {
+    return !isFile() || opened_.size == 0 || (again_.isOpen() && OS_LastByte(again_.get()) == '\n');
+}
+
+// ---- What becomes of it ----
+
+// Has nobody else written to the file, or cut it, since it was locked?
+bool ReportFile::isWhole() const {
+    OS_fileIdentity present = {};
+    return OS_IdentifyDescriptor(fd_, &present) == 0 && present.size == opened_.size + written_;
+}
+
+const char *ReportFile::whyNotSafe(int *error) {
+    *error = 0;
+    switch (kind_) {
+    case OS_outputKind::File:
+        return isLocked_ ? whyNotOnDisk(error) : "its report cannot be locked against other runs";
+    case OS_outputKind::BlockDevice:
+        return whyNotOnDisk(error);
+    case OS_outputKind::Pipe:
+    case OS_outputKind::LocalSocket:
+        return whyNotRead();
+    case OS_outputKind::OtherSocket:
+        return "its report goes over a network, which does not say what has arrived";
+    case OS_outputKind::Device:
+        return nullptr;
+    case OS_outputKind::Unknown:
+        break;
+    }
+    return "the system does not say where its report goes";
+}
+
+const char *ReportFile::whyNotOnDisk(int *error) {
+    if (_commit(fd_) != 0) {
+        *error = errno;
+        return "its lines have not all reached the disk";
+    }
+    if (isFile() && !isFolderSynced_ && !isSyncFailed_) {
+        isFolderSynced_ = OS_SyncFolderOf(fd_) == 0;
+        isSyncFailed_ = !isFolderSynced_;
+    }
+    return isSyncFailed_ ? "the name of its report has not reached the disk" : nullptr;
+}
+
+const char *ReportFile::whyNotRead() const {
+    for (int pause = 1;; pause = std::min(2 * pause, kPause)) {
+        switch (OS_WasRead(fd_)) {
+        case OS_DONE:
+            return nullptr;
+        case OS_REFUSED:
+            return "the reader of its report has not read all of it";
+        default:
+            break;
+        }
+        if (OS_NotedSignal() != 0)
+            return "the run was asked to end before its report was read";
+        OS_Sleep(pause);
+    }
+}
+
+const char *ReportFile::whyNotInPlace() const {
+    OS_fileIdentity present = {};
+    if (!isFile())
+        return nullptr;
+    if (!isWhole())
+        return "its report does not contain exactly what this run added to it";
+    // Standard output may have come without a name; whoever started the program has it then.
+    const bool isThere = OS_IdentifyDescriptor(fd_, &present) == 0 &&
+                         (fileName_ != nullptr ? present.names != 0 && nameLeadsHere()
+                                               : present.names != 0 || opened_.names == 0);
+    return isThere ? nullptr : "its report is no longer there";
+}
+
+bool ReportFile::removeIfCreated() {
+    if (madePath_ == nullptr || !isLocked_ || opened_.size != 0 || !nameLeadsHere() || !isWhole())
+        return false;
+    again_.reset(-1);
+    // Another process that has the file open would lose what it writes there.
+    const bool isShared = OS_IsOpenElsewhere(fd_) != 0;
+    const bool isGone = (isShared ? OS_CutFile(fd_, 0) : OS_RemoveFile(fd_, madePath_.get())) == 0;
+    if (isGone)
+        madePath_.reset();
+    return isGone && written_ != 0;
+}
+
+int ReportFile::close() {
+    int error = 0;
+    if (fileName_ == nullptr && isLocked_ && !again_.isOpen())
+        OS_UnlockFile(fd_); // the file stays open in the program that started this one
+    else if (fileName_ != nullptr && fd_ != -1 && _close(fd_) != 0)
+        error = errno;
+    again_.reset(-1);
+    fd_ = -1;
+    isLocked_ = false;
+    return error;
+}
