@@ -18,17 +18,11 @@ void STF_DeleteList(STF_l__hdr *inp_list);
 
 namespace qvledger {
 
-// Owns a status list for the length of a block.
+// A status list for the length of a block.  As all are the same one, it is made where it is used, and has
+// nothing to release.
 class StatusList {
 public:
-    StatusList() : list(STF_CreateList(0)) {}
-    ~StatusList() { STF_DeleteList(list); }
-    StatusList(const StatusList &) = delete;
-    StatusList &operator=(const StatusList &) = delete;
-    operator STF_l__hdr *() const { return list; }
-
-private:
-    STF_l__hdr *list;
+    operator STF_l__hdr *() const { return STF_CreateList(0); }
 };
 
 } // namespace qvledger

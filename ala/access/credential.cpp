@@ -10,8 +10,6 @@ using namespace qvledger;
 constexpr std::uint32_t kPacVersion = 1001;
 constexpr DWORD kUserNameSize = 512;
 constexpr DWORD kFirstSidSize = 512;
-constexpr DWORD kComputerNameSize = 16;
-
 namespace {
 
 // Memory for the SID, from the process heap as its users expect.

@@ -16,8 +16,9 @@ constexpr SEC_domType_t SEC_DOM_ANY = 3055;
 
 namespace qvledger {
 
-constexpr std::size_t kUserSize = 256;    // bytes of a user or host name, NUL included
-constexpr std::size_t kDomainSize = 1024; // bytes of a domain, NUL included
+constexpr std::size_t kUserSize = 256;          // bytes of a user or host name, NUL included
+constexpr std::size_t kDomainSize = 1024;       // bytes of a domain, NUL included
+constexpr std::uint32_t kComputerNameSize = 16; // bytes of the computer's name, NUL included
 
 } // namespace qvledger
 

@@ -12,8 +12,6 @@ using namespace qvledger;
 
 constexpr DWORD kTokenSize = 512; // bytes for a token's groups; one that needs more has no group list
 constexpr DWORD kNameSize = 512;  // bytes of a group's name and of its domain
-constexpr DWORD kComputerNameSize = 16;
-
 namespace {
 
 struct HandleCloser {

@@ -19,12 +19,15 @@ namespace qvledger {
 class Columns {
 public:
     // The attribute's name, in a buffer of OID_NAME_SIZE bytes and with its NUL, if it is what stood at the
-    // place last; else without data.  Good until the next call of a member.
-    std::string_view recall(std::uint32_t place, const char *decoid) const {
+    // place last; else without data.  Good until the next call of a member.  names: what stateOf gave for the
+    // attribute's record, or 0.
+    std::string_view recall(std::uint32_t place, const char *decoid, std::uint64_t names = 0) const {
         if (table_ == nullptr || place >= kPlaces)
             return {};
         const Column &column = table_.get()[place];
-        if (column.decoidSize == 0 || std::memcmp(column.decoid, decoid, column.decoidSize) != 0)
+        const bool isFound = names == state_ && place >= first_ && place < end_;
+        if (!isFound &&
+            (column.decoidSize == 0 || std::memcmp(column.decoid, decoid, column.decoidSize) != 0))
             return {};
         return {column.name, column.nameSize};
     }

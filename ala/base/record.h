@@ -46,6 +46,7 @@ struct record {
     attrValNode *curAttr;        // node last delivered by the job cursor, null before the first
     std::uint32_t index;         // of that node
     std::uint32_t docIndex;      // documents handed out since the job cursor was started
+    std::uint64_t names;         // state of the columns in which its names were found; 0: not known
 };
 using ALA_jobRecord_t = record;
 

@@ -185,7 +185,7 @@ std::uint64_t qvledger::namesState(ALA_handle_t handle, ALA_record_t jobRecord, 
         if (handle->columns.recall(static_cast<std::uint32_t>(i), jobRecord->attrValList[i].decoid).data() ==
             nullptr)
             return 0;
-    return handle->columns.stateOf(range.first, range.end);
+    return jobRecord->names = handle->columns.stateOf(range.first, range.end);
 }
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {

@@ -9,6 +9,24 @@
 
 using namespace qvledger;
 
+namespace {
+
+// Where the handle remembers an attribute's name: its place, and the state in which its record's names were
+// found.
+struct Place {
+    std::uint32_t number;
+    std::uint64_t names;
+};
+
+} // namespace
+
+static Place placeOf(const record &job) {
+    return {job.index, job.names};
+}
+static Place placeOf(const docRecord &document) {
+    return {document.firstPlace + document.index, 0};
+}
+
 std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
     const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);
     inoutp_node->oid = result == 0 ? inoutp_node->oidBytes : nullptr;
@@ -33,12 +51,11 @@ static ALA_retCode_t deliverValue(ALA_handle_t handle, const attrValNode &node, 
 
 // Renders the attribute at a place of a record.  The last value's result counts; that of an earlier one shows
 // as a missing value.  *complete: the rendering reached its end.
-static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, std::uint32_t place,
-                                      const char *locale, const CursorTexts &texts, ALA_attrPair **attribute,
-                                      bool *complete) {
+static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Place place, const char *locale,
+                                      const CursorTexts &texts, ALA_attrPair **attribute, bool *complete) {
     if (locale != nullptr)
         handle->columns.forget();
-    const std::string_view name = handle->columns.recall(place, node->decoid);
+    const std::string_view name = handle->columns.recall(place.number, node->decoid, place.names);
     if (name.data() == nullptr) {
         const StatusList status;
         if (const std::int32_t failure = ALA__FillOid(status, node); failure != 0) {
@@ -60,7 +77,7 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, st
             break;
     }
     if (name.data() == nullptr && locale == nullptr && *attribute != nullptr)
-        handle->columns.remember(place, node->decoid, (*attribute)->attrName);
+        handle->columns.remember(place.number, node->decoid, (*attribute)->attrName);
     if (result == ALA_A_ODPUNPACK_ERROR)
         return ALA_FAIL(result, "ODP_UnpackAV failed for attr val type %d in %s; ALA_A_ODPUNPACK_ERROR",
                         static_cast<std::int32_t>(node->attrValType), texts.operation);
@@ -86,13 +103,6 @@ ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord
 }
 template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, record **, const CursorTexts &);
 template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, docRecord **, const CursorTexts &);
-
-static std::uint32_t placeOf(const record &job) {
-    return job.index;
-}
-static std::uint32_t placeOf(const docRecord &document) {
-    return document.firstPlace + document.index;
-}
 
 // Delivers the node at the cursor's index.  The cursor stands on it only once its rendering has reached its
 // end.

@@ -111,14 +111,14 @@ static ALA_retCode_t readValue(LogFile &in, std::uint32_t attr, const ReaderRule
     return ALA_N_NORMAL;
 }
 
-static attrTag tagAt(const std::uint8_t *at) {
-    attrTag tag;
-    std::memcpy(&tag, at, sizeof tag);
-    tag.decoid[kDecoidSize - 1] = '\0';
-    return tag;
+static void copyTag(const std::uint8_t *from, attrTag *tag) {
+    std::memcpy(tag, from, sizeof *tag);
+    tag->decoid[kDecoidSize - 1] = '\0';
 }
 
-static void logTag(const attrTag &tag, const ReaderRules &rules) {
+static void logTag(const std::uint8_t *bytes, const ReaderRules &rules) {
+    attrTag tag;
+    copyTag(bytes, &tag);
     const auto numValues = static_cast<std::int32_t>(tag.numAttrVal);
     const auto id = static_cast<std::int32_t>(tag.attrID);
     const auto type = static_cast<std::int32_t>(tag.attrValType);
@@ -140,7 +140,7 @@ static ALA_retCode_t readAttribute(LogFile &in, std::uint32_t attr, const Reader
                               rules.operation)
                    : cutRecord(rules, attr, counts.numAttr, 0, 0);
     if (LOG_Wants(LOG_DETAIL)) [[unlikely]]
-        logTag(tagAt(tag), rules);
+        logTag(tag, rules);
     const std::uint32_t numAttrVal = nativeWord(tag + offsetof(attrTag, numAttrVal));
     for (std::uint32_t i = 0; i < numAttrVal; ++i)
         if (const ALA_retCode_t result = readValue(in, attr, rules, counts, i, numAttrVal);
@@ -155,7 +155,7 @@ static void setNodes(std::uint32_t numAttr, const RecordParts &parts) {
     std::uint8_t *at = parts.bytes;
     GEN_string *value = parts.values;
     for (attrValNode *node = parts.nodes; node != parts.nodes + numAttr; ++node) {
-        static_cast<attrTag &>(*node) = tagAt(at);
+        copyTag(at, node);
         at += sizeof(attrTag);
         node->oid = nullptr;
         node->attrVals = node->numAttrVal != 0 ? value : nullptr;

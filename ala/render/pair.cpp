@@ -122,40 +122,45 @@ ALA_retCode_t ALA_FreeAttributePair(ALA_attrPair **inoutp_attribute) {
 
 // ---- Rendering ----
 
-// Takes off the text's first value, of those that it has.
-static std::string_view takeValue(std::string_view &texts, std::uint32_t values) {
-    const std::string_view value = values > 1 ? texts.substr(0, texts.find('\0')) : texts;
-    texts.remove_prefix(value.size() + (values > 1 ? 1 : 0));
-    return value;
-}
-
-// Adds what was rendered to the pair, which is made for the first value; on failure the pair is as it was.
-static const RenderFailure *addValues(const Rendering &rendering, const attrValNode &node,
-                                      std::string_view name, ALA_attrPair **pair) {
+static const RenderFailure *addValue(std::string_view text, const attrValNode &node, std::string_view name,
+                                     ALA_attrPair **pair) {
     static constexpr RenderFailure kNoPair = {
         ALA_A_OUT_OF_MEMORY, "ALA__LookupAttrNameFromOID failed for oid: %s in ALA__GetAttribute"};
     static constexpr RenderFailure kNoNode = {ALA_A_OUT_OF_MEMORY,
                                               "ALA__AllocValue failed for oid: %s in ALA__GetAttribute"};
-    std::string_view texts = rendering.view.data() != nullptr ? rendering.view : rendering.text.view();
-    std::uint32_t left = rendering.values;
     PairBlock *block = blockOf(*pair);
     if (block == nullptr) {
-        block = makePair(name, takeValue(texts, left--), node.attrValType);
+        block = makePair(name, text, node.attrValType);
         if (block == nullptr)
             return ALA_FAIL(&kNoPair, "Return code for ALA__LookupAttrNameFromOID is ALA_A_OUT_OF_MEMORY");
+        *pair = &block->pair;
+        return nullptr;
     }
-    attributeVal *const before = block->last;
-    for (; left != 0; --left) {
-        if (ALA__AllocValue(&block->last->next, takeValue(texts, left)) != ALA_N_NORMAL) {
-            freeValues(std::exchange(before->next, nullptr));
-            block->last = before;
-            if (*pair == nullptr)
-                releasePair(block);
-            return &kNoNode;
+    if (ALA__AllocValue(&block->last->next, text) != ALA_N_NORMAL)
+        return &kNoNode;
+    block->last = block->last->next;
+    return nullptr;
+}
+
+// Adds the values of a text that has several, or none.  On failure the pair is as it was.
+static const RenderFailure *addValues(std::string_view texts, std::uint32_t count, const attrValNode &node,
+                                      std::string_view name, ALA_attrPair **pair) {
+    const bool isNew = *pair == nullptr;
+    attributeVal *const before = isNew ? nullptr : blockOf(*pair)->last;
+    std::string_view left = texts;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::string_view text = i + 1 < count ? left.substr(0, left.find('\0')) : left;
+        if (const RenderFailure *failure = addValue(text, node, name, pair); failure != nullptr) {
+            if (!isNew) {
+                freeValues(std::exchange(before->next, nullptr));
+                blockOf(*pair)->last = before;
+            } else if (*pair != nullptr) {
+                ALA_FreeAttributePair(pair);
+            }
+            return failure;
         }
-        block->last = block->last->next;
+        left.remove_prefix(std::min(text.size() + 1, left.size()));
     }
-    *pair = &block->pair;
     return nullptr;
 }
 
@@ -167,9 +172,15 @@ static ALA_retCode_t deliver(Rendering &rendering, const RenderFailure *rendered
     const RenderFailure *failure = rendered;
     if (failure == nullptr && rendering.text.failed())
         failure = &kNoMemoryForText;
-    if (failure == nullptr || *pair != nullptr)
-        if (const RenderFailure *added = addValues(rendering, node, name, pair); failure == nullptr)
-            failure = added;
+    if (failure == nullptr || *pair != nullptr) {
+        const std::string_view text =
+            rendering.view.data() != nullptr ? rendering.view : rendering.text.view();
+        const RenderFailure *notAdded = rendering.values == 1
+                                            ? addValue(text, node, name, pair)
+                                            : addValues(text, rendering.values, node, name, pair);
+        if (failure == nullptr)
+            failure = notAdded;
+    }
     return failure == nullptr ? ALA_N_NORMAL : ALA_FAIL(failure->code, failure->message, node.decoid);
 }
 

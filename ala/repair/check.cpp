@@ -76,26 +76,26 @@ static ALA_retCode_t readHeaderWords(ALA__checkedLog &log) {
 // Does a header that cannot be read lack nothing but its last bytes?  A length that leads far behind the end
 // is damage.
 static bool isCutHeader(int fd, std::int64_t size) {
-    constexpr std::int64_t kWord = sizeof(std::uint32_t);
+    constexpr std::int64_t kWordSize = sizeof(std::uint32_t);
     constexpr std::uint32_t kLongestEntry = 64 << 10;
     LogBytes bytes(fd, size);
     const auto wordAt = [&bytes](std::int64_t position, std::uint32_t *word) {
-        const std::uint8_t *at = bytes.at(position, kWord);
+        const std::uint8_t *at = bytes.at(position, kWordSize);
         if (at != nullptr)
-            std::memcpy(word, at, kWord);
+            std::memcpy(word, at, kWordSize);
         return at != nullptr;
     };
     std::uint32_t version = 0, entries = 0, length = 0;
     if (!wordAt(0, &version))
         return !bytes.failed();
-    const std::int64_t tag = kWord * (fromNetworkOrder(version) >= kVersionWithDate ? 3 : 2);
+    const std::int64_t tag = kWordSize * (fromNetworkOrder(version) >= kVersionWithDate ? 3 : 2);
     if (size < tag + kTagSize || !wordAt(tag, &entries))
         return !bytes.failed();
     std::int64_t at = tag + kTagSize;
     for (std::uint32_t i = 0; i < entries; ++i) {
         if (!wordAt(at, &length))
             return !bytes.failed();
-        at += kWord + length;
+        at += kWordSize + length;
         if (at > size)
             return length <= kLongestEntry;
     }

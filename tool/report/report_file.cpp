@@ -153,7 +153,7 @@ const char *ReportFile::whyNotSafe(int *error) {
 
 const char *ReportFile::whyNotOnDisk(int *error) {
     if (_commit(fd_) != 0) {
-        *error = errno;
+        *error = errno != 0 ? errno : EIO;
         return "its lines have not all reached the disk";
     }
     if (isFile() && !isFolderSynced_ && !isSyncFailed_) {
