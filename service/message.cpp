@@ -9,11 +9,6 @@ using namespace qvledger;
 
 // ---- Formatted output ----
 
-std::int32_t MSG_vsnprintf(char *outp_buffer, std::size_t in_size, const char *in_format,
-                           std::va_list in_values) {
-    return formatText(outp_buffer, in_size, in_format, in_values);
-}
-
 std::int32_t MSG_vsprintf(char *outp_buffer, const char *in_format, std::va_list in_values) {
     return formatText(outp_buffer, INT_MAX, in_format, in_values);
 }

@@ -23,10 +23,8 @@ std::int32_t MSG_GetUnformatted(std::int32_t in_reserved, std::uint32_t in_code,
 
 // printf's rules; positional arguments as service/format.h has them.  They give the length of the whole text
 // without its NUL, or a negative number for a format that is none, and MSG_fprintf also when memory runs out
-// or the stream refuses.  MSG_vsnprintf writes what fits in_size bytes with a NUL; with 0 it only measures.
+// or the stream refuses.
 // REQUIRES: the buffer of MSG_vsprintf and MSG_sprintf holds the text.
-std::int32_t MSG_vsnprintf(char *outp_buffer, std::size_t in_size, const char *in_format,
-                           std::va_list in_values);
 std::int32_t MSG_vsprintf(char *outp_buffer, const char *in_format, std::va_list in_values);
 std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) __attribute__((format(printf, 2, 3)));
 std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...)

@@ -7,6 +7,7 @@
 
 #include "service/message.h"
 #include "tests/support/run_tool.h"
+#include "tool/messages.h"
 
 namespace fs = std::filesystem;
 
@@ -49,13 +50,23 @@ TEST(Message, FormatsFollowPrintf) {
     std::fclose(full);
 }
 
+TEST(Message, NumberedOnePrintsItsArgumentsUnchanged) {
+    testing::internal::CaptureStderr();
+    qvledger::DisplayMsg(qvledger::kMsgBadMonth, -13, "1\x1B%s");
+    qvledger::DisplayMsgFromErr(26); // the argument is missing
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "The month -13 specified from the date 1\x1B%s is invalid.\n"
+              "Unable to delete the accounting log for the date .\n");
+}
+
 TEST(Catalogue, WinsOverTheDefaultTexts) {
     PrintSystem system;
     samples::writeFile(system / "texts", "$set 59\n$quote \"\n"
                                          "110 \"Aufruf: qvledger SERVER\\n\"\n"
                                          "108 \"Im Datum %2$s gibt es keinen Monat %1$d.\\n\"\n"
                                          "109 \"Im Datum %2$s gibt es 100%% den Tag nicht.\\n\"\n"
-                                         "106 \"Falscher Anfang.\\n\"\n107 \"Nicht %1$d.\\n\"\n");
+                                         "106 \"Falscher Anfang.\\n\"\n107 \"Nicht %1$d.\\n\"\n"
+                                         "111 \"Keine Datei %1$\"\n");
     const std::string command =
         "gencat '" + (system / "qvledg.cat").string() + "' '" + (system / "texts").string() + "'";
     ASSERT_EQ(std::system(command.c_str()), 0);
@@ -68,6 +79,8 @@ TEST(Catalogue, WinsOverTheDefaultTexts) {
     EXPECT_EQ(system.run({"-s", "1999", "alpha"}, translated).err, "Falscher Anfang.\n");
     EXPECT_TRUE(system.run({"-e", "1999", "alpha"}, translated).err.starts_with("The end date 1999 is"))
         << "a number in the place of a text";
+    EXPECT_TRUE(system.run({"-o", system / "none/report", "alpha"}, translated).err.starts_with("Unable to"))
+        << "a placeholder that is cut";
     const ToolRun german{.environment = {{"NLSPATH", QVLEDGER_CATALOGUES "/de/%N.cat"}}};
     EXPECT_TRUE(system.run({"-h"}, german).err.starts_with("Aufruf: qvledger [-h] "));
     EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, german).err,

@@ -1,17 +1,14 @@
 #include "tool/messages.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <memory>
-#include <new>
+#include <string>
 
 #include "service/log.h"
 #include "service/log_text.h"
 #include "service/message.h"
-#include "tool/placeholders.h"
 #include "tool/progress.h"
 
 using namespace qvledger;
@@ -59,6 +56,18 @@ static ReturnCode findReturnCode(std::int64_t errCode) {
     return row != std::end(kReturnCodes) ? *row : ReturnCode{0, kMsgUnknownError, "unknown error.\n"};
 }
 
+// Are the placeholders of the text ("%1$s", "%2$d") among those of the default text?
+static bool placeholdersFit(std::string_view text, std::string_view defaultText) {
+    for (std::size_t at = text.find('%'); at < text.size(); at = text.find('%', at)) {
+        const bool isPercent = text.substr(at, 2) == "%%";
+        const std::string_view placeholder = text.substr(at, isPercent ? 2 : 4);
+        if (!isPercent && (placeholder.size() < 4 || defaultText.find(placeholder) == std::string_view::npos))
+            return false;
+        at += placeholder.size();
+    }
+    return true;
+}
+
 void qvledger::GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf) {
     const char *text = defaultText(in_msgCode);
     std::uint32_t count = 0;
@@ -88,17 +97,34 @@ void qvledger::setProgramName(const char *name) {
     programName = name;
 }
 
-// The numbered messages are printed unchanged; our own have the program's name before them.
-static void print(std::uint32_t msgCode, std::string_view text) {
+static void appendValue(LogText &line, const MessageValue &value, bool isOwn) {
+    if (const auto *number = std::get_if<std::int32_t>(&value))
+        line.append(std::to_string(*number));
+    else if (isOwn)
+        line.appendVisible(std::get<const char *>(value));
+    else
+        line.append(std::get<const char *>(value));
+}
+
+// The numbered messages print their arguments unchanged; our own have the program's name before them.
+void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values) {
+    char text[kRawSize];
+    GetMsg(msgCode, sizeof text, text);
+    const bool isOwn = msgCode >= kFirstOwnMessage && msgCode != kMsgCheckUsage;
     LogText line;
-    if (msgCode >= kFirstOwnMessage && msgCode != kMsgCheckUsage) {
-        const std::size_t length = text.size() - (text.ends_with('\n') ? 1 : 0);
+    if (isOwn) {
         line.append(programName);
         line.append(": ");
-        line.appendVisible(text.substr(0, length));
-        line.append("\n");
-    } else {
-        line.append(text);
+    }
+    for (const char *at = text; *at != '\0'; ++at) {
+        if (*at != '%' || *++at == '%') {
+            line.append({at, 1});
+            continue;
+        }
+        const auto index = static_cast<std::size_t>(*at - '1');
+        if (index < values.size())
+            appendValue(line, values.begin()[index], isOwn);
+        at += 2; // "$s" or "$d"
     }
     eraseProgress();
     if (messageSink != nullptr)
@@ -107,39 +133,8 @@ static void print(std::uint32_t msgCode, std::string_view text) {
         std::fwrite(line.view().data(), 1, line.view().size(), stderr);
 }
 
-static void display(std::uint32_t msgCode, std::va_list values) {
-    char unfmtMsg[kRawSize] = "";
-    GetMsg(msgCode, sizeof unfmtMsg, unfmtMsg);
-    for (const char kind : passOverUnused(unfmtMsg, defaultText(msgCode)))
-        if (kind == 'd')
-            static_cast<void>(va_arg(values, int));
-        else
-            static_cast<void>(va_arg(values, const char *));
-    std::va_list measured;
-    va_copy(measured, values);
-    const std::int32_t length = MSG_vsnprintf(nullptr, 0, unfmtMsg, measured);
-    va_end(measured);
-    if (length < 0)
-        return;
-    // Arguments have no bound of their own.  Without memory for all of it the raw text has to do.
-    const std::unique_ptr<char[]> msgBuffer(new (std::nothrow) char[static_cast<std::size_t>(length) + 1]);
-    if (msgBuffer != nullptr)
-        MSG_vsprintf(msgBuffer.get(), unfmtMsg, values);
-    print(msgCode, msgBuffer != nullptr ? msgBuffer.get() : unfmtMsg);
-}
-
-void qvledger::DisplayMsg(std::uint32_t in_msgCode, ...) {
-    std::va_list values;
-    va_start(values, in_msgCode);
-    display(in_msgCode, values);
-    va_end(values);
-}
-
-void qvledger::DisplayMsgFromErr(std::uint32_t in_errCode, ...) {
-    std::va_list values;
-    va_start(values, in_errCode);
-    display(findReturnCode(in_errCode).message, values);
-    va_end(values);
+std::uint32_t qvledger::messageOf(std::uint32_t errCode) {
+    return findReturnCode(errCode).message;
 }
 
 void qvledger::printError(std::int32_t errRes) {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
+#include <variant>
 
 namespace qvledger {
 
@@ -27,15 +29,30 @@ protected:
 // Null: the standard error stream again.
 void setMessageSink(MessageSink *sink);
 
+// An argument of a message: a text, or a number printed in decimal.
+using MessageValue = std::variant<const char *, std::int32_t>;
+
+// Prints a message.  A placeholder without an argument prints nothing.
+void displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values);
+
+// The code of the message for a return code of the facility.
+std::uint32_t messageOf(std::uint32_t errCode);
+
 // Prints a message with its arguments.
-void DisplayMsg(std::uint32_t in_msgCode, ...);
+template <class... Values>
+void DisplayMsg(std::uint32_t in_msgCode, const Values &...values) {
+    displayMessage(in_msgCode, {values...});
+}
 
-// Prints the message that a return code of the facility leads to.
-void DisplayMsgFromErr(std::uint32_t in_errCode, ...);
+// Prints the message for a return code of the facility.
+template <class... Values>
+void DisplayMsgFromErr(std::uint32_t in_errCode, const Values &...values) {
+    displayMessage(messageOf(in_errCode), {values...});
+}
 
-// The raw text of a message: the catalogue's if its placeholders are among the default one's, else the
-// default one.  A code that is none gets the text of kMsgUnknownError.  The text is cut where the buffer
-// ends.
+// The raw text of a message: the catalogue's if each of its placeholders is one of the default text's, with
+// the same kind, else the default text.  An unknown code gets the text of kMsgUnknownError.  The text is cut
+// where the buffer ends.
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf);
 
 // Does a catalogue give the messages?
