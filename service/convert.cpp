@@ -1,17 +1,15 @@
 #include "service/convert.h"
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <functional>
 #include <iterator>
-#include <optional>
+#include <string_view>
 #include <utility>
 
 #include <iconv.h>
 
-#include "platform/malloced.h"
 #include "platform/utf8.h"
 #include "service/thread.h"
 
@@ -19,20 +17,11 @@ using namespace qvledger;
 
 namespace {
 
-// Which bytes belong together, whether they make a character or not.
-enum class Sequences : std::uint8_t {
-    None,
-    Pairs,  // a first byte and the one from 0x80 on behind it
-    EucJp,  // the same, and two behind 0x8F
-    Gb18030 // the same, and four with digits in the second and the last place
-};
-
 struct CodeSet {
     std::uint32_t number;
-    const char *name;      // iconv's
-    std::uint8_t unit = 1; // bytes of its smallest unit
-    bool hasAscii = true;  // bytes 0x01 to 0x7F are always the characters of ASCII
-    Sequences sequences = Sequences::None;
+    const char *name;     // iconv's
+    std::size_t unit = 1; // bytes of its smallest unit
+    bool hasAscii = true; // bytes 0x01 to 0x7F are always the characters of ASCII
 };
 
 } // namespace
@@ -50,17 +39,17 @@ constexpr CodeSet kCodeSets[] = {
     {11, "ISO-8859-8"},
     {12, "ISO-8859-9"},
     {13, "ISO-8859-10"},
-    {17, "SHIFT_JIS", 1, false, Sequences::Pairs},
-    {18, "EUC-JP", 1, true, Sequences::EucJp},
-    {38, "EUC-KR", 1, true, Sequences::Pairs},
+    {17, "SHIFT_JIS", 1, false},
+    {18, "EUC-JP"},
+    {38, "EUC-KR"},
     {CODE_SET_T61, "T.61-8BIT", 1, false},
     {CODE_SET_UTF8, "UTF-8"},
     {109, "ISO-8859-13"},
     {110, "ISO-8859-14"},
     {111, "ISO-8859-15"},
     {112, "ISO-8859-16"},
-    {113, "GBK", 1, false, Sequences::Pairs},
-    {114, "GB18030", 1, false, Sequences::Gb18030},
+    {113, "GBK"},
+    {114, "GB18030"},
     {CODE_SET_UCS2, "UCS-2BE", 2, false},
     {1001, "UTF-32BE", 4, false},
     {1013, "UTF-16BE", 2, false},
@@ -71,9 +60,9 @@ constexpr CodeSet kCodeSets[] = {
     {2009, "IBM850"},
     {2010, "IBM852"},
     {2011, "IBM437"},
-    {2024, "CP932", 1, false, Sequences::Pairs},
-    {2025, "GB2312", 1, true, Sequences::Pairs},
-    {2026, "BIG5", 1, false, Sequences::Pairs},
+    {2024, "CP932"},
+    {2025, "GB2312"},
+    {2026, "BIG5"},
     {2027, "MACINTOSH"},
     {2047, "IBM857"},
     {2084, "KOI8-R"},
@@ -95,19 +84,11 @@ constexpr CodeSet kCodeSets[] = {
 static_assert(std::is_sorted(std::begin(kCodeSets), std::end(kCodeSets),
                              [](const CodeSet &one, const CodeSet &two) { return one.number < two.number; }));
 
-// UTF-16 and UTF-32 in the byte order that a mark at their start tells.
-constexpr std::uint32_t kUtf16Marked = 1015;
-constexpr std::uint32_t kUtf32Marked = 1017;
-constexpr std::uint32_t kUtf16Big = 1013;
-constexpr std::uint32_t kUtf16Little = 1014;
-constexpr std::uint32_t kUtf32Big = 1018;
-constexpr std::uint32_t kUtf32Little = 1019;
-
-static const CodeSet *findCodeSet(std::uint32_t givenNumber) {
+static const CodeSet *findCodeSet(std::uint32_t number) {
     const auto *row =
-        std::lower_bound(std::begin(kCodeSets), std::end(kCodeSets), givenNumber,
-                         [](const CodeSet &set, std::uint32_t number) { return set.number < number; });
-    return row != std::end(kCodeSets) && row->number == givenNumber ? row : nullptr;
+        std::lower_bound(std::begin(kCodeSets), std::end(kCodeSets), number,
+                         [](const CodeSet &set, std::uint32_t sought) { return set.number < sought; });
+    return row != std::end(kCodeSets) && row->number == number ? row : nullptr;
 }
 
 // ---- Converters ----
@@ -126,10 +107,8 @@ static void closeConverters(void *) {
 // kNoConverter, and why in errno, when it cannot be opened.
 static iconv_t findConverter(const CodeSet *set) {
     iconv_t &converter = gConverters[set - std::begin(kCodeSets)];
-    if (converter != nullptr) {
-        iconv(converter, nullptr, nullptr, nullptr, nullptr); // forget the last text
+    if (converter != nullptr)
         return converter;
-    }
     const iconv_t opened = iconv_open("UTF-8", set->name);
     if (opened == kNoConverter)
         return kNoConverter;
@@ -138,226 +117,109 @@ static iconv_t findConverter(const CodeSet *set) {
     return converter = opened;
 }
 
-namespace {
-
-// The text that comes about, in memory that grows.
-class Output {
-public:
-    // A unit of one or two bytes makes at most three.
-    explicit Output(std::size_t bytes) { grow(3 * bytes + 16); }
-
-    bool grow(std::size_t by) {
-        if (!resize(text, size + by))
-            return false;
-        size += by;
-        return true;
-    }
-
-    bool ready() const { return text != nullptr; }
-    char *at() { return text.get() + used; }
-    std::size_t room() const { return size - used; }
-    void wrote(std::size_t bytes) { used += bytes; }
-    char *finish() {
-        text.get()[used] = '\0';
-        return text.release();
-    }
-
-private:
-    Malloced<char> text;
-    std::size_t size = 0;
-    std::size_t used = 0;
-};
-
-constexpr std::size_t kRoomAtEnd = 8; // for a "?", a character that a converter still holds and the NUL
-
-} // namespace
-
-// Runs the converter once over the input, or lets it put out what it holds if that is null.  0, E2BIG after
-// the output grew, or another errno number.
-static int step(iconv_t converter, char **in, std::size_t *givenLeft, Output &out) {
-    char *to = out.at();
-    const std::size_t room = out.room() - kRoomAtEnd;
-    std::size_t left = room;
-    const std::size_t result = iconv(converter, in, givenLeft, &to, &left);
-    const int reason = result == static_cast<std::size_t>(-1) ? errno : 0;
-    out.wrote(room - left);
-    if (reason == E2BIG || out.room() <= 2 * kRoomAtEnd)
-        return out.grow(out.room() + 256) ? reason : ENOMEM;
-    return reason;
-}
-
-// Bytes that belong to the first one, which begins a sequence.
-static std::size_t sequenceLength(Sequences sequences, std::span<const std::uint8_t> bytes) {
-    const auto byte = [&](std::size_t at) { return at < bytes.size() ? bytes[at] : 0; };
-    const auto isDigit = [&](std::size_t at) { return byte(at) >= '0' && byte(at) <= '9'; };
-    if (sequences == Sequences::Gb18030 && isDigit(1))
-        return byte(2) < 0x80 ? 2 : isDigit(3) ? 4 : 3;
-    if (byte(1) < 0x80)
-        return 1;
-    return sequences == Sequences::EucJp && byte(0) == 0x8F && byte(2) >= 0x80 ? 3 : 2;
-}
-
-// Bytes of what is no character at the front of a text: a unit, or as much of a longer sequence as is there.
-static std::size_t faultLength(iconv_t converter, const CodeSet &set, std::span<const std::uint8_t> bytes) {
-    if (set.unit > 1)
-        return std::min<std::size_t>(set.unit, bytes.size());
-    const auto isCut = [&](std::size_t givenLength) {
-        char nowhere[64];
-        char *from = reinterpret_cast<char *>(const_cast<std::uint8_t *>(bytes.data()));
-        char *to = nowhere;
-        std::size_t room = sizeof nowhere;
-        const bool failed = iconv(converter, &from, &givenLength, &to, &room) == static_cast<std::size_t>(-1);
-        const bool cut = failed && errno == EINVAL;
-        iconv(converter, nullptr, nullptr, nullptr, nullptr);
-        return cut;
-    };
-    if (!isCut(1))
-        return 1;
-    if (set.sequences != Sequences::None)
-        return sequenceLength(set.sequences, bytes);
-    std::size_t length = 1;
-    while (length < bytes.size() && isCut(length + 1))
-        ++length;
-    return length;
-}
-
-static char *convertBy(iconv_t converter, const CodeSet &set, std::span<const std::uint8_t> bytes) {
-    Output out(bytes.size());
-    if (!out.ready())
+static char *convertBy(iconv_t converter, std::size_t unit, std::string_view text) {
+    // A byte makes at most three.  Each one that is left keeps a place for its "?".
+    const std::size_t size = 4 * text.size() + 16;
+    auto *converted = static_cast<char *>(std::malloc(size));
+    if (converted == nullptr)
         return nullptr;
-    char *in = reinterpret_cast<char *>(const_cast<std::uint8_t *>(bytes.data())); // iconv only reads it
-    std::size_t left = bytes.size();
-    while (left > 0) {
-        const int reason = step(converter, &in, &left, out);
-        if (reason == ENOMEM)
-            return nullptr;
-        if (reason == 0 || reason == E2BIG)
-            continue;
-        // What the converter holds belongs before the fault.
-        if (step(converter, nullptr, nullptr, out) == ENOMEM)
-            return nullptr;
-        *out.at() = '?';
-        out.wrote(1);
-        // EINVAL: the text ends inside a character.
-        const std::size_t fault = reason == EINVAL ? left : faultLength(converter, set, bytes.last(left));
+    char *in = const_cast<char *>(text.data()); // iconv only reads it
+    char *out = converted;
+    std::size_t left = text.size();
+    const auto run = [&](char **from) {
+        std::size_t room = size - static_cast<std::size_t>(out - converted) - left - 1;
+        return iconv(converter, from, &left, &out, &room) != static_cast<std::size_t>(-1);
+    };
+    while (left > 0 && !run(&in)) {
+        run(nullptr); // the converter may still hold a character from before the fault
+        *out++ = '?';
+        const std::size_t fault = std::min(unit, left);
         in += fault;
         left -= fault;
     }
-    if (step(converter, nullptr, nullptr, out) == ENOMEM)
-        return nullptr;
-    return out.finish();
+    run(nullptr);
+    *out = '\0';
+    return converted;
 }
 
 // ---- Without a converter ----
 
-static bool isAscii(std::span<const std::uint8_t> bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte < 0x80; });
+static bool isAscii(char byte) {
+    return (byte & 0x80) == 0;
 }
 
-static char *newText(std::span<const std::uint8_t> bytes) {
-    auto *text = static_cast<char *>(std::malloc(bytes.size() + 1));
-    if (text == nullptr)
-        return nullptr;
-    std::copy(bytes.begin(), bytes.end(), text);
-    text[bytes.size()] = '\0';
-    return text;
+static char *newText(std::string_view text) {
+    auto *made = static_cast<char *>(std::malloc(text.size() + 1));
+    if (made != nullptr)
+        *std::copy(text.begin(), text.end(), made) = '\0';
+    return made;
 }
 
-static char *asciiAlone(std::span<const std::uint8_t> bytes) {
-    char *text = newText(bytes);
-    if (text != nullptr)
-        std::replace_if(
-            text, text + bytes.size(), [](char byte) { return (byte & 0x80) != 0; }, '?');
-    return text;
+static char *asciiAlone(std::string_view text) {
+    char *made = newText(text);
+    if (made != nullptr)
+        std::replace_if(made, made + text.size(), std::not_fn(isAscii), '?');
+    return made;
 }
 
-// The bytes before the first unit that is zero.
-static std::span<const std::uint8_t> beforeNul(std::span<const std::uint8_t> bytes, std::size_t givenUnit) {
-    if (bytes.empty())
-        return bytes;
-    if (givenUnit == 1) {
-        const void *nul = std::memchr(bytes.data(), 0, bytes.size());
-        return nul == nullptr ? bytes
-                              : bytes.first(static_cast<std::size_t>(static_cast<const std::uint8_t *>(nul) -
-                                                                     bytes.data()));
+// The C library's own converter accepts numbers after the last character.
+static char *convertFromUtf8(std::string_view text) {
+    char *made = newText(text);
+    for (std::size_t at = 0; made != nullptr && at < text.size();) {
+        const std::size_t length = utf8Length(text.substr(at));
+        if (length == 0)
+            made[at] = '?';
+        at += std::max<std::size_t>(length, 1);
     }
-    for (std::size_t at = 0; at + givenUnit <= bytes.size(); at += givenUnit) {
-        const auto unit = bytes.subspan(at, givenUnit);
-        if (std::all_of(unit.begin(), unit.end(), [](std::uint8_t byte) { return byte == 0; }))
-            return bytes.first(at);
-    }
-    return bytes;
+    return made;
 }
 
-// Takes a byte order mark off; the code set that it and the number lead to.  Big-endian without a mark.
-static std::uint32_t takeMark(std::span<const std::uint8_t> &bytes, std::uint32_t codeSet) {
-    const bool wide = codeSet == kUtf32Marked;
-    if (!wide && codeSet != kUtf16Marked)
+// The text before the first unit that is zero.
+static std::string_view beforeNul(std::string_view text, std::size_t unit) {
+    const std::string_view nul("\0\0\0\0", unit);
+    std::size_t at = text.find(nul);
+    while (at != text.npos && at % unit != 0)
+        at = text.find(nul, at + 1);
+    return text.substr(0, at);
+}
+
+// The code set for UTF-16 (1015) and UTF-32 (1017): the byte order is that of the mark at the start, which is
+// removed, else big-endian.  Other code sets stay as they are.
+static std::uint32_t takeMark(std::string_view &text, std::uint32_t codeSet) {
+    if (codeSet != 1015 && codeSet != 1017)
         return codeSet;
-    static constexpr std::uint8_t marks[] = {0, 0, 0xFE, 0xFF, 0, 0};
-    const std::size_t unit = wide ? 4 : 2;
-    const auto startsWith = [&](const std::uint8_t *mark) {
-        return bytes.size() >= unit && std::equal(mark, mark + unit, bytes.begin());
-    };
-    static constexpr std::uint8_t little[] = {0xFF, 0xFE, 0, 0};
-    const bool isBig = startsWith(marks + 4 - unit);
-    const bool isLittle = startsWith(little);
-    if (isBig || isLittle)
-        bytes = bytes.subspan(unit);
-    if (wide)
-        return isLittle ? kUtf32Little : kUtf32Big;
-    return isLittle ? kUtf16Little : kUtf16Big;
-}
-
-// ---- UTF-8 ----
-
-// Bytes of what begins like a character at the front of a text and is none.
-static std::size_t utf8FaultLength(std::string_view text) {
-    const auto first = static_cast<std::uint8_t>(text[0]);
-    const int ones = std::countl_one(first);
-    const auto whole = ones >= 2 && ones <= 6 ? static_cast<std::size_t>(ones) : 1;
-    const auto isTail = [](char byte) { return (byte & 0xC0) == 0x80; };
-    const std::string_view tail = text.substr(1, whole - 1);
-    return 1 + static_cast<std::size_t>(std::find_if_not(tail.begin(), tail.end(), isTail) - tail.begin());
-}
-
-// The C library's own converter lets numbers behind the last character pass.
-static char *convertFromUtf8(std::span<const std::uint8_t> bytes) {
-    auto *text = static_cast<char *>(std::malloc(bytes.size() + 1));
-    if (text == nullptr)
-        return nullptr;
-    char *at = text;
-    std::string_view rest(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-    while (!rest.empty()) {
-        const std::size_t length = utf8Length(rest);
-        if (length != 0)
-            at = std::copy_n(rest.data(), length, at);
-        else
-            *at++ = '?';
-        rest.remove_prefix(length != 0 ? length : utf8FaultLength(rest));
-    }
-    *at = '\0';
-    return text;
+    const bool isWide = codeSet == 1017;
+    const std::size_t unit = isWide ? 4 : 2;
+    const bool isLittle = text.starts_with(std::string_view("\xFF\xFE\0\0", unit));
+    if (isLittle || text.starts_with(std::string_view("\0\0\xFE\xFF", 4).substr(4 - unit)))
+        text.remove_prefix(unit);
+    if (isWide)
+        return isLittle ? 1019 : 1018;
+    return isLittle ? 1014 : 1013;
 }
 
 // ---- Operations ----
 
-char *qvledger::convertToUtf8(std::span<const std::uint8_t> givenBytes, std::uint32_t codeSet) {
-    const CodeSet *set = findCodeSet(takeMark(givenBytes, codeSet));
-    const auto bytes = beforeNul(givenBytes, set != nullptr ? set->unit : 1);
-    if (set == nullptr)
-        return asciiAlone(bytes);
-    if (bytes.empty() || (set->hasAscii && isAscii(bytes)))
-        return newText(bytes);
+static std::string_view viewOf(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
 
+char *qvledger::convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t codeSet) {
+    std::string_view text = viewOf(bytes);
+    const CodeSet *set = findCodeSet(takeMark(text, codeSet));
+    text = beforeNul(text, set != nullptr ? set->unit : 1);
+    if (set == nullptr)
+        return asciiAlone(text);
+    if (set->hasAscii && std::all_of(text.begin(), text.end(), isAscii))
+        return newText(text);
     if (codeSet == CODE_SET_UTF8)
-        return convertFromUtf8(bytes);
+        return convertFromUtf8(text);
     const iconv_t converter = findConverter(set);
     if (converter == kNoConverter) // EINVAL: the C library was installed without this code set
-        return errno == EINVAL ? asciiAlone(bytes) : nullptr;
-    return convertBy(converter, *set, bytes);
+        return errno == EINVAL ? asciiAlone(text) : nullptr;
+    return convertBy(converter, set->unit, text);
 }
 
 char *qvledger::copyText(std::span<const std::uint8_t> bytes) {
-    return newText(beforeNul(bytes, 1));
+    return newText(beforeNul(viewOf(bytes), 1));
 }

@@ -14,9 +14,9 @@ constexpr std::uint32_t CODE_SET_UCS2 = 1000; // big-endian
 namespace qvledger {
 
 // The characters before the first NUL character as a new NUL-terminated text, released with free; null when
-// memory or another resource runs out.  Each unit that is no character becomes a "?", and so does as much as
-// there is of a sequence that is cut, or that makes no character, wherever it stands.  Of a code set that the
-// system does not know, ASCII characters are taken and every other byte becomes a "?".
+// memory or another resource runs out.  Each unit that cannot be converted becomes a "?": a byte, also inside
+// a sequence of bytes that makes no character, or the 2 or 4 bytes of a wide code set.  Of a code set that
+// the system does not know, ASCII characters are taken and every other byte becomes a "?".
 char *convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t codeSet);
 
 // The bytes as they are up to the first NUL; otherwise like convertToUtf8.
