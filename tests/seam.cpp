@@ -1,0 +1,391 @@
+// Checks what the calls of platform/os.h answer: alike on both systems, but for what docs/platform.md lists.
+//
+//     seam                        in a folder of its own, with the keys of seam.reg: 0 if all is as expected
+//     seam write|append|lock FILE has a file open until the standard input ends
+#include <cerrno>
+#include <chrono>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/descriptor.h"
+#include "platform/os.h"
+#include "platform/registry_key.h"
+
+using namespace qvledger;
+
+constexpr bool kOnWindows = QVLEDGER_ON_WINDOWS;
+constexpr DWORD kRoom = 512;
+
+static int failures = 0;
+
+static void check(bool isTrue, const char *condition, int line) {
+    if (isTrue)
+        return;
+    ++failures;
+    std::printf("tests/seam.cpp:%d: not so: %s (errno %d, error %u)\n", line, condition, errno,
+                static_cast<unsigned>(GetLastError()));
+}
+#define CHECK(condition) check(condition, #condition, __LINE__)
+
+static bool fails(std::int64_t result, int reason) {
+    return result == -1 && errno == reason;
+}
+static bool isRefused(BOOL result, LONG reason) {
+    return result == 0 && GetLastError() == static_cast<DWORD>(reason);
+}
+
+// ---- Files ----
+
+constexpr std::int64_t kFarAway = std::int64_t{3} << 30; // no 32-bit position
+
+static void makeFile(const char *path, const char *text) {
+    static_cast<void>(_unlink(path)); // of an earlier run
+    const Descriptor file(OS_MakeFile(path));
+    CHECK(_write(file.get(), text, static_cast<unsigned>(std::strlen(text))) >= 0);
+}
+
+static int appendTo(const char *path, bool isMade = false) {
+    char *made = nullptr;
+    const int fd = OS_OpenToAppend(path, &made);
+    CHECK((made != nullptr) == isMade);
+    std::free(made);
+    return fd;
+}
+
+static std::int64_t sizeOf(const char *path) {
+    struct _stat status = {};
+    return _stat(path, &status) != 0 ? -1 : status.st_size;
+}
+
+static void checkNames() {
+    for (const char *name : {"new", "moved", "named", "copy", "aside"})
+        static_cast<void>(_unlink(name)); // of an earlier run
+    makeFile("five", "12345");
+    CHECK(sizeOf("five") == 5 && fails(sizeOf("none"), ENOENT));
+    CHECK(fails(OS_MakeFile("five"), EEXIST) && fails(OS_MakeFile("none/five"), ENOENT));
+    CHECK(fails(OS_OpenToRead("none"), ENOENT));
+    const Descriptor folder(OS_OpenToRead("."));
+    CHECK(kOnWindows ? fails(folder.get(), EACCES) : folder.isOpen());
+    CHECK(Descriptor(appendTo("new", true)).isOpen() && Descriptor(appendTo("new")).isOpen());
+    CHECK(fails(appendTo("."), kOnWindows ? EACCES : EISDIR));
+    CHECK(fails(appendTo("none/new"), ENOENT));
+    CHECK(OS_MoveName("new", "moved") == 0 && OS_MoveName("moved", "five") == OS_TAKEN);
+    CHECK(fails(OS_MoveName("none", "new"), ENOENT));
+    CHECK(OS_NameNewFile("moved", "named") == 0 && OS_NameNewFile("named", "five") == OS_TAKEN);
+    CHECK(OS_SyncFolderOf(Descriptor(OS_OpenToRead("five")).get()) == 0);
+    CHECK(_unlink("named") == 0 && fails(_unlink("named"), ENOENT));
+    CHECK(fails(_unlink("."), kOnWindows ? EACCES : EISDIR));
+}
+
+static void checkReading() {
+    char room[16] = "";
+    const Descriptor file(OS_OpenToRead("five"));
+    const int fd = file.get();
+    CHECK(_read(fd, room, 10) == 5 && _read(fd, room, 10) == 0);
+    CHECK(_lseeki64(fd, -2, SEEK_END) == 3);
+    CHECK(fails(_lseeki64(fd, -1, SEEK_SET), EINVAL));
+    CHECK(_lseeki64(fd, kFarAway, SEEK_SET) == kFarAway);
+    CHECK(OS_ReadAt(fd, 3, room, 10) == 2 && OS_ReadAt(fd, kFarAway, room, 10) == 0);
+    CHECK(_lseeki64(fd, 0, SEEK_CUR) == kFarAway);
+    CHECK(OS_LastByte(fd) == '5');
+    CHECK(fails(_write(fd, "x", 1), EBADF));
+    CHECK(_isatty(fd) == 0);
+    const Descriptor twin(_dup(fd));
+    CHECK(_lseeki64(twin.get(), 1, SEEK_SET) == 1 && _lseeki64(fd, 0, SEEK_CUR) == 1);
+    const Descriptor again(OS_OpenAgain(fd));
+    CHECK(_lseeki64(again.get(), 4, SEEK_SET) == 4 && _lseeki64(fd, 0, SEEK_CUR) == 1);
+    CHECK(fails(_close(999), EBADF));
+}
+
+static void checkWriting() {
+    makeFile("lines", "one\n");
+    const Descriptor file(appendTo("lines"));
+    const Descriptor other(appendTo("lines"));
+    CHECK(_write(other.get(), "two\n", 4) == 4 && _write(file.get(), "three\n", 6) == 6);
+    CHECK(sizeOf("lines") == 4 + 4 + 6);
+    CHECK(OS_LastByte(Descriptor(OS_OpenAgain(file.get())).get()) == '\n');
+    CHECK(_commit(file.get()) == 0);
+    CHECK(OS_CutFile(file.get(), 4) == 0 && sizeOf("lines") == 4);
+    CHECK(_write(file.get(), "four\n", 5) == 5 && sizeOf("lines") == 9);
+    makeFile("empty", "");
+    CHECK(OS_LastByte(Descriptor(OS_OpenToRead("empty")).get()) == -1);
+}
+
+static bool isFive(const OS_fileIdentity &found) {
+    return found.size == 5 && found.names == 1 && found.regular;
+}
+
+static void checkIdentity() {
+    OS_fileIdentity found = {};
+    OS_fileIdentity named = {};
+    const Descriptor file(OS_OpenToRead("five"));
+    CHECK(OS_IdentifyDescriptor(file.get(), &found) == 0 && isFive(found));
+    CHECK(OS_IdentifyName("five", &named) == 0 && isFive(named) && OS_IsSameFile(found, named));
+    CHECK(fails(OS_IdentifyName("none", &named), ENOENT) && fails(OS_IdentifyTarget("none", &named), ENOENT));
+    CHECK(OS_IdentifyTarget(".", &named) != 0 || !named.regular);
+    CHECK(OS_IdentifySettled(file.get(), &found) == 0 && isFive(found));
+    const Descriptor copy(OS_MakeFile("copy"));
+    OS_GiveAttributes(file.get(), copy.get());
+    CHECK(OS_IdentifyDescriptor(copy.get(), &named) == 0 && named.modified == found.modified);
+}
+
+static void checkHolding() {
+    makeFile("held", "log");
+    Descriptor file(OS_OpenToRead("held"));
+    OS_fileIdentity identity = {};
+    CHECK(OS_IdentifyDescriptor(file.get(), &identity) == 0);
+    {
+        const Descriptor other(OS_OpenToRead("held"));
+        CHECK(OS_LockFile(file.get()) == OS_DONE && OS_LockFile(other.get()) == OS_TAKEN);
+        OS_UnlockFile(file.get());
+        CHECK(OS_LockFile(other.get()) == OS_DONE);
+        OS_UnlockFile(other.get());
+        CHECK(OS_IsOpenElsewhere(file.get()) == !kOnWindows);
+    }
+    CHECK(!OS_IsOpenElsewhere(file.get()));
+    CHECK(OS_LockFile(Descriptor(appendTo("held")).get()) == OS_DONE);
+    {
+        const Descriptor writer(appendTo("held"));
+        CHECK(OS_MoveName("held", "aside") == 0);
+        CHECK(OS_HoldAgainstWriters(file.get(), "aside", identity) == OS_TAKEN);
+    }
+    static_cast<void>(OS_LockFile(file.get())); // as the run has it that deletes
+    CHECK(OS_HoldAgainstWriters(file.get(), "aside", identity) == OS_DONE);
+    Descriptor reader(OS_OpenToRead("aside"));
+    CHECK(OS_LockFile(reader.get()) == OS_TAKEN);
+    CHECK(OS_RemoveFile(file.get(), "aside") == 0);
+    CHECK(OS_IdentifyDescriptor(file.get(), &identity) == 0 && identity.names == (kOnWindows ? 1 : 0));
+    file.reset(-1);
+    CHECK(kOnWindows ? sizeOf("aside") == 3 : fails(sizeOf("aside"), ENOENT));
+    reader.reset(-1);
+    CHECK(fails(sizeOf("aside"), ENOENT));
+}
+
+// ---- Texts and times ----
+
+static int compareNames(const char *one, const char *two) {
+    return _mbsicmp(reinterpret_cast<const unsigned char *>(one),
+                    reinterpret_cast<const unsigned char *>(two));
+}
+
+static void checkTexts() {
+    CHECK(_stricmp("Alpha", "aLPHA") == 0 && _stricmp("B", "_") > 0);
+    CHECK(_stricmp("\u00C4RGER", "\u00E4rger") < 0);
+    CHECK(_stricmp("\u00CA", "\u00DA") < 0); // their second bytes are a letter and its capital in a code page
+    CHECK(_memicmp("a\0B", "A\0b", 3) == 0 && _memicmp("\u00C4", "\u00E4", 2) < 0);
+    CHECK(compareNames("Corp", "CORP") == 0 && compareNames("ab", "ABC") < 0);
+    CHECK(kOnWindows ? compareNames("\u00C4RGER", "\u00E4rger") < 0
+                     : compareNames("\u00C4RGER", "\u00E4rger") == 0);
+    CHECK(compareNames("\u212A", "k") != 0); // the sign of the kelvin
+    const auto *text = reinterpret_cast<const unsigned char *>("\u00E9-x");
+    CHECK(_mbschr(text, '-') == text + 2 && _mbschr(text, '!') == nullptr && _mbschr(text, 0) == text + 4);
+    char narrow[16] = "";
+    const auto convert = [](const wchar_t *wide, char *room, int size) {
+        return WideCharToMultiByte(CP_OEMCP, 0, wide, -1, room, size, nullptr, nullptr);
+    };
+    CHECK(convert(L"Ab", nullptr, 0) == 3 && convert(L"\u00E9", nullptr, 0) == 3);
+    CHECK(convert(L"Ab", narrow, 16) == 3 && std::string_view(narrow) == "Ab");
+    CHECK(isRefused(convert(L"Ab", narrow, 2), ERROR_INSUFFICIENT_BUFFER));
+}
+
+static void checkTimes() {
+    _putenv("TZ=EST5EDT");
+    _tzset();
+    CHECK(_timezone == 18000);
+    const auto isTime = [](const std::tm &time, const char *expected) {
+        char text[32];
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &time);
+        return std::string_view(text) == expected;
+    };
+    std::tm time = {};
+    const std::time_t summer = 932'040'000, winter = 916'401'600, before1970 = -1, in2100 = 4'102'444'800;
+    CHECK(localtime_s(&time, &summer) == 0 && isTime(time, "1999-07-15 08:00:00") && time.tm_isdst > 0);
+    CHECK(localtime_s(&time, &winter) == 0 && isTime(time, "1999-01-15 07:00:00") && time.tm_isdst == 0);
+    CHECK(gmtime_s(&time, &in2100) == 0 && isTime(time, "2100-01-01 00:00:00"));
+    const int result = gmtime_s(&time, &before1970);
+    CHECK(kOnWindows ? result != 0 : isTime(time, "1969-12-31 23:59:59"));
+    CHECK(gmtime_s(&time, &summer) == 0 && isTime(time, "1999-07-15 12:00:00"));
+    time.tm_mday += 40; // comes into range
+    CHECK(_mkgmtime(&time) - summer == 40 * 86400);
+}
+
+// ---- Accounts ----
+
+static void checkAccounts() {
+    char user[kRoom] = "", computer[kRoom] = "", domain[kRoom] = "", name[kRoom] = "";
+    DWORD size = kRoom;
+    CHECK(GetUserNameA(user, &size) != 0 && size == std::strlen(user) + 1);
+    size = 1;
+    CHECK(isRefused(GetUserNameA(name, &size), ERROR_INSUFFICIENT_BUFFER) && size == std::strlen(user) + 1);
+    size = kRoom;
+    CHECK(GetComputerNameA(computer, &size) != 0 && size == std::strlen(computer));
+    CHECK(std::strpbrk(computer, "abcdefghijklmnopqrstuvwxyz") == nullptr);
+    size = 1;
+    CHECK(isRefused(GetComputerNameA(name, &size), ERROR_BUFFER_OVERFLOW) &&
+          size == std::strlen(computer) + 1);
+
+    SID_NAME_USE use = SidTypeGroup;
+    DWORD sidSize = 0;
+    const auto find = [&](const char *account, void *sid, DWORD room) {
+        size = room;
+        if (sid == nullptr)
+            sidSize = 0;
+        return LookupAccountNameA(nullptr, account, sid, &sidSize, domain, &size, &use);
+    };
+    CHECK(isRefused(find("nobody-has-this-name", nullptr, 0), ERROR_NONE_MAPPED));
+    CHECK(isRefused(find(computer, nullptr, 0), kOnWindows ? ERROR_INSUFFICIENT_BUFFER : ERROR_NONE_MAPPED));
+    CHECK(isRefused(find(user, nullptr, 0), ERROR_INSUFFICIENT_BUFFER) && size == std::strlen(computer) + 1);
+    std::vector<char> sid(sidSize);
+    CHECK(find(user, sid.data(), kRoom) != 0 && use == SidTypeUser && size == std::strlen(domain));
+    CHECK(_stricmp(domain, computer) == 0);
+    const auto read = [&](DWORD room) {
+        DWORD domainSize = kRoom;
+        size = room;
+        return LookupAccountSidA(nullptr, sid.data(), name, &size, domain, &domainSize, &use);
+    };
+    CHECK(read(kRoom) != 0 && std::string_view(name) == user && use == SidTypeUser);
+    CHECK(size == std::strlen(user) + (kOnWindows ? 1 : 0));
+    CHECK(isRefused(read(1), ERROR_INSUFFICIENT_BUFFER) && size == std::strlen(user) + 1);
+}
+
+static void checkToken() {
+    HANDLE token = nullptr;
+    CHECK(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) != 0);
+    DWORD size = 0;
+    CHECK(isRefused(GetTokenInformation(token, TokenGroups, nullptr, 0, &size), ERROR_INSUFFICIENT_BUFFER));
+    std::vector<char> room(size + 1);
+    CHECK(GetTokenInformation(token, TokenGroups, room.data(), size, &size) != 0);
+    CHECK(reinterpret_cast<const TOKEN_GROUPS *>(room.data())->GroupCount != 0);
+    CHECK(CloseHandle(token) != 0);
+}
+
+static void checkLibrary() {
+    OSVERSIONINFOA version = {};
+    CHECK(isRefused(GetVersionExA(&version), ERROR_INSUFFICIENT_BUFFER));
+    version.dwOSVersionInfoSize = sizeof version;
+    CHECK(GetVersionExA(&version) != 0 && version.dwPlatformId == 2);
+    CHECK(LoadLibraryA("none.dll") == nullptr);
+    const HMODULE library = LoadLibraryA("netapi32.dll");
+    CHECK(library != nullptr && GetProcAddress(library, "None") == nullptr);
+    const auto info = reinterpret_cast<decltype(&NetWkstaGetInfo)>(
+        reinterpret_cast<void (*)()>(GetProcAddress(library, "NetWkstaGetInfo")));
+    const auto release = reinterpret_cast<decltype(&NetApiBufferFree)>(
+        reinterpret_cast<void (*)()>(GetProcAddress(library, "NetApiBufferFree")));
+    CHECK(info != nullptr && release != nullptr);
+    if (info == nullptr || release == nullptr)
+        return;
+    BYTE *buffer = nullptr;
+    CHECK(info(nullptr, 5, &buffer) == 124); // no such level
+    CHECK(info(nullptr, 101, &buffer) == 0 && release(buffer) == 0);
+    CHECK(FreeLibrary(library) != 0);
+}
+
+// ---- Registry: the keys of seam.reg ----
+
+static void checkRegistry() {
+    OpenKey key;
+    CHECK(openKey("SOFTWARE\\Kelmo\\None", KEY_READ, key) == ERROR_FILE_NOT_FOUND);
+    CHECK(openKey("software\\KELMO\\seam", KEY_READ, key) == 0);
+    CHECK(openKey("SOFTWARE\\Kelmo\\Seam\\", KEY_READ, key) == 0);
+    BYTE data[kRoom] = {};
+    DWORD type = 0;
+    DWORD size = 0;
+    char name[kRoom] = "";
+    const auto enumerate = [&](DWORD index, DWORD nameSize, DWORD room) {
+        size = room;
+        return RegEnumValueA(key.get(), index, name, &nameSize, nullptr, &type, data, &size);
+    };
+    const auto query = [&](const char *value, BYTE *to, DWORD room) {
+        type = 0;
+        size = room;
+        return RegQueryValueExA(key.get(), value, nullptr, &type, to, &size);
+    };
+    std::set<std::string> names; // in no order that the registry promises
+    for (const DWORD index : {0U, 1U, 2U}) {
+        CHECK(enumerate(index, kRoom, kRoom) == 0);
+        names.insert(name);
+    }
+    CHECK(names == std::set<std::string>({"Area", "Flags", "Zone"}));
+    CHECK(enumerate(99, kRoom, kRoom) == ERROR_NO_MORE_ITEMS);
+    CHECK(enumerate(0, 2, kRoom) == ERROR_MORE_DATA && enumerate(0, kRoom, 1) == ERROR_MORE_DATA);
+    CHECK(query("zONE", data, kRoom) == 0 && type == REG_SZ && size == 2);
+    CHECK(query("Flags", data, kRoom) == 0 && type == REG_DWORD && size == 4);
+    CHECK(query("Zone", data, 1) == ERROR_MORE_DATA && size == 2);
+    CHECK(query("Zone", nullptr, 0) == 0 && size == 2);
+    CHECK(query("None", data, kRoom) == ERROR_FILE_NOT_FOUND && type == 0 && size == kRoom);
+    CHECK(RegCloseKey(nullptr) == ERROR_INVALID_HANDLE && *OS_RegistryTrouble() == '\0');
+    CHECK(OS_PlaceOfKey("SOFTWARE\\Kelmo\\Seam", name, sizeof name) == OS_DONE && *name != '\0');
+    CHECK(OS_PlaceOfKey("SOFTWARE\\Kelmo\\None", name, sizeof name) == OS_TAKEN && *name != '\0');
+}
+
+// ---- Process ----
+
+static bool isSet(const char *name, const char *expected) {
+    const char *value = std::getenv(name);
+    return value == nullptr ? expected == nullptr : expected != nullptr && std::strcmp(value, expected) == 0;
+}
+
+static void checkProcess() {
+    CHECK(_putenv("SEAM=one") == 0 && isSet("SEAM", "one"));
+    char **const kept = OS_KeepEnvironment();
+    CHECK(_putenv("SEAM=two") == 0 && _putenv("SEAM_NEW=x") == 0 && isSet("SEAM", "two"));
+    OS_RestoreEnvironment(kept);
+    CHECK(isSet("SEAM", "one") && isSet("SEAM_NEW", nullptr));
+    CHECK(_putenv("SEAM=") == 0 && isSet("SEAM", nullptr) && _putenv("SEAM") == -1);
+    CHECK(_putenv("Seam=small") == 0 && isSet("SEAM", kOnWindows ? "small" : nullptr));
+    CHECK(OS_ProgramVariable("Seam") != nullptr);
+
+    const HANDLE heap = GetProcessHeap();
+    void *block = HeapAlloc(heap, 0, 4);
+    std::memcpy(block, "abc", 4);
+    block = HeapReAlloc(heap, 0, block, 4096);
+    CHECK(std::memcmp(block, "abc", 4) == 0 && HeapFree(heap, 0, block) != 0);
+    SetLastError(1234);
+    CHECK(GetLastError() == 1234);
+    CHECK(_getpid() > 0 && std::string_view(OS_ProgramName()).starts_with("seam"));
+    CHECK(OS_HasLentRights() == 0 && OS_WatchForks([] {}) == 0);
+    OS_NoteEndSignals();
+    CHECK(OS_NotedSignal() == 0);
+    const auto start = std::chrono::steady_clock::now();
+    OS_Sleep(30);
+    CHECK(std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(29));
+}
+
+// ---- A file that another program has open ----
+
+static int stay(bool isReady) {
+    std::puts(isReady ? "ready" : std::strerror(errno));
+    std::fflush(stdout);
+    while (std::getchar() != EOF)
+        continue;
+    return isReady ? 0 : 1;
+}
+
+// As a print server has a log open, as a program that knows nothing of sharing, or as another run.
+static int occupy(std::string_view how, const char *path) {
+    if (how == "append") {
+        std::FILE *file = std::fopen(path, "ab");
+        const int status = stay(file != nullptr);
+        return file != nullptr && std::fclose(file) == 0 ? status : 1;
+    }
+    const Descriptor file(how == "write" ? appendTo(path) : OS_OpenToRead(path));
+    return stay(file.isOpen() && (how == "write" || OS_LockFile(file.get()) == OS_DONE));
+}
+
+int main(int argc, char **argv) {
+    OS_PrepareProcess();
+    OS_ChooseLocale(LC_ALL); // as the programs do
+    if (argc == 3)
+        return occupy(argv[1], argv[2]);
+    for (const auto part : {checkNames, checkReading, checkWriting, checkIdentity, checkHolding, checkTexts,
+                            checkTimes, checkAccounts, checkToken, checkLibrary, checkRegistry, checkProcess})
+        part();
+    return failures == 0 ? 0 : 1;
+}
