@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "service/log.h"
+#include "service/log/log.h"
 #include "service/oid_table.h"
 
 using namespace qvledger;

@@ -8,7 +8,7 @@
 
 #include "platform/descriptor.h"
 #include "platform/utf8.h"
-#include "service/log.h"
+#include "service/log/log.h"
 #include "service/system.h"
 
 using namespace qvledger;

@@ -15,10 +15,10 @@
 #include <unistd.h>
 
 #include "ala/ala.h"
-#include "service/log.h"
-#include "service/log_internal.h"
-#include "service/log_repeats.h"
-#include "service/log_sink.h"
+#include "service/log/log.h"
+#include "service/log/log_internal.h"
+#include "service/log/log_repeats.h"
+#include "service/log/log_sink.h"
 #include "tests/support/log_daemon.h"
 #include "tests/support/run_tool.h"
 #include "tests/support/temp_dir.h"

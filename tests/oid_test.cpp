@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "service/log_internal.h"
+#include "service/log/log_internal.h"
 #include "service/oid.h"
 #include "tests/support/temp_dir.h"
 

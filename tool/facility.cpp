@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "ala/driver.h"
-#include "service/log.h"
+#include "service/log/log.h"
 #include "tool/exit_status.h"
 #include "tool/messages.h"
 #include "tool/rights.h"

@@ -6,8 +6,8 @@
 #include <iterator>
 #include <string>
 
-#include "service/log.h"
-#include "service/log_text.h"
+#include "service/log/log.h"
+#include "service/log/log_text.h"
 #include "service/message.h"
 #include "tool/progress.h"
 

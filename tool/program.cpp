@@ -3,7 +3,7 @@
 #include <new>
 
 #include "platform/os.h"
-#include "service/log.h"
+#include "service/log/log.h"
 #include "service/message.h"
 #include "tool/exit_status.h"
 #include "tool/messages.h"

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "platform/os.h"
-#include "service/log.h"
+#include "service/log/log.h"
 #include "service/message.h"
 #include "tool/facility.h"
 #include "tool/messages.h"

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "platform/os.h"
-#include "service/log.h"
+#include "service/log/log.h"
 #include "tool/exit_status.h"
 #include "tool/holding.h"
 #include "tool/messages.h"

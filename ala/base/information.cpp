@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "service/log.h"
+#include "service/log/log.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/os.h"
-#include "service/log.h"
+#include "service/log/log.h"
 
 // Logs the failure and gives the code: return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "...").
 #define ALA_FAIL(code, ...) (LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, __VA_ARGS__), (code))

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <utility>
 
-#include "service/log.h"
-#include "service/log_internal.h"
+#include "service/log/log.h"
+#include "service/log/log_internal.h"
 
 std::string takeText(ALA_attrPair *&pair) {
     if (pair == nullptr)

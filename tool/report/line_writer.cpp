@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "service/log.h"
+#include "service/log/log.h"
 
 using namespace qvledger;
 

@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "service/log.h"
+#include "service/log/log.h"
 #include "tool/holding.h"
 
 using namespace qvledger;

@@ -1,4 +1,4 @@
-#include "service/log.h"
+#include "service/log/log.h"
 
 #include <atomic>
 #include <cerrno>
@@ -12,10 +12,10 @@
 #include <string_view>
 
 #include "platform/os.h"
-#include "service/log_internal.h"
-#include "service/log_repeats.h"
-#include "service/log_sink.h"
-#include "service/log_text.h"
+#include "service/log/log_internal.h"
+#include "service/log/log_repeats.h"
+#include "service/log/log_sink.h"
+#include "service/log/log_text.h"
 
 using namespace qvledger;
 

@@ -1,4 +1,4 @@
-#include "service/system_log.h"
+#include "service/log/system_log.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 #include "platform/os.h"
-#include "service/log_text.h"
+#include "service/log/log_text.h"
 
 using namespace qvledger;
 

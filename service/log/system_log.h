@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "service/log_patience.h"
+#include "service/log/log_patience.h"
 
 namespace qvledger {
 

@@ -1,4 +1,4 @@
-#include "service/log_descriptor.h"
+#include "service/log/log_descriptor.h"
 
 #include <cerrno>
 #include <cstdlib>

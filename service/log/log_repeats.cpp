@@ -1,4 +1,4 @@
-#include "service/log_repeats.h"
+#include "service/log/log_repeats.h"
 
 #include <algorithm>
 #include <chrono>

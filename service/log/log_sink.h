@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <string_view>
 
-#include "service/log_descriptor.h"
-#include "service/log_patience.h"
-#include "service/log_repeats.h"
-#include "service/system_log.h"
+#include "service/log/log_descriptor.h"
+#include "service/log/log_patience.h"
+#include "service/log/log_repeats.h"
+#include "service/log/system_log.h"
 
 namespace qvledger {
 

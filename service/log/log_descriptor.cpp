@@ -1,4 +1,4 @@
-#include "service/log_descriptor.h"
+#include "service/log/log_descriptor.h"
 
 #include <cerrno>
 #include <climits>
@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "service/system_log.h"
+#include "service/log/system_log.h"
 
 using namespace qvledger;
 

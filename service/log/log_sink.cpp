@@ -1,4 +1,4 @@
-#include "service/log_sink.h"
+#include "service/log/log_sink.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,8 +9,8 @@
 #include <ctime>
 
 #include "platform/os.h"
-#include "service/log.h"
-#include "service/log_text.h"
+#include "service/log/log.h"
+#include "service/log/log_text.h"
 
 using namespace qvledger;
 

@@ -1,11 +1,11 @@
 // The system's log is the event log.
-#include "service/system_log.h"
+#include "service/log/system_log.h"
 
 #include <cerrno>
 #include <string>
 
 #include "platform/os.h"
-#include "service/log_text.h"
+#include "service/log/log_text.h"
 
 using namespace qvledger;
 
