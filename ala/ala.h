@@ -145,8 +145,8 @@ typedef void (*ALA_logSink_t)(void *inp_context, int32_t in_level, const char *i
 
 /* Has the log's entries go to in_sink, wherever QV_LOG would have them go: all of them, also those that
    repeat an earlier one and would only be counted there.  QV_LOG_LEVEL and QV_LOG_TRACE still choose which
-   there are.  Null brings back what QV_LOG says, and has it told what was counted and not told yet, which
-   _exit and exec would lose.  inp_context is handed to the sink as it is. REQUIRES: no other thread is inside
+   there are.  Null brings back what QV_LOG says, and writes what was counted there, which _exit and exec
+   would lose.  inp_context is handed to the sink as it is. REQUIRES: no other thread is inside
    an operation of the facility. */
 void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context);
 

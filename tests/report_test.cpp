@@ -158,7 +158,8 @@ TEST(Report, FailuresInsideALogAreToldAndLeaveTheStatus) {
     expectReport("later attribute unreadable", logOf({good, badSecond, good}), report + "n\nn\to\n",
                  corrupted, {internal + formatError});
     expectReport("first attribute unreadable, in header and values", logOf({badFirst, good}), "n\to\n",
-                 corrupted + corrupted, {unreadable + formatError, "last entry repeated 1 times"});
+                 corrupted + corrupted,
+                 {unreadable + formatError, "repeated 1 times: " + unreadable + formatError});
     expectReport("unreadable documents", logOf({documents, good}),
                  "job-name\tjob-owner\nn\to\n\t\td\n\t\n" + report, "", {});
 }

@@ -206,7 +206,7 @@ TEST(Run, ASignalEndsItWhileNobodyReadsItsReport) {
     EXPECT_TRUE(fs::exists(system.log("19990302")));
 }
 
-TEST(Run, CleanLogsLeaveFewEntriesAndDetailLeavesThemAll) {
+TEST(Run, CleanLogsLeaveFewEntries) {
     PrintSystem system;
     const std::vector<std::string> days = {"19990301", "19990302", "19990303"};
     for (const std::string &day : days)
@@ -216,7 +216,6 @@ TEST(Run, CleanLogsLeaveFewEntriesAndDetailLeavesThemAll) {
     for (const char *variable : {"QV_LOG_LEVEL", "QV_LOG_TRACE"}) {
         const ToolRun detailed = {.environment = {{variable, variable[7] == 'L' ? "6" : "1"}}};
         const std::string log = system.run({"-a", "alpha"}, detailed).log;
-        EXPECT_EQ(log.find("last entry repeated"), log.npos);
         auto calls = callsByPlace(log);
         std::erase_if(calls, [](const auto &it) { return !it.first.starts_with("5 "); });
         EXPECT_EQ(calls, callsByPlace(counted)) << variable;

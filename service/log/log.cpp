@@ -1,220 +1,217 @@
 #include "service/log/log.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
 #include <cinttypes>
 #include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <new>
-#include <string_view>
+#include <utility>
 
-#include "platform/os.h"
 #include "service/log/log_internal.h"
-#include "service/log/log_repeats.h"
 #include "service/log/log_sink.h"
 #include "service/log/log_text.h"
 
 using namespace qvledger;
 
-constexpr std::int32_t kEverything =
-    INT32_MAX; // not initialised: every entry comes through and starts the log
+constexpr std::int32_t kNotStarted = INT32_MAX;
 constexpr std::int32_t kNothing = INT32_MIN;
+constexpr std::size_t kMostPlaces = 64;    // whose repeated entries are counted; a run meets a few
+constexpr std::size_t kLongestText = 1000; // of an entry that is compared with the next one
 
-constexpr std::int64_t kLastWait = 100'000; // microseconds, for who is to take the counts
-
-std::atomic<std::int32_t> LOG_g_level = kEverything;
+std::atomic<std::int32_t> LOG_g_level = kNotStarted;
 
 namespace {
 
-// An entry that is being built in pieces.
-struct Message {
-    bool open = false;
-    LogPlace place = {};
-    LogText text;
+// The last entry of a source file and line.
+struct LastEntry {
+    LogPlace place;
+    std::uint64_t repeated; // since it was written
+    std::size_t size;
+    char text[kLongestText]; // its beginning, so one that is longer is never equal
 };
 
-// A caller that logs before it reads errno still finds its own.
-class KeepErrno {
+// Sink, levels and counts.  Threads share it.
+class ProgramLog {
 public:
-    KeepErrno() = default;
-    ~KeepErrno() { errno = kept; }
-    KeepErrno(const KeepErrno &) = delete;
-    KeepErrno &operator=(const KeepErrno &) = delete;
+    void start() {
+        if (LOG_g_level.load(std::memory_order_acquire) != kNotStarted)
+            return;
+        const std::lock_guard guard(lock_);
+        if (LOG_g_level != kNotStarted)
+            return;
+        const char *level = OS_ProgramVariable("QV_LOG_LEVEL");
+        const bool isLevel = level != nullptr && *level >= '5' && *level <= '7' && level[1] == '\0';
+        messageLevel_ = isLevel ? *level - '0' : LOG_ERROR;
+        const char *trace = OS_ProgramVariable("QV_LOG_TRACE");
+        tracesToo_ = trace != nullptr && std::strcmp(trace, "1") == 0;
+        sink_.open(OS_ProgramVariable("QV_LOG"));
+        // Otherwise counts could be lost, or written twice.
+        countsRepeats_ = countsRepeats_ || (std::atexit([] { instance.flush(); }) == 0 &&
+                                            OS_WatchForks([] { instance.beginChild(); }) == 0);
+        setLevel();
+    }
+
+    // Starts the log if necessary.
+    bool wants(std::int32_t level) {
+        if (!LOG_Wants(level))
+            return false;
+        start();
+        return LOG_Wants(level) && (level <= messageLevel_ || level == LOG_TRACE);
+    }
+
+    void write(const LogPlace &place, std::string_view text) {
+        if (text.ends_with('\n'))
+            text.remove_suffix(1);
+        if (function_ != nullptr) {
+            LogText shown;
+            shown.appendVisible(text);
+            shown.end('\0');
+            return function_(context_, place.level, place.file, place.line, shown.view().data());
+        }
+        const std::lock_guard guard(lock_);
+        if (place.level > LOG_ERROR || !countsRepeats_ || !isRepeated(place, text))
+            sink_.write(place, text);
+    }
+
+    void flush() {
+        const std::lock_guard guard(lock_);
+        writeCounts();
+    }
+
+    void setFunction(LOG_function function, void *context) {
+        start();
+        const std::lock_guard guard(lock_);
+        writeCounts();
+        function_ = function;
+        context_ = context;
+        setLevel();
+    }
+
+    std::int64_t bytesIn(const OS_fileIdentity &file) {
+        const std::lock_guard guard(lock_);
+        return sink_.bytesIn(file);
+    }
+
+    void reset(const char *systemLogPath) {
+        const std::lock_guard guard(lock_);
+        writeCounts();
+        placesKnown_ = 0;
+        sink_.close();
+        sink_.systemLogPath = systemLogPath;
+        LOG_g_level = kNotStarted;
+    }
+
+    static ProgramLog instance;
 
 private:
-    int kept = errno;
+    // Another thread of the parent may have had the lock.  The parent writes the counts so far.
+    void beginChild() {
+        new (&lock_) std::mutex;
+        placesKnown_ = 0;
+        sink_.forgetLost();
+    }
+
+    void setLevel() {
+        const bool isWanted = sink_.isOpen() || function_ != nullptr;
+        LOG_g_level = !isWanted ? kNothing : tracesToo_ ? LOG_TRACE : messageLevel_;
+    }
+
+    // Counts an entry that repeats its place's last one.  Any other is the last one from now on.
+    bool isRepeated(const LogPlace &place, std::string_view text) {
+        LastEntry *const known = last_ + placesKnown_;
+        LastEntry *const last = std::find_if(last_, known, [&](const LastEntry &it) {
+            return it.place.line == place.line && std::strcmp(it.place.file, place.file) == 0;
+        });
+        if (last == last_ + kMostPlaces)
+            return false; // too many places
+        if (last == known)
+            last_[placesKnown_++] = {.place = place, .repeated = 0, .size = 0, .text = {}};
+        if (!text.empty() && text == std::string_view(last->text, last->size)) {
+            ++last->repeated;
+            return true;
+        }
+        writeCount(*last);
+        last->size = text.copy(last->text, kLongestText);
+        return false;
+    }
+
+    void writeCount(LastEntry &entry) {
+        if (entry.repeated == 0)
+            return;
+        LogText text;
+        text.appendFormat("repeated %" PRIu64 " times: ", entry.repeated);
+        text.append({entry.text, entry.size});
+        sink_.write(entry.place, text.view(), std::exchange(entry.repeated, 0));
+    }
+
+    void writeCounts() {
+        std::for_each_n(last_, placesKnown_, [this](LastEntry &entry) { writeCount(entry); });
+        static_cast<void>(sink_.writeLost()); // what is not taken stays counted
+    }
+
+    std::mutex lock_; // of all that follows
+    LogSink sink_;
+    std::int32_t messageLevel_ = LOG_ERROR;
+    bool tracesToo_ = false;
+    LOG_function function_ = nullptr; // takes the entries instead of the sink, unless null
+    void *context_ = nullptr;
+    bool countsRepeats_ = false;
+    std::size_t placesKnown_ = 0;
+    LastEntry last_[kMostPlaces] = {};
+};
+
+// Without a constructor or destructor at run time where std::mutex has none, so entries may come at any time.
+ProgramLog ProgramLog::instance;
+
+// Callers may log before they read errno.
+struct KeepErrno {
+    const int kept = errno;
+    ~KeepErrno() { errno = kept; }
 };
 
 } // namespace
 
-// ---- Sink and levels ----
-
-static std::mutex startLock;
-static std::atomic<bool> started;
-constinit static LogSink sink(kSystemLogPath);
-constinit static LogRepeats repeats;
-static std::atomic<bool> countsRepeats;
-static std::atomic<bool> wasInVain; // the last flush
-static std::int32_t messageLevel = LOG_ERROR;
-static bool traceWanted;
-static LOG_function entryFunction; // takes the entries in the sink's place, unless null
-static void *entryContext;
-
-// The thread's message.  It is never destroyed, as registering a destructor ends the program when memory runs
-// out; LOG_EndMessage releases what it holds.
-static Message &threadsMessage() {
-    alignas(Message) static thread_local unsigned char room[sizeof(Message)];
-    static thread_local Message *made = nullptr;
-    if (made == nullptr)
-        made = new (room) Message;
-    return *made;
-}
-
-static void readLevels() {
-    const char *level = OS_ProgramVariable("QV_LOG_LEVEL");
-    const bool isLevel = level != nullptr && *level >= '5' && *level <= '7' && level[1] == '\0';
-    messageLevel = isLevel ? *level - '0' : LOG_ERROR;
-    const char *trace = OS_ProgramVariable("QV_LOG_TRACE");
-    traceWanted = trace != nullptr && std::strcmp(trace, "1") == 0;
-}
-
-static void setLevel() {
-    const bool wantsNone = !sink.isOpen() && entryFunction == nullptr;
-    LOG_g_level = wantsNone ? kNothing : traceWanted ? LOG_TRACE : messageLevel;
-}
-
-// What the program's end and a fork do to the log.  False when the system will not call it then.
-static bool watchProcess() {
-    const auto end = [] {
-        countsRepeats = false; // nobody would tell the count of what a destructor logs later still
-        LOG_Flush();
-    };
-    const auto inChild = [] {
-        repeats.startAnew();
-        sink.forgetLost();
-    };
-    return std::atexit(end) == 0 && OS_WatchForks(inChild) == 0;
-}
-
-static void start() {
-    if (started.load(std::memory_order_acquire))
-        return;
-    const std::lock_guard guard(startLock);
-    if (started.load(std::memory_order_relaxed))
-        return;
-    readLevels();
-    const bool isDetailed = messageLevel > LOG_ERROR || traceWanted;
-    sink.open(OS_ProgramVariable("QV_LOG"), isDetailed);
-    static const bool isWatched = watchProcess(); // without it counts could be lost, or told twice
-    countsRepeats = isWatched && sink.isOpen() && (sink.isSystemLog() || !isDetailed);
-    setLevel();
-    started.store(true, std::memory_order_release);
-}
-
-void LOG__Reset() {
-    LOG_Flush();
-    const std::lock_guard guard(startLock);
-    repeats.startAnew();
-    sink.close();
-    wasInVain = false;
-    threadsMessage().open = false;
-    LOG_g_level = kEverything;
-    started = false;
-}
-
-static bool isWanted(std::int32_t level) {
-    if (!LOG_Wants(level))
-        return false;
-    start();
-    return (entryFunction != nullptr || sink.isOpen()) &&
-           (level <= messageLevel || (level == LOG_TRACE && traceWanted));
-}
-
-// ---- Writing an entry ----
-
-static void handEntry(const LogPlace &place, std::string_view text) {
-    LogText shown;
-    shown.appendVisible(text);
-    shown.end('\0');
-    entryFunction(entryContext, place.level, place.file, place.line, shown.view().data());
-}
-
-static void tell(const DueRepetitions &due) {
-    for (const auto &[place, times] : due) {
-        char text[64];
-        std::snprintf(text, sizeof text, "last entry repeated %" PRIu64 " times", times);
-        static_cast<void>(sink.write(place, text, times)); // the sink knows what it lost
-    }
-}
-
-static void writeCounted(const LogPlace &place, std::string_view text) {
-    DueRepetitions due;
-    if (repeats.count(place, text, due))
-        return tell(due);
-    if (!sink.isReady())
-        return sink.lose(1);
-    repeats.enter(place, text, due);
-    tell(due);
-    if (!sink.write(place, text))
-        sink.lose(repeats.forget(place));
-}
-
-static void writeEntry(const LogPlace &place, std::string_view text) {
-    if (text.ends_with('\n'))
-        text.remove_suffix(1);
-    if (entryFunction != nullptr)
-        return handEntry(place, text);
-    if (countsRepeats.load(std::memory_order_relaxed))
-        return writeCounted(place, text);
-    if (!sink.isReady())
-        return sink.lose(1);
-    static_cast<void>(sink.write(place, text)); // the sink knows what it lost
-}
-
-// ---- Operations ----
+// The entry that the thread builds in pieces, or null.  A thread_local object would not do: registering its
+// destructor ends the program when memory runs out.
+static thread_local LogText *openText = nullptr;
+static thread_local LogPlace openPlace;
+alignas(LogText) static thread_local unsigned char openRoom[sizeof(LogText)];
 
 void LOG_Init(const char *, const char *) {
-    start();
+    ProgramLog::instance.start();
 }
 
 void LOG_Flush() {
     const KeepErrno keep;
-    if (!started.load(std::memory_order_acquire) || !sink.isOpen())
-        return;
-    DueRepetitions due;
-    repeats.takeAll(due);
-    // What was refused just now may be taken, and there may be no later time; once in vain is enough.
-    sink.tryAgain(wasInVain ? 0 : kLastWait);
-    tell(due);
-    wasInVain = !sink.tellLost(); // what it cannot tell it knows still
+    ProgramLog::instance.flush();
 }
 
 void LOG_SetFunction(LOG_function in_function, void *inp_context) {
-    start();
-    LOG_Flush();
-    const std::lock_guard guard(startLock);
-    entryFunction = in_function;
-    entryContext = inp_context;
-    setLevel();
+    ProgramLog::instance.setFunction(in_function, inp_context);
+}
+
+std::int64_t qvledger::logBytesIn(const OS_fileIdentity &file) {
+    return ProgramLog::instance.bytesIn(file);
+}
+
+void LOG__Reset(const char *in_systemLogPath) {
+    ProgramLog::instance.reset(in_systemLogPath);
 }
 
 void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
                   ...) {
     const KeepErrno keep;
-    if (!isWanted(in_level))
+    if (!ProgramLog::instance.wants(in_level))
         return;
-    const LogPlace place = {in_level, in_file, in_line};
-    if (std::strchr(in_format, '%') == nullptr)
-        return writeEntry(place, in_format);
     LogText text;
     std::va_list values;
     va_start(values, in_format);
-    text.appendFormat(in_format, values);
+    text.appendValues(in_format, values);
     va_end(values);
-    writeEntry(place, text.view());
+    ProgramLog::instance.write({in_level, in_file, in_line}, text.view());
 }
 
 void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
@@ -224,31 +221,29 @@ void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t i
 
 std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,
                               std::int32_t) {
+    LOG_EndMessage();
     const KeepErrno keep;
-    Message &message = threadsMessage();
-    message.open = isWanted(in_level);
-    message.place = {in_level, in_file, in_line};
-    message.text.clear();
-    return message.open ? 1 : 0;
+    if (!ProgramLog::instance.wants(in_level))
+        return 0;
+    openPlace = {in_level, in_file, in_line};
+    openText = new (openRoom) LogText;
+    return 1;
 }
 
 void LOG_CondAdd(const char *in_format, ...) {
-    Message &message = threadsMessage();
-    if (!message.open)
+    if (openText == nullptr)
         return;
     const KeepErrno keep;
     std::va_list values;
     va_start(values, in_format);
-    message.text.appendFormat(in_format, values);
+    openText->appendValues(in_format, values);
     va_end(values);
 }
 
 void LOG_EndMessage() {
-    Message &message = threadsMessage();
-    if (!message.open)
+    if (openText == nullptr)
         return;
     const KeepErrno keep;
-    message.open = false;
-    writeEntry(message.place, message.text.view());
-    message.text.clear();
+    ProgramLog::instance.write(openPlace, openText->view());
+    std::exchange(openText, nullptr)->~LogText();
 }

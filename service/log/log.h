@@ -1,69 +1,68 @@
 // LOG_: the program's log.
 //
-// One line an entry: time in UTC, program and process id, level, source file and line, text.  The sink is
-// syslog unless QV_LOG names another (a file to append to, "stderr", "none"); a file that cannot be opened is
-// the first entry there.  QV_LOG_LEVEL=6 adds the detail, QV_LOG_TRACE=1 the entry and exit of operations.
-// Nothing ever goes to the report stream.
+// One line per entry: time in UTC, program and process id, level, source file and line, text.  QV_LOG names
+// the sink: a file to append to, "stderr" or "none".  Without it, and if that file cannot be opened, it is
+// syslog.  QV_LOG_LEVEL=6 adds the detail, QV_LOG_TRACE=1 the entry to and exit from operations.
 //
-// An entry that equals the last one of its level, source file and line is counted instead of written: "last
-// entry repeated N times", with that level, file and line, comes before the place's next entry that is
-// written, and at the program's end; while it repeats, after a minute, after an hour more, and then once a
-// day.  A file and stderr get every entry, none counted, where QV_LOG_LEVEL or QV_LOG_TRACE ask for more than
-// failures, and a function (LOG_SetFunction) always.
+// An entry of level 5 that equals the last one of its source file and line is only counted.  "repeated N
+// times: TEXT" is written when that place logs another text, and at the program's end.
 //
-// The log never holds the program up for longer than moments: what the system's log or the reader of a pipe
-// does not take is lost, counted, and told with the next entry that is taken, "N entries lost: ...".  A file
-// on a disk, a terminal, and stderr where it gets every entry take their time.
-//
-// The macros test the level before they evaluate anything else, so an unwanted entry costs one comparison.
+// Logging never blocks the program: what syslog or the reader of a pipe or socket does not take at once is
+// dropped, and "N entries lost" precedes the next entry that is taken.  Disks and terminals are waited for.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
 
+struct OS_fileIdentity;
+
 constexpr std::int32_t LOG_ERROR = 5;  // a failure
 constexpr std::int32_t LOG_DETAIL = 6; // what was read and decided
-constexpr std::int32_t LOG_TRACE = 7;  // entry and exit of operations
+constexpr std::int32_t LOG_TRACE = 7;  // entry to and exit from operations
 
 extern "C" {
 
-// The highest level that is written.  Before LOG_Init it lets every entry through to LOG__Message, which
-// then sets it from the environment.
+// The highest level that is written.  Before the first entry, which starts the log, it lets all through.
 extern std::atomic<std::int32_t> LOG_g_level;
 
-// Reads the environment and opens the sink.  The arguments are not used: the environment has the sink and
-// the level.  A later call, and the first entry without any, has the same effect once.
+// Reads the environment and opens the sink, unless that was done before.  The arguments are not used.
 void LOG_Init(const char *in_sink, const char *in_level);
 
-// Tells what is counted and not told yet; exit does it on its own.  For who ends the program in another way.
+// Writes the counts of repeated and lost entries, as exit() does.
 void LOG_Flush();
 
-// One entry.  Callers use LOG_CondMessage.  REQUIRES, here and below: the name of the file stays as long as
-// the program runs.
+// Writes one entry; used through LOG_CondMessage.  REQUIRES, here and below: the file name stays valid until
+// the program ends.
 void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
                   ...) __attribute__((format(printf, 4, 5)));
 
-// Entry (in_entry 1) to or exit (0) from an operation.  Callers use LOG_CondFuncTrace.
+// Logs the entry (in_entry 1) to or exit (0) from an operation; used through LOG_CondFuncTrace.
 void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
                     std::int32_t in_entry);
 
-// An entry built in pieces, one at a time per thread: StartMessage gives non-zero if the entry is wanted, and
-// then takes over what LOG_CondAdd appends, until LOG_EndMessage writes it.  Outside a message both others
-// do nothing.
+// An entry built in pieces, one at a time per thread.  StartMessage returns non-zero if the entry is wanted;
+// then LOG_CondAdd appends to it and LOG_EndMessage writes it.  Otherwise both do nothing.
 std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,
                               std::int32_t in_reserved);
 void LOG_CondAdd(const char *in_format, ...) __attribute__((format(printf, 1, 2)));
 void LOG_EndMessage();
 
-// Has the entries, repeated ones too, go to a function instead of the sink: level, source file and line, and
-// the text as the sink would show it.  Null brings the sink back.  REQUIRES: no other thread writes an entry
-// meanwhile.
+// Passes every entry, repeated ones too, to a function instead of the sink, with control characters escaped.
+// Null brings the sink back.  REQUIRES: no other thread logs meanwhile.
 using LOG_function = void (*)(void *inp_context, std::int32_t in_level, const char *inp_file,
                               std::int32_t in_line, const char *inp_text);
 void LOG_SetFunction(LOG_function in_function, void *inp_context);
 
 } // extern "C"
 
+namespace qvledger {
+
+// How many bytes the log has written to a file; 0 if that is not the log's file.
+std::int64_t logBytesIn(const OS_fileIdentity &file);
+
+} // namespace qvledger
+
+// An unwanted entry costs this comparison; the macros evaluate nothing else before it.
 inline bool LOG_Wants(std::int32_t in_level) {
     return in_level <= LOG_g_level.load(std::memory_order_relaxed);
 }

@@ -1,9 +1,10 @@
-// What tests of the log need beside service/log.h.
+// What tests of the log need beside log.h.
 #pragma once
 
 extern "C" {
 
-// Closes the sink and forgets the environment, so that the next entry starts the log anew.
-void LOG__Reset();
+// Closes the sink and forgets the environment; the next entry starts the log again.  The system's log is then
+// the daemon at that path.
+void LOG__Reset(const char *in_systemLogPath = "/dev/log");
 
 } // extern "C"

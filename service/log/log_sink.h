@@ -1,64 +1,56 @@
 // Where the log's entries go: a file, the standard error stream, or the system's log.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string_view>
 
-#include "service/log/log_descriptor.h"
-#include "service/log/log_patience.h"
-#include "service/log/log_repeats.h"
-#include "service/log/system_log.h"
+#include "platform/os.h"
 
 namespace qvledger {
 
-// Nothing that reads slowly or not at all holds the program up: what is not taken is counted, and told with
-// the next entry that is.  Only a file on a disk, a terminal, and the standard error stream while all is to
-// be complete are waited for.
-//
-// Threads share an open sink.  It needs no destructor, so that entries may come to the program's very end.
+struct LogPlace {
+    std::int32_t level;
+    const char *file; // stays valid until the program ends
+    std::int32_t line;
+};
+
+// An entry that is not taken at once is dropped and counted.  One thread at a time uses a sink.
 class LogSink {
 public:
-    constexpr explicit LogSink(const char *systemLogPath) : systemLog(systemLogPath) {}
-
-    // By name as QV_LOG has it; null or empty is the system's log.  So is a file that cannot be opened, which
-    // is the first thing told there.
-    // REQUIRES: no other thread uses the sink; it was not opened, or closed since.
-    void open(const char *name, bool isComplete);
+    // Opens the sink that QV_LOG names; null or empty is the system's log.  So is a file that cannot be
+    // opened, and the first entry there gives the reason.
+    void open(const char *name);
     void close();
+    bool isOpen() const { return isOpen_; }
 
-    bool isOpen() const { return kind != Kind::nowhere; }
-    bool isSystemLog() const { return kind == Kind::systemLog; }
+    // Writes an entry that stands for a number of calls, which are lost if it is not taken.
+    void write(const LogPlace &place, std::string_view text, std::uint64_t calls = 1);
+    // Writes how many calls are lost, if any; false if that was not taken.
+    bool writeLost();
+    void forgetLost() { lost_ = 0; }
 
-    // Worth a try?  It is not for up to a second after entries were refused.
-    bool isReady() const { return kind == Kind::systemLog ? systemLog.isReady() : !patience.isOver(); }
-    // Forgets that entries were refused, and may wait for so many microseconds from now on.
-    void tryAgain(std::int64_t longestWait = LogPatience::kLongestWait);
+    // How many bytes were written to a file; 0 if it is not the sink's.
+    std::int64_t bytesIn(const OS_fileIdentity &file) const {
+        return fd_ >= 0 && OS_IsSameFile(file, opened_) ? written_ : 0;
+    }
 
-    // Writes an entry, behind the number of the lost ones if there are any.  False when it was not taken; the
-    // calls it stands for are lost then.
-    bool write(const LogPlace &place, std::string_view text, std::uint64_t calls = 1);
-    // Calls whose entry is not even tried are lost too.
-    void lose(std::uint64_t calls) { lost.fetch_add(calls, std::memory_order_relaxed); }
-    // Tells how many are lost, if any are; false when that was not taken.
-    bool tellLost();
-    // In the process that a fork made: what was lost is told by the other one.
-    void forgetLost() { lost.store(0, std::memory_order_relaxed); }
+    const char *systemLogPath = "/dev/log";
 
 private:
-    enum class Kind { nowhere, descriptor, systemLog };
+    // The system's part, in log_system.cpp.
+    static int openFile(const char *name);                          // never under a standard stream's number
+    static std::size_t writeAtOnce(int fd, std::string_view bytes); // returns how many bytes were written
+    static bool sendToSystemLog(const char *path, std::int32_t level, std::string_view entry);
 
-    void openFile(const char *name);
     bool put(const LogPlace &place, std::string_view text);
-    bool putLine(std::string_view line);
-    std::size_t pass(std::string_view bytes);
+    bool isStillOpen() const;
 
-    Kind kind = Kind::nowhere;
-    LogDescriptor descriptor;
-    SystemLog systemLog;
-    LogPatience patience;            // with the descriptor's reader
-    std::atomic<bool> isCut = false; // the last line that was written did not come to its end
-    std::atomic<std::uint64_t> lost = 0;
+    bool isOpen_ = false;
+    int fd_ = -1; // -1: the system's log
+    OS_fileIdentity opened_ = {};
+    bool isCut_ = false;       // the last line lacks its end
+    std::int64_t written_ = 0; // bytes
+    std::uint64_t lost_ = 0;
 };
 
 } // namespace qvledger

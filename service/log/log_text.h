@@ -16,68 +16,55 @@ namespace qvledger {
 // Text that grows.  When memory runs out it keeps what it has and takes no more.
 class LogText {
 public:
-    LogText() = default;
-    LogText(const LogText &) = delete;
-    LogText &operator=(const LogText &) = delete;
-
-    void append(std::string_view givenText) {
-        const std::size_t size = makeRoom(givenText.size());
-        std::memcpy(text() + length, givenText.data(), size);
-        length += size;
+    void append(std::string_view piece) {
+        const std::size_t size = makeRoom(piece.size());
+        std::memcpy(text() + length_, piece.data(), size);
+        length_ += size;
     }
-
-    void appendFormat(const char *format, std::va_list values) {
+    // With control characters escaped.
+    void appendVisible(std::string_view piece) {
+        escapeControls(piece, [this](std::string_view shown) { append(shown); });
+    }
+    __attribute__((format(printf, 2, 3))) void appendFormat(const char *format, ...) {
+        std::va_list values;
+        va_start(values, format);
+        appendValues(format, values);
+        va_end(values);
+    }
+    void appendValues(const char *format, std::va_list values) {
         std::va_list again;
         va_copy(again, values);
-        const int needed = std::vsnprintf(text() + length, capacity - length, format, values);
-        if (needed > 0 && static_cast<std::size_t>(needed) >= capacity - length) {
-            makeRoom(static_cast<std::size_t>(needed) + 1);
-            std::vsnprintf(text() + length, capacity - length, format, again);
-        }
+        const std::size_t before = capacity_ - length_;
+        const int needed = std::vsnprintf(text() + length_, before + 1, format, values);
+        const std::size_t size = makeRoom(static_cast<std::size_t>(std::max(needed, 0)));
+        if (size > before)
+            std::vsnprintf(text() + length_, size + 1, format, again);
         va_end(again);
-        if (needed > 0 && capacity > length) // vsnprintf keeps a byte for its NUL
-            length += std::min(static_cast<std::size_t>(needed), capacity - length - 1);
+        length_ += size;
     }
+    // Appends the last character, for which there is always room.
+    void end(char character) { text()[length_++] = character; }
 
-    void appendVisible(std::string_view text) {
-        escapeControls(text, [this](std::string_view piece) { append(piece); });
-    }
-
-    // The last character in any case, in the place of another one if it must be.
-    void end(char character) {
-        if (makeRoom(1) == 0)
-            --length;
-        text()[length++] = character;
-    }
-
-    void clear() {
-        onHeap.reset();
-        capacity = sizeof inPlace;
-        length = 0;
-    }
-    std::string_view view() const { return {onHeap ? onHeap.get() : inPlace, length}; }
+    std::string_view view() const { return {onHeap_ ? onHeap_.get() : inPlace_, length_}; }
 
 private:
-    char *text() { return onHeap ? onHeap.get() : inPlace; }
+    char *text() { return onHeap_ ? onHeap_.get() : inPlace_; }
 
-    // How many of size further bytes there is room for: all, unless memory ran out.
+    // Returns how many of `size` further bytes fit: all, unless memory ran out.
     std::size_t makeRoom(std::size_t size) {
-        if (size > capacity - length) {
-            const bool wasInPlace = onHeap == nullptr;
-            const std::size_t larger = 2 * capacity + size;
-            if (!resize(onHeap, larger))
-                return capacity - length;
-            if (wasInPlace)
-                std::memcpy(onHeap.get(), inPlace, length);
-            capacity = larger;
-        }
+        const bool wasInPlace = onHeap_ == nullptr;
+        if (size <= capacity_ - length_ || !resize(onHeap_, 2 * capacity_ + size + 1))
+            return std::min(size, capacity_ - length_);
+        if (wasInPlace)
+            std::memcpy(onHeap_.get(), inPlace_, length_);
+        capacity_ = 2 * capacity_ + size;
         return size;
     }
 
-    char inPlace[768];
-    Malloced<char> onHeap;
-    std::size_t capacity = sizeof inPlace;
-    std::size_t length = 0;
+    char inPlace_[768];
+    Malloced<char> onHeap_;
+    std::size_t capacity_ = sizeof inPlace_ - 1; // without the last character or a NUL
+    std::size_t length_ = 0;
 };
 
 } // namespace qvledger

@@ -126,7 +126,7 @@ std::map<std::string, unsigned> callsByPlace(const std::string &log) {
     for (std::string line; std::getline(lines, line);) {
         const std::size_t place = line.find("]: ") + 3, text = line.find(": ", place);
         unsigned times = 1;
-        std::sscanf(line.c_str() + text, ": last entry repeated %u times", &times);
+        std::sscanf(line.c_str() + text, ": repeated %u times: ", &times);
         calls[line.substr(place, text - place)] += times;
     }
     return calls;

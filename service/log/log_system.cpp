@@ -1,0 +1,76 @@
+#include <cerrno>
+#include <climits>
+#include <cstring>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include "platform/descriptor.h"
+#include "service/log/log.h"
+#include "service/log/log_sink.h"
+#include "service/log/log_text.h"
+
+using namespace qvledger;
+
+static int movedBehindStandardStreams(int fd) {
+    if (fd < 0 || fd > STDERR_FILENO)
+        return fd;
+    const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    ::close(fd);
+    return moved;
+}
+
+int LogSink::openFile(const char *name) {
+    // O_NONBLOCK: a pipe without a reader must not block the program.
+    constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    return movedBehindStandardStreams(::open(name, kFlags, 0640));
+}
+
+// Can PIPE_BUF bytes be written without blocking?  A pipe without a reader would raise SIGPIPE.
+static bool isPipeReady(int fd) {
+    pollfd pipe = {.fd = fd, .events = POLLOUT, .revents = 0};
+    return ::poll(&pipe, 1, 0) == 1 && pipe.revents == POLLOUT;
+}
+
+// The standard error stream is shared with other programs, so it cannot be made non-blocking.
+std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
+    struct stat file = {};
+    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // what is not known may block too
+    std::size_t done = 0;
+    while (done < bytes.size() && (!isPipe || isPipeReady(fd))) {
+        const std::string_view piece = bytes.substr(done, isPipe ? PIPE_BUF : std::string_view::npos);
+        const ssize_t written = S_ISSOCK(file.st_mode)
+                                    ? ::send(fd, piece.data(), piece.size(), MSG_NOSIGNAL | MSG_DONTWAIT)
+                                    : ::write(fd, piece.data(), piece.size());
+        if (written <= 0)
+            break;
+        done += static_cast<std::size_t>(written);
+    }
+    return done;
+}
+
+// Connects for each entry, so a daemon that was restarted gets the next one.
+static bool send(const char *path, int type, std::string_view bytes) {
+    const int opened = ::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const Descriptor daemon(movedBehindStandardStreams(opened));
+    sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
+    std::strncpy(address.sun_path, path, sizeof address.sun_path - 1);
+    return ::connect(daemon.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
+           ::send(daemon.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) == std::ssize(bytes);
+}
+
+// syslog(3) itself would block while the daemon's queue is full.
+bool LogSink::sendToSystemLog(const char *path, std::int32_t level, std::string_view entry) {
+    LogText text;
+    text.appendFormat("<%d>", LOG_USER | (level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG));
+    text.append(entry);
+    text.end('\0'); // which ends an entry in a stream
+    const std::string_view bytes = text.view();
+    return send(path, SOCK_DGRAM, bytes.substr(0, bytes.size() - 1)) ||
+           (errno == EPROTOTYPE && send(path, SOCK_STREAM, bytes));
+}
