@@ -16,6 +16,8 @@
 
 #include "platform/descriptor.h"
 #include "samples/sample_oids.h"
+#include "service/log/log.h"
+#include "service/log/log_internal.h"
 #include "tests/support/run_tool.h"
 #include "tests/support/scripted_os.h"
 #include "tool/run.h"
@@ -392,6 +394,31 @@ TEST(Deletion, ReportIsOnItsDiskAndInItsPlaceBeforeALogGoes) {
     });
     expectCalls("moved", kept, [](const fs::path &report) { fs::rename(report, report.string() + '2'); });
     expectCalls("removed", kept, [](const fs::path &report) { fs::remove(report); });
+}
+
+TEST(Deletion, TheProgramsLogMayGoToTheReport) {
+    for (const bool byName : {false, true}) {
+        SCOPED_TRACE(byName ? "QV_LOG=report" : "QV_LOG=stderr");
+        PrintSystem system;
+        system.save(kTail, logOf({march()}));
+        const fs::path report = system / "report";
+        if (byName) {
+            setenv("QV_LOG", report.c_str(), 1);
+            LOG__Reset();
+            LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "before the report is opened");
+            EXPECT_EQ(deleteInProcess(system, report), 0);
+            unsetenv("QV_LOG");
+            LOG__Reset();
+        } else {
+            const Descriptor error(open(report.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+            const ToolRun logged = {.environment = {{"QV_LOG", "stderr"}}, .error = error.get()};
+            EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}, logged).status, 0);
+        }
+        EXPECT_FALSE(fs::exists(system.log(kTail)));
+        const std::string lines = readFile(report);
+        EXPECT_NE(lines.find("\njob-name\nmarch\n"), lines.npos) << lines;
+        EXPECT_NE(lines.find("ALA_A_LAST_ATTRIBUTE\n"), lines.npos) << lines;
+    }
 }
 
 TEST(Deletion, ARequestToEndIsHeardInsideALongLine) {

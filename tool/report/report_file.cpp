@@ -70,6 +70,7 @@ ReportFile::Opened ReportFile::lock() {
     const std::uint64_t names = opened_.names;
     if (OS_IdentifyDescriptor(fd_, &opened_) != 0)
         return Opened::No;
+    loggedBefore_ = logBytesIn(opened_);
     wasRemoved_ = fileName_ == nullptr && names != 0 && opened_.names == 0;
     return Opened::Yes;
 }
@@ -110,7 +111,7 @@ int ReportFile::write(std::string_view bytes) {
 void ReportFile::cutBack() {
     if (!isLocked_ || openLine_ == 0)
         return;
-    if (!isWhole() || OS_CutFile(fd_, opened_.size + written_ - openLine_) != 0) {
+    if (!isWhole() || OS_CutFile(fd_, end() - openLine_) != 0) {
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the report ends in a part of a line");
         return;
     }
@@ -125,10 +126,15 @@ bool ReportFile::endedInLine() const {
 
 // ---- What becomes of it ----
 
+// Where the file ends if only this run, its log included, has written to it since it was locked.
+std::int64_t ReportFile::end() const {
+    return opened_.size + written_ + logBytesIn(opened_) - loggedBefore_;
+}
+
 // Has nobody else written to the file, or cut it, since it was locked?
 bool ReportFile::isWhole() const {
     OS_fileIdentity present = {};
-    return OS_IdentifyDescriptor(fd_, &present) == 0 && present.size == opened_.size + written_;
+    return OS_IdentifyDescriptor(fd_, &present) == 0 && present.size == end();
 }
 
 const char *ReportFile::whyNotSafe(int *error) {

@@ -66,6 +66,7 @@ private:
     Opened openByName();
     Opened lock();
     bool nameLeadsHere() const;
+    std::int64_t end() const;
     bool isWhole() const;
     const char *whyNotOnDisk(int *error);
     const char *whyNotRead() const;
@@ -81,8 +82,9 @@ private:
     bool wasRemoved_ = false;
     bool isFolderSynced_ = false;
     bool isSyncFailed_ = false;
-    std::int64_t written_ = 0;  // bytes in all
-    std::int64_t openLine_ = 0; // of these, after the last line end
+    std::int64_t written_ = 0;      // bytes in all
+    std::int64_t openLine_ = 0;     // of these, after the last line end
+    std::int64_t loggedBefore_ = 0; // bytes of the program's log in the same file, when it was locked
 };
 
 } // namespace qvledger
