@@ -9,12 +9,12 @@ DEMO := build/demo
 
 # Builds once, into build/bin/.
 all: setup
-	@cmake --preset release -DQVLEDGER_TRAINED=OFF -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
 	@cmake --build --preset release
 
 # Builds what is installed, in build/release/: laid out by what a first build did most.
 release: setup
-	@cmake --preset release -B build/release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	@cmake --preset trained -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
 	@cmake --build build/release
 
 # Lays a sample print-system root under build/demo/ and reports its server.
@@ -97,9 +97,9 @@ fuzz:
 # Measures the release build side by side with a bare reader and dump-acct; GROWTH=--growth for more.
 bench:
 	@scripts/setup bench
-	@cmake --preset release -B build/bench -DQVLEDGER_BENCH=ON >/dev/null
+	@cmake --preset trained -B build/bench -DQVLEDGER_BENCH=ON >/dev/null
 	@cmake --build build/bench | tail -n 1
-	@bench/run.py build/bench $(GROWTH)
+	@tests/bench/run.py build/bench $(GROWTH)
 	@build/bench/bin/micro --benchmark_min_time=0.2
 
 install: release

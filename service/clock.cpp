@@ -4,7 +4,7 @@
 #include <ctime>
 
 #include "platform/os.h"
-#include "service/value_memory.h"
+#include "service/packed/value_memory.h"
 
 using namespace qvledger;
 

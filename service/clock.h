@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
+#include "service/packed/values.h"
 #include "service/status.h"
-#include "service/values.h"
 
 extern "C" {
 

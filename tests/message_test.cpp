@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "service/message.h"
+#include "service/messages/message.h"
 #include "tests/support/run_tool.h"
 #include "tool/messages.h"
 

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "service/log/log_internal.h"
-#include "service/oid.h"
+#include "service/oid/oid.h"
 #include "tests/support/temp_dir.h"
 
 using namespace std::string_literals;

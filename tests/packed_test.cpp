@@ -8,7 +8,7 @@
 
 #include "ala/render/value_types.h"
 #include "service/clock.h"
-#include "service/text.h"
+#include "service/text/text.h"
 #include "tests/support/value_cases.h"
 
 using namespace samples;

@@ -1,6 +1,6 @@
-// A second opinion on packed values: the routines that rpcgen makes of service/values.x, with the XDR of the
-// C library, pack random values; ours must read the same fields, and samples/packer must write the same
-// bytes.
+// A second opinion on packed values: the routines that rpcgen makes of service/packed/values.x, with the XDR
+// of the C library, pack random values; ours must read the same fields, and samples/packer must write the
+// same bytes.
 #include <cmath>
 #include <concepts>
 #include <cstring>

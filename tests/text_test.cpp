@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "service/convert.h"
-#include "service/text.h"
+#include "service/text/convert.h"
+#include "service/text/text.h"
 
 using namespace qvledger;
 

@@ -8,7 +8,7 @@
 
 #include "service/log/log.h"
 #include "service/log/log_text.h"
-#include "service/message.h"
+#include "service/messages/message.h"
 #include "tool/progress.h"
 
 using namespace qvledger;

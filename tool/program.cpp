@@ -4,7 +4,7 @@
 
 #include "platform/os.h"
 #include "service/log/log.h"
-#include "service/message.h"
+#include "service/messages/message.h"
 #include "tool/exit_status.h"
 #include "tool/messages.h"
 #include "tool/rights.h"

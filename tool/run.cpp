@@ -6,7 +6,7 @@
 
 #include "platform/os.h"
 #include "service/log/log.h"
-#include "service/message.h"
+#include "service/messages/message.h"
 #include "tool/facility.h"
 #include "tool/messages.h"
 #include "tool/report/line_writer.h"

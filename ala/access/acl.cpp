@@ -5,7 +5,7 @@
 #include "ala/access/domain.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "service/text.h"
+#include "service/text/text.h"
 
 using namespace qvledger;
 

@@ -7,8 +7,8 @@
 
 #include "ala/access/credential.h"
 #include "ala/access/group_admission.h"
+#include "service/packed/values.h"
 #include "service/status.h"
-#include "service/values.h"
 
 namespace qvledger {
 

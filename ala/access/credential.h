@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "service/values.h"
+#include "service/packed/values.h"
 
 // What kind of name a domain is.
 using SEC_domType_t = std::uint32_t;

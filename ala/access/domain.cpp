@@ -8,7 +8,7 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "platform/byte_order.h"
-#include "service/text.h"
+#include "service/text/text.h"
 
 using namespace qvledger;
 

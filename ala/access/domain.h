@@ -7,8 +7,8 @@
 #include <cstdint>
 
 #include "ala/access/credential.h"
+#include "service/packed/values.h"
 #include "service/status.h"
-#include "service/values.h"
 
 // Make and release the machine's domain as a value, which stands in where a credential or an entry gives
 // none.  Paired per registration; the last ALA__EACL_Term releases it.

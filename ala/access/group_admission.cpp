@@ -6,7 +6,7 @@
 #include "ala/access/acl.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "service/text.h"
+#include "service/text/text.h"
 
 using namespace qvledger;
 

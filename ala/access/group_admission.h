@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "ala/access/credential.h"
-#include "service/values.h"
+#include "service/packed/values.h"
 
 // A group of the caller.
 struct ALA_groupSIDList {

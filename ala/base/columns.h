@@ -11,7 +11,7 @@
 
 #include "ala/base/record.h"
 #include "platform/malloced.h"
-#include "service/oid.h"
+#include "service/oid/oid.h"
 
 namespace qvledger {
 

@@ -8,9 +8,9 @@
 
 #include "ala/ala.h"
 #include "platform/malloced.h"
-#include "service/oid.h"
-#include "service/packed.h"
-#include "service/values.h"
+#include "service/oid/oid.h"
+#include "service/packed/packed.h"
+#include "service/packed/values.h"
 
 namespace qvledger {
 

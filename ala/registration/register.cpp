@@ -10,7 +10,7 @@
 #include "ala/base/trace.h"
 #include "ala/driver.h"
 #include "service/clock.h"
-#include "service/oid.h"
+#include "service/oid/oid.h"
 #include "service/status.h"
 
 using namespace qvledger;

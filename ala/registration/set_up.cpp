@@ -9,7 +9,7 @@
 #include "ala/directory/scan.h"
 #include "ala/driver.h"
 #include "platform/registry_key.h"
-#include "service/oid_table.h"
+#include "service/oid/oid_table.h"
 
 using namespace qvledger;
 

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "ala/render/name_lookup.h"
-#include "service/mail_address.h"
+#include "service/text/mail_address.h"
 
 using namespace qvledger;
 

@@ -5,8 +5,8 @@
 #pragma once
 
 #include "ala/render/value_text.h"
+#include "service/packed/values.h"
 #include "service/status.h"
-#include "service/values.h"
 
 // The address as a new string; null for a form that has no text.
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da);

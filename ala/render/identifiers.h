@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ala/render/value_types.h"
-#include "service/values.h"
+#include "service/packed/values.h"
 
 namespace qvledger {
 

@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "ala/render/value_text.h"
-#include "service/oid.h"
-#include "service/values.h"
+#include "service/oid/oid.h"
+#include "service/packed/values.h"
 
 namespace qvledger {
 

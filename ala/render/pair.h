@@ -7,7 +7,7 @@
 #include "ala/ala.h"
 #include "ala/base/record.h"
 #include "ala/render/value_types.h"
-#include "service/oid.h"
+#include "service/oid/oid.h"
 
 // Renders one value of an attribute.  Without a pair in *inoutp_attribute a new one is made; otherwise the
 // text is appended to the pair's values.  Takes over in_attrVal, which may be null for an attribute without a

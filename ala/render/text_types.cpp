@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "ala/render/name_lookup.h"
-#include "service/text.h"
+#include "service/text/text.h"
 
 using namespace qvledger;
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "ala/base/plain_days.h"
-#include "service/values.h"
+#include "service/packed/values.h"
 
 // Calendar seconds of the record; -1 when there are none.
 std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int64_t *outp_unixTime);

@@ -12,7 +12,7 @@
 #include "ala/render/profiles.h"
 #include "ala/render/scalars.h"
 #include "ala/render/text_types.h"
-#include "service/unpack.h"
+#include "service/packed/unpack.h"
 
 using namespace qvledger;
 

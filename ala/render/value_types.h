@@ -7,9 +7,9 @@
 #include "ala/ala.h"
 #include "ala/base/plain_days.h"
 #include "ala/render/value_text.h"
-#include "service/packed.h"
+#include "service/packed/packed.h"
+#include "service/packed/xdr_reader.h"
 #include "service/status.h"
-#include "service/xdr_reader.h"
 
 namespace qvledger {
 

@@ -7,7 +7,7 @@
 #include "ala/log/open_log.h"
 #include "ala/render/value_types.h"
 #include "platform/byte_order.h"
-#include "service/oid.h"
+#include "service/oid/oid.h"
 
 using namespace qvledger;
 

@@ -12,7 +12,7 @@
 
 #include "ala/driver.h"
 #include "platform/os.h"
-#include "service/message.h"
+#include "service/messages/message.h"
 #include "tool/check/fields.h"
 #include "tool/check/log_table.h"
 #include "tool/check/set_up_table.h"

@@ -8,8 +8,8 @@ using iconv_t = Iconv *;
 
 extern "C" {
 
-// By the names in service/convert.cpp.  All ones, with errno EINVAL for a code set that the system has not,
-// or another target than UTF-8; else ENOMEM.
+// By the names in service/text/convert.cpp.  All ones, with errno EINVAL for a code set that the system has
+// not, or another target than UTF-8; else ENOMEM.
 iconv_t iconv_open(const char *inp_to, const char *inp_from);
 int iconv_close(iconv_t in_converter);
 

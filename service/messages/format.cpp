@@ -1,0 +1,220 @@
+#include "service/messages/format.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+using namespace qvledger;
+
+constexpr unsigned kMostArguments = 9; // of one format; a message has one digit for each
+
+namespace {
+
+enum class Kind : std::uint8_t { Unused, Int, Long, LongLong, Size, Double, Pointer };
+
+union Value {
+    int asInt;
+    long asLong;
+    long long asLongLong;
+    std::size_t asSize;
+    double asDouble;
+    const void *asPointer;
+};
+
+// "%2$-5s": argument 2, by the plain conversion "%-5s".
+struct Conversion {
+    unsigned argument; // counted from 0
+    Kind kind;
+    char plain[24];
+    std::size_t length; // in the format, from its "%" on
+};
+
+class Arguments {
+public:
+    // The kinds, as the conversions tell them.
+    bool use(const Conversion &conversion) {
+        Kind &kind = kinds[conversion.argument];
+        const bool agrees = kind == Kind::Unused || kind == conversion.kind;
+        kind = conversion.kind;
+        count = std::max(count, conversion.argument + 1);
+        return agrees;
+    }
+    // False when one was left out: how it was passed is not known then.
+    bool take(std::va_list givenValues) {
+        std::va_list from;
+        va_copy(from, givenValues);
+        bool known = true;
+        for (unsigned i = 0; i < count && known; ++i)
+            known = takeOne(i, &from);
+        va_end(from);
+        return known;
+    }
+    int print(const Conversion &conversion, char *text, std::size_t size) const;
+
+private:
+    // A pointer, as what va_list is differs from system to system.
+    bool takeOne(unsigned index, std::va_list *from);
+
+    Kind kinds[kMostArguments] = {};
+    Value values[kMostArguments] = {};
+    unsigned count = 0;
+};
+
+} // namespace
+
+bool Arguments::takeOne(unsigned index, std::va_list *from) {
+    Value &value = values[index];
+    switch (kinds[index]) {
+    case Kind::Int:
+        value.asInt = va_arg(*from, int);
+        return true;
+    case Kind::Long:
+        value.asLong = va_arg(*from, long);
+        return true;
+    case Kind::LongLong:
+        value.asLongLong = va_arg(*from, long long);
+        return true;
+    case Kind::Size:
+        value.asSize = va_arg(*from, std::size_t);
+        return true;
+    case Kind::Double:
+        value.asDouble = va_arg(*from, double);
+        return true;
+    case Kind::Pointer:
+        value.asPointer = va_arg(*from, const void *);
+        return true;
+    case Kind::Unused:
+        break;
+    }
+    return false;
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // it was taken apart, and fits the value
+
+int Arguments::print(const Conversion &conversion, char *text, std::size_t size) const {
+    const Value &value = values[conversion.argument];
+    switch (conversion.kind) {
+    case Kind::Int:
+        return std::snprintf(text, size, conversion.plain, value.asInt);
+    case Kind::Long:
+        return std::snprintf(text, size, conversion.plain, value.asLong);
+    case Kind::LongLong:
+        return std::snprintf(text, size, conversion.plain, value.asLongLong);
+    case Kind::Size:
+        return std::snprintf(text, size, conversion.plain, value.asSize);
+    case Kind::Double:
+        return std::snprintf(text, size, conversion.plain, value.asDouble);
+    case Kind::Pointer:
+        return std::snprintf(text, size, conversion.plain, value.asPointer);
+    case Kind::Unused:
+        break;
+    }
+    return -1;
+}
+
+#pragma GCC diagnostic pop
+
+// ---- The format ----
+
+static Kind kindOf(std::string_view lengthLetters, char letter) {
+    if (letter == '\0')
+        return Kind::Unused;
+    if (std::strchr("feg", letter) != nullptr)
+        return lengthLetters.empty() ? Kind::Double : Kind::Unused;
+    if (std::strchr("csp", letter) != nullptr) {
+        if (!lengthLetters.empty())
+            return Kind::Unused;
+        return letter == 'c' ? Kind::Int : Kind::Pointer;
+    }
+    if (std::strchr("diuxXo", letter) == nullptr)
+        return Kind::Unused;
+    return lengthLetters.empty()   ? Kind::Int
+           : lengthLetters == "l"  ? Kind::Long
+           : lengthLetters == "ll" ? Kind::LongLong
+           : lengthLetters == "z"  ? Kind::Size
+                                   : Kind::Unused;
+}
+
+// The conversion at the front of a text that begins with "%".
+static std::optional<Conversion> readConversion(const char *text) {
+    if (text[1] < '1' || text[1] > '9' || text[2] != '$')
+        return std::nullopt;
+    const char *rest = text + 3;
+    const std::size_t layout = std::strspn(rest, "-+ #0123456789."); // flags, width and precision
+    const std::size_t modifier = std::strspn(rest + layout, "lz");
+    const char letter = rest[layout + modifier];
+    Conversion found = {static_cast<unsigned>(text[1] - '1'), kindOf({rest + layout, modifier}, letter), "%",
+                        0};
+    const std::size_t length = layout + modifier + 1;
+    if (found.kind == Kind::Unused || length + 2 > sizeof found.plain)
+        return std::nullopt;
+    std::memcpy(found.plain + 1, rest, length);
+    found.plain[1 + length] = '\0';
+    found.length = 3 + length;
+    return found;
+}
+
+// Hands each piece of a format on: plain(text, length) or converted(Conversion).  False when a conversion is
+// none, or one of the functions says so.
+template <class Plain, class Converted>
+static bool eachPiece(const char *format, Plain plain, Converted converted) {
+    for (const char *at = format; *at != '\0';) {
+        if (at[0] != '%' || at[1] == '%') {
+            const std::size_t length = at[0] == '%' ? 1 : std::strcspn(at, "%");
+            if (!plain(at, length))
+                return false;
+            at += at[0] == '%' ? 2 : length;
+            continue;
+        }
+        const std::optional<Conversion> conversion = readConversion(at);
+        if (!conversion || !converted(*conversion))
+            return false;
+        at += conversion->length;
+    }
+    return true;
+}
+
+// Is the first conversion, if there is one, a positional one?
+static bool isPositional(const char *format) {
+    const char *at = format;
+    while (at != nullptr && (at = std::strchr(at, '%')) != nullptr && at[1] == '%')
+        at += 2;
+    return at != nullptr && at[1] >= '1' && at[1] <= '9' && at[2] == '$';
+}
+
+// ---- The text ----
+
+static std::int32_t formatPositional(char *text, std::size_t size, const char *format, std::va_list values) {
+    Arguments arguments;
+    const auto skip = [](const char *, std::size_t) { return true; };
+    if (!eachPiece(format, skip, [&](const Conversion &found) { return arguments.use(found); }) ||
+        !arguments.take(values))
+        return -1;
+    std::size_t length = 0;
+    const auto place = [&] { return length < size ? text + length : nullptr; };
+    const auto room = [&] { return length < size ? size - length : 0; };
+    const auto plain = [&](const char *piece, std::size_t pieceLength) {
+        if (room() > 1)
+            std::memcpy(place(), piece, std::min(pieceLength, room() - 1));
+        length += pieceLength;
+        return true;
+    };
+    const auto converted = [&](const Conversion &found) {
+        const int added = arguments.print(found, place(), room());
+        length += added < 0 ? 0 : static_cast<std::size_t>(added);
+        return added >= 0;
+    };
+    if (!eachPiece(format, plain, converted))
+        return -1;
+    if (size != 0)
+        text[std::min(length, size - 1)] = '\0';
+    return length <= INT32_MAX ? static_cast<std::int32_t>(length) : -1;
+}
+
+std::int32_t qvledger::formatText(char *text, std::size_t size, const char *format, std::va_list values) {
+    return isPositional(format) ? formatPositional(text, size, format, values)
+                                : std::vsnprintf(text, size, format, values);
+}

@@ -1,0 +1,90 @@
+#include "service/oid/oid_binary.h"
+
+#include <cstddef>
+
+using namespace qvledger;
+
+constexpr std::size_t kMaxContents = OID_BINARY_SIZE - 1;
+
+namespace {
+
+// A number of any size in digits to the base 128, lowest first: what the contents octets are made of.
+class Arc {
+public:
+    // number * factor + addend; false when it no longer fits.
+    bool advance(unsigned factor, unsigned addend) {
+        unsigned carry = addend;
+        for (std::size_t at = 0; at < count; ++at) {
+            carry += digits[at] * factor;
+            digits[at] = static_cast<std::uint8_t>(carry & 0x7f);
+            carry >>= 7;
+        }
+        for (; carry != 0; carry >>= 7) {
+            if (count == kMaxContents)
+                return false;
+            digits[count++] = static_cast<std::uint8_t>(carry & 0x7f);
+        }
+        return true;
+    }
+
+    // Below 128 alone, which is all that the rule of the second arc needs.
+    bool isBelow(unsigned limit) const { return count == 0 || (count == 1 && digits[0] < limit); }
+    unsigned lowest() const { return count == 0 ? 0 : digits[0]; }
+
+    // Appends the number, highest digit first.
+    bool encode(OidBinary *binary) const {
+        const std::size_t size = count == 0 ? 1 : count;
+        std::uint8_t &length = binary->bytes[0];
+        if (length + size > kMaxContents)
+            return false;
+        std::uint8_t *at = binary->bytes + 1 + length;
+        for (std::size_t left = size; left > 1; --left)
+            *at++ = static_cast<std::uint8_t>(digits[left - 1] | 0x80U);
+        *at = static_cast<std::uint8_t>(lowest());
+        length = static_cast<std::uint8_t>(length + size);
+        return true;
+    }
+
+private:
+    std::size_t count = 0;
+    std::uint8_t digits[kMaxContents];
+};
+
+} // namespace
+
+// Takes one arc and the dot behind it from the front of the text; true for an arc that is one.
+static bool takeArc(std::string_view &text, Arc *arc) {
+    std::size_t at = 0;
+    for (; at < text.size() && text[at] != '.'; ++at) {
+        const char digit = text[at];
+        if (digit < '0' || digit > '9' || (at == 1 && text[0] == '0'))
+            return false;
+        if (!arc->advance(10, static_cast<unsigned>(digit - '0')))
+            return false;
+    }
+    if (at == 0 || at + 1 == text.size()) // no digit, or a dot with nothing behind it
+        return false;
+    text.remove_prefix(at == text.size() ? at : at + 1);
+    return true;
+}
+
+bool qvledger::parseOid(std::string_view decimal, OidBinary *binary) {
+    binary->bytes[0] = 0;
+    Arc first;
+    if (!takeArc(decimal, &first) || !first.isBelow(3) || decimal.empty())
+        return false;
+
+    // The first two arcs share a number.
+    Arc second;
+    if (!takeArc(decimal, &second) || (first.isBelow(2) && !second.isBelow(40)))
+        return false;
+    if (!second.advance(1, first.lowest() * 40) || !second.encode(binary))
+        return false;
+
+    while (!decimal.empty()) {
+        Arc arc;
+        if (!takeArc(decimal, &arc) || !arc.encode(binary))
+            return false;
+    }
+    return true;
+}

@@ -1,0 +1,21 @@
+// Object identifiers as dotted-decimal text and as contents octets.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "service/oid/oid.h"
+
+namespace qvledger {
+
+// A length byte and the contents octets of X.690 8.19.
+struct OidBinary {
+    std::uint8_t bytes[OID_BINARY_SIZE];
+};
+
+// False, with the output undefined, for a text that is no object identifier or does not fit.  Two arcs at
+// least, the first 0 to 2, the second below 40 under 0 and 1; no arc has a leading zero.  An arc may be as
+// large as the contents octets can hold.
+bool parseOid(std::string_view decimal, OidBinary *binary);
+
+} // namespace qvledger

@@ -1,0 +1,250 @@
+#include "service/oid/oid_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+
+#include "platform/descriptor.h"
+#include "platform/utf8.h"
+#include "service/log/log.h"
+#include "service/system.h"
+
+using namespace qvledger;
+
+constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; keeps every position within 32 bits
+constexpr std::size_t kBlockSize = 65536;      // bytes
+constexpr std::size_t kFirstSlots = 64;        // a power of two, as every number of slots is
+constexpr std::size_t kMaxNameLength = OID_NAME_SIZE - 1;
+
+// ---- Lines of a file ----
+
+namespace {
+
+class LineReader {
+public:
+    explicit LineReader(int givenFd) : fd(givenFd), buffer(kBlockSize) {}
+
+    // The next line without its end; false behind the last one and when a read failed.
+    bool next(std::string_view *line) {
+        std::size_t length = rest().find('\n');
+        while (length == rest().npos && refill())
+            length = rest().find('\n');
+        if (failed || rest().empty())
+            return false;
+        *line = rest().substr(0, length);
+        begin = length == rest().npos ? end : begin + length + 1;
+        if (line->ends_with('\r'))
+            line->remove_suffix(1);
+        return true;
+    }
+
+    const char *failure() const { return failed ? std::strerror(reason) : nullptr; }
+
+private:
+    std::string_view rest() const { return {buffer.data() + begin, end - begin}; }
+
+    // Reads more behind the rest that no line has taken yet; false at the end and on failure.
+    bool refill() {
+        std::memmove(buffer.data(), buffer.data() + begin, end - begin);
+        end -= begin;
+        begin = 0;
+        if (end == buffer.size())
+            buffer.resize(2 * end);
+        const int count = _read(fd, buffer.data() + end, static_cast<unsigned>(buffer.size() - end));
+        total += count;
+        if (count < 0 || total > kMaxFileSize) {
+            reason = count < 0 ? errno : EFBIG;
+            failed = true;
+        }
+        end += count > 0 ? static_cast<std::size_t>(count) : 0;
+        return count > 0 && !failed;
+    }
+
+    int fd;
+    std::vector<char> buffer;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::int64_t total = 0;
+    bool failed = false;
+    int reason = 0;
+};
+
+} // namespace
+
+// ---- One line ----
+
+template <class Number>
+static bool parseNumber(std::string_view text, int base, Number *number) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *number, base);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+// Splits at single tabs; false unless there are as many fields as asked for.
+static bool split(std::string_view line, std::span<std::string_view> fields) {
+    for (std::size_t at = 0; at < fields.size(); ++at) {
+        const std::size_t tab = line.find('\t');
+        const bool last = at + 1 == fields.size();
+        if (last != (tab == line.npos))
+            return false;
+        fields[at] = line.substr(0, tab);
+        line.remove_prefix(last ? line.size() : tab + 1);
+    }
+    return true;
+}
+
+static bool isName(std::string_view text) {
+    return !text.empty() && text.size() <= kMaxNameLength && text.find('\0') == text.npos && isUtf8(text);
+}
+
+// Null, or what is wrong with the line.
+static const char *parseLine(std::string_view text, OidTable::Kind kind, OidLine *line) {
+    std::array<std::string_view, 4> fields;
+    const std::size_t count = kind == OidTable::Kind::Identifiers ? fields.size() : 2;
+    if (!split(text, std::span(fields).first(count)))
+        return "wrong number of fields";
+    if (!parseOid(fields[0], &line->binary))
+        return "no object identifier";
+    line->name = fields[count - 1];
+    if (!isName(line->name))
+        return "no name of 1 to 255 bytes of UTF-8";
+    if (kind == OidTable::Kind::Names)
+        return nullptr;
+    if (!parseNumber(fields[1], 10, &line->identifier))
+        return "no short identifier";
+    if (fields[2].size() != 2 || !parseNumber(fields[2], 16, &line->classNumber))
+        return "no class of two hexadecimal digits";
+    return nullptr;
+}
+
+// ---- Hash tables ----
+
+static std::size_t hashOf(std::span<const std::uint8_t> contents) {
+    std::uint64_t hash = 0xcbf29ce484222325U; // FNV-1a
+    for (const std::uint8_t byte : contents)
+        hash = (hash ^ byte) * 0x100000001b3U;
+    return hash ^ hash >> 32;
+}
+
+static std::size_t hashOf(std::uint32_t identifier) {
+    return (identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads runs of numbers
+}
+
+// The place of the slot that holds the wanted entry, or the free one where it would go.  There is always a
+// free slot.
+template <class Slots, class IsWanted>
+static std::size_t probe(const Slots &slots, std::size_t hash, IsWanted isWanted) {
+    const std::size_t mask = slots.size() - 1;
+    for (std::size_t at = hash & mask;; at = (at + 1) & mask) {
+        if (slots[at] == 0 || isWanted(slots[at] - 1))
+            return at;
+    }
+}
+
+std::size_t OidTable::slotOf(std::span<const std::uint8_t> givenContents) const {
+    return probe(byContents, hashOf(givenContents), [&](std::uint32_t index) {
+        return std::ranges::equal(contents(entries[index]), givenContents);
+    });
+}
+
+std::size_t OidTable::slotOf(std::uint32_t identifier) const {
+    return probe(byIdentifier, hashOf(identifier),
+                 [&](std::uint32_t index) { return entries[index].identifier == identifier; });
+}
+
+const OidEntry *OidTable::find(std::span<const std::uint8_t> contents) const {
+    const std::uint32_t number = entries.empty() ? 0 : byContents[slotOf(contents)];
+    return number != 0 ? &entries[number - 1] : nullptr;
+}
+
+const OidEntry *OidTable::findShort(std::uint32_t identifier) const {
+    const std::uint32_t number = entries.empty() ? 0 : byIdentifier[slotOf(identifier)];
+    return number != 0 ? &entries[number - 1] : nullptr;
+}
+
+// Doubles the hash tables while they are at most half full.
+void OidTable::makeRoomForOne() {
+    if (2 * (entries.size() + 1) <= byContents.size())
+        return;
+    const std::size_t size = std::max(kFirstSlots, 2 * byContents.size());
+    byContents.assign(size, 0);
+    byIdentifier.assign(size, 0);
+    for (std::uint32_t number = 1; number <= entries.size(); ++number) {
+        const OidEntry &entry = entries[number - 1];
+        byContents[slotOf(contents(entry))] = number;
+        if (entry.identifier != 0)
+            byIdentifier[slotOf(entry.identifier)] = number;
+    }
+}
+
+// ---- Reading a table ----
+
+// Null, or what is wrong with the line.
+const char *OidTable::add(const OidLine &line) {
+    makeRoomForOne();
+    const std::span binary(line.binary.bytes, 1U + line.binary.bytes[0]);
+    std::uint32_t &contentsSlot = byContents[slotOf(binary.subspan(1))];
+    if (contentsSlot != 0)
+        return "object identifier given twice";
+    const auto number = static_cast<std::uint32_t>(entries.size() + 1);
+    if (line.identifier != 0) {
+        std::uint32_t &identifierSlot = byIdentifier[slotOf(line.identifier)];
+        if (identifierSlot != 0)
+            return "short identifier given twice";
+        identifierSlot = number;
+    }
+    contentsSlot = number;
+    entries.push_back({static_cast<std::uint32_t>(bytes.size()), line.identifier, line.classNumber});
+    bytes.insert(bytes.end(), binary.begin(), binary.end());
+    bytes.push_back(static_cast<std::uint8_t>(line.name.size()));
+    bytes.insert(bytes.end(), line.name.begin(), line.name.end());
+    return nullptr;
+}
+
+static bool saysNothing(std::string_view line) {
+    return line.starts_with('#') || line.find_first_not_of(" \t") == line.npos;
+}
+
+bool OidTable::readLines(int fd, const char *path, Kind kind) {
+    LineReader reader(fd);
+    std::string_view text;
+    for (unsigned number = 1; reader.next(&text); ++number) {
+        if (saysNothing(text))
+            continue;
+        OidLine line;
+        const char *fault = parseLine(text, kind, &line);
+        if (fault == nullptr)
+            fault = add(line);
+        if (fault != nullptr) {
+            trouble = std::string(path) + ":" + std::to_string(number) + ": " + fault;
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+            return false;
+        }
+    }
+    if (reader.failure() != nullptr) {
+        trouble = std::string(path) + ": cannot be read: " + reader.failure();
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+    }
+    return reader.failure() == nullptr;
+}
+
+OidTable::State OidTable::load(const char *path, Kind kind) {
+    const Descriptor file(SYSU_Open(path, 0));
+    if (file.get() < 0) {
+        if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
+            return State::Absent;
+        trouble = std::string(path) + ": cannot be opened: " + std::strerror(errno);
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+        return State::Bad;
+    }
+    OS_fileIdentity info = {};
+    if (OS_IdentifyDescriptor(file.get(), &info) != 0 || !info.regular || info.size > kMaxFileSize) {
+        trouble = std::string(path) + ": no file of at most 1 GiB";
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+        return State::Bad;
+    }
+    // What an entry takes is never more than its line.
+    bytes.reserve(static_cast<std::size_t>(info.size));
+    return readLines(file.get(), path, kind) ? State::Loaded : State::Bad;
+}

@@ -1,0 +1,83 @@
+// One cursor over the bytes of a packed value (XDR, RFC 4506).
+//
+// Getters never read past the end.  The first thing that does not fit makes the reader fail for good: every
+// later getter then gives zero or nothing, and the caller tests once, at the end of the value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <type_traits>
+#include <utility>
+
+#include "platform/byte_order.h"
+#include "service/packed/value_memory.h"
+
+namespace qvledger {
+
+class XdrReader {
+public:
+    XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory) : rest(bytes), memory_(memory) {}
+
+    std::uint32_t word() {
+        std::uint32_t word = 0;
+        if (rest.size() < sizeof word) {
+            fail(Fault::Malformed);
+            return 0;
+        }
+        std::memcpy(&word, rest.data(), sizeof word);
+        rest = rest.subspan(sizeof word);
+        return fromNetworkOrder(word);
+    }
+    std::int32_t integer() { return static_cast<std::int32_t>(word()); }
+    std::int16_t shortInteger(); // an int from -32768 to 32767
+    double real();
+    bool present(); // the int before optional data: 0 or 1
+
+    // A counted string of bytes of at most limit, without the fill bytes, which must be zero.
+    std::span<const std::uint8_t> bytes(std::size_t limit);
+
+    // The same of a string, in which a NUL is refused.
+    std::span<const std::uint8_t> text(std::size_t limit);
+
+    // Bytes, and a string with a NUL behind it, in memory of their own.
+    std::uint8_t *copyOfBytes(std::int32_t *length);
+    char *characters();
+
+    // A zeroed record in the value's memory; null when there is none left.
+    template <class Record>
+    Record *make() {
+        static_assert(std::is_trivially_destructible_v<Record>);
+        void *memory = allocate(sizeof(Record));
+        return memory != nullptr ? static_cast<Record *>(std::memset(memory, 0, sizeof(Record))) : nullptr;
+    }
+    // The same for bytes that are not cleared.
+    void *allocate(std::size_t size) {
+        if (failed())
+            return nullptr;
+        void *allocation = memory_.allocate(size);
+        if (allocation == nullptr)
+            fail(Fault::Memory);
+        return allocation;
+    }
+
+    // Everything still unread, as it is.
+    std::span<const std::uint8_t> remainder() { return std::exchange(rest, {}); }
+
+    // Could everything be read, and is nothing left?
+    bool isWhole() const { return fault == Fault::None && rest.empty(); }
+    bool failed() const { return fault != Fault::None; }
+    bool outOfMemory() const { return fault == Fault::Memory; }
+
+private:
+    enum class Fault : std::uint8_t { None, Malformed, Memory };
+
+    void fail(Fault givenFault);
+
+    std::span<const std::uint8_t> rest; // nothing once it failed
+    ValueMemory &memory_;
+    Fault fault = Fault::None;
+};
+
+} // namespace qvledger

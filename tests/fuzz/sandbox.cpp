@@ -1,0 +1,59 @@
+#include "tests/fuzz/sandbox.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
+// The C library looks accounts up in files, several times for each log that is opened.  These take its place;
+// the group is one that the kept logs admit, on any machine and for any user.
+extern "C" int getpwuid_r(uid_t id, passwd *entry, char *, std::size_t, passwd **found) {
+    static char name[] = "anna";
+    *entry = {};
+    entry->pw_name = name;
+    entry->pw_uid = id;
+    *found = entry;
+    return 0;
+}
+
+extern "C" int getgrgid_r(gid_t id, group *entry, char *, std::size_t, group **found) {
+    static char name[] = "auditors@HEADOFFICE";
+    *entry = {};
+    entry->gr_name = name;
+    entry->gr_gid = id;
+    *found = entry;
+    return 0;
+}
+
+// In memory where the system has such a folder: on a disk, syncing a saved log takes longer than all the
+// rest.
+static std::filesystem::path makeFolder() {
+    const std::filesystem::path memory = "/dev/shm";
+    const bool isThere = std::filesystem::is_directory(memory);
+    std::string name = (isThere ? memory : std::filesystem::temp_directory_path()) / "qvledger-fuzz-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::runtime_error("no temporary folder");
+    return name;
+}
+
+Sandbox::Sandbox() : folder(makeFolder()), tree(folder) {
+    setenv("QV_LOG", "none", 1);
+    setenv("QV_REGISTRY", tree.registry().c_str(), 1);
+    setenv("TZ", "UTC", 1);
+    tree.writeRegistry("alpha");
+}
+
+Sandbox::~Sandbox() {
+    std::error_code ignored; // what is left is the system's to sweep
+    std::filesystem::remove_all(folder, ignored);
+}
+
+void Sandbox::write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes) {
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const bool isWritten = fd >= 0 && ::write(fd, bytes.data(), bytes.size()) == std::ssize(bytes);
+    if (close(fd) != 0 || !isWritten)
+        throw std::runtime_error("cannot write " + file.string());
+}

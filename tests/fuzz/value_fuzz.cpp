@@ -1,0 +1,38 @@
+// A packed value: the first byte is its type, the rest the value.
+#include <cstdlib>
+
+#include "ala/render/pair.h"
+#include "service/oid/oid.h"
+#include "tests/fuzz/sandbox.h"
+
+using namespace qvledger;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
+    static const Sandbox sandbox;
+    static void *database = nullptr;
+    const StatusList status;
+    if (database == nullptr) {
+        OID_Init(status, nullptr, 0);
+        if (OID_OpenDb(status, sandbox.root().oids().c_str(), 0, 0, &database) != 0)
+            std::abort();
+    }
+    if (size == 0)
+        return 0;
+    attrValNode node = {};
+    node.attrValType = bytes[0];
+    if (OID_ConvertDecToBin(status, "1.3.6.1.4.1.32473.1.1", node.oidBytes, 0) != 0)
+        std::abort();
+    node.oid = node.oidBytes;
+    // Twice, so that the second text is appended to the first.
+    ALA_attrPair *pair = nullptr;
+    for (int i = 0; i < 2; ++i) {
+        void *value = nullptr;
+        AS_attrValDesc_t description = {};
+        if (ODP_UnpackAV(status, static_cast<std::int32_t>(size - 1), bytes + 1, node.attrValType, &value,
+                         &description) == 0)
+            ALA__GetAttribute(&node, value, description, nullptr, &database, &pair);
+    }
+    if (pair != nullptr)
+        ALA_FreeAttributePair(&pair);
+    return 0;
+}

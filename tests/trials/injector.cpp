@@ -1,0 +1,241 @@
+// Makes allocations and calls of the operating system fail, as the environment says.
+//
+// The allocation functions take the place of the C library's own, so that what the libraries allocate can
+// fail too; under AddressSanitizer, which has its own in that place, only what the program allocates.  Calls
+// are wrapped at link time (failing_calls in CMakeLists.txt).  Points count from the program's own start.
+#include "tests/trials/injector.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <grp.h>
+#include <iconv.h>
+#include <malloc.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+static char gFamily;    // none until the environment was read
+static unsigned gPoint; // of the family that is to fail
+static int gLasts, gError;
+static unsigned gPassed; // points of the family so far
+static FaultAccount gAccount;
+
+static bool failsNow(char family, const char *name) {
+    if (family != gFamily || ++gPassed < gPoint || (gLasts == 0 && gPassed > gPoint))
+        return false;
+    ++gAccount.fired;
+    std::snprintf(gAccount.last, sizeof gAccount.last, "%s", name);
+    errno = gError;
+    return true;
+}
+
+// ---- Allocations ----
+
+#ifdef FAULTS_UNDER_SANITIZER
+#define OWN(name) __wrap_##name
+#define BASE(name) __real_##name
+#else
+#define OWN(name) name
+#define BASE(name) __libc_##name
+#endif
+extern "C" {
+void *BASE(malloc)(std::size_t);
+void *BASE(calloc)(std::size_t, std::size_t);
+void *BASE(realloc)(void *, std::size_t);
+void BASE(free)(void *);
+extern const char __executable_start, etext;
+}
+
+#ifdef FAULTS_UNDER_SANITIZER // which finds leaks itself
+static void *claim(void *inp_block, const void *) {
+    return inp_block;
+}
+static bool disown(void *) {
+    return false;
+}
+constexpr std::size_t kMark = 0;
+#else
+// A mark in the last bytes of a block says that the program itself, not a library, allocated it.
+constexpr std::size_t kMark = sizeof(std::uintptr_t);
+
+static std::uintptr_t *markOf(void *block) {
+    return reinterpret_cast<std::uintptr_t *>(static_cast<char *>(block) + malloc_usable_size(block) - kMark);
+}
+static std::uintptr_t markFor(void *block) {
+    return ~reinterpret_cast<std::uintptr_t>(block);
+}
+static void *claim(void *block, const void *caller) {
+    if (block != nullptr && caller >= &__executable_start && caller < &etext) {
+        *markOf(block) = markFor(block);
+        ++gAccount.live;
+    }
+    return block;
+}
+static bool disown(void *block) {
+    if (block == nullptr || *markOf(block) != markFor(block))
+        return false;
+    *markOf(block) = 0;
+    --gAccount.live;
+    return true;
+}
+#endif
+
+#define CALLER __builtin_extract_return_addr(__builtin_return_address(0))
+
+extern "C" {
+
+void *OWN(malloc)(std::size_t in_size) {
+    return failsNow('a', "malloc") ? nullptr : claim(BASE(malloc)(in_size + kMark), CALLER);
+}
+void *OWN(calloc)(std::size_t count, std::size_t givenSize) {
+    std::size_t size = 0;
+    if (__builtin_mul_overflow(count, givenSize, &size) || failsNow('a', "calloc"))
+        return nullptr;
+    return claim(BASE(calloc)(size + kMark, 1), CALLER);
+}
+void *OWN(realloc)(void *givenBlock, std::size_t size) {
+    if (failsNow('a', "realloc"))
+        return nullptr;
+    const bool owned = disown(givenBlock);
+    void *block = BASE(realloc)(givenBlock, size + kMark);
+    return claim(block, owned ? &__executable_start : CALLER);
+}
+#ifndef FAULTS_UNDER_SANITIZER
+void free(void *inp_block) {
+    disown(inp_block);
+    BASE(free)(inp_block);
+}
+#endif
+char *__real_strdup(const char *);
+char *__wrap_strdup(const char *text) { // or the copy would be the library's
+    const std::size_t size = std::strlen(text) + 1;
+    void *copy = std::malloc(size);
+    return copy != nullptr ? static_cast<char *>(std::memcpy(copy, text, size)) : nullptr;
+}
+
+} // extern "C"
+
+void *operator new(std::size_t size) {
+    if (void *block = std::malloc(size))
+        return block;
+    throw std::bad_alloc();
+}
+void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
+    return std::malloc(size);
+}
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
+    return std::malloc(size);
+}
+void operator delete(void *block) noexcept {
+    std::free(block);
+}
+void operator delete(void *block, std::size_t) noexcept {
+    std::free(block);
+}
+void operator delete[](void *block) noexcept {
+    std::free(block);
+}
+void operator delete[](void *block, std::size_t) noexcept {
+    std::free(block);
+}
+
+// ---- Calls ----
+
+#define FAILING_WITH(guard, result, name, failure, parameters, arguments)                                    \
+    extern "C" result __real_##name parameters;                                                              \
+    extern "C" result __wrap_##name parameters;                                                              \
+    result __wrap_##name parameters {                                                                        \
+        if (gError != kShortRead && failsNow('c', #name))                                                    \
+            return failure;                                                                                  \
+        guard;                                                                                               \
+        return __real_##name arguments;                                                                      \
+    }
+#define FAILING(...) FAILING_WITH(, __VA_ARGS__)
+
+// Account look-ups of the C library crash, by dereferences and assertions of its own, without memory for what
+// they keep.  They fail as a whole instead.
+class WithMemory {
+public:
+    WithMemory() : family(std::exchange(gFamily, gFamily == 'a' ? '-' : gFamily)) {}
+    ~WithMemory() { gFamily = family; }
+    WithMemory(const WithMemory &) = delete;
+    WithMemory &operator=(const WithMemory &) = delete;
+
+private:
+    char family;
+};
+#define LOOK_UP(name, parameters, arguments)                                                                 \
+    FAILING_WITH(const WithMemory memory, int, name, errno, parameters, arguments)
+
+FAILING(int, access, -1, (const char *path, int mode), (path, mode))
+FAILING(int, fcntl, -1, (int fd, int command, long argument), (fd, command, argument))
+FAILING(int, flock, -1, (int fd, int operation), (fd, operation))
+FAILING(int, fstat, -1, (int fd, struct stat *status), (fd, status))
+FAILING(int, fsync, -1, (int fd), (fd))
+FAILING(int, ftruncate, -1, (int fd, off_t size), (fd, size))
+LOOK_UP(getgrgid_r, (gid_t id, group *entry, char *room, std::size_t size, group **found),
+        (id, entry, room, size, found))
+FAILING(int, getgroups, -1, (int size, gid_t *groups), (size, groups))
+LOOK_UP(getpwnam_r, (const char *name, passwd *entry, char *room, std::size_t size, passwd **found),
+        (name, entry, room, size, found))
+LOOK_UP(getpwuid_r, (uid_t id, passwd *entry, char *room, std::size_t size, passwd **found),
+        (id, entry, room, size, found))
+FAILING(iconv_t, iconv_open, reinterpret_cast<iconv_t>(std::intptr_t{-1}), (const char *to, const char *from),
+        (to, from))
+FAILING(off_t, lseek, -1, (int fd, off_t offset, int origin), (fd, offset, origin))
+FAILING(int, lstat, -1, (const char *path, struct stat *status), (path, status))
+FAILING(int, open, -1, (const char *path, int flags, mode_t mode), (path, flags, mode))
+FAILING(DIR *, opendir, nullptr, (const char *path), (path))
+FAILING(dirent *, readdir, nullptr, (DIR * directory), (directory))
+FAILING(ssize_t, readlink, -1, (const char *path, char *target, std::size_t size), (path, target, size))
+FAILING(int, renameat2, -1, (int from, const char *path, int to, const char *name, unsigned flags),
+        (from, path, to, name, flags))
+FAILING(int, stat, -1, (const char *path, struct stat *status), (path, status))
+FAILING(int, uname, -1, (utsname * system), (system))
+FAILING(int, unlink, -1, (const char *path), (path))
+
+extern "C" ssize_t __real_write(int, const void *, std::size_t);
+extern "C" ssize_t __wrap_write(int, const void *, std::size_t);
+ssize_t __wrap_write(int fd, const void *bytes, std::size_t size) {
+    if (gError == kShortRead || !failsNow('c', "write"))
+        return __real_write(fd, bytes, size);
+    gAccount.mute |= fd == STDERR_FILENO; // where the log goes
+    return -1;
+}
+
+extern "C" ssize_t __real_read(int, void *, std::size_t);
+extern "C" ssize_t __wrap_read(int, void *, std::size_t);
+ssize_t __wrap_read(int fd, void *bytes, std::size_t size) {
+    if (!failsNow('c', "read"))
+        return __real_read(fd, bytes, size);
+    return gError == kShortRead ? __real_read(fd, bytes, std::min<std::size_t>(size, 7)) : -1;
+}
+
+// ---- Begin and end ----
+
+[[gnu::constructor]] static void begin() {
+    char family = 0;
+    const char *order = std::getenv(kFaultVariable);
+    if (order != nullptr && std::sscanf(order, "%c:%u:%d:%d", &family, &gPoint, &gLasts, &gError) == 4)
+        gFamily = family;
+    gAccount.live = 0;
+}
+
+// Behind the destructors of the program's own objects.
+[[gnu::destructor(101)]] static void end() {
+    gFamily = 0;
+    for (int fd = 0; fd < kAccountFd; ++fd)
+        gAccount.descriptors += __real_fcntl(fd, F_GETFD, 0) != -1 ? 1 : 0;
+    if (__real_write(kAccountFd, &gAccount, sizeof gAccount) != sizeof gAccount)
+        _exit(99);
+}

@@ -1,0 +1,311 @@
+// Cuts the power after each recorded call of a run: no record may be lost, whatever reached the disk.
+//
+// strace records the calls that change files.  A file's contents are safe once the file was synced, and a
+// name once its folder was.  Of the calls that are not safe yet any selection may have reached the disk: all
+// selections of up to 12, and 4,096 of more.  A call reaches it whole or not at all.
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <random>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "tests/trials/numbered_records.h"
+
+using namespace samples;
+namespace fs = std::filesystem;
+
+constexpr std::size_t kAllSelections = 12, kSomeSelections = 4096;
+constexpr const char *kCalls =
+    "trace=openat,write,pwrite64,ftruncate,fsync,fdatasync,syncfs,rename,renameat,renameat2,"
+    "unlink,unlinkat,link,linkat";
+
+namespace {
+
+enum class Kind { Name, Unname, Move, Write, Cut, Sync, SyncFolder, SyncAll };
+
+struct Call {
+    Kind kind;
+    int file;            // its number
+    std::string path;    // of the name, or of the folder
+    std::string to = {}; // where the name moves
+    std::size_t at = 0;  // of the bytes, or where the file is cut
+    std::string bytes = {};
+
+    bool isData() const { return kind == Kind::Write || kind == Kind::Cut; }
+    bool isChange() const { return kind < Kind::Sync; }
+    bool makesSafe(const Call &earlier) const {
+        return kind == Kind::SyncAll || (kind == Kind::Sync && earlier.isData() && earlier.file == file) ||
+               (kind == Kind::SyncFolder && !earlier.isData() &&
+                fs::path(earlier.path).parent_path() == path);
+    }
+};
+
+// Files by path, with their contents.
+using State = std::map<std::string, std::string>;
+
+class Power {
+public:
+    // The report's calls that came before the run: who made it did not sync its name.
+    void trial(const char *label, bool exists, const std::string &earlier, bool byLink, int output);
+    void trialOfSaving();
+    unsigned faults = 0;
+
+private:
+    void lay(const State &state) const;
+    State present() const;
+    void record(const std::vector<std::string> &arguments, int output, const char *program);
+    void note(const std::string &line);
+    void change(Call call);
+    State replay(std::size_t end, const std::vector<bool> &kept) const;
+    template <class Judge>
+    void cutEverywhere(const char *label, Judge judge);
+    bool isKept(const std::string &report) const;
+
+    PrintSystem system;
+    const fs::path reports = system / "reports", saved = system / "saved", logs = system.root.logs();
+    State before;
+    std::map<std::string, int> names; // as the run sees them
+    std::vector<std::size_t> sizes;   // by number of the file
+    std::vector<Call> calls;
+};
+
+} // namespace
+
+// ---- Recording ----
+
+State Power::present() const {
+    State state;
+    for (const fs::path &folder : {reports, saved, logs})
+        for (const auto &entry : fs::directory_iterator(folder))
+            state[entry.path()] = readFile(entry.path());
+    return state;
+}
+
+void Power::lay(const State &state) const {
+    for (const fs::path &folder : {reports, saved, logs}) {
+        fs::remove_all(folder);
+        fs::create_directory(folder);
+    }
+    for (const auto &[path, contents] : state)
+        writeFile(path, contents);
+}
+
+void Power::change(Call call) {
+    if (call.kind == Kind::Name)
+        names[call.path] = call.file;
+    if (call.kind == Kind::Unname || call.kind == Kind::Move)
+        names.erase(call.path);
+    if (call.kind == Kind::Move)
+        names[call.to] = call.file;
+    if (call.isData())
+        sizes[static_cast<std::size_t>(call.file)] = call.at + call.bytes.size();
+    calls.push_back(std::move(call));
+}
+
+// The texts of a line, which are in hexadecimal: in quotation marks, and after descriptors.
+static std::vector<std::string> textsIn(const std::string &line) {
+    std::vector<std::string> texts;
+    for (std::size_t at = 0; (at = line.find_first_of("\"<", at)) != line.npos;) {
+        const std::size_t end = line.find(line[at] == '"' ? '"' : '>', at + 1);
+        std::string &text = texts.emplace_back();
+        for (at += 3; at + 2 <= end && end != line.npos; at += 4)
+            text += static_cast<char>(std::stoi(line.substr(at, 2), nullptr, 16));
+        at = end != line.npos ? end + 1 : line.size();
+    }
+    return texts;
+}
+
+void Power::note(const std::string &line) {
+    const std::string name = line.substr(0, line.find('('));
+    const std::vector<std::string> texts = textsIn(line);
+    const std::size_t equals = line.rfind(" = ");
+    if (texts.empty() || equals == line.npos || line[equals + 3] == '-')
+        return;
+    const std::string &subject = name == "openat" || name.ends_with("at2") ? texts.back() : texts.front();
+    const auto known = names.find(subject);
+    const bool isFolder = subject == reports || subject == saved || subject == logs;
+    if (name == "openat" && known == names.end() && !isFolder &&
+        (fs::path(subject).parent_path() == reports || fs::path(subject).parent_path() == saved)) {
+        sizes.push_back(0);
+        change({Kind::Name, static_cast<int>(sizes.size()) - 1, subject});
+    } else if (name == "fsync" && isFolder) {
+        change({Kind::SyncFolder, -1, subject});
+    } else if (name == "syncfs") {
+        change({Kind::SyncAll, -1, subject});
+    } else if (name.starts_with("rename")) {
+        if (const auto from = names.find(texts[texts.size() / 2 - 1]); from != names.end())
+            change({Kind::Move, from->second, from->first, texts.back()});
+    } else if (known == names.end()) {
+        return;
+    } else if (name == "write") {
+        const int file = known->second;
+        change({Kind::Write, file, subject, "", sizes[static_cast<std::size_t>(file)], texts[1]});
+    } else if (name == "ftruncate") {
+        change({Kind::Cut, known->second, subject, "", std::stoul(line.substr(line.rfind(", ", equals) + 2)),
+                ""});
+    } else if (name == "fsync" || name == "fdatasync") {
+        change({Kind::Sync, known->second, subject});
+    } else if (name == "unlink") {
+        change({Kind::Unname, known->second, subject});
+    } else if (name != "openat") {
+        ++faults; // a call that this trial does not know
+        std::printf("FAULT: %s\n", line.c_str());
+    }
+}
+
+void Power::record(const std::vector<std::string> &arguments, int output, const char *program) {
+    const std::string trace = system / "trace";
+    std::vector<std::string> all = {"-qq", "-y", "-xx", "-s", "1000000", "-e", kCalls, "-o", trace, program};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    system.run(all, {.environment = {{"QV_LOG", "none"}, {"ASAN_OPTIONS", "detect_leaks=0"}},
+                     .output = output,
+                     .program = "/usr/bin/strace"});
+    std::istringstream lines(readFile(trace));
+    for (std::string line; std::getline(lines, line);)
+        note(line);
+}
+
+// ---- Cutting ----
+
+State Power::replay(std::size_t end, const std::vector<bool> &kept) const {
+    std::map<std::string, int> there;
+    std::vector<std::string> contents(sizes.size());
+    for (const auto &[path, bytes] : before) {
+        contents[there.size()] = bytes;
+        there.emplace(path, static_cast<int>(there.size()));
+    }
+    for (std::size_t i = 0; i < end; ++i) {
+        const Call &call = calls[i];
+        if (!kept[i] || !call.isChange())
+            continue;
+        if (call.isData()) {
+            std::string &bytes = contents[static_cast<std::size_t>(call.file)];
+            bytes.resize(call.kind == Kind::Cut ? call.at
+                                                : std::max(bytes.size(), call.at + call.bytes.size()));
+            std::copy(call.bytes.begin(), call.bytes.end(),
+                      bytes.begin() + static_cast<std::ptrdiff_t>(call.at));
+            continue;
+        }
+        if (call.kind != Kind::Name && there.contains(call.path) && there[call.path] == call.file)
+            there.erase(call.path);
+        if (call.kind != Kind::Unname)
+            there[call.kind == Kind::Move ? call.to : call.path] = call.file;
+    }
+    State state;
+    for (const auto &[path, file] : there)
+        state[path] = contents[static_cast<std::size_t>(file)];
+    return state;
+}
+
+template <class Judge>
+void Power::cutEverywhere(const char *label, Judge judge) {
+    std::set<State> seen;
+    std::size_t selections = 0;
+    std::mt19937 random(1);
+    for (std::size_t end = 0; end <= calls.size(); ++end) {
+        std::vector<std::size_t> pending;
+        std::vector<bool> kept(calls.size(), true);
+        for (std::size_t i = 0; i < end; ++i)
+            if (calls[i].isChange() &&
+                std::none_of(calls.begin() + static_cast<std::ptrdiff_t>(i),
+                             calls.begin() + static_cast<std::ptrdiff_t>(end),
+                             [&](const Call &later) { return later.makesSafe(calls[i]); }))
+                pending.push_back(i);
+        const bool all = pending.size() <= kAllSelections;
+        const std::size_t count = all ? std::size_t{1} << pending.size() : kSomeSelections;
+        for (std::size_t selection = 0; selection < count; ++selection, ++selections) {
+            for (std::size_t i = 0; i < pending.size(); ++i)
+                kept[pending[i]] = (all ? selection >> i & 1 : random() & 1) != 0;
+            if (const State state = replay(end, kept);
+                seen.insert(state).second && !judge(state) && ++faults != 0)
+                std::printf("FAULT: %s: power lost after call %zu of %zu, selection %zu\n", label, end,
+                            calls.size(), selection);
+        }
+    }
+    std::printf("%s: %zu calls, %zu selections, %zu states\n", label, calls.size(), selections, seen.size());
+}
+
+// Is every record in a whole line of the report or in a log?
+bool Power::isKept(const std::string &report) const {
+    const std::multiset<int> lines = linesIn(readFile(report));
+    Numbers found(lines.begin(), lines.end());
+    for (const auto &entry : fs::directory_iterator(logs))
+        found.merge(numbersIn(readFile(entry.path())));
+    return found.size() == 6;
+}
+
+// ---- The trials ----
+
+void Power::trial(const char *label, bool exists, const std::string &earlier, bool byLink, int flags) {
+    const fs::path report = reports / "report", link = system / "link";
+    before = {{system.log("19990301"), numberedLog(1, 4)}, {system.log("19990302"), numberedLog(4, 7)}};
+    names.clear();
+    calls.clear();
+    sizes.clear();
+    lay(before);
+    for (const auto &[path, contents] : before) {
+        names[path] = static_cast<int>(sizes.size());
+        sizes.push_back(contents.size());
+    }
+    if (exists) {
+        writeFile(report, earlier);
+        sizes.push_back(0);
+        change({Kind::Name, 2, report});
+        change({Kind::Write, 2, report, "", 0, earlier});
+        calls.push_back({Kind::Sync, 2, report}); // the earlier run did that
+    }
+    fs::remove(link);
+    fs::create_symlink(report, link);
+    const int output = flags != -1 ? open(report.c_str(), O_WRONLY | O_CLOEXEC | flags, 0644) : -1;
+    std::vector<std::string> arguments = {"-d", "alpha"};
+    if (output == -1)
+        arguments = {"-d", "-o", byLink ? link : report, "alpha"};
+    record(arguments, output, QVLEDGER_BINARY);
+    close(output);
+    const State after = present();
+    if (after.size() != 1 || !after.contains(report) ||
+        after != replay(calls.size(), std::vector<bool>(calls.size(), true))) {
+        ++faults;
+        std::printf("FAULT: %s: the run did not delete both logs, or its calls are not all known\n", label);
+    }
+    cutEverywhere(label, [&](const State &state) {
+        lay(state);
+        if (!isKept(report))
+            return false;
+        system.run({"-d", "-o", report, "alpha"}, {.environment = {{"QV_LOG", "none"}}});
+        const std::multiset<int> lines = linesIn(readFile(report));
+        return Numbers(lines.begin(), lines.end()).size() == 6; // logs left by the first run included
+    });
+}
+
+void Power::trialOfSaving() {
+    const fs::path copy = saved / "alpha.19990301";
+    before = {{system.log("19990301"), numberedLog(1, 4) + "damage"}};
+    names.clear();
+    calls.clear();
+    lay(before);
+    names[before.begin()->first] = 0;
+    sizes = {before.begin()->second.size()};
+    record({"-S", saved, "alpha"}, -1, QVLEDGER_CHECK_BINARY);
+    const std::string whole = numberedLog(1, 4);
+    if (readFile(copy) != whole && ++faults != 0)
+        std::printf("FAULT: the copy was not saved\n");
+    cutEverywhere("copy of a damaged log",
+                  [&](const State &state) { return !state.contains(copy) || state.at(copy) == whole; });
+}
+
+int main() {
+    Power power;
+    power.trial("new report", false, "", false, -1);
+    power.trial("empty report", true, "", false, -1);
+    power.trial("report with lines", true, "earlier\n", false, -1);
+    power.trial("report with half a line", true, "half", false, -1);
+    power.trial("report made through a link", false, "", true, -1);
+    power.trial("standard output, >", true, "", false, 0);
+    power.trial("standard output, >>", true, "earlier\n", false, O_APPEND);
+    power.trialOfSaving();
+    std::printf("%u faults\n", power.faults);
+    return power.faults == 0 ? 0 : 1;
+}

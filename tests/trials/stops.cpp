@@ -1,0 +1,179 @@
+// Stops a deleting run in front of each of its system calls in turn, and lets another program act there.
+// Whatever the moment, no record may be lost.
+//
+//     stops [STEP]      stops at each STEP-th call (1)
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/trials/numbered_records.h"
+
+using namespace samples;
+namespace fs = std::filesystem;
+
+constexpr int kSkipped = 77, kNotTraced = 125;
+constexpr const char *kDays[] = {"19990301", "19990302"}; // of records 1 to 3, and 4 to 6
+constexpr int kFresh = 7;                                 // to kEnd: records of another log, which is longer
+
+namespace {
+
+enum Act { kAgain, kElsewhere, kInVain, kReplace, kOverwrite, kRemoveReport, kKill, kTerminate, kActs };
+constexpr const char *kLabels[kActs] = {"a second run",
+                                        "a second run with another report",
+                                        "a run for nothing",
+                                        "another log in its place",
+                                        "the log overwritten",
+                                        "the report removed",
+                                        "a kill",
+                                        "a request to end"};
+
+class Stops {
+public:
+    // False when the run has fewer calls.
+    bool stopAt(Act act, unsigned number);
+    unsigned stops = 0, faults = 0;
+    bool mayTrace = true;
+
+private:
+    void act(Act givenAct, pid_t run, bool deletesNext);
+    void start(const std::vector<std::string> &arguments);
+    Numbers inLogs(const char *ending) const;
+    void judge(Act act, unsigned number, const char *when);
+
+    PrintSystem system;
+    const std::string report = system / "report", other = system / "other";
+    pid_t beside = 0;
+    Numbers wanted;
+};
+
+} // namespace
+
+Numbers Stops::inLogs(const char *ending) const {
+    Numbers found;
+    for (const auto &entry : fs::directory_iterator(system.root.logs()))
+        if (entry.path().string().ends_with(ending))
+            found.merge(numbersIn(readFile(entry.path())));
+    return found;
+}
+
+// Another run, for as long as it is not held up by the stopped one.
+void Stops::start(const std::vector<std::string> &arguments) {
+    beside = system.start(arguments);
+    for (int waits = 0; waits < 30 && waitpid(beside, nullptr, WNOHANG | WNOWAIT) == 0; ++waits)
+        usleep(1000);
+}
+
+// What the other program destroys itself is not the run's to keep.
+void Stops::act(Act act, pid_t run, bool deletesNext) {
+    const fs::path log = system.log(kDays[0]);
+    const auto drop = [&](const Numbers &numbers) {
+        std::erase_if(wanted, [&](int number) { return numbers.contains(number); });
+    };
+    if (act == kAgain || act == kElsewhere)
+        start({"-d", "-o", act == kAgain ? report : other, "alpha"});
+    if (act == kInVain)
+        start({"-s", "20300101", "-o", report, "alpha"});
+    if (act == kReplace) {
+        drop(numbersIn(readFile(log)));
+        writeFile(system / "fresh", numberedLog(kFresh, kEnd));
+        fs::rename(system / "fresh", log);
+        wanted.merge(numbersIn(numberedLog(kFresh, kEnd)));
+    }
+    // Where it is gone, or held against writers, nothing happens.
+    if (const int fd = act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
+        drop(numbersIn(readFile(log)));
+        const Bytes fresh = numberedLog(kFresh, kEnd);
+        if (write(fd, fresh.data(), fresh.size()) == static_cast<ssize_t>(fresh.size()))
+            wanted.merge(numbersIn(fresh));
+        close(fd);
+    }
+    // With it go the lines of logs that are gone, and of the one that goes next: to ask whether the report is
+    // there and to remove a log are two calls.
+    if (act == kRemoveReport) {
+        const Numbers left = inLogs("");
+        std::erase_if(wanted, [&](int number) { return !left.contains(number); });
+        if (deletesNext)
+            drop(inLogs(".being-deleted"));
+        fs::remove(report);
+    }
+    if (act == kKill || act == kTerminate)
+        kill(run, act == kKill ? SIGKILL : SIGTERM);
+}
+
+void Stops::judge(Act act, unsigned givenNumber, const char *when) {
+    const std::multiset<int> lines = linesIn(readFile(report) + readFile(other));
+    Numbers kept(lines.begin(), lines.end());
+    const bool twice = kept.size() != lines.size();
+    kept.merge(inLogs(""));
+    const bool holds = std::includes(kept.begin(), kept.end(), wanted.begin(), wanted.end());
+    const bool repeats = twice && act <= kInVain; // elsewhere a log that stays is reported again
+    if (holds && !repeats)
+        return;
+    ++faults;
+    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[act], givenNumber, when,
+                holds ? "a line stands twice" : "a record is lost");
+}
+
+// Lets a run that stands at its start go on to a call, and gives that call's number; -1 when it ends before.
+static long runToCall(pid_t run, unsigned number, int *status) {
+    unsigned calls = 0;
+    waitpid(run, status, 0);
+    ptrace(PTRACE_SETOPTIONS, run, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    while (!WIFEXITED(*status) && !WIFSIGNALED(*status)) {
+        __ptrace_syscall_info info = {};
+        if (WSTOPSIG(*status) == (SIGTRAP | 0x80) &&
+            ptrace(PTRACE_GET_SYSCALL_INFO, run, sizeof info, &info) > 0 &&
+            info.op == PTRACE_SYSCALL_INFO_ENTRY && ++calls == number)
+            return static_cast<long>(info.entry.nr);
+        ptrace(PTRACE_SYSCALL, run, nullptr, nullptr);
+        waitpid(run, status, 0);
+    }
+    return -1;
+}
+
+bool Stops::stopAt(Act givenAct, unsigned number) {
+    for (const fs::path &old : {fs::path(report), fs::path(other), system.root.logs()})
+        fs::remove_all(old);
+    fs::create_directory(system.root.logs());
+    for (int day = 0; day < 2; ++day)
+        writeFile(system.log(kDays[day]), numberedLog(1 + 3 * day, 4 + 3 * day));
+    wanted = {1, 2, 3, 4, 5, 6};
+    beside = 0;
+    const pid_t run = system.start({"-d", "-o", report, "alpha"}, {.traced = true});
+    int status = 0;
+    const long call = runToCall(run, number, &status);
+    mayTrace = !WIFEXITED(status) || WEXITSTATUS(status) != kNotTraced;
+    if (call == -1)
+        return false;
+    ++stops;
+    act(givenAct, run, call == SYS_unlink);
+    ptrace(PTRACE_DETACH, run, nullptr, nullptr);
+    const int ended = system.finish(run).status;
+    if (beside != 0)
+        system.finish(beside);
+    if (ended > 100 && ended != 1000 + (givenAct == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
+        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[givenAct], number, ended);
+    judge(givenAct, number, "then");
+    system.run({"-d", "-o", report, "alpha"});
+    judge(givenAct, number, "after one more run");
+    return true;
+}
+
+int main(int argc, char **argv) {
+    setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // it cannot look into a traced program
+    const int step = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 1;
+    Stops trial;
+    for (int act = 0; act < kActs; ++act)
+        for (unsigned number = 1; trial.stopAt(Act(act), number); number += static_cast<unsigned>(step)) {
+        }
+    std::printf("%u stops, %u faults%s\n", trial.stops, trial.faults,
+                trial.mayTrace ? "" : "; skipped: no process may be traced here");
+    return !trial.mayTrace ? kSkipped : trial.faults == 0 ? 0 : 1;
+}
