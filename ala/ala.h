@@ -193,7 +193,8 @@ ALA_retCode_t ALA_FreeNameList(ALA_name **inoutp_nameList);
 /* ---- Logs ---- */
 
 /* Opens the log of a date, or the oldest log if inp_date is null, and checks the log's access list against
-   the calling user.  The log stands on its first record then.
+   the calling user.  The log stands on its first record then.  Times are written in the process's time zone;
+   a zone that changes while a log is open counts from the next log on.
    ALA_A_FAIL_TO_OPEN_LOG_FILE: there is no such log, or it cannot be opened.
    ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: no entry of the access list admits the caller.
    ALA_A_FAIL_READ_LOG_FILE, ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: the log's header is damaged.
