@@ -123,7 +123,8 @@ private:
     bool isRepeated(const LogPlace &place, std::string_view text) {
         LastEntry *const known = last_ + placesKnown_;
         LastEntry *const last = std::find_if(last_, known, [&](const LastEntry &it) {
-            return it.place.line == place.line && std::strcmp(it.place.file, place.file) == 0;
+            return it.place.line == place.line &&
+                   (it.place.file == place.file || std::strcmp(it.place.file, place.file) == 0);
         });
         if (last == last_ + kMostPlaces)
             return false; // too many places
@@ -206,12 +207,15 @@ void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_li
     const KeepErrno keep;
     if (!ProgramLog::instance.wants(in_level))
         return;
+    const LogPlace place = {in_level, in_file, in_line};
+    if (std::strchr(in_format, '%') == nullptr)
+        return ProgramLog::instance.write(place, in_format);
     LogText text;
     std::va_list values;
     va_start(values, in_format);
     text.appendValues(in_format, values);
     va_end(values);
-    ProgramLog::instance.write({in_level, in_file, in_line}, text.view());
+    ProgramLog::instance.write(place, text.view());
 }
 
 void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
