@@ -41,12 +41,14 @@ bool LineWriter::makeRoom(std::size_t size) {
 
 // The whole lines in the buffer, or everything.
 bool LineWriter::writeLines(bool all) {
+    if (failed_ || waiting_ == 0)
+        return !failed_;
     // Inside a line that is longer than usual a request to end is not left waiting.
-    if (!failed_ && waiting_ > kUsualRoom && OS_NotedSignal() != 0)
+    if (waiting_ > kUsualRoom && OS_NotedSignal() != 0)
         return fail(EINTR);
     const std::string_view lines(lines_.get(), waiting_);
     const std::size_t size = all ? waiting_ : lines.rfind('\n') + 1; // none: npos + 1 is 0
-    if (failed_ || (size != 0 && !(beginLine() && write(lines.substr(0, size)))))
+    if (size != 0 && !(beginLine() && write(lines.substr(0, size))))
         return false;
     waiting_ -= size;
     std::memmove(lines_.get(), lines_.get() + size, waiting_);
