@@ -242,6 +242,7 @@ TEST_F(Log, AForkedProcessWritesItsOwnCountsAtItsEnd) {
 }
 
 TEST_F(Log, AForkedProcessCanLogWhateverOtherThreadsDo) {
+    say(1, "the log is started");
     std::atomic<bool> isDone = false;
     std::thread other([&] {
         while (!isDone)

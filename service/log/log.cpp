@@ -39,18 +39,20 @@ public:
     void start() {
         if (LOG_g_level.load(std::memory_order_acquire) != kNotStarted)
             return;
+        // Before the lock is taken, which a child of another thread must not inherit.  Without it counts
+        // could be lost, or written twice.
+        static const bool isWatched =
+            std::atexit([] { instance.flush(); }) == 0 && OS_WatchForks([] { instance.beginChild(); }) == 0;
         const std::lock_guard guard(lock_);
         if (LOG_g_level != kNotStarted)
             return;
+        countsRepeats_ = isWatched;
         const char *level = OS_ProgramVariable("QV_LOG_LEVEL");
         const bool isLevel = level != nullptr && *level >= '5' && *level <= '7' && level[1] == '\0';
         messageLevel_ = isLevel ? *level - '0' : LOG_ERROR;
         const char *trace = OS_ProgramVariable("QV_LOG_TRACE");
         tracesToo_ = trace != nullptr && std::strcmp(trace, "1") == 0;
         sink_.open(OS_ProgramVariable("QV_LOG"));
-        // Otherwise counts could be lost, or written twice.
-        countsRepeats_ = countsRepeats_ || (std::atexit([] { instance.flush(); }) == 0 &&
-                                            OS_WatchForks([] { instance.beginChild(); }) == 0);
         setLevel();
     }
 
