@@ -72,7 +72,8 @@ struct RecordParts {
 // of it.  Null when memory runs out.
 template <class Record>
 Malloced<Record> makeRecord(std::size_t nodes, std::size_t values, std::size_t bytes, RecordParts *parts) {
-    static_assert(alignof(Record) == alignof(attrValNode) && alignof(Record) == alignof(GEN_string));
+    static_assert(sizeof(Record) % alignof(attrValNode) == 0);
+    static_assert(sizeof(attrValNode) % alignof(GEN_string) == 0);
     void *block =
         std::malloc(sizeof(Record) + nodes * sizeof(attrValNode) + values * sizeof(GEN_string) + bytes);
     if (block == nullptr)
