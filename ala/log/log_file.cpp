@@ -7,9 +7,6 @@
 
 using namespace qvledger;
 
-// Bytes of one read.  The C library may map a block of 128 KiB, or of more, again for each log.
-constexpr std::size_t kPiece = 120 * 1024;
-
 bool LogFile::fill(std::size_t size) {
     error_ = 0;
     isEnd_ = isOutOfMemory_ = false;

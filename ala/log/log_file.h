@@ -52,8 +52,12 @@ public:
     // Where it begins in the file.
     std::int64_t position() const { return offset_ + static_cast<std::int64_t>(begin_); }
 
-    // The next item begins where this one ends.
-    void consume() { begin_ = reached_; }
+    // The next item begins where this one ends.  A block that was made larger for this one is released.
+    void consume() {
+        begin_ = reached_;
+        if (room_ > kPiece) [[unlikely]]
+            moveTo(position());
+    }
     // The next item begins there.  Everything that was read is dropped, so that changes of the file show.
     void moveTo(std::int64_t position) { *this = LogFile(fd_, position); }
 
@@ -66,6 +70,9 @@ public:
     std::int64_t reach() const { return offset_ + static_cast<std::int64_t>(isEnd_ ? filled_ : reached_); }
 
 private:
+    // Bytes of one read.  The C library may map a block of 128 KiB, or of more, again for each log.
+    static constexpr std::size_t kPiece = 120 * 1024;
+
     bool fill(std::size_t size);
     bool makeRoom();
 
