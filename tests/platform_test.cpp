@@ -4,12 +4,9 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
-#include <fstream>
-#include <limits>
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <malloc.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -22,7 +19,6 @@
 #include "platform/posix/token_groups.h"
 #include "platform/utf8.h"
 #include "service/thread.h"
-#include "tests/support/temp_dir.h"
 
 using namespace qvledger;
 
@@ -56,6 +52,26 @@ TEST(Identity, GroupsThatDoNotFitTellTheSizeNeeded) {
         const Sid expected = makeSid(kSidOfGroup, 7);
         EXPECT_EQ(std::memcmp(last->Sid, &expected, sizeof expected), 0) << count;
     }
+}
+
+TEST(Identity, CallsThatLackRoomSayHowMuchTheyNeed) {
+    char name[512] = "", other[512] = "", sid[64] = "";
+    DWORD length = sizeof name, size = 1, sidSize = sizeof sid, domainSize = sizeof other;
+    SID_NAME_USE use = SidTypeGroup;
+    EXPECT_TRUE(GetUserNameA(name, &length));
+    EXPECT_TRUE(GetUserNameA(other, &size) == 0 && GetLastError() == ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(size, length);
+    EXPECT_TRUE(LookupAccountNameA(nullptr, name, sid, &sidSize, other, &domainSize, &use));
+    size = 1;
+    EXPECT_FALSE(LookupAccountSidA(nullptr, sid, name, &size, other, &domainSize, &use));
+    EXPECT_TRUE(size == length && GetLastError() == ERROR_INSUFFICIENT_BUFFER) << size;
+    size = 1;
+    EXPECT_TRUE(GetComputerNameA(name, &size) == 0 && GetLastError() == ERROR_BUFFER_OVERFLOW);
+    EXPECT_EQ(size, std::strlen(other) + 1) << "the domain of a local account is its computer";
+    OSVERSIONINFOA version = {};
+    EXPECT_TRUE(GetVersionExA(&version) == 0 && GetLastError() == ERROR_INSUFFICIENT_BUFFER);
+    BYTE *info = nullptr;
+    EXPECT_EQ(NetWkstaGetInfo(nullptr, 5, &info), 124U) << "no such level";
 }
 
 TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {

@@ -34,7 +34,6 @@ SCRIPTED(FA_ConvertFilePath, std::int32_t,
          (path, length, out, outLength))
 SCRIPTED(GENU_GetCurrentTime, std::int32_t,
          (STF_l__hdr * status, GEN_generalizedTime **time, std::int32_t reserved), (status, time, reserved))
-SCRIPTED(THR_Once, std::int32_t, (std::int32_t * control, void (*function)()), (control, function))
 SCRIPTED(_stat, int, (const char *path, struct _stat *out), (path, out))
 SCRIPTED(_commit, int, (int fd), (fd))
 SCRIPTED(_unlink, int, (const char *path), (path))

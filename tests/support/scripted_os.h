@@ -10,7 +10,6 @@
 #include "platform/os.h"
 #include "service/clock.h"
 #include "service/system.h"
-#include "service/thread.h"
 
 // Puts a script in force for the length of a block: Scripted user(script::GetUserNameA, [](char *, DWORD *)
 // {...});
@@ -43,7 +42,6 @@ extern std::function<decltype(::GetProcAddress)> GetProcAddress;
 extern std::function<decltype(::OS_HasLentRights)> OS_HasLentRights;
 extern std::function<decltype(::FA_ConvertFilePath)> FA_ConvertFilePath;
 extern std::function<decltype(::GENU_GetCurrentTime)> GENU_GetCurrentTime;
-extern std::function<decltype(::THR_Once)> THR_Once;
 extern std::function<decltype(::_commit)> _commit;
 extern std::function<decltype(::_stat)> _stat;
 extern std::function<decltype(::_unlink)> _unlink;
