@@ -172,6 +172,8 @@ static std::vector<TypeRows> makeRows() {
           {"choice 3", Finishing{{}, {3, ""}}, ""}}},
         {{TIME},
          {{"time", Time{1999, 12, 31, 23, 59, 59, 7, 0, 0}, "12/31/1999 23:59:59"},
+          {"offset", Time{2024, 1, 1, 0, 30, 0, 0, -60, 0}, "12/31/2023 23:30:00"},
+          {"year from 1900", Time{99, 12, 31, 12, 0, 0, 0, 0, 1}, "12/31/1999 12:00:00"},
           {"none", Time{1969, 12, 31, 23, 59, 59, 0, 0, 0}, "", 28}}},
         {{NAME_OR_OIDS},
          {{"three", std::vector{a4, name(tuer), noForm}, "a4 T\u00FCr "},
