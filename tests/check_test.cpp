@@ -165,14 +165,6 @@ static int fullPipe(int (&ends)[2]) {
     return ends[1];
 }
 
-static std::string drain(int fd) {
-    std::string all;
-    char bytes[4096];
-    for (ssize_t got; (got = read(fd, bytes, sizeof bytes)) > 0;)
-        all.append(bytes, static_cast<std::size_t>(got));
-    return all;
-}
-
 TEST(Check, ASaveThatCannotEndLeavesNothing) {
     PrintSystem system;
     Log damaged = threeJobs();
@@ -203,7 +195,7 @@ TEST(Check, ASaveThatCannotEndLeavesNothing) {
     kill(run, SIGTERM);
     usleep(10'000);
     EXPECT_EQ(fcntl(ends[0], F_SETFL, 0), 0);
-    const std::string told = drain(ends[0]);
+    const std::string told = readAll(ends[0]);
     EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
     EXPECT_THAT(told, Not(HasSubstr("saved as")));
     EXPECT_TRUE(fs::is_empty(folder)) << "it was asked to end";
@@ -225,7 +217,7 @@ TEST(Check, ProgressIsDrawnAndErasedAroundMessages) {
     ASSERT_EQ(tcflow(program, TCOON), 0);
     EXPECT_EQ(system.finish(run).status, 74);
     close(program);
-    const std::string shown = drain(terminal);
+    const std::string shown = readAll(terminal);
     close(terminal);
     EXPECT_THAT(shown, HasSubstr("No such file or directory.\r\n\r19990302  log 2 of 2  "));
     EXPECT_TRUE(shown.ends_with(" records/s\033[K\r\033[K")) << shown;

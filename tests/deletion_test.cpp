@@ -9,7 +9,6 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +17,7 @@
 #include "samples/sample_oids.h"
 #include "service/log/log.h"
 #include "service/log/log_internal.h"
+#include "tests/support/pipe.h"
 #include "tests/support/run_tool.h"
 #include "tests/support/scripted_os.h"
 #include "tool/run.h"
@@ -172,22 +172,11 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
         PrintSystem system;
         system.save(tail, logOf({jobOf({{"job-name", {std::string(20'000, 'x')}}})}));
         setChanged(system.log(tail), kNoonOfMarch1st);
-        int pipe[2];
-        ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);
-        const int size = fcntl(pipe[1], F_SETPIPE_SZ, 4096);
-        const pid_t tool = system.start({"-d", "alpha"}, {.output = pipe[1]});
-        close(pipe[1]);
-        int waiting = 0;
-        for (int tries = 0; waiting < size && tries < 5000; ++tries) {
-            EXPECT_EQ(ioctl(pipe[0], FIONREAD, &waiting), 0);
-            usleep(1000);
-        }
-        EXPECT_EQ(waiting, size);
+        Pipe lines;
+        const pid_t tool = system.start({"-d", "alpha"}, {.output = lines.writer()});
+        lines.waitUntilFull(1);
         change(system);
-        char drained[4096];
-        while (read(pipe[0], drained, sizeof drained) > 0) {
-        }
-        close(pipe[0]);
+        lines.drain();
         const ToolResult result = system.finish(tool);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(fs::exists(system.log(kTail)), why != nullptr);
@@ -272,22 +261,18 @@ TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
         if (act != kLeaves)
             close(reader);
     };
-    const auto overPipe = [&](bool deleted, const char *label, Act act, const char *why) {
+    const std::tuple<const char *, bool, Act, const char *> cases[] = {
+        {"pipe read", true, kReads, ""},
+        {"the reader of a pipe leaves", true, kLeaves, "the reader of its report has not read all of it"},
+        {"asked to end", true, kWaits, "the run was asked to end"},
+        {"local socket read", false, kReads, ""},
+        {"the reader of a socket leaves", false, kLeaves, "the reader of its report has not read all of it"}};
+    for (const auto &[label, isPipe, act, why] : cases) {
         int ends[2];
-        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        expectDeleted(deleted, label, ends[0], ends[1], act, why);
-    };
-    const auto overSocket = [&](bool deleted, const char *label, Act act, const char *why) {
-        int ends[2];
-        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-        expectDeleted(deleted, label, ends[0], ends[1], act, why);
-    };
-    const char *const unread = "the reader of its report has not read all of it";
-    overPipe(true, "read", kReads, "");
-    overPipe(false, "the reader leaves", kLeaves, unread);
-    overPipe(false, "asked to end", kWaits, "the run was asked to end");
-    overSocket(true, "local socket read", kReads, "");
-    overSocket(false, "the reader of a local socket leaves", kLeaves, unread);
+        ASSERT_EQ(isPipe ? pipe2(ends, O_CLOEXEC) : socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends),
+                  0);
+        expectDeleted(act == kReads, label, ends[0], ends[1], act, why);
+    }
 
     const Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_in address = {};

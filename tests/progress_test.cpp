@@ -12,14 +12,6 @@
 
 using namespace samples;
 
-static std::string readAll(int fd) {
-    std::string all;
-    char bytes[4096];
-    for (ssize_t got; (got = read(fd, bytes, sizeof bytes)) > 0;)
-        all.append(bytes, static_cast<std::size_t>(got));
-    return all;
-}
-
 struct SlowRun {
     std::string report, terminal;
 };

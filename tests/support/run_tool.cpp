@@ -145,6 +145,14 @@ ToolResult PrintSystem::finish(pid_t pid) {
     return result;
 }
 
+std::string readAll(int fd) {
+    std::string all;
+    char bytes[4096];
+    for (ssize_t got; (got = read(fd, bytes, sizeof bytes)) > 0;)
+        all.append(bytes, static_cast<std::size_t>(got));
+    return all;
+}
+
 void setChanged(const fs::path &path, time_t when) {
     const timespec times[2] = {{when, 0}, {when, 0}};
     if (utimensat(AT_FDCWD, path.c_str(), times, 0) != 0)

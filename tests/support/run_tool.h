@@ -63,6 +63,9 @@ public:
 // How often each place's entries were made, by "LEVEL FILE:LINE": an entry is one, its count so many more.
 std::map<std::string, unsigned> callsByPlace(const std::string &log);
 
+// What comes until nobody can write there any more, or nothing is waiting.
+std::string readAll(int fd);
+
 // Sets a file's last change: seconds since 1970.
 void setChanged(const std::filesystem::path &path, time_t when);
 
