@@ -5,7 +5,6 @@
 #include <csignal>
 #include <functional>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "samples/callers_account.h"
@@ -91,23 +90,6 @@ TEST(Run, EveryEndHasItsStatusMessageAndLogEntry) {
     expectEnd("damaged header", damaged, {"alpha"}, 12,
               "Unable to read accounting information because the data appears to be corrupted.\n",
               "internal data format error.");
-}
-
-TEST(Run, WhatIsNoFileIsALogThatCannotBeOpened) {
-    const std::pair<const char *, std::function<void(const fs::path &)>> cases[] = {
-        {"link to nowhere", [](const fs::path &log) { fs::create_symlink("nowhere", log); }},
-        {"device", [](const fs::path &log) { fs::create_symlink("/dev/zero", log); }},
-        {"pipe", [](const fs::path &log) { EXPECT_EQ(mkfifo(log.c_str(), 0600), 0); }},
-    };
-    for (const auto &[label, make] : cases)
-        expectEnd(
-            label,
-            [&make = make](const PrintSystem &system) {
-                fs::remove(system.log("19990301"));
-                make(system.log("19990301"));
-            },
-            {"alpha"}, 6, "Unable to open the accounting log for the date 19990301.\n",
-            "unable to open accounting log file.");
 }
 
 TEST(Run, FailedLogsDoNotStopTheOthersAndTheLastOneGivesTheStatus) {
