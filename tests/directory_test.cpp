@@ -1,6 +1,6 @@
 // The log directory: which files are logs, their dates and order, the oldest one, and removal.
 #include <fstream>
-#include <random>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -101,38 +101,27 @@ TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
     }
 }
 
-// One node after the other into a list that is sorted, newest first.
-static std::vector<int> insertOneByOne(const std::vector<int> &dates) {
-    std::vector<int> sorted; // numbers of nodes
-    for (int number = 0; number < std::ssize(dates); ++number) {
-        const auto dateOf = [&](std::size_t place) { return dates[static_cast<std::size_t>(sorted[place])]; };
-        const int date = dates[static_cast<std::size_t>(number)];
-        std::size_t place = !sorted.empty() && date <= dateOf(0) ? 1 : 0;
-        while (place < sorted.size() && date < dateOf(place))
-            ++place;
-        sorted.insert(sorted.begin() + static_cast<std::ptrdiff_t>(place), number);
-    }
-    return sorted;
-}
-
-TEST_F(Directory, EqualDatesComeAsInsertedOneByOne) {
-    std::mt19937 random(1);
-    for (int list = 0; list < 2000; ++list) {
-        std::vector<int> dates(random() % 40);
-        for (int &date : dates)
-            date = static_cast<int>(random() % (1 + random() % 12));
+TEST_F(Directory, EqualDatesComeAsInsertedOneByOneIntoASortedList) {
+    const std::pair<std::string, const char *> cases[] = {// a date of each node, and the nodes' new order
+                                                          {"1", "0"},
+                                                          {"111", "021"},
+                                                          {"12121", "13420"},
+                                                          {"2113331", "3540621"},
+                                                          {"1223123312", "3769512840"},
+                                                          {"3210321032", "0849516273"},
+                                                          {"0123012301", "3762951840"}};
+    for (const auto &[dates, expected] : cases) {
         nameNode *head = nullptr;
-        nameNode **end = &head;
-        for (std::size_t number = 0; number < dates.size(); ++number, end = &(*end)->next) {
-            *end = makeZeroed<nameNode>().release();
-            **end = {_strdup(std::to_string(number).c_str()), dates[number], nullptr};
+        for (std::size_t number = dates.size(); number-- > 0;) {
+            nameNode *const next = std::exchange(head, makeZeroed<nameNode>().release());
+            *head = {_strdup(std::to_string(number).c_str()), dates[number], next};
         }
         ALA__SortList(&head);
-        std::vector<int> sorted;
+        std::string sorted;
         for (const nameNode *node = head; node != nullptr; node = node->next)
-            sorted.push_back(std::atoi(node->logName));
+            sorted += node->logName;
         ALA__FreeNameNodeList(&head);
-        ASSERT_EQ(sorted, insertOneByOne(dates)) << testing::PrintToString(dates);
+        EXPECT_EQ(sorted, expected) << dates;
     }
 }
 

@@ -1,8 +1,6 @@
 // A set-group-id installation lends its group's rights for the system's own logs and for nothing else.
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
