@@ -41,7 +41,7 @@ struct Original {
 };
 
 struct Counts {
-    long logs = 0, records = 0, untouched = 0, saved = 0, lost = 0, wrong = 0, joined = 0, taken = 0;
+    long logs = 0, records = 0, untouched = 0, saved = 0, joined = 0, taken = 0;
 };
 
 using Random = std::mt19937;
@@ -195,7 +195,6 @@ static void judge(const Damaged &log, const Original &original, const std::strin
             ++counts.joined;
             joined.push_back(piece);
         } else {
-            ++counts.wrong;
             ADD_FAILURE() << label << ": none of the records stands from " << piece.begin << " to "
                           << piece.end << ", which were at " << origin << " to "
                           << log.origins[piece.end - 1];
@@ -223,18 +222,14 @@ static void judge(const Damaged &log, const Original &original, const std::strin
             ++counts.taken; // its first bytes are the end of another one
             continue;
         }
-        ++counts.lost;
         ADD_FAILURE() << label << ": record " << record << ", at " << places[begin] << ", is lost";
     }
 }
 
 static void tell(const Counts &counts) {
-    std::printf("%ld logs, %ld of %ld records untouched, %ld saved; lost %ld, wrong %ld, with an end from "
+    std::printf("%ld logs, %ld of %ld records untouched, %ld saved; with an end from "
                 "behind a cut %ld, without their beginning by it %ld\n",
-                counts.logs, counts.untouched, counts.records, counts.saved, counts.lost, counts.wrong,
-                counts.joined, counts.taken);
-    EXPECT_EQ(counts.lost, 0);
-    EXPECT_EQ(counts.wrong, 0);
+                counts.logs, counts.untouched, counts.records, counts.saved, counts.joined, counts.taken);
 }
 
 static unsigned wantedLogs() {
@@ -262,7 +257,7 @@ TEST(Damage, WhatRegionsOfDamageDoNotTouchIsFoundAgain) {
 // The step is odd, so that the sample has each bit of a byte.
 static const std::size_t kStep = wantedLogs() != 0 ? 1 : 601;
 
-TEST(Damage, EachPrefixHasItsRecordsAndAFlippedBitCostsOneAtMost) {
+TEST(Damage, EachPrefixHasItsRecords) {
     Counts counts;
     for (const std::uint32_t version : {1U, 2U, 3U}) {
         const Original original = makeOriginal(version, version, 3);
@@ -273,6 +268,14 @@ TEST(Damage, EachPrefixHasItsRecordsAndAFlippedBitCostsOneAtMost) {
             std::fill(log.touched.begin() + static_cast<std::ptrdiff_t>(size), log.touched.end(), true);
             judge(log, original, std::to_string(version) + ": prefix of " + std::to_string(size), counts);
         }
+    }
+    tell(counts);
+}
+
+TEST(Damage, AFlippedBitCostsOneRecordAtMost) {
+    Counts counts;
+    for (const std::uint32_t version : {1U, 2U, 3U}) {
+        const Original original = makeOriginal(version, version, 3);
         for (std::size_t bit = 8 * original.headerEnd; bit < 8 * original.log.size(); bit += kStep) {
             Damaged log = undamaged(original);
             log.bytes[bit / 8] = static_cast<char>(log.bytes[bit / 8] ^ 1 << bit % 8);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <sstream>
@@ -53,10 +52,9 @@ protected:
 
 TEST_F(Log, EntryIsOneLineWithItsPlaceWhateverItsText) {
     LOG_CondMessage(LOG_ERROR, __FILE__, 87, "code %d of %s\n", 12, "a\nb\x1B[2J\t\x7F%s\xC3\xA4\r\n");
-    std::string log = takeLog();
-    std::replace_if(
-        log.begin(), log.begin() + 24, [](unsigned char it) { return std::isdigit(it) != 0; }, '0');
-    EXPECT_TRUE(log.starts_with("0000-00-00T00:00:00.000Z ")) << log;
+    const std::string log = takeLog();
+    EXPECT_THAT(log.substr(0, 25),
+                testing::MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}\\.[0-9]{3}Z "));
     EXPECT_TRUE(log.ends_with("]: 5 tests/log_test.cpp:87: code 12 of "
                               "a\\x0Ab\\x1B[2J\\x09\\x7F%s\xC3\xA4\\x0D\\x0A\n"))
         << log;
@@ -308,32 +306,22 @@ TEST_F(Log, AFullPipeBlocksNothingAndCutsNoLineIntoAnotherOne) {
     const Descriptor standardError(dup(STDERR_FILENO)), fifo(open(path.c_str(), O_RDONLY | O_NONBLOCK));
     int ofPipe[2], ofSocket[2];
     ASSERT_EQ(pipe(ofPipe) + socketpair(AF_UNIX, SOCK_STREAM, 0, ofSocket), 0);
-    const struct {
-        const char *sink;
-        int reader, writer;
-    } cases[] = {{path.c_str(), fifo.get(), -1},
-                 {"stderr", ofPipe[0], ofPipe[1]},
-                 {"stderr", ofSocket[0], ofSocket[1]}};
-    for (const auto &[sink, reader, writer] : cases) {
-        const auto drain = [reader = reader] {
-            std::string bytes(2'000'000, '\0');
-            fcntl(reader, F_SETFL, O_NONBLOCK);
-            bytes.resize(
-                static_cast<std::size_t>(std::max<ssize_t>(read(reader, bytes.data(), bytes.size()), 0)));
-            return bytes;
-        };
+    for (const auto &[reader, writer] :
+         {std::pair{fifo.get(), -1}, {ofPipe[0], ofPipe[1]}, {ofSocket[0], ofSocket[1]}}) {
+        fcntl(reader, F_SETFL, O_NONBLOCK);
+        const std::string sink = writer != -1 ? "stderr" : path;
         if (writer != -1)
             dup2(writer, STDERR_FILENO);
-        restart(sink, "6");
+        restart(sink.c_str(), "6");
         for (int i = 0; i < 1000; ++i)
             say(1, std::string(9000, 'x'), LOG_DETAIL); // more than a pipe takes in one piece
-        const std::string before = drain();
+        const std::string before = readAll(reader);
         say(2, "last");
         for (int i = 0; i < 2999; ++i)
             say(3, std::to_string((i + 2) / 3)); // most are repeated twice
-        const std::string after = drain();
+        const std::string after = readAll(reader);
         LOG_Flush();
-        const std::string atTheEnd = drain();
+        const std::string atTheEnd = readAll(reader);
         EXPECT_EQ(fcntl(STDERR_FILENO, F_GETFL) & O_NONBLOCK, 0) << "it is shared";
         dup2(standardError.get(), STDERR_FILENO);
         std::vector<std::string> entries = entriesOf(before + after);

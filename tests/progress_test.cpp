@@ -8,6 +8,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include "tests/support/pipe.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;
@@ -24,22 +25,19 @@ static SlowRun runSlowly(bool toFile, const ToolRun &givenRun = {}) {
     system.save("19990302", logOf({}).cutTo(10));
     const int held = open(system.log("19990301").c_str(), O_RDONLY | O_CLOEXEC);
     EXPECT_EQ(flock(held, LOCK_EX), 0);
-    int terminal = -1, program = -1, report[2];
+    int terminal = -1, program = -1;
     EXPECT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
-    EXPECT_EQ(pipe2(report, O_CLOEXEC), 0);
+    Pipe report;
     ToolRun settings = givenRun;
-    settings.output = toFile ? -1 : report[1];
+    settings.output = toFile ? -1 : report.writer();
     settings.error = program;
     const pid_t tool = system.start({"-d", "alpha"}, settings);
-    close(report[1]);
     usleep(600'000);
     close(held);
-    SlowRun run;
-    run.report = readAll(report[0]);
+    SlowRun run = {report.drain(), ""};
     const ToolResult result = system.finish(tool);
     if (toFile)
         run.report = result.out;
-    close(report[0]);
     close(program);
     run.terminal = readAll(terminal);
     close(terminal);

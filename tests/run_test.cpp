@@ -1,5 +1,5 @@
 // How runs end: status, messages, log entries.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <csignal>
@@ -134,7 +134,6 @@ TEST(Run, SignalsEndItAfterTheCurrentRecord) {
     constexpr unsigned kRecords = 200;
     const Log damaged = logOf(std::vector<Job>(
         kRecords, jobOf({{"job-name", {"x"}}}).attribute(dotted("job-owner"), STRING, {kUnreadable})));
-    const std::string start = "job-name\nmarch\njob-name\n";
     for (const auto &[asked, option, existed] :
          {std::tuple{SIGINT, "-d", true}, {SIGTERM, "-a", true}, {SIGHUP, "-a", false}}) {
         SCOPED_TRACE(asked);
@@ -157,18 +156,8 @@ TEST(Run, SignalsEndItAfterTheCurrentRecord) {
         EXPECT_EQ(fs::exists(report), existed);
         if (!existed)
             continue;
-        const std::string written = readFile(report);
-        EXPECT_TRUE(written.starts_with(start)) << written;
-        std::string lines;
-        while (start.size() + lines.size() < written.size())
-            lines += "x\n";
-        EXPECT_EQ(written, start + lines) << "whole lines";
-        EXPECT_LT(lines.size(), 2 * kRecords);
-        // A record's end is an entry; after the first one they are only counted.
-        const auto calls = callsByPlace(result.log);
-        EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [&](const auto &it) {
-            return it.second >= lines.size() / 2;
-        })) << result.log;
+        EXPECT_THAT(readFile(report), testing::MatchesRegex("job-name\nmarch\njob-name\n(x\n)*"));
+        EXPECT_LT(fs::file_size(report), 2 * kRecords);
     }
 }
 

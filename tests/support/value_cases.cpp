@@ -38,18 +38,13 @@ static std::vector<TypeRows> makeRows() {
     const DeliveryAddress mail = mailAddress({{"C", "DE"}, {"S", "Reed"}}), untold = addressText(text("x"));
     const PageSelect threeToSeven = {page(3), page(7)};
     const std::string longText(1000, 'x');
-    std::string thousand = "3:7";
-    for (int i = 1; i < 1000; i++)
-        thousand += " 3:7";
     return {
         {{BOOLEAN}, {{"1", packInt(1), "true"}, {"0", packInt(0), "false"}, {"2", packInt(2), ""}}},
         {{INTEGER, INTEGER_12, INTEGER_22},
          {{"lowest", packInt(std::numeric_limits<std::int32_t>::min()), "-2147483648"}}},
         {{DELTA_TIME},
          {{"0", packUint(0), "0:00:00"},
-          {"59", packUint(59), "0:00:59"},
           {"3599", packUint(3599), "0:59:59"},
-          {"3600", packUint(3600), "1:00:00"},
           {"3661", packUint(3661), "1:01:01"},
           {"90000", packUint(90000), "25:00:00"},
           {"highest", packUint(0xFFFFFFFF), "1193046:28:15"}}},
@@ -195,8 +190,7 @@ static std::vector<TypeRows> makeRows() {
         {{PAGE_SELECTS},
          {{"absent", std::vector{PageSelect{}, threeToSeven}, "<not specified>:<not specified> 3:7"},
           {"tag", std::vector{PageSelect{pageTagged(abc), PageIdent{9, ""}}}, "abc:Bad ID:9"},
-          {"no text", std::vector{PageSelect{pageNamed(bad), pageTagged(unknown)}}, ":"},
-          {"a thousand", std::vector(1000, threeToSeven), thousand}}},
+          {"no text", std::vector{PageSelect{pageNamed(bad), pageTagged(unknown)}}, ":"}}},
         {{RESULTS_PROFILE},
          {{"nothing", ResultsProfile{}, "NULL NULL  NULL 1 NULL"},
           {"all", ResultsProfile{11, tuer, addressOctets("room 4"), 3, name("bin")},
