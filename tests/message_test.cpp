@@ -66,7 +66,7 @@ TEST(Catalogue, WinsOverTheDefaultTexts) {
                                          "108 \"Im Datum %2$s gibt es keinen Monat %1$d.\\n\"\n"
                                          "109 \"Im Datum %2$s gibt es 100%% den Tag nicht.\\n\"\n"
                                          "106 \"Falscher Anfang.\\n\"\n107 \"Nicht %1$d.\\n\"\n"
-                                         "111 \"Keine Datei %1$\"\n");
+                                         "111 \"Keine Datei %1$\"\n$set 60\n21 \"%1$s: zu sp\u00E4t\"\n");
     const std::string command =
         "gencat '" + (system / "qvledg.cat").string() + "' '" + (system / "texts").string() + "'";
     ASSERT_EQ(std::system(command.c_str()), 0);
@@ -81,6 +81,8 @@ TEST(Catalogue, WinsOverTheDefaultTexts) {
         << "a number in the place of a text";
     EXPECT_TRUE(system.run({"-o", system / "none/report", "alpha"}, translated).err.starts_with("Unable to"))
         << "a placeholder that is cut";
+    EXPECT_TRUE(system.run({"alpha", "-s"}, translated).err.starts_with("qvledger: -s: zu sp\u00E4t\n"))
+        << "the catalogue's text has no line end";
     const ToolRun german{.environment = {{"NLSPATH", QVLEDGER_CATALOGUES "/de/%N.cat"}}};
     EXPECT_TRUE(system.run({"-h"}, german).err.starts_with("Aufruf: qvledger [-h] "));
     EXPECT_EQ(system.run({"-s", "19991301", "alpha"}, german).err,

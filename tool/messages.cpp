@@ -126,6 +126,8 @@ void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<Messa
             appendValue(line, values.begin()[index], isOwn);
         at += 2; // "$s" or "$d"
     }
+    if (isOwn && !line.view().ends_with('\n'))
+        line.end('\n'); // which a catalogue may lack; the report's next line may follow
     eraseProgress();
     if (messageSink != nullptr)
         messageSink->message(line.view());
