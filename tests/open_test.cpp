@@ -132,6 +132,15 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
         << "the file that has the name now";
     close();
     EXPECT_EQ(toDelete([&](const char *name) { samples::writeFile(name, refusing.bytes()); }), 7);
+    Log({.accessList = {pack(anyUserEntry())}}).save(path());
+    {
+        const Scripted version(script::GetVersionExA, [&](OSVERSIONINFOA *out) {
+            samples::writeFile(path(), refusing.bytes());
+            out->dwPlatformId = VER_PLATFORM_WIN32_NT;
+            return 1;
+        });
+        EXPECT_EQ(toDelete([](auto) {}), 7) << "changed after its header was read for the first check";
+    }
     fs::remove(path());
     layCurrentLog();
     const auto rename = [&](const char *name) { fs::rename(name, path()); };

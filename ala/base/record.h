@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 #include "ala/ala.h"
@@ -33,7 +34,7 @@ static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 // One attribute.
 struct attrValNode : attrTag {
     std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
-    GEN_string *attrVals; // numAttrVal of them; null when there are none
+    GEN_string *attrVals; // numAttrVal of them; null if that is 0
     std::uint8_t oidBytes[OID_BINARY_SIZE];
 };
 using ALA_attrValNode_t = attrValNode;
@@ -60,6 +61,11 @@ struct docRecord {
 };
 
 namespace qvledger {
+
+// Can a value of a log have that length?  None is empty, and GEN_string can express no longer one.
+constexpr bool isValueLength(std::uint32_t length) {
+    return length != 0 && length <= std::uint32_t{std::numeric_limits<std::int32_t>::max()};
+}
 
 // What follows a record or document in its block.
 struct RecordParts {

@@ -34,9 +34,9 @@ std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
 }
 
 // Renders one value, or the lack of any, onto the pair.  ALA_A_ODPUNPACK_ERROR: it is not of its type.
-static ALA_retCode_t deliverValue(ALA_handle_t handle, const attrValNode &node, const GEN_string &packed,
-                                  std::string_view name, const char *locale, ALA_attrPair **attribute) {
-    const RenderContext context = {&handle->oidHandle, handle->timeForm, &handle->plainDays};
+static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNode &node,
+                                  const GEN_string &packed, std::string_view name, const char *locale,
+                                  ALA_attrPair **attribute) {
     if (name.data() != nullptr)
         return getPackedAttribute(node, {packed._value, static_cast<std::size_t>(packed.length)}, name,
                                   context, attribute);
@@ -66,11 +66,12 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Pl
                 texts.operation, static_cast<unsigned>(failure), node->decoid);
         }
     }
+    const RenderContext context = {&handle->oidHandle, handle->timeForm, &handle->plainDays};
     ALA_retCode_t result = ALA_N_NORMAL;
     const std::uint32_t count = std::max(node->numAttrVal, 1U);
     for (std::uint32_t i = 0; i < count; ++i) {
         const GEN_string packed = node->numAttrVal != 0 ? node->attrVals[i] : GEN_string{};
-        result = deliverValue(handle, *node, packed, name, locale, attribute);
+        result = deliverValue(context, *node, packed, name, locale, attribute);
         if (result != ALA_N_NORMAL)
             ++handle->valuesPassedOver;
         if (result == ALA_A_ODPUNPACK_ERROR)

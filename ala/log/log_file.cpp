@@ -15,7 +15,7 @@ bool LogFile::fill(std::size_t size) {
             isOutOfMemory_ = true;
             return false;
         }
-        // The descriptor may stand elsewhere, and so another process may have moved it.
+        // Set for each read: a process that inherited the descriptor shares its position.
         const std::int64_t at = offset_ + static_cast<std::int64_t>(filled_);
         const int got =
             _lseeki64(fd_, at, SEEK_SET) == at

@@ -1,6 +1,7 @@
 // Opening a log by its date, and closing it.
 #include "ala/log/open_log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -116,38 +117,40 @@ static ALA_retCode_t checkAccess(NamedLog &file) {
     return ALA_N_NORMAL;
 }
 
-// The header that the access list was found in; null when it is too long, or cannot be read again.
-static const std::uint8_t *headerOf(const NamedLog &file, LogFile &header) {
-    constexpr std::int64_t kMost = 1 << 20;
-    const std::int64_t size = file.bytes.position();
-    header = LogFile(file.descriptor.get());
-    return size <= kMost ? header.need(static_cast<std::size_t>(size)) : nullptr;
+// The file's first bytes.  Without them, or if the header is longer, the access list is checked again.
+static LogFile beginningOf(const NamedLog &file) {
+    constexpr std::int64_t kMost = 64 * 1024;
+    LogFile beginning(file.descriptor.get());
+    OS_fileIdentity identity = {};
+    if (OS_IdentifyDescriptor(file.descriptor.get(), &identity) == 0)
+        static_cast<void>(beginning.need(static_cast<std::size_t>(std::min(identity.size, kMost))));
+    return beginning;
 }
 
-// Checks the access list again unless the header is still the same.  So an unchanged one is logged once.
+// Checks the access list again unless the header is still the one that was checked.  So an unchanged one is
+// logged once.
 static ALA_retCode_t checkAccessAgain(NamedLog &file, const LogFile &before) {
-    LogFile header;
-    const std::uint8_t *present = headerOf(file, header);
-    if (present != nullptr && before.itemSize() == header.itemSize() &&
-        std::memcmp(present, before.item(), before.itemSize()) == 0) {
-        file.bytes.moveTo(file.bytes.position()); // what follows may have changed
-        return ALA_N_NORMAL;
-    }
-    return checkAccess(file);
+    const auto size = static_cast<std::size_t>(file.bytes.position());
+    LogFile present(file.descriptor.get());
+    const std::uint8_t *header = size <= before.itemSize() ? present.need(size) : nullptr;
+    if (header == nullptr || std::memcmp(header, before.item(), size) != 0)
+        return checkAccess(file);
+    file.bytes.moveTo(file.bytes.position()); // what follows may have changed
+    return ALA_N_NORMAL;
 }
 
 // Opens the file and locks it, until the name leads to the locked file.  A caller whom the access list does
 // not admit never gets the lock, with which it could keep other runs waiting.  Without a descriptor, and
 // ALA_N_NORMAL, the driver gave up waiting.
 static ALA_retCode_t openHeld(ALA_handle_t handle, const ALA_time *date, ALA__holdFile hold, NamedLog &file,
-                              LogFile &header) {
+                              LogFile &before) {
     for (;;) {
         if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
+        before = beginningOf(file); // before the check, so that a change in between shows
         if (const ALA_retCode_t result = checkAccess(file); result != ALA_N_NORMAL)
             return result;
         const int fd = file.descriptor.get();
-        static_cast<void>(headerOf(file, header)); // without it the list is checked again
         const char *path = file.convertedPath.get();
         if (hold(fd, path) == ALA__holdResult::GivenUp) {
             file.descriptor.reset(-1);
@@ -171,15 +174,15 @@ static ALA_retCode_t openLog(ALA_handle_t handle, const ALA_time *date, ALA__hol
         return valid;
     handle->plainDays.checkZone();
     NamedLog file;
-    LogFile header;
+    LogFile before;
     const ALA_retCode_t opened =
-        hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file, header);
+        hold == nullptr ? openFile(handle, date, file) : openHeld(handle, date, hold, file, before);
     if (opened != ALA_N_NORMAL || !file.descriptor.isOpen())
         return opened;
     // Whatever is written from here on will show.
     OS_fileIdentity identity = {};
     const bool isKnown = hold != nullptr && OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
-    if (const ALA_retCode_t result = hold == nullptr ? checkAccess(file) : checkAccessAgain(file, header);
+    if (const ALA_retCode_t result = hold == nullptr ? checkAccess(file) : checkAccessAgain(file, before);
         result != ALA_N_NORMAL)
         return result;
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 #include "ala/access/acl.h"
 #include "ala/access/host_domain.h"
@@ -151,7 +150,7 @@ static ALA_retCode_t readEntry(LogFile &in, AS_attrValType_t type, const Credent
         return noBytes(in);
     ALA_DETAIL("attrVals->length: %d ntohl: %d\n", static_cast<std::int32_t>(length),
                static_cast<std::int32_t>(fromNetworkOrder(length)));
-    if (length == 0 || length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
+    if (!isValueLength(length))
         return ALA_A_FAIL_READ_LOG_FILE;
     const std::uint8_t *packed = in.need(length);
     if (packed == nullptr)

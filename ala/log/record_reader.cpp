@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 #include "ala/base/handle.h"
@@ -99,8 +98,7 @@ static ALA_retCode_t readValue(LogFile &in, std::uint32_t attr, const ReaderRule
                    : cutRecord(rules, attr, counts.numAttr, value, numAttrVal);
     if (rules.isFirst)
         ALA_DETAIL("attrVals->length: %d\n", static_cast<std::int32_t>(length));
-    // No value is empty, and none can be longer than its record can say.
-    if (length == 0 || length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
+    if (!isValueLength(length))
         return cutRecord(rules, attr, counts.numAttr, value, numAttrVal);
     if (in.need(length) == nullptr)
         return in.outOfMemory()
@@ -217,23 +215,21 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
                         rules.operation);
 
     LogFile &in = log->bytes;
+    log->end = -1;
+    log->readError = 0;
+    log->holdsNoRecord = false;
     Malloced<record> read;
     const ALA_retCode_t result = readRecord(in, log->verNum, rules, read);
-    if (result == ALA_N_NORMAL) {
-        log->end = -1;
-        log->readError = 0;
-        log->holdsNoRecord = false;
-        *jobRecord = read.release();
+    *jobRecord = read.release();
+    if (result == ALA_N_NORMAL)
         return result;
-    }
     log->end = in.isAtEnd() ? in.position() : -1;
     log->readError = in.error();
     log->holdsNoRecord = in.isAtEnd() && rules.isFirst;
     if (LOG_Wants(LOG_DETAIL) && log->end < 0 && result != ALA_A_OUT_OF_MEMORY)
         logPlace(*log, result);
     in.moveTo(rules.isFirst ? 0 : in.position());
-    record *partial = read.release();
-    ALA__GetJobRecordCleanup(&partial, &log->fd, in.position(), SEEK_SET);
+    ALA__GetJobRecordCleanup(jobRecord, &log->fd, in.position(), SEEK_SET);
     return result;
 }
 

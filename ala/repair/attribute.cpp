@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "ala/log/open_log.h"
 #include "ala/render/value_types.h"
@@ -102,7 +101,7 @@ static Fit takeLength(const std::uint8_t *word, std::int64_t left, std::uint32_t
     if (word == nullptr)
         return Fit::PastEnd;
     *length = nativeWord(word);
-    if (*length == 0 || *length > std::uint32_t{std::numeric_limits<std::int32_t>::max()})
+    if (!isValueLength(*length))
         return Fit::BadLength;
     return *length <= left ? Fit::Whole : Fit::PastEnd;
 }
