@@ -13,8 +13,7 @@ constexpr std::chrono::seconds kPatience(1); // until the user is told
 constexpr int kShortestPause = 10;           // milliseconds
 constexpr int kLongestPause = 100;
 
-// A message to a report that another run has locked would keep that run from deleting its logs.
-static bool isMessagesFile(int fd) {
+bool qvledger::isMessagesFile(int fd) {
     OS_fileIdentity file = {};
     OS_fileIdentity messages = {};
     return OS_IdentifyDescriptor(fd, &file) == 0 && OS_IdentifyDescriptor(_fileno(stderr), &messages) == 0 &&
@@ -24,6 +23,7 @@ static bool isMessagesFile(int fd) {
 // Polls, because a blocking lock could begin just after the signal that should interrupt it.
 ALA__holdResult qvledger::holdFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
+    // A message to a report that another run has locked would keep that run from deleting its logs.
     bool isReported = isMessagesFile(fd);
     for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
         switch (OS_LockFile(fd)) {

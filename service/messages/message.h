@@ -22,7 +22,7 @@ std::int32_t MSG_GetUnformatted(std::int32_t in_reserved, std::uint32_t in_code,
                                 std::uint32_t in_size, std::uint32_t *outp_count, char *outp_buffer);
 
 // printf's rules; positional arguments as service/messages/format.h has them.  They give the length of the
-// whole text without its NUL, or a negative number for a format that is none, and MSG_fprintf also when
+// whole text without its NUL, or a negative number for an invalid format, and MSG_fprintf also when
 // memory runs out or the stream refuses. REQUIRES: the buffer of MSG_vsprintf and MSG_sprintf holds the text.
 std::int32_t MSG_vsprintf(char *outp_buffer, const char *in_format, std::va_list in_values);
 std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) __attribute__((format(printf, 2, 3)));

@@ -1,7 +1,7 @@
 // ODP_UnpackAV: packed attribute values into the records of service/packed/values.h.
 //
-// The packed form is XDR (RFC 4506); service/packed/values.x describes it and docs/formats.md tells what it
-// leaves open.  A value's record lives in one allocation, or a few, that deleteFunc releases.
+// The packed form is XDR (RFC 4506); service/packed/values.x describes it and docs/formats.md describes what
+// it leaves open.  A value's record lives in one allocation, or a few, that deleteFunc releases.
 #pragma once
 
 #include <cstdint>

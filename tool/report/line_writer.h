@@ -40,7 +40,7 @@ public:
             static_cast<void>(writeLines(false)); // failed() reports it
     }
 
-    // Could something not be written?  The user was told.
+    // Could something not be written?  It was reported.
     bool failed() const { return failed_; }
     // Passes on everything.  False when that failed, now or before.
     bool flush() { return writeLines(true); }

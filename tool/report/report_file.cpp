@@ -80,12 +80,6 @@ bool ReportFile::nameLeadsHere() const {
     return OS_IdentifyTarget(fileName_, &named) == 0 && OS_IsSameFile(named, opened_);
 }
 
-bool ReportFile::isMessagesFile() const {
-    OS_fileIdentity messages = {};
-    return isFile() && OS_IdentifyDescriptor(_fileno(stderr), &messages) == 0 &&
-           OS_IsSameFile(messages, opened_);
-}
-
 // ---- Writing ----
 
 int ReportFile::write(std::string_view bytes) {
@@ -191,7 +185,7 @@ const char *ReportFile::whyNotInPlace() const {
         return nullptr;
     if (!isWhole())
         return "its report does not contain exactly what this run added to it";
-    // Standard output may have come without a name; whoever started the program has it then.
+    // Standard output may have had no name from the beginning; the program that opened it still has it.
     const bool isThere = OS_IdentifyDescriptor(fd_, &present) == 0 &&
                          (fileName_ != nullptr ? present.names != 0 && nameLeadsHere()
                                                : present.names != 0 || opened_.names == 0);

@@ -10,6 +10,7 @@
 #include "ala/driver.h"
 #include "platform/malloced.h"
 #include "platform/os.h"
+#include "tool/holding.h"
 
 namespace qvledger {
 
@@ -35,7 +36,7 @@ public:
     bool isStandardOutput() const { return fileName_ == nullptr; }
     bool isTerminal() const { return isTerminal_; }
     bool isFile() const { return kind_ == OS_outputKind::File; }
-    bool isMessagesFile() const; // do messages go to the same file?
+    bool isMessagesFile() const { return isFile() && qvledger::isMessagesFile(fd_); }
     // Was standard output's file removed while this run waited for it?
     bool wasRemoved() const { return wasRemoved_; }
     // Is the report one of the server's logs?
