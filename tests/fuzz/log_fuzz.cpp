@@ -42,10 +42,7 @@ static void walkRecords(ALA_handle_t handle, ALA_acctLogHandle_t log) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size) {
     static const Sandbox sandbox;
-    static ALA_handle_t handle = nullptr;
-    if (handle == nullptr && ALA_Register("alpha", sandbox.root().logs().c_str(),
-                                          sandbox.root().oids().c_str(), &handle) != ALA_N_NORMAL)
-        std::abort();
+    const ALA_handle_t handle = sandbox.handle();
     Sandbox::write(sandbox.root().log("alpha", "20010203"), {bytes, size});
     const ALA_time day = {2001, 2, 3};
     ALA_acctLogHandle_t log = nullptr;

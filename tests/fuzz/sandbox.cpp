@@ -51,6 +51,14 @@ Sandbox::~Sandbox() {
     std::filesystem::remove_all(folder, ignored);
 }
 
+ALA_handle_t Sandbox::handle() const {
+    static ALA_handle_t handle = nullptr;
+    if (handle == nullptr &&
+        ALA_Register("alpha", tree.logs().c_str(), tree.oids().c_str(), &handle) != ALA_N_NORMAL)
+        throw std::runtime_error("no registration");
+    return handle;
+}
+
 void Sandbox::write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes) {
     const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     const bool isWritten = fd >= 0 && ::write(fd, bytes.data(), bytes.size()) == std::ssize(bytes);

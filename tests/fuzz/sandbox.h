@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "ala/ala.h"
 #include "samples/sample_root.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t size);
@@ -19,6 +20,8 @@ public:
     Sandbox &operator=(const Sandbox &) = delete;
 
     const samples::SampleRoot &root() const { return tree; }
+    // A registration of the server alpha, which lasts.
+    ALA_handle_t handle() const;
 
     static void write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes);
 
