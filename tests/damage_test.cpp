@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <functional>
 #include <numeric>
 #include <random>
 
@@ -257,33 +258,33 @@ TEST(Damage, WhatRegionsOfDamageDoNotTouchIsFoundAgain) {
 // The step is odd, so that the sample has each bit of a byte.
 static const std::size_t kStep = wantedLogs() != 0 ? 1 : 601;
 
-TEST(Damage, EachPrefixHasItsRecords) {
+// Damages three small logs at each place, which is a byte or a bit.
+static void judgeEach(std::size_t perByte, const std::function<void(Damaged &, std::size_t)> &damage) {
     Counts counts;
     for (const std::uint32_t version : {1U, 2U, 3U}) {
         const Original original = makeOriginal(version, version, 3);
-        for (std::size_t size = original.headerEnd; size < original.log.size(); size += kStep) {
+        for (std::size_t at = perByte * original.headerEnd; at < perByte * original.log.size(); at += kStep) {
             Damaged log = undamaged(original);
-            log.bytes.resize(size);
-            log.origins.resize(size);
-            std::fill(log.touched.begin() + static_cast<std::ptrdiff_t>(size), log.touched.end(), true);
-            judge(log, original, std::to_string(version) + ": prefix of " + std::to_string(size), counts);
+            damage(log, at);
+            judge(log, original, std::to_string(version) + ": at " + std::to_string(at), counts);
         }
     }
     tell(counts);
 }
 
+TEST(Damage, EachPrefixHasItsRecords) {
+    judgeEach(1, [](Damaged &log, std::size_t size) {
+        log.bytes.resize(size);
+        log.origins.resize(size);
+        std::fill(log.touched.begin() + static_cast<std::ptrdiff_t>(size), log.touched.end(), true);
+    });
+}
+
 TEST(Damage, AFlippedBitCostsOneRecordAtMost) {
-    Counts counts;
-    for (const std::uint32_t version : {1U, 2U, 3U}) {
-        const Original original = makeOriginal(version, version, 3);
-        for (std::size_t bit = 8 * original.headerEnd; bit < 8 * original.log.size(); bit += kStep) {
-            Damaged log = undamaged(original);
-            log.bytes[bit / 8] = static_cast<char>(log.bytes[bit / 8] ^ 1 << bit % 8);
-            log.touched[bit / 8] = true;
-            judge(log, original, std::to_string(version) + ": bit " + std::to_string(bit), counts);
-        }
-    }
-    tell(counts);
+    judgeEach(8, [](Damaged &log, std::size_t bit) {
+        log.bytes[bit / 8] = static_cast<char>(log.bytes[bit / 8] ^ 1 << bit % 8);
+        log.touched[bit / 8] = true;
+    });
 }
 
 // Each fourth byte begins a tag whose values lead through the whole log.

@@ -29,8 +29,6 @@ namespace fs = std::filesystem;
 
 constexpr std::time_t kNoonOfMarch1st = 920289600; // 1999-03-01 12:00 UTC
 static const char *const kTail = "19990301";
-static const Value kUnreadable{Bytes("\0\0\0\x7f", 4)}; // a text without its characters
-
 static Job march() {
     return jobOf({{"job-name", {"march"}}});
 }
@@ -70,7 +68,7 @@ TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {
     expectDeleted(false, "unreadable first value",
                   logOf({Job().attribute(name, STRING, {kUnreadable, text})}));
     expectDeleted(
-        false, "first value passed over",
+        false, "first value skipped",
         logOf({Job().attribute(name, OBJECT_IDENTIFIER, {packUint(4711), packUint(shortOid("job-name"))})}));
     expectDeleted(false, "unknown attribute", logOf({march(), Job().attribute("1.2.3.4", STRING, {text})}));
     expectDeleted(false, "unreadable first document", logOf({withDocument({kUnreadable})}), "-da");
@@ -80,28 +78,23 @@ TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {
     expectDeleted(true, "unreadable document that is not asked for", logOf({later}));
 }
 
-TEST(Deletion, OnlyLogsOfTheRangeThatOpenedGo) {
-    PrintSystem system;
-    for (const char *tail : {"19990228", "19990301", "19990302", "19990303"})
-        system.save(tail, logOf({march()}));
-    system.save("19990302", logOf({march()}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
-    const fs::path report = system / "report";
-    EXPECT_EQ(system.run({"-d", "-o", report, "-s", "19990301", "-e", "19990302", "alpha"}).status, 7);
-    EXPECT_TRUE(fs::exists(system.log("19990228")));
-    EXPECT_FALSE(fs::exists(system.log("19990301")));
-    EXPECT_TRUE(fs::exists(system.log("19990302")));
-    EXPECT_TRUE(fs::exists(system.log("19990303")));
-    EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "it holds all that is left of the deleted log";
-}
-
-TEST(Deletion, ALogKeptForItsWriterDoesNotKeepTheReportOfAFailedRun) {
-    PrintSystem system;
-    system.save("19990301", logOf({march()}));
-    system.save("19990302", logOf({march()}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
-    const Descriptor writer(open(system.log("19990301").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
-    EXPECT_EQ(system.run({"-d", "-o", system / "report", "alpha"}).status, 7);
-    EXPECT_TRUE(fs::exists(system.log("19990301")));
-    EXPECT_FALSE(fs::exists(system / "report"));
+// The report of a run that failed stays for the sake of a log that went, and only then.
+TEST(Deletion, OnlyLogsOfTheRangeThatOpenedAndHaveNoWriterGo) {
+    for (const bool hasWriter : {false, true}) {
+        SCOPED_TRACE(hasWriter);
+        PrintSystem system;
+        for (const char *tail : {"19990228", "19990301", "19990303"})
+            system.save(tail, marchLog());
+        system.save("19990302", marchLog({.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
+        const Descriptor writer(hasWriter ? open(system.log("19990301").c_str(), O_WRONLY | O_CLOEXEC) : -1);
+        const fs::path report = system / "report";
+        EXPECT_EQ(system.run({"-d", "-o", report, "-s", "19990301", "-e", "19990302", "alpha"}).status, 7);
+        for (const char *tail : {"19990228", "19990302", "19990303"})
+            EXPECT_TRUE(fs::exists(system.log(tail))) << tail;
+        EXPECT_EQ(fs::exists(system.log("19990301")), hasWriter);
+        EXPECT_EQ(readFile(report), hasWriter ? "" : "job-name\nmarch\n");
+        EXPECT_NE(fs::exists(report), hasWriter);
+    }
 }
 
 TEST(Deletion, CurrentLogStays) {
@@ -122,10 +115,10 @@ TEST(Deletion, CurrentLogStays) {
 }
 
 TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
-    int pipe[2];
-    ASSERT_EQ(pipe2(pipe, O_CLOEXEC), 0);
-    close(pipe[0]);
-    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    close(ends[0]);
+    const Descriptor pipe(ends[1]), full(open("/dev/full", O_WRONLY | O_CLOEXEC));
     const auto expectKept = [](const char *label, const std::vector<std::string> &arguments,
                                const ToolRun &run, const std::string &err) {
         SCOPED_TRACE(label);
@@ -141,8 +134,8 @@ TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
         EXPECT_FALSE(wasKept(result, "the log for the date 19990302")) << result.log;
     };
     const std::string output = "qvledger: the report could not be written to standard output: ";
-    expectKept("full device", {"-d", "alpha"}, {.output = full}, output + "No space left on device.\n");
-    expectKept("pipe without a reader", {"-d", "alpha"}, {.output = pipe[1]}, "");
+    expectKept("full device", {"-d", "alpha"}, {.output = full.get()}, output + "No space left on device.\n");
+    expectKept("pipe without a reader", {"-d", "alpha"}, {.output = pipe.get()}, "");
     expectKept("closed stream", {"-d", "alpha"}, {.closed = {1}}, output + "Bad file descriptor.\n");
     for (const char *name : {"/dev/stdout", "/dev/fd/1"}) {
         PrintSystem system;
@@ -152,8 +145,6 @@ TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
     }
     expectKept("report file on a full device", {"-d", "-o", "/dev/full", "alpha"}, {},
                "qvledger: the report /dev/full could not be written: No space left on device.\n");
-    close(pipe[1]);
-    close(full);
 
     PrintSystem system;
     system.save("19990301", logOf({march()}));
@@ -287,36 +278,28 @@ TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
                   "over a network");
 }
 
-// The caller may be neither owner nor root, or the file system may know no leases.
-TEST(Deletion, WhereWritersAreNotShownALogMustBeQuietForAnHour) {
-    for (const int minutes : {59, 61}) {
-        SCOPED_TRACE(minutes);
-        PrintSystem system;
-        system.save(kTail, logOf({march()}));
-        setChanged(system.log(kTail), std::time(nullptr) - minutes * 60);
-        const ToolRun run{.failing = {system.log(kTail).string() + ".being-deleted", "fcntl:error=EACCES"}};
-        const ToolResult result = system.run({"-d", "alpha"}, run);
-        EXPECT_EQ(result.err, "");
-        EXPECT_EQ(fs::exists(system.log(kTail)), minutes == 59);
-        EXPECT_EQ(wasKept(result, "it was written to within the last hour"), minutes == 59) << result.log;
-    }
-}
-
-TEST(Deletion, WhatCannotBeMovedStaysAndTellsWhy) {
-    const std::tuple<const char *, int, const char *> cases[] = {
-        {"EBUSY", 0, "another program has it open and does not let it be moved"},
-        {"EINVAL", 0, "its file system cannot give it another name safely"},
-        {"EROFS", 26, ""},
+// Among them what a caller sees who is neither owner nor root, or on a file system that knows no leases.
+TEST(Deletion, ACallThatFailsKeepsALogAndTellsWhy) {
+    const struct {
+        const char *name, *call;
+        int minutes, status; // since the log was written to, and of the run
+        const char *why;     // it stays, if any
+    } cases[] = {
+        {"19990301.being-deleted", "fcntl:error=EACCES", 59, 0, "it was written to within the last hour"},
+        {"19990301.being-deleted", "fcntl:error=EACCES", 61, 0, nullptr},
+        {kTail, "renameat2:error=EBUSY", 0, 0, "another program has it open and does not let it be moved"},
+        {kTail, "renameat2:error=EINVAL", 0, 0, "its file system cannot give it another name safely"},
+        {kTail, "renameat2:error=EROFS", 0, 26, ""},
     };
-    for (const auto &[error, status, why] : cases) {
-        SCOPED_TRACE(error);
+    for (const auto &[name, call, minutes, status, why] : cases) {
+        SCOPED_TRACE(std::string(call) + ' ' + std::to_string(minutes));
         PrintSystem system;
-        system.save(kTail, logOf({march()}));
-        const ToolRun run{.failing = {system.log(kTail), std::string("renameat2:error=") + error}};
-        const ToolResult result = system.run({"-d", "alpha"}, run);
+        system.save(kTail, marchLog());
+        setChanged(system.log(kTail), std::time(nullptr) - minutes * 60);
+        const ToolResult result = system.run({"-d", "alpha"}, {.failing = {system.log(name), call}});
         EXPECT_EQ(result.status, status);
-        EXPECT_TRUE(fs::exists(system.log(kTail)));
-        EXPECT_TRUE(status != 0 || wasKept(result, why)) << result.log;
+        EXPECT_EQ(fs::exists(system.log(kTail)), why != nullptr);
+        EXPECT_EQ(wasKept(result, why != nullptr ? why : ""), why != nullptr && status == 0) << result.log;
     }
 }
 

@@ -46,10 +46,8 @@ protected:
 };
 
 TEST_F(Directory, TailGivesTheDate) {
-    const struct {
-        const char *name;
-        const char *listed; // null: no log of this server
-    } cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
+        // null: no log of this server
         {"alpha.20010203", "2001-2-3"},   {"alpha.20019999", "2001-99-99"},
         {"alpha.123", "0-1-23"},          {"alpha.", "0-0-0"},
         {"alpha.abc", "0-0-0"},           {"alpha.-1234567", "-123--45--67"},
@@ -57,11 +55,10 @@ TEST_F(Directory, TailGivesTheDate) {
         {"alpha.200102031", nullptr},     {"alpha", nullptr},
         {"Alpha.20010203", nullptr},      {"alpha2.20010203", nullptr},
     };
-    for (const auto &c : cases) {
-        touch(c.name);
-        EXPECT_THAT(list(),
-                    ElementsAre(c.listed != nullptr ? std::string(c.listed) + ' ' + c.name : "code 29"));
-        fs::remove(root.logs() / c.name);
+    for (const auto &[name, listed] : cases) {
+        touch(name);
+        EXPECT_THAT(list(), ElementsAre(listed != nullptr ? std::string(listed) + ' ' + name : "code 29"));
+        fs::remove(root.logs() / name);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/descriptor.h"
 #include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 
@@ -26,10 +27,9 @@ static std::string endLine(const std::string &log, int records, bool complete = 
 }
 
 TEST(Json, EveryTextSurvivesItsEscaping) {
-    struct Case {
+    const struct {
         const char *label, *text, *json;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"signs with a meaning", R"(a"b\c/)", R"(a\"b\\c/)"},
         {"controls", "\b\f\n\r\t\x01\x1f\x7f", "\\b\\f\\n\\r\\t\\u0001\\u001f\x7f"},
         {"UTF-8 of each length", "ü€\U0001F5A8", "ü€\U0001F5A8"},
@@ -44,7 +44,7 @@ TEST(Json, EveryTextSurvivesItsEscaping) {
     };
     std::vector<std::string> texts;
     std::string values;
-    for (const Case &one : cases) {
+    for (const auto &one : cases) {
         texts.emplace_back(one.text);
         values += (values.empty() ? "\"" : ",\"") + std::string(one.json) + '"';
     }
@@ -177,10 +177,8 @@ TEST(Json, EndsAsTheToolDoes) {
                                                               {{"alpha"}, 11}};
     for (const auto &[arguments, status] : cases) {
         SCOPED_TRACE(status);
-        const ToolResult expected = system.run(arguments);
-        const ToolResult result = system.run(arguments, kJson);
-        EXPECT_EQ(result.status, status);
-        EXPECT_EQ(result.status, expected.status);
+        const ToolResult expected = system.run(arguments), result = system.run(arguments, kJson);
+        EXPECT_TRUE(result.status == status && expected.status == status) << result.status;
         EXPECT_EQ(result.err, expected.err);
     }
     const std::string usage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
@@ -199,10 +197,9 @@ TEST(Json, EndsAsTheToolDoes) {
 TEST(Json, AFullOutputIsToldAndHasItsStatus) {
     PrintSystem system;
     system.save("19990301", logOf({jobOf({{"job-name", {"x"}}})}));
-    const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+    const qvledger::Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
     const ToolResult result =
-        system.run({"alpha", "none"}, {.output = full, .program = QVLEDGER_JSON_BINARY});
-    close(full);
+        system.run({"alpha", "none"}, {.output = full.get(), .program = QVLEDGER_JSON_BINARY});
     EXPECT_EQ(result.status, 74);
     EXPECT_EQ(
         result.err,
@@ -254,26 +251,21 @@ TEST(Json, TheCheckFindsALogUnderTheNameThatItGetsAtMidnight) {
 // What the list of logs does not show, for every program.
 TEST(Json, LogsThatAreNotListedAreReported) {
     PrintSystem system;
-    const ToolRun report, json{.program = QVLEDGER_JSON_BINARY}, check{.program = QVLEDGER_CHECK_BINARY};
-    const auto expectEach = [&](const std::string &label, const std::string &message, int jsonStatus,
-                                int checkStatus, const std::string &jsonEnd,
+    const auto expectEach = [&](const std::string &message, int status, const std::string &jsonEnd,
                                 const std::pair<std::string, std::string> &failing) {
-        SCOPED_TRACE(label);
-        for (ToolRun run : {report, json, check}) {
-            const bool isJson = run.program == json.program;
-            run.failing = failing;
-            const ToolResult result = system.run({"alpha"}, run);
-            EXPECT_EQ(result.err, fs::path(run.program).filename().string() + ": " + message + "\n");
-            EXPECT_EQ(result.status, isJson ? jsonStatus : run.program == check.program ? checkStatus : 0);
-            EXPECT_TRUE(!isJson || result.out.ends_with(jsonEnd)) << result.out;
+        for (const char *program : {QVLEDGER_BINARY, QVLEDGER_JSON_BINARY, QVLEDGER_CHECK_BINARY}) {
+            const std::string name = fs::path(program).filename();
+            const ToolResult result = system.run({"alpha"}, {.failing = failing, .program = program});
+            EXPECT_EQ(result.err, name + ": " + message + "\n");
+            EXPECT_EQ(result.status, name == "qvledger" ? 0 : status) << name;
+            EXPECT_TRUE(name != "qvledger-json" || result.out.ends_with(jsonEnd)) << result.out;
         }
     };
     system.save("19990301", marchLog());
     const std::string whole = endLine("alpha.19990301", 1);
-    expectEach("list cut",
-               "logs of the server alpha may be missing, because their folder cannot be read to its end: "
+    expectEach("logs of the server alpha may be missing, because their folder cannot be read to its end: "
                "Input/output error.",
-               27, 27, whole + "{\"server\":\"alpha\",\"complete\":false}\n",
+               27, whole + "{\"server\":\"alpha\",\"complete\":false}\n",
                {system.root.logs(), "getdents64:error=EIO:when=2+2"});
     const std::string others = system.root.log("beta", "19990301");
     marchLog().save(others);
@@ -286,13 +278,12 @@ TEST(Json, LogsThatAreNotListedAreReported) {
     EXPECT_EQ(readFile(others), marchLog().bytes());
     fs::remove(others);
     system.save("19990228.being-deleted", marchLog());
-    expectEach("being deleted",
-               "the log alpha.19990228.being-deleted is being deleted, or was left by a run that ended.", 0,
-               0, whole, {});
+    expectEach("the log alpha.19990228.being-deleted is being deleted, or was left by a run that ended.", 0,
+               whole, {});
     EXPECT_EQ(system.run({"-d", "-e", "19990228", "alpha"}).err, "") << "it has its name back";
     system.save("current", marchLog());
     setChanged(system.log("current"), 920289600); // at noon of 1 March
-    const ToolResult result = system.run({"alpha"}, json);
+    const ToolResult result = system.run({"alpha"}, kJson);
     EXPECT_NE(result.err.find(" have the same date: one of them may be reported twice"), result.err.npos);
     EXPECT_EQ(result.status, 6);
     EXPECT_TRUE(result.out.ends_with(whole + endLine("alpha.current", 0, false))) << result.out;

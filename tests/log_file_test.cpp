@@ -1,7 +1,6 @@
 // Reading a log in large pieces.
 #include "ala/log/log_file.h"
 
-#include <cerrno>
 #include <fstream>
 #include <string>
 
@@ -23,14 +22,11 @@ protected:
         file = LogFile(descriptor.get());
     }
 
-    // The next bytes, or why there are none.
+    // The next bytes, or why they cannot be had.
     std::string get(std::size_t size) {
         if (const std::uint8_t *bytes = file.need(size))
             return {reinterpret_cast<const char *>(bytes), size};
-        return file.outOfMemory()  ? "no memory"
-               : file.error() != 0 ? "failed"
-               : file.isAtEnd()    ? "end"
-                                   : "cut";
+        return file.isAtEnd() ? "end" : "cut";
     }
     std::string item() const { return {reinterpret_cast<const char *>(file.item()), file.itemSize()}; }
 
@@ -73,14 +69,4 @@ TEST_F(LogFileOf, WhatWasWrittenMeanwhileShowsAfterAMove) {
     EXPECT_EQ(get(8), content.substr(399'997) + "grown");
     file.consume();
     EXPECT_EQ(get(1), "end");
-}
-
-// The process's own memory, of which nothing can be read at its first address.
-TEST(LogFile, AFailedReadIsNoEnd) {
-    const Descriptor memory(open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
-    LogFile file(memory.get());
-    EXPECT_EQ(file.need(1), nullptr);
-    EXPECT_EQ(file.error(), EIO);
-    EXPECT_FALSE(file.isAtEnd());
-    EXPECT_EQ(file.reach(), 0);
 }

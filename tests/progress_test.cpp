@@ -45,11 +45,8 @@ static SlowRun runSlowly(bool toFile, const ToolRun &givenRun = {}) {
 }
 
 TEST(Progress, IsDrawnBesideAFileAndErasedBeforeAMessageAndAtTheEnd) {
-    int terminal = -1, program = -1;
-    if (openpty(&terminal, &program, nullptr, nullptr, nullptr) != 0)
+    if (access("/dev/ptmx", R_OK) != 0)
         GTEST_SKIP() << "needs pseudo-terminals";
-    close(terminal);
-    close(program);
     const std::string message = "Unable to read the accounting file.\r\n", erased = "\r\033[K";
     const SlowRun run = runSlowly(true);
     EXPECT_TRUE(run.terminal.starts_with("\r19990301  log 1 of 2  ")) << run.terminal;

@@ -80,12 +80,10 @@ TEST_F(RecordReader, RecordOfAnyVersionCutAnywhereComesWholeLater) {
 
 TEST_F(RecordReader, FirstRecordCutAnywhereIsAFailedRead) {
     const Log whole = Log().job(smallJob());
-    for (std::size_t size = whole.records()[0]; size < whole.size(); size += 7) {
+    for (std::size_t size = whole.size() - 1; size >= whole.records()[0]; --size) {
         ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_N_NORMAL);
         ASSERT_EQ(first(), "code 11") << size;
     }
-    ASSERT_EQ(open(Log()), ALA_N_NORMAL);
-    EXPECT_EQ(first(), "code 11");
     EXPECT_EQ(line, "read failed in ALA_GetFirstJobRecord; numAttr = 0; ALA_A_FAIL_READ_LOG_FILE");
 }
 
@@ -109,14 +107,6 @@ TEST_F(RecordReader, UnterminatedObjectIdentifierEndsInItsField) {
     ASSERT_EQ(open(Log().job(Job().attribute({.decoid = longest, .attrValType = 0x01010101}, {}))),
               ALA_N_NORMAL);
     EXPECT_EQ(first(), "1 1 0; " + longest.substr(1) + ":16843009");
-}
-
-TEST_F(RecordReader, LongValuesAreReadWhole) {
-    for (const std::size_t size : {65535U, 65536U, 65537U, 1000000U}) {
-        const Bytes value = Bytes(size - 1, 'x') + 'y';
-        ASSERT_EQ(open(Log().job(Job().attribute("1", 1, {Bytes("a"), value, Bytes("b")}))), ALA_N_NORMAL);
-        ASSERT_EQ(first(), "1 1 0; 1:1 a " + value + " b") << size;
-    }
 }
 
 TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {

@@ -2,7 +2,6 @@
 #include <functional>
 
 #include <gmock/gmock.h>
-#include <malloc.h>
 
 #include "ala/base/handle.h"
 #include "ala/base/lock.h"
@@ -60,22 +59,11 @@ TEST_F(Register, SecondRegistrationOutlivesTheFirst) {
     ASSERT_EQ(ALA_Register("beta", "/", root.oids().c_str(), &second), ALA_N_NORMAL);
     std::swap(handle, second);
     EXPECT_EQ(ALA_Unregister(&second), ALA_N_NORMAL);
-    EXPECT_EQ(THR_LockMutex(&timeLock), 0);
-    EXPECT_EQ(THR_UnlockMutex(&timeLock), 0);
+    EXPECT_TRUE(THR_LockMutex(&timeLock) == 0 && THR_UnlockMutex(&timeLock) == 0);
     EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
     EXPECT_NE(THR_LockMutex(&timeLock), 0) << "the last one ends the locks";
     EXPECT_EQ(ALA_Unregister(&handle), ALA_A_NOT_REGISTER);
     EXPECT_EQ(ALA_Unregister(nullptr), ALA_A_NOT_REGISTER);
-}
-
-TEST_F(Register, UnregisteringReleasesTheOidDatabase) {
-    for (int round = 0; round < 3; ++round) {
-        const std::size_t before = mallinfo2().uordblks;
-        registerAnew();
-        if (round == 2) {
-            EXPECT_EQ(mallinfo2().uordblks, before);
-        }
-    }
 }
 
 // Calls with an out-parameter that holds something: its code, or -1 when it is not cleared.
@@ -131,10 +119,6 @@ TEST_F(Register, EveryOperationRefusesAHandleOfAnotherProcessFirst) {
 }
 
 TEST_F(Register, ValuesBeforeAnOversizedOneAreSet) {
-    const auto valueOf = [](const char *name) {
-        const char *value = std::getenv(name);
-        return std::string(value != nullptr ? value : "(unset)");
-    };
     const std::string longest(259, 'y');
     setenv("QV_ONE", "old", 1);
     unsetenv("QV_THREE");
@@ -142,9 +126,9 @@ TEST_F(Register, ValuesBeforeAnOversizedOneAreSet) {
         {{serverKey("alpha"),
           {{"QV_ONE", "a=b"}, {"QV_TWO", longest}, {"QV_FOUR", longest + "y"}, {"QV_THREE", "late"}}}});
     EXPECT_EQ(ALA__SetEnvironmentVariables("qv spl alpha"), -1);
-    EXPECT_EQ(valueOf("QV_ONE"), "a=b");
-    EXPECT_EQ(valueOf("QV_TWO"), longest);
-    EXPECT_EQ(valueOf("QV_THREE"), "(unset)");
+    EXPECT_STREQ(getenv("QV_ONE"), "a=b");
+    EXPECT_EQ(getenv("QV_TWO"), longest);
+    EXPECT_EQ(getenv("QV_THREE"), nullptr);
 }
 
 TEST(Library, TellsItsCodesInWords) {

@@ -7,11 +7,13 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/descriptor.h"
 #include "platform/os.h"
 #include "samples/sample_oids.h"
 #include "tests/support/run_tool.h"
 
 using namespace samples;
+using qvledger::Descriptor;
 namespace fs = std::filesystem;
 
 TEST(ReportFile, IsHeldAndEndsInWholeLines) {
@@ -45,23 +47,21 @@ TEST(ReportFile, IsHeldAndEndsInWholeLines) {
 TEST(ReportFile, IsAppendedToWithMessagesBetweenItsLines) {
     PrintSystem system;
     const fs::path report = system / "report";
-    const Value unreadable{Bytes("\0\0\0\x7f", 4)};
     const std::string longName(600'000, 'x');
     const auto atFirstByte = [&] { return open(report.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644); };
     for (const bool byName : {false, true}) {
         SCOPED_TRACE(byName ? "-o" : "standard output");
         system.save("19990301", marchLog());
         Job damaged = jobOf({{"job-name", {longName}}});
-        damaged.attribute(dotted("job-comment"), STRING, {unreadable});
+        damaged.attribute(dotted("job-comment"), STRING, {kUnreadable});
         system.save("19990302", logOf({damaged}));
         writeFile(report, "earlier\nhalf a line");
-        const int output = atFirstByte(), error = atFirstByte();
+        const Descriptor output(atFirstByte()), error(atFirstByte());
         std::vector<std::string> arguments = {"-d", "-g", "alpha"};
         if (byName)
             arguments.insert(arguments.begin(), {"-o", report});
-        EXPECT_EQ(system.run(arguments, {.output = byName ? -1 : output, .error = error}).status, 0);
-        close(output);
-        close(error);
+        EXPECT_EQ(system.run(arguments, {.output = byName ? -1 : output.get(), .error = error.get()}).status,
+                  0);
         EXPECT_EQ(readFile(report), "earlier\nhalf a line\nmarch\n"
                                     "Unable to read accounting information because the data appears to be "
                                     "corrupted.\n" +
@@ -143,9 +143,8 @@ TEST(ReportFile, ThatIsALogIsRefused) {
     // One that can be written and not read: its third opening is that of the look at how it begins.
     EXPECT_EQ(
         system.run({"-o", others, "alpha"}, {.failing = {others, "openat:error=EACCES:when=3+"}}).status, 30);
-    const int output = open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-    EXPECT_EQ(system.run({"alpha"}, {.output = output}).status, 30);
-    close(output);
+    const Descriptor output(open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    EXPECT_EQ(system.run({"alpha"}, {.output = output.get()}).status, 30);
     EXPECT_EQ(readFile(system.log("current")), before);
     EXPECT_FALSE(fs::exists(system.log("new")) || fs::exists(system.log("19990305")));
     EXPECT_EQ(readFile(others), marchLog().bytes());

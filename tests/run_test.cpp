@@ -21,8 +21,6 @@ static const char *const kEnvironment = "Unable to process the environment varia
 static const char *const kUnknown = "Unable to process data due to an unknown error.\n";
 static const LogHeader kForNobody{.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}};
 
-static const Value kUnreadable{Bytes("\0\0\0\x7f", 4)}; // a text without its characters
-
 using Preparation = std::function<void(const PrintSystem &)>;
 
 // Runs with -o FILE before the arguments, once with a file that existed and once with a new one.
@@ -121,8 +119,6 @@ TEST(Run, MessagesStayOutOfTheReportWhenTheErrorStreamIsClosed) {
     system.save("19990301", marchLog(kForNobody));
     system.save("19990302", marchLog());
     const fs::path report = system / "report";
-    EXPECT_EQ(system.run({"-o", report, "alpha"}, {.closed = {0, 1, 2}}).status, 7);
-    EXPECT_FALSE(fs::exists(report));
     writeFile(report, "");
     EXPECT_EQ(system.run({"-o", report, "alpha"}, {.closed = {0, 1, 2}}).status, 7);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");

@@ -10,11 +10,9 @@ using namespace qvledger;
 
 using namespace std::string_literals;
 
-constexpr char kNothing[] = "(no text)";
-
 // Takes over a text of the library.
 static std::string take(char *givenText) {
-    const std::string text = givenText != nullptr ? givenText : kNothing;
+    const std::string text = givenText != nullptr ? givenText : "(no text)";
     std::free(givenText);
     return text;
 }

@@ -1,10 +1,10 @@
 #include "tests/support/facility.h"
 
-#include <chrono>
 #include <utility>
 
 #include "service/log/log.h"
 #include "service/log/log_internal.h"
+#include "tests/support/run_tool.h"
 
 std::string takeText(ALA_attrPair *&pair) {
     if (pair == nullptr)
@@ -28,9 +28,7 @@ NextDay::NextDay()
 
 void Facility::layCurrentLog() const {
     samples::Log().save(path("current"));
-    const std::chrono::sys_seconds when =
-        std::chrono::sys_days(std::chrono::year(2001) / 2 / 3) + std::chrono::minutes(23 * 60 + 30);
-    std::filesystem::last_write_time(path("current"), std::chrono::file_clock::from_sys(when));
+    setChanged(path("current"), 981'243'000);
 }
 
 void Facility::setTimeZone(const char *zone) {

@@ -27,8 +27,8 @@ public:
 
     // The next entry that it was sent; nothing if there is none.
     std::string take() const {
-        using qvledger::Descriptor;
-        const Descriptor connection(type == SOCK_STREAM ? accept(socket.get(), nullptr, nullptr) : -1);
+        const qvledger::Descriptor connection(type == SOCK_STREAM ? accept(socket.get(), nullptr, nullptr)
+                                                                  : -1);
         char entry[10000];
         const int source = type == SOCK_STREAM ? connection.get() : socket.get();
         return {entry, static_cast<std::size_t>(std::max<ssize_t>(recv(source, entry, sizeof entry, 0), 0))};

@@ -24,6 +24,14 @@ public:
     // For a program to be started, until one of the calls below.
     int writer() const { return writer_.get(); }
 
+    // What is written next waits until it is read.
+    void fill() const {
+        EXPECT_EQ(fcntl(writer_.get(), F_SETFL, O_NONBLOCK), 0);
+        while (write(writer_.get(), "x", 1) == 1)
+            continue;
+        EXPECT_EQ(fcntl(writer_.get(), F_SETFL, 0), 0);
+    }
+
     // Until less than so many bytes find room.
     void waitUntilFull(int room) {
         writer_.reset(-1);

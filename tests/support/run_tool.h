@@ -69,6 +69,8 @@ std::string readAll(int fd);
 // Sets a file's last change: seconds since 1970.
 void setChanged(const std::filesystem::path &path, time_t when);
 
+const samples::Value kUnreadable{samples::Bytes("\0\0\0\x7f", 4)}; // a text without its characters
+
 // An attribute of the sample system with texts as its values.
 using NamedTexts = std::pair<std::string, std::vector<std::string>>;
 void addTexts(samples::Job &job, const std::vector<NamedTexts> &attributes);
