@@ -2,7 +2,8 @@
 //
 // `make damage` damages LOGS logs of 200 records, whose numbers are the seeds of their choices, in one to
 // three regions of 1 to 4,096 bytes each, which are overwritten, cut out, zeroed or inserted; and it tries
-// each prefix and each flipped bit of three small logs.  Without QVLEDGER_DAMAGED_LOGS it is a sample.
+// each prefix and each flipped bit of three small logs.  It also counts what is found in LOGS logs of many
+// shapes (damage_shapes.h).  Without QVLEDGER_DAMAGED_LOGS all that is a sample.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,45 +11,22 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <map>
 #include <numeric>
-#include <random>
 
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include "ala/repair/search.h"
-#include "samples/log_writer.h"
 #include "samples/sample_jobs.h"
+#include "tests/damage_shapes.h"
 
 using namespace qvledger;
 using namespace samples;
 
-constexpr std::int64_t kNew = -1; // a byte that no original has
-
-// A log, and for each of its bytes the place that it has in the original.
-struct Damaged {
-    std::string bytes;
-    std::vector<std::int64_t> origins;
-    std::vector<bool> touched; // by the place in the original
-};
-
-struct Original {
-    Log log;
-    std::uint32_t version;
-    std::size_t headerEnd;
-    std::size_t endOf(std::size_t record) const {
-        return record + 1 < log.records().size() ? log.records()[record + 1] : log.size();
-    }
-};
-
 struct Counts {
     long logs = 0, records = 0, untouched = 0, saved = 0, joined = 0, taken = 0;
 };
-
-using Random = std::mt19937;
-static std::size_t pick(Random &random, std::size_t below) {
-    return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
-}
 
 static Original makeOriginal(std::uint32_t version, unsigned seed, std::uint64_t jobs) {
     const LogHeader header{.verNum = version, .createDate = 1000000000};
@@ -253,6 +231,95 @@ TEST(Damage, WhatRegionsOfDamageDoNotTouchIsFoundAgain) {
         judge(log, original, "log " + std::to_string(seed), counts);
     }
     tell(counts);
+}
+
+// What a piece is called that is not an untouched record.  One that begins where a record did, is as long and
+// would be a record alone has changed bytes that no reader can notice.
+static const char *nameOf(const Piece &piece, const ShapedLog &shaped) {
+    const Original &original = shaped.original;
+    const auto &starts = original.log.records();
+    const auto origin = static_cast<std::size_t>(shaped.damaged.origins[piece.begin]);
+    const auto start = std::ranges::lower_bound(starts, origin);
+    const bool begins = start != starts.end() && *start == origin;
+    const bool hasSize =
+        begins &&
+        original.endOf(static_cast<std::size_t>(start - starts.begin())) - origin == piece.end - piece.begin;
+    if (shaped.kind == "cut")
+        return "forged";
+    if ((hasSize || (begins && endsAsOneDid(shaped.damaged, piece, original)) ||
+         isLikeOneBehind(shaped.damaged, piece, original)) &&
+        isWholeAlone(shaped.damaged, piece, original))
+        return hasSize ? "changed" : "joined";
+    return "wrong";
+}
+
+// Counts of each group of logs, by which two searches are compared.
+using Tally = std::map<std::string, std::map<std::string, long>>;
+
+static void judgeShaped(unsigned number, Tally &tally) {
+    const ShapedLog shaped = makeShapedLog(number);
+    const Original &original = shaped.original;
+    const Damaged &log = shaped.damaged;
+    const std::string version = "version " + std::to_string(original.version);
+    const auto count = [&](const std::string &what, const Piece &piece = {}) {
+        for (const std::string &group : {std::string("all"), version, shaped.kind})
+            ++tally[group][what];
+        if (wantedLogs() != 0 && (what == "lost" || what == "wrong" || what == "forged") &&
+            tally["all"][what] <= 40)
+            std::printf("%s: log %u, %zu to %zu, once at %ld; %s%s\n", what.c_str(), number, piece.begin,
+                        piece.end, static_cast<long>(log.origins[piece.begin]), version.c_str(),
+                        shaped.damages.c_str());
+    };
+    count("logs");
+    std::vector<std::size_t> places(original.log.size(), log.bytes.size());
+    for (std::size_t i = 0; i < log.origins.size(); ++i)
+        if (log.origins[i] != kNew)
+            places[static_cast<std::size_t>(log.origins[i])] = i;
+    std::map<std::size_t, std::size_t> missing; // beginnings and ends of untouched records
+    for (std::size_t record = 0; record < original.log.records().size(); ++record) {
+        const std::size_t begin = original.log.records()[record], size = original.endOf(record) - begin;
+        count("records");
+        if (log.bytes.compare(places[begin], size, original.log.bytes(), begin, size) != 0)
+            continue;
+        count("untouched");
+        missing[places[begin]] = places[begin] + size;
+    }
+    std::vector<Piece> excused;
+    for (const Piece &piece : search(log.bytes, original)) {
+        const auto at = missing.find(piece.begin);
+        if (at != missing.end() && at->second == piece.end) {
+            missing.erase(at);
+            continue;
+        }
+        const std::string is = nameOf(piece, shaped);
+        count(is, piece);
+        if (is == "joined" || is == "changed")
+            excused.push_back(piece);
+    }
+    for (const auto &[begin, end] : missing)
+        count(std::ranges::any_of(excused,
+                                  [at = begin](const Piece &by) { return by.begin <= at && at < by.end; })
+                  ? "taken"
+                  : "lost",
+              {begin, end});
+}
+
+TEST(Damage, LogsOfManyShapesLoseFewRecords) {
+    Tally tally;
+    for (unsigned number = 1; number <= (wantedLogs() != 0 ? wantedLogs() : 40); ++number)
+        judgeShaped(number, tally);
+    for (auto &[group, counts] : tally) {
+        std::printf("%-15s", group.c_str());
+        for (const char *what :
+             {"logs", "records", "untouched", "lost", "wrong", "forged", "joined", "changed", "taken"})
+            std::printf(" %s %ld", what, counts[what]);
+        std::printf("\n");
+    }
+    if (wantedLogs() != 0)
+        return; // the numbers are compared to those of another search
+    EXPECT_GT(tally["all"]["untouched"], 6000);
+    EXPECT_LE(tally["all"]["lost"] + tally["all"]["wrong"], 4); // two of each, when this was written
+    EXPECT_EQ(tally["all"]["forged"], 0);
 }
 
 // The step is odd, so that the sample has each bit of a byte.

@@ -1,0 +1,42 @@
+// Logs of many shapes, and the damage that disks, copies and lost transfers do to them.
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "samples/log_writer.h"
+
+constexpr std::int64_t kNew = -1; // a byte that no original has
+
+// A log, and for each of its bytes the place that it has in the original.
+struct Damaged {
+    std::string bytes;
+    std::vector<std::int64_t> origins;
+    std::vector<bool> touched = {}; // by the place in the original
+};
+
+struct Original {
+    samples::Log log;
+    std::uint32_t version;
+    std::size_t headerEnd;
+    std::size_t endOf(std::size_t record) const {
+        return record + 1 < log.records().size() ? log.records()[record + 1] : log.size();
+    }
+};
+
+using Random = std::mt19937;
+inline std::size_t pick(Random &random, std::size_t below) {
+    return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
+}
+
+// A log that its number determines: 1 to 400 records of one to five kinds with attributes of all types,
+// damaged in one to three ways.  An overwritten byte keeps its origin.
+struct ShapedLog {
+    Original original;
+    Damaged damaged;
+    std::string kind;    // of the damage, such as "cut", or "several"
+    std::string damages; // each with its place and size
+};
+ShapedLog makeShapedLog(unsigned number);
