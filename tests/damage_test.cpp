@@ -253,6 +253,16 @@ static const char *nameOf(const Piece &piece, const ShapedLog &shaped) {
     return "wrong";
 }
 
+// Does it have the bytes of an original record?  Then most likely a text contained it.
+static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
+    const Original &original = shaped.original;
+    const std::string bytes = shaped.damaged.bytes.substr(piece.begin, piece.end - piece.begin);
+    return std::ranges::any_of(original.log.records(), [&](const std::size_t &begin) {
+        const auto record = static_cast<std::size_t>(&begin - original.log.records().data());
+        return original.log.bytes().compare(begin, original.endOf(record) - begin, bytes) == 0;
+    });
+}
+
 // Counts of each group of logs, by which two searches are compared.
 using Tally = std::map<std::string, std::map<std::string, long>>;
 
@@ -295,6 +305,8 @@ static void judgeShaped(unsigned number, Tally &tally) {
         count(is, piece);
         if (is == "joined" || is == "changed")
             excused.push_back(piece);
+        else if (isCopied(piece, shaped))
+            count("copied");
     }
     for (const auto &[begin, end] : missing)
         count(std::ranges::any_of(excused,
@@ -310,8 +322,8 @@ TEST(Damage, LogsOfManyShapesLoseFewRecords) {
         judgeShaped(number, tally);
     for (auto &[group, counts] : tally) {
         std::printf("%-15s", group.c_str());
-        for (const char *what :
-             {"logs", "records", "untouched", "lost", "wrong", "forged", "joined", "changed", "taken"})
+        for (const char *what : {"logs", "records", "untouched", "lost", "wrong", "forged", "copied",
+                                 "joined", "changed", "taken"})
             std::printf(" %s %ld", what, counts[what]);
         std::printf("\n");
     }
