@@ -21,8 +21,8 @@ OS_outputKind OS_KindOfOutput(int in_fd);
 // programs that share the descriptor.  0, or -1.
 int OS_WriteAtEnd(int in_fd);
 
-// Has the reader of a pipe or local socket read everything?  OS_DONE; OS_TAKEN: not yet; OS_REFUSED: nobody
-// reads it any more, or the system does not say.
-int OS_WasRead(int in_fd);
+// How many bytes the reader of a pipe or local socket has not read yet; -1 when nobody reads it any more, or
+// the system does not say.
+int OS_UnreadBytes(int in_fd);
 
 } // extern "C"

@@ -43,14 +43,14 @@ int OS_WriteAtEnd(int in_fd) {
     return flags != -1 ? fcntl(in_fd, F_SETFL, static_cast<long>(flags | O_APPEND)) : -1;
 }
 
-int OS_WasRead(int in_fd) {
+int OS_UnreadBytes(int in_fd) {
     const bool isPipe = OS_KindOfOutput(in_fd) == OS_outputKind::Pipe;
     int unread = 0;
     if (ioctl(in_fd, isPipe ? FIONREAD : SIOCOUTQ, &unread) != 0)
-        return OS_REFUSED;
+        return -1;
     // Asked for last: a reader that leaves after this has read everything.
     pollfd reader = {.fd = in_fd, .events = POLLOUT, .revents = 0};
     if (poll(&reader, 1, 0) < 0 || (reader.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0)
-        return OS_REFUSED;
-    return unread == 0 ? OS_DONE : OS_TAKEN;
+        return -1;
+    return unread;
 }

@@ -165,14 +165,9 @@ const char *ReportFile::whyNotOnDisk(int *error) {
 
 const char *ReportFile::whyNotRead() const {
     for (int pause = 1;; pause = std::min(2 * pause, kPause)) {
-        switch (OS_WasRead(fd_)) {
-        case OS_DONE:
-            return nullptr;
-        case OS_REFUSED:
-            return "the reader of its report has not read all of it";
-        default:
-            break;
-        }
+        const int unread = OS_UnreadBytes(fd_);
+        if (unread <= 0)
+            return unread == 0 ? nullptr : "the reader of its report has not read all of it";
         if (OS_NotedSignal() != 0)
             return "the run was asked to end before its report was read";
         OS_Sleep(pause);
