@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "ala/ala.h"
+#include "ala/base/registry_keys.h"
 #include "platform/descriptor.h"
 #include "platform/malloced.h"
 #include "platform/os.h"
@@ -154,27 +155,6 @@ void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion);
 // A log is opened by its file name, under its own access list; whoever is not admitted learns nothing of it.
 // It is looked at as it is when it is opened: what a server appends meanwhile is left for the next time.
 // docs/architecture.md tells how records are found again behind damage.
-
-// Told of each part of a server's set-up.
-class ALA__setUpWatch {
-public:
-    // what: "registry key", "log directory", "OID table".  place: file and line, or a path.  fault: null, or
-    // what is wrong, with file and line where there are any.
-    virtual void part(const char *what, const char *value, const char *place, const char *fault) = 0;
-
-protected:
-    ~ALA__setUpWatch() = default;
-};
-
-// The keys that are read for a server, and where each stands.  False, and told as a fault, when the registry
-// file is malformed or cannot be read, or has neither of the two keys with a server's settings.  Of the one
-// that is used, told as faults alone: a value too long for ALA__SetEnvironmentVariables, and, if it is
-// needed, no QV_ROOT or one that is no text.
-bool ALA__CheckRegistry(const char *inp_serverName, bool in_needsRoot, ALA__setUpWatch &inout_watch);
-
-// Opens a log directory, and reads an OID database's table.  False when that cannot be done.
-bool ALA__CheckLogDirectory(const char *inp_path, ALA__setUpWatch &inout_watch);
-bool ALA__CheckOidTable(const char *inp_path, ALA__setUpWatch &inout_watch);
 
 struct ALA__checkedLog; // an open log
 

@@ -5,6 +5,7 @@
 #include <cwchar>
 
 #include "ala/base/owners.h"
+#include "ala/base/registry_keys.h"
 #include "ala/base/trace.h"
 #include "ala/driver.h"
 #include "platform/registry_key.h"
@@ -14,7 +15,6 @@ using namespace qvledger;
 
 constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device
 constexpr DWORD kWorkstationLevel = 101;
-constexpr char kLogonDeviceKey[] = "System\\CurrentControlSet\\Enum\\Root\\LEGACY_NETLOGON\\0000";
 
 static char gMyDomainName[kDomainSize + 1] = ""; // empty until known, and when none is found
 static std::int32_t threadOnce = 0;

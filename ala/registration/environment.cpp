@@ -4,16 +4,15 @@
 #include <cstring>
 
 #include "ala/base/owners.h"
+#include "ala/base/registry_keys.h"
 #include "ala/base/trace.h"
 #include "platform/registry_key.h"
 
 using namespace qvledger;
 
-constexpr std::size_t kValueSize = 260; // bytes of a value's name and of its data
-
 static const char *servicePrefix(std::uint32_t serverType) {
     if (serverType == kServerTypeSpooler)
-        return "qv spl ";
+        return kSpoolerPrefix;
     return serverType == kServerTypeOther ? "qv spv " : nullptr;
 }
 
@@ -41,13 +40,13 @@ static bool setVariable(const char *name, const char *data) {
 }
 
 std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
-    const Malloced<char> head(_ALA_AddChar("SYSTEM\\CurrentControlSet\\Services\\", inp_serviceName));
-    const Malloced<char> path(head != nullptr ? _ALA_AddChar(head.get(), "\\Environment") : nullptr);
+    const Malloced<char> head(_ALA_AddChar(kServicesKey, inp_serviceName));
+    const Malloced<char> path(head != nullptr ? _ALA_AddChar(head.get(), kEnvironmentKey) : nullptr);
     if (path == nullptr)
         return -1;
     OpenKey key;
     if (openKey(path.get(), KEY_READ, key) != ERROR_SUCCESS &&
-        openKey("SOFTWARE\\Kelmo\\Quorvane\\CurrentVersion\\Environment", KEY_READ, key) != ERROR_SUCCESS) {
+        openKey(kCommonEnvironmentKey, KEY_READ, key) != ERROR_SUCCESS) {
         logRegistryTrouble();
         if (*OS_RegistryTrouble() == '\0')
             ALA_DETAIL("%s is not there, or has no key %s and none for all servers\n", OS_RegistryPath(),
@@ -56,10 +55,10 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
     }
 
     for (DWORD index = 0;; ++index) {
-        char achValue[kValueSize] = "";
-        char envValue[kValueSize + 1] = ""; // data may come without a terminator
-        DWORD nameSize = kValueSize;
-        DWORD dataSize = kValueSize;
+        char achValue[kSettingSize] = "";
+        char envValue[kSettingSize + 1] = ""; // data may come without a terminator
+        DWORD nameSize = kSettingSize;
+        DWORD dataSize = kSettingSize;
         DWORD type = 0;
         const LONG result = RegEnumValueA(key.get(), index, achValue, &nameSize, nullptr, &type,
                                           reinterpret_cast<BYTE *>(envValue), &dataSize);

@@ -3,6 +3,9 @@
 
 #include "platform/os/types.h"
 
+// The registry key that has the machine's group, in the value LanGroup.
+constexpr char OS_WORKSTATION_KEY[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters";
+
 #ifndef _WIN32
 
 struct WKSTA_INFO_101 {

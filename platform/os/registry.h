@@ -45,9 +45,8 @@ const char *OS_RegistryTrouble();
 // The file that the registry is read from, whether it is there or not.
 const char *OS_RegistryPath();
 
-// Where a key below HKEY_LOCAL_MACHINE stands: OS_DONE, and "file:line"; OS_TAKEN, and the file, when it is
-// not there; OS_REFUSED, and an empty text, when memory runs out or the registry file cannot be used, which
-// OS_RegistryTrouble tells then.
-int OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size);
+// Where a key below HKEY_LOCAL_MACHINE stands, "file:line"; only the file with error 2, if it is not there;
+// an empty text with any other error, which OS_RegistryTrouble explains unless memory ran out.
+LONG OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size);
 
 } // extern "C"

@@ -13,7 +13,6 @@ using namespace qvledger;
 constexpr DWORD kErrorInvalidLevel = 124;
 constexpr DWORD kWorkstationLevel = 101;
 constexpr DWORD kTextLimit = 4096; // bytes of the group's name, above any that is in use
-constexpr char kWorkstationKey[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters";
 
 static char gNetworkLibrary; // stands for the one library
 
@@ -29,7 +28,7 @@ static LONG readLanGroup(std::string *group) {
     char text[kTextLimit + 1] = ""; // data may come without a terminator
     DWORD size = kTextLimit;
     DWORD type = 0;
-    const LONG result = readRegistryValue(kWorkstationKey, "LanGroup", &type, text, &size);
+    const LONG result = readRegistryValue(OS_WORKSTATION_KEY, "LanGroup", &type, text, &size);
     if (result == ERROR_SUCCESS && type != REG_SZ && type != REG_EXPAND_SZ)
         return ERROR_FILE_NOT_FOUND;
     if (result == ERROR_SUCCESS)

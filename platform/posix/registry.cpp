@@ -133,19 +133,19 @@ LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD, DWORD, HKEY *outp_k
     }
 }
 
-int OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size) {
+LONG OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size) {
     gTrouble[0] = '\0';
     *outp_text = '\0';
     try {
         Registry registry;
-        if (loadRegistry(registry) != ERROR_SUCCESS)
-            return OS_REFUSED;
+        if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS)
+            return result;
         const std::optional<RegistryKey> key = registry.take(inp_path);
         const std::string line = key ? ":" + std::to_string(key->line) : "";
         std::snprintf(outp_text, in_size, "%s%s", OS_RegistryPath(), line.c_str());
-        return key ? OS_DONE : OS_TAKEN;
+        return key ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     } catch (const std::bad_alloc &) {
-        return OS_REFUSED;
+        return ERROR_NOT_ENOUGH_MEMORY;
     }
 }
 

@@ -14,12 +14,12 @@ const char *OS_RegistryPath() {
     return "HKEY_LOCAL_MACHINE";
 }
 
-int OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size) {
+LONG OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size) {
     OpenKey key;
     *outp_text = '\0';
     const LONG result = openKey(inp_path, KEY_READ, key);
-    if (result != ERROR_SUCCESS && result != ERROR_FILE_NOT_FOUND)
-        return OS_REFUSED;
-    std::snprintf(outp_text, in_size, result == ERROR_SUCCESS ? "%s\\%s" : "%s", OS_RegistryPath(), inp_path);
-    return result == ERROR_SUCCESS ? OS_DONE : OS_TAKEN;
+    if (result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND)
+        std::snprintf(outp_text, in_size, result == ERROR_SUCCESS ? "%s\\%s" : "%s", OS_RegistryPath(),
+                      inp_path);
+    return result;
 }

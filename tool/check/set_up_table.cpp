@@ -1,10 +1,15 @@
 #include "tool/check/set_up_table.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "ala/driver.h"
+#include "platform/registry_key.h"
+#include "service/oid/oid_table.h"
+#include "service/system.h"
 #include "tool/check/fields.h"
 #include "tool/exit_status.h"
 #include "tool/facility.h"
@@ -13,50 +18,146 @@
 
 using namespace qvledger;
 
+constexpr std::size_t kPlaceSize = 4096 + 256; // a path, a line and a reason
+constexpr std::string_view kRegistryKey = "registry key";
+
 namespace {
 
-// Puts the parts of the set-up into their table, and tells the user of faults.
-class SetUpLines final : public ALA__setUpWatch {
+// Writes the parts of the set-up into their table, and reports faults to the user.
+class SetUpLines {
 public:
-    // What is looked at with lent rights the caller may not be able to see: where it stands is not told.
-    explicit SetUpLines(bool partIsTheSystems) : hides(partIsTheSystems && OS_HasLentRights() != 0) {}
+    // The caller may not be able to see what is looked at with lent rights: its place is not shown.
+    explicit SetUpLines(bool partIsTheSystems) : hides_(partIsTheSystems && OS_HasLentRights() != 0) {}
 
-    void part(const char *what, const char *value, const char *place, const char *fault) override {
-        const bool isPath = std::strcmp(what, "registry key") != 0; // whose names are no secret
-        const bool namesPath = isPath && fault != nullptr && std::strchr(fault, '/') != nullptr;
-        const char *shownValue = hides && isPath ? "" : value;
-        const char *shownPlace = hides ? "" : place;
-        const char *shownFault = hides && namesPath ? "cannot be used" : fault;
-        writeFields({what, shownValue, shownPlace, fault != nullptr ? shownFault : ""});
-        if (fault != nullptr)
-            tellOf(what, shownValue, shownPlace, shownFault);
+    // place: file and line, or a path.  fault: what is wrong; empty: nothing.
+    void part(std::string_view what, std::string_view value, std::string_view place, std::string_view fault) {
+        const bool isPath = what != kRegistryKey; // names of keys are no secret
+        if (hides_) {
+            place = "";
+            if (isPath)
+                value = "";
+            if (isPath && fault.find('/') != fault.npos)
+                fault = "cannot be used";
+        }
+        writeFields({what, value, place, fault});
+        if (!fault.empty())
+            report(std::string(what), value, place, fault);
     }
 
 private:
-    static void tellOf(std::string what, const std::string &value, const std::string &place,
-                       const std::string &fault) {
+    static void report(std::string text, std::string_view value, std::string_view place,
+                       std::string_view fault) {
         if (!value.empty() && !place.starts_with(value))
-            what += " " + value;
+            text.append(" ").append(value);
         if (!place.empty() && !fault.starts_with(place))
-            what += ": " + place;
+            text.append(": ").append(place);
         std::fflush(stdout);
-        DisplayMsg(kMsgCheckSetUp, (what + ": " + fault).c_str());
+        DisplayMsg(kMsgCheckSetUp, text.append(": ").append(fault).c_str());
     }
 
-    bool hides;
+    bool hides_;
 };
 
 } // namespace
+
+// ---- The registry ----
+
+// Why the settings of the key cannot be loaded, or lack what the programs need.  Empty: nothing is wrong.
+static std::string faultOfSettings(const char *path, bool needsRoot) {
+    OpenKey key;
+    if (openKey(path, KEY_READ, key) != ERROR_SUCCESS)
+        return "the key cannot be read";
+    std::string last;
+    for (DWORD index = 0;; ++index) {
+        char name[kSettingSize] = "";
+        BYTE data[kSettingSize] = {};
+        DWORD nameSize = kSettingSize, dataSize = kSettingSize, type = 0;
+        const LONG result = RegEnumValueA(key.get(), index, name, &nameSize, nullptr, &type, data, &dataSize);
+        if (result == ERROR_NO_MORE_ITEMS)
+            break;
+        if (result == ERROR_MORE_DATA)
+            return "the value " + (last.empty() ? "that comes first" : "behind " + last) + " is too long";
+        if (result != ERROR_SUCCESS)
+            return "error " + std::to_string(result) + " of the value with the number " +
+                   std::to_string(index);
+        last = name;
+    }
+    DWORD type = 0;
+    if (!needsRoot)
+        return "";
+    if (RegQueryValueExA(key.get(), "QV_ROOT", nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
+        return std::getenv("QV_ROOT") != nullptr ? "" : "it has no value QV_ROOT";
+    return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is no text";
+}
+
+// What a key is looked at for.
+enum class Use { Place, Settings, SettingsWithRoot };
+
+// Writes the line of a key.  0, or why it is not there.
+static LONG checkKey(const char *key, SetUpLines &lines, Use use = Use::Place, const char *ifAbsent = "") {
+    char place[kPlaceSize];
+    const LONG found = OS_PlaceOfKey(key, place, sizeof place);
+    std::string fault;
+    if (found == ERROR_SUCCESS && use != Use::Place)
+        fault = faultOfSettings(key, use == Use::SettingsWithRoot);
+    else if (found == ERROR_FILE_NOT_FOUND)
+        fault = ifAbsent;
+    else if (found != ERROR_SUCCESS)
+        fault = *OS_RegistryTrouble() != '\0' ? OS_RegistryTrouble() : "out of memory";
+    const bool hasPlace = found != ERROR_FILE_NOT_FOUND || *ifAbsent != '\0';
+    lines.part(kRegistryKey, key, hasPlace ? place : "", fault);
+    return found;
+}
+
+// The keys that are read for a server.  False when the registry cannot be used, or has neither of the keys
+// with settings.
+static bool checkRegistry(const Options &options) {
+    const LentRights rights(true);
+    SetUpLines lines(true);
+    const bool needsRoot = options.acctPath2 == nullptr || options.oidPath == nullptr;
+    const Use settings = needsRoot ? Use::SettingsWithRoot : Use::Settings;
+    const std::string own = std::string(kServicesKey) + kSpoolerPrefix + options.serverName + kEnvironmentKey;
+    const LONG ofOwn = checkKey(own.c_str(), lines, settings);
+    if (ofOwn != ERROR_SUCCESS && ofOwn != ERROR_FILE_NOT_FOUND)
+        return false;
+    const LONG ofCommon = ofOwn == ERROR_SUCCESS
+                              ? checkKey(kCommonEnvironmentKey, lines)
+                              : checkKey(kCommonEnvironmentKey, lines, settings,
+                                         "this key is not there, and the server has none of its own");
+    checkKey(kLogonDeviceKey, lines);
+    checkKey(OS_WORKSTATION_KEY, lines);
+    return ofOwn == ERROR_SUCCESS || ofCommon == ERROR_SUCCESS;
+}
+
+// ---- Paths ----
+
+static bool checkLogDirectory(const std::string &path, bool isTheSystems) {
+    const LentRights rights(isTheSystems);
+    SYSU_dir *directory = SYSU_Opendir(path.c_str());
+    const std::string fault = directory == nullptr ? std::strerror(errno) : "";
+    if (directory != nullptr)
+        SYSU_Closedir(directory);
+    SetUpLines(isTheSystems).part("log directory", path, path, fault);
+    return fault.empty();
+}
+
+static bool checkOidTable(const std::string &folder, bool isTheSystems) {
+    const LentRights rights(isTheSystems);
+    const std::string path = folder + "/oids";
+    OidTable table;
+    const OidTable::State state = table.load(path.c_str(), OidTable::Kind::Identifiers);
+    const std::string fault = state == OidTable::State::Absent ? path + ": no such file" : table.whyBad();
+    SetUpLines(isTheSystems).part("OID table", folder, path, state != OidTable::State::Loaded ? fault : "");
+    return state == OidTable::State::Loaded;
+}
 
 // What lies below QV_ROOT, or where the options say.
 static int checkPaths(const Options &options, std::string &logPath) {
     const bool logsAreTheSystems = options.acctPath2 == nullptr;
     const bool oidsAreTheSystems = options.oidPath == nullptr;
-    SetUpLines ofLogs(logsAreTheSystems);
-    SetUpLines ofOids(oidsAreTheSystems);
     const char *root = std::getenv("QV_ROOT");
     const bool lacksRoot = root == nullptr && (logsAreTheSystems || oidsAreTheSystems);
-    SetUpLines(true).part("QV_ROOT", root != nullptr ? root : "", "", lacksRoot ? "is not set" : nullptr);
+    SetUpLines(true).part("QV_ROOT", root != nullptr ? root : "", "", lacksRoot ? "is not set" : "");
     if (lacksRoot)
         return kStatusNoRoot;
     Malloced<char> madePath;
@@ -64,14 +165,9 @@ static int checkPaths(const Options &options, std::string &logPath) {
     if (foundPath == nullptr)
         return tellNoLogPath();
     logPath = foundPath;
-    const std::string oidPath = oidsAreTheSystems ? std::string(root) + "/share/oid" : options.oidPath;
-    bool found = false;
-    {
-        const LentRights rights(logsAreTheSystems);
-        found = ALA__CheckLogDirectory(logPath.c_str(), ofLogs);
-    }
-    const LentRights rights(oidsAreTheSystems);
-    const bool readable = ALA__CheckOidTable(oidPath.c_str(), ofOids);
+    const bool found = checkLogDirectory(logPath, logsAreTheSystems);
+    const bool readable = checkOidTable(
+        oidsAreTheSystems ? std::string(root) + "/share/oid" : options.oidPath, oidsAreTheSystems);
     if (!found)
         return ALA_A_INVALID_LOG_PATH_NAME;
     return readable ? 0 : ALA_A_OID_ERROR;
@@ -79,14 +175,7 @@ static int checkPaths(const Options &options, std::string &logPath) {
 
 int qvledger::checkSetUp(const Options &options, std::string &logPath) {
     writeFields({"set-up", "value", "place", "fault"});
-    bool registryIsSound = false;
-    {
-        const LentRights rights(true);
-        SetUpLines ofRegistry(true);
-        registryIsSound = ALA__CheckRegistry(
-            options.serverName, options.acctPath2 == nullptr || options.oidPath == nullptr, ofRegistry);
-    }
-    if (!registryIsSound || !loadServiceEnvironment(options.serverName)) {
+    if (!checkRegistry(options) || !loadServiceEnvironment(options.serverName)) {
         DisplayMsg(kMsgEnvironment);
         return kStatusBadStart;
     }
