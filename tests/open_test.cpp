@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ala/driver.h"
+#include "ala/driver/deletion.h"
 #include "ala/log/open_log.h"
 #include "tests/support/facility.h"
 
@@ -99,11 +99,11 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     const auto toDelete = [&](const std::function<void(const char *)> &given) {
         takeLog();
         whenLocked = given;
-        return ALA__OpenToDelete(
+        return qvledger::openForDeletion(
             handle, &kDay,
             [](int, const char *name) {
                 whenLocked(name);
-                return ALA__holdResult::Held;
+                return qvledger::LockResult::Locked;
             },
             &log);
     };

@@ -5,7 +5,7 @@
 
 #include "ala/base/handle.h"
 #include "ala/base/lock.h"
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 #include "tests/support/facility.h"
 
 using namespace qvledger;

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 #include "service/log/log.h"
 #include "tool/exit_status.h"
 #include "tool/messages.h"
@@ -62,7 +62,7 @@ ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPa
 
 namespace {
 
-class ListingMessages final : public ALA__listingWatch {
+class ListingMessages final : public ListingWatch {
 public:
     ListingMessages(const Options &options, Facility &facility) : options_(options), facility_(facility) {}
 
@@ -99,7 +99,7 @@ ALA_retCode_t qvledger::listLogs(const Options &options, Facility &facility) {
     const LentRights rights(options.acctPath2 == nullptr);
     ListingMessages messages(options, facility);
     const ALA_retCode_t result =
-        ALA__ListLogs(facility.mainh, messages, &facility.dateList, &facility.nameList);
+        listLogsByDate(facility.mainh, messages, &facility.dateList, &facility.nameList);
     if (result == ALA_N_NORMAL)
         reportEqualDates(facility, dateRange(options));
     if (result != ALA_N_NORMAL) {

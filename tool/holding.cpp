@@ -21,21 +21,21 @@ bool qvledger::isMessagesFile(int fd) {
 }
 
 // Polls, because a blocking lock could begin just after the signal that should interrupt it.
-ALA__holdResult qvledger::holdFile(int fd, const char *name) {
+LockResult qvledger::holdFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
     // A message to a report that another run has locked would keep that run from deleting its logs.
     bool isReported = isMessagesFile(fd);
     for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
         switch (OS_LockFile(fd)) {
         case OS_DONE:
-            return ALA__holdResult::Held;
+            return LockResult::Locked;
         case OS_REFUSED:
-            return ALA__holdResult::NotKnown;
+            return LockResult::NotGranted;
         default:
             break;
         }
         if (OS_NotedSignal() != 0)
-            return ALA__holdResult::GivenUp;
+            return LockResult::GivenUp;
         if (!isReported && Clock::now() - start >= kPatience) {
             DisplayMsg(kMsgWaiting, name);
             isReported = true;

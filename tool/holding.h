@@ -1,7 +1,7 @@
 // Holding files against other runs.
 #pragma once
 
-#include "ala/driver.h"
+#include "ala/driver/deletion.h"
 
 namespace qvledger {
 
@@ -10,6 +10,6 @@ bool isMessagesFile(int fd);
 
 // Waits for the run that has the file behind the descriptor, and says so once after a second.  Gives up when
 // the program is asked to end.  name: what the message calls the file.
-ALA__holdResult holdFile(int fd, const char *name);
+LockResult holdFile(int fd, const char *name);
 
 } // namespace qvledger

@@ -5,7 +5,7 @@
 // list decides. docs/security.md tells why.
 #pragma once
 
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 #include "platform/os.h"
 
 namespace qvledger {
@@ -35,7 +35,7 @@ inline void findDomainWithLentRights() {
     if (OS_HasLentRights() == 0)
         return;
     const LentRights rights(true);
-    ALA__FindHostDomain();
+    findHostDomain();
 }
 
 } // namespace qvledger

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "ala/driver/deletion.h"
+#include "ala/driver/session.h"
 #include "platform/os.h"
 #include "service/log/log.h"
 #include "tool/exit_status.h"
@@ -29,7 +31,7 @@ struct LoopState {
 };
 
 // What the facility asks and tells while it deletes logs.
-class Deletion final : public ALA__deletion {
+class Deletion final : public DeletionWatch {
 public:
     explicit Deletion(const ReportFile &report) : report_(report) {}
     const char *objection() override { return report_.whyNotInPlace(); }
@@ -48,7 +50,7 @@ static ALA_retCode_t startFacility(const Options &options, const char *logPath, 
         return result;
     if (options.dflg != 0) {
         Deletion deletion(report.file());
-        ALA__PutBackLogs(facility.mainh, deletion);
+        restoreLogs(facility.mainh, deletion);
     }
     return listLogs(options, facility);
 }
@@ -58,12 +60,12 @@ static void logKept(std::int32_t date, const char *why) {
 }
 
 // Deletes a log that was read.
-static void deleteLog(ALA_handle_t mainh, const ALA_time &date, const ALA__readLog &read,
-                      const LineWriter &report, LoopState &state) {
+static void deleteLog(ALA_handle_t mainh, const ALA_time &date, const ReadLog &read, const LineWriter &report,
+                      LoopState &state) {
     Deletion deletion(report.file());
-    std::int32_t kept = 0;
-    const ALA_retCode_t result = ALA__DeleteRead(mainh, &date, read, deletion, &kept);
-    if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept != 0)
+    bool kept = false;
+    const ALA_retCode_t result = deleteReadLog(mainh, &date, read, deletion, &kept);
+    if (result == ALA_A_TRY_TO_DELETE_CUR_DAY_LOG || kept)
         return;
     if (result == ALA_N_NORMAL) {
         state.deletedAny = true;
@@ -79,7 +81,7 @@ static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const A
     const LentRights rights(options.acctPath2 == nullptr);
     if (options.dflg == 0)
         return ALA_Open(mainh, &date, logh);
-    return ALA__OpenToDelete(mainh, &date, holdFile, logh);
+    return openForDeletion(mainh, &date, holdFile, logh);
 }
 
 // Reports one log, and deletes it under -d.
@@ -95,16 +97,16 @@ static void processLog(const Options &options, ALA_handle_t mainh, const ALA_tim
     }
     if (logh == nullptr)
         return; // asked to end while another run had it
-    name.file = ALA__LogFileName(logh);
+    name.file = logFileName(logh);
     const bool complete = writer.write(mainh, logh, name, report);
     if (const std::int32_t error = ALA_ReadError(logh); error != 0) {
         DisplayMsg(kMsgReadError, name.file, std::strerror(error));
         writer.readFailed();
     }
-    ALA__readLog read;
+    ReadLog read;
     const char *why = complete ? nullptr : "not all of it is in the report";
     if (options.dflg != 0 && why == nullptr)
-        why = ALA__KeepRead(logh, read);
+        why = keepReadLog(logh, read);
     const ALA_retCode_t closed = ALA_Close(mainh, &logh);
     state.noLogFound = false;
     if (closed != ALA_N_NORMAL) {

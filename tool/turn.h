@@ -1,7 +1,6 @@
 // A server's turn in a run: its logs in the date range, one after another.
 #pragma once
 
-#include "ala/driver.h"
 #include "tool/facility.h"
 #include "tool/log_output.h"
 #include "tool/options.h"

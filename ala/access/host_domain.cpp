@@ -7,7 +7,6 @@
 #include "ala/base/owners.h"
 #include "ala/base/registry_keys.h"
 #include "ala/base/trace.h"
-#include "ala/driver.h"
 #include "platform/registry_key.h"
 #include "service/thread.h"
 
@@ -111,8 +110,4 @@ const char *ALA__GetHostDomain(SEC_domType_t *outp_domType) {
 
 const char *ALA__GetUserDomain(SEC_domType_t *outp_domType) {
     return ALA__GetHostDomain(outp_domType);
-}
-
-void ALA__FindHostDomain() {
-    static_cast<void>(ALA__GetHostDomain(nullptr));
 }

@@ -1,9 +1,7 @@
-#include "ala/driver.h"
+#include "ala/base/concatenate.h"
 
 #include <cstdlib>
 #include <cstring>
-
-using namespace qvledger;
 
 char *_ALA_AddChar(const char *inp_string, const char *inp_str) {
     const std::size_t head = std::strlen(inp_string);

@@ -7,7 +7,7 @@
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/driver.h"
+#include "ala/driver/names.h"
 #include "ala/render/name_lookup.h"
 
 using namespace qvledger;

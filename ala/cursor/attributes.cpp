@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "ala/base/trace.h"
-#include "ala/driver.h"
+#include "ala/driver/names.h"
 #include "ala/render/pair.h"
 
 using namespace qvledger;
@@ -86,8 +86,12 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Pl
     return result;
 }
 
-std::uint64_t ALA__ValuesPassedOver(ALA_handle_t in_handle) {
-    return in_handle->valuesPassedOver;
+std::uint64_t qvledger::valuesPassedOver(ALA_handle_t handle) {
+    return handle->valuesPassedOver;
+}
+
+std::string_view qvledger::valueText(const attributeVal &value) {
+    return {value.value, reinterpret_cast<const ValueBlock &>(value).size};
 }
 
 template <class Record>

@@ -1,7 +1,10 @@
 // Dates of the calendar and of files.
 #include "ala/directory/dates.h"
-#include "ala/driver.h"
 
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/os.h"
 #include "service/clock.h"
 #include "service/system.h"
 
@@ -11,8 +14,11 @@ using namespace qvledger;
 constexpr std::int32_t kFirstYear = 1;
 constexpr std::int32_t kLastYear = 9999;
 
-std::int32_t ALA__NumFromDate(const ALA_time *inp_date) {
-    return inp_date->year * 10000 + inp_date->month * 100 + inp_date->day;
+ALA_retCode_t qvledger::dateOfLog(const char *tail, const char *path, std::int32_t *date) {
+    if (std::strcmp(tail, kCurrentTail) == 0)
+        return ALA__GetDateFromStat(path, date);
+    *date = static_cast<std::int32_t>(std::atol(tail));
+    return ALA_N_NORMAL;
 }
 
 ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_result) {

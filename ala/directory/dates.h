@@ -1,4 +1,4 @@
-// Dates of logs.  A date number is year * 10000 + month * 100 + day.
+// Dates of logs.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,12 @@
 namespace qvledger {
 
 constexpr std::int32_t kOffTheCalendar = -1; // in place of a date number
+
+constexpr char kCurrentTail[] = "current"; // of the name of the log of the day in progress
+
+// The date of a log: the number that the tail of its name begins with; of the log of the day in progress the
+// date of its last change, with the failures of ALA__GetDateFromStat.
+ALA_retCode_t dateOfLog(const char *tail, const char *path, std::int32_t *date);
 
 } // namespace qvledger
 

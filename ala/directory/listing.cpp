@@ -7,7 +7,7 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/directory/scan.h"
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 
 using namespace qvledger;
 
@@ -70,7 +70,7 @@ public:
 // Puts every log at the head of a list.
 class LogList final : public LogVisitor {
 public:
-    explicit LogList(ALA__listingWatch *watch) : watch_(watch) {}
+    explicit LogList(ListingWatch *watch) : watch_(watch) {}
 
     ALA_retCode_t visit(const FoundLog &log) override {
         Malloced<nameNode> node = makeZeroed<nameNode>();
@@ -94,7 +94,7 @@ public:
     NameNodeList list;
 
 private:
-    ALA__listingWatch *const watch_; // may be null
+    ListingWatch *const watch_; // may be null
 };
 
 } // namespace
@@ -113,7 +113,7 @@ ALA_retCode_t ALA__GetOldestLogName(const char *inp_svrName, const char *inp_acc
     return ALA_N_NORMAL;
 }
 
-static ALA_retCode_t sortedLogs(const char *svrName, const char *acctLogPath, ALA__listingWatch *watch,
+static ALA_retCode_t sortedLogs(const char *svrName, const char *acctLogPath, ListingWatch *watch,
                                 nameNode **sorted) {
     LogList logs(watch);
     const ALA_retCode_t result = scanLogs(svrName, acctLogPath, kSortedRules, logs);
@@ -203,7 +203,7 @@ static ALA_time dateFromNumber(std::int32_t number) {
             static_cast<std::int16_t>(day)};
 }
 
-static ALA_retCode_t listLogs(ALA_handle_t alaHandle, ALA__listingWatch *watch, dateNode **dateList,
+static ALA_retCode_t listLogs(ALA_handle_t alaHandle, ListingWatch *watch, dateNode **dateList,
                               ALA_name **nameList) {
     *dateList = nullptr;
     *nameList = nullptr;
@@ -251,10 +251,10 @@ ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **o
     return listLogs(in_alaHandle, nullptr, outp_dateList, outp_nameList);
 }
 
-ALA_retCode_t ALA__ListLogs(ALA_handle_t in_alaHandle, ALA__listingWatch &inout_watch,
-                            dateNode **outp_dateList, ALA_name **outp_nameList) {
+ALA_retCode_t qvledger::listLogsByDate(ALA_handle_t handle, ListingWatch &watch, dateNode **dateList,
+                                       ALA_name **nameList) {
     const FuncTrace trace("ALA_ListExistingLogsByDate");
-    return listLogs(in_alaHandle, &inout_watch, outp_dateList, outp_nameList);
+    return listLogs(handle, &watch, dateList, nameList);
 }
 
 ALA_retCode_t ALA_FreeDateList(dateNode **inoutp_dateList) {

@@ -1,23 +1,14 @@
 #include "ala/directory/scan.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
+#include "ala/base/concatenate.h"
 #include "ala/base/trace.h"
 #include "ala/directory/dates.h"
 #include "ala/directory/paths.h"
-#include "ala/driver.h"
 
 using namespace qvledger;
-
-// Dates a log by its tail, and that of the day in progress by its last change.
-static ALA_retCode_t dateLog(const char *tail, const char *path, std::int32_t *date) {
-    if (std::strcmp(tail, "current") == 0)
-        return ALA__GetDateFromStat(path, date);
-    *date = static_cast<std::int32_t>(std::atol(tail));
-    return ALA_N_NORMAL;
-}
 
 bool qvledger::isAside(std::string_view tail) {
     return tail.ends_with(kAside) && tail.size() <= kLongestTail + kAside.size();
@@ -70,7 +61,7 @@ public:
         if (file == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
         std::int32_t date = 0;
-        if (dateLog(entry.tail, file.get(), &date) == ALA_N_NORMAL)
+        if (dateOfLog(entry.tail, file.get(), &date) == ALA_N_NORMAL)
             return visitor.visit({entry.name, date});
         if (date == kOffTheCalendar)
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,

@@ -1,14 +1,20 @@
-#include "ala/driver.h"
+#include "ala/registration/environment.h"
 
 #include <cstdlib>
 #include <cstring>
 
+#include "ala/access/host_domain.h"
+#include "ala/base/concatenate.h"
 #include "ala/base/owners.h"
 #include "ala/base/registry_keys.h"
 #include "ala/base/trace.h"
 #include "platform/registry_key.h"
 
 using namespace qvledger;
+
+void qvledger::findHostDomain() {
+    static_cast<void>(ALA__GetHostDomain(nullptr));
+}
 
 static const char *servicePrefix(std::uint32_t serverType) {
     if (serverType == kServerTypeSpooler)

@@ -4,11 +4,12 @@
 #include <mutex>
 
 #include "ala/access/domain.h"
+#include "ala/base/concatenate.h"
 #include "ala/base/handle.h"
 #include "ala/base/lock.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/driver.h"
+#include "ala/registration/environment.h"
 #include "service/clock.h"
 #include "service/oid/oid.h"
 #include "service/status.h"

@@ -8,7 +8,6 @@
 
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "ala/driver.h"
 #include "service/thread.h"
 
 using namespace qvledger;
@@ -16,13 +15,6 @@ using namespace qvledger;
 // ---- In memory ----
 
 namespace {
-
-// A value with its text, which goes on after the record, and a NUL.
-struct ValueBlock {
-    attributeVal node;  // what the caller sees; first, so that its address is this record's
-    std::uint32_t size; // of the text
-    char text[4];
-};
 
 // A pair with its first value, the text of which is followed by the name.
 struct PairBlock {
@@ -101,10 +93,6 @@ ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, std::string_view in_text
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "Return code for ALA__AllocValue is ALA_A_OUT_OF_MEMORY");
     setValue(static_cast<ValueBlock *>(memory), in_text);
     return ALA_N_NORMAL;
-}
-
-std::string_view qvledger::valueText(const attributeVal &value) {
-    return {value.value, reinterpret_cast<const ValueBlock &>(value).size};
 }
 
 static void freeValues(attributeVal *value) {

@@ -30,6 +30,13 @@ void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
 
 namespace qvledger {
 
+// A value with its text, which goes on after the record, and a NUL.
+struct ValueBlock {
+    attributeVal node;  // what the caller sees; first, so that its address is this record's
+    std::uint32_t size; // of the text
+    char text[4];
+};
+
 // ALA__GetAttribute with more to render by.
 ALA_retCode_t getAttribute(const attrValNode &node, void *value, AS_attrValDesc_t description,
                            const char *locale, const RenderContext &context, ALA_attrPair **pair);

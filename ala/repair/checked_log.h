@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "ala/driver.h"
+#include "ala/driver/check.h"
 #include "ala/log/open_log.h"
 #include "ala/repair/search.h"
 

@@ -1,7 +1,7 @@
 // What a report would make of a record.
 #pragma once
 
-#include "ala/driver.h"
+#include "ala/driver/check.h"
 #include "ala/repair/attribute.h"
 
 namespace qvledger {

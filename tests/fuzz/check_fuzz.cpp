@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "ala/driver.h"
+#include "ala/driver/check.h"
 #include "tests/fuzz/sandbox.h"
 
 namespace {

@@ -1,5 +1,4 @@
 // A registry file, through the calls that read it.
-#include "ala/driver.h"
 #include "platform/os.h"
 #include "tests/fuzz/sandbox.h"
 

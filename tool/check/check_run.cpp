@@ -10,7 +10,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "ala/driver.h"
+#include "ala/driver/check.h"
+#include "ala/driver/session.h"
 #include "platform/os.h"
 #include "service/messages/message.h"
 #include "tool/check/fields.h"

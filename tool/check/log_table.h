@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "ala/driver.h"
+#include "ala/driver/check.h"
 
 namespace qvledger {
 

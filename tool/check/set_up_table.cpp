@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 #include "platform/registry_key.h"
 #include "service/oid/oid_table.h"
 #include "service/system.h"

@@ -55,15 +55,15 @@ ReportFile::Opened ReportFile::lock() {
     again_.reset(OS_OpenAgain(fd_));
     // Standard output is shared with other programs, and so would be a lock on it.
     switch (holdFile(fileName_ == nullptr && again_.isOpen() ? again_.get() : fd_, name())) {
-    case ALA__holdResult::Held:
+    case LockResult::Locked:
         isLocked_ = true;
         break;
-    case ALA__holdResult::NotKnown:
+    case LockResult::NotGranted:
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                         "the report %s cannot be locked against other runs: %s", name(),
                         std::strerror(errno));
         break;
-    case ALA__holdResult::GivenUp:
+    case LockResult::GivenUp:
         return Opened::GivenUp;
     }
     // Another run may have written to it first, or removed it.

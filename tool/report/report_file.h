@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 #include "platform/malloced.h"
 #include "platform/os.h"
 #include "tool/holding.h"
@@ -41,7 +41,7 @@ public:
     bool wasRemoved() const { return wasRemoved_; }
     // Is the report one of the server's logs?
     bool isLog(const char *server, const char *logPath) const {
-        return isFile() && ALA__IsLog(server, logPath, opened_, again_.get());
+        return isFile() && qvledger::isLog(server, logPath, opened_, again_.get());
     }
 
     // Writes all of the bytes.  0, or the reason (errno) why only some were written; EINTR: the program was

@@ -4,7 +4,8 @@
 #include <memory>
 #include <utility>
 
-#include "ala/driver.h"
+#include "ala/driver/names.h"
+#include "ala/driver/session.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
 #include "tool/stop.h"
@@ -166,7 +167,7 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
 
 bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, LineWriter &fl,
                      std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
-    const std::uint64_t passedOverBefore = ALA__ValuesPassedOver(mainh);
+    const std::uint64_t passedOverBefore = valuesPassedOver(mainh);
     ALA_record_t read = nullptr;
     ALA_retCode_t result = ALA_GetFirstJobRecord(mainh, loghPtr, &read);
     OwnedRecord current(read);
@@ -176,7 +177,7 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
         result = names.take(mainh, current.get(), &changed);
     if (result != ALA_N_NORMAL) {
         tellFailure(result, kInternalError);
-        return ALA__HoldsNoRecord(*loghPtr);
+        return hasNoRecord(*loghPtr);
     }
 
     bool header = false;
@@ -206,7 +207,7 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
         current.reset(read);
         if (result == ALA_A_LAST_ATTRIBUTE) {
             names.moveTo(inoutp_list);
-            return complete && ALA__ValuesPassedOver(mainh) == passedOverBefore;
+            return complete && valuesPassedOver(mainh) == passedOverBefore;
         }
         if (result == ALA_N_NORMAL)
             result = names.take(mainh, current.get(), &changed);

@@ -1,15 +1,15 @@
-// Removal of the log of a past day.
-
+// Removal of the log of a past day, and what a removal that was interrupted left.
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 
+#include "ala/base/concatenate.h"
 #include "ala/base/handle.h"
 #include "ala/base/trace.h"
 #include "ala/directory/dates.h"
 #include "ala/directory/paths.h"
 #include "ala/directory/scan.h"
-#include "ala/driver.h"
+#include "ala/driver/deletion.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -63,7 +63,7 @@ ALA_retCode_t ALA_Delete(ALA_handle_t in_alaHandle, const ALA_time *inp_date) {
 // ---- Of a log that was read ----
 
 // Why the file of that name has to stay; null if it is the one that was read and holds nothing else.
-static const char *difference(const char *path, const ALA__readLog &read) {
+static const char *difference(const char *path, const ReadLog &read) {
     OS_fileIdentity present = {};
     // Of the name itself: behind a symbolic link there is another file than the one to be removed.
     if (OS_IdentifyName(path, &present) != 0 || !OS_IsSameFile(present, read.identity))
@@ -76,7 +76,7 @@ static const char *difference(const char *path, const ALA__readLog &read) {
 
 // The same before the name is moved, which is itself a change.  So is the name of its day that the server
 // gave it, if it was opened under that of the day in progress.
-static const char *differenceInPlace(const char *path, const ALA__readLog &read) {
+static const char *differenceInPlace(const char *path, const ReadLog &read) {
     if (const char *why = difference(path, read); why != nullptr)
         return why;
     OS_fileIdentity present = {};
@@ -87,46 +87,46 @@ static const char *differenceInPlace(const char *path, const ALA__readLog &read)
                                                                 : nullptr;
 }
 
-static void tellLeftAside(const char *path, const char *aside, const char *why, ALA__deletion &deletion) {
+static void tellLeftAside(const char *path, const char *aside, const char *why, DeletionWatch &watch) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s stays under the name %s: %s", path, aside, why);
-    deletion.leftAside(aside, why);
+    watch.leftAside(aside, why);
 }
 
-static bool putBack(const char *path, const char *aside, ALA__deletion &deletion) {
+static bool putBack(const char *path, const char *aside, DeletionWatch &watch) {
     const int moved = OS_MoveName(aside, path);
     if (moved != OS_DONE)
         tellLeftAside(path, aside, moved == OS_TAKEN ? "another file has its own name" : std::strerror(errno),
-                      deletion);
+                      watch);
     return moved == OS_DONE;
 }
 
-static ALA_retCode_t keep(const char *path, const char *why, std::int32_t *kept) {
+static ALA_retCode_t keep(const char *path, const char *why, bool *kept) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not deleted: %s", path, why);
-    *kept = 1;
+    *kept = true;
     return ALA_N_NORMAL;
 }
 
-static bool isQuiet(const ALA__readLog &read) {
+static bool isQuiet(const ReadLog &read) {
     using namespace std::chrono;
     const nanoseconds now = system_clock::now().time_since_epoch();
     return now - nanoseconds(read.identity.modified) >= kQuiet;
 }
 
 // Why the file under the private name has to stay, or null.  Once it is held nobody else opens it to write.
-static const char *differenceAside(const char *aside, const ALA__readLog &read, ALA__deletion &deletion) {
+static const char *differenceAside(const char *aside, const ReadLog &read, DeletionWatch &watch) {
     const int held = OS_HoldAgainstWriters(read.file.get(), aside, read.identity);
     if (held == OS_TAKEN)
         return "another program has it open for writing";
     if (held == OS_REFUSED && !isQuiet(read))
         return "it was written to within the last hour, and the system does not show who has it open";
     const char *why = difference(aside, read);
-    return why != nullptr ? why : deletion.objection();
+    return why != nullptr ? why : watch.objection();
 }
 
 // A name can be given to another file at any time.  Under the private one nobody else does, so that what is
 // seen there is what is removed.
-static ALA_retCode_t removeRead(const char *path, const char *aside, const ALA__readLog &read,
-                                ALA__deletion &deletion, std::int32_t *kept) {
+static ALA_retCode_t removeRead(const char *path, const char *aside, const ReadLog &read,
+                                DeletionWatch &watch, bool *kept) {
     OS_fileIdentity present = {};
     // A file that is missing now may be there in a moment, and would then be one that nobody read.
     if (OS_IdentifyName(path, &present) != 0)
@@ -145,33 +145,32 @@ static ALA_retCode_t removeRead(const char *path, const char *aside, const ALA__
             return keep(path, "its file system cannot give it another name safely", kept);
         return failToUnlink();
     }
-    const char *why = differenceAside(aside, read, deletion);
+    const char *why = differenceAside(aside, read, watch);
     if (why == nullptr) {
         ALA_DETAIL("Unlinking %s", path);
         if (OS_RemoveFile(read.file.get(), aside) == 0)
             return ALA_N_NORMAL;
     }
-    const bool isBack = putBack(path, aside, deletion);
+    const bool isBack = putBack(path, aside, watch);
     if (why == nullptr)
         return failToUnlink();
     if (!isBack)
-        *kept = 1;
+        *kept = true;
     return isBack ? keep(path, why, kept) : ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA__DeleteRead(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
-                              const ALA__readLog &in_read, ALA__deletion &inout_deletion,
-                              std::int32_t *outp_kept) {
+ALA_retCode_t qvledger::deleteReadLog(ALA_handle_t handle, const ALA_time *date, const ReadLog &read,
+                                      DeletionWatch &watch, bool *kept) {
     const FuncTrace trace("ALA_Delete");
-    *outp_kept = 0;
+    *kept = false;
     Malloced<char> path;
-    if (const ALA_retCode_t result = pathToDelete(in_alaHandle, inp_date, path); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = pathToDelete(handle, date, path); result != ALA_N_NORMAL)
         return result;
     const Malloced<char> aside = ALA__AsidePath(path.get());
     if (aside == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for logName in ALA_Delete; ALA_A_OUT_OF_MEMORY");
-    return removeRead(path.get(), aside.get(), in_read, inout_deletion, outp_kept);
+    return removeRead(path.get(), aside.get(), read, watch, kept);
 }
 
 // ---- Logs left by a run that ended early ----
@@ -181,7 +180,7 @@ namespace {
 // What a run that ended early left.
 class LogsAside final : public EntryVisitor {
 public:
-    explicit LogsAside(ALA__deletion &givenDeletion) : deletion(givenDeletion) {}
+    explicit LogsAside(DeletionWatch &watch) : watch_(watch) {}
 
     ALA_retCode_t visit(const FoundEntry &entry) override {
         if (!isAside(entry.tail))
@@ -204,24 +203,24 @@ private:
         const Descriptor file(SYSU_Open(aside, 0));
         const int locked = file.isOpen() ? OS_LockFile(file.get()) : OS_REFUSED;
         if (locked == OS_REFUSED && errno != ENOENT)
-            return tellLeftAside(path, aside, std::strerror(errno), deletion);
+            return tellLeftAside(path, aside, std::strerror(errno), watch_);
         OS_fileIdentity held = {};
         if (locked != OS_DONE || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
             OS_IdentifyName(aside, &named) != 0 || !OS_IsSameFile(held, named))
             return; // another run is at it
-        if (putBack(path, aside, deletion))
+        if (putBack(path, aside, watch_))
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                             "%s has its name back, which a run that ended early had taken", path);
     }
 
-    ALA__deletion &deletion;
+    DeletionWatch &watch_;
 };
 
 } // namespace
 
-void ALA__PutBackLogs(ALA_handle_t in_alaHandle, ALA__deletion &inout_deletion) {
-    const Malloced<char> prefix(_ALA_AddChar(in_alaHandle->svrName, "."));
-    LogsAside logs(inout_deletion);
+void qvledger::restoreLogs(ALA_handle_t handle, DeletionWatch &watch) {
+    const Malloced<char> prefix(_ALA_AddChar(handle->svrName, "."));
+    LogsAside logs(watch);
     if (prefix != nullptr)
-        visitDirectory(in_alaHandle->acctLogPath, prefix.get(), logs);
+        visitDirectory(handle->acctLogPath, prefix.get(), logs);
 }

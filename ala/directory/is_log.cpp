@@ -5,9 +5,10 @@
 #include <string_view>
 
 #include "ala/base/owners.h"
+#include "ala/directory/dates.h"
 #include "ala/directory/paths.h"
 #include "ala/directory/scan.h"
-#include "ala/driver.h"
+#include "ala/driver/session.h"
 #include "ala/log/permission.h"
 #include "service/system.h"
 
@@ -23,7 +24,7 @@ static bool isNamedAsLog(std::string_view name) {
         return false;
     const std::string_view tail = name.substr(dot + 1);
     const auto isDigit = [](unsigned char byte) { return std::isdigit(byte) != 0; };
-    return tail == "current" || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
+    return tail == kCurrentTail || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
 }
 
 // So may a file that the caller cannot read.
@@ -64,13 +65,13 @@ private:
 
 } // namespace
 
-bool ALA__IsLog(const char *inp_serverName, const char *inp_acctLogPath, const OS_fileIdentity &in_file,
-                std::int32_t in_fd) {
-    const Malloced<char> prefix(_ALA_AddChar(inp_serverName, "."));
-    FileAmongLogs logs(prefix != nullptr ? prefix.get() : "", in_file);
+bool qvledger::isLog(const char *serverName, const char *acctLogPath, const OS_fileIdentity &file,
+                     std::int32_t fd) {
+    const Malloced<char> prefix(_ALA_AddChar(serverName, "."));
+    FileAmongLogs logs(prefix != nullptr ? prefix.get() : "", file);
     if (prefix != nullptr)
-        visitDirectory(inp_acctLogPath, "", logs);
+        visitDirectory(acctLogPath, "", logs);
     if (logs.isFound || (prefix != nullptr && !logs.isCut))
         return logs.isFound;
-    return beginsAsLog(in_fd);
+    return beginsAsLog(fd);
 }

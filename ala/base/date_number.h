@@ -1,0 +1,11 @@
+// Dates of logs as numbers.
+#pragma once
+
+#include <cstdint>
+
+#include "ala/ala.h"
+
+// A date as the number year * 10000 + month * 100 + day.
+inline std::int32_t ALA__NumFromDate(const ALA_time *inp_date) {
+    return inp_date->year * 10000 + inp_date->month * 100 + inp_date->day;
+}
