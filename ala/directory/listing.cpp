@@ -196,11 +196,8 @@ void ALA__FreeNameNodeList(nameNode **inoutp_list) {
 }
 
 static ALA_time dateFromNumber(std::int32_t number) {
-    const std::int32_t year = number / 10000;
-    const std::int32_t month = (number - year * 10000) / 100;
-    const std::int32_t day = number - (year * 100 + month) * 100;
-    return {static_cast<std::int16_t>(year), static_cast<std::int16_t>(month),
-            static_cast<std::int16_t>(day)};
+    return {static_cast<std::int16_t>(number / 10000), static_cast<std::int16_t>(number / 100 % 100),
+            static_cast<std::int16_t>(number % 100)};
 }
 
 static ALA_retCode_t listLogs(ALA_handle_t alaHandle, ListingWatch *watch, dateNode **dateList,

@@ -2,11 +2,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "ala/base/concatenate.h"
 #include "ala/base/trace.h"
 #include "ala/directory/dates.h"
 #include "ala/directory/paths.h"
+#include "service/system.h"
 
 using namespace qvledger;
 
@@ -14,8 +16,19 @@ bool qvledger::isAside(std::string_view tail) {
     return tail.ends_with(kAside) && tail.size() <= kLongestTail + kAside.size();
 }
 
-ALA_retCode_t qvledger::visitEntries(SYSU_dir *directory, const char *path, const char *prefix,
-                                     EntryVisitor &visitor) {
+namespace {
+
+struct DirectoryCloser {
+    void operator()(SYSU_dir *directory) const { SYSU_Closedir(directory); }
+};
+using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
+
+} // namespace
+
+// Visits the entries of an open directory, whose path is for the log alone, until a visit gives a code other
+// than ALA_N_NORMAL, which is then the result.
+static ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix,
+                                  EntryVisitor &visitor) {
     const std::size_t prefixLength = std::strlen(prefix);
     SYSU_dirent entry;
     SYSU_dirent *found = nullptr;

@@ -3,11 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "ala/ala.h"
-#include "service/system.h"
 
 namespace qvledger {
 
@@ -29,17 +27,8 @@ protected:
     ~EntryVisitor() = default;
 };
 
-struct DirectoryCloser {
-    void operator()(SYSU_dir *directory) const { SYSU_Closedir(directory); }
-};
-using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
-
-// Visits the entries of an open directory, whose path is for the log alone, until a visit gives a code other
-// than ALA_N_NORMAL, which is then the result.
-ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix, EntryVisitor &visitor);
-
-// The same for all entries of a directory by its path.  One that cannot be opened, which the listing reports,
-// has none.
+// Visits the entries of a directory until a visit gives a code other than ALA_N_NORMAL.  A directory that
+// cannot be opened, which the listing reports, has none.
 void visitDirectory(const char *path, const char *prefix, EntryVisitor &visitor);
 
 // The longest tail of a log's name.

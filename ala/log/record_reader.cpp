@@ -1,12 +1,11 @@
 // The bytes at the log's position as one job record.
-#include "ala/log/record_reader.h"
-
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 
 #include "ala/base/handle.h"
+#include "ala/base/record.h"
 #include "ala/base/trace.h"
 #include "ala/log/log_file.h"
 #include "ala/log/open_log.h"
@@ -200,6 +199,13 @@ static void logPlace(const logParams &log, ALA_retCode_t result) {
                result == ALA_A_NO_MORE_JOB ? "it counts no attributes" : why);
 }
 
+// After a failed read: sets the file's position, and releases what was read of the record, if anything.
+static void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd,
+                                     std::int64_t in_offset, std::int32_t in_pos) {
+    static_cast<void>(_lseeki64(*inoutp_fd, in_offset, in_pos));
+    std::free(std::exchange(*inoutpp_record, nullptr));
+}
+
 static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *logHandle,
                                   ALA_record_t *jobRecord, const ReaderRules &rules) {
     *jobRecord = nullptr;
@@ -231,12 +237,6 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
     in.moveTo(rules.isFirst ? 0 : in.position());
     ALA__GetJobRecordCleanup(jobRecord, &log->fd, in.position(), SEEK_SET);
     return result;
-}
-
-void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd, std::int64_t in_offset,
-                              std::int32_t in_pos) {
-    static_cast<void>(_lseeki64(*inoutp_fd, in_offset, in_pos));
-    std::free(std::exchange(*inoutpp_record, nullptr));
 }
 
 ALA_retCode_t ALA_GetFirstJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_logHandle,

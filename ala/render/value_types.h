@@ -56,7 +56,6 @@ struct ValueForm {
 // One row a value type.
 struct ValueType {
     AS_attrValType_t type;
-    const char *name;
     ValueForm form;
     ALA_valueKind_t kind = ALA_KIND_TEXT; // of what it renders
 };
