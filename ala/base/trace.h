@@ -1,6 +1,7 @@
 // How the facility writes its log: one level 5 line a failure, details at level 6, entry and exit traced.
 #pragma once
 
+#include "ala/ala.h"
 #include "platform/os.h"
 #include "service/log/log.h"
 
@@ -10,6 +11,9 @@
 #define ALA_DETAIL(...) LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, __VA_ARGS__)
 
 namespace qvledger {
+
+// The code's name for a log line.
+const char *codeName(ALA_retCode_t code);
 
 // Logs what is wrong with the registry file, if that is why this thread's last opening of a key failed.
 inline void logRegistryTrouble(const char *file = __builtin_FILE(), std::int32_t line = __builtin_LINE()) {

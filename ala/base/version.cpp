@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "ala/base/trace.h"
 #include "service/log/log.h"
 
 namespace {
@@ -14,16 +15,18 @@ constexpr std::size_t kTextSize = 128; // bytes of a code's text with its NUL
 
 struct CodeText {
     ALA_retCode_t code;
+    const char *name;
     std::array<char, kTextSize> text;
 };
 
 } // namespace
 
 // "NAME: meaning" without the line end that the log's texts have; one of the two alone if the other is empty.
-static constexpr CodeText codeText(ALA_retCode_t code, std::string_view name, std::string_view logText) {
+static constexpr CodeText codeText(ALA_retCode_t code, const char *codeName, std::string_view logText) {
+    const std::string_view name = codeName;
     if (logText.ends_with('\n'))
         logText.remove_suffix(1);
-    CodeText row = {code, {}};
+    CodeText row = {code, codeName, {}};
     std::size_t size = 0;
     for (const std::string_view part :
          {name, std::string_view(name.empty() || logText.empty() ? "" : ": "), logText})
@@ -42,10 +45,18 @@ const char *ALA_Version() {
     return ALA_VERSION;
 }
 
+static const CodeText &rowOf(ALA_retCode_t code) {
+    static constexpr CodeText kUnknown = {ALA_N_NORMAL, "unknown", {"unknown return code"}};
+    const auto *row = std::ranges::find(kCodeTexts, code, &CodeText::code);
+    return row != std::end(kCodeTexts) ? *row : kUnknown;
+}
+
 const char *ALA_CodeText(ALA_retCode_t in_code) {
-    const auto *row = std::find_if(std::begin(kCodeTexts), std::end(kCodeTexts),
-                                   [&](const CodeText &text) { return text.code == in_code; });
-    return row != std::end(kCodeTexts) ? row->text.data() : "unknown return code";
+    return rowOf(in_code).text.data();
+}
+
+const char *qvledger::codeName(ALA_retCode_t code) {
+    return rowOf(code).name;
 }
 
 void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context) {

@@ -17,18 +17,6 @@
 
 using namespace qvledger;
 
-static const char *codeName(ALA_retCode_t code) {
-    switch (code) {
-#define ALA_RETURN_CODE(number, name, message, logText)                                                      \
-    case number:                                                                                             \
-        return #name;
-#define ALA_UNNAMED_CODE(number, message, logText)
-#include "ala/return_codes.inc"
-    default:
-        return "unknown";
-    }
-}
-
 namespace {
 
 // A credential with the copies that it owns.
