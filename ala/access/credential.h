@@ -1,4 +1,4 @@
-// Who is asking: the calling user's and the machine's names and domains.
+// The records in which the caller's identity is gathered and compared.
 #pragma once
 
 #include <cstdint>
@@ -65,8 +65,3 @@ struct ALA_credential_t {
         ALA_signature sig;
     } u;
 };
-
-// Fill a zeroed block from the operating system, on either platform family.  0, or 1 when a call fails,
-// memory runs out or a name does not fit its field; the block must not be used then.
-std::int32_t ALA__GetUserInfoForClientNT(ALA__pac *outp_userCred);
-std::int32_t ALA__GetUserInfoForClient95(ALA__pac *outp_userCred);

@@ -4,16 +4,15 @@
 #include <cstring>
 #include <mutex>
 
-#include "ala/access/host_domain.h"
+#include "ala/access/caller.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
-#include "platform/byte_order.h"
 #include "service/text/text.h"
 
 using namespace qvledger;
 
-// The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so that those who
-// are read it without the lock.
+// The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so it is read
+// without the lock.
 static GEN_distNameString *serverUserDomain = nullptr;
 static std::int32_t registrations = 0; // that use it
 static std::mutex registrationLock;
@@ -22,24 +21,18 @@ void ALA__EACL_Init() {
     const std::lock_guard guard(registrationLock);
     if (registrations++ > 0)
         return;
-    const StatusList status;
     SEC_domType_t type = 0;
     const char *domain = ALA__GetUserDomain(&type);
     // Without memory there is no value, and comparisons that need it find no match.
-    static_cast<void>(GENU_MakeDistNameString2(status, &serverUserDomain, domain, type, 0));
+    static_cast<void>(GENU_MakeDistNameString2(StatusList(), &serverUserDomain, domain, type, 0));
 }
 
 void ALA__EACL_Term() {
     const std::lock_guard guard(registrationLock);
     if (--registrations > 0)
         return;
-    const StatusList status;
-    GEN_DeleteDistNameString(status, serverUserDomain, nullptr);
+    GEN_DeleteDistNameString(StatusList(), serverUserDomain, nullptr);
     serverUserDomain = nullptr;
-}
-
-static bool isEmpty(const char *text) {
-    return text == nullptr || *text == '\0';
 }
 
 static bool equalIgnoringCase(const char *one, const char *two) {
@@ -48,79 +41,64 @@ static bool equalIgnoringCase(const char *one, const char *two) {
                     reinterpret_cast<const unsigned char *>(two)) == 0;
 }
 
-namespace {
+EntryDomain::EntryDomain(const GEN_distNameString &value)
+    : hasType(value.name_syntax_o != nullptr),
+      failure(GENU_ExtractDistNameString(StatusList(), TextOut(text), &type, &value, 0)) {}
 
-struct TypedDomain {
-    const char *text;
-    SEC_domType_t type;
-};
-
-} // namespace
-
-// A credential's domain; what it lacks, text or type, is the machine's.
-static TypedDomain completed(const char *givenText, SEC_domType_t networkType,
-                             const char *(*substitute)(SEC_domType_t *)) {
-    TypedDomain domain = {givenText, fromNetworkOrder(networkType)};
-    if (!isEmpty(domain.text) && domain.type != 0)
-        return domain;
-    SEC_domType_t type = 0;
-    const char *text = substitute(&type);
-    if (isEmpty(domain.text))
-        domain.text = isEmpty(text) ? nullptr : text; // a machine without a domain has none to give
-    if (domain.type == 0)
-        domain.type = type;
-    return domain;
+// The value as text and type; nothing while there is no value.
+static Domain machineDomain() {
+    if (serverUserDomain == nullptr)
+        return {nullptr, 0};
+    return {serverUserDomain->name.u.iso_646_irv, serverUserDomain->name_syntax_o->u.globalForm};
 }
 
-std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *inoutp_status, const ALA_credential_t *inp_cred,
-                                   const GEN_distNameString *inp_aclDom, std::int32_t *outp_matched) {
-    Malloced<char> text;
-    SEC_domType_t type = 0;
-    if (GENU_ExtractDistNameString(inoutp_status, TextOut(text), &type, inp_aclDom, 0) != 0)
+// An entry that gives no type has the machine's.
+static Domain typed(const EntryDomain &entry) {
+    return {entry.text.get(), entry.hasType ? entry.type : machineDomain().type};
+}
+
+// By the two types.
+static void compare(const Domain &credential, const Domain &entry, std::int32_t *matched) {
+    const bool dotted = credential.type == SEC_DOM_DOTTED1 || credential.type == SEC_DOM_DOTTED2;
+    const auto operation = dotted ? _ALA_MatchDNSDomainNames : _ALA_MatchExactDomainNames;
+    if (entry.type != credential.type && entry.type != SEC_DOM_ANY)
+        *matched = 1;
+    else
+        static_cast<void>(
+            operation(StatusList(), credential.text, credential.type, entry.text, entry.type, matched));
+}
+
+std::int32_t qvledger::matchDomain(const ALA_credential_t &credential, const EntryDomain &entry,
+                                   std::int32_t *matched) {
+    if (entry.failure != 0)
         return 1;
-    if (isEmpty(text.get()) && type == SEC_DOM_ANY) {
-        *outp_matched = 0;
+    const char *text = entry.text.get();
+    if (isEmpty(text) && entry.type == SEC_DOM_ANY) {
+        *matched = 0;
         ALA_DETAIL("ALA_acl_match: matched #0 Universal match any:NULL\n");
         return 0;
     }
-
-    GEN_distNameString entry = *inp_aclDom;
-    if (isEmpty(text.get()) && serverUserDomain != nullptr)
-        entry.name = serverUserDomain->name;
-    if (type == 0 && serverUserDomain != nullptr)
-        entry.name_syntax_o = serverUserDomain->name_syntax_o;
-    const ALA_oncMsCred &caller = inp_cred->u.oncMsCred;
-    const TypedDomain user = completed(caller.domainName, caller.userDomType, ALA__GetUserDomain);
-    const std::int32_t result =
-        _ALA_MatchDomainTypes(inoutp_status, user.text, user.type, &entry, outp_matched);
-    if (result != 0 || *outp_matched == 0)
-        return result;
-    // The host pass takes the entry as it stands in the list.
-    const TypedDomain host = completed(caller.hostDomain, caller.hostDomType, ALA__GetHostDomain);
-    return _ALA_MatchDomainTypes(inoutp_status, host.text, host.type, inp_aclDom, outp_matched);
+    const Domain machine = machineDomain();
+    const Domain filled = {isEmpty(text) && machine.text != nullptr ? machine.text : text,
+                           entry.type != 0 ? entry.type : machine.type};
+    const ALA_oncMsCred &caller = credential.u.oncMsCred;
+    compare(completed(caller.domainName, caller.userDomType), filled, matched);
+    if (*matched != 0) // The host pass takes the entry as it stands in the list.
+        compare(completed(caller.hostDomain, caller.hostDomType), typed(entry), matched);
+    return 0;
 }
 
-std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *inoutp_status, const char *inp_credDom,
-                                   SEC_domType_t in_credDomType, const GEN_distNameString *inp_aclDom,
-                                   std::int32_t *outp_matched) {
-    if (inp_aclDom->name_syntax_o == nullptr && serverUserDomain != nullptr) {
-        GEN_distNameString typed = *inp_aclDom;
-        typed.name_syntax_o = serverUserDomain->name_syntax_o;
-        return _ALA_MatchDomainTypes(inoutp_status, inp_credDom, in_credDomType, &typed, outp_matched);
-    }
-    Malloced<char> aclDom;
-    SEC_domType_t aclType = 0;
-    const std::int32_t result =
-        GENU_ExtractDistNameString(inoutp_status, TextOut(aclDom), &aclType, inp_aclDom, 0);
-    if (result != 0)
-        return result;
-    if (aclType != in_credDomType && aclType != SEC_DOM_ANY) {
-        *outp_matched = 1;
-        return 0;
-    }
-    const bool dotted = in_credDomType == SEC_DOM_DOTTED1 || in_credDomType == SEC_DOM_DOTTED2;
-    const auto compare = dotted ? _ALA_MatchDNSDomainNames : _ALA_MatchExactDomainNames;
-    return compare(inoutp_status, inp_credDom, in_credDomType, aclDom.get(), aclType, outp_matched);
+std::int32_t _ALA_EACL_DomainMatch(STF_l__hdr *, const ALA_credential_t *inp_cred,
+                                   const GEN_distNameString *inp_aclDom, std::int32_t *outp_matched) {
+    return matchDomain(*inp_cred, EntryDomain(*inp_aclDom), outp_matched);
+}
+
+std::int32_t _ALA_MatchDomainTypes(STF_l__hdr *, const char *inp_credDom, SEC_domType_t in_credDomType,
+                                   const GEN_distNameString *inp_aclDom, std::int32_t *outp_matched) {
+    const EntryDomain entry(*inp_aclDom);
+    if (entry.failure == 0)
+        compare({inp_credDom, in_credDomType}, typed(entry), outp_matched);
+    return entry.failure;
 }
 
 std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *, const char *inp_credDom, SEC_domType_t in_credDomType,

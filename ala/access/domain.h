@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "ala/access/credential.h"
+#include "platform/malloced.h"
 #include "service/packed/values.h"
 #include "service/status.h"
 
@@ -39,3 +40,20 @@ std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *inoutp_status, const char *inp_credD
 
 // The bytes from the end to the start as a new text, or null.
 char *_ALA_ReverseString(const char *inp_str);
+
+namespace qvledger {
+
+// The domain of an entry, decoded.
+struct EntryDomain {
+    explicit EntryDomain(const GEN_distNameString &value);
+
+    Malloced<char> text; // null if it cannot be read
+    SEC_domType_t type = 0;
+    bool hasType;
+    std::int32_t failure; // of reading it
+};
+
+// _ALA_EACL_DomainMatch for a decoded domain.
+std::int32_t matchDomain(const ALA_credential_t &credential, const EntryDomain &entry, std::int32_t *matched);
+
+} // namespace qvledger

@@ -9,7 +9,7 @@
 #include "ala/directory/paths.h"
 #include "ala/directory/scan.h"
 #include "ala/driver/session.h"
-#include "ala/log/permission.h"
+#include "ala/log/header.h"
 #include "service/system.h"
 
 using namespace qvledger;

@@ -10,8 +10,8 @@
 #include "ala/directory/listing.h"
 #include "ala/directory/paths.h"
 #include "ala/driver/session.h"
+#include "ala/log/header.h"
 #include "ala/log/open_log.h"
-#include "ala/log/permission.h"
 #include "service/system.h"
 
 using namespace qvledger;

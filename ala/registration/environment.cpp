@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ala/access/host_domain.h"
+#include "ala/access/caller.h"
 #include "ala/base/concatenate.h"
 #include "ala/base/owners.h"
 #include "ala/base/registry_keys.h"

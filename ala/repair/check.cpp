@@ -9,7 +9,7 @@
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/directory/paths.h"
-#include "ala/log/permission.h"
+#include "ala/log/header.h"
 #include "ala/repair/checked_log.h"
 #include "ala/repair/tally.h"
 #include "platform/byte_order.h"

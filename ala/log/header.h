@@ -1,4 +1,4 @@
-// May the caller read a log?  Its header says whom it admits.
+// The header of a log, and its access list: whom does it admit?
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@ ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, 
 
 namespace qvledger {
 
-// The same of what is to be read; its next item is the first record then.  On failure errno has the system's
-// reason if the file could not be read, else 0.
+// The same for a log that is being read; its next item is the first record then.  On failure errno has the
+// system's reason if the file could not be read, else 0.
 ALA_retCode_t lookUpPermission(LogFile &inout_file, std::int32_t *accessOK, std::uint32_t *verNumber);
 
 // Does the file begin as a log does, up to its access list?
