@@ -133,7 +133,9 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
     const ToolResult result = system.run({"-S", folder, "alpha"}, run);
     EXPECT_EQ(result.status, 50);
     EXPECT_THAT(result.err, HasSubstr("saved as " + (folder / "alpha.19990301").string() + ".\n"));
-    EXPECT_THAT(result.err, HasSubstr("bytes " + std::to_string(begin) + " to " + std::to_string(end)));
+    EXPECT_THAT(result.err, HasSubstr("bytes " + std::to_string(begin) + " to " + std::to_string(end) +
+                                      " belong to no intact record and are not saved; the record after them "
+                                      "was found in step.\n"));
     const std::string &bytes = damaged.bytes();
     EXPECT_EQ(readFile(folder / "alpha.19990301"), bytes.substr(0, begin) + bytes.substr(end));
     EXPECT_FALSE(fs::exists(folder / "alpha.19990302")) << "it is whole";
@@ -152,6 +154,19 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
     EXPECT_THAT(system.run({"-S", system.log("19990301").parent_path(), "alpha"}, kCheck).err,
                 HasSubstr("the logs' own folder"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "nothing half-way is left";
+}
+
+TEST(Check, AMessageSaysWhatFollowsTheBytesThatAreNotSaved) {
+    PrintSystem system;
+    Log damaged = threeJobs();
+    const std::size_t begin = damaged.records()[1];
+    damaged.overwrite(begin, std::string(damaged.records()[2] - begin, '\xff'));
+    system.save("19990301", damaged);
+    system.save("19990302", threeJobs().raw("stray"));
+    fs::create_directory(system / "saved");
+    const std::string messages = system.run({"-S", system / "saved", "alpha"}, kCheck).err;
+    EXPECT_THAT(messages, HasSubstr("not saved; the record after them was found out of step.\n"));
+    EXPECT_THAT(messages, HasSubstr("not saved; no record follows.\n"));
 }
 
 TEST(Check, ASaveThatCannotEndLeavesNothing) {

@@ -14,7 +14,6 @@ constexpr std::int64_t kNew = -1; // a byte that no original has
 struct Damaged {
     std::string bytes;
     std::vector<std::int64_t> origins;
-    std::vector<bool> touched = {}; // by the place in the original
 };
 
 struct Original {

@@ -1,30 +1,52 @@
-// Checking and saving logs.
+// Checking logs, and saving the intact records of damaged ones.
 //
-// A log is opened by its file name, under its own access list; whoever is not admitted learns nothing of it.
-// It is looked at as it is when it is opened: what a server appends meanwhile is left for the next time.
-// docs/architecture.md tells how records are found again behind damage.
+// A log is opened by its file name, under its own access list; a caller who is not admitted learns nothing of
+// it.  What a server appends after that is left for the next time.  docs/architecture.md, "Damaged logs",
+// explains how records are found again after damage.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <memory>
 
 #include "ala/ala.h"
 
-struct ALA__checkedLog; // an open log
+namespace qvledger {
 
-// Why a report would pass over a value.
-enum ALA__passedOver : std::uint32_t {
-    ALA__PASSED_UNPACK,   // its bytes are none of its type
-    ALA__PASSED_NAME,     // an object identifier without a name
-    ALA__PASSED_TIME,     // a time that cannot be converted
-    ALA__PASSED_MEMORY,   // memory ran out
-    ALA__PASSED_TOO_LONG, // of a record too long to be read here
-    ALA__PASSED_OTHER,
-    ALA__PASSED_REASONS
+enum class CheckOutcome : std::uint8_t {
+    Done,
+    GaveUp,      // the watch did
+    CannotOpen,  // the file; or there is none
+    NotAFile,    // on a disk: a folder, a device, a pipe
+    NotAdmitted, // the access list does not admit the caller
+    CannotRead,
+    HeaderIsCut, // the file is empty or ends inside its header
+    HeaderIsDamaged,
+    Exists,      // a file has the copy's name already
+    CannotWrite, // the copy cannot be made or written
+    NotSynced,   // the copy is there and whole, but its folder's entry may not be on the disk
+    Failed       // for a reason that only the code gives
 };
 
-// What a log holds.
-struct ALA__logSummary {
+struct CheckResult {
+    CheckOutcome outcome;
+    ALA_retCode_t code; // ALA_N_NORMAL for Done and GaveUp
+    int error;          // the system's reason as errno; 0: none
+};
+
+// Why a report skips a value.
+enum class SkipReason : std::uint8_t {
+    Unpack,  // its bytes do not match its type
+    Name,    // an object identifier without a name
+    Time,    // a time that cannot be converted
+    Memory,  // memory ran out
+    TooLong, // in a record too long to be rendered here
+    Other
+};
+constexpr std::size_t kSkipReasons = 6;
+
+// What a log contains.
+struct LogSummary {
     std::uint32_t version;
     std::uint32_t created;       // seconds since 1970; 0 before version 2
     std::uint32_t accessEntries; // of its access list
@@ -34,54 +56,54 @@ struct ALA__logSummary {
     std::int64_t bytes;
     std::int64_t firstDamage; // offset; -1: none
     std::int64_t strayBytes;  // that belong to no record
+    std::int64_t unsearched;  // of these, bytes that were skipped unseen: a search would take too long
     const char *fault;        // what is wrong at the first damage; null: nothing
-    bool isCut;               // all that is wrong is that the last record is not complete
+    bool isCut;               // only the last record is incomplete
     bool headerIsDamaged;     // the version in it is not that of its records
-    std::array<std::uint64_t, ALA__PASSED_REASONS> passedOver; // values and attributes by reason
+    std::array<std::uint64_t, kSkipReasons> skipped; // values and attributes by reason
 };
 
-// Told and asked while a log is worked on.
-class ALA__checkWatch {
+// How the record after a range of stray bytes was found.
+enum class FoundNext : std::uint8_t {
+    InStep,    // the bytes before it are sound and end where it begins
+    OutOfStep, // by what it looks like
+    None       // there is none
+};
+
+// Called while a log is checked or saved.
+class CheckWatch {
 public:
-    // Up to where the log was worked on.  False: give up.
+    // The position reached.  False: give up.
     virtual bool goOn(std::int64_t position) = 0;
     // One more intact record.
     virtual void record() = 0;
     // A range of bytes that belongs to no intact record.
-    virtual void stray(std::int64_t begin, std::int64_t end) = 0;
+    virtual void stray(std::int64_t begin, std::int64_t end, FoundNext next) = 0;
 
 protected:
-    ~ALA__checkWatch() = default;
+    ~CheckWatch() = default;
 };
 
-// Opens a log of the registered directory by its file name.  It is closed with ALA__CloseChecked.
-// ALA_A_FAIL_TO_OPEN_LOG_FILE: there is none, or it cannot be opened, with the system's reason in errno; 0
-// there: it is no file on a disk.
-// ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: its access list does not admit the caller.
-// ALA_A_NO_MORE_JOB: the file is empty, or ends inside its header.
-// ALA_A_FAIL_READ_LOG_FILE: it cannot be read, with the system's reason in errno; 0 there: as the next two.
-// ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: its header is damaged.
-// ALA_A_SYSTEM_ERR: the caller's identity cannot be found out.
-// ALA_A_UNKNOWN_ERR: the path cannot be converted.
+struct CheckedLog; // an open log
+
+struct CloseChecked {
+    void operator()(CheckedLog *log) const;
+};
+using OpenCheckedLog = std::unique_ptr<CheckedLog, CloseChecked>;
+
+// Opens a log of the registered directory by its file name.  Also CannotOpen, NotAFile, NotAdmitted,
+// CannotRead, HeaderIsCut, HeaderIsDamaged, and Failed: ALA_A_SYSTEM_ERR, the caller's identity is unknown;
+// ALA_A_UNKNOWN_ERR, the path cannot be converted; ALA_A_OUT_OF_MEMORY.
+CheckResult openToCheck(ALA_handle_t handle, const char *name, OpenCheckedLog &log);
+
+// Finds all intact records, and renders every value of them.  Also GaveUp, CannotRead, and Failed:
 // ALA_A_OUT_OF_MEMORY.
-ALA_retCode_t ALA__OpenToCheck(ALA_handle_t in_alaHandle, const char *inp_name, ALA__checkedLog **outp_log);
+CheckResult checkLog(ALA_handle_t handle, CheckedLog &log, CheckWatch &watch, LogSummary &summary);
 
-// Null is fine.
-void ALA__CloseChecked(ALA__checkedLog *inp_log);
+// Writes the header and all intact records to a new file, with the caller's own rights, and syncs it with the
+// original's owner, mode and times, as far as the caller may set them.  The file gets its name once it is
+// whole; without Done or NotSynced no file is left.  Also GaveUp, CannotRead, Exists, CannotWrite, NotSynced,
+// and Failed: ALA_A_OUT_OF_MEMORY.
+CheckResult saveLog(CheckedLog &log, const char *path, CheckWatch &watch);
 
-// Finds all intact records, and renders every value of them.
-// ALA_A_FAIL_READ_LOG_FILE: the file cannot be read to its end; the system's reason, if any, is in errno.
-// ALA_A_LAST_ATTRIBUTE: the watch gave up.
-// ALA_A_OUT_OF_MEMORY.
-ALA_retCode_t ALA__CheckLog(ALA_handle_t in_alaHandle, ALA__checkedLog *inoutp_log,
-                            ALA__checkWatch &inout_watch, ALA__logSummary *outp_summary);
-
-// Writes the header and all intact records to a new file, with the caller's own rights, and has it on the
-// disk with the original's owner, mode and times, as far as the caller may give them.  It has the name when
-// it is whole, and not before.  No file is left on failure, but for one code.
-// ALA_A_FAIL_TO_OPEN_LOG_FILE: the name is taken, or the file cannot be made; the reason is in errno.
-// ALA_A_SYSTEM_ERR: it cannot be written; the reason is in errno.
-// ALA_A_UNKNOWN_ERR: it is there and whole, but its folder's entry may not be on the disk; the reason is in
-// errno.
-// Others as ALA__CheckLog.
-ALA_retCode_t ALA__SaveLog(ALA__checkedLog *inoutp_log, const char *inp_path, ALA__checkWatch &inout_watch);
+} // namespace qvledger

@@ -48,7 +48,11 @@ static bool endsInZeros(std::span<const std::uint8_t> units, std::size_t count) 
 std::span<const std::uint8_t> XdrReader::bytes(std::size_t limit) {
     const std::size_t length = word();
     const std::size_t padded = (length + kUnit - 1) / kUnit * kUnit;
-    if (length > limit || padded > rest.size() || !endsInZeros(rest.first(padded), padded - length)) {
+    if (length <= limit && padded > rest.size()) {
+        failAt(padded);
+        return {};
+    }
+    if (length > limit || !endsInZeros(rest.first(padded), padded - length)) {
         fail(Fault::Malformed);
         return {};
     }

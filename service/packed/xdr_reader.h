@@ -18,12 +18,14 @@ namespace qvledger {
 
 class XdrReader {
 public:
-    XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory) : rest(bytes), memory_(memory) {}
+    // missing: how many bytes of the value are not there, after those that are.
+    XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory, std::size_t missing = 0)
+        : rest(bytes), memory_(memory), missing_(missing) {}
 
     std::uint32_t word() {
         std::uint32_t word = 0;
         if (rest.size() < sizeof word) {
-            fail(Fault::Malformed);
+            failAt(sizeof word);
             return 0;
         }
         std::memcpy(&word, rest.data(), sizeof word);
@@ -69,14 +71,21 @@ public:
     bool isWhole() const { return fault == Fault::None && rest.empty(); }
     bool failed() const { return fault != Fault::None; }
     bool outOfMemory() const { return fault == Fault::Memory; }
+    // Did it fail only because the missing bytes are missing?
+    bool lacksBytes() const { return fault == Fault::Missing; }
 
 private:
-    enum class Fault : std::uint8_t { None, Malformed, Memory };
+    enum class Fault : std::uint8_t { None, Malformed, Missing, Memory };
 
     void fail(Fault givenFault);
+    // Fails at an item that ends after so many bytes.
+    void failAt(std::size_t size) {
+        fail(size <= rest.size() + missing_ ? Fault::Missing : Fault::Malformed);
+    }
 
     std::span<const std::uint8_t> rest; // nothing once it failed
     ValueMemory &memory_;
+    std::size_t missing_;
     Fault fault = Fault::None;
 };
 

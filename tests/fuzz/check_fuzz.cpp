@@ -10,10 +10,10 @@
 
 namespace {
 
-class Watch final : public ALA__checkWatch {
+class Watch final : public qvledger::CheckWatch {
     bool goOn(std::int64_t) override { return true; }
     void record() override {}
-    void stray(std::int64_t begin, std::int64_t end) override {
+    void stray(std::int64_t begin, std::int64_t end, qvledger::FoundNext) override {
         if (begin >= end)
             std::abort();
     }
@@ -21,16 +21,16 @@ class Watch final : public ALA__checkWatch {
 
 } // namespace
 
-static bool check(ALA_handle_t handle, const char *name, const char *copy, ALA__logSummary &summary) {
+static bool check(ALA_handle_t handle, const char *name, const char *copy, qvledger::LogSummary &summary) {
+    using enum qvledger::CheckOutcome;
     Watch watch;
-    ALA__checkedLog *log = nullptr;
-    if (ALA__OpenToCheck(handle, name, &log) != ALA_N_NORMAL)
+    qvledger::OpenCheckedLog log;
+    if (openToCheck(handle, name, log).outcome != Done)
         return false;
-    if (ALA__CheckLog(handle, log, watch, &summary) != ALA_N_NORMAL)
+    if (checkLog(handle, *log, watch, summary).outcome != Done)
         std::abort();
-    if (copy != nullptr && ALA__SaveLog(log, copy, watch) != ALA_N_NORMAL)
+    if (copy != nullptr && saveLog(*log, copy, watch).outcome != Done)
         std::abort();
-    ALA__CloseChecked(log);
     return true;
 }
 
@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     Sandbox::write(sandbox.root().log("alpha", "20010203"), {bytes, size});
     const std::filesystem::path copy = sandbox.root().log("alpha", "20010204");
     std::filesystem::remove(copy);
-    ALA__logSummary first, second;
+    qvledger::LogSummary first, second;
     if (!check(handle, "alpha.20010203", copy.c_str(), first))
         return 0;
     if (first.strayBytes == 0) {

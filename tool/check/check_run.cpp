@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <string>
 #include <unordered_set>
@@ -28,26 +27,24 @@ using namespace qvledger;
 
 namespace {
 
-struct LogCloser {
-    void operator()(ALA__checkedLog *log) const { ALA__CloseChecked(log); }
-};
-using OpenLog = std::unique_ptr<ALA__checkedLog, LogCloser>;
-
-class Watch final : public ALA__checkWatch {
+class Watch final : public CheckWatch {
 public:
-    explicit Watch(const char *toldName) : name(toldName) {}
+    explicit Watch(const char *name) : name_(name) {}
     bool goOn(std::int64_t) override {
         redrawProgress();
         return !mustStop(std::ferror(stdout) != 0);
     }
     void record() override { countRecord(); }
-    void stray(std::int64_t begin, std::int64_t end) override {
-        if (name != nullptr)
-            DisplayMsg(kMsgCheckLeftOut, name, std::to_string(begin).c_str(), std::to_string(end).c_str());
+    void stray(std::int64_t begin, std::int64_t end, FoundNext next) override {
+        static constexpr std::uint32_t kMessages[] = {kMsgCheckLeftOutInStep, kMsgCheckLeftOutOutOfStep,
+                                                      kMsgCheckLeftOutAtEnd};
+        if (name_ != nullptr)
+            DisplayMsg(kMessages[static_cast<std::size_t>(next)], name_, std::to_string(begin).c_str(),
+                       std::to_string(end).c_str());
     }
 
 private:
-    const char *name; // null: ranges are not told
+    const char *name_; // null: ranges are not reported
 };
 
 // What the exit status comes from.
@@ -80,8 +77,8 @@ private:
     int checkLogs(Facility &facility);
     void checkListed(const Facility &facility);
     void checkLog(ALA_handle_t handle, const char *name);
-    void noteClosed(const char *name, ALA_retCode_t code, int error);
-    void save(ALA__checkedLog *log, const char *name);
+    void noteClosed(const char *name, const CheckResult &result);
+    void save(CheckedLog &log, const char *name);
 
     Options options; // of the server whose turn it is
     std::span<const char *const> servers;
@@ -113,55 +110,64 @@ int CheckRun::start(const std::string &logPath, Facility &facility) {
 
 // ---- Logs ----
 
-// A log that was not read; the system's reason, if it is one.
-void CheckRun::noteClosed(const char *name, ALA_retCode_t code, int error) {
+static std::string withReason(const char *text, int error) {
+    return error != 0 ? std::string(text) + ": " + std::strerror(error) : text;
+}
+
+// A log that was not read.
+void CheckRun::noteClosed(const char *name, const CheckResult &result) {
     LogState state = LogState::Unreadable;
-    std::string reason = "cannot be opened or read";
-    switch (code) {
-    case ALA_A_FAIL_TO_OPEN_LOG_FILE:
-        reason = error != 0 ? std::string("cannot be opened: ") + std::strerror(error) : "no file on a disk";
+    std::string reason;
+    switch (result.outcome) {
+    case CheckOutcome::CannotOpen:
+        reason = withReason("cannot be opened", result.error);
         break;
-    case ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE:
+    case CheckOutcome::NotAFile:
+        reason = "no file on a disk";
+        break;
+    case CheckOutcome::NotAdmitted:
         state = LogState::NotAdmitted;
         reason = "the access list does not admit the caller";
         break;
-    case ALA_A_NO_MORE_JOB:
+    case CheckOutcome::CannotRead:
+        reason = withReason("cannot be read", result.error);
+        break;
+    case CheckOutcome::HeaderIsCut:
         state = LogState::Cut;
         reason = "the file ends inside its header";
         break;
-    case ALA_A_FAIL_READ_LOG_FILE:
-        if (error != 0) {
-            reason = std::string("cannot be read: ") + std::strerror(error);
-            break;
-        }
-        [[fallthrough]];
-    case ALA_A_BAD_NUMATTR_VALUE:
-    case ALA_A_ODPUNPACK_ERROR:
+    case CheckOutcome::HeaderIsDamaged:
         state = LogState::Damaged;
         reason = "the header is damaged: nobody knows whom the log admits";
         break;
     default:
+        reason = "cannot be opened or read";
         break;
     }
     const bool cannotBeSaved = state == LogState::Damaged || state == LogState::Cut;
     if (cannotBeSaved)
         outcome.damaged = true;
     else
-        outcome.closed = code;
+        outcome.closed = result.code;
     writeClosedLogLine(options.serverName, name, state, reason.c_str());
     if (cannotBeSaved && options.saveFolder != nullptr)
         DisplayMsg(kMsgCheckNotSaved, name);
 }
 
-static std::string whyNotSaved(ALA_retCode_t code, int error) {
-    if (code == ALA_A_OUT_OF_MEMORY)
+static std::string whyNotSaved(const CheckResult &result) {
+    switch (result.outcome) {
+    case CheckOutcome::Failed:
         return "out of memory";
-    if (code == ALA_A_UNKNOWN_ERR)
-        return std::string("it is there, but its folder cannot be put on the disk: ") + std::strerror(error);
-    return code == ALA_A_FAIL_READ_LOG_FILE ? "it cannot be read to its end" : std::strerror(error);
+    case CheckOutcome::CannotRead:
+        return "it cannot be read to its end";
+    case CheckOutcome::NotSynced:
+        return withReason("it is there, but its folder cannot be put on the disk", result.error);
+    default:
+        return std::strerror(result.error);
+    }
 }
 
-void CheckRun::save(ALA__checkedLog *log, const char *name) {
+void CheckRun::save(CheckedLog &log, const char *name) {
     const std::string path = std::string(options.saveFolder) + "/" + name;
     if (isFolderOfLogs) {
         outcome.lost = true;
@@ -169,45 +175,39 @@ void CheckRun::save(ALA__checkedLog *log, const char *name) {
         return;
     }
     Watch watch(name);
-    const ALA_retCode_t result = ALA__SaveLog(log, path.c_str(), watch);
-    const int error = errno;
-    if (result == ALA_N_NORMAL)
+    const CheckResult result = saveLog(log, path.c_str(), watch);
+    if (result.outcome == CheckOutcome::Done)
         return DisplayMsg(kMsgCheckSaved, name, path.c_str());
-    if (result == ALA_A_LAST_ATTRIBUTE)
-        return; // asked to end
+    if (result.outcome == CheckOutcome::GaveUp)
+        return;
     outcome.lost = true;
-    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result, error).c_str());
+    DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result).c_str());
 }
 
 void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
-    ALA__checkedLog *opened = nullptr;
-    ALA_retCode_t result = ALA_N_NORMAL;
-    int error = 0;
+    OpenCheckedLog log;
+    CheckResult result = {};
     {
         const LentRights rights(options.acctPath2 == nullptr);
-        result = ALA__OpenToCheck(handle, name, &opened);
-        error = errno;
+        result = openToCheck(handle, name, log);
     }
-    const OpenLog log(opened);
-    if (result == ALA_A_FAIL_TO_OPEN_LOG_FILE && error == ENOENT && listsAgain) {
+    if (result.outcome == CheckOutcome::CannotOpen && result.error == ENOENT && listsAgain) {
         hasGone = true;
         return;
     }
     looked.insert(name);
-    if (result != ALA_N_NORMAL)
-        return noteClosed(name, result, error);
-    ALA__logSummary summary;
+    if (result.outcome != CheckOutcome::Done)
+        return noteClosed(name, result);
+    LogSummary summary;
     Watch watch(nullptr);
-    result = ALA__CheckLog(handle, opened, watch, &summary);
-    error = errno;
+    result = qvledger::checkLog(handle, *log, watch, summary);
     eraseProgress();
-    if (result == ALA_A_LAST_ATTRIBUTE)
-        return; // asked to end
-    if (result != ALA_N_NORMAL) {
-        outcome.closed = result;
-        const std::string reason = error != 0 ? std::string(": ") + std::strerror(error) : "";
+    if (result.outcome == CheckOutcome::GaveUp)
+        return;
+    if (result.outcome != CheckOutcome::Done) {
+        outcome.closed = result.code;
         return writeClosedLogLine(options.serverName, name, LogState::Unreadable,
-                                  ("cannot be read to its end" + reason).c_str());
+                                  withReason("cannot be read to its end", result.error).c_str());
     }
     const LogState state = stateOf(summary);
     writeLogLine(options.serverName, name, state, summary);
@@ -220,7 +220,7 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
     if (summary.headerIsDamaged)
         DisplayMsg(kMsgCheckNotSaved, name);
     else
-        save(opened, name);
+        save(*log, name);
 }
 
 // Messages that are not the program's would stand in the middle of the line.

@@ -32,13 +32,13 @@ static const char *textOf(LogState state) {
     return "";
 }
 
-LogState qvledger::stateOf(const ALA__logSummary &summary) {
+LogState qvledger::stateOf(const LogSummary &summary) {
     if (summary.strayBytes == 0)
         return summary.records == 0 ? LogState::Empty : LogState::Whole;
     return summary.isCut && !summary.headerIsDamaged ? LogState::Cut : LogState::Damaged;
 }
 
-static std::string dateText(const ALA__logSummary &summary) {
+static std::string dateText(const LogSummary &summary) {
     const std::time_t created = summary.created;
     std::tm utc = {};
     char text[sizeof "2000-01-01T00:00:00Z"] = "";
@@ -52,26 +52,28 @@ static void addPart(std::string &text, const std::string &part) {
 }
 
 // What is wrong with the log, and what a report would pass over.
-static std::string reasonText(const ALA__logSummary &summary) {
-    constexpr const char *kPassedOver[ALA__PASSED_REASONS] = {"no value of its type",
-                                                              "no name for an object identifier",
-                                                              "no time",
-                                                              "no memory",
-                                                              "in a record too long to be rendered",
-                                                              "not rendered"};
+static std::string reasonText(const LogSummary &summary) {
+    constexpr const char *kPassedOver[kSkipReasons] = {"no value of its type",
+                                                       "no name for an object identifier",
+                                                       "no time",
+                                                       "no memory",
+                                                       "in a record too long to be rendered",
+                                                       "not rendered"};
     std::string text;
     if (summary.headerIsDamaged)
         addPart(text, "the version in the header is not that of the records");
     else if (summary.fault != nullptr)
         addPart(text, summary.fault);
-    for (std::size_t i = 0; i < ALA__PASSED_REASONS; ++i)
-        if (summary.passedOver[i] != 0)
-            addPart(text, "passed over " + std::to_string(summary.passedOver[i]) + ": " + kPassedOver[i]);
+    if (summary.unsearched != 0)
+        addPart(text, std::to_string(summary.unsearched) +
+                          " bytes were not searched for records, which would take too long");
+    for (std::size_t i = 0; i < kSkipReasons; ++i)
+        if (summary.skipped[i] != 0)
+            addPart(text, "passed over " + std::to_string(summary.skipped[i]) + ": " + kPassedOver[i]);
     return text;
 }
 
-void qvledger::writeLogLine(const char *server, const char *log, LogState state,
-                            const ALA__logSummary &summary) {
+void qvledger::writeLogLine(const char *server, const char *log, LogState state, const LogSummary &summary) {
     const std::string damage = summary.firstDamage >= 0 ? std::to_string(summary.firstDamage) : "";
     writeFields({server, log, std::to_string(summary.version), dateText(summary),
                  std::to_string(summary.accessEntries), "yes", std::to_string(summary.records),

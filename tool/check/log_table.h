@@ -11,10 +11,10 @@ enum class LogState { Whole, Cut, Damaged, Empty, NotAdmitted, Unreadable };
 
 void writeLogHeader();
 // A log that was read.
-void writeLogLine(const char *server, const char *log, LogState state, const ALA__logSummary &summary);
+void writeLogLine(const char *server, const char *log, LogState state, const LogSummary &summary);
 // One that was not, with nothing of what it holds.
 void writeClosedLogLine(const char *server, const char *log, LogState state, const char *reason);
 
-LogState stateOf(const ALA__logSummary &summary);
+LogState stateOf(const LogSummary &summary);
 
 } // namespace qvledger

@@ -1,29 +1,28 @@
-#include "ala/repair/tally.h"
+#include "ala/salvage/summary.h"
 
 #include "ala/base/handle.h"
-#include "ala/log/open_log.h"
 
 using namespace qvledger;
 
-static ALA__passedOver reasonOf(ALA_retCode_t code) {
+static SkipReason reasonOf(ALA_retCode_t code) {
     switch (code) {
     case ALA_A_ODPUNPACK_ERROR:
-        return ALA__PASSED_UNPACK;
+        return SkipReason::Unpack;
     case ALA_A_OID_ERROR:
-        return ALA__PASSED_NAME;
+        return SkipReason::Name;
     case ALA_A_FAIL_TO_GET_TIME:
-        return ALA__PASSED_TIME;
+        return SkipReason::Time;
     case ALA_A_OUT_OF_MEMORY:
-        return ALA__PASSED_MEMORY;
+        return SkipReason::Memory;
     default:
-        return ALA__PASSED_OTHER;
+        return SkipReason::Other;
     }
 }
 
 // All attributes that a pair of cursor operations gives.  The code that ended them.
 template <class Record, class First, class Next>
-static ALA_retCode_t tallyAttributes(ALA_handle_t handle, Record record, First first, Next next,
-                                     ALA__logSummary &summary) {
+static ALA_retCode_t renderAttributes(ALA_handle_t handle, Record record, First first, Next next,
+                                      LogSummary &summary) {
     ALA_retCode_t result = ALA_N_NORMAL;
     for (bool started = false;; started = true) {
         const std::uint64_t before = handle->valuesPassedOver;
@@ -32,35 +31,35 @@ static ALA_retCode_t tallyAttributes(ALA_handle_t handle, Record record, First f
         if (pair != nullptr)
             ALA_FreeAttributePair(&pair);
         // An earlier value's failure does not show in the code.
-        summary.passedOver[reasonOf(result)] += handle->valuesPassedOver - before;
+        noteSkipped(summary, reasonOf(result), handle->valuesPassedOver - before);
         if (result == ALA_A_LAST_ATTRIBUTE || result == ALA_A_NO_MORE_JOB_ATTR ||
             result == ALA_A_INVALID_RECORD)
             return result;
     }
 }
 
-static void tallyDocuments(ALA_handle_t handle, ALA_record_t record, ALA__logSummary &summary) {
+static void renderDocuments(ALA_handle_t handle, ALA_record_t record, LogSummary &summary) {
     ALA_dRecord_t document = nullptr;
     ALA_retCode_t result = ALA_GetFirstDocmt(handle, &record, &document);
     while (result == ALA_N_NORMAL && document != nullptr) {
         ++summary.documents;
-        tallyAttributes(handle, document, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc, summary);
+        renderAttributes(handle, document, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc, summary);
         ALA_FreeDocmtRecord(&document);
         result = ALA_GetNextDocmt(handle, &record, &document);
     }
     if (result != ALA_N_NORMAL && result != ALA_A_NO_MORE_DOCMT_ATTR)
-        ++summary.passedOver[reasonOf(result)];
+        noteSkipped(summary, reasonOf(result), 1);
 }
 
-ALA_retCode_t qvledger::tallyRecord(ALA_handle_t handle, logParams &givenLog, ALA__logSummary &summary) {
-    ALA_acctLogHandle_t log = &givenLog;
+ALA_retCode_t qvledger::summarise(ALA_handle_t handle, logParams &log, LogSummary &summary) {
+    ALA_acctLogHandle_t logHandle = &log;
     ALA_record_t job = nullptr;
-    if (const ALA_retCode_t result = ALA_GetNextJobRecord(handle, &log, &job); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = ALA_GetNextJobRecord(handle, &logHandle, &job); result != ALA_N_NORMAL)
         return result;
     const ALA_retCode_t ended =
-        tallyAttributes(handle, job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob, summary);
+        renderAttributes(handle, job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob, summary);
     if (ended == ALA_A_NO_MORE_JOB_ATTR)
-        tallyDocuments(handle, job, summary);
+        renderDocuments(handle, job, summary);
     ALA_FreeJobRecord(&job);
     return ALA_N_NORMAL;
 }

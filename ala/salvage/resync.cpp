@@ -1,0 +1,237 @@
+#include "ala/salvage/resync.h"
+
+#include <algorithm>
+
+#include "ala/log/log_file.h"
+
+using namespace qvledger;
+
+constexpr int kValuesAfterRecord = 64; // that are followed
+constexpr std::size_t kMostKnown = 4096;
+constexpr std::int64_t kAskAfter = 1 << 20; // bytes
+constexpr std::int64_t kSearchedAtOnce = 64 << 10;
+constexpr std::int64_t kSkipped = 128
+                                  << 10; // where the budget is used up: then it lasts for a few records again
+
+// What may be looked at without finding a record, in bytes read in order: so much, and one for each byte of
+// the log.  Damage by chance stays far below it.
+constexpr std::int64_t kCredit = 64 << 20;
+
+Resync::Resync(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, CheckWatch &watch)
+    : bytes_(bytes), parser_(bytes, verNum), watch_(watch), place_{begin, begin, begin, true, Fault::None} {
+    newBudget();
+}
+
+void Resync::Known::learn(const Run &run) {
+    if (first.size() < kMostKnown)
+        first.insert(run.identifiers.front());
+    for (std::size_t i = 1; i < run.identifiers.size() && later.size() < kMostKnown; ++i)
+        later.insert(run.identifiers[i]);
+    if (!run.endIsCertain && lastTypes.size() < kMostKnown)
+        lastTypes.insert(run.lastType);
+}
+
+void Resync::newBudget() {
+    budgetFrom_ = place_.at;
+    costBefore_ = bytes_.cost();
+}
+
+// What all that is read may cost by now.
+std::int64_t Resync::limit() const {
+    return costBefore_ + kCredit + place_.at - budgetFrom_;
+}
+
+bool Resync::canAfford() const {
+    return bytes_.cost() <= limit();
+}
+
+// Learns from the records after the run, as far as they are found with what is known already.
+void Resync::learnAfter(const Run &run) {
+    const Place here = place_;
+    onlyLearns_ = true;
+    goTo(run.end, run.attributes != 0);
+    newBudget();
+    while (next() != nullptr) {
+    }
+    learns_ = onlyLearns_ = false;
+    place_ = here;
+    asked_ = here.at;
+    unsearched_ = 0;
+    newBudget();
+}
+
+// Of a run that was found out of step: may a record begin with its first attribute?  It can also be what is
+// left of one.  A head of three words fits less easily by chance than one of a single word.
+bool Resync::mayBegin(const Run &run) const {
+    const std::uint64_t identifier = run.identifiers.front();
+    if (known_.first.contains(identifier))
+        return true;
+    return parser_.headSize() > kWord ? !known_.later.contains(identifier)
+                                      : onlyLearns_ && known_.first.empty();
+}
+
+// Can the bytes there be further values of the attribute before them, which a damaged count leaves out?
+bool Resync::goesOnAsValues(std::int64_t end) {
+    for (int i = 0; i < kValuesAfterRecord && canAfford(); ++i) {
+        const std::uint8_t *word = bytes_.at(end, kWord);
+        const std::uint32_t length = word != nullptr ? nativeWord(word) : 0;
+        bytes_.addCost(kWord);
+        end += kWord;
+        if (length == 0 || length > bytes_.size() - end)
+            return false;
+        end += length;
+        if (parser_.isBoundary(end) || parser_.follow(end, limit()).attributes != 0)
+            return true;
+    }
+    return false;
+}
+
+// The records that begin in the run's last attribute, where something else than a record follows it.
+Resync::Hidden Resync::findHidden(const Run &run) {
+    const std::int64_t until = std::min(bytes_.size(), run.end + parser_.headSize());
+    Hidden hidden;
+    std::int64_t chain = -1; // of records that follow each other
+    std::int64_t chainEnd = -1;
+    std::int64_t tag = run.last + parser_.headSize();
+    while (canAfford() && (tag = bytes_.nextTag(tag + 1, until)) < until) {
+        RecordHead head = {};
+        if (parser_.readHead(tag, &head) != Fault::None || !head.documentsFill())
+            continue;
+        const Run inner = parser_.follow(tag, limit());
+        if (inner.attributes != head.numAttr || !known_.first.contains(inner.identifiers.front()))
+            continue;
+        hidden.any = true;
+        const std::int64_t begin = tag - parser_.headSize();
+        if (begin != chainEnd)
+            chain = begin;
+        chainEnd = inner.end;
+        if (inner.end > run.end) {
+            hidden.joined = chain;
+            break;
+        }
+        tag = inner.end + parser_.headSize() - 1;
+    }
+    return hidden;
+}
+
+// The next bytes out of step that look like a tag.  False if there are none close by, or they cannot be
+// afforded.
+bool Resync::searchTag(std::int64_t *tag) {
+    if (!canAfford()) {
+        const std::int64_t skipped = std::min(kSkipped, bytes_.size() - place_.at);
+        unsearched_ += skipped;
+        place_.at += skipped;
+        return false;
+    }
+    const std::int64_t until = std::min(bytes_.size(), place_.at + kSearchedAtOnce);
+    *tag = place_.at = bytes_.nextTag(place_.at, until);
+    return *tag < until;
+}
+
+bool Resync::give(const Candidate &found) {
+    bytes_.addCost(-found.cost); // not in vain
+    const Run &run = found.run;
+    const std::int64_t begin = run.begin - parser_.headSize();
+    if (learns_ && begin == place_.recordsEnd)
+        known_.learn(run);
+    found_ = {begin, run.end, found.head, run.values, run.longest, place_.inStep, place_.fault};
+    place_ = {run.end, run.end, run.end, true, Fault::None};
+    return true;
+}
+
+bool Resync::goTo(std::int64_t position, bool inStep) {
+    place_.at = place_.floor = position;
+    place_.inStep = inStep;
+    return false;
+}
+
+void Resync::read(std::int64_t tag, Candidate &candidate) {
+    const std::int64_t before = bytes_.cost();
+    candidate.headFault = parser_.readHead(tag, &candidate.head);
+    const bool isLong = candidate.isExpected && candidate.headFault == Fault::None;
+    candidate.run = parser_.follow(tag, limit(), isLong ? candidate.head.numAttr : 0);
+    candidate.cost = bytes_.cost() - before;
+    const Run &run = candidate.run;
+    candidate.fits = candidate.headFault == Fault::None && tag - parser_.headSize() >= place_.floor &&
+                     candidate.head.numAttr == run.attributes;
+    candidate.isClosed = run.attributes != 0 && parser_.isBoundary(run.end);
+}
+
+// What is wrong with a record that was expected.
+static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
+    if (headFault != Fault::None)
+        return headFault;
+    if (head.numAttr > run.attributes)
+        return run.fault;
+    return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
+}
+
+// Is the log cut in the attribute after the run?  Then nothing in it is a record.
+bool Resync::isCut(const Candidate &last) const {
+    const Run &run = last.run;
+    if (run.lacksOnlyBytes && (place_.inStep || run.attributes == 0))
+        return true;
+    return place_.inStep && last.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
+}
+
+// Looks at one run.  True if it is a record.
+bool Resync::step() {
+    Candidate candidate = {};
+    candidate.isExpected = place_.inStep && place_.at == place_.recordsEnd;
+    place_.inStep = candidate.isExpected || (place_.inStep && canAfford());
+    std::int64_t tag = place_.at + parser_.headSize();
+    if (!place_.inStep && !searchTag(&tag))
+        return false;
+    read(tag, candidate);
+    const Run &run = candidate.run;
+    if (candidate.isExpected && candidate.fits && candidate.isClosed && !run.lacksOnlyBytes)
+        return give(candidate);
+    if (candidate.isExpected)
+        place_.fault = faultOf(candidate.headFault, candidate.head, run);
+    if (isCut(candidate))
+        return goTo(bytes_.size(), true);
+    if (learns_ && !onlyLearns_)
+        learnAfter(run);
+    if (run.fault == Fault::TooCostly)
+        return goTo(run.end, false);
+    if (run.attributes != 0)
+        return decide(candidate);
+    place_.at += place_.inStep ? 0 : 1;
+    place_.inStep = false;
+    return false;
+}
+
+// Of a run next to damage, or out of step.
+bool Resync::decide(const Candidate &candidate) {
+    const Run &run = candidate.run;
+    Hidden hidden;
+    const bool isUsual = candidate.isExpected && candidate.fits && known_.lastTypes.contains(run.lastType);
+    if (!candidate.isClosed && (run.endIsCertain || isUsual))
+        hidden = findHidden(run);
+    if (run.endIsCertain && hidden.joined >= 0)
+        return goTo(hidden.joined, true);
+    const bool endIsKnown = run.endIsCertain || (isUsual && !hidden.any);
+    const bool mayEnd = candidate.isClosed || (place_.inStep && endIsKnown && !goesOnAsValues(run.end));
+    if (candidate.fits && mayEnd && (place_.inStep || (candidate.head.documentsFill() && mayBegin(run))))
+        return give(candidate);
+    if (run.lacksOnlyBytes)
+        return goTo(bytes_.size(), true);
+    if (!candidate.isClosed && !run.endIsCertain)
+        return goTo(run.last + 1, true);
+    // Reading the run was not in vain, because its bytes are not looked at again.
+    bytes_.addCost(-std::min(candidate.cost, run.end - run.begin));
+    return goTo(run.end, true);
+}
+
+const FoundRecord *Resync::next() {
+    while (!stopped_ && !bytes_.failed() && place_.at < bytes_.size()) {
+        const bool isFound = step();
+        if (place_.at - asked_ >= kAskAfter) {
+            asked_ = place_.at;
+            stopped_ = !watch_.goOn(onlyLearns_ ? budgetFrom_ : place_.at);
+        }
+        if (isFound && !stopped_)
+            return &found_;
+    }
+    return nullptr;
+}

@@ -1,0 +1,165 @@
+// The intact records of a log in a new one.
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <string>
+
+#include "ala/base/handle.h"
+#include "ala/base/owners.h"
+#include "ala/base/trace.h"
+#include "ala/salvage/checked_log.h"
+
+using namespace qvledger;
+
+namespace {
+
+// A file that has its name once it is whole, and is gone otherwise.
+class NewFile {
+public:
+    explicit NewFile(const char *givenPath) : path(givenPath) {
+        // Not made from the log's own name, which may be as long as a name can be.
+        const std::string folder = path.substr(0, path.rfind('/') + 1);
+        const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
+        partPath = firstPath;
+        file.reset(OS_MakeFile(partPath.c_str()));
+        // Killed runs whose number this one has been given may have left theirs.
+        for (int left = 1; left <= kMostLeft && !file.isOpen() && errno == EEXIST; ++left) {
+            partPath = firstPath + "." + std::to_string(left);
+            file.reset(OS_MakeFile(partPath.c_str()));
+        }
+    }
+    ~NewFile() {
+        const int error = errno;
+        if (file.isOpen() && !named)
+            static_cast<void>(_unlink(partPath.c_str()));
+        errno = error;
+    }
+    NewFile(const NewFile &) = delete;
+    NewFile &operator=(const NewFile &) = delete;
+
+    bool isOpen() const { return file.isOpen(); }
+    int descriptor() const { return file.get(); }
+
+    bool write(const std::uint8_t *bytes, std::size_t size) {
+        for (std::size_t done = 0; done < size;) {
+            const int put = _write(file.get(), bytes + done, static_cast<unsigned>(size - done));
+            if (put < 0 && errno == EINTR)
+                continue;
+            if (put <= 0)
+                return false;
+            done += static_cast<std::size_t>(put);
+        }
+        return true;
+    }
+
+    // Onto the disk, and under its name, unless that is taken.
+    bool finish() {
+        int synced = 0;
+        do
+            synced = _commit(file.get());
+        while (synced != 0 && errno == EINTR);
+        if (synced != 0)
+            return false;
+        const int moved = OS_NameNewFile(partPath.c_str(), path.c_str());
+        if (moved == OS_TAKEN)
+            errno = EEXIST;
+        named = moved == OS_DONE;
+        return named;
+    }
+
+private:
+    static constexpr int kMostLeft = 1000;
+
+    std::string path, partPath;
+    Descriptor file;
+    bool named = false;
+};
+
+} // namespace
+
+static CheckOutcome copyRange(LogBytes &source, std::int64_t begin, std::int64_t end, NewFile &file) {
+    constexpr std::int64_t kPiece = 256 * 1024;
+    for (std::int64_t at = begin; at < end;) {
+        const auto size = static_cast<std::size_t>(std::min(kPiece, end - at));
+        const std::uint8_t *bytes = source.at(at, size);
+        if (bytes == nullptr)
+            return CheckOutcome::CannotRead;
+        if (!file.write(bytes, size))
+            return CheckOutcome::CannotWrite;
+        at += static_cast<std::int64_t>(size);
+    }
+    return CheckOutcome::Done;
+}
+
+static CheckResult failure(CheckOutcome outcome, int error, const char *path) {
+    switch (outcome) {
+    case CheckOutcome::Exists:
+        return {outcome, ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s exists already", path), error};
+    case CheckOutcome::CannotRead:
+        return {outcome,
+                ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "%s cannot be written: the log cannot be read", path),
+                error};
+    case CheckOutcome::NotSynced:
+        return {outcome, ALA_FAIL(ALA_A_UNKNOWN_ERR, "the folder of %s cannot be synced", path), error};
+    default:
+        return {outcome, ALA_FAIL(ALA_A_SYSTEM_ERR, "%s cannot be written", path), error};
+    }
+}
+
+// Copies from a second view of the log, so that copying does not move what the search reads.
+static CheckResult copyRecords(CheckedLog &log, NewFile &file, const char *path, CheckWatch &watch) {
+    LogBytes bytes(log.log.fd, log.size);
+    LogBytes source(log.log.fd, log.size);
+    Resync search(bytes, log.log.verNum, log.headerEnd, watch);
+    std::int64_t begin = 0; // of what was not copied yet
+    std::int64_t end = log.headerEnd;
+    const auto copy = [&]() -> CheckResult {
+        const CheckOutcome outcome = copyRange(source, begin, end, file);
+        if (outcome == CheckOutcome::Done)
+            return {};
+        return failure(outcome, outcome == CheckOutcome::CannotRead ? source.error() : errno, path);
+    };
+    while (const FoundRecord *found = search.next()) {
+        if (found->begin != end) {
+            if (const CheckResult result = copy(); result.outcome != CheckOutcome::Done)
+                return result;
+            watch.stray(end, found->begin, foundNext(*found));
+            begin = found->begin;
+        }
+        end = found->end;
+    }
+    if (bytes.failed())
+        return failure(CheckOutcome::CannotRead, bytes.error(), path);
+    if (search.gaveUp())
+        return {CheckOutcome::GaveUp, ALA_N_NORMAL, 0};
+    const CheckResult result = copy();
+    if (result.outcome == CheckOutcome::Done && end < log.size)
+        watch.stray(end, log.size, FoundNext::None);
+    return result;
+}
+
+CheckResult qvledger::saveLog(CheckedLog &log, const char *path, CheckWatch &watch) {
+    const FuncTrace trace("saveLog");
+    try {
+        OS_fileIdentity taken = {};
+        if (OS_IdentifyName(path, &taken) == 0)
+            return failure(CheckOutcome::Exists, EEXIST, path);
+        NewFile file(path);
+        if (!file.isOpen()) {
+            const int error = errno;
+            return {CheckOutcome::CannotWrite,
+                    ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s cannot be made", path), error};
+        }
+        if (const CheckResult result = copyRecords(log, file, path, watch);
+            result.outcome != CheckOutcome::Done)
+            return result;
+        OS_GiveAttributes(log.log.fd, file.descriptor());
+        if (!file.finish())
+            return failure(errno == EEXIST ? CheckOutcome::Exists : CheckOutcome::CannotWrite, errno, path);
+        if (OS_SyncFolderOf(file.descriptor()) != 0)
+            return failure(CheckOutcome::NotSynced, errno, path);
+        return {};
+    } catch (const std::bad_alloc &) {
+        return {CheckOutcome::Failed, ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to save %s", path), 0};
+    }
+}
