@@ -130,29 +130,6 @@ TEST_F(Access, DomainsMatchBySuffixOrWhole) {
     }
 }
 
-TEST_F(Access, OperationsDecodeTheirEntry) {
-    char user[] = "alice", domain[] = "CORP";
-    GEN_eACL entry = {{GEN_ISO_646_IRV, {"ALICE"}}, {{GEN_ISO_646_IRV, {domain}}, nullptr}, 0, 2};
-    ALA_credential_t caller = {};
-    ALA_groupSIDList group = {user, domain, nullptr}, *groups = &group;
-    std::int32_t granted = 0, matched = 1;
-    const StatusList status;
-    EXPECT_EQ(ALA__MSACLMatch(status, &entry, &caller, &groups), 1);
-    EXPECT_THAT(takeLog(), ElementsAre("ALA__MSACLMatch: Invalid user name in credential: 0"));
-    caller.u.oncMsCred = {user, domain, 0, nullptr, nullptr, 0, nullptr};
-    EXPECT_TRUE(ALA__AccountingAuthorized(status, &entry, &caller, &granted) == 0 && granted == 1);
-    EXPECT_TRUE(ALA__AccountingAuthorized(status, nullptr, &caller, &granted) == 1 && granted == 0);
-    EXPECT_EQ(_ALA_MSingrp(&entry, &caller, &groups), 0);
-    EXPECT_EQ(_ALA_MatchDomainTypes(status, domain, SEC_DOM_NT, &entry.domain, &matched), 0);
-    EXPECT_EQ(matched, 0);
-    entry.name.choice = 9;
-    group.user = &domain[4]; // empty, as is a name that cannot be read
-    EXPECT_EQ(_ALA_MSingrp(&entry, &caller, &groups), 1);
-    entry.domain.name.choice = 9;
-    EXPECT_NE(_ALA_MatchDomainTypes(status, domain, SEC_DOM_NT, &entry.domain, &matched), 0);
-    EXPECT_EQ(matched, 0) << "untouched";
-}
-
 TEST_F(Access, GroupEntryAdmitsMembers) {
     const struct {
         const char *name, *domain;

@@ -9,12 +9,20 @@
 
 using namespace samples;
 
+// An attribute as "name=value|value".  Gives the pair back.
+static std::string takeText(ALA_attrPair *pair) {
+    std::string text = pair->attrName;
+    for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
+        text += (value == pair->attrVal ? '=' : '|') + std::string(value->value);
+    ALA_FreeAttributePair(&pair);
+    return text;
+}
+
 class Cursor : public Facility {
 protected:
     ~Cursor() override { ALA_FreeJobRecord(&job); }
 
-    // The names a, b, c, ... of a table of its own stand for 1.2.1, 1.2.2, 1.2.3, ... and two long ones
-    // behind them.
+    // The names a, b, ... stand for 1.2.1, 1.2.2, ... and two long ones follow.
     void SetUp() override {
         std::string table;
         for (char name = 'a'; name <= 'h'; name++)

@@ -100,12 +100,9 @@ TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
 
 TEST_F(Directory, EqualDatesComeAsInsertedOneByOneIntoASortedList) {
     const std::pair<std::string, const char *> cases[] = {// a date of each node, and the nodes' new order
-                                                          {"1", "0"},
                                                           {"111", "021"},
                                                           {"12121", "13420"},
-                                                          {"2113331", "3540621"},
                                                           {"1223123312", "3769512840"},
-                                                          {"3210321032", "0849516273"},
                                                           {"0123012301", "3762951840"}};
     for (const auto &[dates, expected] : cases) {
         nameNode *head = nullptr;
@@ -124,7 +121,6 @@ TEST_F(Directory, EqualDatesComeAsInsertedOneByOneIntoASortedList) {
 
 TEST_F(Directory, FailuresOfTheScansDiffer) {
     const std::string oldestLine = "Return code from ALA__GetOldestLogName is ";
-    const std::string sortedLine = "Return code from ALA__GetSortedLogList is ";
     const auto expect = [&](const char *label, ALA_retCode_t oldestCode, const std::string &oldestText,
                             ALA_retCode_t listCode, const std::vector<std::string> &listTexts) {
         SCOPED_TRACE(label);
@@ -135,18 +131,13 @@ TEST_F(Directory, FailuresOfTheScansDiffer) {
         EXPECT_EQ(takeLog(), listTexts);
     };
     const std::string none = "nameList is NULL in ALA_ListExistingLogsByDate; ALA_A_LOG_FILES_NOT_FOUND";
-    const std::string outer = "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate";
     expect("empty", 23, oldestLine + "ALA_A_FAIL_GET_LOG_NAME_FROM_DIR.", 29, {none});
     fs::create_symlink("nowhere", path("current"));
     expect("vanished current log", 28, "ALA__GetDateFromStat failed in ALA__GetOldestLogName", 29, {none});
-    {
-        const Scripted fails(script::FA_ConvertFilePath, [](auto...) { return 1; });
-        expect("path", 31, oldestLine + "ALA_A_UNKNOWN_ERR. FA_ConvertFilePath failed", 31,
-               {sortedLine + "ALA_A_UNKNOWN_ERR.", outer});
-    }
     fs::remove_all(root.logs());
     expect("no directory", 27, oldestLine + "ALA_A_FAIL_OPEN_DIR.", 2,
-           {sortedLine + "ALA_A_INVALID_LOG_PATH_NAME.", outer});
+           {"Return code from ALA__GetSortedLogList is ALA_A_INVALID_LOG_PATH_NAME.",
+            "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate"});
 }
 
 TEST_F(Directory, DeleteRemovesTheDatedLogOfAPastDayOnly) {

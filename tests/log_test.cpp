@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -19,6 +21,19 @@
 #include "tests/support/temp_dir.h"
 
 using namespace qvledger;
+
+// How often each place's entries were made, by "LEVEL FILE:LINE": an entry is one, its count so many more.
+static std::map<std::string, unsigned> callsByPlace(const std::string &log) {
+    std::map<std::string, unsigned> calls;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t place = line.find("]: ") + 3, text = line.find(": ", place);
+        unsigned times = 1;
+        std::sscanf(line.c_str() + text, ": repeated %u times: ", &times);
+        calls[line.substr(place, text - place)] += times;
+    }
+    return calls;
+}
 
 class Log : public testing::Test {
 protected:

@@ -101,14 +101,22 @@ protected:
 
 TEST_F(OidDatabase, NamesAreFoundByBothKeys) {
     const std::string longName = std::string(253, 'x') + "\xC3\xA4";
-    write("oids", "# a table\n\n \t\n1.2.3\t7\t40\tjob-name\r\n1.2.4\t0\t00\tno short one\n"
-                  "1.2.5\t4294967295\tfF\t" +
+    std::string more; // than a table begins with room for
+    for (AS_attrID_t at = 100; at < 300; ++at)
+        more +=
+            "1.2." + std::to_string(at) + '\t' + std::to_string(at) + "\t40\tn" + std::to_string(at) + '\n';
+    write("oids", "#" + std::string(70'000, 'c') + '\n' + more +
+                      "\n \t\n1.2.3\t7\t40\tjob-name\r\n1.2.4\t0\t00\tno short one\n"
+                      "1.2.5\t4294967295\tfF\t" +
                       longName); // and no newline at the end
     ASSERT_EQ(open(), 0) << takeLog();
     EXPECT_EQ(nameOf("1.2.3"), "job-name");
     EXPECT_EQ(nameOf(7), "job-name");
     EXPECT_EQ(nameOf("1.2.4"), "no short one");
     EXPECT_EQ(nameOf(0), "unknown");
+    for (AS_attrID_t at = 100; at < 300; ++at)
+        EXPECT_EQ(nameOf(at) + nameOf("1.2." + std::to_string(at)),
+                  "n" + std::to_string(at) + "n" + std::to_string(at));
     EXPECT_EQ(nameOf("1.2"), "unknown");
 
     char name[OID_NAME_SIZE];
@@ -116,22 +124,6 @@ TEST_F(OidDatabase, NamesAreFoundByBothKeys) {
     ASSERT_EQ(OID_LookupShort(nullptr, handle, 4294967295U, name, classes.data()), 0);
     EXPECT_EQ(name, longName);
     EXPECT_EQ(classes, Bytes(1, 0) + Bytes(1, 0xFF) + Bytes(OID_CLASS_SIZE - 2, 0));
-}
-
-TEST_F(OidDatabase, EveryEntryOfALargeTableIsFound) {
-    constexpr AS_attrID_t kEntries = 20000;
-    std::string text = "#" + std::string(40000, 'c') + "\n"; // a line beyond any block
-    for (AS_attrID_t at = 1; at <= kEntries; ++at) {
-        const std::string number = std::to_string(at);
-        text += "1.0.10175." + number + '\t' + number + "\t40\tn" + number + '\n';
-    }
-    write("oids", text);
-    ASSERT_EQ(open(), 0) << takeLog();
-    for (AS_attrID_t at = 1; at <= kEntries; ++at) {
-        ASSERT_EQ(nameOf(at), "n" + std::to_string(at));
-        ASSERT_EQ(nameOf("1.0.10175." + std::to_string(at)), "n" + std::to_string(at));
-    }
-    EXPECT_EQ(nameOf(kEntries + 1), "unknown");
 }
 
 TEST_F(OidDatabase, MalformedTableNamesItsLineInTheLog) {
@@ -172,7 +164,6 @@ TEST_F(OidDatabase, LocaleRenames) {
     ASSERT_EQ(open(), 0) << takeLog();
     const std::pair<std::string, const char *> cases[] = {{"de_DE.UTF-8", "Auftrag"},
                                                           {"de_CH.UTF-8@euro", "Uftrag"},
-                                                          {"de_CH@euro", "Uftrag"},
                                                           {"fr_FR", "job"},
                                                           {"C", "job"},
                                                           {"de_CH", "Uftrag"},

@@ -148,22 +148,6 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     close();
 }
 
-TEST_F(Open, FailingCallsOfTheSystemHaveTheirCodes) {
-    for (const auto &[platform, code] : {std::pair{0U, ALA_A_SYSTEM_ERR}, {3U, ALA_A_UNKNOWN_ERR}}) {
-        const Scripted version(script::GetVersionExA, [number = platform](OSVERSIONINFOA *out) {
-            out->dwPlatformId = number;
-            return number != 0;
-        });
-        EXPECT_EQ(open(Log()), code);
-    }
-    {
-        const Scripted fails(script::GENU_GetCurrentTime, [](auto...) { return 1; });
-        EXPECT_EQ(open(Log()), ALA_A_FAIL_TO_GET_TIME);
-    }
-    const Scripted fails(script::FA_ConvertFilePath, [](auto...) { return 1; });
-    EXPECT_EQ(open(Log()), ALA_A_UNKNOWN_ERR);
-}
-
 TEST_F(Open, WhatIsNoPlainFileNeitherWaitsNorCrashes) {
     ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
     EXPECT_EQ(opened(&kDay), "code 6") << "pipe";
@@ -174,13 +158,13 @@ TEST_F(Open, WhatIsNoPlainFileNeitherWaitsNorCrashes) {
     }
 }
 
-TEST_F(Open, CloseRefusesWhatIsNoOpenLogOfThisProcess) {
-    ASSERT_EQ(open(Log()), ALA_N_NORMAL);
+TEST_F(Open, WhatIsNoOpenLogOfThisProcessIsRefused) {
     EXPECT_EQ(ALA_Close(handle, nullptr), ALA_A_INVALID_LOG_HANDLE);
+    EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
+    ASSERT_EQ(open(Log()), ALA_N_NORMAL);
+    ALA_record_t got = nullptr;
     log->pid++;
     EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
+    EXPECT_EQ(ALA_GetNextJobRecord(handle, &log, &got), ALA_A_INVALID_LOG_HANDLE);
     log->pid--;
-    EXPECT_EQ(ALA_Close(handle, &log), ALA_N_NORMAL);
-    EXPECT_EQ(log, nullptr);
-    EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
 }

@@ -11,14 +11,13 @@
 
 using namespace samples;
 
-// Memory asked of malloc since the last reset; past the limit there is none.
-static std::size_t allocated = 0, limit = SIZE_MAX;
+static std::size_t allocated = 0; // asked of malloc since the last reset
 
 extern "C" void *__real_malloc(std::size_t size);
 extern "C" void *__wrap_malloc(std::size_t size);
 void *__wrap_malloc(std::size_t size) {
     allocated += size;
-    return allocated <= limit ? __real_malloc(size) : nullptr;
+    return __real_malloc(size);
 }
 
 // The result for bytes in a block of their own, so that the sanitizer sees a read behind their end.
@@ -71,7 +70,6 @@ TEST(Packed, RulesOfTheFormat) {
         {"fill byte", STRING, packUint(3) + "abc\1", false},
         {"first fill byte of two", STRING, packUint(2) + Bytes("ab\1\0", 4), false},
         {"NUL inside characters", STRING, packString(Bytes("a\0b", 3)), false},
-        {"NUL inside ASCII text", TEXT, pack(text(Bytes("a\0b", 3))), false},
         {"NUL inside a simple name", SIMPLE_NAME, pack(text(Bytes("a\0b", 3))), false},
         {"NUL at the end of a name in T.61", SIMPLE_NAME, pack(t61Text(Bytes("ab\0", 3))), false},
         {"NUL inside a job identifier", OBJECT_IDENTS, one + one + pack(objectJob(Bytes("a\0b", 3))) + none,
@@ -90,8 +88,6 @@ TEST(Packed, RulesOfTheFormat) {
         {"modifier of 65", EVENT_PROFILE, pack(EventProfile{.locale = Locale{.modifier = Bytes(65, 'm')}}),
          false},
         {"characters of 2^32-1", STRING, huge + Bytes(64, 'x'), false},
-        {"characters of 2^31-1", STRING, packInt(0x7FFFFFFF) + Bytes(64, 'x'), false},
-        {"octets of 2^32-1 without a byte", OCTETS, huge, false},
         {"name of 2^32-1", SIMPLE_NAME, one + huge + Bytes(64, 'x'), false},
         {"choice without a member, with one", NAME_OR_OID, packInt(3) + one, false},
         {"choice without a member", NAME_OR_OID, packInt(-1), true},
@@ -105,14 +101,4 @@ TEST(Packed, RulesOfTheFormat) {
     EXPECT_EQ(ODP_UnpackAV(nullptr, -1, "", STRING, std::make_unique<void *>().get(),
                            std::make_unique<AS_attrValDesc_t>().get()),
               ODP_E_REFUSED);
-}
-
-TEST(Packed, NoMemoryIsToldFromARefusal) {
-    const Bytes packed = pack(std::vector(1000, samples::name("x")));
-    ASSERT_EQ(unpack(NAME_OR_OIDS, packed), 0);
-    for (const std::size_t most : {std::size_t{0}, allocated / 2, allocated - 1}) {
-        limit = most;
-        EXPECT_EQ(unpack(NAME_OR_OIDS, packed), ODP_E_NO_MEMORY) << most;
-        limit = SIZE_MAX;
-    }
 }

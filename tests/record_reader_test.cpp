@@ -78,15 +78,6 @@ TEST_F(RecordReader, RecordOfAnyVersionCutAnywhereComesWholeLater) {
     }
 }
 
-TEST_F(RecordReader, FirstRecordCutAnywhereIsAFailedRead) {
-    const Log whole = Log().job(smallJob());
-    for (std::size_t size = whole.size() - 1; size >= whole.records()[0]; --size) {
-        ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_N_NORMAL);
-        ASSERT_EQ(first(), "code 11") << size;
-    }
-    EXPECT_EQ(line, "read failed in ALA_GetFirstJobRecord; numAttr = 0; ALA_A_FAIL_READ_LOG_FILE");
-}
-
 TEST_F(RecordReader, ZeroCountStaysUntilOverwritten) {
     Log whole;
     whole.job(smallJob()).job(smallJob());
@@ -135,13 +126,4 @@ TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
 #ifndef QVLEDGER_SANITIZED
     setrlimit(RLIMIT_AS, &before);
 #endif
-}
-
-TEST_F(RecordReader, LogHandleOfAnotherProcessIsRefused) {
-    ASSERT_EQ(open(Log().job(smallJob())), ALA_N_NORMAL);
-    log->pid++;
-    EXPECT_EQ(next(), "code 10");
-    EXPECT_TRUE(line.starts_with("logHandle is NULL or logHandle->pid!=getpid in ALA_GetNextJobRecord; "));
-    log->pid--;
-    EXPECT_TRUE(first().starts_with("3 2 1")) << "a refused call moves nothing";
 }

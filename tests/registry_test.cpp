@@ -139,28 +139,6 @@ TEST_F(RegistryFile, KeysExistWithTheirParents) {
     EXPECT_STREQ(OS_RegistryTrouble(), "");
 }
 
-TEST_F(RegistryFile, AValueWithoutRoomIsRefusedAndSaysItsSize) {
-    write(kOld + (kKey + "\"Zone\"=\"z\""s));
-    HKEY key = nullptr;
-    ASSERT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Key", 0, KEY_READ, &key), 0);
-    BYTE data[8];
-    char name[8];
-    const struct {
-        DWORD nameRoom, room;
-        LONG listed, queried;
-    } cases[] = {{2, 8, ERROR_MORE_DATA, 0}, {8, 1, ERROR_MORE_DATA, ERROR_MORE_DATA}, {5, 2, 0, 0}};
-    for (const auto &[nameRoom, room, listed, queried] : cases) {
-        DWORD nameSize = nameRoom, size = room, type = 0;
-        EXPECT_EQ(RegEnumValueA(key, 0, name, &nameSize, nullptr, &type, data, &size), listed);
-        size = room;
-        EXPECT_EQ(RegQueryValueExA(key, "zONE", nullptr, &type, data, &size), queried);
-        EXPECT_TRUE(size == 2 && type == REG_SZ) << size;
-        EXPECT_EQ(RegQueryValueExA(key, "Zone", nullptr, &type, nullptr, &size), 0) << "its size alone";
-        EXPECT_EQ(RegQueryValueExA(key, "None", nullptr, &type, data, &size), ERROR_FILE_NOT_FOUND);
-    }
-    EXPECT_EQ(RegCloseKey(key), 0);
-}
-
 TEST_F(RegistryFile, FileThatCannotBeReadIsTold) {
     const auto expectRefused = [&](const std::string &reason) {
         EXPECT_EQ(open("SOFTWARE"), ERROR_REGISTRY_CORRUPT);

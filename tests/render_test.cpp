@@ -122,32 +122,3 @@ TEST_F(Rendered, TypesWithoutARowAndAttributesWithoutAValueAreEmpty) {
     EXPECT_EQ(render(0xFFFFFFFF, "\1\2\3"), 0);
     EXPECT_EQ(take(), "");
 }
-
-TEST_F(Rendered, LongChainsNeedNoDeepStack) {
-    constexpr std::size_t kElements = 100'000;
-    const PageSelect pages = {page(1), {}};
-    const std::vector<std::pair<std::string, std::string>> pairs(kElements, {"C", ""});
-    const struct {
-        std::uint32_t type;
-        Bytes packed;
-        std::string element; // of the text
-    } cases[] = {
-        {EVENT_PROFILE, samples::pack(EventProfile{std::vector<std::uint32_t>(kElements, 10)}), "a4 "},
-        {DELIVERY_ADDRESS, samples::pack(mailAddress(pairs)), "/C="},
-        {DIST_NAMES, samples::pack(DistNames(kElements, DistName{text("x"), {}})), "x|"},
-        {NAME_OR_OIDS, samples::pack(std::vector(kElements, oid(10))), "a4 "},
-        {MEDIA_SELECT, samples::pack(mediumForPages(std::vector(kElements, PageMedium{pages, oid(10)}))),
-         "a4 1 <not specified> "},
-        {PAGE_SELECTS, samples::pack(std::vector(kElements, pages)), "1:<not specified> "},
-        {MEDIA_CONSUMED, samples::pack(std::vector(kElements, MediaConsumed{oid(10), objectOid(11), 2, 1})),
-         "a4:abc:2:1 "},
-        {OBJECT_IDENTS, samples::pack(ObjectIdents(kElements)), "NULL "},
-    };
-    for (const auto &c : cases) {
-        EXPECT_EQ(render(c.type, c.packed), 0);
-        std::string expected;
-        for (std::size_t i = 1; i < kElements; i++) // what sets elements off may lack behind the last one
-            expected += c.element;
-        EXPECT_TRUE(take().starts_with(expected)) << c.type;
-    }
-}

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "service/text/convert.h"
-#include "service/text/text.h"
 
 using namespace qvledger;
 
@@ -58,34 +57,4 @@ TEST(Convert, EachCodeSetGivesUtf8) {
         EXPECT_EQ(convert(row.bytes, row.codeSet), row.text) << row.label;
         EXPECT_EQ(convert(row.bytes, row.codeSet), row.text) << row.label << ", again";
     }
-}
-
-// ---- Value records ----
-
-static std::string extract(const GEN_simpleName &name) {
-    char *text = nullptr;
-    EXPECT_EQ(GENU_ExtractSimpleName(nullptr, &text, &name, 0), 0);
-    return take(text);
-}
-
-TEST(SimpleName, NothingIsReadBehindTheCharactersInPlace) {
-    GEN_simpleName name{};
-    for (const std::int32_t choice : {GEN_ISO_646_IRV, GEN_CCITT_T_61}) {
-        name.choice = choice;
-        std::memset(&name.u, 'x', sizeof name.u);
-        EXPECT_EQ(extract(name), std::string(256, 'x')) << choice;
-        name.u.iso_646_irv[3] = '\0';
-        EXPECT_EQ(extract(name), "xxx") << choice;
-    }
-    const std::pair<std::int16_t, std::size_t> lengths[] = {
-        {-5, 0}, {0, 0}, {3, 3}, {255, 255}, {32767, 255}};
-    for (const auto &[stored, taken] : lengths) {
-        name.choice = GEN_ISO_LATIN1;
-        std::memset(&name.u, 'x', sizeof name.u);
-        name.u.iso_latin1.length = stored;
-        EXPECT_EQ(extract(name), std::string(taken, 'x')) << stored;
-    }
-    name.choice = GEN_OTHER_CODE_SET;
-    name.u.otherCodeSet = {{2, {0xE4, 'b'}}, 4};
-    EXPECT_EQ(extract(name), "\u00E4b");
 }

@@ -6,16 +6,6 @@
 #include "service/log/log_internal.h"
 #include "tests/support/run_tool.h"
 
-std::string takeText(ALA_attrPair *&pair) {
-    if (pair == nullptr)
-        return "(none)";
-    std::string text = pair->attrName;
-    for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
-        text += (value == pair->attrVal ? '=' : '|') + std::string(value->value);
-    ALA_FreeAttributePair(&pair);
-    return text;
-}
-
 NextDay::NextDay()
     : Scripted(script::GENU_GetCurrentTime,
                [](STF_l__hdr *status, GEN_generalizedTime **time, auto reserved) {

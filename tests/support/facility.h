@@ -14,9 +14,6 @@
 #include "tests/support/scripted_os.h"
 #include "tests/support/temp_dir.h"
 
-// An attribute as "name=value|value", or "(none)".  Gives the pair back.
-std::string takeText(ALA_attrPair *&pair);
-
 constexpr ALA_time kDay = {2001, 2, 3};
 constexpr char kDayTail[] = "20010203";
 

@@ -1,7 +1,6 @@
 #include "tests/support/run_tool.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 #include <string_view>
@@ -118,18 +117,6 @@ static std::vector<std::string> entriesOfTool(const std::string &log) {
         if (const std::size_t place = line.find(" 5 tool/"); place != std::string::npos)
             entries.push_back(line.substr(line.find(": ", place) + 2));
     return entries;
-}
-
-std::map<std::string, unsigned> callsByPlace(const std::string &log) {
-    std::map<std::string, unsigned> calls;
-    std::istringstream lines(log);
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t place = line.find("]: ") + 3, text = line.find(": ", place);
-        unsigned times = 1;
-        std::sscanf(line.c_str() + text, ": repeated %u times: ", &times);
-        calls[line.substr(place, text - place)] += times;
-    }
-    return calls;
 }
 
 ToolResult PrintSystem::finish(pid_t pid) {

@@ -1,7 +1,6 @@
 // Runs the built qvledger on a root of its own and gives back all that a user and an operator see of it.
 #pragma once
 
-#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,9 +58,6 @@ private:
 public:
     const samples::SampleRoot root;
 };
-
-// How often each place's entries were made, by "LEVEL FILE:LINE": an entry is one, its count so many more.
-std::map<std::string, unsigned> callsByPlace(const std::string &log);
 
 // What comes until nobody can write there any more, or nothing is waiting.
 std::string readAll(int fd);

@@ -29,9 +29,6 @@ SCRIPTED(GetComputerNameA, BOOL, (char *name, DWORD *size), (name, size))
 SCRIPTED(LoadLibraryA, HMODULE, (const char *name), (name))
 SCRIPTED(GetProcAddress, FARPROC, (HMODULE library, const char *name), (library, name))
 SCRIPTED(OS_HasLentRights, int, (), ())
-SCRIPTED(FA_ConvertFilePath, std::int32_t,
-         (const char *path, std::uint32_t length, char **out, std::uint32_t *outLength),
-         (path, length, out, outLength))
 SCRIPTED(GENU_GetCurrentTime, std::int32_t,
          (STF_l__hdr * status, GEN_generalizedTime **time, std::int32_t reserved), (status, time, reserved))
 SCRIPTED(_stat, int, (const char *path, struct _stat *out), (path, out))

@@ -40,7 +40,6 @@ extern std::function<decltype(::GetComputerNameA)> GetComputerNameA;
 extern std::function<decltype(::LoadLibraryA)> LoadLibraryA;
 extern std::function<decltype(::GetProcAddress)> GetProcAddress;
 extern std::function<decltype(::OS_HasLentRights)> OS_HasLentRights;
-extern std::function<decltype(::FA_ConvertFilePath)> FA_ConvertFilePath;
 extern std::function<decltype(::GENU_GetCurrentTime)> GENU_GetCurrentTime;
 extern std::function<decltype(::_commit)> _commit;
 extern std::function<decltype(::_stat)> _stat;
