@@ -93,7 +93,7 @@ using OpenCheckedLog = std::unique_ptr<CheckedLog, CloseChecked>;
 
 // Opens a log of the registered directory by its file name.  Also CannotOpen, NotAFile, NotAdmitted,
 // CannotRead, HeaderIsCut, HeaderIsDamaged, and Failed: ALA_A_SYSTEM_ERR, the caller's identity is unknown;
-// ALA_A_UNKNOWN_ERR, the path cannot be converted; ALA_A_OUT_OF_MEMORY.
+// ALA_A_UNKNOWN_ERR, the path cannot be converted; ALA_A_OUT_OF_MEMORY; the codes for an invalid handle.
 CheckResult openToCheck(ALA_handle_t handle, const char *name, OpenCheckedLog &log);
 
 // Finds all intact records, and renders every value of them.  Also GaveUp, CannotRead, and Failed:

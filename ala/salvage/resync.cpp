@@ -106,7 +106,8 @@ Resync::Hidden Resync::findHidden(const Run &run) {
             chain = begin;
         chainEnd = inner.end;
         if (inner.end > run.end) {
-            hidden.joined = chain;
+            if (parser_.isBoundary(inner.end))
+                hidden.joined = chain;
             break;
         }
         tag = inner.end + parser_.headSize() - 1;
@@ -166,12 +167,12 @@ static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
 }
 
-// Is the log cut in the attribute after the run?  Then nothing in it is a record.
+// Is the log cut in the attribute after the run?  Then nothing in it is a record.  Out of step that is not
+// asked, because a text could contain the beginning of such an attribute.
 bool Resync::isCut(const Candidate &last) const {
     const Run &run = last.run;
-    if (run.lacksOnlyBytes && (place_.inStep || run.attributes == 0))
-        return true;
-    return place_.inStep && last.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
+    const bool isCutTag = last.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
+    return place_.inStep && (run.lacksOnlyBytes || isCutTag);
 }
 
 // Looks at one run.  True if it is a record.
@@ -209,13 +210,11 @@ bool Resync::decide(const Candidate &candidate) {
     if (!candidate.isClosed && (run.endIsCertain || isUsual))
         hidden = findHidden(run);
     if (run.endIsCertain && hidden.joined >= 0)
-        return goTo(hidden.joined, true);
+        return goTo(hidden.joined, false);
     const bool endIsKnown = run.endIsCertain || (isUsual && !hidden.any);
     const bool mayEnd = candidate.isClosed || (place_.inStep && endIsKnown && !goesOnAsValues(run.end));
     if (candidate.fits && mayEnd && (place_.inStep || (candidate.head.documentsFill() && mayBegin(run))))
         return give(candidate);
-    if (run.lacksOnlyBytes)
-        return goTo(bytes_.size(), true);
     if (!candidate.isClosed && !run.endIsCertain)
         return goTo(run.last + 1, true);
     // Reading the run was not in vain, because its bytes are not looked at again.

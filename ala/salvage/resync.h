@@ -69,8 +69,8 @@ private:
     // The records in an attribute.
     struct Hidden {
         bool any = false;
-        // Begins in the attribute and ends after it, or leads to such a record: other bytes have taken the
-        // place of the attribute's end.  -1: none does.
+        // Begins in the attribute and ends after it, where another record or the log ends, or leads to such a
+        // record: other bytes have taken the place of the attribute's end.  -1: none does.
         std::int64_t joined = -1;
     };
 
