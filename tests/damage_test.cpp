@@ -325,6 +325,16 @@ TEST(Damage, WhatLooksLikeARecordInATextIsNone) {
             EXPECT_EQ(found(one + one + host.substr(0, size)), 2U) << "cut at " << size;
         EXPECT_EQ(found(one + one + host + "\xff"), 3U) << "damage follows";
         EXPECT_EQ(found(one + one + "\xff" + host.substr(1) + one), 3U) << "its head is destroyed";
+
+        // An attribute that reaches past the end of the log, after a sound one and a head.
+        const std::size_t head = version >= 3 ? 12 : 4;
+        std::string hiding = one.substr(head) + recordOf(version, {1}, std::string("\0\0\x13\x84", 4), 20);
+        hiding.replace(hiding.size() - 8, 4, "\x88\x13\0", 4); // 5,000 bytes
+        const auto size = static_cast<char>(hiding.size() / 256);
+        text = std::string("\0\0\0\4\0\0", 6) + size + static_cast<char>(hiding.size()) + hiding;
+        std::string dented = recordOf(version, {1, 2}, text, 16);
+        dented[head + 8] = dented[head + 8 + 152 + 4 + text.size()] = '\xff'; // both identifiers
+        EXPECT_GE(found(one + one + dented + one + one), 3U) << "it hides nothing";
     }
 }
 

@@ -139,7 +139,7 @@ static void keepAsDomain(const wchar_t *wide) {
     const int wideLength = static_cast<int>(std::wcslen(wide));
     const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, nullptr, 0, nullptr, nullptr);
     if (size <= 0 || static_cast<std::size_t>(size) >= sizeof gMyDomainName)
-        return; // a domain that does not fit is none
+        return; // a machine whose domain does not fit has none
     WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, gMyDomainName, size, nullptr, nullptr);
     gMyDomainName[size] = '\0';
 }

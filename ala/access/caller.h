@@ -17,7 +17,7 @@ const char *ALA__GetUserDomain(SEC_domType_t *outp_domType);
 
 namespace qvledger {
 
-// The once-only look-up behind both.
+// Looks the domain up.  Both operations call it, once per process.
 void TOnceGetDomainName();
 
 inline bool isEmpty(const char *text) {

@@ -16,7 +16,7 @@ namespace qvledger {
 enum class CheckOutcome : std::uint8_t {
     Done,
     GaveUp,      // the watch did
-    CannotOpen,  // the file; or there is none
+    CannotOpen,  // the file does not exist or cannot be opened
     NotAFile,    // on a disk: a folder, a device, a pipe
     NotAdmitted, // the access list does not admit the caller
     CannotRead,

@@ -66,29 +66,27 @@ static CheckResult readHeaderWords(CheckedLog &log) {
     return {};
 }
 
-// Does a header that cannot be read lack nothing but its last bytes?  A length that leads far behind the end
-// is damage.
+// Are only the last bytes of a header missing?  A length that leads far past the end is damage.
 static bool isCutHeader(int fd, std::int64_t size) {
-    constexpr std::int64_t kWordSize = sizeof(std::uint32_t);
     constexpr std::uint32_t kLongestEntry = 64 << 10;
     LogBytes bytes(fd, size);
     const auto wordAt = [&bytes](std::int64_t position, std::uint32_t *word) {
-        const std::uint8_t *at = bytes.at(position, kWordSize);
+        const std::uint8_t *at = bytes.at(position, kWord);
         if (at != nullptr)
-            std::memcpy(word, at, kWordSize);
+            std::memcpy(word, at, kWord);
         return at != nullptr;
     };
     std::uint32_t version = 0, entries = 0, length = 0;
     if (!wordAt(0, &version))
         return !bytes.failed();
-    const std::int64_t tag = kWordSize * (fromNetworkOrder(version) >= kVersionWithDate ? 3 : 2);
+    const std::int64_t tag = kWord * (fromNetworkOrder(version) >= kVersionWithDate ? 3 : 2);
     if (size < tag + kTagSize || !wordAt(tag, &entries))
         return !bytes.failed();
     std::int64_t at = tag + kTagSize;
     for (std::uint32_t i = 0; i < entries; ++i) {
         if (!wordAt(at, &length))
             return !bytes.failed();
-        at += kWordSize + length;
+        at += kWord + length;
         if (at > size)
             return length <= kLongestEntry;
     }
@@ -151,6 +149,7 @@ CheckResult qvledger::openToCheck(ALA_handle_t handle, const char *name, OpenChe
 static const char *textOf(Fault fault) {
     switch (fault) {
     case Fault::None:
+    case Fault::TooCostly: // not where a record is expected
         break;
     case Fault::BadEnd:
         return "a record without what should be behind it";
@@ -166,8 +165,6 @@ static const char *textOf(Fault fault) {
         return "a length of a value that cannot be";
     case Fault::BadValue:
         return "a value that is none of its type";
-    case Fault::TooCostly:
-        return "bytes that would take too long to search";
     case Fault::MoreAttributes:
         return "more attributes than the record counts";
     }

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace qvledger {
@@ -25,8 +24,8 @@ public:
     }
 
     // The first position from `from` on, and before `until`, whose bytes look like a tag: a count of values
-    // below 2^24, and an object identifier that begins with a digit from 0 to 2, a dot and a digit.  `until`,
-    // or the end of the log, if there is none.
+    // below 2^24, and an object identifier that begins with a digit from 0 to 2, a dot and a digit.  Without
+    // one, `until` or the end of the log.
     std::int64_t nextTag(std::int64_t from, std::int64_t until);
 
     // Could not all bytes be read, or was the file cut meanwhile?

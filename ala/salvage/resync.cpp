@@ -10,8 +10,8 @@ constexpr int kValuesAfterRecord = 64; // that are followed
 constexpr std::size_t kMostKnown = 4096;
 constexpr std::int64_t kAskAfter = 1 << 20; // bytes
 constexpr std::int64_t kSearchedAtOnce = 64 << 10;
-constexpr std::int64_t kSkipped = 128
-                                  << 10; // where the budget is used up: then it lasts for a few records again
+// Where the budget is used up.  After so many bytes it lasts for a few records again.
+constexpr std::int64_t kSkipped = 128 << 10;
 
 // What may be looked at without finding a record, in bytes read in order: so much, and one for each byte of
 // the log.  Damage by chance stays far below it.
@@ -115,8 +115,7 @@ Resync::Hidden Resync::findHidden(const Run &run) {
     return hidden;
 }
 
-// The next bytes out of step that look like a tag.  False if there are none close by, or they cannot be
-// afforded.
+// Moves to the next bytes that look like a tag.  False if none are close, or the budget is used up.
 bool Resync::searchTag(std::int64_t *tag) {
     if (!canAfford()) {
         const std::int64_t skipped = std::min(kSkipped, bytes_.size() - place_.at);
@@ -167,12 +166,12 @@ static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
 }
 
-// Is the log cut in the attribute after the run?  Then nothing in it is a record.  Out of step that is not
-// asked, because a text could contain the beginning of such an attribute.
+// Is the log cut in the attribute after the run?  Then nothing in it is a record.  Only where a record is
+// expected: elsewhere a text could contain the beginning of such an attribute and hide all that follows.
 bool Resync::isCut(const Candidate &last) const {
     const Run &run = last.run;
     const bool isCutTag = last.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
-    return place_.inStep && (run.lacksOnlyBytes || isCutTag);
+    return last.isExpected && (run.lacksOnlyBytes || isCutTag);
 }
 
 // Looks at one run.  True if it is a record.
