@@ -256,7 +256,7 @@ TEST(Check, FaultsOfTheSetUpNameFileAndLine) {
 TEST(Check, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
     PrintSystem system;
     const SampleRoot other(system / "other");
-    system.save("19990301", threeJobs().raw("stray"));
+    system.save("19990301", threeJobs().raw(std::string("\0\0\0", 3)));
     threeJobs().save(other.log("beta", "19990302"));
     system.root.writeRegistry({{serverKey("alpha"), {{"QV_ROOT", system.root.path()}}},
                                {serverKey("beta"), {{"QV_ROOT", other.path()}}},

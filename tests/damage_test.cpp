@@ -63,7 +63,7 @@ static std::vector<Piece> search(const std::string &givenBytes, const Original &
     Resync records(bytes, original.version, static_cast<std::int64_t>(original.headerEnd), watch);
     std::vector<Piece> found;
     while (const FoundRecord *record = records.next())
-        found.push_back({static_cast<std::size_t>(record->begin), static_cast<std::size_t>(record->end)});
+        found.push_back({static_cast<std::size_t>(record->begin), static_cast<std::size_t>(record->run.end)});
     return found;
 }
 

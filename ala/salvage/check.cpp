@@ -154,6 +154,7 @@ static const char *textOf(Fault fault) {
     case Fault::BadEnd:
         return "a record without what should be behind it";
     case Fault::PastEnd:
+    case Fault::CutOff:
         return "the file ends inside a record";
     case Fault::ZeroCount:
         return "a record without attributes";
@@ -185,15 +186,17 @@ public:
         while (const FoundRecord *found = search.next()) {
             noteStray(found->begin, found->faultBefore, foundNext(*found));
             add(*found);
-            recordsEnd_ = found->end;
+            recordsEnd_ = found->run.end;
         }
         if (bytes.failed())
             return {CheckOutcome::CannotRead,
                     ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "the log cannot be read to its end"), bytes.error()};
         if (search.gaveUp())
             return {CheckOutcome::GaveUp, ALA_N_NORMAL, 0};
-        summary_.isCut = strayRanges_ == 0 && recordsEnd_ < log_.size && search.lastFault() == Fault::PastEnd;
-        noteStray(log_.size, search.lastFault(), FoundNext::None);
+        const Fault fault = search.lastFault();
+        summary_.isCut = strayRanges_ == 0 && recordsEnd_ < log_.size &&
+                         (fault == Fault::PastEnd || fault == Fault::CutOff);
+        noteStray(log_.size, fault, FoundNext::None);
         summary_.unsearched = search.unsearched();
         summary_.headerIsDamaged =
             summary_.records == 0 && recordsEnd_ < log_.size && isOfOtherVersion(bytes);
@@ -215,16 +218,16 @@ private:
     void add(const FoundRecord &found) {
         ++summary_.records;
         watch_.record();
-        summary_.values += found.values;
-        if (kOfRecord * (found.end - found.begin) + kOfAttribute * found.longestAttribute > kMostMemory) {
+        summary_.values += found.run.values;
+        if (kOfRecord * (found.run.end - found.begin) + kOfAttribute * found.run.longest > kMostMemory) {
             summary_.documents += documentsOf(found.head);
-            noteSkipped(summary_, SkipReason::TooLong, found.values);
+            noteSkipped(summary_, SkipReason::TooLong, found.run.values);
             return;
         }
         if (log_.log.bytes.position() != found.begin)
             log_.log.bytes.moveTo(found.begin);
         if (summarise(handle_, log_.log, summary_) != ALA_N_NORMAL)
-            noteSkipped(summary_, SkipReason::Other, found.values);
+            noteSkipped(summary_, SkipReason::Other, found.run.values);
     }
 
     static std::uint32_t documentsOf(const RecordHead &head) {

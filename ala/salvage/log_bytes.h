@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace qvledger {
@@ -24,14 +25,14 @@ public:
     }
 
     // The first position from `from` on, and before `until`, whose bytes look like a tag: a count of values
-    // below 2^24, and an object identifier that begins with a digit from 0 to 2, a dot and a digit.  Without
-    // one, `until` or the end of the log.
+    // below 2^24, and an object identifier that begins with a digit from 0 to 2, a dot and a digit.  `until`
+    // if there is none.
     std::int64_t nextTag(std::int64_t from, std::int64_t until);
 
     // Could not all bytes be read, or was the file cut meanwhile?
-    bool failed() const { return hasFailed_; }
+    bool failed() const { return error_.has_value(); }
     // The system's reason (errno); 0 if there are just fewer bytes.
-    int error() const { return error_; }
+    int error() const { return error_.value_or(0); }
 
     // What was looked at so far costs as much as reading that many bytes in order.  Bytes that nextTag passes
     // are not counted.
@@ -58,8 +59,7 @@ private:
     Window scan_;  // where tags are looked for
     Window probe_; // where attributes are read
     std::int64_t cost_ = 0;
-    bool hasFailed_ = false;
-    int error_ = 0;
+    std::optional<int> error_;
 };
 
 } // namespace qvledger

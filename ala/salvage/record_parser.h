@@ -11,10 +11,14 @@
 
 namespace qvledger {
 
+struct ValueType;
+
 // What is wrong where a record or an attribute was expected.
 enum class Fault : std::uint8_t {
     None,
-    PastEnd, // what is there is sound, but the log ends before it does
+    PastEnd, // the log ends before it does
+    CutOff,  // likewise, and nothing else is wrong: its type is known, and what is there of its values is
+             // sound
     ZeroCount,
     BadCounts,
     BadIdentifier,
@@ -32,7 +36,9 @@ struct RecordHead {
     std::uint32_t docAttrPerDoc;
 
     // Are there as many attributes as whole documents need?
-    bool documentsFill() const;
+    bool documentsFill() const {
+        return numAttr == numJobAttr || (docAttrPerDoc != 0 && (numAttr - numJobAttr) % docAttrPerDoc == 0);
+    }
 };
 
 // Sound attributes, each of which begins where the one before it ends, and the reason why no more follow.
@@ -46,7 +52,6 @@ struct Run {
     std::int64_t longest; // attribute, in bytes
     bool endIsCertain;    // the last value is of a known type, so that its bytes show where it ends
     Fault fault;          // of the attribute after the last one
-    bool lacksOnlyBytes;  // that attribute is of a known type, and only bytes past the log's end are missing
     std::vector<std::uint64_t> identifiers; // of the first kNotedIdentifiers attributes, a number each
 };
 
@@ -69,12 +74,12 @@ public:
     Run follow(std::int64_t tag, std::int64_t limit, std::uint32_t expected = 0);
 
     // Is that the log's end, or does it look like a record as far as its head and the beginning of its first
-    // tag go?  What the end of the log leaves of them is enough.
+    // tag go?  What the end of the log leaves of the tag is enough, and any part of a head.
     bool isBoundary(std::int64_t position);
 
 private:
     Fault addAttribute(Run &run, std::int64_t limit);
-    Fault checkValue(std::int64_t position, std::uint32_t length, std::uint32_t type);
+    Fault checkValue(std::int64_t position, std::uint32_t length, const ValueType *known);
     bool readIdentifier(const std::uint8_t *tag, std::uint64_t *number);
 
     LogBytes &bytes_;

@@ -23,11 +23,11 @@ Resync::Resync(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, CheckW
 }
 
 void Resync::Known::learn(const Run &run) {
-    if (first.size() < kMostKnown)
-        first.insert(run.identifiers.front());
-    for (std::size_t i = 1; i < run.identifiers.size() && later.size() < kMostKnown; ++i)
-        later.insert(run.identifiers[i]);
-    if (!run.endIsCertain && lastTypes.size() < kMostKnown)
+    if (first.size() + later.size() + lastTypes.size() >= kMostKnown)
+        return;
+    first.insert(run.identifiers.front());
+    later.insert(run.identifiers.begin() + 1, run.identifiers.end());
+    if (!run.endIsCertain)
         lastTypes.insert(run.lastType);
 }
 
@@ -60,16 +60,6 @@ void Resync::learnAfter(const Run &run) {
     newBudget();
 }
 
-// Of a run that was found out of step: may a record begin with its first attribute?  It can also be what is
-// left of one.  A head of three words fits less easily by chance than one of a single word.
-bool Resync::mayBegin(const Run &run) const {
-    const std::uint64_t identifier = run.identifiers.front();
-    if (known_.first.contains(identifier))
-        return true;
-    return parser_.headSize() > kWord ? !known_.later.contains(identifier)
-                                      : onlyLearns_ && known_.first.empty();
-}
-
 // Can the bytes there be further values of the attribute before them, which a damaged count leaves out?
 bool Resync::goesOnAsValues(std::int64_t end) {
     for (int i = 0; i < kValuesAfterRecord && canAfford(); ++i) {
@@ -86,10 +76,12 @@ bool Resync::goesOnAsValues(std::int64_t end) {
     return false;
 }
 
-// The records that begin in the run's last attribute, where something else than a record follows it.
-Resync::Hidden Resync::findHidden(const Run &run) {
+// Does a record begin in the run's last attribute?  `joined` is one that ends after the attribute, where
+// another record or the log ends, or that leads to such a record: other bytes have taken the place of the
+// attribute's end.  -1 if there is none.
+bool Resync::hidesRecord(const Run &run, std::int64_t *joined) {
     const std::int64_t until = std::min(bytes_.size(), run.end + parser_.headSize());
-    Hidden hidden;
+    *joined = -1;
     std::int64_t chain = -1; // of records that follow each other
     std::int64_t chainEnd = -1;
     std::int64_t tag = run.last + parser_.headSize();
@@ -100,19 +92,18 @@ Resync::Hidden Resync::findHidden(const Run &run) {
         const Run inner = parser_.follow(tag, limit());
         if (inner.attributes != head.numAttr || !known_.first.contains(inner.identifiers.front()))
             continue;
-        hidden.any = true;
         const std::int64_t begin = tag - parser_.headSize();
         if (begin != chainEnd)
             chain = begin;
         chainEnd = inner.end;
         if (inner.end > run.end) {
             if (parser_.isBoundary(inner.end))
-                hidden.joined = chain;
+                *joined = chain;
             break;
         }
         tag = inner.end + parser_.headSize() - 1;
     }
-    return hidden;
+    return chain >= 0;
 }
 
 // Moves to the next bytes that look like a tag.  False if none are close, or the budget is used up.
@@ -131,10 +122,9 @@ bool Resync::searchTag(std::int64_t *tag) {
 bool Resync::give(const Candidate &found) {
     bytes_.addCost(-found.cost); // not in vain
     const Run &run = found.run;
-    const std::int64_t begin = run.begin - parser_.headSize();
-    if (learns_ && begin == place_.recordsEnd)
+    found_ = {run.begin - parser_.headSize(), found.head, run, place_.inStep, place_.fault};
+    if (learns_ && found_.begin == place_.recordsEnd)
         known_.learn(run);
-    found_ = {begin, run.end, found.head, run.values, run.longest, place_.inStep, place_.fault};
     place_ = {run.end, run.end, run.end, true, Fault::None};
     return true;
 }
@@ -145,16 +135,19 @@ bool Resync::goTo(std::int64_t position, bool inStep) {
     return false;
 }
 
-void Resync::read(std::int64_t tag, Candidate &candidate) {
+Resync::Candidate Resync::read(std::int64_t tag, bool isExpected) {
     const std::int64_t before = bytes_.cost();
+    Candidate candidate = {};
+    candidate.isExpected = isExpected;
     candidate.headFault = parser_.readHead(tag, &candidate.head);
-    const bool isLong = candidate.isExpected && candidate.headFault == Fault::None;
-    candidate.run = parser_.follow(tag, limit(), isLong ? candidate.head.numAttr : 0);
+    const bool headIsSound = candidate.headFault == Fault::None;
+    candidate.run = parser_.follow(tag, limit(), isExpected && headIsSound ? candidate.head.numAttr : 0);
     candidate.cost = bytes_.cost() - before;
     const Run &run = candidate.run;
-    candidate.fits = candidate.headFault == Fault::None && tag - parser_.headSize() >= place_.floor &&
-                     candidate.head.numAttr == run.attributes;
+    candidate.fits =
+        headIsSound && tag - parser_.headSize() >= place_.floor && candidate.head.numAttr == run.attributes;
     candidate.isClosed = run.attributes != 0 && parser_.isBoundary(run.end);
+    return candidate;
 }
 
 // What is wrong with a record that was expected.
@@ -166,29 +159,23 @@ static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
 }
 
-// Is the log cut in the attribute after the run?  Then nothing in it is a record.  Only where a record is
-// expected: elsewhere a text could contain the beginning of such an attribute and hide all that follows.
-bool Resync::isCut(const Candidate &last) const {
-    const Run &run = last.run;
-    const bool isCutTag = last.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
-    return last.isExpected && (run.lacksOnlyBytes || isCutTag);
-}
-
 // Looks at one run.  True if it is a record.
 bool Resync::step() {
-    Candidate candidate = {};
-    candidate.isExpected = place_.inStep && place_.at == place_.recordsEnd;
-    place_.inStep = candidate.isExpected || (place_.inStep && canAfford());
+    const bool isExpected = place_.inStep && place_.at == place_.recordsEnd;
+    place_.inStep = isExpected || (place_.inStep && canAfford());
     std::int64_t tag = place_.at + parser_.headSize();
     if (!place_.inStep && !searchTag(&tag))
         return false;
-    read(tag, candidate);
+    const Candidate candidate = read(tag, isExpected);
     const Run &run = candidate.run;
-    if (candidate.isExpected && candidate.fits && candidate.isClosed && !run.lacksOnlyBytes)
+    if (isExpected && candidate.fits && candidate.isClosed && run.fault != Fault::CutOff)
         return give(candidate);
-    if (candidate.isExpected)
+    if (isExpected)
         place_.fault = faultOf(candidate.headFault, candidate.head, run);
-    if (isCut(candidate))
+    // Is the log cut in the attribute after the run?  Then nothing in it is a record.  Only where a record is
+    // expected: elsewhere a text could contain the beginning of such an attribute and hide all that follows.
+    const bool isCutTag = candidate.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
+    if (isExpected && (run.fault == Fault::CutOff || isCutTag))
         return goTo(bytes_.size(), true);
     if (learns_ && !onlyLearns_)
         learnAfter(run);
@@ -204,15 +191,20 @@ bool Resync::step() {
 // Of a run next to damage, or out of step.
 bool Resync::decide(const Candidate &candidate) {
     const Run &run = candidate.run;
-    Hidden hidden;
     const bool isUsual = candidate.isExpected && candidate.fits && known_.lastTypes.contains(run.lastType);
-    if (!candidate.isClosed && (run.endIsCertain || isUsual))
-        hidden = findHidden(run);
-    if (run.endIsCertain && hidden.joined >= 0)
-        return goTo(hidden.joined, false);
-    const bool endIsKnown = run.endIsCertain || (isUsual && !hidden.any);
+    std::int64_t joined = -1;
+    const bool hides = !candidate.isClosed && (run.endIsCertain || isUsual) && hidesRecord(run, &joined);
+    if (run.endIsCertain && joined >= 0)
+        return goTo(joined, false);
+    const bool endIsKnown = run.endIsCertain || (isUsual && !hides);
     const bool mayEnd = candidate.isClosed || (place_.inStep && endIsKnown && !goesOnAsValues(run.end));
-    if (candidate.fits && mayEnd && (place_.inStep || (candidate.head.documentsFill() && mayBegin(run))))
+    // A run that was found out of step can also be what is left of a record.  A head of three words fits less
+    // easily by chance than one of a single word.
+    const std::uint64_t first = run.identifiers.front();
+    const bool mayBeFirst =
+        parser_.headSize() > kWord ? !known_.later.contains(first) : onlyLearns_ && known_.first.empty();
+    const bool mayBegin = candidate.head.documentsFill() && (mayBeFirst || known_.first.contains(first));
+    if (candidate.fits && mayEnd && (place_.inStep || mayBegin))
         return give(candidate);
     if (!candidate.isClosed && !run.endIsCertain)
         return goTo(run.last + 1, true);

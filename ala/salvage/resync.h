@@ -13,13 +13,11 @@
 namespace qvledger {
 
 struct FoundRecord {
-    std::int64_t begin;
-    std::int64_t end;
+    std::int64_t begin; // of the head
     RecordHead head;
-    std::uint64_t values;
-    std::int64_t longestAttribute; // bytes
-    bool inStep;                   // begins where the header, a record or sound attributes end
-    Fault faultBefore;             // what was wrong where the record before it ends
+    Run run;
+    bool inStep;       // begins where the header, a record or sound attributes end
+    Fault faultBefore; // what was wrong where the record before it ends
 };
 
 class Resync {
@@ -66,23 +64,14 @@ private:
         bool fits;     // the head gives its number of attributes
         bool isClosed; // the log's end or another record follows it
     };
-    // The records in an attribute.
-    struct Hidden {
-        bool any = false;
-        // Begins in the attribute and ends after it, where another record or the log ends, or leads to such a
-        // record: other bytes have taken the place of the attribute's end.  -1: none does.
-        std::int64_t joined = -1;
-    };
 
     bool step();
-    void read(std::int64_t tag, Candidate &candidate);
-    bool isCut(const Candidate &last) const;
+    Candidate read(std::int64_t tag, bool isExpected);
     bool decide(const Candidate &candidate);
     bool give(const Candidate &found);
     bool searchTag(std::int64_t *tag);
-    bool mayBegin(const Run &run) const;
     bool goesOnAsValues(std::int64_t end);
-    Hidden findHidden(const Run &run);
+    bool hidesRecord(const Run &run, std::int64_t *joined);
     void learnAfter(const Run &run);
     void newBudget();
     std::int64_t limit() const;

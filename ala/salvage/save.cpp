@@ -126,7 +126,7 @@ static CheckResult copyRecords(CheckedLog &log, NewFile &file, const char *path,
             watch.stray(end, found->begin, foundNext(*found));
             begin = found->begin;
         }
-        end = found->end;
+        end = found->run.end;
     }
     if (bytes.failed())
         return failure(CheckOutcome::CannotRead, bytes.error(), path);
