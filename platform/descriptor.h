@@ -11,22 +11,22 @@ namespace qvledger {
 template <void (*Close)(int)>
 class OwnedDescriptor {
 public:
-    explicit OwnedDescriptor(int givenFd = -1) : fd(givenFd) {}
+    explicit OwnedDescriptor(int fd = -1) : fd_(fd) {}
     ~OwnedDescriptor() { reset(-1); }
     OwnedDescriptor(const OwnedDescriptor &) = delete;
     OwnedDescriptor &operator=(const OwnedDescriptor &) = delete;
 
-    bool isOpen() const { return fd != -1; }
-    int get() const { return fd; }
-    int release() { return std::exchange(fd, -1); }
-    void reset(int givenFd) {
-        if (fd != -1)
-            Close(fd);
-        fd = givenFd;
+    bool isOpen() const { return fd_ != -1; }
+    int get() const { return fd_; }
+    int release() { return std::exchange(fd_, -1); }
+    void reset(int fd) {
+        if (fd_ != -1)
+            Close(fd_);
+        fd_ = fd;
     }
 
 private:
-    int fd;
+    int fd_;
 };
 
 inline void closeRead(int fd) {

@@ -32,7 +32,7 @@
 
 // Files
 #include "platform/os/file_copying.h"
-#include "platform/os/file_holding.h"
 #include "platform/os/file_identity.h"
+#include "platform/os/file_lock.h"
 #include "platform/os/files.h"
 #include "platform/os/output.h"

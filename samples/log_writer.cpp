@@ -57,115 +57,115 @@ Job &Job::attribute(std::string_view decoid, std::uint32_t type, const std::vect
 }
 
 Job &Job::attribute(const Tag &tag, const std::vector<Value> &values) {
-    appendTag(attributes, tag);
+    appendTag(attributes_, tag);
     for (const Value &value : values)
-        appendValue(attributes, value);
+        appendValue(attributes_, value);
     count();
     return *this;
 }
 
 void Job::count() {
-    attributeCount++;
-    if (documents == 0)
-        jobCount++;
-    else if (documents == 1)
-        documentAttrCount++;
+    attributeCount_++;
+    if (documents_ == 0)
+        jobCount_++;
+    else if (documents_ == 1)
+        documentAttrCount_++;
 }
 
 Job &Job::document() {
-    documents++;
+    documents_++;
     return *this;
 }
 
 Job &Job::numAttr(std::uint32_t count) {
-    statedNumAttr = count;
+    statedNumAttr_ = count;
     return *this;
 }
 
 Job &Job::numJobAttr(std::uint32_t count) {
-    statedNumJobAttr = count;
+    statedNumJobAttr_ = count;
     return *this;
 }
 
 Job &Job::docAttrPerDoc(std::uint32_t count) {
-    statedDocAttrPerDoc = count;
+    statedDocAttrPerDoc_ = count;
     return *this;
 }
 
 void Job::clear() {
-    attributes.clear();
-    attributeCount = jobCount = documentAttrCount = documents = 0;
-    statedNumAttr.reset();
-    statedNumJobAttr.reset();
-    statedDocAttrPerDoc.reset();
+    attributes_.clear();
+    attributeCount_ = jobCount_ = documentAttrCount_ = documents_ = 0;
+    statedNumAttr_.reset();
+    statedNumJobAttr_.reset();
+    statedDocAttrPerDoc_.reset();
 }
 
 void Job::appendTo(Bytes &out, std::uint32_t verNum) const {
-    appendNet(out, statedNumAttr.value_or(attributeCount));
+    appendNet(out, statedNumAttr_.value_or(attributeCount_));
     if (verNum > 2) {
-        appendNet(out, statedNumJobAttr.value_or(jobCount));
-        appendNet(out, statedDocAttrPerDoc.value_or(documentAttrCount));
+        appendNet(out, statedNumJobAttr_.value_or(jobCount_));
+        appendNet(out, statedDocAttrPerDoc_.value_or(documentAttrCount_));
     }
-    out += attributes;
+    out += attributes_;
 }
 
 // ---- Log ----
 
-Log::Log(const LogHeader &header) : version(header.verNum) {
-    appendHeader(image, header);
+Log::Log(const LogHeader &header) : version_(header.verNum) {
+    appendHeader(image_, header);
 }
 
 Log &Log::job(const Job &job) {
-    starts.push_back(image.size());
-    job.appendTo(image, version);
+    starts_.push_back(image_.size());
+    job.appendTo(image_, version_);
     return *this;
 }
 
 Log &Log::raw(std::string_view bytes) {
-    image += bytes;
+    image_ += bytes;
     return *this;
 }
 
 Log &Log::cutTo(std::size_t size) {
-    image.resize(std::min(size, image.size()));
+    image_.resize(std::min(size, image_.size()));
     return *this;
 }
 
 Log &Log::overwrite(std::size_t at, std::string_view bytes) {
-    image.resize(std::max(image.size(), at + bytes.size()));
-    image.replace(at, bytes.size(), bytes);
+    image_.resize(std::max(image_.size(), at + bytes.size()));
+    image_.replace(at, bytes.size(), bytes);
     return *this;
 }
 
 // ---- LogWriter ----
 
 LogWriter::LogWriter(const std::filesystem::path &path, const LogHeader &header)
-    : file(path), version(header.verNum) {
-    appendHeader(buffer, header);
+    : file_(path), version_(header.verNum) {
+    appendHeader(buffer_, header);
 }
 
 LogWriter &LogWriter::job(const Job &job) {
-    job.appendTo(buffer, version);
+    job.appendTo(buffer_, version_);
     flushAbove(kFlushSize);
     return *this;
 }
 
 LogWriter &LogWriter::raw(std::string_view bytes) {
-    buffer += bytes;
+    buffer_ += bytes;
     flushAbove(kFlushSize);
     return *this;
 }
 
 void LogWriter::close() {
     flushAbove(0);
-    file.close();
+    file_.close();
 }
 
 void LogWriter::flushAbove(std::size_t limit) {
-    if (buffer.size() <= limit)
+    if (buffer_.size() <= limit)
         return;
-    file.write(buffer);
-    buffer.clear();
+    file_.write(buffer_);
+    buffer_.clear();
 }
 
 } // namespace samples

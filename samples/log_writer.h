@@ -69,10 +69,10 @@ public:
 private:
     void count();
 
-    Bytes attributes;
-    std::uint32_t attributeCount = 0, jobCount = 0, documentAttrCount = 0;
-    std::uint32_t documents = 0;
-    std::optional<std::uint32_t> statedNumAttr, statedNumJobAttr, statedDocAttrPerDoc;
+    Bytes attributes_;
+    std::uint32_t attributeCount_ = 0, jobCount_ = 0, documentAttrCount_ = 0;
+    std::uint32_t documents_ = 0;
+    std::optional<std::uint32_t> statedNumAttr_, statedNumJobAttr_, statedDocAttrPerDoc_;
 };
 
 // A log in memory.
@@ -85,17 +85,17 @@ public:
     Log &cutTo(std::size_t size);
     Log &overwrite(std::size_t at, std::string_view bytes); // grows the log where it must
 
-    const Bytes &bytes() const { return image; }
-    std::size_t size() const { return image.size(); }
+    const Bytes &bytes() const { return image_; }
+    std::size_t size() const { return image_.size(); }
     // Where the records begin that job() has written.
-    const std::vector<std::size_t> &records() const { return starts; }
+    const std::vector<std::size_t> &records() const { return starts_; }
 
-    void save(const std::filesystem::path &path) const { writeFile(path, image); }
+    void save(const std::filesystem::path &path) const { writeFile(path, image_); }
 
 private:
-    std::uint32_t version;
-    Bytes image;
-    std::vector<std::size_t> starts;
+    std::uint32_t version_;
+    Bytes image_;
+    std::vector<std::size_t> starts_;
 };
 
 // A log on its way to a file, in bounded memory.  Failures are thrown as std::system_error.
@@ -110,9 +110,9 @@ public:
 private:
     void flushAbove(std::size_t limit);
 
-    OutputFile file;
-    std::uint32_t version;
-    Bytes buffer;
+    OutputFile file_;
+    std::uint32_t version_;
+    Bytes buffer_;
 };
 
 } // namespace samples

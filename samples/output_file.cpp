@@ -6,25 +6,25 @@
 namespace samples {
 
 OutputFile::OutputFile(const std::filesystem::path &path)
-    : name(path), stream(std::fopen(path.string().c_str(), "wb")) {
-    if (!stream)
+    : name_(path), stream_(std::fopen(path.string().c_str(), "wb")) {
+    if (!stream_)
         fail();
     // Callers write in large pieces: a buffer between would only delay what a failed write has to say.
-    std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+    std::setvbuf(stream_.get(), nullptr, _IONBF, 0);
 }
 
 void OutputFile::write(std::string_view bytes) {
-    if (!bytes.empty() && std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) != bytes.size())
+    if (!bytes.empty() && std::fwrite(bytes.data(), 1, bytes.size(), stream_.get()) != bytes.size())
         fail();
 }
 
 void OutputFile::close() {
-    if (stream && std::fclose(stream.release()) != 0)
+    if (stream_ && std::fclose(stream_.release()) != 0)
         fail();
 }
 
 void OutputFile::fail() const {
-    throw std::system_error(errno, std::generic_category(), name.string());
+    throw std::system_error(errno, std::generic_category(), name_.string());
 }
 
 void writeFile(const std::filesystem::path &path, std::string_view bytes) {

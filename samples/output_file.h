@@ -23,8 +23,8 @@ private:
 
     [[noreturn]] void fail() const;
 
-    std::filesystem::path name;
-    std::unique_ptr<std::FILE, Closer> stream;
+    std::filesystem::path name_;
+    std::unique_ptr<std::FILE, Closer> stream_;
 };
 
 // A whole file in one go.

@@ -25,7 +25,7 @@ static const Item &pickOne(const Facts &facts, Subject subject, const Item (&ite
     return items[facts.pick(subject, Size)];
 }
 
-Facts::Facts(const Day &givenDay, std::uint64_t givenNumber) : day(givenDay), number(givenNumber) {
+Facts::Facts(const Day &jobDay, std::uint64_t jobNumber) : day(jobDay), number(jobNumber) {
     constexpr std::uint64_t kOpening = 7 * 3600, kOpenFor = 11 * 3600; // seconds
     pages = 1 + pick(PAGES, 40);
     copies = oneIn(3, MANY_COPIES) ? 1 + pick(COPIES, 20) : 1;

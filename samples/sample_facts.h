@@ -56,7 +56,7 @@ struct Facts {
     std::string identifier, title;
     const char *printer, *medium, *format, *finishing; // all but the printer are named in the OID table
 
-    Facts(const Day &givenDay, std::uint64_t givenNumber);
+    Facts(const Day &day, std::uint64_t number);
 
     // A number below the limit, the same whenever it is asked for.
     std::uint32_t pick(Subject subject, std::uint32_t limit) const;

@@ -37,7 +37,7 @@ std::string registryText(const std::vector<RegistryKey> &keys) {
 
 SampleRoot::SampleRoot(const fs::path &path) {
     fs::create_directories(path);
-    folder = fs::canonical(path);
+    folder_ = fs::canonical(path);
     fs::create_directories(oids());
     fs::create_directories(logs());
     writeFile(oids() / "oids", oidTable());
@@ -49,7 +49,7 @@ fs::path SampleRoot::log(std::string_view server, std::string_view tail) const {
 }
 
 void SampleRoot::writeRegistry(std::string_view server) const {
-    const std::pair<std::string, std::string> root{"QV_ROOT", folder.string()};
+    const std::pair<std::string, std::string> root{"QV_ROOT", folder_.string()};
     writeRegistry({{serverKey(server), {root}}, {commonKey(), {root}}});
 }
 

@@ -29,10 +29,10 @@ public:
     // Makes the folders and the OID tables.
     explicit SampleRoot(const std::filesystem::path &path);
 
-    const std::filesystem::path &path() const { return folder; } // absolute
-    std::filesystem::path registry() const { return folder / "registry.reg"; }
-    std::filesystem::path oids() const { return folder / "share/oid"; }
-    std::filesystem::path logs() const { return folder / "var/acct"; }
+    const std::filesystem::path &path() const { return folder_; } // absolute
+    std::filesystem::path registry() const { return folder_ / "registry.reg"; }
+    std::filesystem::path oids() const { return folder_ / "share/oid"; }
+    std::filesystem::path logs() const { return folder_ / "var/acct"; }
     // tail: YYYYMMDD or "current"
     std::filesystem::path log(std::string_view server, std::string_view tail) const;
 
@@ -41,7 +41,7 @@ public:
     void writeRegistry(const std::vector<RegistryKey> &keys) const;
 
 private:
-    std::filesystem::path folder;
+    std::filesystem::path folder_;
 };
 
 } // namespace samples

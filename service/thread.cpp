@@ -104,13 +104,13 @@ std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)()) {
 
 static_assert(std::is_same_v<pthread_key_t, std::uint32_t>);
 
-ThreadsEnd::ThreadsEnd(void (*function)(void *)) : made(pthread_key_create(&key, function) == 0) {}
+ThreadsEnd::ThreadsEnd(void (*function)(void *)) : made_(pthread_key_create(&key_, function) == 0) {}
 
 ThreadsEnd::~ThreadsEnd() {
-    if (made)
-        pthread_key_delete(key);
+    if (made_)
+        pthread_key_delete(key_);
 }
 
 bool ThreadsEnd::enter(const void *argument) {
-    return made && pthread_setspecific(key, argument) == 0;
+    return made_ && pthread_setspecific(key_, argument) == 0;
 }

@@ -40,8 +40,8 @@ public:
     bool enter(const void *argument);
 
 private:
-    std::uint32_t key = 0; // the system's number for it
-    bool made;
+    std::uint32_t key_ = 0; // the system's number for it
+    bool made_;
 };
 
 } // namespace qvledger

@@ -41,9 +41,9 @@ protected:
             made.attribute("1.2." + std::to_string(i), INTEGER, {packInt(static_cast<std::int32_t>(i))});
         load(made.numJobAttr(ofJob).docAttrPerDoc(perDocument), version);
     }
-    void load(const Job &givenJob, std::uint32_t version = 3) {
+    void load(const Job &wanted, std::uint32_t version = 3) {
         ALA_FreeJobRecord(&job);
-        ASSERT_EQ(open(Log({.verNum = version}).job(givenJob)), ALA_N_NORMAL);
+        ASSERT_EQ(open(Log({.verNum = version}).job(wanted)), ALA_N_NORMAL);
         ASSERT_EQ(ALA_GetFirstJobRecord(handle, &log, &job), ALA_N_NORMAL);
     }
 

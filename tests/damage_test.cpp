@@ -53,12 +53,12 @@ struct Piece {
 
 } // namespace
 
-static std::vector<Piece> search(const std::string &givenBytes, const Original &original) {
+static std::vector<Piece> search(const std::string &content, const Original &original) {
     static const int file = memfd_create("log", 0);
     if (ftruncate(file, 0) != 0 ||
-        pwrite(file, givenBytes.data(), givenBytes.size(), 0) != static_cast<ssize_t>(givenBytes.size()))
+        pwrite(file, content.data(), content.size(), 0) != static_cast<ssize_t>(content.size()))
         std::abort();
-    LogBytes bytes(file, static_cast<std::int64_t>(givenBytes.size()));
+    LogBytes bytes(file, static_cast<std::int64_t>(content.size()));
     NoWatch watch;
     Resync records(bytes, original.version, static_cast<std::int64_t>(original.headerEnd), watch);
     std::vector<Piece> found;

@@ -417,7 +417,7 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     const ToolResult result = system.finish(waiting);
     EXPECT_EQ(result.status, 6);
     EXPECT_EQ(result.err, "qvledger: waiting for " + system.log(kTail).string() +
-                              ", which another run holds.\n"
+                              ", which another run has locked.\n"
                               "Unable to open the accounting log for the date 19990301.\n");
     EXPECT_FALSE(fs::exists(report));
 
@@ -429,7 +429,7 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it is still there";
     close(deleting); // and was killed
     EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
-              "qvledger: a log that was not deleted stays under the name " + aside.string() +
+              "qvledger: a log that was not deleted is still named " + aside.string() +
                   ": No locks available.\n" + left +
                   "Unable to find the accounting logs for server alpha.\n");
     EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is no log";
@@ -438,7 +438,7 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     EXPECT_FALSE(fs::exists(aside) || fs::exists(system.log(kTail)));
     for (const char *tail : {"19990301.being-deleted", kTail})
         system.save(tail, logOf({march()}));
-    EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted stays under the name " +
+    EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted is still named " +
                                                    aside.string() + ": another file has its own name.\n" +
                                                    left);
     EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither takes the other's place";

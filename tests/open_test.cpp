@@ -22,8 +22,8 @@ static std::ptrdiff_t openFiles() {
 class Open : public Facility {
 protected:
     // The tail of the file that opens for a date, or the code.
-    std::string opened(const ALA_time *givenDate) {
-        const ALA_retCode_t code = ALA_Open(handle, givenDate, &log);
+    std::string opened(const ALA_time *logDate) {
+        const ALA_retCode_t code = ALA_Open(handle, logDate, &log);
         if (code != ALA_N_NORMAL)
             return "code " + std::to_string(code);
         const std::string tail = fs::path(log->logName).extension().string().substr(1);

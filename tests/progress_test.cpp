@@ -19,7 +19,7 @@ struct SlowRun {
 
 // A run that has to wait for its first log for most of a second, and whose last log cannot be read.  The
 // report goes to a file or to a pipe.
-static SlowRun runSlowly(bool toFile, const ToolRun &givenRun = {}) {
+static SlowRun runSlowly(bool toFile, const ToolRun &slowRun = {}) {
     PrintSystem system;
     system.save("19990301", logOf(std::vector<Job>(60, jobOf({{"job-name", {"x"}}}))));
     system.save("19990302", logOf({}).cutTo(10));
@@ -28,7 +28,7 @@ static SlowRun runSlowly(bool toFile, const ToolRun &givenRun = {}) {
     int terminal = -1, program = -1;
     EXPECT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
     Pipe report;
-    ToolRun settings = givenRun;
+    ToolRun settings = slowRun;
     settings.output = toFile ? -1 : report.writer();
     settings.error = program;
     const pid_t tool = system.start({"-d", "alpha"}, settings);

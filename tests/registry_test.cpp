@@ -18,18 +18,18 @@ protected:
 
     void write(const std::string &bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
-    static LONG open(const char *givenKey) {
+    static LONG open(const char *path) {
         HKEY key = nullptr;
-        const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, givenKey, 0, KEY_READ, &key);
+        const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key);
         if (result == ERROR_SUCCESS)
             RegCloseKey(key);
         return result;
     }
 
     // All values of a key as "name:type:data;", or the result that stopped the listing.
-    static std::string list(const char *givenKey) {
+    static std::string list(const char *path) {
         HKEY key = nullptr;
-        if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, givenKey, 0, KEY_READ, &key); result != 0)
+        if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key); result != 0)
             return "open " + std::to_string(result);
         std::string listed;
         LONG result = ERROR_SUCCESS;

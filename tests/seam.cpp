@@ -149,10 +149,10 @@ static void checkHolding() {
     {
         const Descriptor writer(appendTo("held"));
         CHECK(OS_MoveName("held", "aside") == 0);
-        CHECK(OS_HoldAgainstWriters(file.get(), "aside", identity) == OS_TAKEN);
+        CHECK(OS_LockOutWriters(file.get(), "aside", identity) == OS_TAKEN);
     }
     static_cast<void>(OS_LockFile(file.get())); // as the run has it that deletes
-    CHECK(OS_HoldAgainstWriters(file.get(), "aside", identity) == OS_DONE);
+    CHECK(OS_LockOutWriters(file.get(), "aside", identity) == OS_DONE);
     Descriptor reader(OS_OpenToRead("aside"));
     CHECK(OS_LockFile(reader.get()) == OS_TAKEN);
     CHECK(OS_RemoveFile(file.get(), "aside") == 0);

@@ -10,17 +10,17 @@ using namespace qvledger;
 using namespace std::string_literals;
 
 // Takes over a text of the library.
-static std::string take(char *givenText) {
-    const std::string text = givenText != nullptr ? givenText : "(no text)";
-    std::free(givenText);
+static std::string take(char *source) {
+    const std::string text = source != nullptr ? source : "(no text)";
+    std::free(source);
     return text;
 }
 
-static std::string convert(const std::string &givenBytes, std::uint32_t codeSet) {
+static std::string convert(const std::string &input, std::uint32_t codeSet) {
     // A block of its own lets the sanitizer see a read behind its end.
-    const auto bytes = std::make_unique<std::uint8_t[]>(givenBytes.size());
-    std::memcpy(bytes.get(), givenBytes.data(), givenBytes.size());
-    return take(convertToUtf8({bytes.get(), givenBytes.size()}, codeSet));
+    const auto bytes = std::make_unique<std::uint8_t[]>(input.size());
+    std::memcpy(bytes.get(), input.data(), input.size());
+    return take(convertToUtf8({bytes.get(), input.size()}, codeSet));
 }
 
 TEST(Convert, EachCodeSetGivesUtf8) {

@@ -32,9 +32,9 @@ static std::int64_t milliseconds() {
     return duration_cast<std::chrono::milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-static bool isSetTo(const char *variable, const char *givenValue) {
+static bool isSetTo(const char *variable, const char *wanted) {
     const char *value = OS_ProgramVariable(variable);
-    return value != nullptr && std::strcmp(value, givenValue) == 0;
+    return value != nullptr && std::strcmp(value, wanted) == 0;
 }
 
 void qvledger::startProgress(bool reportIsFile, std::int32_t numLogs) {

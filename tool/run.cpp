@@ -7,13 +7,13 @@
 #include "platform/os.h"
 #include "service/log/log.h"
 #include "service/messages/message.h"
-#include "tool/facility.h"
 #include "tool/messages.h"
 #include "tool/report/line_writer.h"
 #include "tool/report/report_file.h"
 #include "tool/report/report_writer.h"
 #include "tool/rights.h"
-#include "tool/turn.h"
+#include "tool/server_report.h"
+#include "tool/server_session.h"
 
 using namespace qvledger;
 
@@ -27,44 +27,44 @@ struct Outcome {
     int status = 0;
 
     // The first failure counts.  That there is no log is less than a failure.
-    void add(const TurnEnd &turn) {
-        deletedAny = deletedAny || turn.deletedAny;
-        failed = failed || turn.failed;
-        foundLog = foundLog || turn.foundLog;
-        if (status == 0 || (status == kStatusNoLogs && turn.status != 0))
-            status = turn.status;
+    void add(const ServerResult &server) {
+        deletedAny = deletedAny || server.deletedAny;
+        failed = failed || server.failed;
+        foundLog = foundLog || server.foundLog;
+        if (status == 0 || (status == kStatusNoLogs && server.status != 0))
+            status = server.status;
     }
 };
 
 // The turns of a run's servers, one after another.
 class Run {
 public:
-    Run(const Options &givenOptions, std::int32_t givenNumServers, LogOutput &givenWriter)
-        : options(givenOptions), numServers(givenNumServers), writer(givenWriter) {}
+    Run(const Options &options, std::int32_t numServers, LogOutput &writer)
+        : options_(options), numServers_(numServers), writer_(writer) {}
 
     // All turns: the run's status.
     int report();
-    bool isLost() const { return lines.failed(); }
+    bool isLost() const { return lines_.failed(); }
 
 private:
-    TurnEnd turn(std::int32_t number);
+    ServerResult reportOne(std::int32_t number);
     int begin(std::int32_t number);
     bool enter(std::int32_t number);
     bool refuseLogAsReport(std::int32_t current);
 
-    Options options; // of the server whose turn it is
-    const char *firstServer = options.serverName;
-    std::int32_t numServers;
-    LogOutput &writer;
-    ReportFile file;
-    LineWriter lines{file};
-    Outcome outcome;
-    bool begun = false; // the report is open
-    bool over = false;  // no further turn follows
-    char **environment = OS_KeepEnvironment();
+    Options options_; // of the server whose turn it is
+    const char *firstServer_ = options_.serverName;
+    std::int32_t numServers_;
+    LogOutput &writer_;
+    ReportFile file_;
+    LineWriter lines_{file_};
+    Outcome outcome_;
+    bool begun_ = false; // the report is open
+    bool over_ = false;  // no further turn follows
+    char **environment_ = OS_KeepEnvironment();
     // In which the times are.  Not the environment's own text, which need not outlast a change; a longer one
     // counts up to here.
-    char zone[256] = "";
+    char zone_[256] = "";
 };
 
 } // namespace
@@ -76,29 +76,29 @@ static const char *timeZone() {
 
 // Takes up the server's settings, and leaves none of another server's.
 bool Run::enter(std::int32_t number) {
-    options.serverName = number == 0 ? firstServer : options.moreServers[number - 1];
-    OS_RestoreEnvironment(environment);
-    return loadServiceEnvironment(options.serverName);
+    options_.serverName = number == 0 ? firstServer_ : options_.moreServers[number - 1];
+    OS_RestoreEnvironment(environment_);
+    return loadServiceEnvironment(options_.serverName);
 }
 
 // True after telling that the report is a log of one of the servers: what went into it would be read as that
 // server's records.  No server is registered for it, as the first registration settles the time zone.
 bool Run::refuseLogAsReport(std::int32_t current) {
-    if (!file.isFile())
+    if (!file_.isFile())
         return false;
-    for (std::int32_t number = 0; number < numServers; ++number) {
+    for (std::int32_t number = 0; number < numServers_; ++number) {
         // Its turn tells if settings are missing; what directory is known then is looked at all the same.
-        if (numServers > 1)
+        if (numServers_ > 1)
             static_cast<void>(enter(number));
         Malloced<char> madePath;
-        const char *logPath = findLogPath(options, madePath);
-        const LentRights rights(options.acctPath2 == nullptr);
-        if (logPath == nullptr || !file.isLog(options.serverName, logPath))
+        const char *logPath = findLogPath(options_, madePath);
+        const LentRights rights(options_.acctPath2 == nullptr);
+        if (logPath == nullptr || !file_.isLog(options_.serverName, logPath))
             continue;
-        DisplayMsg(kMsgReportFile, file.name());
+        DisplayMsg(kMsgReportFile, file_.name());
         return true;
     }
-    if (numServers == 1 || enter(current))
+    if (numServers_ == 1 || enter(current))
         return false;
     DisplayMsg(kMsgEnvironment); // the registry has changed in between
     return true;
@@ -106,65 +106,65 @@ bool Run::refuseLogAsReport(std::int32_t current) {
 
 // What comes once, before the first log: 0, or the status that ends the run.
 int Run::begin(std::int32_t number) {
-    if (!datesAreValid(options))
+    if (!datesAreValid(options_))
         return kStatusBadStart;
-    const ReportFile::Opened opened = file.open(options.ofile);
+    const ReportFile::Opened opened = file_.open(options_.ofile);
     if (opened == ReportFile::Opened::GivenUp)
         return 0; // the signal ends the program
-    if (opened == ReportFile::Opened::No || !lines.begin()) {
-        DisplayMsg(kMsgReportFile, file.name());
+    if (opened == ReportFile::Opened::No || !lines_.begin()) {
+        DisplayMsg(kMsgReportFile, file_.name());
         return kStatusBadStart;
     }
-    std::snprintf(zone, sizeof zone, "%s", timeZone());
+    std::snprintf(zone_, sizeof zone_, "%s", timeZone());
     if (refuseLogAsReport(number))
         return kStatusBadStart;
-    begun = true;
+    begun_ = true;
     return 0;
 }
 
-static TurnEnd failedTurn(int status) {
+static ServerResult failedTurn(int status) {
     return {.status = status, .failed = status != 0};
 }
 
-TurnEnd Run::turn(std::int32_t number) {
+ServerResult Run::reportOne(std::int32_t number) {
     if (!enter(number)) {
         DisplayMsg(kMsgEnvironment);
         if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0') {
             DisplayMsg(kMsgRegistryFile, trouble);
-            over = true; // all servers have their settings there
+            over_ = true; // all servers have their settings there
         }
         return failedTurn(kStatusBadStart);
     }
-    if (!begun) {
+    if (!begun_) {
         const int status = begin(number);
-        over = !begun;
-        if (over)
+        over_ = !begun_;
+        if (over_)
             return failedTurn(status);
     }
-    if (std::strncmp(timeZone(), zone, sizeof zone - 1) != 0) {
-        DisplayMsg(kMsgOtherZone, options.serverName, timeZone(), zone);
+    if (std::strncmp(timeZone(), zone_, sizeof zone_ - 1) != 0) {
+        DisplayMsg(kMsgOtherZone, options_.serverName, timeZone(), zone_);
         return failedTurn(kStatusBadStart);
     }
-    return reportServer(options, lines, writer);
+    return reportServer(options_, lines_, writer_);
 }
 
 int Run::report() {
-    for (std::int32_t number = 0; number < numServers && !over; ++number) {
-        const TurnEnd end = turn(number);
-        outcome.add(end);
-        if (end.status != 0 && numServers > 1 && !over) {
-            DisplayMsg(kMsgServerFailed, options.serverName, end.status);
+    for (std::int32_t number = 0; number < numServers_ && !over_; ++number) {
+        const ServerResult end = reportOne(number);
+        outcome_.add(end);
+        if (end.status != 0 && numServers_ > 1 && !over_) {
+            DisplayMsg(kMsgServerFailed, options_.serverName, end.status);
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the server %s ended with status %d",
-                            options.serverName, end.status);
+                            options_.serverName, end.status);
         }
-        over = over || lines.failed() || OS_NotedSignal() != 0;
+        over_ = over_ || lines_.failed() || OS_NotedSignal() != 0;
     }
-    static_cast<void>(lines.flush()); // reported where it failed
-    if (!outcome.deletedAny && (outcome.failed || !outcome.foundLog))
-        if (file.removeIfCreated())
-            DisplayMsg(kMsgReportRemoved, options.ofile);
-    lines.close();
-    return outcome.status;
+    static_cast<void>(lines_.flush()); // reported where it failed
+    if (!outcome_.deletedAny && (outcome_.failed || !outcome_.foundLog))
+        if (file_.removeIfCreated())
+            DisplayMsg(kMsgReportRemoved, options_.ofile);
+    lines_.close();
+    return outcome_.status;
 }
 
 int qvledger::runWith(const Options &options, std::int32_t numServers, LogOutput &writer, int statusIfLost) {

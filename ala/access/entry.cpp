@@ -104,7 +104,7 @@ static std::int32_t evaluate(Entry &entry, const ALA_credential_t &credential, A
 }
 
 ALA_retCode_t qvledger::evaluateEntry(const std::uint8_t *packed, std::int32_t length, AS_attrValType_t type,
-                                      Caller &caller, std::int32_t *inout_granted) {
+                                      Caller &caller, std::int32_t *granted) {
     const StatusList status;
     void *value = nullptr;
     AS_attrValDesc_t description = {};
@@ -113,8 +113,7 @@ ALA_retCode_t qvledger::evaluateEntry(const std::uint8_t *packed, std::int32_t l
         return ALA_A_ODPUNPACK_ERROR;
     auto *unpacked = static_cast<GEN_eACL *>(value);
     Entry entry(*unpacked);
-    const bool isBad =
-        *inout_granted == 0 && evaluate(entry, caller.credential, &caller.groups, inout_granted) != 0;
+    const bool isBad = *granted == 0 && evaluate(entry, caller.credential, &caller.groups, granted) != 0;
     GEN_DeleteExtACL(status, unpacked, nullptr);
     return isBad ? ALA_A_ODPUNPACK_ERROR : ALA_N_NORMAL;
 }

@@ -31,6 +31,6 @@ namespace qvledger {
 
 // Evaluates one packed entry, unless an earlier one has granted access; it must be sound in either case.
 ALA_retCode_t evaluateEntry(const std::uint8_t *packed, std::int32_t length, AS_attrValType_t type,
-                            Caller &caller, std::int32_t *inout_granted);
+                            Caller &caller, std::int32_t *granted);
 
 } // namespace qvledger

@@ -19,14 +19,14 @@ static ALA_retCode_t check(ALA_handle_t handle, const char *operation, const cha
     return isValid(handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, line, operation);
 }
 
-ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation) {
-    return check(in_handle, in_operation,
+ALA_retCode_t qvledger::checkHandle(ALA_handle_t handle, const char *operation) {
+    return check(handle, operation,
                  "handle, handle->svrName, handle->acctLogPath is NULL or handle->pid!=getpid in %s; "
                  "ALA_A_NOT_REGISTER");
 }
 
-ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation) {
-    return check(in_handle, in_operation,
+ALA_retCode_t qvledger::checkHandleOfLog(ALA_handle_t handle, const char *operation) {
+    return check(handle, operation,
                  "handle, handle->svrName or handle->acctLogPath is NULL or handle->pid != getpid in %s; "
                  "ALA_A_NOT_REGISTER");
 }

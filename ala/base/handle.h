@@ -30,9 +30,13 @@ struct handleData {
 };
 using ALA_handleData_t = handleData;
 
+namespace qvledger {
+
 // The check that every operation makes on its handle.  ALA_N_NORMAL, or ALA_A_NOT_REGISTER with a level 5
 // line that names the operation.
-ALA_retCode_t ALA__CheckHandle(ALA_handle_t in_handle, const char *in_operation);
+ALA_retCode_t checkHandle(ALA_handle_t handle, const char *operation);
 
 // The same for ALA_Open and ALA_Close, whose line has words of its own.
-ALA_retCode_t ALA__CheckHandleOfLog(ALA_handle_t in_handle, const char *in_operation);
+ALA_retCode_t checkHandleOfLog(ALA_handle_t handle, const char *operation);
+
+} // namespace qvledger

@@ -42,15 +42,15 @@ Owned<T> makeOwned() {
 // expression that holds the call, not before.
 class TextOut {
 public:
-    explicit TextOut(Malloced<char> &givenOwner) : owner(givenOwner) {}
-    ~TextOut() { owner.reset(text); }
+    explicit TextOut(Malloced<char> &owner) : owner_(owner) {}
+    ~TextOut() { owner_.reset(text_); }
     TextOut(const TextOut &) = delete;
     TextOut &operator=(const TextOut &) = delete;
-    operator char **() { return &text; }
+    operator char **() { return &text_; }
 
 private:
-    Malloced<char> &owner;
-    char *text = nullptr;
+    Malloced<char> &owner_;
+    char *text_ = nullptr;
 };
 
 } // namespace qvledger

@@ -13,8 +13,8 @@ constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::size_t kDays = 16384; // remembered: those of 44 years
 
 // Does the local second come back as it was?  Its instant goes to instant.
-static bool comesBack(std::int64_t givenLocal, std::time_t *instant) {
-    const std::time_t local = givenLocal;
+static bool comesBack(std::int64_t seconds, std::time_t *instant) {
+    const std::time_t local = seconds;
     std::tm asked = {};
     if (gmtime_s(&asked, &local) != 0)
         return false;

@@ -25,29 +25,29 @@ inline void logRegistryTrouble(const char *file = __builtin_FILE(), std::int32_t
 // entered.
 class FuncTrace {
 public:
-    explicit FuncTrace(const char *givenFunction, const char *givenFile = __builtin_FILE(),
-                       std::int32_t givenLine = __builtin_LINE()) {
+    explicit FuncTrace(const char *function, const char *file = __builtin_FILE(),
+                       std::int32_t line = __builtin_LINE()) {
         if (LOG_Wants(LOG_TRACE)) [[unlikely]]
-            enter(givenFunction, givenFile, givenLine);
+            enter(function, file, line);
     }
     ~FuncTrace() {
-        if (function != nullptr) [[unlikely]]
-            LOG_CondFuncTrace(function, file, line, 0, 0);
+        if (function_ != nullptr) [[unlikely]]
+            LOG_CondFuncTrace(function_, file_, line_, 0, 0);
     }
     FuncTrace(const FuncTrace &) = delete;
     FuncTrace &operator=(const FuncTrace &) = delete;
 
 private:
-    void enter(const char *givenFunction, const char *givenFile, std::int32_t givenLine) {
-        function = givenFunction;
-        file = givenFile;
-        line = givenLine;
-        LOG_CondFuncTrace(function, file, line, 1, 0);
+    void enter(const char *function, const char *file, std::int32_t line) {
+        function_ = function;
+        file_ = file;
+        line_ = line;
+        LOG_CondFuncTrace(function_, file_, line_, 1, 0);
     }
 
-    const char *function = nullptr; // null: not traced
-    const char *file = nullptr;     // the operation's own
-    std::int32_t line = 0;
+    const char *function_ = nullptr; // null: not traced
+    const char *file_ = nullptr;     // the operation's own
+    std::int32_t line_ = 0;
 };
 
 } // namespace qvledger

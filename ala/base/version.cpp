@@ -51,14 +51,14 @@ static const CodeText &rowOf(ALA_retCode_t code) {
     return row != std::end(kCodeTexts) ? *row : kUnknown;
 }
 
-const char *ALA_CodeText(ALA_retCode_t in_code) {
-    return rowOf(in_code).text.data();
+const char *ALA_CodeText(ALA_retCode_t code) {
+    return rowOf(code).text.data();
 }
 
 const char *qvledger::codeName(ALA_retCode_t code) {
     return rowOf(code).name;
 }
 
-void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context) {
-    LOG_SetFunction(in_sink, inp_context);
+void ALA_SetLogSink(ALA_logSink_t sink, void *context) {
+    LOG_SetFunction(sink, context);
 }

@@ -23,48 +23,48 @@ struct NodeRange {
 // list's address is that of all its memory.
 class NameBlock {
 public:
-    explicit NameBlock(std::size_t givenCount) : count(givenCount), free(givenCount) {}
+    explicit NameBlock(std::size_t count) : count_(count), free_(count) {}
 
     // Adds a name in front of those that were added before.  name: as for copyName.  False when memory
     // runs out.
     bool add(const char *name, std::size_t length) {
         const std::size_t room = std::max(length + 1, kUsualName);
-        if (used + room > capacity && !grow(used + room))
+        if (used_ + room > capacity_ && !grow(used_ + room))
             return false;
-        char *text = block.get() + used;
+        char *text = block_.get() + used_;
         copyName(name, length, text);
-        used += length + 1;
-        --free;
-        nodes()[free] = {text, free + 1 < count ? &nodes()[free + 1] : nullptr};
+        used_ += length + 1;
+        --free_;
+        nodes()[free_] = {text, free_ + 1 < count_ ? &nodes()[free_ + 1] : nullptr};
         return true;
     }
 
     // The list, once all names have been added.
-    ALA_attrName *release() { return reinterpret_cast<ALA_attrName *>(block.release()); }
+    ALA_attrName *release() { return reinterpret_cast<ALA_attrName *>(block_.release()); }
 
 private:
-    ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block.get()); }
+    ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block_.get()); }
 
     [[gnu::noinline]] bool grow(std::size_t size) { // in line it would slow add() down
-        const std::size_t texts = count * sizeof(ALA_attrName);
-        const std::size_t wanted = std::max({size, texts + count * kUsualName, 2 * capacity});
+        const std::size_t texts = count_ * sizeof(ALA_attrName);
+        const std::size_t wanted = std::max({size, texts + count_ * kUsualName, 2 * capacity_});
         Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
         if (grown == nullptr)
             return false;
-        NameBlock larger(count);
-        larger.capacity = wanted;
-        larger.block = std::move(grown);
-        for (std::size_t i = count; i-- > free;)
+        NameBlock larger(count_);
+        larger.capacity_ = wanted;
+        larger.block_ = std::move(grown);
+        for (std::size_t i = count_; i-- > free_;)
             larger.add(nodes()[i].attrNameStr, std::strlen(nodes()[i].attrNameStr));
         std::swap(*this, larger);
         return true;
     }
 
-    std::size_t count;
-    std::size_t free; // nodes that are not used yet, the front ones
-    std::size_t used = count * sizeof(ALA_attrName);
-    std::size_t capacity = 0;
-    Malloced<char> block;
+    std::size_t count_;
+    std::size_t free_; // nodes that are not used yet, the front ones
+    std::size_t used_ = count_ * sizeof(ALA_attrName);
+    std::size_t capacity_ = 0;
+    Malloced<char> block_;
 };
 
 } // namespace
@@ -90,9 +90,9 @@ static bool selectRange(const record &jobRecord, ALA_recAttrType_t type, NodeRan
     return true;
 }
 
-static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const char *givenLocale,
+static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const char *wanted,
                                const record &jobRecord) {
-    char *locale = const_cast<char *>(givenLocale);
+    char *locale = const_cast<char *>(wanted);
     const std::int32_t result = OID_SetLocale(status, &handle->oidHandle, &locale);
     if (result == 0)
         return ALA_N_NORMAL;
@@ -100,13 +100,13 @@ static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const ch
         ALA_A_OID_ERROR,
         "OID_SetLocale failed for locale %s in ALA_ListAttributesFromRecord; oid status = 0x%X; decoid "
         "= %s; ALA_A_OID_ERROR",
-        givenLocale, static_cast<unsigned>(result), jobRecord.attrValList->decoid);
+        wanted, static_cast<unsigned>(result), jobRecord.attrValList->decoid);
 }
 
 // Looks a name up and remembers it.  0, or the failure of the OID database.
 static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, std::uint32_t place,
                                attrValNode *node, char *name) {
-    std::int32_t result = ALA__FillOid(status, node);
+    std::int32_t result = fillOid(status, node);
     if (result == 0)
         result = OID_LookupBinary(status, handle->oidHandle, node->oid, name, 0);
     if (result == 0)
@@ -146,7 +146,7 @@ ALA_retCode_t ALA_ListAttributesFromRecord(ALA_handle_t in_alaHandle, ALA_record
                                            ALA_attrName **outp_attributeNames) {
     const FuncTrace trace("ALA_ListAttributesFromRecord");
     *outp_attributeNames = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_ListAttributesFromRecord");
+    if (const ALA_retCode_t valid = checkHandle(in_alaHandle, "ALA_ListAttributesFromRecord");
         valid != ALA_N_NORMAL)
         return valid;
     if (in_curRecord == nullptr || in_curRecord->attrValList == nullptr)

@@ -27,9 +27,9 @@ static Place placeOf(const docRecord &document) {
     return {document.firstPlace + document.index, 0};
 }
 
-std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node) {
-    const std::int32_t result = OID_ConvertDecToBin(in_status, inoutp_node->decoid, inoutp_node->oidBytes, 0);
-    inoutp_node->oid = result == 0 ? inoutp_node->oidBytes : nullptr;
+std::int32_t qvledger::fillOid(STF_l__hdr *status, attrValNode *node) {
+    const std::int32_t result = OID_ConvertDecToBin(status, node->decoid, node->oidBytes, 0);
+    node->oid = result == 0 ? node->oidBytes : nullptr;
     return result;
 }
 
@@ -58,7 +58,7 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Pl
     const std::string_view name = handle->columns.recall(place.number, node->decoid, place.names);
     if (name.data() == nullptr) {
         const StatusList status;
-        if (const std::int32_t failure = ALA__FillOid(status, node); failure != 0) {
+        if (const std::int32_t failure = fillOid(status, node); failure != 0) {
             ++handle->valuesPassedOver;
             return ALA_FAIL(
                 ALA_A_OID_ERROR,
@@ -95,19 +95,18 @@ std::string_view qvledger::valueText(const attributeVal &value) {
 }
 
 template <class Record>
-ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord,
-                               const CursorTexts &in_texts) {
-    if (const ALA_retCode_t valid = ALA__CheckHandle(in_handle, in_texts.operation); valid != ALA_N_NORMAL)
+ALA_retCode_t qvledger::checkRecord(ALA_handle_t handle, Record **curRecord, const CursorTexts &texts) {
+    if (const ALA_retCode_t valid = checkHandle(handle, texts.operation); valid != ALA_N_NORMAL)
         return valid;
-    if (inoutp_curRecord == nullptr)
-        return ALA_FAIL(ALA_A_INVALID_RECORD, "inoutp_curRecord is NULL in %s; ALA_A_INVALID_RECORD",
-                        in_texts.operation);
-    if (*inoutp_curRecord == nullptr || (*inoutp_curRecord)->attrValList == nullptr)
-        return ALA_FAIL(ALA_A_INVALID_RECORD, "%s", in_texts.invalidRecord);
+    if (curRecord == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_RECORD, "curRecord is NULL in %s; ALA_A_INVALID_RECORD",
+                        texts.operation);
+    if (*curRecord == nullptr || (*curRecord)->attrValList == nullptr)
+        return ALA_FAIL(ALA_A_INVALID_RECORD, "%s", texts.invalidRecord);
     return ALA_N_NORMAL;
 }
-template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, record **, const CursorTexts &);
-template ALA_retCode_t ALA__CheckRecord(ALA_handle_t, docRecord **, const CursorTexts &);
+template ALA_retCode_t qvledger::checkRecord(ALA_handle_t, record **, const CursorTexts &);
+template ALA_retCode_t qvledger::checkRecord(ALA_handle_t, docRecord **, const CursorTexts &);
 
 // Delivers the node at the cursor's index.  The cursor stands on it only once its rendering has reached its
 // end.
@@ -141,7 +140,7 @@ template <class Record, class Move>
 static ALA_retCode_t moveAndDeliver(ALA_handle_t handle, Record **curRecord, const char *locale,
                                     const CursorTexts &texts, ALA_attrPair **attribute, Move move) {
     *attribute = nullptr;
-    ALA_retCode_t result = ALA__CheckRecord(handle, curRecord, texts);
+    ALA_retCode_t result = checkRecord(handle, curRecord, texts);
     if (result == ALA_N_NORMAL)
         result = move(*curRecord);
     if (result == ALA_N_NORMAL)

@@ -13,12 +13,11 @@ struct CursorTexts {
     const char *invalidRecord;
 };
 
-} // namespace qvledger
-
 // Fills the node's binary object identifier; null again on failure.
-std::int32_t ALA__FillOid(STF_l__hdr *in_status, attrValNode *inoutp_node);
+std::int32_t fillOid(STF_l__hdr *status, attrValNode *node);
 
 // The checks at the head of a cursor or document operation; ALA_N_NORMAL when all pass.
 template <class Record>
-ALA_retCode_t ALA__CheckRecord(ALA_handle_t in_handle, Record **inoutp_curRecord,
-                               const qvledger::CursorTexts &in_texts);
+ALA_retCode_t checkRecord(ALA_handle_t handle, Record **curRecord, const CursorTexts &texts);
+
+} // namespace qvledger

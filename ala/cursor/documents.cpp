@@ -54,7 +54,7 @@ namespace {
 ALA_retCode_t checkDocuments(ALA_handle_t handle, ALA_record_t *curRecord, const CursorTexts &texts,
                              bool *none) {
     *none = false;
-    if (const ALA_retCode_t valid = ALA__CheckRecord(handle, curRecord, texts); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = checkRecord(handle, curRecord, texts); valid != ALA_N_NORMAL)
         return valid;
     const record *job = *curRecord;
     if (job->numAttr == job->numJobAttr) {

@@ -31,18 +31,18 @@ static ALA_retCode_t refuseToday(const ALA_time *date) {
 }
 
 // The checks of a deletion, and the path of what is to go.
-static ALA_retCode_t pathToDelete(ALA_handle_t alaHandle, const ALA_time *date, Malloced<char> &givenPath) {
-    if (const ALA_retCode_t valid = ALA__CheckHandle(alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
+static ALA_retCode_t pathToDelete(ALA_handle_t alaHandle, const ALA_time *date, Malloced<char> &converted) {
+    if (const ALA_retCode_t valid = checkHandle(alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
         return valid;
     if (date == nullptr)
         return ALA_FAIL(ALA_A_INVALID_ARG, "inp_date is NULL in ALA_Delete; ALA_A_INVALID_ARG");
-    const Malloced<char> path = ALA__DatedLogPath(alaHandle->acctLogPath, alaHandle->svrName, date);
+    const Malloced<char> path = datedLogPath(alaHandle->acctLogPath, alaHandle->svrName, date);
     if (path == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for logName in ALA_Delete; ALA_A_OUT_OF_MEMORY");
     if (const ALA_retCode_t result = refuseToday(date); result != ALA_N_NORMAL)
         return result;
-    if (!ALA__ConvertPath(path.get(), givenPath))
+    if (!convertPath(path.get(), converted))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Delete; ALA_A_UNKNOWN_ERR");
     return ALA_N_NORMAL;
 }
@@ -114,7 +114,7 @@ static bool isQuiet(const ReadLog &read) {
 
 // Why the file under the private name has to stay, or null.  Once it is held nobody else opens it to write.
 static const char *differenceAside(const char *aside, const ReadLog &read, DeletionWatch &watch) {
-    const int held = OS_HoldAgainstWriters(read.file.get(), aside, read.identity);
+    const int held = OS_LockOutWriters(read.file.get(), aside, read.identity);
     if (held == OS_TAKEN)
         return "another program has it open for writing";
     if (held == OS_REFUSED && !isQuiet(read))
@@ -166,7 +166,7 @@ ALA_retCode_t qvledger::deleteReadLog(ALA_handle_t handle, const ALA_time *date,
     Malloced<char> path;
     if (const ALA_retCode_t result = pathToDelete(handle, date, path); result != ALA_N_NORMAL)
         return result;
-    const Malloced<char> aside = ALA__AsidePath(path.get());
+    const Malloced<char> aside = asidePath(path.get());
     if (aside == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY,
                         "Could not allocate memory for logName in ALA_Delete; ALA_A_OUT_OF_MEMORY");
@@ -185,8 +185,8 @@ public:
     ALA_retCode_t visit(const FoundEntry &entry) override {
         if (!isAside(entry.tail))
             return ALA_N_NORMAL;
-        const Malloced<char> aside = ALA__PathInDirectory(entry.directory, entry.name);
-        const Malloced<char> path = ALA__PathInDirectory(entry.directory, entry.name);
+        const Malloced<char> aside = pathInDirectory(entry.directory, entry.name);
+        const Malloced<char> path = pathInDirectory(entry.directory, entry.name);
         if (aside == nullptr || path == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to look for logs that were about to be deleted");
         path.get()[std::strlen(path.get()) - kAside.size()] = '\0';

@@ -45,7 +45,7 @@ public:
                                                              isAside(name.substr(prefix_.size())));
         if (isFound || (!isServers && !isNamedAsLog(name)))
             return ALA_N_NORMAL;
-        const Malloced<char> path = ALA__PathInDirectory(entry.directory, entry.name);
+        const Malloced<char> path = pathInDirectory(entry.directory, entry.name);
         OS_fileIdentity log = {};
         isCut = isCut || path == nullptr;
         isFound = path != nullptr && OS_IdentifyTarget(path.get(), &log) == 0 && OS_IsSameFile(log, file_) &&

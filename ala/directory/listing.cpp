@@ -204,7 +204,7 @@ static ALA_retCode_t listLogs(ALA_handle_t alaHandle, ListingWatch *watch, dateN
                               ALA_name **nameList) {
     *dateList = nullptr;
     *nameList = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandle(alaHandle, "ALA_ListExistingLogsByDate");
+    if (const ALA_retCode_t valid = checkHandle(alaHandle, "ALA_ListExistingLogsByDate");
         valid != ALA_N_NORMAL)
         return valid;
     nameNode *sorted = nullptr;

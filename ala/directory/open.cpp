@@ -21,8 +21,8 @@ static ALA_retCode_t noMemoryForPath() {
                     "Could not allocate memory for logName in ALA_Open; ALA_A_OUT_OF_MEMORY");
 }
 
-static ALA_retCode_t convertPath(NamedLog &file) {
-    if (ALA__ConvertPath(file.path.get(), file.convertedPath))
+static ALA_retCode_t convertName(NamedLog &file) {
+    if (convertPath(file.path.get(), file.convertedPath))
         return ALA_N_NORMAL;
     return ALA_FAIL(ALA_A_UNKNOWN_ERR, "FA_ConvertFilePath failed in ALA_Open; ALA_A_UNKNOWN_ERR");
 }
@@ -33,7 +33,7 @@ static ALA_retCode_t pathOfOldest(ALA_handle_t handle, NamedLog &file) {
         ALA_N_NORMAL)
         return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
                         "ALA__GetOldestLogName failed in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
-    file.path = ALA__PathInDirectory(handle->acctLogPath, oldest.get());
+    file.path = pathInDirectory(handle->acctLogPath, oldest.get());
     return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
@@ -42,8 +42,8 @@ static ALA_retCode_t pathOfDate(ALA_handle_t handle, const ALA_time *date, Named
     if (const ALA_retCode_t result = ALA__IsTodaysDate(date, &isToday); result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__IsTodaysDate failed in ALA_Open");
     file.date = ALA__NumFromDate(date);
-    file.path = isToday != 0 ? ALA__CurrentLogPath(handle->acctLogPath, handle->svrName)
-                             : ALA__DatedLogPath(handle->acctLogPath, handle->svrName, date);
+    file.path = isToday != 0 ? currentLogPath(handle->acctLogPath, handle->svrName)
+                             : datedLogPath(handle->acctLogPath, handle->svrName, date);
     return file.path != nullptr ? ALA_N_NORMAL : noMemoryForPath();
 }
 
@@ -55,10 +55,10 @@ static void openPath(NamedLog &file) {
 
 // The log of the day in progress stands in for a date on which it was last written.
 static ALA_retCode_t openStandBy(ALA_handle_t handle, NamedLog &file) {
-    file.path = ALA__CurrentLogPath(handle->acctLogPath, handle->svrName);
+    file.path = currentLogPath(handle->acctLogPath, handle->svrName);
     if (file.path == nullptr)
         return noMemoryForPath();
-    if (const ALA_retCode_t result = convertPath(file); result != ALA_N_NORMAL)
+    if (const ALA_retCode_t result = convertName(file); result != ALA_N_NORMAL)
         return result;
     std::int32_t lastWritten = 0;
     if (dateOfLog(kCurrentTail, file.convertedPath.get(), &lastWritten) == ALA_N_NORMAL &&
@@ -68,7 +68,7 @@ static ALA_retCode_t openStandBy(ALA_handle_t handle, NamedLog &file) {
 }
 
 ALA_retCode_t qvledger::openFile(ALA_handle_t handle, const ALA_time *date, NamedLog &file) {
-    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = checkHandleOfLog(handle, "ALA_Open"); valid != ALA_N_NORMAL)
         return valid;
     handle->plainDays.checkZone();
     ALA_retCode_t result = date == nullptr ? pathOfOldest(handle, file) : pathOfDate(handle, date, file);
@@ -76,7 +76,7 @@ ALA_retCode_t qvledger::openFile(ALA_handle_t handle, const ALA_time *date, Name
         return result;
     ALA_DETAIL("svrName: %s\n", handle->svrName);
     ALA_DETAIL("logName: %s\n", file.path.get());
-    result = convertPath(file);
+    result = convertName(file);
     if (result != ALA_N_NORMAL)
         return result;
     openPath(file);
@@ -133,7 +133,7 @@ ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
 
 ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_acctLogHandle) {
     const FuncTrace trace("ALA_Close");
-    if (const ALA_retCode_t valid = ALA__CheckHandleOfLog(in_alaHandle, "ALA_Close"); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = checkHandleOfLog(in_alaHandle, "ALA_Close"); valid != ALA_N_NORMAL)
         return valid;
     if (inoutp_acctLogHandle == nullptr)
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE,

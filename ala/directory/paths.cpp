@@ -8,10 +8,10 @@
 
 using namespace qvledger;
 
-__attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const char *givenFormat, ...) {
+__attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const char *pattern, ...) {
     std::va_list values;
-    va_start(values, givenFormat);
-    const int length = std::vsnprintf(nullptr, 0, givenFormat, values);
+    va_start(values, pattern);
+    const int length = std::vsnprintf(nullptr, 0, pattern, values);
     va_end(values);
     if (length < 0)
         return nullptr;
@@ -19,32 +19,30 @@ __attribute__((format(printf, 1, 2))) static Malloced<char> formatPath(const cha
     Malloced<char> path(static_cast<char *>(std::malloc(size)));
     if (path == nullptr)
         return nullptr;
-    va_start(values, givenFormat);
-    std::vsnprintf(path.get(), size, givenFormat, values);
+    va_start(values, pattern);
+    std::vsnprintf(path.get(), size, pattern, values);
     va_end(values);
     return path;
 }
 
-Malloced<char> ALA__PathInDirectory(const char *inp_directory, const char *inp_name) {
-    return formatPath("%s/%s", inp_directory, inp_name);
+Malloced<char> qvledger::pathInDirectory(const char *directory, const char *name) {
+    return formatPath("%s/%s", directory, name);
 }
 
-Malloced<char> ALA__CurrentLogPath(const char *inp_directory, const char *inp_server) {
-    return formatPath("%s/%s.current", inp_directory, inp_server);
+Malloced<char> qvledger::currentLogPath(const char *directory, const char *server) {
+    return formatPath("%s/%s.current", directory, server);
 }
 
-Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_server,
-                                 const ALA_time *inp_date) {
-    return formatPath("%s/%s.%.4d%.2d%.2d", inp_directory, inp_server, inp_date->year, inp_date->month,
-                      inp_date->day);
+Malloced<char> qvledger::datedLogPath(const char *directory, const char *server, const ALA_time *date) {
+    return formatPath("%s/%s.%.4d%.2d%.2d", directory, server, date->year, date->month, date->day);
 }
 
-Malloced<char> ALA__AsidePath(const char *inp_path) {
-    return formatPath("%s%s", inp_path, kAside.data());
+Malloced<char> qvledger::asidePath(const char *path) {
+    return formatPath("%s%s", path, kAside.data());
 }
 
-bool ALA__ConvertPath(const char *inp_path, Malloced<char> &outp_converted) {
+bool qvledger::convertPath(const char *path, Malloced<char> &converted) {
     std::uint32_t length = 0;
-    return FA_ConvertFilePath(inp_path, static_cast<std::uint32_t>(std::strlen(inp_path) + 1),
-                              TextOut(outp_converted), &length) == 0;
+    return FA_ConvertFilePath(path, static_cast<std::uint32_t>(std::strlen(path) + 1), TextOut(converted),
+                              &length) == 0;
 }

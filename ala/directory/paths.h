@@ -12,15 +12,14 @@ namespace qvledger {
 // its tail is too long.
 constexpr std::string_view kAside = ".being-deleted";
 
-} // namespace qvledger
-
-qvledger::Malloced<char> ALA__PathInDirectory(const char *inp_directory, const char *inp_name);
-qvledger::Malloced<char> ALA__CurrentLogPath(const char *inp_directory, const char *inp_server);
-qvledger::Malloced<char> ALA__DatedLogPath(const char *inp_directory, const char *inp_server,
-                                           const ALA_time *inp_date);
+Malloced<char> pathInDirectory(const char *directory, const char *name);
+Malloced<char> currentLogPath(const char *directory, const char *server);
+Malloced<char> datedLogPath(const char *directory, const char *server, const ALA_time *date);
 
 // The name that a log has for the moment before it is removed: its own one with kAside behind it.
-qvledger::Malloced<char> ALA__AsidePath(const char *inp_path);
+Malloced<char> asidePath(const char *path);
 
 // The path as the system's calls take it; false when FA_ConvertFilePath fails.
-bool ALA__ConvertPath(const char *inp_path, qvledger::Malloced<char> &outp_converted);
+bool convertPath(const char *path, Malloced<char> &converted);
+
+} // namespace qvledger

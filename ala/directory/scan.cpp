@@ -48,9 +48,9 @@ static ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const c
     }
 }
 
-void qvledger::visitDirectory(const char *givenPath, const char *prefix, EntryVisitor &visitor) {
+void qvledger::visitDirectory(const char *folder, const char *prefix, EntryVisitor &visitor) {
     Malloced<char> path;
-    const bool isConverted = ALA__ConvertPath(givenPath, path);
+    const bool isConverted = convertPath(folder, path);
     const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
     if (directory != nullptr)
         static_cast<void>(
@@ -62,33 +62,32 @@ namespace {
 // Passes on what is a log, with its date.
 class DatedLogs final : public EntryVisitor {
 public:
-    DatedLogs(const ScanRules &givenRules, LogVisitor &givenVisitor)
-        : rules(givenRules), visitor(givenVisitor) {}
+    DatedLogs(const ScanRules &rules, LogVisitor &visitor) : rules_(rules), visitor_(visitor) {}
 
     ALA_retCode_t visit(const FoundEntry &entry) override {
         if (isAside(entry.tail))
-            visitor.aside(entry.name);
+            visitor_.aside(entry.name);
         if (std::strlen(entry.tail) > kLongestTail)
             return ALA_N_NORMAL;
-        const Malloced<char> file = ALA__PathInDirectory(entry.directory, entry.name);
+        const Malloced<char> file = pathInDirectory(entry.directory, entry.name);
         if (file == nullptr)
-            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
+            return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules_.noMemory);
         std::int32_t date = 0;
         if (dateOfLog(entry.tail, file.get(), &date) == ALA_N_NORMAL)
-            return visitor.visit({entry.name, date});
+            return visitor_.visit({entry.name, date});
         if (date == kOffTheCalendar)
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                             "%s is left out: the time of its last change is off the calendar", file.get());
-        if (date == kOffTheCalendar || rules.notDated == nullptr)
+        if (date == kOffTheCalendar || rules_.notDated == nullptr)
             return ALA_N_NORMAL;
-        return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules.notDated);
+        return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules_.notDated);
     }
 
-    void cut(int error) override { visitor.cut(error); }
+    void cut(int error) override { visitor_.cut(error); }
 
 private:
-    const ScanRules &rules;
-    LogVisitor &visitor;
+    const ScanRules &rules_;
+    LogVisitor &visitor_;
 };
 
 } // namespace
@@ -101,7 +100,7 @@ ALA_retCode_t qvledger::scanLogs(const char *svrName, const char *acctLogPath, c
     if (prefix == nullptr)
         return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "%s", rules.noMemory);
     Malloced<char> path;
-    if (!ALA__ConvertPath(acctLogPath, path))
+    if (!convertPath(acctLogPath, path))
         return ALA_FAIL(ALA_A_UNKNOWN_ERR, "%s", rules.pathNotConverted);
     const Directory directory(SYSU_Opendir(path.get()));
     if (directory == nullptr) {

@@ -14,7 +14,7 @@ namespace qvledger {
 
 // The same for a log that is being read; its next item is the first record then.  On failure errno has the
 // system's reason if the file could not be read, else 0.
-ALA_retCode_t lookUpPermission(LogFile &inout_file, std::int32_t *accessOK, std::uint32_t *verNumber);
+ALA_retCode_t lookUpPermission(LogFile &file, std::int32_t *accessOK, std::uint32_t *verNumber);
 
 // Does the file begin as a log does, up to its access list?
 bool beginsAsLog(int fd);

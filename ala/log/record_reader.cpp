@@ -70,12 +70,12 @@ static ALA_retCode_t readCounts(LogFile &in, std::uint32_t verNum, const ReaderR
 }
 
 // The failure of a read inside the attributes; a count of values stands for "none read yet" as 0.
-static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t givenAttr, std::uint32_t givenNumAttr,
-                               std::uint32_t givenValue, std::uint32_t givenNumValues) {
-    const auto attr = static_cast<std::int32_t>(givenAttr);
-    const auto numAttr = static_cast<std::int32_t>(givenNumAttr);
-    const auto value = static_cast<std::int32_t>(givenValue);
-    const auto numValues = static_cast<std::int32_t>(givenNumValues);
+static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t attrIndex, std::uint32_t attrCount,
+                               std::uint32_t valueIndex, std::uint32_t valueCount) {
+    const auto attr = static_cast<std::int32_t>(attrIndex);
+    const auto numAttr = static_cast<std::int32_t>(attrCount);
+    const auto value = static_cast<std::int32_t>(valueIndex);
+    const auto numValues = static_cast<std::int32_t>(valueCount);
     return rules.isFirst
                ? ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE,
                           "(%d < %d) || (%d<%d in ALA_GetFirstJobRecord; ALA_A_FAIL_READ_LOG_FILE", attr,
@@ -209,7 +209,7 @@ static void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t
 static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *logHandle,
                                   ALA_record_t *jobRecord, const ReaderRules &rules) {
     *jobRecord = nullptr;
-    if (const ALA_retCode_t valid = ALA__CheckHandle(alaHandle, rules.operation); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = checkHandle(alaHandle, rules.operation); valid != ALA_N_NORMAL)
         return valid;
     if (logHandle == nullptr)
         return ALA_FAIL(ALA_A_INVALID_LOG_HANDLE, "inoutp_logHandle is NULL in %s; ALA_A_INVALID_LOG_HANDLE",
@@ -251,8 +251,8 @@ ALA_retCode_t ALA_GetNextJobRecord(ALA_handle_t in_alaHandle, ALA_acctLogHandle_
     return getJobRecord(in_alaHandle, inoutp_logHandle, outp_record, kNextRecord);
 }
 
-std::int32_t ALA_ReadError(ALA_acctLogHandle_t in_log) {
-    return in_log->readError;
+std::int32_t ALA_ReadError(ALA_acctLogHandle_t log) {
+    return log->readError;
 }
 
 ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record) {

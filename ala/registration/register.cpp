@@ -102,23 +102,21 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA_SetTimeForm(ALA_handle_t in_alaHandle, ALA_timeForm_t in_form) {
+ALA_retCode_t ALA_SetTimeForm(ALA_handle_t alaHandle, ALA_timeForm_t form) {
     const FuncTrace trace("ALA_SetTimeForm");
-    if (const ALA_retCode_t valid = ALA__CheckHandle(in_alaHandle, "ALA_SetTimeForm"); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = checkHandle(alaHandle, "ALA_SetTimeForm"); valid != ALA_N_NORMAL)
         return valid;
-    if (in_form != ALA_TIME_AS_REPORTED && in_form != ALA_TIME_ISO_8601)
-        return ALA_FAIL(ALA_A_INVALID_ARG, "in_form %d is none in ALA_SetTimeForm; ALA_A_INVALID_ARG",
-                        in_form);
-    in_alaHandle->timeForm = in_form;
+    if (form != ALA_TIME_AS_REPORTED && form != ALA_TIME_ISO_8601)
+        return ALA_FAIL(ALA_A_INVALID_ARG, "form %d is none in ALA_SetTimeForm; ALA_A_INVALID_ARG", form);
+    alaHandle->timeForm = form;
     return ALA_N_NORMAL;
 }
 
 ALA_retCode_t ALA_Unregister(ALA_handle_t *inoutp_alaHandle) {
     const FuncTrace trace("ALA_Unregister");
     if (inoutp_alaHandle == nullptr)
-        return ALA__CheckHandle(nullptr, "ALA_Unregister");
-    if (const ALA_retCode_t valid = ALA__CheckHandle(*inoutp_alaHandle, "ALA_Unregister");
-        valid != ALA_N_NORMAL)
+        return checkHandle(nullptr, "ALA_Unregister");
+    if (const ALA_retCode_t valid = checkHandle(*inoutp_alaHandle, "ALA_Unregister"); valid != ALA_N_NORMAL)
         return valid;
 
     const Owned<handleData> handle(*inoutp_alaHandle);

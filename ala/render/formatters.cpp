@@ -41,7 +41,7 @@ void ALA__DeltaTimeToAscii(STF_l__hdr *, void *, Text &inout_buf, const GEN_delt
 
 void ALA__DocFormatToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
                            const GEN_documentFormat *dfp) {
-    if (!ALA__AddStrippedName(inoutp_status, in_handle, buf, dfp->format))
+    if (!addStrippedName(inoutp_status, in_handle, buf, dfp->format))
         buf.add(' ');
 }
 
@@ -54,7 +54,7 @@ void ALA__EdgeToAscii(STF_l__hdr *, void *, Text &in_buff, const GEN_edge_t *inp
 void ALA__FinishingToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_finishing *ip) {
     if (ip == nullptr)
         return buf.add("<null>");
-    if (ip->finishingMessage_o != nullptr && ALA__AddText(inoutp_status, buf, ip->finishingMessage_o))
+    if (ip->finishingMessage_o != nullptr && addText(inoutp_status, buf, ip->finishingMessage_o))
         buf.add(' ');
     if (ip->choice == GEN_FINISHING_NAMED)
         ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &ip->u.named);
@@ -65,7 +65,7 @@ void ALA__FontReferenceToAscii(STF_l__hdr *inoutp_status, void *, Text &buf, con
         return buf.add("<null>");
     if (ip->choice != GEN_SIMPLE_FONT_NAME)
         return buf.add("font reference not a simple name");
-    ALA__AddSimpleName(inoutp_status, buf, &ip->u.simpleFontName);
+    addSimpleName(inoutp_status, buf, &ip->u.simpleFontName);
 }
 
 void ALA__mediaConsumedToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
@@ -107,7 +107,7 @@ void ALA__PageIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf
     case GEN_NOMINAL_PAGE_NUM:
         return buf.addNumber(static_cast<std::int32_t>(ip->u.nominalPageNum));
     case GEN_ALPHANUMERIC_PAGE_NUM:
-        return ALA__AddSimpleName(inoutp_status, buf, &ip->u.alphanumericPageNum);
+        return addSimpleName(inoutp_status, buf, &ip->u.alphanumericPageNum);
     case GEN_PAGE_TAG:
         return ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &ip->u.pageTag);
     default:

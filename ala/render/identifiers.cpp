@@ -9,9 +9,8 @@ using namespace qvledger;
 const RenderFailure *qvledger::renderOid(Rendering &rendering, const GEN_oid_t &value) {
     static constexpr RenderFailure kUnknown = {
         ALA_A_OID_ERROR, "ALA__IdentToAsciiStripped failed for oid: %s in ALA__GetAttribute"};
-    return ALA__AddStrippedName(rendering.status, *rendering.context.oidHandle, rendering.text, value)
-               ? nullptr
-               : &kUnknown;
+    return addStrippedName(rendering.status, *rendering.context.oidHandle, rendering.text, value) ? nullptr
+                                                                                                  : &kUnknown;
 }
 
 // All elements in one value, separated by a space.

@@ -6,10 +6,10 @@
 
 namespace qvledger {
 
-const RenderFailure *renderOid(Rendering &inout_rendering, const GEN_oid_t &in_value);
-const RenderFailure *renderNameOrOidSeq(Rendering &inout_rendering, const GEN_nameOrOidSeq &in_head);
-const RenderFailure *renderPageSelectSeq(Rendering &inout_rendering, const GEN_pageSelectSeq &in_head);
-const RenderFailure *renderMediaConsumedSeq(Rendering &inout_rendering, const GEN_mediaConsumedSeq &in_head);
-const RenderFailure *renderSetOfObjId(Rendering &inout_rendering, const GEN_setOfObjId &in_head);
+const RenderFailure *renderOid(Rendering &rendering, const GEN_oid_t &value);
+const RenderFailure *renderNameOrOidSeq(Rendering &rendering, const GEN_nameOrOidSeq &head);
+const RenderFailure *renderPageSelectSeq(Rendering &rendering, const GEN_pageSelectSeq &head);
+const RenderFailure *renderMediaConsumedSeq(Rendering &rendering, const GEN_mediaConsumedSeq &head);
+const RenderFailure *renderSetOfObjId(Rendering &rendering, const GEN_setOfObjId &head);
 
 } // namespace qvledger

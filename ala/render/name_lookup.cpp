@@ -18,29 +18,28 @@ static bool isNumberedClass(std::uint8_t classNumber) {
     return false;
 }
 
-const char *ALA__StrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
-                              char (&outp_buffer)[OID_NAME_SIZE]) {
+const char *qvledger::strippedName(STF_l__hdr *status, void *handle, GEN_oid_t shortOID,
+                                   char (&buffer)[OID_NAME_SIZE]) {
     std::uint8_t tmp_out_chars[OID_CLASS_SIZE] = {};
-    if (OID_LookupShort(inoutp_status, in_handle, in_shortOID, outp_buffer, tmp_out_chars) != 0)
+    if (OID_LookupShort(status, handle, shortOID, buffer, tmp_out_chars) != 0)
         return nullptr;
-    if (!isNumberedClass(tmp_out_chars[1]) || std::isdigit(static_cast<unsigned char>(outp_buffer[0])) == 0)
-        return outp_buffer;
-    const auto *hyphen = _mbschr(reinterpret_cast<const unsigned char *>(outp_buffer), '-');
-    return hyphen != nullptr ? reinterpret_cast<const char *>(hyphen) + 1 : outp_buffer;
+    if (!isNumberedClass(tmp_out_chars[1]) || std::isdigit(static_cast<unsigned char>(buffer[0])) == 0)
+        return buffer;
+    const auto *hyphen = _mbschr(reinterpret_cast<const unsigned char *>(buffer), '-');
+    return hyphen != nullptr ? reinterpret_cast<const char *>(hyphen) + 1 : buffer;
 }
 
 char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID) {
     char tempName[OID_NAME_SIZE];
-    const char *name = ALA__StrippedName(inoutp_status, in_handle, in_shortOID, tempName);
+    const char *name = strippedName(inoutp_status, in_handle, in_shortOID, tempName);
     return name != nullptr ? _strdup(name) : nullptr;
 }
 
-bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, Text &inoutp_text,
-                          GEN_oid_t in_shortOID) {
+bool qvledger::addStrippedName(STF_l__hdr *status, void *handle, Text &text, GEN_oid_t shortOID) {
     char tempName[OID_NAME_SIZE];
-    const char *name = ALA__StrippedName(inoutp_status, in_handle, in_shortOID, tempName);
+    const char *name = strippedName(status, handle, shortOID, tempName);
     if (name != nullptr)
-        inoutp_text.add(name);
+        text.add(name);
     return name != nullptr;
 }
 
@@ -59,26 +58,25 @@ char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip
     return GENU_ExtractSimpleName(inoutp_status, &name, ip, 0) == 0 ? name : nullptr;
 }
 
-void ALA__AddSimpleName(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_simpleName *ip) {
-    const Malloced<char> name(ALA__SimpleNameToAscii(inoutp_status, ip));
+void qvledger::addSimpleName(STF_l__hdr *status, Text &text, const GEN_simpleName *ip) {
+    const Malloced<char> name(ALA__SimpleNameToAscii(status, ip));
     if (name != nullptr)
-        inoutp_text.add(name.get());
+        text.add(name.get());
     else if (ip->choice >= GEN_ISO_646_IRV && ip->choice <= GEN_OTHER_CODE_SET)
-        inoutp_text.fail(); // a name that there is was not to be had
+        text.fail(); // a name that there is was not to be had
 }
 
-bool ALA__AddText(STF_l__hdr *inoutp_status, Text &inoutp_text, const GEN_text *ip) {
-    Malloced<char> text;
-    const std::int32_t result = GENU_ExtractText(inoutp_status, TextOut(text), ip, 0);
-    return addExtracted(result, text, inoutp_text);
+bool qvledger::addText(STF_l__hdr *status, Text &text, const GEN_text *ip) {
+    Malloced<char> extracted;
+    const std::int32_t result = GENU_ExtractText(status, TextOut(extracted), ip, 0);
+    return addExtracted(result, extracted, text);
 }
 
 void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_nameOrOid *ip) {
     if (ip->choice == GEN_GLOBAL_FORM)
-        static_cast<void>(
-            ALA__AddStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm)); // or nothing
+        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm)); // or nothing
     else if (ip->choice == GEN_LOCAL_FORM)
-        ALA__AddSimpleName(inoutp_status, buf, &ip->u.localForm);
+        addSimpleName(inoutp_status, buf, &ip->u.localForm);
 }
 
 static void addDistName(STF_l__hdr *status, const GEN_distNameString *ip, Text &buf) {
@@ -103,7 +101,7 @@ void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &b
         }
         return;
     case GEN_OBJ_ID_OID:
-        static_cast<void>(ALA__AddStrippedName(inoutp_status, in_handle, buf, u.objIdOID)); // or nothing
+        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, u.objIdOID)); // or nothing
         return;
     case GEN_OBJ_ID_DIST_NAME:
         return addDistName(inoutp_status, &u.objIdDistName, buf);
@@ -112,7 +110,7 @@ void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &b
     case GEN_OBJ_ID_NAME_OR_OID:
         return ALA__NameOrOidToAscii(inoutp_status, in_handle, buf, &u.objIdNameOrOid);
     case GEN_OBJ_ID_SIMPLE_NAME:
-        return ALA__AddSimpleName(inoutp_status, buf, &u.objIdSimpleName);
+        return addSimpleName(inoutp_status, buf, &u.objIdSimpleName);
     default:
         return buf.add("unknown object identification choice");
     }

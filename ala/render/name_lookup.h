@@ -21,26 +21,24 @@ inline void copyName(const char *name, std::size_t length, char *buffer) {
         std::memcpy(buffer + kUsualName, name + kUsualName, length + 1 - kUsualName);
 }
 
+// The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
+// first hyphen.  The pointer lies in buffer, and is null when the database does not know the identifier.
+const char *strippedName(STF_l__hdr *status, void *handle, GEN_oid_t shortOID, char (&buffer)[OID_NAME_SIZE]);
+
+// Appends that name; false if there is none.
+bool addStrippedName(STF_l__hdr *status, void *handle, Text &text, GEN_oid_t shortOID);
+
+// Append the text of a record, or nothing if it has none; addText then gives false.
+void addSimpleName(STF_l__hdr *status, Text &text, const GEN_simpleName *ip);
+bool addText(STF_l__hdr *status, Text &text, const GEN_text *ip);
+
 } // namespace qvledger
 
-// The name of a short identifier; a name of class 4 or 1 that begins with a digit loses everything up to its
-// first hyphen.  The pointer lies in outp_buffer, and is null when the database does not know the identifier.
-const char *ALA__StrippedName(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID,
-                              char (&outp_buffer)[OID_NAME_SIZE]);
-
-// The same as a new string, or null.
+// The name that strippedName gives as a new string, or null.
 char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID);
-
-// Appends it; false when there is none.
-bool ALA__AddStrippedName(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &inoutp_text,
-                          GEN_oid_t in_shortOID);
 
 // The text of a name as a new string, or null.
 char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip);
-
-// Append the text of a record, or nothing if it has none; ALA__AddText then gives false.
-void ALA__AddSimpleName(STF_l__hdr *inoutp_status, qvledger::Text &inoutp_text, const GEN_simpleName *ip);
-bool ALA__AddText(STF_l__hdr *inoutp_status, qvledger::Text &inoutp_text, const GEN_text *ip);
 
 void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,
                            const GEN_nameOrOid *ip);

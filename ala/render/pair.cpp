@@ -265,12 +265,12 @@ ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char 
     return ALA_N_NORMAL;
 }
 
-ALA_retCode_t ALA_GetAttributeType(const ALA_attrPair *inp_attribute, uint32_t *outp_valueType,
-                                   ALA_valueKind_t *outp_kind) {
-    if (inp_attribute == nullptr || outp_valueType == nullptr || outp_kind == nullptr)
+ALA_retCode_t ALA_GetAttributeType(const ALA_attrPair *attribute, uint32_t *valueType,
+                                   ALA_valueKind_t *kind) {
+    if (attribute == nullptr || valueType == nullptr || kind == nullptr)
         return ALA_FAIL(ALA_A_INVALID_ARG, "an address is NULL in ALA_GetAttributeType; ALA_A_INVALID_ARG");
-    *outp_valueType = reinterpret_cast<const PairBlock *>(inp_attribute)->type;
-    const ValueType *row = findValueType(*outp_valueType);
-    *outp_kind = row != nullptr ? row->kind : ALA_KIND_TEXT;
+    *valueType = reinterpret_cast<const PairBlock *>(attribute)->type;
+    const ValueType *row = findValueType(*valueType);
+    *kind = row != nullptr ? row->kind : ALA_KIND_TEXT;
     return ALA_N_NORMAL;
 }

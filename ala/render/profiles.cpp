@@ -14,10 +14,10 @@ static bool hasText(const GEN_deliveryAddress *address) {
 }
 
 // Appends the address and behind; false when it has no text.
-static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *givenAddress, const char *behind) {
-    const Malloced<char> address(ALA__DAToAscii(rendering.status, givenAddress));
+static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, const char *behind) {
+    const Malloced<char> address(ALA__DAToAscii(rendering.status, record));
     if (address == nullptr) {
-        if (hasText(givenAddress))
+        if (hasText(record))
             rendering.text.fail();
         return false;
     }
@@ -37,7 +37,7 @@ static void endItem(bool there, Text &text) {
 }
 
 static void addOidItem(Rendering &rendering, GEN_oid_t oid) {
-    endItem(ALA__AddStrippedName(rendering.status, *rendering.context.oidHandle, rendering.text, oid),
+    endItem(addStrippedName(rendering.status, *rendering.context.oidHandle, rendering.text, oid),
             rendering.text);
 }
 
@@ -70,7 +70,7 @@ const RenderFailure *qvledger::renderEventHandlingProfile(Rendering &rendering,
     else
         endItem(false, text);
     endItem(profile.ehpEventComment_o != nullptr &&
-                ALA__AddText(rendering.status, text, profile.ehpEventComment_o),
+                addText(rendering.status, text, profile.ehpEventComment_o),
             text);
     if (profile.ehpDeliveryAddr_o == nullptr)
         endItem(false, text);
@@ -100,11 +100,11 @@ const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const 
     if (profile.deliveryMethod_o == nullptr)
         text.add("NULL");
     else
-        ALA__AddStrippedName(status, *rendering.context.oidHandle, text,
-                             *profile.deliveryMethod_o); // or nothing
+        addStrippedName(status, *rendering.context.oidHandle, text,
+                        *profile.deliveryMethod_o); // or nothing
 
     text.add(' ');
-    if (profile.resultsSetComment_o == nullptr || !ALA__AddText(status, text, profile.resultsSetComment_o))
+    if (profile.resultsSetComment_o == nullptr || !addText(status, text, profile.resultsSetComment_o))
         text.add("NULL");
     text.add(' ');
     if (!addAddress(rendering, profile.deliveryAddress_o, " "))

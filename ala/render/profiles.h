@@ -6,10 +6,9 @@
 
 namespace qvledger {
 
-const RenderFailure *renderEventHandlingProfile(Rendering &inout_rendering,
-                                                const GEN_eventHandlingProfile &in_value);
-const RenderFailure *renderIgnoredAttribute(Rendering &inout_rendering, const GEN_ignoredAttribute &in_value);
-const RenderFailure *renderResultsProfile(Rendering &inout_rendering, const GEN_resultsProfile &in_value);
-const RenderFailure *renderDeliveryAddress(Rendering &inout_rendering, const GEN_deliveryAddress &in_value);
+const RenderFailure *renderEventHandlingProfile(Rendering &rendering, const GEN_eventHandlingProfile &value);
+const RenderFailure *renderIgnoredAttribute(Rendering &rendering, const GEN_ignoredAttribute &value);
+const RenderFailure *renderResultsProfile(Rendering &rendering, const GEN_resultsProfile &value);
+const RenderFailure *renderDeliveryAddress(Rendering &rendering, const GEN_deliveryAddress &value);
 
 } // namespace qvledger

@@ -53,7 +53,7 @@ const RenderFailure *qvledger::renderTime(Rendering &rendering, const GEN_genera
                                               "ALA__GeneralizedTimeToAscii failed in ALA__GetAttribute"};
     if (rendering.context.timeForm == ALA_TIME_ISO_8601) {
         char text[kIsoTimeSize];
-        const std::string_view shown = ALA__IsoTime(value, text);
+        const std::string_view shown = isoTime(value, text);
         rendering.text.add(shown);
         return shown.empty() ? &kNoLocalTime : nullptr;
     }
@@ -63,7 +63,7 @@ const RenderFailure *qvledger::renderTime(Rendering &rendering, const GEN_genera
         ALA__GeneralizedToLocalTime(&value, &localTime) != 0)
         return &kNoLocalTime;
     char clock[kClockTimeSize];
-    if (const std::string_view shown = ALA__ClockTime(localTime, clock); !shown.empty()) {
+    if (const std::string_view shown = clockTime(localTime, clock); !shown.empty()) {
         rendering.text.add(shown);
         return nullptr;
     }

@@ -6,12 +6,12 @@
 
 namespace qvledger {
 
-const RenderFailure *renderBoolean(Rendering &inout_rendering, const GEN_boolean_t &in_value);
-const RenderFailure *renderInt(Rendering &inout_rendering, const std::int32_t &in_value);
-const RenderFailure *renderShort(Rendering &inout_rendering, const std::int16_t &in_value);
-const RenderFailure *renderReal(Rendering &inout_rendering, const double &in_value);
-const RenderFailure *renderCardinal64(Rendering &inout_rendering, const GEN_cardinal64 &in_value);
-const RenderFailure *renderPageOrder(Rendering &inout_rendering, const GEN_pageOrderType_t &in_value);
-const RenderFailure *renderTime(Rendering &inout_rendering, const GEN_generalizedTime &in_value);
+const RenderFailure *renderBoolean(Rendering &rendering, const GEN_boolean_t &value);
+const RenderFailure *renderInt(Rendering &rendering, const std::int32_t &value);
+const RenderFailure *renderShort(Rendering &rendering, const std::int16_t &value);
+const RenderFailure *renderReal(Rendering &rendering, const double &value);
+const RenderFailure *renderCardinal64(Rendering &rendering, const GEN_cardinal64 &value);
+const RenderFailure *renderPageOrder(Rendering &rendering, const GEN_pageOrderType_t &value);
+const RenderFailure *renderTime(Rendering &rendering, const GEN_generalizedTime &value);
 
 } // namespace qvledger

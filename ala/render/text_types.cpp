@@ -43,7 +43,7 @@ static bool addDistName(Rendering &rendering, const GEN_distNameString &name) {
                               name.name_syntax_o);
         rendering.text.add(':');
     }
-    return ALA__AddText(rendering.status, rendering.text, &name.name);
+    return addText(rendering.status, rendering.text, &name.name);
 }
 
 // The value shows all of it or nothing.

@@ -6,10 +6,10 @@
 
 namespace qvledger {
 
-const RenderFailure *renderOctets(Rendering &inout_rendering, const GEN_string &in_value);
-const RenderFailure *renderText(Rendering &inout_rendering, const GEN_text &in_value);
-const RenderFailure *renderSimpleName(Rendering &inout_rendering, const GEN_simpleName &in_value);
-const RenderFailure *renderDistName(Rendering &inout_rendering, const GEN_distNameString &in_value);
-const RenderFailure *renderDistNameSeq(Rendering &inout_rendering, const GEN_distNameStringSeq &in_head);
+const RenderFailure *renderOctets(Rendering &rendering, const GEN_string &value);
+const RenderFailure *renderText(Rendering &rendering, const GEN_text &value);
+const RenderFailure *renderSimpleName(Rendering &rendering, const GEN_simpleName &value);
+const RenderFailure *renderDistName(Rendering &rendering, const GEN_distNameString &value);
+const RenderFailure *renderDistNameSeq(Rendering &rendering, const GEN_distNameStringSeq &head);
 
 } // namespace qvledger

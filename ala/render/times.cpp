@@ -126,24 +126,24 @@ static char *putDigits(char *text, std::int32_t number, std::int32_t digits) {
     return text + digits;
 }
 
-std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time, char (&outp_text)[kClockTimeSize]) {
-    const std::int32_t fullYear = yearForTm(in_time) + kTmEpoch;
+std::string_view qvledger::clockTime(const GEN_generalizedTime &time, char (&text)[kClockTimeSize]) {
+    const std::int32_t fullYear = yearForTm(time) + kTmEpoch;
     const auto isPair = [](std::int32_t number) { return number >= 0 && number <= 99; };
-    if (fullYear < 0 || fullYear > 9999 || !isPair(in_time.month) || !isPair(in_time.day) ||
-        !isPair(in_time.hour) || !isPair(in_time.minute) || !isPair(in_time.second))
+    if (fullYear < 0 || fullYear > 9999 || !isPair(time.month) || !isPair(time.day) || !isPair(time.hour) ||
+        !isPair(time.minute) || !isPair(time.second))
         return {};
-    char *at = putDigits(outp_text, in_time.month, 2);
+    char *at = putDigits(text, time.month, 2);
     *at++ = '/';
-    at = putDigits(at, in_time.day, 2);
+    at = putDigits(at, time.day, 2);
     *at++ = '/';
     at = putDigits(at, fullYear, 4);
     *at++ = ' ';
-    at = putDigits(at, in_time.hour, 2);
+    at = putDigits(at, time.hour, 2);
     *at++ = ':';
-    at = putDigits(at, in_time.minute, 2);
+    at = putDigits(at, time.minute, 2);
     *at++ = ':';
-    at = putDigits(at, in_time.second, 2);
-    return {outp_text, at};
+    at = putDigits(at, time.second, 2);
+    return {text, at};
 }
 
 // All of it is digits, which no locale changes: the process's stays as it is, for other threads' sake.
@@ -167,7 +167,7 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
     if (!lock.isLocked())
         return 1;
     char clock[kClockTimeSize];
-    if (const std::string_view shown = ALA__ClockTime(*inp_gt, clock); !shown.empty()) {
+    if (const std::string_view shown = clockTime(*inp_gt, clock); !shown.empty()) {
         text.get()[shown.copy(text.get(), kTimeSize - 1)] = '\0';
     } else {
         time.tm_wday = ALA__GetDayOfWk(inp_gt->year, inp_gt->month, inp_gt->day);
@@ -180,8 +180,8 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
     return 0;
 }
 
-std::string_view ALA__IsoTime(const GEN_generalizedTime &in_utc, char (&outp_text)[kIsoTimeSize]) {
-    const std::time_t instant = instantOfUtc(in_utc);
+std::string_view qvledger::isoTime(const GEN_generalizedTime &utc, char (&text)[kIsoTimeSize]) {
+    const std::time_t instant = instantOfUtc(utc);
     std::tm local = {};
     if (SYSU_Localtime_r(&instant, &local) == nullptr)
         return {};
@@ -192,12 +192,12 @@ std::string_view ALA__IsoTime(const GEN_generalizedTime &in_utc, char (&outp_tex
     static_cast<void>(gmtime_s(&local, &shown));
     const int year = local.tm_year + kTmEpoch;
     const int size =
-        std::snprintf(outp_text, kIsoTimeSize,
+        std::snprintf(text, kIsoTimeSize,
                       year >= 0 && year <= 9999 ? "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d"
                                                 : "%+07d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d",
                       year, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
                       offset < 0 ? '-' : '+', std::abs(offset) / 60, std::abs(offset) % 60);
-    return {outp_text, static_cast<std::size_t>(size)};
+    return {text, static_cast<std::size_t>(size)};
 }
 
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day) {

@@ -29,23 +29,21 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
 namespace qvledger {
 
 // The same on a plain day, without a lock and without a conversion.  False on any other day.
-bool localOnPlainDay(PlainDays &inout_days, const GEN_generalizedTime &in_time,
-                     GEN_generalizedTime *outp_localTime);
+bool localOnPlainDay(PlainDays &days, const GEN_generalizedTime &time, GEN_generalizedTime *localTime);
 
 // Bytes of the buffers for a time's text.
 constexpr std::size_t kClockTimeSize = 19;
 constexpr std::size_t kIsoTimeSize = 32;
 
-} // namespace qvledger
-
 // The same text of a time that a clock can show, in the caller's buffer, without a lock and without the C
 // library: it is made of digits, which no locale changes.  Empty for any other time.
-std::string_view ALA__ClockTime(const GEN_generalizedTime &in_time,
-                                char (&outp_text)[qvledger::kClockTimeSize]);
+std::string_view clockTime(const GEN_generalizedTime &time, char (&text)[kClockTimeSize]);
 
 // The same instant by the process's time zone, "YYYY-MM-DDTHH:MM:SS+HH:MM" with the zone's offset then.  A
 // year outside 0 to 9999 has a sign and six digits.  Empty when the zone has no such time.
-std::string_view ALA__IsoTime(const GEN_generalizedTime &in_utc, char (&outp_text)[qvledger::kIsoTimeSize]);
+std::string_view isoTime(const GEN_generalizedTime &utc, char (&text)[kIsoTimeSize]);
+
+} // namespace qvledger
 
 // Day of the week in the Gregorian calendar, 0 for Sunday.
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day);

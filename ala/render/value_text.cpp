@@ -5,19 +5,19 @@
 using namespace qvledger;
 
 bool Text::grow(std::size_t added) {
-    const std::size_t wanted = std::max(length + added, 2 * capacity);
-    const bool wasElsewhere = own == nullptr;
-    if (!resize(own, wanted))
+    const std::size_t wanted = std::max(length_ + added, 2 * capacity_);
+    const bool wasElsewhere = own_ == nullptr;
+    if (!resize(own_, wanted))
         return false;
     if (wasElsewhere)
-        std::memcpy(own.get(), text, length);
-    text = own.get();
-    capacity = wanted;
+        std::memcpy(own_.get(), text_, length_);
+    text_ = own_.get();
+    capacity_ = wanted;
     return true;
 }
 
 void Text::replace(char *string) {
-    own.reset(string);
-    text = string;
-    capacity = length = std::strlen(string);
+    own_.reset(string);
+    text_ = string;
+    capacity_ = length_ = std::strlen(string);
 }

@@ -15,13 +15,13 @@ namespace qvledger {
 // it was, later additions are dropped, and failed() is true.
 class Text {
 public:
-    Text(char *room, std::size_t size) : text(room), capacity(size) {}
+    Text(char *room, std::size_t size) : text_(room), capacity_(size) {}
 
     void add(std::string_view added) {
-        if (noMemory || (added.size() > capacity - length && !grow(added.size()))) [[unlikely]]
+        if (noMemory_ || (added.size() > capacity_ - length_ && !grow(added.size()))) [[unlikely]]
             return fail();
-        std::memcpy(text + length, added.data(), added.size());
-        length += added.size();
+        std::memcpy(text_ + length_, added.data(), added.size());
+        length_ += added.size();
     }
     void add(char character) { add(std::string_view(&character, 1)); }
     // The characters up to a NUL, at most size.
@@ -38,19 +38,19 @@ public:
     // Becomes a text from malloc, which is taken over.
     void replace(char *string);
 
-    void clear() { length = 0; }
-    void fail() { noMemory = true; }
-    bool failed() const { return noMemory; }
-    std::string_view view() const { return {text, length}; }
+    void clear() { length_ = 0; }
+    void fail() { noMemory_ = true; }
+    bool failed() const { return noMemory_; }
+    std::string_view view() const { return {text_, length_}; }
 
 private:
     bool grow(std::size_t added);
 
-    Malloced<char> own;
-    char *text;           // in own or in the maker's buffer
-    std::size_t capacity; // bytes
-    std::size_t length = 0;
-    bool noMemory = false;
+    Malloced<char> own_;
+    char *text_;           // in own or in the maker's buffer
+    std::size_t capacity_; // bytes
+    std::size_t length_ = 0;
+    bool noMemory_ = false;
 };
 
 } // namespace qvledger

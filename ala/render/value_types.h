@@ -34,7 +34,7 @@ struct RenderContext {
 
 // One value on its way to text.
 struct Rendering {
-    explicit Rendering(const RenderContext &givenContext) : context(givenContext) {}
+    explicit Rendering(const RenderContext &of) : context(of) {}
 
     const RenderContext &context;
     StatusList status;

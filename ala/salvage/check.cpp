@@ -30,11 +30,11 @@ void CloseChecked::operator()(CheckedLog *log) const {
 }
 
 static CheckResult openFile(ALA_handle_t handle, const char *name, std::int32_t *fd) {
-    const Malloced<char> path = ALA__PathInDirectory(handle->acctLogPath, name);
+    const Malloced<char> path = pathInDirectory(handle->acctLogPath, name);
     if (path == nullptr)
         return {CheckOutcome::Failed, ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory for the path of %s", name), 0};
     Malloced<char> converted;
-    if (!ALA__ConvertPath(path.get(), converted))
+    if (!convertPath(path.get(), converted))
         return {CheckOutcome::Failed, ALA_FAIL(ALA_A_UNKNOWN_ERR, "the path of %s cannot be converted", name),
                 0};
     *fd = SYSU_Open(converted.get(), 0);
@@ -113,7 +113,7 @@ static CheckResult headerFailure(const CheckedLog &log, const char *name, ALA_re
 CheckResult qvledger::openToCheck(ALA_handle_t handle, const char *name, OpenCheckedLog &opened) {
     const FuncTrace trace("openToCheck");
     opened.reset();
-    if (const ALA_retCode_t valid = ALA__CheckHandle(handle, "openToCheck"); valid != ALA_N_NORMAL)
+    if (const ALA_retCode_t valid = checkHandle(handle, "openToCheck"); valid != ALA_N_NORMAL)
         return {CheckOutcome::Failed, valid, 0};
     handle->plainDays.checkZone();
     OpenCheckedLog log(new (std::nothrow) CheckedLog);
@@ -152,20 +152,20 @@ static const char *textOf(Fault fault) {
     case Fault::TooCostly: // not where a record is expected
         break;
     case Fault::BadEnd:
-        return "a record without what should be behind it";
+        return "no record or end of file after the record";
     case Fault::PastEnd:
     case Fault::CutOff:
         return "the file ends inside a record";
     case Fault::ZeroCount:
         return "a record without attributes";
     case Fault::BadCounts:
-        return "counts of attributes that cannot be";
+        return "impossible attribute counts";
     case Fault::BadIdentifier:
         return "an attribute without an object identifier";
     case Fault::BadLength:
-        return "a length of a value that cannot be";
+        return "invalid value length";
     case Fault::BadValue:
-        return "a value that is none of its type";
+        return "value does not match its type";
     case Fault::MoreAttributes:
         return "more attributes than the record counts";
     }

@@ -16,33 +16,33 @@ namespace {
 // A file that has its name once it is whole, and is gone otherwise.
 class NewFile {
 public:
-    explicit NewFile(const char *givenPath) : path(givenPath) {
+    explicit NewFile(const char *path) : path_(path) {
         // Not made from the log's own name, which may be as long as a name can be.
-        const std::string folder = path.substr(0, path.rfind('/') + 1);
+        const std::string folder = path_.substr(0, path_.rfind('/') + 1);
         const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
-        partPath = firstPath;
-        file.reset(OS_MakeFile(partPath.c_str()));
+        partPath_ = firstPath;
+        file_.reset(OS_MakeFile(partPath_.c_str()));
         // Killed runs whose number this one has been given may have left theirs.
-        for (int left = 1; left <= kMostLeft && !file.isOpen() && errno == EEXIST; ++left) {
-            partPath = firstPath + "." + std::to_string(left);
-            file.reset(OS_MakeFile(partPath.c_str()));
+        for (int left = 1; left <= kMostLeft && !file_.isOpen() && errno == EEXIST; ++left) {
+            partPath_ = firstPath + "." + std::to_string(left);
+            file_.reset(OS_MakeFile(partPath_.c_str()));
         }
     }
     ~NewFile() {
         const int error = errno;
-        if (file.isOpen() && !named)
-            static_cast<void>(_unlink(partPath.c_str()));
+        if (file_.isOpen() && !named_)
+            static_cast<void>(_unlink(partPath_.c_str()));
         errno = error;
     }
     NewFile(const NewFile &) = delete;
     NewFile &operator=(const NewFile &) = delete;
 
-    bool isOpen() const { return file.isOpen(); }
-    int descriptor() const { return file.get(); }
+    bool isOpen() const { return file_.isOpen(); }
+    int descriptor() const { return file_.get(); }
 
     bool write(const std::uint8_t *bytes, std::size_t size) {
         for (std::size_t done = 0; done < size;) {
-            const int put = _write(file.get(), bytes + done, static_cast<unsigned>(size - done));
+            const int put = _write(file_.get(), bytes + done, static_cast<unsigned>(size - done));
             if (put < 0 && errno == EINTR)
                 continue;
             if (put <= 0)
@@ -56,23 +56,23 @@ public:
     bool finish() {
         int synced = 0;
         do
-            synced = _commit(file.get());
+            synced = _commit(file_.get());
         while (synced != 0 && errno == EINTR);
         if (synced != 0)
             return false;
-        const int moved = OS_NameNewFile(partPath.c_str(), path.c_str());
+        const int moved = OS_NameNewFile(partPath_.c_str(), path_.c_str());
         if (moved == OS_TAKEN)
             errno = EEXIST;
-        named = moved == OS_DONE;
-        return named;
+        named_ = moved == OS_DONE;
+        return named_;
     }
 
 private:
     static constexpr int kMostLeft = 1000;
 
-    std::string path, partPath;
-    Descriptor file;
-    bool named = false;
+    std::string path_, partPath_;
+    Descriptor file_;
+    bool named_ = false;
 };
 
 } // namespace

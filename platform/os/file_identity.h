@@ -15,20 +15,20 @@ struct OS_fileIdentity {
 };
 
 // Two with the same device and number are one.
-inline bool OS_IsSameFile(const OS_fileIdentity &in_one, const OS_fileIdentity &in_two) {
-    return in_one.device == in_two.device && in_one.number == in_two.number;
+inline bool OS_IsSameFile(const OS_fileIdentity &one, const OS_fileIdentity &two) {
+    return one.device == two.device && one.number == two.number;
 }
 
 extern "C" {
 
 // 0, or -1 when there is no such file.  OS_IdentifyName looks at a symbolic link itself, OS_IdentifyTarget
 // behind it.
-int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity);
-int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity);
-int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity);
+int OS_IdentifyDescriptor(int fd, OS_fileIdentity *identity);
+int OS_IdentifyName(const char *path, OS_fileIdentity *identity);
+int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity);
 
 // OS_IdentifyDescriptor for a file whose later changes shall all show.  File times advance in steps, so a
 // file that was changed just now is looked at again when the step is over.
-int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity);
+int OS_IdentifySettled(int fd, OS_fileIdentity *identity);
 
 } // extern "C"

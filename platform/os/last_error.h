@@ -21,7 +21,7 @@ constexpr LONG ERROR_NONE_MAPPED = 1332;
 extern "C" {
 
 DWORD GetLastError();
-void SetLastError(DWORD in_error);
+void SetLastError(DWORD error);
 
 } // extern "C"
 

@@ -15,14 +15,14 @@ enum class OS_outputKind : std::uint8_t {
 
 extern "C" {
 
-OS_outputKind OS_KindOfOutput(int in_fd);
+OS_outputKind OS_KindOfOutput(int fd);
 
 // Makes all later writes through the descriptor, if it leads to a file, go to the file's end; so do those of
 // programs that share the descriptor.  0, or -1.
-int OS_WriteAtEnd(int in_fd);
+int OS_WriteAtEnd(int fd);
 
 // How many bytes the reader of a pipe or local socket has not read yet; -1 when nobody reads it any more, or
 // the system does not say.
-int OS_UnreadBytes(int in_fd);
+int OS_UnreadBytes(int fd);
 
 } // extern "C"

@@ -21,10 +21,10 @@ void OS_PrepareProcess();
 
 // Takes up the user's locale for a category of the C library's.  On Windows there is none in UTF-8, and names
 // would compare by a code page that they are not in: the category stays as it is.
-void OS_ChooseLocale(int in_category);
+void OS_ChooseLocale(int category);
 
 // Has a function called in each process that a fork makes.  0, or another number when the system will not.
-int OS_WatchForks(void (*in_function)());
+int OS_WatchForks(void (*function)());
 
 // The name of the program's file, without its folder.
 const char *OS_ProgramName();

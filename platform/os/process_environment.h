@@ -15,10 +15,10 @@ int _putenv(const char *inp_assignment);
 
 // The environment as it stands, which _putenv leaves unchanged from then on, and a return to it.
 char **OS_KeepEnvironment();
-void OS_RestoreEnvironment(char **in_kept);
+void OS_RestoreEnvironment(char **kept);
 
 // A variable of the environment that steers the program itself; null when it is not set, and when lent rights
 // make the caller's environment one not to be trusted.
-const char *OS_ProgramVariable(const char *inp_name);
+const char *OS_ProgramVariable(const char *name);
 
 } // extern "C"

@@ -1,6 +1,6 @@
 // The registry: keys and their values.
 //
-// Zero is success; in_key is HKEY_LOCAL_MACHINE or a key that was opened.  A missing key gives 2, a registry
+// Zero is success; key is HKEY_LOCAL_MACHINE or a key that was opened.  A missing key gives 2, a registry
 // file that is malformed or cannot be read 1015; OS_RegistryTrouble tells why.
 #pragma once
 
@@ -47,6 +47,6 @@ const char *OS_RegistryPath();
 
 // Where a key below HKEY_LOCAL_MACHINE stands, "file:line"; only the file with error 2, if it is not there;
 // an empty text with any other error, which OS_RegistryTrouble explains unless memory ran out.
-LONG OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size);
+LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size);
 
 } // extern "C"

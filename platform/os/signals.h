@@ -13,6 +13,6 @@ int OS_NotedSignal();
 // Ends the program as the noted signal would have; without one it returns.
 void OS_EndBySignal();
 // Waits; a signal may cut it short.
-void OS_Sleep(int in_milliseconds);
+void OS_Sleep(int milliseconds);
 
 } // extern "C"

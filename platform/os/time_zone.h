@@ -15,12 +15,12 @@ extern long _timezone;
 
 // The calendar time of an instant, in Coordinated Universal Time and in the process's time zone.  0, or
 // another number when no calendar time can hold it; what the output holds is undefined then.
-int gmtime_s(std::tm *outp_time, const std::time_t *inp_time);
-int localtime_s(std::tm *outp_time, const std::time_t *inp_time);
+int gmtime_s(std::tm *fields, const std::time_t *time);
+int localtime_s(std::tm *fields, const std::time_t *time);
 
 // The instant of a calendar time in Coordinated Universal Time, whose fields come into range; -1 when there
 // is none.
-std::time_t _mkgmtime(std::tm *inoutp_time);
+std::time_t _mkgmtime(std::tm *time);
 
 } // extern "C"
 

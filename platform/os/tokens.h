@@ -29,7 +29,7 @@ BOOL GetTokenInformation(HANDLE in_token, TOKEN_INFORMATION_CLASS in_class, void
                          DWORD *outp_needed);
 
 // Of a token or a process, which are the only handles that are open.
-BOOL CloseHandle(HANDLE in_handle);
+BOOL CloseHandle(HANDLE handle);
 
 } // extern "C"
 

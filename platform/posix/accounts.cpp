@@ -24,13 +24,13 @@ static std::optional<Account> findAccount(const char *name) {
     return accountOfName(name);
 }
 
-static std::optional<Sid> readSid(const void *givenSid) {
+static std::optional<Sid> readSid(const void *bytes) {
     Sid sid = {};
-    std::memcpy(&sid, givenSid, offsetof(Sid, subAuthority));
+    std::memcpy(&sid, bytes, offsetof(Sid, subAuthority));
     const Sid ours = makeSid(0, 0);
     if (std::memcmp(&sid, &ours, offsetof(Sid, subAuthority)) != 0)
         return std::nullopt; // one of another kind may be shorter than ours
-    std::memcpy(&sid, givenSid, sizeof sid);
+    std::memcpy(&sid, bytes, sizeof sid);
     return sid;
 }
 

@@ -13,12 +13,12 @@ constexpr mode_t kOwnerAlone = S_IRUSR | S_IWUSR;
 constexpr mode_t kOwnersRights = S_IRWXU;
 constexpr mode_t kRights = S_IRWXU | S_IRWXG | S_IRWXO;
 
-int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned in_size) {
-    auto *bytes = static_cast<char *>(outp_buffer);
-    const unsigned wanted = std::min(in_size, unsigned{INT_MAX});
+int OS_ReadAt(int fd, std::int64_t position, void *buffer, unsigned size) {
+    auto *bytes = static_cast<char *>(buffer);
+    const unsigned wanted = std::min(size, unsigned{INT_MAX});
     unsigned done = 0;
     while (done < wanted) {
-        const ssize_t got = pread(in_fd, bytes + done, wanted - done, in_position + done);
+        const ssize_t got = pread(fd, bytes + done, wanted - done, position + done);
         if (got < 0 && errno != EINTR)
             return -1;
         if (got == 0)
@@ -28,8 +28,8 @@ int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned i
     return static_cast<int>(done);
 }
 
-int OS_MakeFile(const char *inp_path) {
-    return open(inp_path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
+int OS_MakeFile(const char *path) {
+    return open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
 }
 
 // With an access control list the group's bits of the mode are its mask, so they mean nothing without it.
@@ -43,14 +43,14 @@ static bool giveAccessList(int from, int to) {
     return fsetxattr(to, kName, list, static_cast<std::size_t>(size), 0) == 0;
 }
 
-void OS_GiveAttributes(int in_from, int in_to) {
+void OS_GiveAttributes(int from, int to) {
     struct stat status;
-    if (fstat(in_from, &status) != 0)
+    if (fstat(from, &status) != 0)
         return;
     // What the group and the others may do is meant for the original's group and owner.
-    const bool given = fchown(in_to, status.st_uid, status.st_gid) == 0;
-    const bool listed = given && giveAccessList(in_from, in_to);
-    static_cast<void>(fchmod(in_to, status.st_mode & (listed ? kRights : kOwnersRights)));
+    const bool given = fchown(to, status.st_uid, status.st_gid) == 0;
+    const bool listed = given && giveAccessList(from, to);
+    static_cast<void>(fchmod(to, status.st_mode & (listed ? kRights : kOwnersRights)));
     const timespec times[2] = {status.st_atim, status.st_mtim};
-    static_cast<void>(futimens(in_to, times));
+    static_cast<void>(futimens(to, times));
 }

@@ -28,32 +28,32 @@ static int identify(int result, const struct stat &status, OS_fileIdentity *iden
     return 0;
 }
 
-int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
+int OS_IdentifyDescriptor(int fd, OS_fileIdentity *identity) {
     struct stat status;
-    return identify(fstat(in_fd, &status), status, outp_identity);
+    return identify(fstat(fd, &status), status, identity);
 }
 
-int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {
+int OS_IdentifyName(const char *path, OS_fileIdentity *identity) {
     struct stat status;
-    return identify(lstat(inp_path, &status), status, outp_identity);
+    return identify(lstat(path, &status), status, identity);
 }
 
-int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity) {
+int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity) {
     struct stat status;
-    return identify(stat(inp_path, &status), status, outp_identity);
+    return identify(stat(path, &status), status, identity);
 }
 
-int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity) {
+int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
     for (int look = 0; look < kLooks; ++look) {
         std::timespec now = {}; // before the file is looked at: what changes behind the look has a later time
-        if (clock_gettime(CLOCK_REALTIME, &now) != 0 || OS_IdentifyDescriptor(in_fd, outp_identity) != 0)
+        if (clock_gettime(CLOCK_REALTIME, &now) != 0 || OS_IdentifyDescriptor(fd, identity) != 0)
             return -1;
-        const bool isCoarse = outp_identity->modified % kSecond == 0 && outp_identity->changed % kSecond == 0;
+        const bool isCoarse = identity->modified % kSecond == 0 && identity->changed % kSecond == 0;
         const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
-        const std::int64_t age = nanoseconds(now) - outp_identity->changed;
+        const std::int64_t age = nanoseconds(now) - identity->changed;
         if (age > step || age < -step) // or by another clock than this machine's
             return 0;
         OS_Sleep(static_cast<int>(step / 1'000'000));
     }
-    return OS_IdentifyDescriptor(in_fd, outp_identity);
+    return OS_IdentifyDescriptor(fd, identity);
 }

@@ -39,49 +39,49 @@ int _read(int in_fd, void *outp_buffer, unsigned in_size) {
     return static_cast<int>(got);
 }
 
-std::int64_t _lseeki64(int in_fd, std::int64_t in_offset, int in_origin) {
-    return lseek(in_fd, in_offset, in_origin);
+std::int64_t _lseeki64(int fd, std::int64_t offset, int origin) {
+    return lseek(fd, offset, origin);
 }
 
 int _close(int in_fd) {
     return close(in_fd);
 }
 
-int _write(int in_fd, const void *inp_bytes, unsigned in_size) {
-    return static_cast<int>(write(in_fd, inp_bytes, std::min(in_size, unsigned{INT_MAX})));
+int _write(int fd, const void *bytes, unsigned size) {
+    return static_cast<int>(write(fd, bytes, std::min(size, unsigned{INT_MAX})));
 }
 
-int _dup(int in_fd) {
-    return fcntl(in_fd, F_DUPFD_CLOEXEC, 0L);
+int _dup(int fd) {
+    return fcntl(fd, F_DUPFD_CLOEXEC, 0L);
 }
 
-int _fileno(std::FILE *inp_stream) {
-    return fileno(inp_stream);
+int _fileno(std::FILE *stream) {
+    return fileno(stream);
 }
 
-int _isatty(int in_fd) {
-    return isatty(in_fd);
+int _isatty(int fd) {
+    return isatty(fd);
 }
 
-int _commit(int in_fd) {
-    return fsync(in_fd);
+int _commit(int fd) {
+    return fsync(fd);
 }
 
 // ---- Opening ----
 
 // The path one symbolic link further; null when the path is no link, or memory runs out.
-static Malloced<char> follow(const char *givenPath) {
+static Malloced<char> follow(const char *link) {
     char target[PATH_MAX];
-    const ssize_t length = readlink(givenPath, target, sizeof target - 1);
+    const ssize_t length = readlink(link, target, sizeof target - 1);
     if (length <= 0)
         return nullptr;
     target[length] = '\0';
-    const char *slash = target[0] == '/' ? nullptr : std::strrchr(givenPath, '/');
-    const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - givenPath) + 1 : 0;
+    const char *slash = target[0] == '/' ? nullptr : std::strrchr(link, '/');
+    const std::size_t folder = slash != nullptr ? static_cast<std::size_t>(slash - link) + 1 : 0;
     Malloced<char> path;
     if (!resize(path, folder + static_cast<std::size_t>(length) + 1))
         return nullptr;
-    std::memcpy(path.get(), givenPath, folder);
+    std::memcpy(path.get(), link, folder);
     std::memcpy(path.get() + folder, target, static_cast<std::size_t>(length) + 1);
     return path;
 }
@@ -94,32 +94,32 @@ static bool isFileOrFolder(int result, const struct stat &status) {
 }
 
 // To open a device can change it, and its bytes may never end.
-int OS_OpenToRead(const char *inp_path) {
+int OS_OpenToRead(const char *path) {
     struct stat status;
-    if (!isFileOrFolder(stat(inp_path, &status), status))
+    if (!isFileOrFolder(stat(path, &status), status))
         return -1;
     int fd = -1;
     do
-        fd = open(inp_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     while (fd < 0 && errno == EINTR);
     Descriptor file(fd);
     return file.isOpen() && isFileOrFolder(fstat(fd, &status), status) ? file.release() : -1;
 }
 
-int OS_OpenToAppend(const char *inp_path, char **outp_made) {
+int OS_OpenToAppend(const char *name, char **made) {
     constexpr int kAppend = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
     constexpr mode_t kMode = 0666; // less what the umask takes
-    *outp_made = nullptr;
-    Malloced<char> path(strdup(inp_path));
+    *made = nullptr;
+    Malloced<char> path(strdup(name));
     for (int links = 0; path != nullptr && links < kLinks;) {
         int fd = open(path.get(), kAppend | O_CREAT | O_EXCL, kMode);
         if (fd != -1) {
-            *outp_made = path.release();
+            *made = path.release();
             return fd;
         }
         if (errno != EEXIST)
             return -1;
-        fd = open(inp_path, kAppend, mode_t{0});
+        fd = open(name, kAppend, mode_t{0});
         if (fd != -1 || errno != ENOENT)
             return fd;
         // It went meanwhile, or the link leads nowhere.
@@ -131,60 +131,61 @@ int OS_OpenToAppend(const char *inp_path, char **outp_made) {
     return -1;
 }
 
-int OS_OpenAgain(int in_fd) {
+int OS_OpenAgain(int fd) {
     char path[64];
-    std::snprintf(path, sizeof path, "/proc/self/fd/%d", in_fd);
-    const int fd = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
-    return fd != -1 ? fd : open(path, O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
+    std::snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
+    const int again = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
+    return again != -1 ? again
+                       : open(path, O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, mode_t{0});
 }
 
 // ---- Contents ----
 
-int OS_LastByte(int in_fd) {
+int OS_LastByte(int fd) {
     unsigned char last = 0;
-    return lseek(in_fd, -1, SEEK_END) >= 0 && read(in_fd, &last, 1) == 1 ? last : -1;
+    return lseek(fd, -1, SEEK_END) >= 0 && read(fd, &last, 1) == 1 ? last : -1;
 }
 
-int OS_CutFile(int in_fd, std::int64_t in_size) {
-    return ftruncate(in_fd, in_size) == 0 && lseek(in_fd, in_size, SEEK_SET) == in_size ? 0 : -1;
+int OS_CutFile(int fd, std::int64_t size) {
+    return ftruncate(fd, size) == 0 && lseek(fd, size, SEEK_SET) == size ? 0 : -1;
 }
 
 // ---- Names ----
 
-int OS_MoveName(const char *inp_from, const char *inp_to) {
-    if (renameat2(AT_FDCWD, inp_from, AT_FDCWD, inp_to, RENAME_NOREPLACE) == 0)
+int OS_MoveName(const char *from, const char *to) {
+    if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
         return OS_DONE;
     return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
 }
 
-int OS_NameNewFile(const char *inp_from, const char *inp_to) {
-    const int moved = OS_MoveName(inp_from, inp_to);
+int OS_NameNewFile(const char *from, const char *to) {
+    const int moved = OS_MoveName(from, to);
     // Not every file system knows of moving without replacing, and a name that is there can be given no link.
     if (moved != OS_REFUSED || (errno != EINVAL && errno != ENOSYS))
         return moved;
-    if (link(inp_from, inp_to) != 0)
+    if (link(from, to) != 0)
         return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
-    static_cast<void>(unlink(inp_from)); // the name that counts is there
+    static_cast<void>(unlink(from)); // the name that counts is there
     return OS_DONE;
 }
 
 // The folder of the name that the kernel knows for the file.  Where that is another file's by now, or the
 // folder may not be opened or cannot be synced, the whole file system is synced.
-int OS_SyncFolderOf(int in_fd) {
+int OS_SyncFolderOf(int fd) {
     char link[64];
     char path[PATH_MAX];
-    std::snprintf(link, sizeof link, "/proc/self/fd/%d", in_fd);
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
     const ssize_t length = readlink(link, path, sizeof path - 1);
     path[std::max<ssize_t>(length, 0)] = '\0';
     OS_fileIdentity file = {};
     OS_fileIdentity named = {};
     char *slash = std::strrchr(path, '/');
-    if (slash == nullptr || OS_IdentifyDescriptor(in_fd, &file) != 0 ||
-        OS_IdentifyTarget(path, &named) != 0 || !OS_IsSameFile(file, named))
-        return syncfs(in_fd);
+    if (slash == nullptr || OS_IdentifyDescriptor(fd, &file) != 0 || OS_IdentifyTarget(path, &named) != 0 ||
+        !OS_IsSameFile(file, named))
+        return syncfs(fd);
     slash[slash == path ? 1 : 0] = '\0';
     const Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.isOpen() && fsync(folder.get()) == 0)
         return 0;
-    return folder.isOpen() && errno == EIO ? -1 : syncfs(in_fd); // EIO: names are lost already
+    return folder.isOpen() && errno == EIO ? -1 : syncfs(fd); // EIO: names are lost already
 }

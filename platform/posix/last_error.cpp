@@ -7,8 +7,8 @@ extern "C" {
 DWORD GetLastError() {
     return gLastError;
 }
-void SetLastError(DWORD in_error) {
-    gLastError = in_error;
+void SetLastError(DWORD error) {
+    gLastError = error;
 }
 
 } // extern "C"

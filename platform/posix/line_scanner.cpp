@@ -7,19 +7,19 @@ using namespace qvledger;
 
 constexpr std::string_view kBlanks = " \t";
 
-LineScanner::LineScanner(std::string_view line) : rest(line) {
-    if (rest.ends_with('\r'))
-        rest.remove_suffix(1);
-    rest = rest.substr(0, rest.find_last_not_of(kBlanks) + 1);
+LineScanner::LineScanner(std::string_view line) : rest_(line) {
+    if (rest_.ends_with('\r'))
+        rest_.remove_suffix(1);
+    rest_ = rest_.substr(0, rest_.find_last_not_of(kBlanks) + 1);
 }
 
 void LineScanner::skipBlanks() {
-    rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
+    rest_.remove_prefix(std::min(rest_.find_first_not_of(kBlanks), rest_.size()));
 }
 
 bool LineScanner::atEnd() const {
-    const std::size_t first = rest.find_first_not_of(kBlanks);
-    return first == std::string_view::npos || rest[first] == ';';
+    const std::size_t first = rest_.find_first_not_of(kBlanks);
+    return first == std::string_view::npos || rest_[first] == ';';
 }
 
 bool LineScanner::take(char character) {
@@ -27,18 +27,18 @@ bool LineScanner::take(char character) {
 }
 
 bool LineScanner::take(std::string_view word) {
-    if (!rest.starts_with(word))
+    if (!rest_.starts_with(word))
         return false;
-    rest.remove_prefix(word.size());
+    rest_.remove_prefix(word.size());
     return true;
 }
 
 std::optional<std::string_view> LineScanner::takeToBracket() {
-    for (std::size_t i = rest.find(']'); i != std::string_view::npos; i = rest.find(']', i + 1)) {
+    for (std::size_t i = rest_.find(']'); i != std::string_view::npos; i = rest_.find(']', i + 1)) {
         LineScanner behind;
-        behind.rest = rest.substr(i + 1);
+        behind.rest_ = rest_.substr(i + 1);
         if (behind.atEnd()) {
-            const std::string_view taken = rest.substr(0, i);
+            const std::string_view taken = rest_.substr(0, i);
             *this = behind;
             return taken;
         }
@@ -47,32 +47,32 @@ std::optional<std::string_view> LineScanner::takeToBracket() {
 }
 
 bool LineScanner::takeQuoted(std::string &text) {
-    if (!rest.starts_with('"'))
+    if (!rest_.starts_with('"'))
         return false;
     std::string taken;
-    for (std::size_t i = 1; i < rest.size(); ++i) {
-        if (rest[i] == '"') {
+    for (std::size_t i = 1; i < rest_.size(); ++i) {
+        if (rest_[i] == '"') {
             text = std::move(taken);
-            rest.remove_prefix(i + 1);
+            rest_.remove_prefix(i + 1);
             return true;
         }
-        if (rest[i] == '\\' && (++i == rest.size() || (rest[i] != '\\' && rest[i] != '"')))
+        if (rest_[i] == '\\' && (++i == rest_.size() || (rest_[i] != '\\' && rest_[i] != '"')))
             return false;
-        taken.push_back(rest[i]);
+        taken.push_back(rest_[i]);
     }
     return false;
 }
 
 std::optional<DWORD> LineScanner::takeHex(std::size_t fewest, std::size_t most) {
     DWORD number = 0;
-    const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), number, 16);
-    const auto digits = static_cast<std::size_t>(end - rest.data());
+    const auto [end, error] = std::from_chars(rest_.data(), rest_.data() + rest_.size(), number, 16);
+    const auto digits = static_cast<std::size_t>(end - rest_.data());
     if (error != std::errc() || digits < fewest || digits > most)
         return std::nullopt;
-    rest.remove_prefix(digits);
+    rest_.remove_prefix(digits);
     return number;
 }
 
 bool LineScanner::takeContinuation() {
-    return rest == "\\" && take('\\');
+    return rest_ == "\\" && take('\\');
 }

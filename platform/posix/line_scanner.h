@@ -15,7 +15,7 @@ public:
     LineScanner() = default;
     explicit LineScanner(std::string_view line);
 
-    std::string_view all() const { return rest; }
+    std::string_view all() const { return rest_; }
     void skipBlanks();
     // Only blanks and a comment are left.
     bool atEnd() const;
@@ -29,7 +29,7 @@ public:
     bool takeContinuation();
 
 private:
-    std::string_view rest;
+    std::string_view rest_;
 };
 
 } // namespace qvledger

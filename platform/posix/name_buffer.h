@@ -11,21 +11,20 @@ namespace qvledger {
 class NameBuffer {
 public:
     // name must outlive this.
-    NameBuffer(char *givenText, DWORD *givenSize, const std::string &givenName)
-        : text(givenText), size(givenSize), name(givenName) {}
+    NameBuffer(char *text, DWORD *size, const std::string &name) : text_(text), size_(size), name_(name) {}
 
-    bool fits() const { return text != nullptr && name.size() < *size; }
-    void tellNeeded() { *size = static_cast<DWORD>(name.size() + 1); }
+    bool fits() const { return text_ != nullptr && name_.size() < *size_; }
+    void tellNeeded() { *size_ = static_cast<DWORD>(name_.size() + 1); }
     // REQUIRES: fits().  The size becomes that of the name without its NUL.
     void write() {
-        std::memcpy(text, name.c_str(), name.size() + 1);
-        *size = static_cast<DWORD>(name.size());
+        std::memcpy(text_, name_.c_str(), name_.size() + 1);
+        *size_ = static_cast<DWORD>(name_.size());
     }
 
 private:
-    char *text;
-    DWORD *size;
-    const std::string &name;
+    char *text_;
+    DWORD *size_;
+    const std::string &name_;
 };
 
 } // namespace qvledger

@@ -37,23 +37,23 @@ static LONG readLanGroup(std::string *group) {
 }
 
 // One block: the record, and its texts behind it.
-static BYTE *makeInfo(const std::wstring &givenComputer, const std::wstring &givenGroup) {
-    const std::size_t computerLength = givenComputer.size() + 1;
-    const std::size_t groupLength = givenGroup.size() + 1;
+static BYTE *makeInfo(const std::wstring &computerName, const std::wstring &groupName) {
+    const std::size_t computerLength = computerName.size() + 1;
+    const std::size_t groupLength = groupName.size() + 1;
     void *block = std::calloc(sizeof(WKSTA_INFO_101) + (computerLength + groupLength) * sizeof(wchar_t), 1);
     if (block == nullptr)
         return nullptr;
     auto *info = static_cast<WKSTA_INFO_101 *>(block);
     auto *computer = reinterpret_cast<wchar_t *>(info + 1);
-    givenComputer.copy(computer, givenComputer.size());
+    computerName.copy(computer, computerName.size());
     wchar_t *group = computer + computerLength;
-    givenGroup.copy(group, givenGroup.size());
+    groupName.copy(group, groupName.size());
 
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
     GetVersionExA(&version);
-    *info = {VER_PLATFORM_WIN32_NT,    computer, group, version.dwMajorVersion, version.dwMinorVersion,
-             group + givenGroup.size()}; // no folder of a network client: an empty text
+    *info = {VER_PLATFORM_WIN32_NT,   computer, group, version.dwMajorVersion, version.dwMinorVersion,
+             group + groupName.size()}; // no folder of a network client: an empty text
     return static_cast<BYTE *>(block);
 }
 

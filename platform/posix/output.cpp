@@ -16,9 +16,9 @@ static OS_outputKind kindOfSocket(int socket) {
     return address.sa_family == AF_UNIX ? OS_outputKind::LocalSocket : OS_outputKind::OtherSocket;
 }
 
-OS_outputKind OS_KindOfOutput(int in_fd) {
+OS_outputKind OS_KindOfOutput(int fd) {
     struct stat status;
-    if (fstat(in_fd, &status) != 0)
+    if (fstat(fd, &status) != 0)
         return OS_outputKind::Unknown;
     switch (status.st_mode & S_IFMT) {
     case S_IFREG:
@@ -28,7 +28,7 @@ OS_outputKind OS_KindOfOutput(int in_fd) {
     case S_IFIFO:
         return OS_outputKind::Pipe;
     case S_IFSOCK:
-        return kindOfSocket(in_fd);
+        return kindOfSocket(fd);
     case S_IFCHR:
         return OS_outputKind::Device;
     default:
@@ -36,20 +36,20 @@ OS_outputKind OS_KindOfOutput(int in_fd) {
     }
 }
 
-int OS_WriteAtEnd(int in_fd) {
-    if (OS_KindOfOutput(in_fd) != OS_outputKind::File)
+int OS_WriteAtEnd(int fd) {
+    if (OS_KindOfOutput(fd) != OS_outputKind::File)
         return 0;
-    const int flags = fcntl(in_fd, F_GETFL, 0L);
-    return flags != -1 ? fcntl(in_fd, F_SETFL, static_cast<long>(flags | O_APPEND)) : -1;
+    const int flags = fcntl(fd, F_GETFL, 0L);
+    return flags != -1 ? fcntl(fd, F_SETFL, static_cast<long>(flags | O_APPEND)) : -1;
 }
 
-int OS_UnreadBytes(int in_fd) {
-    const bool isPipe = OS_KindOfOutput(in_fd) == OS_outputKind::Pipe;
+int OS_UnreadBytes(int fd) {
+    const bool isPipe = OS_KindOfOutput(fd) == OS_outputKind::Pipe;
     int unread = 0;
-    if (ioctl(in_fd, isPipe ? FIONREAD : SIOCOUTQ, &unread) != 0)
+    if (ioctl(fd, isPipe ? FIONREAD : SIOCOUTQ, &unread) != 0)
         return -1;
     // Asked for last: a reader that leaves after this has read everything.
-    pollfd reader = {.fd = in_fd, .events = POLLOUT, .revents = 0};
+    pollfd reader = {.fd = fd, .events = POLLOUT, .revents = 0};
     if (poll(&reader, 1, 0) < 0 || (reader.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0)
         return -1;
     return unread;

@@ -39,12 +39,12 @@ int _getpid() {
     return pid;
 }
 
-void OS_ChooseLocale(int in_category) {
-    static_cast<void>(std::setlocale(in_category, "")); // one that is not installed leaves "C"
+void OS_ChooseLocale(int category) {
+    static_cast<void>(std::setlocale(category, "")); // one that is not installed leaves "C"
 }
 
-int OS_WatchForks(void (*in_function)()) {
-    return pthread_atfork(nullptr, nullptr, in_function);
+int OS_WatchForks(void (*function)()) {
+    return pthread_atfork(nullptr, nullptr, function);
 }
 
 const char *OS_ProgramName() {

@@ -112,10 +112,10 @@ char **OS_KeepEnvironment() {
     return environ;
 }
 
-void OS_RestoreEnvironment(char **in_kept) {
-    std::atomic_ref(environ).store(in_kept, std::memory_order_release);
+void OS_RestoreEnvironment(char **kept) {
+    std::atomic_ref(environ).store(kept, std::memory_order_release);
 }
 
-const char *OS_ProgramVariable(const char *inp_name) {
-    return secure_getenv(inp_name);
+const char *OS_ProgramVariable(const char *name) {
+    return secure_getenv(name);
 }

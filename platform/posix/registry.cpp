@@ -76,14 +76,14 @@ static LONG loadRegistry(Registry &registry) {
     return ERROR_SUCCESS;
 }
 
-static LONG openKey(const char *path, HKEY *givenKey) {
+static LONG openKey(const char *path, HKEY *opened) {
     Registry registry;
     if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS)
         return result;
     std::optional<RegistryKey> key = registry.take(path);
     if (!key)
         return ERROR_FILE_NOT_FOUND;
-    *givenKey = std::make_unique<OS_registryKey>(OS_registryKey{std::move(*key)}).release();
+    *opened = std::make_unique<OS_registryKey>(OS_registryKey{std::move(*key)}).release();
     return ERROR_SUCCESS;
 }
 
@@ -133,16 +133,16 @@ LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD, DWORD, HKEY *outp_k
     }
 }
 
-LONG OS_PlaceOfKey(const char *inp_path, char *outp_text, std::size_t in_size) {
+LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size) {
     gTrouble[0] = '\0';
-    *outp_text = '\0';
+    *text = '\0';
     try {
         Registry registry;
         if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS)
             return result;
-        const std::optional<RegistryKey> key = registry.take(inp_path);
+        const std::optional<RegistryKey> key = registry.take(path);
         const std::string line = key ? ":" + std::to_string(key->line) : "";
-        std::snprintf(outp_text, in_size, "%s%s", OS_RegistryPath(), line.c_str());
+        std::snprintf(text, size, "%s%s", OS_RegistryPath(), line.c_str());
         return key ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     } catch (const std::bad_alloc &) {
         return ERROR_NOT_ENOUGH_MEMORY;

@@ -22,50 +22,50 @@ constexpr const char *kBadKey = "malformed key";
 constexpr const char *kBadValue = "malformed value";
 constexpr const char *kNoKey = "value outside a key";
 
-static std::string lowered(std::string_view givenName) {
-    std::string name(givenName);
+static std::string lowered(std::string_view mixed) {
+    std::string name(mixed);
     std::transform(name.begin(), name.end(), name.begin(), asciiLower);
     return name;
 }
 
 void RegistryKey::set(RegistryValue value) {
-    const auto [place, isNew] = places.try_emplace(lowered(value.name), values.size());
+    const auto [place, isNew] = places_.try_emplace(lowered(value.name), values_.size());
     if (isNew) {
-        values.push_back(std::move(value));
+        values_.push_back(std::move(value));
     } else {
-        values[place->second].type = value.type;
-        values[place->second].data = std::move(value.data);
+        values_[place->second].type = value.type;
+        values_[place->second].data = std::move(value.data);
     }
 }
 
 const RegistryValue *RegistryKey::find(std::string_view name) const {
-    const auto place = places.find(lowered(name));
-    return place != places.end() ? &values[place->second] : nullptr;
+    const auto place = places_.find(lowered(name));
+    return place != places_.end() ? &values_[place->second] : nullptr;
 }
 
 RegistryKey &Registry::make(std::string_view path) {
-    return keys[lowered(path)];
+    return keys_[lowered(path)];
 }
 
-std::optional<RegistryKey> Registry::take(std::string_view givenPath) {
-    if (givenPath.ends_with('\\'))
-        givenPath.remove_suffix(1); // as in a folder's path it says nothing
-    std::string path = lowered(givenPath);
-    if (auto found = keys.extract(path); !found.empty())
+std::optional<RegistryKey> Registry::take(std::string_view keyPath) {
+    if (keyPath.ends_with('\\'))
+        keyPath.remove_suffix(1); // as in a folder's path it says nothing
+    std::string path = lowered(keyPath);
+    if (auto found = keys_.extract(path); !found.empty())
         return std::move(found.mapped());
     if (path.empty())
-        return keys.empty() ? std::nullopt : std::optional(RegistryKey());
+        return keys_.empty() ? std::nullopt : std::optional(RegistryKey());
     path += '\\';
-    const auto below = keys.lower_bound(path);
-    return below != keys.end() && below->first.starts_with(path) ? std::optional(RegistryKey())
-                                                                 : std::nullopt;
+    const auto below = keys_.lower_bound(path);
+    return below != keys_.end() && below->first.starts_with(path) ? std::optional(RegistryKey())
+                                                                  : std::nullopt;
 }
 
 namespace {
 
 class Parser {
 public:
-    Parser(std::string_view givenText, Registry &givenRegistry) : text(givenText), registry(givenRegistry) {}
+    Parser(std::string_view text, Registry &registry) : text_(text), registry_(registry) {}
 
     std::optional<RegistryFault> parse();
 
@@ -81,13 +81,13 @@ private:
     bool hexBytes(std::string &data);
     bool joinContinued();
 
-    std::string_view text; // what is left behind the current line
-    std::size_t lineNumber = 0;
-    LineScanner line;
-    Registry &registry;
-    bool wideTexts = false;     // texts in hex digits are UTF-16
-    bool inSection = false;     // a key came before
-    RegistryKey *key = nullptr; // null in a key that is not ours
+    std::string_view text_; // what is left behind the current line
+    std::size_t lineNumber_ = 0;
+    LineScanner line_;
+    Registry &registry_;
+    bool wideTexts_ = false;     // texts in hex digits are UTF-16
+    bool inSection_ = false;     // a key came before
+    RegistryKey *key_ = nullptr; // null in a key that is not ours
 };
 
 } // namespace
@@ -97,38 +97,38 @@ std::optional<RegistryFault> Parser::parse() {
     const char *fault = header();
     while (fault == nullptr && nextLine())
         fault = statement();
-    return fault != nullptr ? std::optional(RegistryFault{std::max<std::size_t>(lineNumber, 1), fault})
+    return fault != nullptr ? std::optional(RegistryFault{std::max<std::size_t>(lineNumber_, 1), fault})
                             : std::nullopt;
 }
 
 bool Parser::nextLine() {
-    if (text.empty())
+    if (text_.empty())
         return false;
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    line = LineScanner(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-    ++lineNumber;
+    const std::size_t end = std::min(text_.find('\n'), text_.size());
+    line_ = LineScanner(text_.substr(0, end));
+    text_.remove_prefix(std::min(end + 1, text_.size()));
+    ++lineNumber_;
     return true;
 }
 
 const char *Parser::header() {
-    wideTexts = line.all() == "Windows Registry Editor Version 5.00";
-    return wideTexts || line.all() == "REGEDIT4" ? nullptr : kBadHeader;
+    wideTexts_ = line_.all() == "Windows Registry Editor Version 5.00";
+    return wideTexts_ || line_.all() == "REGEDIT4" ? nullptr : kBadHeader;
 }
 
 const char *Parser::statement() {
-    if (line.all().find('\0') != std::string_view::npos)
+    if (line_.all().find('\0') != std::string_view::npos)
         return kBadLine; // the calls hand out names and texts that end at a NUL
-    line.skipBlanks();
-    if (line.atEnd())
+    line_.skipBlanks();
+    if (line_.atEnd())
         return nullptr;
-    if (line.take('['))
+    if (line_.take('['))
         return section();
-    return line.take('#') ? kBadComment : value();
+    return line_.take('#') ? kBadComment : value();
 }
 
 const char *Parser::section() {
-    const std::optional<std::string_view> bracketed = line.takeToBracket();
+    const std::optional<std::string_view> bracketed = line_.takeToBracket();
     if (!bracketed)
         return kBadKey;
     const std::size_t rootEnd = std::min(bracketed->find('\\'), bracketed->size());
@@ -136,39 +136,39 @@ const char *Parser::section() {
     const std::string_view path = bracketed->substr(std::min(rootEnd + 1, bracketed->size()));
     const bool hasEmptyName = bracketed->ends_with('\\') || bracketed->find("\\\\") != std::string_view::npos;
     const bool isOurs = root == lowered(kLocalMachine);
-    const auto isRoot = [&](std::string_view givenRoot) { return root == lowered(givenRoot); };
+    const auto isRoot = [&](std::string_view wanted) { return root == lowered(wanted); };
     if (hasEmptyName || (!isOurs && std::none_of(std::begin(kOtherRoots), std::end(kOtherRoots), isRoot)))
         return kBadKey;
-    inSection = true;
-    key = isOurs ? &registry.make(path) : nullptr;
-    if (isOurs && key->line == 0)
-        key->line = lineNumber;
+    inSection_ = true;
+    key_ = isOurs ? &registry_.make(path) : nullptr;
+    if (isOurs && key_->line == 0)
+        key_->line = lineNumber_;
     return nullptr;
 }
 
 const char *Parser::value() {
     RegistryValue parsed = {"", REG_SZ, ""};
-    if (!line.take('@') && !line.takeQuoted(parsed.name))
+    if (!line_.take('@') && !line_.takeQuoted(parsed.name))
         return kBadLine;
-    line.skipBlanks();
-    if (!line.take('='))
+    line_.skipBlanks();
+    if (!line_.take('='))
         return kBadLine;
-    line.skipBlanks();
-    if (!data(parsed) || !line.atEnd())
+    line_.skipBlanks();
+    if (!data(parsed) || !line_.atEnd())
         return kBadValue;
-    if (!inSection)
+    if (!inSection_)
         return kNoKey;
-    if (key != nullptr)
-        key->set(std::move(parsed));
+    if (key_ != nullptr)
+        key_->set(std::move(parsed));
     return nullptr;
 }
 
 bool Parser::data(RegistryValue &value) {
-    if (line.takeQuoted(value.data)) {
+    if (line_.takeQuoted(value.data)) {
         value.data.push_back('\0');
         return true;
     }
-    if (line.take("dword:")) {
+    if (line_.take("dword:")) {
         value.type = REG_DWORD;
         return number(value.data);
     }
@@ -176,7 +176,7 @@ bool Parser::data(RegistryValue &value) {
 }
 
 bool Parser::number(std::string &data) {
-    const std::optional<DWORD> read = line.takeHex(1, 8);
+    const std::optional<DWORD> read = line_.takeHex(1, 8);
     for (unsigned shift = 0; read && shift < 32; shift += 8)
         data.push_back(static_cast<char>(*read >> shift & 0xFF));
     return read.has_value();
@@ -184,18 +184,18 @@ bool Parser::number(std::string &data) {
 
 bool Parser::hexData(RegistryValue &value) {
     value.type = REG_BINARY;
-    if (line.take("hex(")) {
-        const std::optional<DWORD> type = line.takeHex(1, 8);
-        if (!type || !line.take("):"))
+    if (line_.take("hex(")) {
+        const std::optional<DWORD> type = line_.takeHex(1, 8);
+        if (!type || !line_.take("):"))
             return false;
         value.type = *type;
-    } else if (!line.take("hex:")) {
+    } else if (!line_.take("hex:")) {
         return false;
     }
     if (!hexBytes(value.data))
         return false;
     const bool isText = value.type == REG_SZ || value.type == REG_EXPAND_SZ || value.type == REG_MULTI_SZ;
-    if (!isText || !wideTexts)
+    if (!isText || !wideTexts_)
         return true;
     if (value.data.size() % 2 != 0)
         return false;
@@ -209,26 +209,26 @@ bool Parser::hexData(RegistryValue &value) {
 bool Parser::hexBytes(std::string &data) {
     if (!joinContinued())
         return false;
-    if (line.atEnd())
+    if (line_.atEnd())
         return true;
     do {
         if (!joinContinued())
             return false;
-        const std::optional<DWORD> byte = line.takeHex(2, 2);
+        const std::optional<DWORD> byte = line_.takeHex(2, 2);
         if (!byte || !joinContinued())
             return false;
         data.push_back(static_cast<char>(*byte));
-    } while (line.take(','));
+    } while (line_.take(','));
     return true;
 }
 
 // Goes on with the next line where this one ends in a backslash.  False when there is none.
 bool Parser::joinContinued() {
-    line.skipBlanks();
-    while (line.takeContinuation()) {
+    line_.skipBlanks();
+    while (line_.takeContinuation()) {
         if (!nextLine())
             return false;
-        line.skipBlanks();
+        line_.skipBlanks();
     }
     return true;
 }

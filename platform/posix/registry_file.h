@@ -27,13 +27,13 @@ public:
     // A value that is there already, in any case, gets the new type and data and keeps its place.
     void set(RegistryValue value);
     const RegistryValue *find(std::string_view name) const;
-    const std::vector<RegistryValue> &all() const { return values; }
+    const std::vector<RegistryValue> &all() const { return values_; }
 
     std::size_t line = 0; // of the file at which it stands first, counted from 1
 
 private:
-    std::vector<RegistryValue> values;
-    std::unordered_map<std::string, std::size_t> places; // by name in lower case
+    std::vector<RegistryValue> values_;
+    std::unordered_map<std::string, std::size_t> places_; // by name in lower case
 };
 
 // The keys below HKEY_LOCAL_MACHINE.  Paths are relative to it and compare without case.
@@ -45,7 +45,7 @@ public:
     std::optional<RegistryKey> take(std::string_view path);
 
 private:
-    std::map<std::string, RegistryKey> keys; // by path in lower case
+    std::map<std::string, RegistryKey> keys_; // by path in lower case
 };
 
 // Where a file is malformed.

@@ -50,7 +50,7 @@ void OS_EndBySignal() {
         endBy(notedSignal);
 }
 
-void OS_Sleep(int in_milliseconds) {
-    const std::timespec length = {in_milliseconds / 1000, in_milliseconds % 1000 * 1'000'000L};
+void OS_Sleep(int milliseconds) {
+    const std::timespec length = {milliseconds / 1000, milliseconds % 1000 * 1'000'000L};
     static_cast<void>(nanosleep(&length, nullptr)); // a signal may cut it short
 }

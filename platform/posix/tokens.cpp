@@ -32,15 +32,15 @@ static std::optional<std::vector<gid_t>> callersGroups() {
     return groups;
 }
 
-bool qvledger::writeTokenGroups(const std::vector<gid_t> &groups, void *givenInfo, DWORD length,
-                                DWORD *givenNeeded) {
+bool qvledger::writeTokenGroups(const std::vector<gid_t> &groups, void *buffer, DWORD length,
+                                DWORD *neededSize) {
     const std::size_t sidsAt = offsetof(TOKEN_GROUPS, Groups) + groups.size() * sizeof(SID_AND_ATTRIBUTES);
     const std::size_t needed =
         std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // all of the record is there
-    *givenNeeded = static_cast<DWORD>(needed);
-    if (givenInfo == nullptr || needed > length)
+    *neededSize = static_cast<DWORD>(needed);
+    if (buffer == nullptr || needed > length)
         return false;
-    auto *info = static_cast<unsigned char *>(givenInfo);
+    auto *info = static_cast<unsigned char *>(buffer);
     const auto count = static_cast<DWORD>(groups.size());
     std::memcpy(info, &count, sizeof count);
     for (std::size_t i = 0; i < groups.size(); ++i) {
@@ -84,8 +84,8 @@ BOOL GetTokenInformation(HANDLE in_token, TOKEN_INFORMATION_CLASS in_class, void
     });
 }
 
-BOOL CloseHandle(HANDLE in_handle) {
-    return in_handle == &gToken || in_handle == &gProcess ? 1 : failWith(ERROR_INVALID_HANDLE);
+BOOL CloseHandle(HANDLE handle) {
+    return handle == &gToken || handle == &gProcess ? 1 : failWith(ERROR_INVALID_HANDLE);
 }
 
 } // extern "C"

@@ -8,10 +8,10 @@
 
 using namespace qvledger;
 
-int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned in_size) {
-    const HANDLE file = handleOf(in_fd);
-    auto *bytes = static_cast<char *>(outp_buffer);
-    const unsigned wanted = std::min(in_size, unsigned{INT_MAX});
+int OS_ReadAt(int fd, std::int64_t position, void *buffer, unsigned size) {
+    const HANDLE file = handleOf(fd);
+    auto *bytes = static_cast<char *>(buffer);
+    const unsigned wanted = std::min(size, unsigned{INT_MAX});
     const LARGE_INTEGER here = {};
     LARGE_INTEGER before = {};
     if (SetFilePointerEx(file, here, &before, FILE_CURRENT) == 0) {
@@ -21,7 +21,7 @@ int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned i
     DWORD done = 0;
     bool works = true;
     while (works && done < wanted) {
-        const std::uint64_t at = static_cast<std::uint64_t>(in_position) + done;
+        const std::uint64_t at = static_cast<std::uint64_t>(position) + done;
         OVERLAPPED place = {};
         place.Offset = static_cast<DWORD>(at);
         place.OffsetHigh = static_cast<DWORD>(at >> 32);
@@ -40,15 +40,15 @@ int OS_ReadAt(int in_fd, std::int64_t in_position, void *outp_buffer, unsigned i
     return works ? static_cast<int>(done) : -1;
 }
 
-int OS_MakeFile(const char *inp_path) {
-    return descriptorOf(openHandle(inp_path, GENERIC_WRITE, CREATE_NEW), _O_WRONLY);
+int OS_MakeFile(const char *path) {
+    return descriptorOf(openHandle(path, GENERIC_WRITE, CREATE_NEW), _O_WRONLY);
 }
 
 // Who may do what follows from the folder; only the times are the file's own.
-void OS_GiveAttributes(int in_from, int in_to) {
+void OS_GiveAttributes(int from, int to) {
     FILETIME made = {};
     FILETIME used = {};
     FILETIME written = {};
-    if (GetFileTime(handleOf(in_from), &made, &used, &written) != 0)
-        SetFileTime(handleOf(in_to), &made, &used, &written);
+    if (GetFileTime(handleOf(from), &made, &used, &written) != 0)
+        SetFileTime(handleOf(to), &made, &used, &written);
 }

@@ -18,8 +18,8 @@ HANDLE qvledger::openHandle(const char *path, DWORD access, DWORD disposition, D
     return handle;
 }
 
-int qvledger::descriptorOf(HANDLE givenHandle, int flags) {
-    FileHandle handle(givenHandle);
+int qvledger::descriptorOf(HANDLE opened, int flags) {
+    FileHandle handle(opened);
     if (!handle.isOpen())
         return -1;
     const int fd =

@@ -10,20 +10,20 @@ namespace qvledger {
 // Closed when its owner goes.
 class FileHandle {
 public:
-    explicit FileHandle(HANDLE givenHandle) : handle(givenHandle) {}
+    explicit FileHandle(HANDLE handle) : handle_(handle) {}
     ~FileHandle() {
         if (isOpen())
-            CloseHandle(handle);
+            CloseHandle(handle_);
     }
     FileHandle(const FileHandle &) = delete;
     FileHandle &operator=(const FileHandle &) = delete;
 
-    bool isOpen() const { return handle != INVALID_HANDLE_VALUE; }
-    HANDLE get() const { return handle; }
-    HANDLE release() { return std::exchange(handle, INVALID_HANDLE_VALUE); }
+    bool isOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    HANDLE get() const { return handle_; }
+    HANDLE release() { return std::exchange(handle_, INVALID_HANDLE_VALUE); }
 
 private:
-    HANDLE handle;
+    HANDLE handle_;
 };
 
 // What a program may do with a file that is open here: all, for the writer of a log renames and removes it.

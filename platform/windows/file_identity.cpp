@@ -58,31 +58,31 @@ static int identifyPath(const char *path, DWORD flags, OS_fileIdentity *identity
     return file.isOpen() ? identifyHandle(file.get(), identity) : -1;
 }
 
-int OS_IdentifyDescriptor(int in_fd, OS_fileIdentity *outp_identity) {
-    return identifyHandle(handleOf(in_fd), outp_identity);
+int OS_IdentifyDescriptor(int fd, OS_fileIdentity *identity) {
+    return identifyHandle(handleOf(fd), identity);
 }
 
-int OS_IdentifyName(const char *inp_path, OS_fileIdentity *outp_identity) {
-    return identifyPath(inp_path, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, outp_identity);
+int OS_IdentifyName(const char *path, OS_fileIdentity *identity) {
+    return identifyPath(path, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, identity);
 }
 
-int OS_IdentifyTarget(const char *inp_path, OS_fileIdentity *outp_identity) {
-    return identifyPath(inp_path, FILE_FLAG_BACKUP_SEMANTICS, outp_identity);
+int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity) {
+    return identifyPath(path, FILE_FLAG_BACKUP_SEMANTICS, identity);
 }
 
-int OS_IdentifySettled(int in_fd, OS_fileIdentity *outp_identity) {
+int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
     for (int look = 0; look < kLooks; ++look) {
         FILETIME now = {}; // before the file is looked at: what changes behind the look has a later time
         GetSystemTimeAsFileTime(&now);
-        if (OS_IdentifyDescriptor(in_fd, outp_identity) != 0)
+        if (OS_IdentifyDescriptor(fd, identity) != 0)
             return -1;
-        const bool isCoarse = outp_identity->modified % kCoarse == 0;
+        const bool isCoarse = identity->modified % kCoarse == 0;
         const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
         const std::int64_t age =
-            nanoseconds(together(now.dwHighDateTime, now.dwLowDateTime)) - outp_identity->modified;
+            nanoseconds(together(now.dwHighDateTime, now.dwLowDateTime)) - identity->modified;
         if (age > step || age < -step) // or by another clock than this machine's
             return 0;
         OS_Sleep(static_cast<int>(step / 1'000'000));
     }
-    return OS_IdentifyDescriptor(in_fd, outp_identity);
+    return OS_IdentifyDescriptor(fd, identity);
 }

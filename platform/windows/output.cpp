@@ -4,13 +4,13 @@
 
 using namespace qvledger;
 
-OS_outputKind OS_KindOfOutput(int in_fd) {
+OS_outputKind OS_KindOfOutput(int fd) {
     OS_fileIdentity identity = {};
-    if (OS_IdentifyDescriptor(in_fd, &identity) != 0)
+    if (OS_IdentifyDescriptor(fd, &identity) != 0)
         return OS_outputKind::Unknown;
     if (identity.regular)
         return OS_outputKind::File;
-    switch (GetFileType(handleOf(in_fd))) {
+    switch (GetFileType(handleOf(fd))) {
     case FILE_TYPE_CHAR:
         return OS_outputKind::Device;
     case FILE_TYPE_PIPE: // or a socket, which looks the same
@@ -21,10 +21,10 @@ OS_outputKind OS_KindOfOutput(int in_fd) {
 }
 
 // A descriptor that was opened without it cannot be made to append, so only its position moves.
-int OS_WriteAtEnd(int in_fd) {
-    if (OS_KindOfOutput(in_fd) != OS_outputKind::File)
+int OS_WriteAtEnd(int fd) {
+    if (OS_KindOfOutput(fd) != OS_outputKind::File)
         return 0;
-    return _lseeki64(in_fd, 0, SEEK_END) >= 0 ? 0 : -1;
+    return _lseeki64(fd, 0, SEEK_END) >= 0 ? 0 : -1;
 }
 
 // No call says how much of a pipe is unread: what was written counts as read.

@@ -52,15 +52,15 @@ static void removeOthers(char **kept) {
     }
 }
 
-void OS_RestoreEnvironment(char **in_kept) {
-    if (in_kept == nullptr)
+void OS_RestoreEnvironment(char **kept) {
+    if (kept == nullptr)
         return;
-    removeOthers(in_kept);
-    for (char **at = in_kept; *at != nullptr; ++at)
+    removeOthers(kept);
+    for (char **at = kept; *at != nullptr; ++at)
         if (nameLength(*at) != 0)
             static_cast<void>(_putenv(*at)); // its text was there before
 }
 
-const char *OS_ProgramVariable(const char *inp_name) {
-    return std::getenv(inp_name);
+const char *OS_ProgramVariable(const char *name) {
+    return std::getenv(name);
 }

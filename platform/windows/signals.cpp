@@ -30,6 +30,6 @@ void OS_EndBySignal() {
         ExitProcess(kInterrupted);
 }
 
-void OS_Sleep(int in_milliseconds) {
-    Sleep(static_cast<DWORD>(in_milliseconds));
+void OS_Sleep(int milliseconds) {
+    Sleep(static_cast<DWORD>(milliseconds));
 }

@@ -74,11 +74,11 @@ static Iconv kSets[] = {
 static const auto kFailed = static_cast<std::size_t>(-1);
 static const auto kNone = reinterpret_cast<iconv_t>(std::intptr_t{-1});
 
-iconv_t iconv_open(const char *inp_to, const char *inp_from) {
+iconv_t iconv_open(const char *to, const char *from) {
     Iconv *const set = std::find_if(std::begin(kSets), std::end(kSets),
-                                    [&](const Iconv &it) { return std::strcmp(it.name, inp_from) == 0; });
+                                    [&](const Iconv &it) { return std::strcmp(it.name, from) == 0; });
     const bool isKnown = set != std::end(kSets) && (set->page == 0 || IsValidCodePage(set->page) != 0);
-    if (isKnown && std::strcmp(inp_to, "UTF-8") == 0)
+    if (isKnown && std::strcmp(to, "UTF-8") == 0)
         return set;
     errno = EINVAL;
     return kNone;
@@ -153,23 +153,22 @@ static Character takeFromPage(const Iconv &set, std::string_view bytes) {
     return {0, "", bytes.size() < longest ? EINVAL : EILSEQ};
 }
 
-std::size_t iconv(iconv_t in_converter, char **inoutp_in, std::size_t *inoutp_left, char **inoutp_out,
-                  std::size_t *inoutp_room) {
-    if (inoutp_in == nullptr || *inoutp_in == nullptr)
+std::size_t iconv(iconv_t converter, char **in, std::size_t *left, char **out, std::size_t *room) {
+    if (in == nullptr || *in == nullptr)
         return 0;
-    while (*inoutp_left != 0) {
-        const std::string_view bytes(*inoutp_in, *inoutp_left);
+    while (*left != 0) {
+        const std::string_view bytes(*in, *left);
         const Character found =
-            in_converter->page == 0 ? takeUnits(*in_converter, bytes) : takeFromPage(*in_converter, bytes);
-        const int reason = found.reason != 0 ? found.reason : found.utf8.size() > *inoutp_room ? E2BIG : 0;
+            converter->page == 0 ? takeUnits(*converter, bytes) : takeFromPage(*converter, bytes);
+        const int reason = found.reason != 0 ? found.reason : found.utf8.size() > *room ? E2BIG : 0;
         if (reason != 0) {
             errno = reason;
             return kFailed;
         }
-        *inoutp_out = std::copy(found.utf8.begin(), found.utf8.end(), *inoutp_out);
-        *inoutp_room -= found.utf8.size();
-        *inoutp_in += found.length;
-        *inoutp_left -= found.length;
+        *out = std::copy(found.utf8.begin(), found.utf8.end(), *out);
+        *room -= found.utf8.size();
+        *in += found.length;
+        *left -= found.length;
     }
     return 0;
 }

@@ -192,37 +192,35 @@ void LOG_Flush() {
     ProgramLog::instance.flush();
 }
 
-void LOG_SetFunction(LOG_function in_function, void *inp_context) {
-    ProgramLog::instance.setFunction(in_function, inp_context);
+void LOG_SetFunction(LOG_function function, void *context) {
+    ProgramLog::instance.setFunction(function, context);
 }
 
 std::int64_t qvledger::logBytesIn(const OS_fileIdentity &file) {
     return ProgramLog::instance.bytesIn(file);
 }
 
-void LOG__Reset(const char *in_systemLogPath) {
-    ProgramLog::instance.reset(in_systemLogPath);
+void LOG__Reset(const char *systemLogPath) {
+    ProgramLog::instance.reset(systemLogPath);
 }
 
-void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
-                  ...) {
+void LOG__Message(std::int32_t level, const char *file, std::int32_t line, const char *format, ...) {
     const KeepErrno keep;
-    if (!ProgramLog::instance.wants(in_level))
+    if (!ProgramLog::instance.wants(level))
         return;
-    const LogPlace place = {in_level, in_file, in_line};
-    if (std::strchr(in_format, '%') == nullptr)
-        return ProgramLog::instance.write(place, in_format);
+    const LogPlace place = {level, file, line};
+    if (std::strchr(format, '%') == nullptr)
+        return ProgramLog::instance.write(place, format);
     LogText text;
     std::va_list values;
-    va_start(values, in_format);
-    text.appendValues(in_format, values);
+    va_start(values, format);
+    text.appendValues(format, values);
     va_end(values);
     ProgramLog::instance.write(place, text.view());
 }
 
-void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
-                    std::int32_t in_entry) {
-    LOG__Message(LOG_TRACE, in_file, in_line, "%s %s", in_entry != 0 ? "entering" : "leaving", in_function);
+void LOG__FuncTrace(const char *function, const char *file, std::int32_t line, std::int32_t entry) {
+    LOG__Message(LOG_TRACE, file, line, "%s %s", entry != 0 ? "entering" : "leaving", function);
 }
 
 std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,

@@ -33,12 +33,11 @@ void LOG_Flush();
 
 // Writes one entry; used through LOG_CondMessage.  REQUIRES, here and below: the file name stays valid until
 // the program ends.
-void LOG__Message(std::int32_t in_level, const char *in_file, std::int32_t in_line, const char *in_format,
-                  ...) __attribute__((format(printf, 4, 5)));
+void LOG__Message(std::int32_t level, const char *file, std::int32_t line, const char *format, ...)
+    __attribute__((format(printf, 4, 5)));
 
-// Logs the entry (in_entry 1) to or exit (0) from an operation; used through LOG_CondFuncTrace.
-void LOG__FuncTrace(const char *in_function, const char *in_file, std::int32_t in_line,
-                    std::int32_t in_entry);
+// Logs the entry (entry 1) to or exit (0) from an operation; used through LOG_CondFuncTrace.
+void LOG__FuncTrace(const char *function, const char *file, std::int32_t line, std::int32_t entry);
 
 // An entry built in pieces, one at a time per thread.  StartMessage returns non-zero if the entry is wanted;
 // then LOG_CondAdd appends to it and LOG_EndMessage writes it.  Otherwise both do nothing.
@@ -51,7 +50,7 @@ void LOG_EndMessage();
 // Null brings the sink back.  REQUIRES: no other thread logs meanwhile.
 using LOG_function = void (*)(void *inp_context, std::int32_t in_level, const char *inp_file,
                               std::int32_t in_line, const char *inp_text);
-void LOG_SetFunction(LOG_function in_function, void *inp_context);
+void LOG_SetFunction(LOG_function function, void *context);
 
 } // extern "C"
 
@@ -63,8 +62,8 @@ std::int64_t logBytesIn(const OS_fileIdentity &file);
 } // namespace qvledger
 
 // An unwanted entry costs this comparison; the macros evaluate nothing else before it.
-inline bool LOG_Wants(std::int32_t in_level) {
-    return in_level <= LOG_g_level.load(std::memory_order_relaxed);
+inline bool LOG_Wants(std::int32_t level) {
+    return level <= LOG_g_level.load(std::memory_order_relaxed);
 }
 
 #define LOG_CondMessage(level, file, line, ...)                                                              \

@@ -35,18 +35,18 @@ class Arguments {
 public:
     // The kinds, as the conversions tell them.
     bool use(const Conversion &conversion) {
-        Kind &kind = kinds[conversion.argument];
+        Kind &kind = kinds_[conversion.argument];
         const bool agrees = kind == Kind::Unused || kind == conversion.kind;
         kind = conversion.kind;
-        count = std::max(count, conversion.argument + 1);
+        count_ = std::max(count_, conversion.argument + 1);
         return agrees;
     }
     // False when one was left out: how it was passed is not known then.
-    bool take(std::va_list givenValues) {
+    bool take(std::va_list values) {
         std::va_list from;
-        va_copy(from, givenValues);
+        va_copy(from, values);
         bool known = true;
-        for (unsigned i = 0; i < count && known; ++i)
+        for (unsigned i = 0; i < count_ && known; ++i)
             known = takeOne(i, &from);
         va_end(from);
         return known;
@@ -57,16 +57,16 @@ private:
     // A pointer, as what va_list is differs from system to system.
     bool takeOne(unsigned index, std::va_list *from);
 
-    Kind kinds[kMostArguments] = {};
-    Value values[kMostArguments] = {};
-    unsigned count = 0;
+    Kind kinds_[kMostArguments] = {};
+    Value values_[kMostArguments] = {};
+    unsigned count_ = 0;
 };
 
 } // namespace
 
 bool Arguments::takeOne(unsigned index, std::va_list *from) {
-    Value &value = values[index];
-    switch (kinds[index]) {
+    Value &value = values_[index];
+    switch (kinds_[index]) {
     case Kind::Int:
         value.asInt = va_arg(*from, int);
         return true;
@@ -95,7 +95,7 @@ bool Arguments::takeOne(unsigned index, std::va_list *from) {
 #pragma GCC diagnostic ignored "-Wformat-nonliteral" // it was taken apart, and fits the value
 
 int Arguments::print(const Conversion &conversion, char *text, std::size_t size) const {
-    const Value &value = values[conversion.argument];
+    const Value &value = values_[conversion.argument];
     switch (conversion.kind) {
     case Kind::Int:
         return std::snprintf(text, size, conversion.plain, value.asInt);

@@ -151,15 +151,15 @@ std::int32_t OID_ConvertDecToBin(STF_l__hdr *, const char *inp_decimal, std::uin
     return 0;
 }
 
-static void copyName(const Database &database, const OidEntry &entry, char *givenName) {
+static void copyName(const Database &database, const OidEntry &entry, char *buffer) {
     auto name = database.identifiers.name(entry);
     if (database.names != nullptr) {
         const OidEntry *renamed = database.names->find(database.identifiers.contents(entry));
         if (renamed != nullptr)
             name = database.names->name(*renamed);
     }
-    std::memcpy(givenName, name.data(), name.size());
-    givenName[name.size()] = '\0';
+    std::memcpy(buffer, name.data(), name.size());
+    buffer[name.size()] = '\0';
 }
 
 std::int32_t OID_LookupBinary(STF_l__hdr *, void *in_handle, const std::uint8_t *inp_binary, char *outp_name,

@@ -14,40 +14,40 @@ public:
     // number * factor + addend; false when it no longer fits.
     bool advance(unsigned factor, unsigned addend) {
         unsigned carry = addend;
-        for (std::size_t at = 0; at < count; ++at) {
-            carry += digits[at] * factor;
-            digits[at] = static_cast<std::uint8_t>(carry & 0x7f);
+        for (std::size_t at = 0; at < count_; ++at) {
+            carry += digits_[at] * factor;
+            digits_[at] = static_cast<std::uint8_t>(carry & 0x7f);
             carry >>= 7;
         }
         for (; carry != 0; carry >>= 7) {
-            if (count == kMaxContents)
+            if (count_ == kMaxContents)
                 return false;
-            digits[count++] = static_cast<std::uint8_t>(carry & 0x7f);
+            digits_[count_++] = static_cast<std::uint8_t>(carry & 0x7f);
         }
         return true;
     }
 
     // Below 128 alone, which is all that the rule of the second arc needs.
-    bool isBelow(unsigned limit) const { return count == 0 || (count == 1 && digits[0] < limit); }
-    unsigned lowest() const { return count == 0 ? 0 : digits[0]; }
+    bool isBelow(unsigned limit) const { return count_ == 0 || (count_ == 1 && digits_[0] < limit); }
+    unsigned lowest() const { return count_ == 0 ? 0 : digits_[0]; }
 
     // Appends the number, highest digit first.
     bool encode(OidBinary *binary) const {
-        const std::size_t size = count == 0 ? 1 : count;
+        const std::size_t size = count_ == 0 ? 1 : count_;
         std::uint8_t &length = binary->bytes[0];
         if (length + size > kMaxContents)
             return false;
         std::uint8_t *at = binary->bytes + 1 + length;
         for (std::size_t left = size; left > 1; --left)
-            *at++ = static_cast<std::uint8_t>(digits[left - 1] | 0x80U);
+            *at++ = static_cast<std::uint8_t>(digits_[left - 1] | 0x80U);
         *at = static_cast<std::uint8_t>(lowest());
         length = static_cast<std::uint8_t>(length + size);
         return true;
     }
 
 private:
-    std::size_t count = 0;
-    std::uint8_t digits[kMaxContents];
+    std::size_t count_ = 0;
+    std::uint8_t digits_[kMaxContents];
 };
 
 } // namespace

@@ -24,51 +24,51 @@ namespace {
 
 class LineReader {
 public:
-    explicit LineReader(int givenFd) : fd(givenFd), buffer(kBlockSize) {}
+    explicit LineReader(int fd) : fd_(fd), buffer_(kBlockSize) {}
 
     // The next line without its end; false behind the last one and when a read failed.
     bool next(std::string_view *line) {
         std::size_t length = rest().find('\n');
         while (length == rest().npos && refill())
             length = rest().find('\n');
-        if (failed || rest().empty())
+        if (failed_ || rest().empty())
             return false;
         *line = rest().substr(0, length);
-        begin = length == rest().npos ? end : begin + length + 1;
+        begin_ = length == rest().npos ? end_ : begin_ + length + 1;
         if (line->ends_with('\r'))
             line->remove_suffix(1);
         return true;
     }
 
-    const char *failure() const { return failed ? std::strerror(reason) : nullptr; }
+    const char *failure() const { return failed_ ? std::strerror(reason_) : nullptr; }
 
 private:
-    std::string_view rest() const { return {buffer.data() + begin, end - begin}; }
+    std::string_view rest() const { return {buffer_.data() + begin_, end_ - begin_}; }
 
     // Reads more behind the rest that no line has taken yet; false at the end and on failure.
     bool refill() {
-        std::memmove(buffer.data(), buffer.data() + begin, end - begin);
-        end -= begin;
-        begin = 0;
-        if (end == buffer.size())
-            buffer.resize(2 * end);
-        const int count = _read(fd, buffer.data() + end, static_cast<unsigned>(buffer.size() - end));
-        total += count;
-        if (count < 0 || total > kMaxFileSize) {
-            reason = count < 0 ? errno : EFBIG;
-            failed = true;
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        end_ -= begin_;
+        begin_ = 0;
+        if (end_ == buffer_.size())
+            buffer_.resize(2 * end_);
+        const int count = _read(fd_, buffer_.data() + end_, static_cast<unsigned>(buffer_.size() - end_));
+        total_ += count;
+        if (count < 0 || total_ > kMaxFileSize) {
+            reason_ = count < 0 ? errno : EFBIG;
+            failed_ = true;
         }
-        end += count > 0 ? static_cast<std::size_t>(count) : 0;
-        return count > 0 && !failed;
+        end_ += count > 0 ? static_cast<std::size_t>(count) : 0;
+        return count > 0 && !failed_;
     }
 
-    int fd;
-    std::vector<char> buffer;
-    std::size_t begin = 0;
-    std::size_t end = 0;
-    std::int64_t total = 0;
-    bool failed = false;
-    int reason = 0;
+    int fd_;
+    std::vector<char> buffer_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    std::int64_t total_ = 0;
+    bool failed_ = false;
+    int reason_ = 0;
 };
 
 } // namespace
@@ -142,39 +142,39 @@ static std::size_t probe(const Slots &slots, std::size_t hash, IsWanted isWanted
     }
 }
 
-std::size_t OidTable::slotOf(std::span<const std::uint8_t> givenContents) const {
-    return probe(byContents, hashOf(givenContents), [&](std::uint32_t index) {
-        return std::ranges::equal(contents(entries[index]), givenContents);
+std::size_t OidTable::slotOf(std::span<const std::uint8_t> identifier) const {
+    return probe(byContents_, hashOf(identifier), [&](std::uint32_t index) {
+        return std::ranges::equal(contents(entries_[index]), identifier);
     });
 }
 
 std::size_t OidTable::slotOf(std::uint32_t identifier) const {
-    return probe(byIdentifier, hashOf(identifier),
-                 [&](std::uint32_t index) { return entries[index].identifier == identifier; });
+    return probe(byIdentifier_, hashOf(identifier),
+                 [&](std::uint32_t index) { return entries_[index].identifier == identifier; });
 }
 
 const OidEntry *OidTable::find(std::span<const std::uint8_t> contents) const {
-    const std::uint32_t number = entries.empty() ? 0 : byContents[slotOf(contents)];
-    return number != 0 ? &entries[number - 1] : nullptr;
+    const std::uint32_t number = entries_.empty() ? 0 : byContents_[slotOf(contents)];
+    return number != 0 ? &entries_[number - 1] : nullptr;
 }
 
 const OidEntry *OidTable::findShort(std::uint32_t identifier) const {
-    const std::uint32_t number = entries.empty() ? 0 : byIdentifier[slotOf(identifier)];
-    return number != 0 ? &entries[number - 1] : nullptr;
+    const std::uint32_t number = entries_.empty() ? 0 : byIdentifier_[slotOf(identifier)];
+    return number != 0 ? &entries_[number - 1] : nullptr;
 }
 
 // Doubles the hash tables while they are at most half full.
 void OidTable::makeRoomForOne() {
-    if (2 * (entries.size() + 1) <= byContents.size())
+    if (2 * (entries_.size() + 1) <= byContents_.size())
         return;
-    const std::size_t size = std::max(kFirstSlots, 2 * byContents.size());
-    byContents.assign(size, 0);
-    byIdentifier.assign(size, 0);
-    for (std::uint32_t number = 1; number <= entries.size(); ++number) {
-        const OidEntry &entry = entries[number - 1];
-        byContents[slotOf(contents(entry))] = number;
+    const std::size_t size = std::max(kFirstSlots, 2 * byContents_.size());
+    byContents_.assign(size, 0);
+    byIdentifier_.assign(size, 0);
+    for (std::uint32_t number = 1; number <= entries_.size(); ++number) {
+        const OidEntry &entry = entries_[number - 1];
+        byContents_[slotOf(contents(entry))] = number;
         if (entry.identifier != 0)
-            byIdentifier[slotOf(entry.identifier)] = number;
+            byIdentifier_[slotOf(entry.identifier)] = number;
     }
 }
 
@@ -184,21 +184,21 @@ void OidTable::makeRoomForOne() {
 const char *OidTable::add(const OidLine &line) {
     makeRoomForOne();
     const std::span binary(line.binary.bytes, 1U + line.binary.bytes[0]);
-    std::uint32_t &contentsSlot = byContents[slotOf(binary.subspan(1))];
+    std::uint32_t &contentsSlot = byContents_[slotOf(binary.subspan(1))];
     if (contentsSlot != 0)
         return "object identifier given twice";
-    const auto number = static_cast<std::uint32_t>(entries.size() + 1);
+    const auto number = static_cast<std::uint32_t>(entries_.size() + 1);
     if (line.identifier != 0) {
-        std::uint32_t &identifierSlot = byIdentifier[slotOf(line.identifier)];
+        std::uint32_t &identifierSlot = byIdentifier_[slotOf(line.identifier)];
         if (identifierSlot != 0)
             return "short identifier given twice";
         identifierSlot = number;
     }
     contentsSlot = number;
-    entries.push_back({static_cast<std::uint32_t>(bytes.size()), line.identifier, line.classNumber});
-    bytes.insert(bytes.end(), binary.begin(), binary.end());
-    bytes.push_back(static_cast<std::uint8_t>(line.name.size()));
-    bytes.insert(bytes.end(), line.name.begin(), line.name.end());
+    entries_.push_back({static_cast<std::uint32_t>(bytes_.size()), line.identifier, line.classNumber});
+    bytes_.insert(bytes_.end(), binary.begin(), binary.end());
+    bytes_.push_back(static_cast<std::uint8_t>(line.name.size()));
+    bytes_.insert(bytes_.end(), line.name.begin(), line.name.end());
     return nullptr;
 }
 
@@ -217,14 +217,14 @@ bool OidTable::readLines(int fd, const char *path, Kind kind) {
         if (fault == nullptr)
             fault = add(line);
         if (fault != nullptr) {
-            trouble = std::string(path) + ":" + std::to_string(number) + ": " + fault;
-            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+            trouble_ = std::string(path) + ":" + std::to_string(number) + ": " + fault;
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble_.c_str());
             return false;
         }
     }
     if (reader.failure() != nullptr) {
-        trouble = std::string(path) + ": cannot be read: " + reader.failure();
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+        trouble_ = std::string(path) + ": cannot be read: " + reader.failure();
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble_.c_str());
     }
     return reader.failure() == nullptr;
 }
@@ -234,17 +234,17 @@ OidTable::State OidTable::load(const char *path, Kind kind) {
     if (file.get() < 0) {
         if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG)
             return State::Absent;
-        trouble = std::string(path) + ": cannot be opened: " + std::strerror(errno);
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+        trouble_ = std::string(path) + ": cannot be opened: " + std::strerror(errno);
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble_.c_str());
         return State::Bad;
     }
     OS_fileIdentity info = {};
     if (OS_IdentifyDescriptor(file.get(), &info) != 0 || !info.regular || info.size > kMaxFileSize) {
-        trouble = std::string(path) + ": no file of at most 1 GiB";
-        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble.c_str());
+        trouble_ = std::string(path) + ": no file of at most 1 GiB";
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble_.c_str());
         return State::Bad;
     }
     // What an entry takes is never more than its line.
-    bytes.reserve(static_cast<std::size_t>(info.size));
+    bytes_.reserve(static_cast<std::size_t>(info.size));
     return readLines(file.get(), path, kind) ? State::Loaded : State::Bad;
 }

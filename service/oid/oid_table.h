@@ -38,7 +38,7 @@ public:
     State load(const char *path, Kind kind);
 
     // What a load that went bad was told with.
-    const std::string &whyBad() const { return trouble; }
+    const std::string &whyBad() const { return trouble_; }
 
     // Null for one that the table has not.
     const OidEntry *find(std::span<const std::uint8_t> contents) const;
@@ -46,7 +46,7 @@ public:
 
     std::span<const std::uint8_t> contents(const OidEntry &entry) const { return part(entry.at); }
     std::span<const std::uint8_t> name(const OidEntry &entry) const {
-        return part(entry.at + 1U + bytes[entry.at]);
+        return part(entry.at + 1U + bytes_[entry.at]);
     }
 
 private:
@@ -58,14 +58,14 @@ private:
     std::size_t slotOf(std::span<const std::uint8_t> contents) const;
     std::size_t slotOf(std::uint32_t identifier) const;
     std::span<const std::uint8_t> part(std::size_t at) const {
-        return std::span(bytes).subspan(at + 1, bytes[at]);
+        return std::span(bytes_).subspan(at + 1, bytes_[at]);
     }
 
-    std::vector<std::uint8_t> bytes; // OID and name of each entry, each behind a length byte
-    std::vector<OidEntry> entries;
-    Slots byContents;
-    Slots byIdentifier;
-    std::string trouble;
+    std::vector<std::uint8_t> bytes_; // OID and name of each entry, each behind a length byte
+    std::vector<OidEntry> entries_;
+    Slots byContents_;
+    Slots byIdentifier_;
+    std::string trouble_;
 };
 
 } // namespace qvledger

@@ -9,10 +9,10 @@ using namespace qvledger;
 
 constexpr std::size_t kUnit = 4; // every XDR item takes a multiple of this many bytes
 
-void XdrReader::fail(Fault givenFault) {
+void XdrReader::fail(Fault reason) {
     if (!failed())
-        fault = givenFault;
-    rest = {};
+        fault_ = reason;
+    rest_ = {};
 }
 
 std::int16_t XdrReader::shortInteger() {
@@ -48,16 +48,16 @@ static bool endsInZeros(std::span<const std::uint8_t> units, std::size_t count) 
 std::span<const std::uint8_t> XdrReader::bytes(std::size_t limit) {
     const std::size_t length = word();
     const std::size_t padded = (length + kUnit - 1) / kUnit * kUnit;
-    if (length <= limit && padded > rest.size()) {
+    if (length <= limit && padded > rest_.size()) {
         failAt(padded);
         return {};
     }
-    if (length > limit || !endsInZeros(rest.first(padded), padded - length)) {
+    if (length > limit || !endsInZeros(rest_.first(padded), padded - length)) {
         fail(Fault::Malformed);
         return {};
     }
-    const std::span<const std::uint8_t> text = rest.first(length);
-    rest = rest.subspan(padded);
+    const std::span<const std::uint8_t> text = rest_.first(length);
+    rest_ = rest_.subspan(padded);
     return text;
 }
 

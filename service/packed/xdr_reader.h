@@ -20,16 +20,16 @@ class XdrReader {
 public:
     // missing: how many bytes of the value are not there, after those that are.
     XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory, std::size_t missing = 0)
-        : rest(bytes), memory_(memory), missing_(missing) {}
+        : rest_(bytes), memory_(memory), missing_(missing) {}
 
     std::uint32_t word() {
         std::uint32_t word = 0;
-        if (rest.size() < sizeof word) {
+        if (rest_.size() < sizeof word) {
             failAt(sizeof word);
             return 0;
         }
-        std::memcpy(&word, rest.data(), sizeof word);
-        rest = rest.subspan(sizeof word);
+        std::memcpy(&word, rest_.data(), sizeof word);
+        rest_ = rest_.subspan(sizeof word);
         return fromNetworkOrder(word);
     }
     std::int32_t integer() { return static_cast<std::int32_t>(word()); }
@@ -65,28 +65,28 @@ public:
     }
 
     // Everything still unread, as it is.
-    std::span<const std::uint8_t> remainder() { return std::exchange(rest, {}); }
+    std::span<const std::uint8_t> remainder() { return std::exchange(rest_, {}); }
 
     // Could everything be read, and is nothing left?
-    bool isWhole() const { return fault == Fault::None && rest.empty(); }
-    bool failed() const { return fault != Fault::None; }
-    bool outOfMemory() const { return fault == Fault::Memory; }
+    bool isWhole() const { return fault_ == Fault::None && rest_.empty(); }
+    bool failed() const { return fault_ != Fault::None; }
+    bool outOfMemory() const { return fault_ == Fault::Memory; }
     // Did it fail only because the missing bytes are missing?
-    bool lacksBytes() const { return fault == Fault::Missing; }
+    bool lacksBytes() const { return fault_ == Fault::Missing; }
 
 private:
     enum class Fault : std::uint8_t { None, Malformed, Missing, Memory };
 
-    void fail(Fault givenFault);
+    void fail(Fault fault);
     // Fails at an item that ends after so many bytes.
     void failAt(std::size_t size) {
-        fail(size <= rest.size() + missing_ ? Fault::Missing : Fault::Malformed);
+        fail(size <= rest_.size() + missing_ ? Fault::Missing : Fault::Malformed);
     }
 
-    std::span<const std::uint8_t> rest; // nothing once it failed
+    std::span<const std::uint8_t> rest_; // nothing once it failed
     ValueMemory &memory_;
     std::size_t missing_;
-    Fault fault = Fault::None;
+    Fault fault_ = Fault::None;
 };
 
 } // namespace qvledger

@@ -18,11 +18,11 @@ using Bytes = std::span<const std::uint8_t>;
 
 // Characters behind a pointer, null counting as none, or in place.
 template <class Characters>
-static Bytes bytesOf(const Characters &givenCharacters) {
+static Bytes bytesOf(const Characters &text) {
     static_assert(std::is_array_v<Characters> || std::is_pointer_v<Characters>);
     constexpr std::size_t limit =
         std::is_array_v<Characters> ? sizeof(Characters) : std::numeric_limits<std::ptrdiff_t>::max();
-    const char *characters = givenCharacters;
+    const char *characters = text;
     if (characters == nullptr)
         return {};
     return {reinterpret_cast<const std::uint8_t *>(characters), strnlen(characters, limit)};

@@ -12,35 +12,35 @@ class Output {
 public:
     // Room for n more bytes; advance() says how far they were filled.
     char *room(size_t n) {
-        if (buf.size() - used < n)
-            buf.resize(2 * buf.size() + n);
-        return buf.data() + used;
+        if (buf_.size() - used_ < n)
+            buf_.resize(2 * buf_.size() + n);
+        return buf_.data() + used_;
     }
-    void advance(char *to) { used = to - buf.data(); }
-    void put(char c) { *room(1) = c, used++; }
-    void put(std::string_view s) { memcpy(room(s.size()), s.data(), s.size()), used += s.size(); }
-    void startLine() { line = used; }
+    void advance(char *to) { used_ = to - buf_.data(); }
+    void put(char c) { *room(1) = c, used_++; }
+    void put(std::string_view s) { memcpy(room(s.size()), s.data(), s.size()), used_ += s.size(); }
+    void startLine() { line_ = used_; }
     void insertBeforeLine(const std::string &s) {
         room(s.size());
-        memmove(&buf[line + s.size()], &buf[line], used - line);
-        memcpy(&buf[line], s.data(), s.size());
-        used += s.size();
+        memmove(&buf_[line_ + s.size()], &buf_[line_], used_ - line_);
+        memcpy(&buf_[line_], s.data(), s.size());
+        used_ += s.size();
     }
     void flush(size_t above) {
-        if (used <= above)
+        if (used_ <= above)
             return;
-        for (size_t done = 0; done < used;) {
-            ssize_t n = write(1, buf.data() + done, used - done);
+        for (size_t done = 0; done < used_;) {
+            ssize_t n = write(1, buf_.data() + done, used_ - done);
             if (n < 0)
                 fail("cannot write the report");
             done += n;
         }
-        used = 0;
+        used_ = 0;
     }
 
 private:
-    std::vector<char> buf = std::vector<char>(chunk);
-    size_t used = 0, line = 0;
+    std::vector<char> buf_ = std::vector<char>(chunk);
+    size_t used_ = 0, line_ = 0;
 };
 
 static char *digits(char *p, uint32_t v, int width) {

@@ -29,39 +29,39 @@ inline uint32_t net(const char *p) {
 
 class Input {
 public:
-    explicit Input(const char *path, size_t size = chunk) : fd(open(path, O_RDONLY)), buf(size) {
-        if (fd < 0)
+    explicit Input(const char *path, size_t size = chunk) : fd_(open(path, O_RDONLY)), buf_(size) {
+        if (fd_ < 0)
             fail("cannot open the log");
     }
-    bool atEnd() { return pos == end && !fill(1); }
+    bool atEnd() { return pos_ == end_ && !fill(1); }
     // The next n bytes; they stay until the next call.
     const char *take(size_t n) {
-        if (end - pos < n && !fill(n))
+        if (end_ - pos_ < n && !fill(n))
             fail("the log ends early");
-        pos += n;
-        return buf.data() + pos - n;
+        pos_ += n;
+        return buf_.data() + pos_ - n;
     }
-    void skipBuffered() { pos = end; }
+    void skipBuffered() { pos_ = end_; }
 
 private:
     bool fill(size_t n) {
         if (n > largest)
             fail("a length is too large");
-        memmove(buf.data(), buf.data() + pos, end - pos);
-        end -= pos, pos = 0;
-        if (n > buf.size())
-            buf.resize(n);
-        while (end < n) {
-            ssize_t got = read(fd, buf.data() + end, buf.size() - end);
+        memmove(buf_.data(), buf_.data() + pos_, end_ - pos_);
+        end_ -= pos_, pos_ = 0;
+        if (n > buf_.size())
+            buf_.resize(n);
+        while (end_ < n) {
+            ssize_t got = read(fd_, buf_.data() + end_, buf_.size() - end_);
             if (got < 0)
                 fail("cannot read the log");
             if (got == 0)
                 return false;
-            end += got;
+            end_ += got;
         }
         return true;
     }
-    int fd;
-    std::vector<char> buf;
-    size_t pos = 0, end = 0;
+    int fd_;
+    std::vector<char> buf_;
+    size_t pos_ = 0, end_ = 0;
 };

@@ -39,22 +39,22 @@ static std::filesystem::path makeFolder() {
     return name;
 }
 
-Sandbox::Sandbox() : folder(makeFolder()), tree(folder) {
+Sandbox::Sandbox() : folder_(makeFolder()), tree_(folder_) {
     setenv("QV_LOG", "none", 1);
-    setenv("QV_REGISTRY", tree.registry().c_str(), 1);
+    setenv("QV_REGISTRY", tree_.registry().c_str(), 1);
     setenv("TZ", "UTC", 1);
-    tree.writeRegistry("alpha");
+    tree_.writeRegistry("alpha");
 }
 
 Sandbox::~Sandbox() {
     std::error_code ignored; // what is left is the system's to sweep
-    std::filesystem::remove_all(folder, ignored);
+    std::filesystem::remove_all(folder_, ignored);
 }
 
 ALA_handle_t Sandbox::handle() const {
     static ALA_handle_t handle = nullptr;
     if (handle == nullptr &&
-        ALA_Register("alpha", tree.logs().c_str(), tree.oids().c_str(), &handle) != ALA_N_NORMAL)
+        ALA_Register("alpha", tree_.logs().c_str(), tree_.oids().c_str(), &handle) != ALA_N_NORMAL)
         throw std::runtime_error("no registration");
     return handle;
 }

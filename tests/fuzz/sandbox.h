@@ -19,13 +19,13 @@ public:
     Sandbox(const Sandbox &) = delete;
     Sandbox &operator=(const Sandbox &) = delete;
 
-    const samples::SampleRoot &root() const { return tree; }
+    const samples::SampleRoot &root() const { return tree_; }
     // A registration of the server alpha, which lasts.
     ALA_handle_t handle() const;
 
     static void write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes);
 
 private:
-    std::filesystem::path folder;
-    samples::SampleRoot tree;
+    std::filesystem::path folder_;
+    samples::SampleRoot tree_;
 };

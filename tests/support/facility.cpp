@@ -28,7 +28,7 @@ void Facility::setTimeZone(const char *zone) {
 
 Facility::Facility() {
     const auto take = [](void *context, std::int32_t level, const char *, std::int32_t, const char *text) {
-        static_cast<Facility *>(context)->entries.emplace_back(level, text);
+        static_cast<Facility *>(context)->entries_.emplace_back(level, text);
     };
     LOG_SetFunction(take, this);
     setenv("QV_REGISTRY", root.registry().c_str(), 1);
@@ -62,17 +62,17 @@ void Facility::setLogLevel(const char *level) {
     LOG__Reset();
 }
 
-std::vector<std::string> Facility::takeLog(char givenLevel) {
+std::vector<std::string> Facility::takeLog(char logLevel) {
     std::vector<std::string> texts;
-    for (auto &[level, text] : std::exchange(entries, {}))
-        if (level == givenLevel - '0')
+    for (auto &[level, text] : std::exchange(entries_, {}))
+        if (level == logLevel - '0')
             texts.push_back(std::move(text));
     return texts;
 }
 
-ALA_retCode_t Facility::open(const samples::Log &givenLog) {
+ALA_retCode_t Facility::open(const samples::Log &logName) {
     close();
-    givenLog.save(path());
+    logName.save(path());
     return ALA_Open(handle, &kDay, &log);
 }
 

@@ -35,7 +35,7 @@ protected:
     static void setLogLevel(const char *level);
 
     // Lays the log of kDay and opens it.  An older one is closed.
-    ALA_retCode_t open(const samples::Log &givenLog);
+    ALA_retCode_t open(const samples::Log &log);
     void close();
 
     std::filesystem::path path(const std::string &tail = kDayTail) const { return root.log("alpha", tail); }
@@ -50,5 +50,5 @@ protected:
     ALA_acctLogHandle_t log = nullptr;
 
 private:
-    std::vector<std::pair<std::int32_t, std::string>> entries; // of the program's log: levels and texts
+    std::vector<std::pair<std::int32_t, std::string>> entries_; // of the program's log: levels and texts
 };

@@ -21,11 +21,11 @@ namespace fs = std::filesystem;
 
 constexpr unsigned kLongestRun = 20; // seconds
 
-PrintSystem::PrintSystem() : root(folder / "root") {
-    fs::permissions(folder.path(), fs::perms(0755)); // other users run the tool in it
+PrintSystem::PrintSystem() : root(folder_ / "root") {
+    fs::permissions(folder_.path(), fs::perms(0755)); // other users run the tool in it
     root.writeRegistry("alpha");
-    samples::writeFile(folder / "log", "");
-    fs::permissions(folder / "log", fs::perms(0666));
+    samples::writeFile(folder_ / "log", "");
+    fs::permissions(folder_ / "log", fs::perms(0666));
 }
 
 // Only what the kernel does is called from here on, up to the new program.
@@ -92,12 +92,12 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
     arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
     // Of two assignments the first one counts.
     for (const std::string &assignment :
-         {"QV_REGISTRY=" + root.registry().string(), "QV_LOG=" + (folder / "log").string(),
+         {"QV_REGISTRY=" + root.registry().string(), "QV_LOG=" + (folder_ / "log").string(),
           std::string("TZ=UTC"), std::string("LC_ALL=C")})
         environment.push_back(assignment);
-    fs::resize_file(folder / "log", 0);
-    const int captured = openNew(folder / "out");
-    const int error = openNew(folder / "err");
+    fs::resize_file(folder_ / "log", 0);
+    const int captured = openNew(folder_ / "out");
+    const int error = openNew(folder_ / "err");
     std::vector<char *> argumentList = pointersTo(arguments);
     std::vector<char *> environmentList = pointersTo(environment);
     const pid_t pid = fork();
@@ -124,10 +124,10 @@ ToolResult PrintSystem::finish(pid_t pid) {
     if (waitpid(pid, &status, 0) != pid)
         throw std::system_error(errno, std::generic_category(), "waitpid");
     ToolResult result{.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status),
-                      .out = readFile(folder / "out"),
-                      .err = readFile(folder / "err"),
+                      .out = readFile(folder_ / "out"),
+                      .err = readFile(folder_ / "err"),
                       .entries = {},
-                      .log = readFile(folder / "log")};
+                      .log = readFile(folder_ / "log")};
     result.entries = entriesOfTool(result.log);
     return result;
 }

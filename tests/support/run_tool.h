@@ -41,19 +41,19 @@ class PrintSystem {
 public:
     PrintSystem();
 
-    std::filesystem::path operator/(const std::string &name) const { return folder / name; }
+    std::filesystem::path operator/(const std::string &name) const { return folder_ / name; }
     std::filesystem::path log(const std::string &tail) const { return root.log("alpha", tail); }
-    void save(const std::string &tail, const samples::Log &givenLog) const { givenLog.save(log(tail)); }
+    void save(const std::string &tail, const samples::Log &content) const { content.save(log(tail)); }
 
     // What is started must be finished.  A run that takes longer than 20 seconds ends by SIGALRM.
     pid_t start(const std::vector<std::string> &arguments, const ToolRun &run = {});
     ToolResult finish(pid_t pid);
-    ToolResult run(const std::vector<std::string> &arguments, const ToolRun &givenRun = {}) {
-        return finish(start(arguments, givenRun));
+    ToolResult run(const std::vector<std::string> &arguments, const ToolRun &toolRun = {}) {
+        return finish(start(arguments, toolRun));
     }
 
 private:
-    TempDir folder;
+    TempDir folder_;
 
 public:
     const samples::SampleRoot root;

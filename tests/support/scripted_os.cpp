@@ -38,22 +38,22 @@ SCRIPTED(OS_KindOfOutput, OS_outputKind, (int fd), (fd))
 SCRIPTED(OS_NotedSignal, int, (), ())
 SCRIPTED(OS_SyncFolderOf, int, (int fd), (fd))
 
-ScriptedUser::ScriptedUser(const char *givenUser, const char *givenDomain)
-    : name(script::GetUserNameA,
-           [user = std::string(givenUser)](char *buffer, DWORD *size) {
-               *size = static_cast<DWORD>(user.size()) + 1;
-               std::memcpy(buffer, user.c_str(), *size);
-               return 1;
-           }),
-      account(script::LookupAccountNameA,
-              [domain = std::string(givenDomain)](const char *, const char *, PSID, DWORD *, char *text,
-                                                  DWORD *size, SID_NAME_USE *) {
-                  const DWORD needed = static_cast<DWORD>(domain.size()) + 1;
-                  if (*size < needed) {
-                      *size = needed;
-                      SetLastError(ERROR_INSUFFICIENT_BUFFER);
-                      return 0;
-                  }
-                  std::memcpy(text, domain.c_str(), needed);
-                  return 1;
-              }) {}
+ScriptedUser::ScriptedUser(const char *userName, const char *domainBuffer)
+    : name_(script::GetUserNameA,
+            [user = std::string(userName)](char *buffer, DWORD *size) {
+                *size = static_cast<DWORD>(user.size()) + 1;
+                std::memcpy(buffer, user.c_str(), *size);
+                return 1;
+            }),
+      account_(script::LookupAccountNameA,
+               [domain = std::string(domainBuffer)](const char *, const char *, PSID, DWORD *, char *text,
+                                                    DWORD *size, SID_NAME_USE *) {
+                   const DWORD needed = static_cast<DWORD>(domain.size()) + 1;
+                   if (*size < needed) {
+                       *size = needed;
+                       SetLastError(ERROR_INSUFFICIENT_BUFFER);
+                       return 0;
+                   }
+                   std::memcpy(text, domain.c_str(), needed);
+                   return 1;
+               }) {}

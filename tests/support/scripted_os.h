@@ -17,15 +17,15 @@ template <class Function>
 class Scripted {
 public:
     Scripted(std::function<Function> &slot, std::type_identity_t<std::function<Function>> script)
-        : place(slot) {
-        place = std::move(script);
+        : place_(slot) {
+        place_ = std::move(script);
     }
-    ~Scripted() { place = nullptr; }
+    ~Scripted() { place_ = nullptr; }
     Scripted(const Scripted &) = delete;
     Scripted &operator=(const Scripted &) = delete;
 
 private:
-    std::function<Function> &place;
+    std::function<Function> &place_;
 };
 
 namespace script {
@@ -59,6 +59,6 @@ public:
     ScriptedUser(const char *user, const char *domain);
 
 private:
-    Scripted<decltype(::GetUserNameA)> name;
-    Scripted<decltype(::LookupAccountNameA)> account;
+    Scripted<decltype(::GetUserNameA)> name_;
+    Scripted<decltype(::LookupAccountNameA)> account_;
 };

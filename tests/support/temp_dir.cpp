@@ -8,12 +8,12 @@ TempDir::TempDir() {
     std::string name = (std::filesystem::temp_directory_path() / "qvledger-test-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr)
         throw std::runtime_error("no temporary folder");
-    folder = name;
+    folder_ = name;
 }
 
 TempDir::~TempDir() {
     std::error_code ignored; // what is left is the system's to sweep
-    std::filesystem::remove_all(folder, ignored);
+    std::filesystem::remove_all(folder_, ignored);
 }
 
 std::string readFile(const std::filesystem::path &path) {

@@ -11,11 +11,11 @@ public:
     TempDir(const TempDir &) = delete;
     TempDir &operator=(const TempDir &) = delete;
 
-    const std::filesystem::path &path() const { return folder; }
-    std::filesystem::path operator/(const std::string &name) const { return folder / name; }
+    const std::filesystem::path &path() const { return folder_; }
+    std::filesystem::path operator/(const std::string &name) const { return folder_ / name; }
 
 private:
-    std::filesystem::path folder;
+    std::filesystem::path folder_;
 };
 
 std::string readFile(const std::filesystem::path &path);

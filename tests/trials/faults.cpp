@@ -65,10 +65,10 @@ private:
                const std::string &order);
     void sweepPoints(const Scenario &scenario, const Run &untouched, const Variant &variant, unsigned step);
 
-    PrintSystem system;
-    fs::path store = system / "store", report = system / "report";
-    std::vector<std::pair<fs::path, std::string>> logs; // by name, with the lines that they make
-    int account = -1;
+    PrintSystem system_;
+    fs::path store_ = system_ / "store", report_ = system_ / "report";
+    std::vector<std::pair<fs::path, std::string>> logs_; // by name, with the lines that they make
+    int account_ = -1;
 };
 
 } // namespace
@@ -79,19 +79,19 @@ Bench::Bench() {
         pack(samples::ucs2Text(samples::Bytes("\0J\0\xFC", 4))), pack(samples::codedText("\x80", 2252))};
     samples::Log log;
     log.job(samples::Job().attribute(samples::dotted("job-name"), samples::TEXT, texts));
-    system.save(kTextsDay, log);
-    layDemo(system.root, samples::callersAccount(), {.jobs = 2, .days = 3});
-    fs::create_directory(store);
+    system_.save(kTextsDay, log);
+    layDemo(system_.root, samples::callersAccount(), {.jobs = 2, .days = 3});
+    fs::create_directory(store_);
     int ends[2];
     if (pipe2(ends, O_NONBLOCK | O_CLOEXEC) != 0 || dup2(ends[1], kAccountFd) != kAccountFd)
         throw std::runtime_error("no pipe for the injector's account");
-    account = ends[0];
-    for (const auto &entry : fs::directory_iterator(system.root.logs()))
-        fs::create_hard_link(entry.path(), store / entry.path().filename());
-    for (const auto &entry : fs::directory_iterator(store)) {
+    account_ = ends[0];
+    for (const auto &entry : fs::directory_iterator(system_.root.logs()))
+        fs::create_hard_link(entry.path(), store_ / entry.path().filename());
+    for (const auto &entry : fs::directory_iterator(store_)) {
         const std::string date = entry.path().extension().string().substr(1);
         const Run alone = run({"alone", {"-agd", "-s", date, "-e", date}, "none"}, "");
-        logs.emplace_back(entry.path().filename(), alone.report);
+        logs_.emplace_back(entry.path().filename(), alone.report);
     }
 }
 
@@ -104,11 +104,11 @@ static std::string refusedDay(const fs::path &store) {
 }
 
 std::vector<Scenario> Bench::scenarios() const {
-    const std::string refused = refusedDay(store);
-    return {{"plain", {}, (system / "log").string()},
+    const std::string refused = refusedDay(store_);
+    return {{"plain", {}, (system_ / "log").string()},
             {"documents", {"-a"}, "stderr"},
-            {"deleting", {"-a", "-d", "-o", report.string()}, "stderr"},
-            {"denied", {"-d", "-s", refused, "-e", refused, "-o", report.string()}, "stderr"}};
+            {"deleting", {"-a", "-d", "-o", report_.string()}, "stderr"},
+            {"denied", {"-d", "-s", refused, "-e", refused, "-o", report_.string()}, "stderr"}};
 }
 
 // "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT" is an entry of the log, all else is for the user.
@@ -124,11 +124,11 @@ static void sortOut(const std::string &error, Run &run) {
 }
 
 Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLimit) {
-    fs::remove_all(system.root.logs()); // what an earlier run deleted, or left aside
-    fs::create_directory(system.root.logs());
-    for (const auto &entry : fs::directory_iterator(store))
-        fs::create_hard_link(entry.path(), system.root.logs() / entry.path().filename());
-    fs::remove(report);
+    fs::remove_all(system_.root.logs()); // what an earlier run deleted, or left aside
+    fs::create_directory(system_.root.logs());
+    for (const auto &entry : fs::directory_iterator(store_))
+        fs::create_hard_link(entry.path(), system_.root.logs() / entry.path().filename());
+    fs::remove(report_);
     std::vector<std::string> arguments = scenario.arguments;
     arguments.emplace_back("alpha");
     const ToolRun tool = {.environment = {{kFaultVariable, order},
@@ -138,14 +138,14 @@ Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLi
                                           {"UBSAN_OPTIONS", "exitcode=98"}}};
     const rlimit limit = {fileLimit, RLIM_INFINITY}, none = {RLIM_INFINITY, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &limit);
-    const pid_t pid = system.start(arguments, tool);
+    const pid_t pid = system_.start(arguments, tool);
     setrlimit(RLIMIT_FSIZE, &none);
-    const ToolResult result = system.finish(pid);
+    const ToolResult result = system_.finish(pid);
     Run run = {.status = result.status, .report = result.out, .messages = {}, .entries = {}, .account = {}};
     if (run.report.empty())
-        run.report = readFile(report);
+        run.report = readFile(report_);
     sortOut(result.err, run);
-    if (read(account, &run.account, sizeof run.account) != sizeof run.account)
+    if (read(account_, &run.account, sizeof run.account) != sizeof run.account)
         run.status += 10000; // it did not come to its end
     return run;
 }
@@ -164,8 +164,8 @@ std::string Bench::complaint(const Run &untouched, const Run &run, bool told) co
         wrong += " " + std::to_string(run.account.live) + " allocations leaked;";
     if (run.account.descriptors > untouched.account.descriptors)
         wrong += " a descriptor leaked;";
-    for (const auto &[name, lines] : logs)
-        if (!fs::exists(system.root.logs() / name) && run.report.find(lines) == run.report.npos)
+    for (const auto &[name, lines] : logs_)
+        if (!fs::exists(system_.root.logs() / name) && run.report.find(lines) == run.report.npos)
             wrong += " " + name.string() + " deleted without its lines;";
     if (!told || (run.status == untouched.status && run.report == untouched.report))
         return wrong;

@@ -97,17 +97,17 @@ extern "C" {
 void *OWN(malloc)(std::size_t in_size) {
     return failsNow('a', "malloc") ? nullptr : claim(BASE(malloc)(in_size + kMark), CALLER);
 }
-void *OWN(calloc)(std::size_t count, std::size_t givenSize) {
+void *OWN(calloc)(std::size_t count, std::size_t bytes) {
     std::size_t size = 0;
-    if (__builtin_mul_overflow(count, givenSize, &size) || failsNow('a', "calloc"))
+    if (__builtin_mul_overflow(count, bytes, &size) || failsNow('a', "calloc"))
         return nullptr;
     return claim(BASE(calloc)(size + kMark, 1), CALLER);
 }
-void *OWN(realloc)(void *givenBlock, std::size_t size) {
+void *OWN(realloc)(void *old, std::size_t size) {
     if (failsNow('a', "realloc"))
         return nullptr;
-    const bool owned = disown(givenBlock);
-    void *block = BASE(realloc)(givenBlock, size + kMark);
+    const bool owned = disown(old);
+    void *block = BASE(realloc)(old, size + kMark);
     return claim(block, owned ? &__executable_start : CALLER);
 }
 #ifndef FAULTS_UNDER_SANITIZER
@@ -166,13 +166,13 @@ void operator delete[](void *block, std::size_t) noexcept {
 // they keep.  They fail as a whole instead.
 class WithMemory {
 public:
-    WithMemory() : family(std::exchange(gFamily, gFamily == 'a' ? '-' : gFamily)) {}
-    ~WithMemory() { gFamily = family; }
+    WithMemory() : family_(std::exchange(gFamily, gFamily == 'a' ? '-' : gFamily)) {}
+    ~WithMemory() { gFamily = family_; }
     WithMemory(const WithMemory &) = delete;
     WithMemory &operator=(const WithMemory &) = delete;
 
 private:
-    char family;
+    char family_;
 };
 #define LOOK_UP(name, parameters, arguments)                                                                 \
     FAILING_WITH(const WithMemory memory, int, name, errno, parameters, arguments)

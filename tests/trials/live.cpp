@@ -50,7 +50,7 @@ protected:
     int layLogs();
     pid_t startServer(int first);
     pid_t startRun(const std::string &server, const fs::path &report, bool inVain);
-    void makeTrouble(const std::vector<pid_t> &givenRuns);
+    void makeTrouble(const std::vector<pid_t> &started);
     void check();
 
     PrintSystem system;
@@ -171,11 +171,11 @@ pid_t Live::startRun(const std::string &server, const fs::path &report, bool inV
     return run;
 }
 
-void Live::makeTrouble(const std::vector<pid_t> &givenRuns) {
+void Live::makeTrouble(const std::vector<pid_t> &started) {
     constexpr int kAsked[] = {SIGINT, SIGTERM, SIGHUP};
     usleep(static_cast<useconds_t>(random() % 12'000));
     if (kind.trouble == kKills || kind.trouble == kSignals)
-        for (const pid_t run : givenRuns)
+        for (const pid_t run : started)
             if (random() % 2 == 0)
                 kill(run, kind.trouble == kKills ? SIGKILL : kAsked[random() % 3]);
     if (kind.trouble == kReportRemoved) { // what is written from here on is in no report

@@ -63,12 +63,12 @@ private:
     void cutEverywhere(const char *label, Judge judge);
     bool isKept(const std::string &report) const;
 
-    PrintSystem system;
-    const fs::path reports = system / "reports", saved = system / "saved", logs = system.root.logs();
-    State before;
-    std::map<std::string, int> names; // as the run sees them
-    std::vector<std::size_t> sizes;   // by number of the file
-    std::vector<Call> calls;
+    PrintSystem system_;
+    const fs::path reports_ = system_ / "reports", saved_ = system_ / "saved", logs_ = system_.root.logs();
+    State before_;
+    std::map<std::string, int> names_; // as the run sees them
+    std::vector<std::size_t> sizes_;   // by number of the file
+    std::vector<Call> calls_;
 };
 
 } // namespace
@@ -77,14 +77,14 @@ private:
 
 State Power::present() const {
     State state;
-    for (const fs::path &folder : {reports, saved, logs})
+    for (const fs::path &folder : {reports_, saved_, logs_})
         for (const auto &entry : fs::directory_iterator(folder))
             state[entry.path()] = readFile(entry.path());
     return state;
 }
 
 void Power::lay(const State &state) const {
-    for (const fs::path &folder : {reports, saved, logs}) {
+    for (const fs::path &folder : {reports_, saved_, logs_}) {
         fs::remove_all(folder);
         fs::create_directory(folder);
     }
@@ -94,14 +94,14 @@ void Power::lay(const State &state) const {
 
 void Power::change(Call call) {
     if (call.kind == Kind::Name)
-        names[call.path] = call.file;
+        names_[call.path] = call.file;
     if (call.kind == Kind::Unname || call.kind == Kind::Move)
-        names.erase(call.path);
+        names_.erase(call.path);
     if (call.kind == Kind::Move)
-        names[call.to] = call.file;
+        names_[call.to] = call.file;
     if (call.isData())
-        sizes[static_cast<std::size_t>(call.file)] = call.at + call.bytes.size();
-    calls.push_back(std::move(call));
+        sizes_[static_cast<std::size_t>(call.file)] = call.at + call.bytes.size();
+    calls_.push_back(std::move(call));
 }
 
 // The texts of a line, which are in hexadecimal: in quotation marks, and after descriptors.
@@ -124,24 +124,24 @@ void Power::note(const std::string &line) {
     if (texts.empty() || equals == line.npos || line[equals + 3] == '-')
         return;
     const std::string &subject = name == "openat" || name.ends_with("at2") ? texts.back() : texts.front();
-    const auto known = names.find(subject);
-    const bool isFolder = subject == reports || subject == saved || subject == logs;
-    if (name == "openat" && known == names.end() && !isFolder &&
-        (fs::path(subject).parent_path() == reports || fs::path(subject).parent_path() == saved)) {
-        sizes.push_back(0);
-        change({Kind::Name, static_cast<int>(sizes.size()) - 1, subject});
+    const auto known = names_.find(subject);
+    const bool isFolder = subject == reports_ || subject == saved_ || subject == logs_;
+    if (name == "openat" && known == names_.end() && !isFolder &&
+        (fs::path(subject).parent_path() == reports_ || fs::path(subject).parent_path() == saved_)) {
+        sizes_.push_back(0);
+        change({Kind::Name, static_cast<int>(sizes_.size()) - 1, subject});
     } else if (name == "fsync" && isFolder) {
         change({Kind::SyncFolder, -1, subject});
     } else if (name == "syncfs") {
         change({Kind::SyncAll, -1, subject});
     } else if (name.starts_with("rename")) {
-        if (const auto from = names.find(texts[texts.size() / 2 - 1]); from != names.end())
+        if (const auto from = names_.find(texts[texts.size() / 2 - 1]); from != names_.end())
             change({Kind::Move, from->second, from->first, texts.back()});
-    } else if (known == names.end()) {
+    } else if (known == names_.end()) {
         return;
     } else if (name == "write") {
         const int file = known->second;
-        change({Kind::Write, file, subject, "", sizes[static_cast<std::size_t>(file)], texts[1]});
+        change({Kind::Write, file, subject, "", sizes_[static_cast<std::size_t>(file)], texts[1]});
     } else if (name == "ftruncate") {
         change({Kind::Cut, known->second, subject, "", std::stoul(line.substr(line.rfind(", ", equals) + 2)),
                 ""});
@@ -156,12 +156,12 @@ void Power::note(const std::string &line) {
 }
 
 void Power::record(const std::vector<std::string> &arguments, int output, const char *program) {
-    const std::string trace = system / "trace";
+    const std::string trace = system_ / "trace";
     std::vector<std::string> all = {"-qq", "-y", "-xx", "-s", "1000000", "-e", kCalls, "-o", trace, program};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    system.run(all, {.environment = {{"QV_LOG", "none"}, {"ASAN_OPTIONS", "detect_leaks=0"}},
-                     .output = output,
-                     .program = "/usr/bin/strace"});
+    system_.run(all, {.environment = {{"QV_LOG", "none"}, {"ASAN_OPTIONS", "detect_leaks=0"}},
+                      .output = output,
+                      .program = "/usr/bin/strace"});
     std::istringstream lines(readFile(trace));
     for (std::string line; std::getline(lines, line);)
         note(line);
@@ -171,13 +171,13 @@ void Power::record(const std::vector<std::string> &arguments, int output, const 
 
 State Power::replay(std::size_t end, const std::vector<bool> &kept) const {
     std::map<std::string, int> there;
-    std::vector<std::string> contents(sizes.size());
-    for (const auto &[path, bytes] : before) {
+    std::vector<std::string> contents(sizes_.size());
+    for (const auto &[path, bytes] : before_) {
         contents[there.size()] = bytes;
         there.emplace(path, static_cast<int>(there.size()));
     }
     for (std::size_t i = 0; i < end; ++i) {
-        const Call &call = calls[i];
+        const Call &call = calls_[i];
         if (!kept[i] || !call.isChange())
             continue;
         if (call.isData()) {
@@ -204,14 +204,14 @@ void Power::cutEverywhere(const char *label, Judge judge) {
     std::set<State> seen;
     std::size_t selections = 0;
     std::mt19937 random(1);
-    for (std::size_t end = 0; end <= calls.size(); ++end) {
+    for (std::size_t end = 0; end <= calls_.size(); ++end) {
         std::vector<std::size_t> pending;
-        std::vector<bool> kept(calls.size(), true);
+        std::vector<bool> kept(calls_.size(), true);
         for (std::size_t i = 0; i < end; ++i)
-            if (calls[i].isChange() &&
-                std::none_of(calls.begin() + static_cast<std::ptrdiff_t>(i),
-                             calls.begin() + static_cast<std::ptrdiff_t>(end),
-                             [&](const Call &later) { return later.makesSafe(calls[i]); }))
+            if (calls_[i].isChange() &&
+                std::none_of(calls_.begin() + static_cast<std::ptrdiff_t>(i),
+                             calls_.begin() + static_cast<std::ptrdiff_t>(end),
+                             [&](const Call &later) { return later.makesSafe(calls_[i]); }))
                 pending.push_back(i);
         const bool all = pending.size() <= kAllSelections;
         const std::size_t count = all ? std::size_t{1} << pending.size() : kSomeSelections;
@@ -221,17 +221,17 @@ void Power::cutEverywhere(const char *label, Judge judge) {
             if (const State state = replay(end, kept);
                 seen.insert(state).second && !judge(state) && ++faults != 0)
                 std::printf("FAULT: %s: power lost after call %zu of %zu, selection %zu\n", label, end,
-                            calls.size(), selection);
+                            calls_.size(), selection);
         }
     }
-    std::printf("%s: %zu calls, %zu selections, %zu states\n", label, calls.size(), selections, seen.size());
+    std::printf("%s: %zu calls, %zu selections, %zu states\n", label, calls_.size(), selections, seen.size());
 }
 
 // Is every record in a whole line of the report or in a log?
 bool Power::isKept(const std::string &report) const {
     const std::multiset<int> lines = linesIn(readFile(report));
     Numbers found(lines.begin(), lines.end());
-    for (const auto &entry : fs::directory_iterator(logs))
+    for (const auto &entry : fs::directory_iterator(logs_))
         found.merge(numbersIn(readFile(entry.path())));
     return found.size() == 6;
 }
@@ -239,22 +239,22 @@ bool Power::isKept(const std::string &report) const {
 // ---- The trials ----
 
 void Power::trial(const char *label, bool exists, const std::string &earlier, bool byLink, int flags) {
-    const fs::path report = reports / "report", link = system / "link";
-    before = {{system.log("19990301"), numberedLog(1, 4)}, {system.log("19990302"), numberedLog(4, 7)}};
-    names.clear();
-    calls.clear();
-    sizes.clear();
-    lay(before);
-    for (const auto &[path, contents] : before) {
-        names[path] = static_cast<int>(sizes.size());
-        sizes.push_back(contents.size());
+    const fs::path report = reports_ / "report", link = system_ / "link";
+    before_ = {{system_.log("19990301"), numberedLog(1, 4)}, {system_.log("19990302"), numberedLog(4, 7)}};
+    names_.clear();
+    calls_.clear();
+    sizes_.clear();
+    lay(before_);
+    for (const auto &[path, contents] : before_) {
+        names_[path] = static_cast<int>(sizes_.size());
+        sizes_.push_back(contents.size());
     }
     if (exists) {
         writeFile(report, earlier);
-        sizes.push_back(0);
+        sizes_.push_back(0);
         change({Kind::Name, 2, report});
         change({Kind::Write, 2, report, "", 0, earlier});
-        calls.push_back({Kind::Sync, 2, report}); // the earlier run did that
+        calls_.push_back({Kind::Sync, 2, report}); // the earlier run did that
     }
     fs::remove(link);
     fs::create_symlink(report, link);
@@ -266,7 +266,7 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
     close(output);
     const State after = present();
     if (after.size() != 1 || !after.contains(report) ||
-        after != replay(calls.size(), std::vector<bool>(calls.size(), true))) {
+        after != replay(calls_.size(), std::vector<bool>(calls_.size(), true))) {
         ++faults;
         std::printf("FAULT: %s: the run did not delete both logs, or its calls are not all known\n", label);
     }
@@ -274,21 +274,21 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
         lay(state);
         if (!isKept(report))
             return false;
-        system.run({"-d", "-o", report, "alpha"}, {.environment = {{"QV_LOG", "none"}}});
+        system_.run({"-d", "-o", report, "alpha"}, {.environment = {{"QV_LOG", "none"}}});
         const std::multiset<int> lines = linesIn(readFile(report));
         return Numbers(lines.begin(), lines.end()).size() == 6; // logs left by the first run included
     });
 }
 
 void Power::trialOfSaving() {
-    const fs::path copy = saved / "alpha.19990301";
-    before = {{system.log("19990301"), numberedLog(1, 4) + "damage"}};
-    names.clear();
-    calls.clear();
-    lay(before);
-    names[before.begin()->first] = 0;
-    sizes = {before.begin()->second.size()};
-    record({"-S", saved, "alpha"}, -1, QVLEDGER_CHECK_BINARY);
+    const fs::path copy = saved_ / "alpha.19990301";
+    before_ = {{system_.log("19990301"), numberedLog(1, 4) + "damage"}};
+    names_.clear();
+    calls_.clear();
+    lay(before_);
+    names_[before_.begin()->first] = 0;
+    sizes_ = {before_.begin()->second.size()};
+    record({"-S", saved_, "alpha"}, -1, QVLEDGER_CHECK_BINARY);
     const std::string whole = numberedLog(1, 4);
     if (readFile(copy) != whole && ++faults != 0)
         std::printf("FAULT: the copy was not saved\n");

@@ -42,22 +42,22 @@ public:
     bool mayTrace = true;
 
 private:
-    void act(Act givenAct, pid_t run, bool deletesNext);
+    void act(Act chosen, pid_t run, bool deletesNext);
     void start(const std::vector<std::string> &arguments);
     Numbers inLogs(const char *ending) const;
     void judge(Act act, unsigned number, const char *when);
 
-    PrintSystem system;
-    const std::string report = system / "report", other = system / "other";
-    pid_t beside = 0;
-    Numbers wanted;
+    PrintSystem system_;
+    const std::string report_ = system_ / "report", other_ = system_ / "other";
+    pid_t beside_ = 0;
+    Numbers wanted_;
 };
 
 } // namespace
 
 Numbers Stops::inLogs(const char *ending) const {
     Numbers found;
-    for (const auto &entry : fs::directory_iterator(system.root.logs()))
+    for (const auto &entry : fs::directory_iterator(system_.root.logs()))
         if (entry.path().string().ends_with(ending))
             found.merge(numbersIn(readFile(entry.path())));
     return found;
@@ -65,59 +65,59 @@ Numbers Stops::inLogs(const char *ending) const {
 
 // Another run, for as long as it is not held up by the stopped one.
 void Stops::start(const std::vector<std::string> &arguments) {
-    beside = system.start(arguments);
-    for (int waits = 0; waits < 30 && waitpid(beside, nullptr, WNOHANG | WNOWAIT) == 0; ++waits)
+    beside_ = system_.start(arguments);
+    for (int waits = 0; waits < 30 && waitpid(beside_, nullptr, WNOHANG | WNOWAIT) == 0; ++waits)
         usleep(1000);
 }
 
 // What the other program destroys itself is not the run's to keep.
 void Stops::act(Act act, pid_t run, bool deletesNext) {
-    const fs::path log = system.log(kDays[0]);
+    const fs::path log = system_.log(kDays[0]);
     const auto drop = [&](const Numbers &numbers) {
-        std::erase_if(wanted, [&](int number) { return numbers.contains(number); });
+        std::erase_if(wanted_, [&](int number) { return numbers.contains(number); });
     };
     if (act == kAgain || act == kElsewhere)
-        start({"-d", "-o", act == kAgain ? report : other, "alpha"});
+        start({"-d", "-o", act == kAgain ? report_ : other_, "alpha"});
     if (act == kInVain)
-        start({"-s", "20300101", "-o", report, "alpha"});
+        start({"-s", "20300101", "-o", report_, "alpha"});
     if (act == kReplace) {
         drop(numbersIn(readFile(log)));
-        writeFile(system / "fresh", numberedLog(kFresh, kEnd));
-        fs::rename(system / "fresh", log);
-        wanted.merge(numbersIn(numberedLog(kFresh, kEnd)));
+        writeFile(system_ / "fresh", numberedLog(kFresh, kEnd));
+        fs::rename(system_ / "fresh", log);
+        wanted_.merge(numbersIn(numberedLog(kFresh, kEnd)));
     }
     // Where it is gone, or held against writers, nothing happens.
     if (const int fd = act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
         drop(numbersIn(readFile(log)));
         const Bytes fresh = numberedLog(kFresh, kEnd);
         if (write(fd, fresh.data(), fresh.size()) == static_cast<ssize_t>(fresh.size()))
-            wanted.merge(numbersIn(fresh));
+            wanted_.merge(numbersIn(fresh));
         close(fd);
     }
     // With it go the lines of logs that are gone, and of the one that goes next: to ask whether the report is
     // there and to remove a log are two calls.
     if (act == kRemoveReport) {
         const Numbers left = inLogs("");
-        std::erase_if(wanted, [&](int number) { return !left.contains(number); });
+        std::erase_if(wanted_, [&](int number) { return !left.contains(number); });
         if (deletesNext)
             drop(inLogs(".being-deleted"));
-        fs::remove(report);
+        fs::remove(report_);
     }
     if (act == kKill || act == kTerminate)
         kill(run, act == kKill ? SIGKILL : SIGTERM);
 }
 
-void Stops::judge(Act act, unsigned givenNumber, const char *when) {
-    const std::multiset<int> lines = linesIn(readFile(report) + readFile(other));
+void Stops::judge(Act act, unsigned number, const char *when) {
+    const std::multiset<int> lines = linesIn(readFile(report_) + readFile(other_));
     Numbers kept(lines.begin(), lines.end());
     const bool twice = kept.size() != lines.size();
     kept.merge(inLogs(""));
-    const bool holds = std::includes(kept.begin(), kept.end(), wanted.begin(), wanted.end());
+    const bool holds = std::includes(kept.begin(), kept.end(), wanted_.begin(), wanted_.end());
     const bool repeats = twice && act <= kInVain; // elsewhere a log that stays is reported again
     if (holds && !repeats)
         return;
     ++faults;
-    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[act], givenNumber, when,
+    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[act], number, when,
                 holds ? "a line stands twice" : "a record is lost");
 }
 
@@ -138,31 +138,31 @@ static long runToCall(pid_t run, unsigned number, int *status) {
     return -1;
 }
 
-bool Stops::stopAt(Act givenAct, unsigned number) {
-    for (const fs::path &old : {fs::path(report), fs::path(other), system.root.logs()})
+bool Stops::stopAt(Act chosen, unsigned number) {
+    for (const fs::path &old : {fs::path(report_), fs::path(other_), system_.root.logs()})
         fs::remove_all(old);
-    fs::create_directory(system.root.logs());
+    fs::create_directory(system_.root.logs());
     for (int day = 0; day < 2; ++day)
-        writeFile(system.log(kDays[day]), numberedLog(1 + 3 * day, 4 + 3 * day));
-    wanted = {1, 2, 3, 4, 5, 6};
-    beside = 0;
-    const pid_t run = system.start({"-d", "-o", report, "alpha"}, {.traced = true});
+        writeFile(system_.log(kDays[day]), numberedLog(1 + 3 * day, 4 + 3 * day));
+    wanted_ = {1, 2, 3, 4, 5, 6};
+    beside_ = 0;
+    const pid_t run = system_.start({"-d", "-o", report_, "alpha"}, {.traced = true});
     int status = 0;
     const long call = runToCall(run, number, &status);
     mayTrace = !WIFEXITED(status) || WEXITSTATUS(status) != kNotTraced;
     if (call == -1)
         return false;
     ++stops;
-    act(givenAct, run, call == SYS_unlink);
+    act(chosen, run, call == SYS_unlink);
     ptrace(PTRACE_DETACH, run, nullptr, nullptr);
-    const int ended = system.finish(run).status;
-    if (beside != 0)
-        system.finish(beside);
-    if (ended > 100 && ended != 1000 + (givenAct == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
-        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[givenAct], number, ended);
-    judge(givenAct, number, "then");
-    system.run({"-d", "-o", report, "alpha"});
-    judge(givenAct, number, "after one more run");
+    const int ended = system_.finish(run).status;
+    if (beside_ != 0)
+        system_.finish(beside_);
+    if (ended > 100 && ended != 1000 + (chosen == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
+        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[chosen], number, ended);
+    judge(chosen, number, "then");
+    system_.run({"-d", "-o", report_, "alpha"});
+    judge(chosen, number, "after one more run");
     return true;
 }
 

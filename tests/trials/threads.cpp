@@ -64,8 +64,8 @@ static void addJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, std::string &t
 }
 
 // The codes of the operations, and what was read.
-static std::string playRound(const std::string &server, const SampleRoot &root, const Log &givenLog) {
-    givenLog.save(root.log(server, "20010203"));
+static std::string playRound(const std::string &server, const SampleRoot &root, const Log &logName) {
+    logName.save(root.log(server, "20010203"));
     ALA_handle_t handle = nullptr;
     dateNode *dates = nullptr;
     ALA_name *names = nullptr;

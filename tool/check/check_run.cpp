@@ -16,11 +16,11 @@
 #include "tool/check/fields.h"
 #include "tool/check/log_table.h"
 #include "tool/check/set_up_table.h"
-#include "tool/facility.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
 #include "tool/rights.h"
 #include "tool/run.h"
+#include "tool/server_session.h"
 #include "tool/stop.h"
 
 using namespace qvledger;
@@ -48,7 +48,7 @@ private:
 };
 
 // What the exit status comes from.
-struct Outcome {
+struct Findings {
     int ended = 0;        // what ended the turn of the first server for which something did
     bool noLogs = false;  // of some server
     int closed = 0;       // of a log that could not be read
@@ -66,29 +66,29 @@ struct Outcome {
 
 class CheckRun {
 public:
-    CheckRun(const Options &givenOptions, std::span<const char *const> givenServers)
-        : options(givenOptions), servers(givenServers), range(dateRange(givenOptions)) {}
+    CheckRun(const Options &options, std::span<const char *const> servers)
+        : options_(options), servers_(servers), range_(dateRange(options)) {}
 
     int run();
 
 private:
-    int turn();
-    int start(const std::string &logPath, Facility &facility);
-    int checkLogs(Facility &facility);
-    void checkListed(const Facility &facility);
+    int checkServer();
+    int start(const std::string &logPath, ServerSession &session);
+    int checkLogs(ServerSession &session);
+    void checkListed(const ServerSession &session);
     void checkLog(ALA_handle_t handle, const char *name);
     void noteClosed(const char *name, const CheckResult &result);
     void save(CheckedLog &log, const char *name);
 
-    Options options; // of the server whose turn it is
-    std::span<const char *const> servers;
-    DateRange range;
-    char **environment = OS_KeepEnvironment();
-    Outcome outcome;
-    std::unordered_set<std::string> looked; // at these logs of the server
-    bool isFolderOfLogs = false;            // that of -S: a copy would be a log
-    bool listsAgain = false;                // if one has gone meanwhile
-    bool hasGone = false;
+    Options options_; // of the server whose turn it is
+    std::span<const char *const> servers_;
+    DateRange range_;
+    char **environment_ = OS_KeepEnvironment();
+    Findings findings_;
+    std::unordered_set<std::string> looked_; // at these logs of the server
+    bool isFolderOfLogs_ = false;            // that of -S: a copy would be a log
+    bool listsAgain_ = false;                // if one has gone meanwhile
+    bool hasGone_ = false;
 };
 
 } // namespace
@@ -103,9 +103,9 @@ static bool isSameFolder(const char *logs, const char *saved) {
 }
 
 // Registers and lists the server's logs.
-int CheckRun::start(const std::string &logPath, Facility &facility) {
-    const ALA_retCode_t result = registerServer(options, logPath.c_str(), facility);
-    return result == ALA_N_NORMAL ? listLogs(options, facility) : result;
+int CheckRun::start(const std::string &logPath, ServerSession &session) {
+    const ALA_retCode_t result = registerServer(options_, logPath.c_str(), session);
+    return result == ALA_N_NORMAL ? listLogs(options_, session) : result;
 }
 
 // ---- Logs ----
@@ -138,7 +138,7 @@ void CheckRun::noteClosed(const char *name, const CheckResult &result) {
         break;
     case CheckOutcome::HeaderIsDamaged:
         state = LogState::Damaged;
-        reason = "the header is damaged: nobody knows whom the log admits";
+        reason = "the header is damaged: the access list cannot be read";
         break;
     default:
         reason = "cannot be opened or read";
@@ -146,11 +146,11 @@ void CheckRun::noteClosed(const char *name, const CheckResult &result) {
     }
     const bool cannotBeSaved = state == LogState::Damaged || state == LogState::Cut;
     if (cannotBeSaved)
-        outcome.damaged = true;
+        findings_.damaged = true;
     else
-        outcome.closed = result.code;
-    writeClosedLogLine(options.serverName, name, state, reason.c_str());
-    if (cannotBeSaved && options.saveFolder != nullptr)
+        findings_.closed = result.code;
+    writeClosedLogLine(options_.serverName, name, state, reason.c_str());
+    if (cannotBeSaved && options_.saveFolder != nullptr)
         DisplayMsg(kMsgCheckNotSaved, name);
 }
 
@@ -168,9 +168,9 @@ static std::string whyNotSaved(const CheckResult &result) {
 }
 
 void CheckRun::save(CheckedLog &log, const char *name) {
-    const std::string path = std::string(options.saveFolder) + "/" + name;
-    if (isFolderOfLogs) {
-        outcome.lost = true;
+    const std::string path = std::string(options_.saveFolder) + "/" + name;
+    if (isFolderOfLogs_) {
+        findings_.lost = true;
         DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), "the logs' own folder");
         return;
     }
@@ -180,7 +180,7 @@ void CheckRun::save(CheckedLog &log, const char *name) {
         return DisplayMsg(kMsgCheckSaved, name, path.c_str());
     if (result.outcome == CheckOutcome::GaveUp)
         return;
-    outcome.lost = true;
+    findings_.lost = true;
     DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), whyNotSaved(result).c_str());
 }
 
@@ -188,14 +188,14 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
     OpenCheckedLog log;
     CheckResult result = {};
     {
-        const LentRights rights(options.acctPath2 == nullptr);
+        const LentRights rights(options_.acctPath2 == nullptr);
         result = openToCheck(handle, name, log);
     }
-    if (result.outcome == CheckOutcome::CannotOpen && result.error == ENOENT && listsAgain) {
-        hasGone = true;
+    if (result.outcome == CheckOutcome::CannotOpen && result.error == ENOENT && listsAgain_) {
+        hasGone_ = true;
         return;
     }
-    looked.insert(name);
+    looked_.insert(name);
     if (result.outcome != CheckOutcome::Done)
         return noteClosed(name, result);
     LogSummary summary;
@@ -205,16 +205,16 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
     if (result.outcome == CheckOutcome::GaveUp)
         return;
     if (result.outcome != CheckOutcome::Done) {
-        outcome.closed = result.code;
-        return writeClosedLogLine(options.serverName, name, LogState::Unreadable,
+        findings_.closed = result.code;
+        return writeClosedLogLine(options_.serverName, name, LogState::Unreadable,
                                   withReason("cannot be read to its end", result.error).c_str());
     }
     const LogState state = stateOf(summary);
-    writeLogLine(options.serverName, name, state, summary);
+    writeLogLine(options_.serverName, name, state, summary);
     if (state != LogState::Cut && state != LogState::Damaged)
         return;
-    outcome.damaged = true;
-    if (options.saveFolder == nullptr)
+    findings_.damaged = true;
+    if (options_.saveFolder == nullptr)
         return;
     std::fflush(stdout);
     if (summary.headerIsDamaged)
@@ -229,38 +229,38 @@ static bool outputIsFile() {
     return OS_IdentifyDescriptor(_fileno(stdout), &identity) == 0 && identity.regular;
 }
 
-void CheckRun::checkListed(const Facility &facility) {
-    const ALA_name *name = facility.nameList;
-    for (const dateNode *node = facility.dateList; node != nullptr && !mustStop(std::ferror(stdout) != 0);
+void CheckRun::checkListed(const ServerSession &session) {
+    const ALA_name *name = session.nameList;
+    for (const dateNode *node = session.dateList; node != nullptr && !mustStop(std::ferror(stdout) != 0);
          node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (!range.contains(date) || looked.contains(name->logName))
+        if (!range_.contains(date) || looked_.contains(name->logName))
             continue;
         progressToLog(date);
-        checkLog(facility.mainh, name->logName);
+        checkLog(session.mainh, name->logName);
     }
 }
 
-int CheckRun::checkLogs(Facility &facility) {
-    const std::int32_t count = countLogs(facility, range);
+int CheckRun::checkLogs(ServerSession &session) {
+    const std::int32_t count = countLogs(session, range_);
     startProgress(outputIsFile(), count);
-    looked.clear();
-    hasGone = false;
-    listsAgain = true;
-    checkListed(facility);
-    if (hasGone) { // as today's log does at midnight, when it is given its date
-        listsAgain = false;
-        static_cast<void>(ALA_FreeDateList(&facility.dateList)); // they are listed anew in any case
-        static_cast<void>(ALA_FreeNameList(&facility.nameList));
-        if (const ALA_retCode_t result = listLogs(options, facility); result != ALA_N_NORMAL) {
+    looked_.clear();
+    hasGone_ = false;
+    listsAgain_ = true;
+    checkListed(session);
+    if (hasGone_) { // as today's log does at midnight, when it is given its date
+        listsAgain_ = false;
+        static_cast<void>(ALA_FreeDateList(&session.dateList)); // they are listed anew in any case
+        static_cast<void>(ALA_FreeNameList(&session.nameList));
+        if (const ALA_retCode_t result = listLogs(options_, session); result != ALA_N_NORMAL) {
             endProgress();
             return result;
         }
-        checkListed(facility);
+        checkListed(session);
     }
     endProgress();
-    if (facility.isListCut)
-        outcome.closed = ALA_A_FAIL_OPEN_DIR;
+    if (session.isListCut)
+        findings_.closed = ALA_A_FAIL_OPEN_DIR;
     if (count != 0)
         return 0;
     DisplayMsg(kMsgNoLogs);
@@ -270,41 +270,41 @@ int CheckRun::checkLogs(Facility &facility) {
 // ---- The run ----
 
 // The two tables of a server.  0, or why the second one is empty.
-int CheckRun::turn() {
-    Facility facility;
+int CheckRun::checkServer() {
+    ServerSession session;
     std::string logPath;
-    OS_RestoreEnvironment(environment); // nothing of another server is left
-    int status = checkSetUp(options, logPath);
+    OS_RestoreEnvironment(environment_); // nothing of another server is left
+    int status = checkSetUp(options_, logPath);
     if (status == 0)
-        status = start(logPath, facility);
-    isFolderOfLogs = status == 0 && isSameFolder(logPath.c_str(), options.saveFolder);
+        status = start(logPath, session);
+    isFolderOfLogs_ = status == 0 && isSameFolder(logPath.c_str(), options_.saveFolder);
     writeLogHeader();
     if (status == 0)
-        status = checkLogs(facility);
-    if (status != 0 && servers.size() > 1)
-        DisplayMsg(kMsgCheckServerFailed, options.serverName, status);
+        status = checkLogs(session);
+    if (status != 0 && servers_.size() > 1)
+        DisplayMsg(kMsgCheckServerFailed, options_.serverName, status);
     return status;
 }
 
 int CheckRun::run() {
-    for (const char *const server : servers) {
+    for (const char *const server : servers_) {
         if (mustStop(std::ferror(stdout) != 0))
             break;
-        if (server != servers.front())
+        if (server != servers_.front())
             std::fputc('\n', stdout);
-        options.serverName = server;
-        const int status = turn();
+        options_.serverName = server;
+        const int status = checkServer();
         if (status == kStatusNoLogs)
-            outcome.noLogs = true;
-        else if (outcome.ended == 0)
-            outcome.ended = status;
+            findings_.noLogs = true;
+        else if (findings_.ended == 0)
+            findings_.ended = status;
     }
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         const int error = outputError() != 0 ? outputError() : errno;
         DisplayMsg(kMsgCheckOutputLost, std::strerror(error));
-        outcome.lost = true;
+        findings_.lost = true;
     }
-    return outcome.status();
+    return findings_.status();
 }
 
 // Without an option that is unknown, and with a name wherever one is due: without one, the folder to save to

@@ -53,7 +53,7 @@ static void addPart(std::string &text, const std::string &part) {
 
 // What is wrong with the log, and what a report would pass over.
 static std::string reasonText(const LogSummary &summary) {
-    constexpr const char *kPassedOver[kSkipReasons] = {"no value of its type",
+    constexpr const char *kPassedOver[kSkipReasons] = {"value does not match its type",
                                                        "no name for an object identifier",
                                                        "no time",
                                                        "no memory",

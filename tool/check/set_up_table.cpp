@@ -12,9 +12,9 @@
 #include "service/system.h"
 #include "tool/check/fields.h"
 #include "tool/exit_status.h"
-#include "tool/facility.h"
 #include "tool/messages.h"
 #include "tool/rights.h"
+#include "tool/server_session.h"
 
 using namespace qvledger;
 
@@ -76,7 +76,7 @@ static std::string faultOfSettings(const char *path, bool needsRoot) {
         if (result == ERROR_NO_MORE_ITEMS)
             break;
         if (result == ERROR_MORE_DATA)
-            return "the value " + (last.empty() ? "that comes first" : "behind " + last) + " is too long";
+            return last.empty() ? "the first value is too long" : "the value after " + last + " is too long";
         if (result != ERROR_SUCCESS)
             return "error " + std::to_string(result) + " of the value with the number " +
                    std::to_string(index);
@@ -87,7 +87,7 @@ static std::string faultOfSettings(const char *path, bool needsRoot) {
         return "";
     if (RegQueryValueExA(key.get(), "QV_ROOT", nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
         return std::getenv("QV_ROOT") != nullptr ? "" : "it has no value QV_ROOT";
-    return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is no text";
+    return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is not a string";
 }
 
 // What a key is looked at for.
@@ -163,7 +163,7 @@ static int checkPaths(const Options &options, std::string &logPath) {
     Malloced<char> madePath;
     const char *foundPath = findLogPath(options, madePath);
     if (foundPath == nullptr)
-        return tellNoLogPath();
+        return reportNoLogPath();
     logPath = foundPath;
     const bool found = checkLogDirectory(logPath, logsAreTheSystems);
     const bool readable = checkOidTable(

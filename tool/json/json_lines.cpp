@@ -10,7 +10,7 @@ using namespace qvledger;
 // ---- JSON ----
 
 // Bytes of the UTF-8 character that the text begins with; 0 if it begins with none.
-static std::size_t utf8Length(std::string_view text) {
+static std::size_t characterLength(std::string_view text) {
     const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     const unsigned char lead = byte(0);
     if (lead < 0x80)
@@ -46,7 +46,7 @@ static void appendControl(std::string &line, unsigned char byte) {
 static void appendText(std::string &line, std::string_view text) {
     line += '"';
     while (!text.empty()) {
-        const std::size_t length = utf8Length(text);
+        const std::size_t length = characterLength(text);
         const auto first = static_cast<unsigned char>(text[0]);
         if (length == 0) {
             line += "\xEF\xBF\xBD";

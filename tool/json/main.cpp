@@ -17,9 +17,6 @@
 
 using namespace qvledger;
 
-constexpr int kStatusLost =
-    74; // the lines could not be written; as for an input/output error in other programs
-
 static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
                                   "   [-s <start date>]\n"
                                   "   [-e <end date>] [-p <path>]\n"
@@ -29,7 +26,7 @@ namespace {
 
 class JsonWriter final : public LogOutput, JsonOutput {
 public:
-    explicit JsonWriter(bool givenIsTyped) : isTyped(givenIsTyped) {}
+    explicit JsonWriter(bool isTyped) : isTyped_(isTyped) {}
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                LineWriter &report) override {
         report_ = &report;
@@ -75,9 +72,9 @@ private:
         date_ = name.date;
         return isSame;
     }
-    JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped}; }
+    JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped_}; }
 
-    bool isTyped;
+    bool isTyped_;
     LineWriter *report_ = nullptr;
     std::string server_, file_, unread_; // of the last log
     std::int32_t date_ = 0;
@@ -101,7 +98,7 @@ static int runJson(const Options &options) {
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
     JsonWriter writer(options.typeflg != 0);
-    const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLost);
+    const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLostOutput);
     return status != 0 ? status : writer.status();
 }
 

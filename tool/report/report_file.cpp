@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "service/log/log.h"
-#include "tool/holding.h"
+#include "tool/file_lock.h"
 
 using namespace qvledger;
 
@@ -54,7 +54,7 @@ ReportFile::Opened ReportFile::lock() {
         return Opened::No;
     again_.reset(OS_OpenAgain(fd_));
     // Standard output is shared with other programs, and so would be a lock on it.
-    switch (holdFile(fileName_ == nullptr && again_.isOpen() ? again_.get() : fd_, name())) {
+    switch (lockFile(fileName_ == nullptr && again_.isOpen() ? again_.get() : fd_, name())) {
     case LockResult::Locked:
         isLocked_ = true;
         break;

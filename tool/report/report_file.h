@@ -10,7 +10,7 @@
 #include "ala/driver/session.h"
 #include "platform/malloced.h"
 #include "platform/os.h"
-#include "tool/holding.h"
+#include "tool/file_lock.h"
 
 namespace qvledger {
 

@@ -31,7 +31,7 @@ namespace {
 class Names {
 public:
     Names() = default;
-    ~Names() { ALA_FreeAttributeList(&list); }
+    ~Names() { ALA_FreeAttributeList(&list_); }
     Names(const Names &) = delete;
     Names &operator=(const Names &) = delete;
 
@@ -39,27 +39,27 @@ public:
     ALA_retCode_t take(ALA_handle_t handle, ALA_record_t record, bool *changed) {
         const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
         *changed = false;
-        if (const std::uint64_t present = namesState(handle, record, type); present != 0 && present == state)
+        if (const std::uint64_t present = namesState(handle, record, type); present != 0 && present == state_)
             return ALA_N_NORMAL;
         ALA_attrName *next = nullptr;
         const ALA_retCode_t result = ALA_ListAttributesFromRecord(handle, record, type, nullptr, &next);
         if (result != ALA_N_NORMAL)
             return result;
-        *changed = equalList(list, next) == 0;
-        ALA_FreeAttributeList(&list);
-        list = next;
-        state = namesState(handle, record, type);
+        *changed = equalList(list_, next) == 0;
+        ALA_FreeAttributeList(&list_);
+        list_ = next;
+        state_ = namesState(handle, record, type);
         return result;
     }
-    const ALA_attrName *get() const { return list; }
-    void moveTo(ALA_attrName **givenList) {
-        ALA_FreeAttributeList(givenList);
-        std::swap(*givenList, list);
+    const ALA_attrName *get() const { return list_; }
+    void moveTo(ALA_attrName **list) {
+        ALA_FreeAttributeList(list);
+        std::swap(*list, list_);
     }
 
 private:
-    ALA_attrName *list = nullptr;
-    std::uint64_t state = 0;
+    ALA_attrName *list_ = nullptr;
+    std::uint64_t state_ = 0;
 };
 
 struct RecordDeleter {
@@ -220,11 +220,11 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
 }
 
 bool ReportWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &, LineWriter &report) {
-    std::int32_t doHeader = suppressHeadflg != 0 ? 0 : 1;
-    return doLog(handle, &log, &doHeader, report, suppressHeadflg, &prevLog);
+    std::int32_t doHeader = suppressHeadflg_ != 0 ? 0 : 1;
+    return doLog(handle, &log, &doHeader, report, suppressHeadflg_, &prevLog_);
 }
 
 void ReportWriter::freeNames() {
-    if (prevLog != nullptr)
-        ALA_FreeAttributeList(&prevLog);
+    if (prevLog_ != nullptr)
+        ALA_FreeAttributeList(&prevLog_);
 }

@@ -34,7 +34,7 @@ std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2);
 class ReportWriter final : public LogOutput {
 public:
     // suppressHeadflg: 1 leaves header lines out.
-    explicit ReportWriter(std::int32_t givenSuppressHeadflg) : suppressHeadflg(givenSuppressHeadflg) {}
+    explicit ReportWriter(std::int32_t suppressHeadflg) : suppressHeadflg_(suppressHeadflg) {}
     ~ReportWriter() override { freeNames(); }
     ReportWriter(const ReportWriter &) = delete;
     ReportWriter &operator=(const ReportWriter &) = delete;
@@ -46,8 +46,8 @@ public:
 private:
     void freeNames();
 
-    std::int32_t suppressHeadflg;
-    ALA_attrName *prevLog = nullptr; // names of the record written last
+    std::int32_t suppressHeadflg_;
+    ALA_attrName *prevLog_ = nullptr; // names of the record written last
 };
 
 } // namespace qvledger

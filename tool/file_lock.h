@@ -10,6 +10,6 @@ bool isMessagesFile(int fd);
 
 // Waits for the run that has the file behind the descriptor, and says so once after a second.  Gives up when
 // the program is asked to end.  name: what the message calls the file.
-LockResult holdFile(int fd, const char *name);
+LockResult lockFile(int fd, const char *name);
 
 } // namespace qvledger

@@ -8,16 +8,16 @@
 namespace qvledger {
 
 // A registration and the lists of its logs.  Released step by step at the normal end, as each step can fail.
-struct Facility {
+struct ServerSession {
     ALA_handle_t mainh = nullptr;
     dateNode *dateList = nullptr;
     ALA_name *nameList = nullptr; // one a date
     bool isListCut = false;       // logs may be missing
 
-    Facility() = default;
-    ~Facility();
-    Facility(const Facility &) = delete;
-    Facility &operator=(const Facility &) = delete;
+    ServerSession() = default;
+    ~ServerSession();
+    ServerSession(const ServerSession &) = delete;
+    ServerSession &operator=(const ServerSession &) = delete;
 };
 
 // Sets the environment that the registry has for a server.  False: the registry has none, or it could not be
@@ -29,19 +29,19 @@ bool loadServiceEnvironment(const char *serverName);
 const char *findLogPath(const Options &options, Malloced<char> &made);
 
 // Tells why there is no such directory: the status that ends the server's turn.
-int tellNoLogPath();
+int reportNoLogPath();
 
 // Registers the options' server.  0, or the code that ends the server's turn, which is told.
-ALA_retCode_t registerServer(const Options &options, const char *logPath, Facility &facility);
+ALA_retCode_t registerServer(const Options &options, const char *logPath, ServerSession &session);
 
 // Lists the server's logs, and reports what the list does not show.  0, or the code that ends the server's
 // turn, which is reported.
-ALA_retCode_t listLogs(const Options &options, Facility &facility);
+ALA_retCode_t listLogs(const Options &options, ServerSession &session);
 
 // How many of the listed logs are in the range.
-std::int32_t countLogs(const Facility &facility, const DateRange &range);
+std::int32_t countLogs(const ServerSession &session, const DateRange &range);
 
 // Gives back what the turn holds.  0, or the code of the step that failed, which is logged and the last one.
-ALA_retCode_t releaseFacility(Facility &facility);
+ALA_retCode_t endSession(ServerSession &session);
 
 } // namespace qvledger

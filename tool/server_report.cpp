@@ -1,4 +1,4 @@
-#include "tool/turn.h"
+#include "tool/server_report.h"
 
 #include <cstring>
 
@@ -7,7 +7,7 @@
 #include "platform/os.h"
 #include "service/log/log.h"
 #include "tool/exit_status.h"
-#include "tool/holding.h"
+#include "tool/file_lock.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
 #include "tool/rights.h"
@@ -44,15 +44,15 @@ private:
 } // namespace
 
 // Registers and lists the server's logs.  0, or the code that ends the turn.
-static ALA_retCode_t startFacility(const Options &options, const char *logPath, const LineWriter &report,
-                                   Facility &facility) {
-    if (const ALA_retCode_t result = registerServer(options, logPath, facility); result != ALA_N_NORMAL)
+static ALA_retCode_t startSession(const Options &options, const char *logPath, const LineWriter &report,
+                                  ServerSession &session) {
+    if (const ALA_retCode_t result = registerServer(options, logPath, session); result != ALA_N_NORMAL)
         return result;
     if (options.dflg != 0) {
         Deletion deletion(report.file());
-        restoreLogs(facility.mainh, deletion);
+        restoreLogs(session.mainh, deletion);
     }
-    return listLogs(options, facility);
+    return listLogs(options, session);
 }
 
 static void logKept(std::int32_t date, const char *why) {
@@ -81,15 +81,15 @@ static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const A
     const LentRights rights(options.acctPath2 == nullptr);
     if (options.dflg == 0)
         return ALA_Open(mainh, &date, logh);
-    return openForDeletion(mainh, &date, holdFile, logh);
+    return openForDeletion(mainh, &date, lockFile, logh);
 }
 
 // Reports one log, and deletes it under -d.
-static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &givenDate, LogName name,
+static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &logDate, LogName name,
                        LineWriter &report, LogOutput &writer, LoopState &state) {
     const std::int32_t date = name.date;
     ALA_acctLogHandle_t logh = nullptr;
-    if (const ALA_retCode_t result = openLog(options, mainh, givenDate, &logh); result != ALA_N_NORMAL) {
+    if (const ALA_retCode_t result = openLog(options, mainh, logDate, &logh); result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
         logFailure(nullptr, result);
         writer.passOver(name, report);
@@ -120,15 +120,15 @@ static void processLog(const Options &options, ALA_handle_t mainh, const ALA_tim
         why = report.whyNotSafe();
     if (why != nullptr)
         return logKept(date, why);
-    deleteLog(mainh, givenDate, read, report, state);
+    deleteLog(mainh, logDate, read, report, state);
 }
 
-static void processLogs(const Options &options, const Facility &facility, LineWriter &report,
+static void processLogs(const Options &options, const ServerSession &session, LineWriter &report,
                         LogOutput &writer, LoopState &state) {
     const DateRange range = dateRange(options);
-    startProgress(report.file().isFile(), countLogs(facility, range));
-    const ALA_name *file = facility.nameList;
-    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next, file = file->next) {
+    startProgress(report.file().isFile(), countLogs(session, range));
+    const ALA_name *file = session.nameList;
+    for (const dateNode *node = session.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         if (date > range.last) // the later ones are newer
             return;
@@ -137,35 +137,35 @@ static void processLogs(const Options &options, const Facility &facility, LineWr
         if (date < range.first)
             continue;
         progressToLog(date);
-        processLog(options, facility.mainh, node->date,
+        processLog(options, session.mainh, node->date,
                    {options.serverName, file->logName, file->logName, date}, report, writer, state);
     }
 }
 
 // All that comes before the first log.  0, or the status that ends the turn.
-static int prepare(const Options &options, const LineWriter &report, Facility &facility) {
+static int prepare(const Options &options, const LineWriter &report, ServerSession &session) {
     Malloced<char> madePath;
     const char *logPath = findLogPath(options, madePath);
     if (logPath == nullptr)
-        return tellNoLogPath();
-    return startFacility(options, logPath, report, facility);
+        return reportNoLogPath();
+    return startSession(options, logPath, report, session);
 }
 
-TurnEnd qvledger::reportServer(const Options &options, LineWriter &report, LogOutput &writer) {
-    Facility facility;
-    if (const int status = prepare(options, report, facility); status != 0)
+ServerResult qvledger::reportServer(const Options &options, LineWriter &report, LogOutput &writer) {
+    ServerSession session;
+    if (const int status = prepare(options, report, session); status != 0)
         return {.status = status, .failed = status != kStatusNoLogs};
     LoopState state;
-    processLogs(options, facility, report, writer, state);
-    if (facility.isListCut)
+    processLogs(options, session, report, writer, state);
+    if (session.isListCut)
         writer.listIsCut(options.serverName, report);
     writer.end();
     endProgress();
     static_cast<void>(report.flush()); // told where it failed
     const bool askedToEnd = OS_NotedSignal() != 0;
-    TurnEnd end = {
+    ServerResult end = {
         .failed = state.errOut || askedToEnd, .foundLog = !state.noLogFound, .deletedAny = state.deletedAny};
-    if (const ALA_retCode_t result = releaseFacility(facility); result != ALA_N_NORMAL) {
+    if (const ALA_retCode_t result = endSession(session); result != ALA_N_NORMAL) {
         end.status = result; // the report is whole
     } else if (state.noLogFound && !end.failed && !report.failed()) {
         DisplayMsg(kMsgNoLogs);

@@ -1,4 +1,4 @@
-#include "tool/facility.h"
+#include "tool/server_session.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -12,7 +12,7 @@
 
 using namespace qvledger;
 
-Facility::~Facility() {
+ServerSession::~ServerSession() {
     ALA_FreeDateList(&dateList);
     ALA_FreeNameList(&nameList);
     if (mainh != nullptr)
@@ -35,7 +35,7 @@ const char *qvledger::findLogPath(const Options &options, Malloced<char> &made) 
     return made.get();
 }
 
-int qvledger::tellNoLogPath() {
+int qvledger::reportNoLogPath() {
     if (std::getenv("QV_ROOT") != nullptr) {
         DisplayMsg(kMsgNoMemory);
         return kStatusNoMemory;
@@ -48,12 +48,12 @@ int qvledger::tellNoLogPath() {
     return kStatusNoRoot;
 }
 
-ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPath, Facility &facility) {
+ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPath, ServerSession &session) {
     findDomainWithLentRights();
     ALA_retCode_t result = ALA_N_NORMAL;
     {
         const LentRights rights(options.oidPath == nullptr);
-        result = ALA_Register(options.serverName, logPath, options.oidPath, &facility.mainh);
+        result = ALA_Register(options.serverName, logPath, options.oidPath, &session.mainh);
     }
     if (result != ALA_N_NORMAL)
         tellFailure(result, nullptr);
@@ -64,7 +64,7 @@ namespace {
 
 class ListingMessages final : public ListingWatch {
 public:
-    ListingMessages(const Options &options, Facility &facility) : options_(options), facility_(facility) {}
+    ListingMessages(const Options &options, ServerSession &session) : options_(options), facility_(session) {}
 
     void aside(const char *name) override { DisplayMsg(kMsgBeingDeleted, name); }
     void cut(int error) override {
@@ -74,15 +74,15 @@ public:
 
 private:
     const Options &options_;
-    Facility &facility_;
+    ServerSession &facility_;
 };
 
 } // namespace
 
 // Logs are opened by their dates.
-static void reportEqualDates(const Facility &facility, const DateRange &range) {
-    const ALA_name *name = facility.nameList;
-    for (const dateNode *node = facility.dateList; node->next != nullptr;
+static void reportEqualDates(const ServerSession &session, const DateRange &range) {
+    const ALA_name *name = session.nameList;
+    for (const dateNode *node = session.dateList; node->next != nullptr;
          node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
         const auto isCurrent = [](const ALA_name *log) {
@@ -95,40 +95,40 @@ static void reportEqualDates(const Facility &facility, const DateRange &range) {
     }
 }
 
-ALA_retCode_t qvledger::listLogs(const Options &options, Facility &facility) {
+ALA_retCode_t qvledger::listLogs(const Options &options, ServerSession &session) {
     const LentRights rights(options.acctPath2 == nullptr);
-    ListingMessages messages(options, facility);
+    ListingMessages messages(options, session);
     const ALA_retCode_t result =
-        listLogsByDate(facility.mainh, messages, &facility.dateList, &facility.nameList);
+        listLogsByDate(session.mainh, messages, &session.dateList, &session.nameList);
     if (result == ALA_N_NORMAL)
-        reportEqualDates(facility, dateRange(options));
+        reportEqualDates(session, dateRange(options));
     if (result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), options.serverName);
         logFailure(nullptr, result);
-        static_cast<void>(ALA_Unregister(&facility.mainh)); // the run has failed anyway
+        static_cast<void>(ALA_Unregister(&session.mainh)); // the run has failed anyway
     }
     return result;
 }
 
-std::int32_t qvledger::countLogs(const Facility &facility, const DateRange &range) {
+std::int32_t qvledger::countLogs(const ServerSession &session, const DateRange &range) {
     std::int32_t count = 0;
-    for (const dateNode *node = facility.dateList; node != nullptr; node = node->next)
+    for (const dateNode *node = session.dateList; node != nullptr; node = node->next)
         count += range.contains(ALA__NumFromDate(&node->date)) ? 1 : 0;
     return count;
 }
 
-ALA_retCode_t qvledger::releaseFacility(Facility &facility) {
-    ALA_retCode_t result = ALA_FreeDateList(&facility.dateList);
+ALA_retCode_t qvledger::endSession(ServerSession &session) {
+    ALA_retCode_t result = ALA_FreeDateList(&session.dateList);
     if (result != ALA_N_NORMAL) {
         logFailure("ALA_FreeDateList error: ", result);
         return result;
     }
-    result = ALA_FreeNameList(&facility.nameList);
+    result = ALA_FreeNameList(&session.nameList);
     if (result != ALA_N_NORMAL) {
         logFailure("ALA_FreeNameList error: ", result);
         return result;
     }
-    result = ALA_Unregister(&facility.mainh);
+    result = ALA_Unregister(&session.mainh);
     if (result != ALA_N_NORMAL)
         logFailure("ALA_Unregister error: ", result);
     return result;

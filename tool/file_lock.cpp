@@ -1,4 +1,4 @@
-#include "tool/holding.h"
+#include "tool/file_lock.h"
 
 #include <algorithm>
 #include <chrono>
@@ -21,7 +21,7 @@ bool qvledger::isMessagesFile(int fd) {
 }
 
 // Polls, because a blocking lock could begin just after the signal that should interrupt it.
-LockResult qvledger::holdFile(int fd, const char *name) {
+LockResult qvledger::lockFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
     // A message to a report that another run has locked would keep that run from deleting its logs.
     bool isReported = isMessagesFile(fd);

@@ -11,7 +11,7 @@ using namespace qvledger;
 
 // A lock keeps others from the bytes under it, so the locked ones are two that no file has.  Whoever has both
 // holds the file; the second one alone tells that its holder has gone over to another handle
-// (OS_HoldAgainstWriters).
+// (OS_LockOutWriters).
 constexpr DWORD kLockedAt = 0x7fffffff; // the high half of their position
 enum LockByte : DWORD { kFirst = 0, kSecond = 1 };
 
@@ -30,8 +30,8 @@ static void unlock(HANDLE file, LockByte byte) {
     static_cast<void>(UnlockFileEx(file, 0, 1, 0, &place)); // held or not, it is not afterwards
 }
 
-int OS_LockFile(int in_fd) {
-    const HANDLE file = handleOf(in_fd);
+int OS_LockFile(int fd) {
+    const HANDLE file = handleOf(fd);
     DWORD error = lock(file, kFirst);
     if (error == ERROR_SUCCESS) {
         error = lock(file, kSecond);
@@ -43,9 +43,9 @@ int OS_LockFile(int in_fd) {
     return error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING ? OS_TAKEN : OS_REFUSED;
 }
 
-void OS_UnlockFile(int in_fd) {
-    unlock(handleOf(in_fd), kFirst);
-    unlock(handleOf(in_fd), kSecond);
+void OS_UnlockFile(int fd) {
+    unlock(handleOf(fd), kFirst);
+    unlock(handleOf(fd), kSecond);
 }
 
 // ---- Against writers ----
@@ -53,8 +53,8 @@ void OS_UnlockFile(int in_fd) {
 // A handle that shares the file with readers alone can only be had where nobody writes, and while it is there
 // nobody opens the file to write.  It takes the old one's place, which ends with the old one's locks; its own
 // is there before.
-int OS_HoldAgainstWriters(int in_fd, const char *inp_path, const OS_fileIdentity &in_file) {
-    FileHandle held(CreateFileA(inp_path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
+    FileHandle held(CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!held.isOpen()) {
         const DWORD error = GetLastError();
@@ -64,18 +64,18 @@ int OS_HoldAgainstWriters(int in_fd, const char *inp_path, const OS_fileIdentity
     OS_fileIdentity opened = {};
     if (identifyHandle(held.get(), &opened) != 0)
         return OS_REFUSED;
-    if (!OS_IsSameFile(opened, in_file)) {
+    if (!OS_IsSameFile(opened, file)) {
         errno = ENOENT;
         return OS_REFUSED;
     }
-    unlock(handleOf(in_fd), kSecond); // the first one keeps others off
+    unlock(handleOf(fd), kSecond); // the first one keeps others off
     if (lock(held.get(), kSecond) != ERROR_SUCCESS)
         return OS_REFUSED;
-    const int fd = descriptorOf(held.release(), _O_RDONLY);
-    if (fd == -1)
+    const int newFd = descriptorOf(held.release(), _O_RDONLY);
+    if (newFd == -1)
         return OS_REFUSED;
-    const int moved = _dup2(fd, in_fd);
-    static_cast<void>(_close(fd)); // its file is open under the other number
+    const int moved = _dup2(newFd, fd);
+    static_cast<void>(_close(newFd)); // its file is open under the other number
     return moved == 0 ? OS_DONE : OS_REFUSED;
 }
 
@@ -86,11 +86,11 @@ int OS_IsOpenElsewhere(int) {
 
 // ---- Removing ----
 
-// It was opened with the right to: by OS_OpenToAppend or OS_HoldAgainstWriters.
-int OS_RemoveFile(int in_fd, const char *) {
+// It was opened with the right to: by OS_OpenToAppend or OS_LockOutWriters.
+int OS_RemoveFile(int fd, const char *) {
     FILE_DISPOSITION_INFO removed = {};
     removed.DeleteFile = 1;
-    if (SetFileInformationByHandle(handleOf(in_fd), FileDispositionInfo, &removed, sizeof removed) != 0)
+    if (SetFileInformationByHandle(handleOf(fd), FileDispositionInfo, &removed, sizeof removed) != 0)
         return 0;
     setErrno(GetLastError());
     return -1;

@@ -1,0 +1,34 @@
+#include "platform/os.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+int OS_LockFile(int fd) {
+    if (flock(fd, LOCK_EX | LOCK_NB) == 0)
+        return OS_DONE;
+    return errno == EWOULDBLOCK ? OS_TAKEN : OS_REFUSED;
+}
+
+void OS_UnlockFile(int fd) {
+    static_cast<void>(flock(fd, LOCK_UN)); // held or not, it is not afterwards
+}
+
+int OS_LockOutWriters(int fd, const char *, const OS_fileIdentity &) {
+    if (fcntl(fd, F_SETLEASE, static_cast<long>(F_RDLCK)) == 0)
+        return OS_DONE;
+    return errno == EAGAIN ? OS_TAKEN : OS_REFUSED;
+}
+
+int OS_IsOpenElsewhere(int fd) {
+    if (fcntl(fd, F_SETLEASE, static_cast<long>(F_WRLCK)) != 0)
+        return errno == EAGAIN ? 1 : 0;
+    static_cast<void>(fcntl(fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // it was to tell, not to hold
+    return 0;
+}
+
+// There is no call that removes by the descriptor.
+int OS_RemoveFile(int, const char *path) {
+    return _unlink(path);
+}
