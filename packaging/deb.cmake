@@ -1,13 +1,13 @@
-# The Debian packages, one a component: `make deb`, in a build whose prefix is /usr.
+# The Debian packages, one per component: `make deb`, in a build with the prefix /usr.
 set(QVLEDGER_PACKAGE_VERSION ${PROJECT_VERSION} CACHE STRING "The packages' version")
 set(debian ${CMAKE_CURRENT_SOURCE_DIR}/debian)
 
-# What a package has and an installation from source has not.
+# Only in the packages, not in an installation from source.
 install(FILES registry.reg DESTINATION /etc/qvledger COMPONENT tool EXCLUDE_FROM_ALL)
 install(DIRECTORY DESTINATION /var/lib/qvledger/var/acct COMPONENT tool EXCLUDE_FROM_ALL)
 install(DIRECTORY DESTINATION /var/lib/qvledger/share/oid COMPONENT tool EXCLUDE_FROM_ALL)
 
-# package(COMPONENT NAME SECTION DESCRIPTION): the first line of the description is its summary.
+# package(COMPONENT NAME SECTION DESCRIPTION): the first line of the description is the summary.
 function(package component name section description)
   install(FILES ${debian}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name}
     COMPONENT ${component} EXCLUDE_FROM_ALL)
@@ -22,28 +22,29 @@ endfunction()
 package(tool qvledger net "report the accounting logs of a print server
 Reads the binary accounting logs that the servers of a networked print system
 write, and prints one line for each print job: qvledger as tab-separated text
-with the names of the attributes above it, qvledger-json as JSON Lines.
-qvledger-check tells which logs are whole, and saves what damage left of them.
-mksample lays a sample print system, to try them on.
+with attribute names as column headers, qvledger-json as JSON Lines.
+qvledger-check reports damaged logs and saves their intact records.
+mksample creates a sample print system for trying the programs.
 
-Each log holds its own access list and is shown to those alone whom it admits.")
+Each log contains its own access list, and the programs show it only to users
+whom the list admits.")
 package(runtime libala1 libs "Accounting Log Access facility - shared library
-Opens the accounting logs of a print server for those whom their access lists
-admit, reads them record by record and delivers every attribute as text.")
+Opens the accounting logs of a print server if their access lists admit the
+caller, reads them record by record and returns every attribute as text.")
 package(dev libala-dev libdevel "Accounting Log Access facility - development files
-Opens the accounting logs of a print server for those whom their access lists
-admit, reads them record by record and delivers every attribute as text.
+Opens the accounting logs of a print server if their access lists admit the
+caller, reads them record by record and returns every attribute as text.
 
-This package holds what programs in C and C++ are built with.")
+This package contains the files for building C and C++ programs with it.")
 package(doc qvledger-doc doc "report the accounting logs of a print server - documents
-The architecture of qvledger, the formats of the files that it reads and
-writes, what the access lists of the logs protect, and example files.")
+Describes the architecture of qvledger, the formats of the files that it reads
+and writes, and what the access lists of the logs protect. Has example files.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "qvledger-doc, bash-completion")
 set(CPACK_DEBIAN_TOOL_PACKAGE_CONTROL_EXTRA ${debian}/conffiles ${debian}/postinst ${debian}/postrm)
-# What the library needs is found by scripts/package: if CPack did it, it would add scripts that call ldconfig, which the
-# trigger does already.
+# scripts/package finds the dependencies of the library.  CPack would also add scripts that call ldconfig, which the
+# trigger already does.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "\$ENV{LIBRARY_DEPENDS}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${debian}/shlibs ${debian}/symbols ${debian}/triggers)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libala1 (= ${QVLEDGER_PACKAGE_VERSION})")

@@ -1,5 +1,5 @@
-# Before a package is made of the files of its component: gzips what Debian wants so, and gives every file the time of
-# the commit.
+# Runs before each package is created: compresses the files that Debian policy requires to be compressed, and sets the
+# time of every file to that of the commit.
 file(GLOB_RECURSE plain LIST_DIRECTORIES false
   ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/man/*
   ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/doc/*/changelog)

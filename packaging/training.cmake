@@ -1,14 +1,13 @@
-# A build that knows what the tool does most (QVLEDGER_TRAINED).
+# Profile-guided optimisation (QVLEDGER_TRAINED, g++ only).
 #
-# A first build in the folder training/ counts, while scripts/train has it report the sample's logs, how often each
-# branch is taken.  The compiler lays the code out by these counts.  They are matched by function, so what has changed
-# since they were taken, or was never run, is compiled as it would be without.  A build for another kind of machine
-# cannot run here and is made without them.
+# A first build, in the folder training/, counts how often each branch is taken while scripts/train reports the sample's
+# logs.  The second build uses these counts.  A function that has changed since, or never ran, is compiled without them.
+# A cross-compiled program cannot run here, so cross builds do not use counts.
 include(CheckCXXCompilerFlag)
-set(QVLEDGER_RECORD "" CACHE INTERNAL "Where this build writes what it counts; set for the first build alone")
-set(QVLEDGER_COUNTS "" CACHE PATH "The counts/ of another build's first build, instead of one of this build's own")
+set(QVLEDGER_RECORD "" CACHE INTERNAL "Where this build writes its counts; set only in the first build")
+set(QVLEDGER_COUNTS "" CACHE PATH "The counts/ of another build to use, instead of a first build")
 
-set(prefix -fprofile-prefix-path=${CMAKE_BINARY_DIR}) # the two builds differ in nothing else
+set(prefix -fprofile-prefix-path=${CMAKE_BINARY_DIR}) # the only other difference between the two builds
 if(QVLEDGER_RECORD)
   add_compile_options(-fprofile-generate=${QVLEDGER_RECORD} ${prefix})
   add_link_options(-fprofile-generate)
@@ -22,7 +21,7 @@ endif()
 if(QVLEDGER_TRAINED AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-fprofile-use=${counts} ${prefix} -fprofile-partial-training
     -Wno-missing-profile -Wno-coverage-mismatch)
-  # Counted lengths make the compiler copy texts by string instructions, which start slower than a call of memcpy.
+  # With counts, the compiler copies texts with string instructions, which start more slowly than a memcpy call.
   check_cxx_compiler_flag(-mstringop-strategy=libcall has_stringop_strategy)
   if(has_stringop_strategy)
     add_compile_options(-mstringop-strategy=libcall)
@@ -41,12 +40,12 @@ if(QVLEDGER_TRAINED AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT QVLEDGER_CO
     COMMAND ${CMAKE_SOURCE_DIR}/scripts/train ${first}
     COMMAND ${CMAKE_COMMAND} -E touch ${first}/counted
     DEPENDS ${sources} scripts/train
-    COMMENT "First build, and its reports of the sample's logs"
+    COMMENT "First build for profile-guided optimisation, and its sample run"
     VERBATIM)
   add_custom_target(training DEPENDS ${first}/counted)
 endif()
 
-# Has a target, and all that link it, compiled once the counts are there.
+# Compiles a target, and all targets that link it, after the counts are available.
 function(follow_training target)
   if(TARGET training)
     add_dependencies(${target} training)

@@ -1,4 +1,4 @@
-/* A program on the installed library: prints the first attribute of every job record of a server's logs.
+/* A program that uses the installed library: prints the first attribute of every job record of a server's logs.
    consumer SERVER LOG-DIRECTORY */
 #include <stdio.h>
 
