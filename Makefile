@@ -1,4 +1,4 @@
-# The front door.  Every target installs what the machine lacks first (scripts/setup).
+# The main targets.  Each first installs the tools that are missing (scripts/setup).
 SHELL := /bin/bash
 .SHELLFLAGS := -eu -o pipefail -c
 DESTDIR ?=
@@ -7,17 +7,17 @@ DEMO := build/demo
 
 .PHONY: all release demo test damage faults live power stops threads windows fuzz bench install uninstall deb clean setup
 
-# Builds once, into build/bin/.
+# Builds the programs in build/bin/, without tests.
 all: setup
 	@cmake --preset release -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
 	@cmake --build --preset release
 
-# Builds what is installed, in build/release/: laid out by what a first build did most.
+# Builds the programs to install, in build/release/, with profile-guided optimisation, which compiles twice.
 release: setup
 	@cmake --preset trained -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
 	@cmake --build build/release
 
-# Lays a sample print-system root under build/demo/ and reports its server.
+# Creates a sample print system in build/demo/ and reports its server.
 demo:
 	@$(MAKE) --no-print-directory all >&2
 	@rm -rf $(DEMO)
@@ -30,7 +30,7 @@ test: setup
 	@ctest --preset dev
 	@awk '/: Skipped$$/ {getline; print "Skipped: " $$0}' build/dev/Testing/Temporary/LastTest.log
 
-# Fails each STEP-th allocation and call of a run, plain and under the sanitizers.
+# Makes each STEP-th allocation and system call of a run fail, with and without sanitizers.
 STEP ?= 1
 faults: setup
 	@cmake --preset dev >/dev/null
@@ -40,33 +40,33 @@ faults: setup
 	@cmake --build --preset asan --target faults | tail -n 1
 	@build/asan/bin/faults $(STEP)
 
-# Reports logs while a server writes and other runs work on them, in ROUNDS rounds of each kind.
+# Reports logs while a server writes them and other runs read or delete them; ROUNDS rounds of each kind.
 ROUNDS ?= 2000
 live: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target live | tail -n 1
 	@QVLEDGER_LIVE_ROUNDS=$(ROUNDS) build/dev/bin/live
 
-# Damages LOGS logs, and cuts and flips each byte and bit of three small ones.
+# Checks which records are found in LOGS damaged logs, and in three small logs cut at each byte or with a flipped bit.
 LOGS ?= 10000
 damage: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target unit_tests | tail -n 1
 	@QVLEDGER_DAMAGED_LOGS=$(LOGS) build/dev/bin/unit_tests --gtest_filter='Damage.*'
 
-# Stops a run at each STEP-th of its system calls, where another program acts.
+# Stops a run before each STEP-th system call, and lets another program change its files there.
 stops: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target stops | tail -n 1
 	@build/dev/bin/stops $(STEP)
 
-# Cuts the power after each call of a run, with every selection of what reached the disk.
+# Simulates a power failure after each call of a run, with many selections of the calls that reached the disk.
 power: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target power | tail -n 1
 	@build/dev/bin/power
 
-# Lets eight threads with a handle each do ROUNDS rounds of all operations, plain and under ThreadSanitizer.
+# Runs all operations ROUNDS times in each of eight threads with their own handles, with and without ThreadSanitizer.
 threads: ROUNDS := 2000
 threads: setup
 	@cmake --preset dev >/dev/null
@@ -76,7 +76,7 @@ threads: setup
 	@cmake --build --preset tsan --target threads | tail -n 1
 	@build/tsan/bin/threads $(ROUNDS)
 
-# Builds for Windows, and compares what the programs do under wine with what they do here.
+# Builds for Windows, and compares the programs under wine with those of this system.
 windows: setup
 	@scripts/setup wine
 	@cmake --preset dev >/dev/null
@@ -85,7 +85,7 @@ windows: setup
 	@cmake --build --preset windows --target all seam | tail -n 1
 	@scripts/windows build/dev build/windows
 
-# Fuzzes each target (or TARGETS) for SECONDS, in turn; JOBS of them at a time.
+# Fuzzes each target (or TARGETS) for SECONDS seconds, JOBS targets at a time.
 SECONDS ?= 60
 JOBS ?= 2
 fuzz:
@@ -94,7 +94,7 @@ fuzz:
 	@cmake --build --preset fuzz
 	@scripts/fuzz build/fuzz $(SECONDS) $(JOBS) $(TARGETS)
 
-# Measures the release build side by side with a bare reader and dump-acct; GROWTH=--growth for more.
+# Measures the release build against a minimal reader and dump-acct; GROWTH=--growth also measures growth.
 bench:
 	@scripts/setup bench
 	@cmake --preset trained -B build/bench -DQVLEDGER_BENCH=ON >/dev/null
@@ -105,12 +105,12 @@ bench:
 install: release
 	@DESTDIR=$(DESTDIR) cmake --install build/release
 
-# Removes what the last `make install` wrote.
+# Removes the files of the last `make install`.
 uninstall:
-	@[ -e build/release/install_manifest.txt ] || { echo "uninstall: nothing is known of an installation" >&2; exit 1; }
+	@[ -e build/release/install_manifest.txt ] || { echo "uninstall: build/release/ has no list of installed files" >&2; exit 1; }
 	@xargs -d '\n' -a build/release/install_manifest.txt printf '$(DESTDIR)%s\0' | xargs -0 rm -fv --
 
-# The Debian packages, in build/deb/packages/: the same bytes from the same commit, by the same compiler.
+# Builds the Debian packages in build/deb/packages/.  The same commit and compiler give the same bytes.
 deb:
 	@scripts/setup package
 	@scripts/package build/deb

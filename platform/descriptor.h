@@ -1,4 +1,4 @@
-// An open file, closed when its owner goes.
+// Owner of a descriptor, which its destructor closes.
 #pragma once
 
 #include <utility>
@@ -7,7 +7,7 @@
 
 namespace qvledger {
 
-// By a function; -1 for none.
+// Close: the function that closes the descriptor.  -1 means that there is none.
 template <void (*Close)(int)>
 class OwnedDescriptor {
 public:
@@ -30,7 +30,7 @@ private:
 };
 
 inline void closeRead(int fd) {
-    static_cast<void>(_close(fd)); // only read from: nothing can be lost
+    static_cast<void>(_close(fd)); // only read: a failure loses nothing
 }
 using Descriptor = OwnedDescriptor<closeRead>;
 

@@ -1,4 +1,4 @@
-// Memory from malloc, released when its owner goes; release() hands it on.
+// Owner of memory from malloc, which its destructor frees; release() passes the ownership on.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,8 @@ struct FreeDeleter {
 template <class T>
 using Malloced = std::unique_ptr<T, FreeDeleter>;
 
-// Makes the memory that many bytes, which keep what they hold; an empty owner gets new memory.  False, with
-// everything as it was, when memory runs out.
+// Resizes the memory to a number of bytes and keeps the contents; an empty owner gets new memory.  False,
+// with the memory unchanged, when memory runs out.
 template <class T>
 bool resize(Malloced<T> &memory, std::size_t bytes) {
     static_assert(std::is_trivially_copyable_v<T>, "its bytes are all that moves");

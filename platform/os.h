@@ -1,13 +1,13 @@
-// The operating-system calls that the system is written against, under the names of their real ones.
+// The operating-system calls that the program uses, under their Windows names.
 //
-// The logic calls the C and C++ libraries and what is declared here; the few files of service/ that are bound
-// to their system beyond that are named in docs/architecture.md, which also tells what stands behind each
-// call on Linux.  On Windows the real headers are included (platform/os/types.h).  Everywhere else each
-// section below declares exactly the subset in use, with the same names, argument orders, result rules and
-// record layouts.  OS_... operations have no counterpart among the real calls and are declared everywhere.
+// The program calls only the C and C++ libraries and these operations.  A few files of service/ call their
+// system directly; docs/architecture.md lists them and shows the Linux counterpart of each call.  On Windows
+// the real headers are included (platform/os/types.h).  Elsewhere each section below declares the subset in
+// use, with the same names, argument orders, results and record layouts.  OS_... operations have no
+// counterpart among the real calls and are declared everywhere.
 //
 // platform/posix/ implements each section in the file of the same name.  All operations have C linkage, so
-// that a test can put a scripted one in the place of a single call.
+// that a test can replace a single call.
 #pragma once
 
 #include "platform/os/types.h"

@@ -46,8 +46,8 @@ bool qvledger::isUtf8(std::string_view text) {
     return true;
 }
 
-// The number that the bits of a character make: six of each byte but the first, of which its length leaves
-// few.
+// Decodes one character: the bits of the first byte after its length prefix, then six bits of each further
+// byte.
 static char32_t characterIn(std::string_view bytes) {
     const unsigned leadMask = bytes.size() == 1 ? 0x7F : 0x7FU >> bytes.size();
     char32_t character = byteAt(bytes, 0) & leadMask;
@@ -71,7 +71,7 @@ bool qvledger::appendUtf8(std::string &text, char32_t character) {
     }
     if (isSurrogate(character) || character > kLastCharacter)
         return false;
-    constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0}; // by the number of bytes that follow
+    constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0}; // by the number of further bytes
     const unsigned tails = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
     unsigned shift = 6 * tails;
     text.push_back(static_cast<char>(kLeads[tails] | character >> shift));

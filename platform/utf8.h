@@ -1,5 +1,6 @@
-// UTF-8, character by character.  A byte that is no UTF-8 is a character of its own, kStrayByte plus the
-// byte: such a number is no character elsewhere, so every text comes back as it was.
+// UTF-8, character by character.  A byte that is not part of valid UTF-8 is read as the character kStrayByte
+// plus the byte.  No valid character has such a number, so reading and appending a text reproduces it
+// exactly.
 #pragma once
 
 #include <cstddef>
@@ -10,19 +11,19 @@ namespace qvledger {
 
 constexpr char32_t kStrayByte = 0xDC00;
 
-// Bytes of the character at the front of a text that is not empty; 0 if there is none (RFC 3629, section 4).
+// Length in bytes of the first character of a text; 0 if its bytes are not valid UTF-8 (RFC 3629, section 4).
 std::size_t utf8Length(std::string_view text);
 
 bool isUtf8(std::string_view text);
 
-// The first character of a text that is not empty, removed from it.
+// Removes and returns the first character of a text.  REQUIRES: the text is not empty.
 char32_t takeUtf8(std::string_view &text);
 
-// False, with nothing appended, for a number that is neither a character nor a stray byte.
+// Appends a character or a stray byte.  False, with nothing appended, for any other number.
 bool appendUtf8(std::string &text, char32_t character);
 
-// The UTF-8 of UTF-16 units, low byte first or high byte first.  Half of a surrogate pair becomes "?", a last
-// byte without its partner is left out.
+// Converts UTF-16 to UTF-8.  bigEndian: the high byte of a unit comes first.  An unpaired surrogate becomes
+// "?", and an odd last byte is skipped.
 std::string utf8FromUtf16(std::string_view bytes, bool bigEndian);
 
 } // namespace qvledger

@@ -1,4 +1,4 @@
-// Who the calling user is, as the access list of a log names him.
+// The account of the calling user, as access lists name it.
 #pragma once
 
 #include <string>
@@ -8,19 +8,19 @@ namespace samples {
 
 struct AccountName {
     std::string name;
-    std::string domain; // of "DOMAIN\name" and "name@domain"; otherwise the computer's name
+    std::string domain; // from "DOMAIN\name" or "name@domain"; otherwise the computer's name
 };
 
 struct Account {
     AccountName user;
-    std::vector<AccountName> groups; // those with a name, the real group first
-    std::size_t groupIds = 0;        // with and without a name
+    std::vector<AccountName> groups; // the groups that have a name, the real group first
+    std::size_t groupIds = 0;        // number of groups, with and without a name
 };
 
-// The host name up to its first dot, of at most 15 characters.
+// The host name up to its first dot, in upper case, at most 15 characters.
 std::string computerName();
 
-// The account of the real user id; throws std::runtime_error when it has none.
+// The account of the real user id.  Throws std::runtime_error if it has none.
 Account callersAccount();
 
 } // namespace samples

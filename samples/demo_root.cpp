@@ -10,14 +10,14 @@ namespace samples {
 
 // ---- Access lists ----
 
-// In mixed case, since names of users and groups compare without it.
+// Mixes the case of a name, because names of users and groups compare without regard to case.
 static std::string mixedCase(std::string name) {
     for (std::size_t i = 0; i < name.size(); i += 2)
         name[i] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[i])));
     return name;
 }
 
-// A reader asks for its groups with a buffer that has room for 15; with more no group entry applies to it.
+// A reader fetches its groups into a buffer for 15; if it has more, no group entry applies to it.
 static constexpr std::size_t kMostGroups = 15;
 
 static std::vector<Value> admitUser(const Account &caller) {
@@ -44,7 +44,7 @@ static std::vector<Value> admitNobody() {
     return {pack(userEntry("auditor", "HEADOFFICE"))};
 }
 
-// Logs are counted from the oldest.
+// The log that refuses the caller; logs are numbered from 0, the oldest.
 static constexpr std::uint32_t kRefusedLog = 1;
 
 static bool admitsNobody(std::uint32_t log, bool current) {
@@ -54,8 +54,8 @@ static bool admitsNobody(std::uint32_t log, bool current) {
 static std::vector<Value> accessList(std::uint32_t log, bool current, const Account &caller) {
     if (admitsNobody(log, current))
         return admitNobody();
-    constexpr std::vector<Value> (*kRoads[])(const Account &) = {admitUser, admitAnyUser, admitGroup};
-    return kRoads[log % std::size(kRoads)](caller);
+    constexpr std::vector<Value> (*kLists[])(const Account &) = {admitUser, admitAnyUser, admitGroup};
+    return kLists[log % std::size(kLists)](caller);
 }
 
 // ---- Logs ----
@@ -63,7 +63,7 @@ static std::vector<Value> accessList(std::uint32_t log, bool current, const Acco
 static std::tm daysAgo(std::time_t now, std::uint32_t days) {
     std::tm date = *std::localtime(&now);
     date.tm_mday -= static_cast<int>(days);
-    date.tm_hour = 12; // no change to or from summer time moves noon to another day
+    date.tm_hour = 12; // a change to or from summer time cannot move noon to another day
     date.tm_min = date.tm_sec = 0;
     date.tm_isdst = -1;
     std::mktime(&date);
@@ -92,14 +92,14 @@ static void writeLog(const std::filesystem::path &path, const Day &day, JobKind 
 }
 
 Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options) {
-    constexpr std::uint32_t kLogsToAnOrderDay = 4;
+    constexpr std::uint32_t kLogsPerOrderDay = 4;
     const std::time_t now = std::time(nullptr);
     Totals admitted, refused;
     root.writeRegistry(options.server);
     for (std::uint32_t log = 0; log <= options.days; log++) {
         const bool current = log == options.days;
         const Day day{options.server, daysAgo(now, options.days - log), log, options.jobs};
-        const JobKind kind = log % kLogsToAnOrderDay == 2 ? JobKind::ORDER : JobKind::OFFICE;
+        const JobKind kind = log % kLogsPerOrderDay == 2 ? JobKind::ORDER : JobKind::OFFICE;
         writeLog(root.log(options.server, current ? "current" : dateText(day.date)), day, kind,
                  accessList(log, current, caller), admitsNobody(log, current) ? refused : admitted);
     }

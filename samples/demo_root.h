@@ -1,5 +1,5 @@
-// The demonstration: a root with logs of some past days and of today, which admit the caller in different
-// ways, but for one that admits nobody.
+// The demonstration: a root with logs of past days and today.  One log refuses the caller; the others admit
+// the caller through different kinds of access list entries.
 #pragma once
 
 #include <cstdint>
@@ -14,16 +14,16 @@ namespace samples {
 struct DemoOptions {
     std::string server = "alpha";
     std::uint64_t jobs = 12; // in each log
-    std::uint32_t days = 5;  // past ones
+    std::uint32_t days = 5;  // past days with a log
 };
 
 struct Total {
     std::uint64_t jobs = 0, sheets = 0;
 };
-using Totals = std::map<std::string, Total>; // by the name of the user
+using Totals = std::map<std::string, Total>; // by user name
 
-// Gives what the users have in all logs that admit the caller.  Throws what its parts throw, all of it
-// derived from std::exception.
+// Writes the registry file and the logs.  Returns the totals of each user in the logs that admit the caller.
+// Throws exceptions derived from std::exception.
 Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options);
 
 } // namespace samples

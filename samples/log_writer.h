@@ -1,8 +1,8 @@
-// Writes accounting logs: LogWriter streams one of any size to a file, Log holds a small one in memory for
-// tests to cut and overwrite.
+// Writes accounting logs: LogWriter streams a log of any size to a file; Log keeps a small log in memory,
+// where tests can cut and overwrite it.
 //
-// What is written by default is well formed; every count, length and byte of a tag can be stated by hand
-// too.  docs/formats.md describes the format.
+// By default, logs are well formed; every count, length and byte of a tag can also be set explicitly.
+// docs/formats.md describes the format.
 //
 //     Log log;
 //     log.job(Job().attribute("1.3.6.1.4.1.32473.1.1", STRING, {packString("alpha.1")})
@@ -18,7 +18,7 @@ namespace samples {
 constexpr std::size_t TAG_SIZE = 152;
 constexpr std::size_t DECOID_SIZE = 137;
 
-// One packed value behind its length.
+// A packed value and the length that is written before it.
 struct Value {
     Value(Bytes packed) : bytes(std::move(packed)), length(static_cast<std::uint32_t>(bytes.size())) {}
     Value(Bytes packed, std::uint32_t statedLength) : bytes(std::move(packed)), length(statedLength) {}
@@ -30,7 +30,7 @@ struct Value {
 struct Tag {
     std::uint32_t numAttrVal = 0;
     std::uint32_t attrID = 0;
-    Bytes decoid = {}; // as it is, filled up with NULs; 137 bytes without a NUL are possible
+    Bytes decoid = {}; // padded with NULs; may fill all 137 bytes without a NUL
     std::uint32_t attrValType = 0;
 };
 
@@ -39,11 +39,11 @@ void appendValue(Bytes &out, const Value &value);
 
 struct LogHeader {
     std::uint32_t verNum = 3;
-    std::uint32_t createDate = 0; // left out by versions 0 and 1
+    std::uint32_t createDate = 0; // seconds since 1970; not written in versions 0 and 1
     std::uint32_t numAttr = 1;
     std::vector<Value> accessList = {pack(anyUserEntry())};
     std::uint32_t accessListType = ACCESS_ENTRY;
-    std::optional<std::uint32_t> numAttrVal = {}; // otherwise the length of accessList
+    std::optional<std::uint32_t> numAttrVal = {}; // default: the size of accessList
 };
 
 void appendHeader(Bytes &out, const LogHeader &header);
@@ -52,18 +52,19 @@ void appendHeader(Bytes &out, const LogHeader &header);
 class Job {
 public:
     Job &attribute(std::string_view decoid, std::uint32_t type, const std::vector<Value> &values = {});
-    Job &attribute(const Tag &tag, const std::vector<Value> &values); // the tag says what it wants to
+    Job &attribute(const Tag &tag, const std::vector<Value> &values); // the tag is written as given
     Job &document();
 
-    // States a count by hand; otherwise it is that of the attributes, of the first document's for the third.
+    // Set a count explicitly.  By default, counts are those of the attributes; docAttrPerDoc, of the first
+    // document.
     Job &numAttr(std::uint32_t count);
     Job &numJobAttr(std::uint32_t count);
     Job &docAttrPerDoc(std::uint32_t count);
 
-    // Back to a new record, in the same memory.
+    // Empties the record and keeps its memory.
     void clear();
 
-    // The record as a log of that version has it.
+    // Appends the record in the format of that version.
     void appendTo(Bytes &out, std::uint32_t verNum = 3) const;
 
 private:
@@ -83,11 +84,11 @@ public:
     Log &job(const Job &job);
     Log &raw(std::string_view bytes);
     Log &cutTo(std::size_t size);
-    Log &overwrite(std::size_t at, std::string_view bytes); // grows the log where it must
+    Log &overwrite(std::size_t at, std::string_view bytes); // grows the log if needed
 
     const Bytes &bytes() const { return image_; }
     std::size_t size() const { return image_.size(); }
-    // Where the records begin that job() has written.
+    // Offsets of the records that job() wrote.
     const std::vector<std::size_t> &records() const { return starts_; }
 
     void save(const std::filesystem::path &path) const { writeFile(path, image_); }
@@ -98,14 +99,14 @@ private:
     std::vector<std::size_t> starts_;
 };
 
-// A log on its way to a file, in bounded memory.  Failures are thrown as std::system_error.
+// Writes a log to a file, in bounded memory.  Throws std::system_error for failures.
 class LogWriter {
 public:
     explicit LogWriter(const std::filesystem::path &path, const LogHeader &header = {});
 
     LogWriter &job(const Job &job);
     LogWriter &raw(std::string_view bytes);
-    void close(); // the log is whole once this returns
+    void close(); // once this returns, the log is complete
 
 private:
     void flushAbove(std::size_t limit);

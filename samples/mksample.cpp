@@ -1,4 +1,4 @@
-// mksample: lays a sample print-system root for demonstrations and measurements.
+// mksample: creates the root folder of a sample print system, for demonstrations and measurements.
 #include <charconv>
 #include <cstdio>
 #include <exception>
@@ -8,12 +8,12 @@
 
 static constexpr char kUsage[] =
     "usage: mksample DIR [--jobs N] [--days N] [--server NAME] [--totals]\n"
-    "Lays a print-system root in DIR: the registry file, the OID tables, and the accounting logs\n"
-    "of some past days and of today.\n"
+    "Creates the root of a print system in DIR: the registry file, the OID tables, and the\n"
+    "accounting logs of some past days and of today.\n"
     "  --jobs N       jobs in each log (12)\n"
     "  --days N       past days with a log (5, at most 3650)\n"
-    "  --server NAME  the server whose logs they are (alpha)\n"
-    "  --totals       write each user's name, jobs and sheets, of the logs that admit you\n";
+    "  --server NAME  server whose logs to write (alpha)\n"
+    "  --totals       print the name, jobs and sheets of each user, from the logs that admit you\n";
 
 namespace {
 
@@ -24,7 +24,7 @@ struct Arguments {
     bool totals = false;
 };
 
-// Longer settings than this do not reach a server's environment.
+// Longer settings cannot be copied into a server's environment.
 constexpr std::size_t kLongestSetting = 259; // bytes
 constexpr std::uint32_t kMostDays = 3650;
 
@@ -93,7 +93,7 @@ int main(int argc, char **argv) try {
     const samples::Account caller = samples::callersAccount();
     const samples::SampleRoot root(arguments.directory);
     if (root.path().string().size() > kLongestSetting || hasControl(root.path().string())) {
-        std::fprintf(stderr, "mksample: %s: this path cannot be a setting of the registry\n",
+        std::fprintf(stderr, "mksample: %s: this path cannot be stored in the registry file\n",
                      root.path().string().c_str());
         return 1;
     }

@@ -9,7 +9,7 @@ OutputFile::OutputFile(const std::filesystem::path &path)
     : name_(path), stream_(std::fopen(path.string().c_str(), "wb")) {
     if (!stream_)
         fail();
-    // Callers write in large pieces: a buffer between would only delay what a failed write has to say.
+    // Callers write large pieces: a buffer would only delay the error of a failed write.
     std::setvbuf(stream_.get(), nullptr, _IONBF, 0);
 }
 

@@ -1,4 +1,4 @@
-// A file being written whose failures, a full disk among them, are thrown as std::system_error.
+// Writes a file.  Throws std::system_error for failures, such as a full disk.
 #pragma once
 
 #include <cstdio>
@@ -10,11 +10,11 @@ namespace samples {
 
 class OutputFile {
 public:
-    // Replaces what the path holds.
+    // Creates the file, or truncates an existing one.
     explicit OutputFile(const std::filesystem::path &path);
 
     void write(std::string_view bytes);
-    void close(); // nothing is known to be written before this returns
+    void close(); // once this returns, all writes have succeeded
 
 private:
     struct Closer {
@@ -27,7 +27,7 @@ private:
     std::unique_ptr<std::FILE, Closer> stream_;
 };
 
-// A whole file in one go.
+// Writes a complete file.
 void writeFile(const std::filesystem::path &path, std::string_view bytes);
 
 } // namespace samples

@@ -1,9 +1,9 @@
 // Packs attribute values and access list entries for accounting logs, in XDR (RFC 4506).
 //
-// Written apart from the code that reads them, so that a test of the reader is no test of it against itself.
-// Records are small plain structs; std::optional is a field that may be absent, std::vector a chain.  A union
-// is a choice and its packed member: the functions below make the usual ones, and Text{9, ""} is one whose
-// number names no member.  docs/formats.md describes the packed forms.
+// It shares no code with the reader, so that tests do not compare the reader with itself.  Records are small
+// plain structs; std::optional is a field that may be absent, std::vector a chain.  A union is a choice
+// number and a packed member: the functions below make the usual ones, and Text{9, ""} has a number without a
+// member.  docs/formats.md describes the packed forms.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ namespace samples {
 
 using Bytes = std::string;
 
-// Value type numbers, as an attribute's tag states them.
+// Value type numbers, as in an attribute's tag.
 enum ValueType : std::uint32_t {
     BOOLEAN = 0,
     INTEGER = 1,
@@ -59,11 +59,11 @@ enum ValueType : std::uint32_t {
 
 // ---- Scalars ----
 
-Bytes packInt(std::int32_t number); // also for the 16-bit types, which travel in 32 bits
+Bytes packInt(std::int32_t number); // also for the 16-bit types, which are packed in 32 bits
 Bytes packUint(std::uint32_t number);
 Bytes packCardinal64(std::uint64_t number);
 Bytes packDouble(double number);
-Bytes packString(std::string_view bytes); // characters or octets behind their length, filled up to 4
+Bytes packString(std::string_view bytes); // the length, then characters or octets, padded to a multiple of 4
 
 // ---- Unions ----
 
@@ -73,7 +73,7 @@ struct Union {
     Bytes member = {}; // packed
 };
 
-using Text = Union<struct TextKind>; // packed, a simple name is the same
+using Text = Union<struct TextKind>; // a simple name has the same packed form
 using NameOrOid = Union<struct NameOrOidKind>;
 using CardinalOrName = Union<struct CardinalOrNameKind>;
 using FontReference = Union<struct FontReferenceKind>;
@@ -91,7 +91,7 @@ struct DistName {
     std::optional<NameOrOid> syntax = {};
 };
 
-// Wider than the 16 bits that a reader takes, so that others can be written too.
+// Fields are wider than the reader's 16 bits, so that values out of range can be written, too.
 struct Time {
     std::int32_t year = 0, month = 0, day = 0; // month 1 to 12
     std::int32_t hour = 0, minute = 0, second = 0, millisec = 0;
@@ -131,13 +131,13 @@ struct MediaConsumed {
 };
 
 struct Locale {
-    std::string language = {}, country = {}; // two letters or none
+    std::string language = {}, country = {}; // two letters, or empty
     std::uint32_t characterSet = 0;          // short OID
-    std::string modifier = {};               // empty is absent
+    std::string modifier = {};               // empty: absent
 };
 
 struct EventProfile {
-    std::vector<std::uint32_t> events = {}; // short OIDs; none is absent
+    std::vector<std::uint32_t> events = {}; // short OIDs; empty: absent
     std::optional<std::uint32_t> method = {};
     std::optional<Text> comment = {};
     std::optional<DeliveryAddress> address = {};
@@ -246,7 +246,7 @@ Bytes pack(const std::optional<Record> &value) {
     return value ? packInt(1) + pack(*value) : packInt(0);
 }
 
-// A chain: what a vector of its elements becomes.
+// Packs a chain.
 template <class Element>
 Bytes pack(const std::vector<Element> &elements) {
     Bytes packed;

@@ -45,7 +45,7 @@ Facts::Facts(const Day &jobDay, std::uint64_t jobNumber) : day(jobDay), number(j
     identifier = day.server + digits;
 }
 
-// The mixing of splitmix64: neighbouring numbers and subjects give unrelated results, the same ones the same.
+// The mixing step of splitmix64: neighbouring numbers and subjects give unrelated results.
 std::uint32_t Facts::pick(Subject subject, std::uint32_t limit) const {
     std::uint64_t mix = (number * 64 + subject) * 0x9e3779b97f4a7c15U + day.seed * 0xd1b54a32d192ed03U;
     mix = (mix ^ (mix >> 30)) * 0xbf58476d1ce4e5b9U;

@@ -1,4 +1,4 @@
-// What a made-up print job is about: chosen once, told by its attributes.
+// The facts of a made-up print job, from which its attributes are made.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ struct Person {
     std::uint32_t domainType;
 };
 
-// What pick() is asked about; each has numbers of its own.
+// The subject of a choice by pick(); each subject has its own sequence of numbers.
 enum Subject : std::uint32_t {
     PAGES,
     MANY_COPIES,
@@ -47,24 +47,24 @@ enum Subject : std::uint32_t {
 struct Facts {
     const Day &day;
     std::uint64_t number;
-    std::uint32_t document = 0; // 1 for the first one, 0 for the job as a whole
+    std::uint32_t document = 0; // number of the document, from 1; 0 for the job as a whole
 
     std::uint32_t pages, copies, priority;
     std::int32_t submitted, started, completed; // seconds of the day
     bool twoSided;
     Person owner;
     std::string identifier, title;
-    const char *printer, *medium, *format, *finishing; // all but the printer are named in the OID table
+    const char *printer, *medium, *format, *finishing; // all but the printer have a name in the OID table
 
     Facts(const Day &day, std::uint64_t number);
 
-    // A number below the limit, the same whenever it is asked for.
+    // A number below the limit, always the same for the same job and subject.
     std::uint32_t pick(Subject subject, std::uint32_t limit) const;
     bool oneIn(std::uint32_t limit, Subject subject) const { return pick(subject, limit) == 0; }
 
     std::uint32_t impressions() const { return pages * copies; }
     std::uint32_t sheets() const { return twoSided ? (pages + 1) / 2 * copies : impressions(); }
-    bool hasCover() const { return number % 2 == 0; } // of an order
+    bool hasCover() const { return number % 2 == 0; } // for orders
     std::uint32_t documents() const { return number % 4 == 2 ? 2 : 1; }
 };
 

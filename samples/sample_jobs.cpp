@@ -22,7 +22,7 @@ Text titleText(const Facts &facts) {
 
 Bytes time(const Facts &facts, std::int32_t second) {
     const std::tm &date = facts.day.date;
-    // Both ways to count years occur in logs.
+    // Logs count years either from 0 or from 1900; use both.
     const std::int32_t utc = facts.number % 2 == 0 ? 1 : 0;
     return pack(Time{.year = date.tm_year + (utc == 1 ? 0 : 1900),
                      .month = date.tm_mon + 1,

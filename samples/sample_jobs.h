@@ -9,24 +9,24 @@
 
 namespace samples {
 
-// A day's log, and how many jobs it holds.
+// A day's log and its number of jobs.
 struct Day {
     std::string server;
     std::tm date;
-    std::uint32_t seed = 0; // other jobs for another number
+    std::uint32_t seed = 0; // another seed gives other jobs
     std::uint64_t jobs = 0;
 };
 
-// Office jobs come to the spooler, orders to the print room, which accounts for them under other names.
+// Office jobs are printed by users; orders, by the print room, whose jobs have other attributes.
 enum class JobKind { OFFICE, ORDER };
 
-// What a job's owner has to pay for.
+// The sheets that a job's owner pays for.
 struct Bill {
     std::string owner;
     std::uint64_t sheets;
 };
 
-// The job of that number, from 1 to day.jobs, in place of what was in the record.
+// Makes the job with that number, from 1 to day.jobs.  Replaces the content of `job`.
 Bill makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job);
 
 } // namespace samples

@@ -1,5 +1,5 @@
-// The sample print system's object identifiers, by name.  The tables are built into the program, so that it
-// lays them wherever it runs.
+// The sample print system's object identifiers, by name.  The tables are embedded in the program, so that it
+// needs no files.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ struct OidEntry {
     std::uint32_t shortIdentifier = 0;
 };
 
-// REQUIRES: the table has that name; throws std::out_of_range otherwise.
+// Throws std::out_of_range if the table does not have the name.
 const OidEntry &findOid(std::string_view name);
 
 inline const std::string &dotted(std::string_view name) {

@@ -1,4 +1,4 @@
-// Lays the folders and files of a print system's root:
+// Creates the folders and files of a print system's root:
 //
 //     registry.reg              the settings of its servers
 //     share/oid/oids, oids.de   the OID tables
@@ -18,7 +18,7 @@ struct RegistryKey {
     std::vector<std::pair<std::string, std::string>> values;
 };
 
-// The key with a spooler's environment, and the key that stands in for servers without one.
+// The key with a server's environment, and the key for servers without their own.
 std::string serverKey(std::string_view server);
 std::string commonKey();
 
@@ -26,7 +26,7 @@ std::string registryText(const std::vector<RegistryKey> &keys);
 
 class SampleRoot {
 public:
-    // Makes the folders and the OID tables.
+    // Creates the folders and the OID tables.
     explicit SampleRoot(const std::filesystem::path &path);
 
     const std::filesystem::path &path() const { return folder_; } // absolute
@@ -36,7 +36,7 @@ public:
     // tail: YYYYMMDD or "current"
     std::filesystem::path log(std::string_view server, std::string_view tail) const;
 
-    // The registry file, with this root as QV_ROOT of the server and of all others.
+    // Writes the registry file.  The first form sets QV_ROOT to this root for the server and for all others.
     void writeRegistry(std::string_view server) const;
     void writeRegistry(const std::vector<RegistryKey> &keys) const;
 

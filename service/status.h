@@ -1,7 +1,7 @@
-// STF_: status lists, which operations of the service library take as their first argument for their notes.
+// STF_: status lists, the first argument of service library operations, which could leave notes in them.
 //
-// Nothing in the system reads a note, so the library keeps none: every list is the same empty one, and
-// making and deleting a list costs nothing.
+// Nothing reads notes, so the library keeps none: all lists are the same empty object, and creating and
+// deleting one costs nothing.
 #pragma once
 
 #include <cstdint>
@@ -18,8 +18,7 @@ void STF_DeleteList(STF_l__hdr *inp_list);
 
 namespace qvledger {
 
-// A status list for the length of a block.  As all are the same one, it is made where it is used, and has
-// nothing to release.
+// A status list for a block.  All lists are the same object, so it has nothing to release.
 class StatusList {
 public:
     operator STF_l__hdr *() const { return STF_CreateList(0); }

@@ -11,11 +11,11 @@
 
 #include "platform/os.h"
 
-constexpr std::size_t kOptionsSize = 512; // an option is a letter with at most two colons
+constexpr std::size_t kOptionsSize = 512; // bytes; an option is a letter with at most two colons
 
 std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char *inp_options) {
-    // The plus sign ends the options at the first operand, where they would otherwise be looked for behind it
-    // as well.  In place: a caller that asks until the options end could not be told of exhausted memory.
+    // The plus sign ends the options at the first operand; otherwise getopt would find options after it, too.
+    // A local buffer, because callers have no way to learn that memory ran out.
     char options[kOptionsSize];
     std::snprintf(options, sizeof options, "+%s", inp_options);
     opterr = 0;
@@ -37,7 +37,7 @@ std::tm *SYSU_Localtime_r(const std::int64_t *inp_time, std::tm *outp_local) {
 
 // ---- Directories ----
 
-// A handle is the C library's own.
+// A handle is the C library's DIR.
 static DIR *streamOf(SYSU_dir *dir) {
     return reinterpret_cast<DIR *>(dir);
 }
@@ -48,7 +48,7 @@ SYSU_dir *SYSU_Opendir(const char *inp_path) {
 
 std::int32_t SYSU_Readdir_r(SYSU_dir *inp_dir, SYSU_dirent *outp_entry, SYSU_dirent **outpp_result) {
     *outpp_result = nullptr;
-    errno = 0; // tells a failure from the end
+    errno = 0; // distinguishes a failure from the end
     const dirent *entry = ::readdir(streamOf(inp_dir));
     if (entry == nullptr)
         return errno;
@@ -67,7 +67,7 @@ void SYSU_Closedir(SYSU_dir *inp_dir) {
 
 // ---- Paths ----
 
-// A path with "/" is what the calls above take, so the conversion is a copy.
+// The calls above accept paths with "/", so the conversion is a copy.
 std::int32_t FA_ConvertFilePath(const char *inp_path, std::uint32_t in_length, char **outpp_path,
                                 std::uint32_t *outp_length) {
     *outpp_path = nullptr;

@@ -15,14 +15,14 @@ using namespace qvledger;
 // Guards the user counts of all mutex words.
 static std::mutex countLock;
 
-// The mutex in a word's room.
+// The mutex in a word's storage.
 static pthread_mutex_t *mutexOf(THR_mutex_t *word) {
     static_assert(sizeof(pthread_mutex_t) <= sizeof word->mutex);
     return reinterpret_cast<pthread_mutex_t *>(word->mutex);
 }
 
 static std::int32_t makeMutex(pthread_mutex_t *mutex) {
-    // The checking kind reports a second lock by the same thread instead of waiting for ever.
+    // This kind reports a second lock by the same thread instead of deadlocking.
     pthread_mutexattr_t kind;
     if (const int result = pthread_mutexattr_init(&kind); result != 0)
         return result;
@@ -76,7 +76,7 @@ constexpr std::int32_t kNotRun = 0;
 constexpr std::int32_t kRunning = 1;
 constexpr std::int32_t kDone = 2;
 
-// Shared by all words, and free while a function runs, so that no word waits for another.
+// Shared by all words, but not locked while a function runs, so words do not wait for each other.
 static std::mutex onceLock;
 static std::condition_variable onceDone;
 

@@ -4,31 +4,32 @@
 #include <cstddef>
 #include <cstdint>
 
-// A mutex word; zero is "not initialised".  It counts its users: THR_InitMutex on a live one adds a user, and
-// the THR_TermMutex of the last user ends it.
+// A mutex word; zero is "not initialised".  It counts its users: THR_InitMutex on an initialised word adds a
+// user, and the last user's THR_TermMutex destroys the mutex.
 struct THR_mutex_t {
     std::int32_t users;
-    alignas(std::max_align_t) unsigned char mutex[64]; // room for one of the system's
+    alignas(std::max_align_t) unsigned char mutex[64]; // storage for the system's mutex
 };
 
 extern "C" {
 
-// All give 0, or non-zero on failure; locking or ending a word that is not initialised is one.
+// All return 0, or non-zero on failure; it is a failure to lock, unlock or terminate a word that is not
+// initialised.
 std::int32_t THR_InitMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_LockMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_UnlockMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_TermMutex(THR_mutex_t *inoutp_mutex);
 
-// Runs the function if the control word, 0 at first, says that it has not run in this process; other callers
-// wait until it has.  The function must not call THR_Once.
+// Runs the function once per control word, which is 0 at first; other callers wait until it has run.  0, or
+// non-zero for a null argument.  The function must not call THR_Once.
 std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 
 } // extern "C"
 
 namespace qvledger {
 
-// Has a function called at the end of each thread that entered.  Unlike the registration of a thread_local
-// destructor, which ends the program when memory runs out, entering can fail.
+// Calls a function at the end of each thread that entered.  Registering a thread_local destructor would end
+// the program when memory runs out; enter() only fails.
 class ThreadsEnd {
 public:
     explicit ThreadsEnd(void (*function)(void *));
@@ -36,11 +37,12 @@ public:
     ThreadsEnd(const ThreadsEnd &) = delete;
     ThreadsEnd &operator=(const ThreadsEnd &) = delete;
 
-    // argument: what the function gets; not null.
+    // Has the function called with the argument, which must not be null, when this thread ends.  False on
+    // failure.
     bool enter(const void *argument);
 
 private:
-    std::uint32_t key_ = 0; // the system's number for it
+    std::uint32_t key_ = 0; // the thread-specific key
     bool made_;
 };
 

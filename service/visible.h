@@ -1,4 +1,4 @@
-// Texts that come from files and command lines, shown so that they cannot steer a terminal or begin a line.
+// Escapes texts from files and command lines, so that they cannot control a terminal or begin a new line.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,8 @@
 
 namespace qvledger {
 
-// The bytes of the control character at a place (ASCII, or U+0080 to U+009F in UTF-8); 0 for any other
-// character.
+// Length in bytes of the control character at a position (ASCII, or U+0080 to U+009F in UTF-8); 0 for any
+// other character.
 inline std::size_t controlAt(std::string_view text, std::size_t at) {
     const auto byte = static_cast<unsigned char>(text[at]);
     if (byte < 0x20 || byte == 0x7f)
@@ -18,7 +18,7 @@ inline std::size_t controlAt(std::string_view text, std::size_t at) {
     return isC1 ? 2 : 0;
 }
 
-// Gives the text in pieces, each byte of a control character as "\xNN".
+// Passes the text to append in pieces, with each byte of a control character as "\xNN".
 template <class Append>
 void escapeControls(std::string_view text, Append append) {
     std::size_t shown = 0;

@@ -1,4 +1,4 @@
-// Whom an access list admits: entries against scripted callers, domains, groups and credentials.
+// Which callers an access list admits: entries, domains, groups and credentials, with scripted system calls.
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -13,12 +13,12 @@ using namespace qvledger;
 using namespace samples;
 using testing::ElementsAre;
 
-// One entry of a scripted machine's log.  The machine's domain is looked up anew, without a registry.
+// A log with one access list entry, on a machine named MACHINE.  Its domain is looked up without a registry.
 class Access : public Facility {
 protected:
     Access() {
         TOnceGetDomainName();
-        registerAnew();
+        registerAgain();
     }
 
     ALA_retCode_t open(const AccessEntry &entry) {
@@ -52,21 +52,21 @@ TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
         {"privilege 3", {text("alice"), {text("CORP"), nt}, 1, 3}, kAdmitted},
         {"privilege 0", {text("alice"), {text("CORP"), nt}, 1, 0}, ALA_A_ODPUNPACK_ERROR},
         {"case of name and domain", {text("ALICE"), {text("corp"), nt}, 1}, kAdmitted},
-        {"host's name", {text("alice"), {text("MACHINE"), nt}, 1}, kRefused},
+        {"host's name as domain", {text("alice"), {text("MACHINE"), nt}, 1}, kRefused},
         {"name in Latin-1", {latin1Text("\xC4nne"), {text("CORP"), nt}, 1}, kAdmitted, "\xC3\x84nne"},
         {"name type 3", {text("alice"), {text("CORP"), nt}, 3}, kRefused},
-        {"any user without a name", {none, {text("CORP"), nt}, 0}, kAdmitted},
+        {"any user, no name", {none, {text("CORP"), nt}, 0}, kAdmitted},
         {"any user of another domain", {text("alice"), {text("OTHER"), nt}, 0}, kRefused},
-        {"user without a name", {none, {text("CORP"), nt}, 1}, kRefused, "alice", "CORP", "Invalid ACL: 0"},
-        {"type any with a text", {text("alice"), {text("CORP"), any}, 1}, kRefused},
-        {"no type is the machine's", {text("alice"), {text("CORP"), std::nullopt}, 1}, kAdmitted},
-        {"type by name", {text("alice"), {text("CORP"), samples::name("nt")}, 1}, kRefused},
-        {"no text is the machine's", {text("alice"), {text(""), nt}, 1}, kAdmitted, "alice", "machine"},
-        {"no text, user of a domain", {text("alice"), {text(""), nt}, 1}, kRefused},
-        {"user without a domain", {text("alice"), {text("machine"), nt}, 1}, kAdmitted, "alice", ""},
+        {"a user, no name", {none, {text("CORP"), nt}, 1}, kRefused, "alice", "CORP", "Invalid ACL: 0"},
+        {"any domain, with a text", {text("alice"), {text("CORP"), any}, 1}, kRefused},
+        {"no type: the machine's domain", {text("alice"), {text("CORP"), std::nullopt}, 1}, kAdmitted},
+        {"domain type by name", {text("alice"), {text("CORP"), samples::name("nt")}, 1}, kRefused},
+        {"no text: the machine's domain", {text("alice"), {text(""), nt}, 1}, kAdmitted, "alice", "machine"},
+        {"no text, caller in another domain", {text("alice"), {text(""), nt}, 1}, kRefused},
+        {"caller without a domain", {text("alice"), {text("machine"), nt}, 1}, kAdmitted, "alice", ""},
         {"unreadable domain", {text("alice"), {none, nt}, 0}, kRefused, "alice", "machine"},
     };
-    // The machine's domain stays known when another registration ends.
+    // The end of another registration must not forget the machine's domain.
     ALA_handle_t second = nullptr;
     ASSERT_EQ(ALA_Register("beta", "/", root.oids().c_str(), &second), ALA_N_NORMAL);
     EXPECT_EQ(ALA_Unregister(&second), ALA_N_NORMAL);
@@ -81,7 +81,7 @@ TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
     }
 }
 
-TEST_F(Access, DomainsMatchBySuffixOrWhole) {
+TEST_F(Access, DottedDomainsMatchBySuffixAndOthersWhole) {
     constexpr SEC_domType_t dns = SEC_DOM_DOTTED1, nis = SEC_DOM_DOTTED2, nt = SEC_DOM_NT, any = SEC_DOM_ANY;
     const struct {
         const char *user;
@@ -178,30 +178,30 @@ TEST_F(Access, GroupEntryAdmitsMembers) {
             EXPECT_EQ(open(entry), whole ? c.code : kRefused) << c.name.member << " of " << c.domain;
         }
     lists = 0;
-    EXPECT_TRUE(open(userEntry("alice", "CORP")) == kAdmitted && lists == 0) << "a user needs no groups";
+    EXPECT_TRUE(open(userEntry("alice", "CORP")) == kAdmitted && lists == 0) << "no look-up";
     fits = true;
     const Bytes staff = pack(groupEntry("staff", "corp")), others = pack(groupEntry("others", "corp"));
     EXPECT_EQ(Facility::open(Log({.accessList = {others, staff}})), kAdmitted);
-    EXPECT_EQ(lists, 1) << "gathered once for an access list";
+    EXPECT_EQ(lists, 1) << "groups are looked up once per access list";
     const Scripted process(script::OpenProcessToken, [](HANDLE, DWORD, HANDLE *) { return 0; });
-    EXPECT_EQ(open(groupEntry("staff", "corp")), kRefused) << "without a token";
+    EXPECT_EQ(open(groupEntry("staff", "corp")), kRefused) << "no process token";
 }
 
-TEST_F(Access, CredentialNeedsBothLookUps) {
+TEST_F(Access, CredentialNeedsASizeQueryAndThenALookUp) {
     const struct {
         const char *label;
         std::size_t user, domain; // lengths
-        DWORD sid, error;         // bytes needed; of the first look-up, 0 for none
-        bool second;
+        DWORD sid, error;         // bytes needed; error of the first look-up, 0: success
+        bool second;              // whether the second look-up succeeds
         ALA_retCode_t code;
     } cases[] = {
         {"longest names", 255, 1023, 28, 122, true, kAdmitted},
         {"user too long", 256, 4, 28, 122, true, ALA_A_SYSTEM_ERR},
         {"domain too long", 5, 1024, 28, 122, true, ALA_A_SYSTEM_ERR},
         {"large SID", 5, 4, 4096, 122, true, kAdmitted},
-        {"other error first", 5, 4, 28, 1332, true, ALA_A_SYSTEM_ERR},
-        {"success first", 5, 4, 28, 0, true, ALA_A_SYSTEM_ERR},
-        {"failure then", 5, 4, 28, 122, false, ALA_A_SYSTEM_ERR},
+        {"first look-up fails otherwise", 5, 4, 28, 1332, true, ALA_A_SYSTEM_ERR},
+        {"first look-up succeeds", 5, 4, 28, 0, true, ALA_A_SYSTEM_ERR},
+        {"second look-up fails", 5, 4, 28, 122, false, ALA_A_SYSTEM_ERR},
     };
     for (const auto &c : cases) {
         const ScriptedUser caller(std::string(c.user, 'u').c_str(), "");
@@ -214,7 +214,7 @@ TEST_F(Access, CredentialNeedsBothLookUps) {
                 SetLastError(c.error);
                 return c.error == 0 ? 1 : 0;
             }
-            std::memset(sid, 1, c.sid); // a block that did not grow is overrun here
+            std::memset(sid, 1, c.sid); // overruns a block that was not enlarged
             std::memset(domain, 'd', c.domain);
             return c.second ? 1 : 0;
         };
@@ -223,7 +223,7 @@ TEST_F(Access, CredentialNeedsBothLookUps) {
     }
 }
 
-TEST_F(Access, OlderPlatformTakesTheComputerAsDomain) {
+TEST_F(Access, OlderPlatformUsesTheComputerNameAsDomain) {
     const Scripted version(script::GetVersionExA, [](OSVERSIONINFOA *out) {
         out->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
         return 1;
@@ -232,10 +232,10 @@ TEST_F(Access, OlderPlatformTakesTheComputerAsDomain) {
     EXPECT_EQ(open(userEntry("alice", "machine", SEC_DOM_W95HOST)), kAdmitted);
     EXPECT_EQ(open(userEntry("alice", "machine", SEC_DOM_NT)), kRefused);
     TOnceGetDomainName();
-    EXPECT_STREQ(ALA__GetHostDomain(nullptr), "") << "found on the newer platform only";
+    EXPECT_STREQ(ALA__GetHostDomain(nullptr), "") << "looked up on the newer platform only";
 }
 
-TEST_F(Access, MachinesDomainIsItsLanGroupWhereTheNetworkLogonRuns) {
+TEST_F(Access, MachineDomainIsTheLanGroupIfTheNetworkLogonRuns) {
     const std::string key = "REGEDIT4\n[HKEY_LOCAL_MACHINE\\System\\CurrentControlSet\\";
     const std::string logon = key + "Enum\\Root\\LEGACY_NETLOGON\\0000]\n\"StatusFlags\"=";
     const std::string runs = logon + "dword:8\n", cut = key.substr(0, 20);
@@ -249,25 +249,25 @@ TEST_F(Access, MachinesDomainIsItsLanGroupWhereTheNetworkLogonRuns) {
     const struct {
         const char *label;
         std::string registry, domain;
-        const char *line = "", *lacks = ""; // what fails
+        const char *line = "", *lacks = ""; // expected log line; what is missing
         bool lent = false;
     } cases[] = {
         {"group", group("L\xC3\xBCneburg"), "L\u00FCneburg"},
         {"longest", group(std::string(1024, 'x')), std::string(1024, 'x')},
-        {"bytes that are no UTF-8", group("B\xFF\xC3\xF0\x9F\x98\x80"), "B\xFF\xC3\xF0\x9F\x98\x80"},
+        {"invalid UTF-8", group("B\xFF\xC3\xF0\x9F\x98\x80"), "B\xFF\xC3\xF0\x9F\x98\x80"},
         {"too long", group(std::string(1025, 'x')), ""},
         {"no library", group("LAN"), "", "", "netapi32.dll"},
-        {"no function", group("LAN"), "", "", "NetWkstaGetInfo"},
-        {"no other function", group("LAN"), "", "", "NetApiBufferFree"},
+        {"no NetWkstaGetInfo", group("LAN"), "", "", "NetWkstaGetInfo"},
+        {"no NetApiBufferFree", group("LAN"), "", "", "NetApiBufferFree"},
         {"no group", runs, "", noInfo},
-        {"a number as group", group("").substr(0, group("").size() - 2) + "dword:1", "", noInfo},
-        {"no logon", "REGEDIT4\n", "MACHINE"},
+        {"group is a number", group("").substr(0, group("").size() - 2) + "dword:1", "", noInfo},
+        {"no network logon", "REGEDIT4\n", "MACHINE"},
         {"no flags", key + "Enum\\Root\\LEGACY_NETLOGON\\0000]\n", "MACHINE", "", "", true},
         {"other flags", logon + "dword:9\n", "MACHINE", "", "", true},
         {"short flags", logon + "hex:08\n", "MACHINE"},
-        {"no name", "REGEDIT4\n", "", "TOnceGetDomainName: GetComputerName failed", "name"},
-        {"damaged", cut, "MACHINE"},
-        {"damaged, lent rights", cut, "", unread, "", true},
+        {"no computer name", "REGEDIT4\n", "", "TOnceGetDomainName: GetComputerName failed", "name"},
+        {"damaged registry", cut, "MACHINE"},
+        {"damaged registry, lent rights", cut, "", unread, "", true},
     };
     const ScriptedUser caller("alice", "");
     const AccessEntry inMachinesDomain = {text("alice"), {text(""), oid(DOMAIN_NT)}, 1};
@@ -293,7 +293,7 @@ TEST_F(Access, MachinesDomainIsItsLanGroupWhereTheNetworkLogonRuns) {
         if (c.domain.empty()) {
             EXPECT_EQ(lines.empty() ? "" : lines.back(), c.line);
         }
-        registerAnew();
+        registerAgain();
         EXPECT_EQ(open(inMachinesDomain), c.domain.empty() ? kRefused : kAdmitted);
     }
 }

@@ -1,4 +1,4 @@
-// Whom the access list of a log admits to a run.
+// Which callers of a run a log's access list admits.
 #include <grp.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 using namespace samples;
 namespace fs = std::filesystem;
 
-TEST(Admission, EntryDecidesByUserAndGroup) {
+TEST(Admission, EntriesAdmitTheCallersUserAndGroup) {
     const Account caller = callersAccount();
     const auto statusFor = [](const AccessEntry &entry) {
         PrintSystem system;
@@ -25,7 +25,7 @@ TEST(Admission, EntryDecidesByUserAndGroup) {
     }
 }
 
-TEST(Admission, AccountsAndGroupsOfADomainCountInIt) {
+TEST(Admission, AccountsAndGroupsBelongToTheDomainInTheirName) {
     PrintSystem system;
     fs::create_directory(system / "etc");
     writeFile(system / "etc/passwd", "CORP\\alice:x:0:0::/:/bin/sh\n");
@@ -40,11 +40,11 @@ TEST(Admission, AccountsAndGroupsOfADomainCountInIt) {
     EXPECT_EQ(result.err, "The user is not authorized to open the log file for the date 19990303.\n");
 }
 
-TEST(Admission, AnotherUserIsJudgedByWhoHeIs) {
+TEST(Admission, UserIdAndGroupsDecideRatherThanTheEnvironment) {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can become another user";
     constexpr uid_t kDaemon = 1;
-    constexpr uid_t kNobodysId = 3'999'999; // without an account
+    constexpr uid_t kNobodysId = 3'999'999; // an id without an account
     const passwd *account = getpwuid(kDaemon);
     const group *groupOfDaemon = getgrgid(kDaemon);
     if (account == nullptr || groupOfDaemon == nullptr)
@@ -56,13 +56,13 @@ TEST(Admission, AnotherUserIsJudgedByWhoHeIs) {
     system.save("19990301", marchLog({.accessList = {pack(userEntry(account->pw_name, computerName()))}}));
     system.save("19990302",
                 marchLog({.accessList = {pack(groupEntry(groupOfDaemon->gr_name, computerName()))}}));
-    EXPECT_EQ(system.run({"alpha"}).status, 7) << "root is no member";
+    EXPECT_EQ(system.run({"alpha"}).status, 7) << "root is on neither access list";
     ToolResult result = system.run(
         {"alpha"},
         {.environment = {{"USER", "root"}, {"LOGNAME", "root"}}, .user = kDaemon, .program = tool});
     EXPECT_EQ(result.status, 0) << result.err << result.log;
     EXPECT_EQ(result.out, "job-name\nmarch\nmarch\n");
-    for (const unsigned others : {14U, 15U}) { // and the group of the account
+    for (const unsigned others : {14U, 15U}) { // besides the account's own group
         ToolRun run{.environment = {{"QV_LOG_LEVEL", "6"}}, .user = kDaemon, .program = tool};
         for (gid_t other = 2; other < 2 + others; ++other)
             run.groups.push_back(other);

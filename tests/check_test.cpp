@@ -1,4 +1,4 @@
-// qvledger-check: what it tells of a log, what it saves, what it keeps to itself.
+// qvledger-check: what it reports of a log, what it saves, and what it does not reveal.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -33,7 +33,7 @@ static std::vector<std::string> split(const std::string &text, char separator) {
     return parts;
 }
 
-// The fields of the line of a log, by the names of the header.
+// A field of a log's line, by its name in the header line.
 static std::string field(const ToolResult &result, const std::string &log, const std::string &name) {
     std::vector<std::string> names;
     for (const std::string &line : split(result.out, '\n')) {
@@ -54,7 +54,7 @@ static Log threeJobs() {
                  {.createDate = 1000000000});
 }
 
-TEST(Check, EachStateOfALogIsTold) {
+TEST(Check, EachStateOfALogIsReported) {
     const Log whole = threeJobs();
     const std::size_t second = whole.records()[1];
     const struct {
@@ -70,9 +70,9 @@ TEST(Check, EachStateOfALogIsTold) {
          Log(whole).overwrite(second, "\xff"), 50},
         {"half a header", "19990305", "cut", "", "", "the file ends inside its header", Log(whole).cutTo(100),
          50},
-        {"no header", "19990310", "damaged", "", "", "the header is damaged: the access list cannot be read",
-         Log(whole).overwrite(172, "\x01"), 50},
-        {"another version's header", "19990306", "damaged", "0", nullptr,
+        {"damaged header", "19990310", "damaged", "", "",
+         "the header is damaged: the access list cannot be read", Log(whole).overwrite(172, "\x01"), 50},
+        {"header of another version", "19990306", "damaged", "0", nullptr,
          "the version in the header is not that of the records", Log(whole).overwrite(3, "\x02"), 50},
         {"refused", "19990307", "not admitted", "", "", "the access list does not admit the caller",
          logOf({jobOf({{"job-name", {"secret"}}})}, {.accessList = {}}), 7},
@@ -93,11 +93,11 @@ TEST(Check, EachStateOfALogIsTold) {
         EXPECT_THAT(result.out, Not(HasSubstr("secret")));
     }
     fs::create_directory(system.log("19990308"));
-    EXPECT_EQ(field(system.run({"alpha"}, kCheck), "alpha.19990308", "reason"), "no file on a disk");
+    EXPECT_EQ(field(system.run({"alpha"}, kCheck), "alpha.19990308", "reason"), "not a regular file");
     EXPECT_EQ(system.run({"alpha"}, kCheck).status, 50) << "damage outweighs a refusal";
 }
 
-TEST(Check, ALogIsCountedAndWhatAReportPassesOverHasItsReason) {
+TEST(Check, ALogsContentsAreCountedAndSkippedValuesHaveAReason) {
     Job job = jobOf({{"job-name", {"one", "two"}}});
     job.attribute("1.3.6.1.4.1.32473.9999", STRING, {packString("x")});
     job.document().attribute(dotted("document-name"), STRING, {packString("a")});
@@ -110,14 +110,14 @@ TEST(Check, ALogIsCountedAndWhatAReportPassesOverHasItsReason) {
         {"version", "3"},     {"created", "2001-09-09T01:46:40Z"},
         {"admitted", "yes"},  {"access-entries", "1"},
         {"documents", "2"},   {"values", "5"},
-        {"stray-bytes", "0"}, {"reason", "passed over 1: no name for an object identifier"},
+        {"stray-bytes", "0"}, {"reason", "skipped 1: no name for an object identifier"},
         {"state", "whole"},
     };
     for (const auto &[name, value] : expected)
         EXPECT_EQ(field(result, "alpha.19990301", name), value) << name;
 }
 
-TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
+TEST(Check, ADamagedLogsIntactRecordsAreSaved) {
     PrintSystem system;
     Log damaged = threeJobs();
     const std::size_t begin = damaged.records()[1], end = damaged.records()[2];
@@ -128,7 +128,7 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
     setChanged(system.log("19990301"), 1000000000);
     const fs::path folder = system / "bücher";
     fs::create_directory(folder);
-    ToolRun run = kCheck; // where nothing can be moved without replacing what is there
+    ToolRun run = kCheck; // as on a file system without renameat2()
     run.failing = {folder / "alpha.19990301", "renameat2:error=EINVAL"};
     const ToolResult result = system.run({"-S", folder, "alpha"}, run);
     EXPECT_EQ(result.status, 50);
@@ -138,7 +138,7 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
                                       "was found in step.\n"));
     const std::string &bytes = damaged.bytes();
     EXPECT_EQ(readFile(folder / "alpha.19990301"), bytes.substr(0, begin) + bytes.substr(end));
-    EXPECT_FALSE(fs::exists(folder / "alpha.19990302")) << "it is whole";
+    EXPECT_FALSE(fs::exists(folder / "alpha.19990302")) << "a whole log is not saved";
     struct stat status = {};
     ASSERT_EQ(stat((folder / "alpha.19990301").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0640U);
@@ -152,11 +152,11 @@ TEST(Check, WhatIsIntactIsSavedAndReadAgain) {
     EXPECT_THAT(again.err, HasSubstr("File exists"));
     EXPECT_EQ(readFile(folder / "alpha.19990301"), "mine");
     EXPECT_THAT(system.run({"-S", system.log("19990301").parent_path(), "alpha"}, kCheck).err,
-                HasSubstr("the logs' own folder"));
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "nothing half-way is left";
+                HasSubstr("the folder is the log directory"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "no partial copy is left";
 }
 
-TEST(Check, AMessageSaysWhatFollowsTheBytesThatAreNotSaved) {
+TEST(Check, MessagesSayWhetherARecordFollowsUnsavedBytes) {
     PrintSystem system;
     Log damaged = threeJobs();
     const std::size_t begin = damaged.records()[1];
@@ -169,7 +169,7 @@ TEST(Check, AMessageSaysWhatFollowsTheBytesThatAreNotSaved) {
     EXPECT_THAT(messages, HasSubstr("not saved; no record follows.\n"));
 }
 
-TEST(Check, ASaveThatCannotEndLeavesNothing) {
+TEST(Check, AnInterruptedSaveLeavesNoFile) {
     PrintSystem system;
     Log damaged = threeJobs();
     damaged.overwrite(damaged.records()[0], "\xff");
@@ -186,22 +186,22 @@ TEST(Check, ASaveThatCannotEndLeavesNothing) {
     EXPECT_EQ(full.status, 74);
     EXPECT_THAT(full.err, HasSubstr("could not be saved as " + (folder / "alpha.19990301").string() +
                                     ": File too large.\n"));
-    EXPECT_TRUE(fs::is_empty(folder)) << "the disk was full";
+    EXPECT_TRUE(fs::is_empty(folder)) << "after a full disk";
 
-    Pipe messages; // the first one waits
+    Pipe messages; // full, so that the first message blocks
     messages.fill();
     const pid_t run =
         system.start({"-S", folder, "alpha"}, {.error = messages.writer(), .program = QVLEDGER_CHECK_BINARY});
     for (int i = 0; i < 1000 && fs::is_empty(folder); ++i)
         usleep(10'000);
-    EXPECT_FALSE(fs::is_empty(folder)) << "it is being saved";
+    EXPECT_FALSE(fs::is_empty(folder)) << "the save has not started";
     kill(run, SIGTERM);
     EXPECT_THAT(messages.drain(), Not(HasSubstr("saved as")));
     EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
-    EXPECT_TRUE(fs::is_empty(folder)) << "it was asked to end";
+    EXPECT_TRUE(fs::is_empty(folder)) << "after a signal";
 }
 
-TEST(Check, ProgressIsDrawnAndErasedAroundMessages) {
+TEST(Check, ProgressIsDrawnAfterMessagesAndErasedAtTheEnd) {
     int terminal = -1, program = -1;
     if (openpty(&terminal, &program, nullptr, nullptr, nullptr) != 0)
         GTEST_SKIP() << "needs pseudo-terminals";
@@ -210,7 +210,7 @@ TEST(Check, ProgressIsDrawnAndErasedAroundMessages) {
     system.save("19990302", threeJobs());
     ToolRun slow = kCheck;
     slow.error = program;
-    ASSERT_EQ(tcflow(program, TCOOFF), 0) << "its first message waits";
+    ASSERT_EQ(tcflow(program, TCOOFF), 0); // blocks the first message
     const pid_t run = system.start({"-S", system / "none", "alpha"}, slow);
     usleep(400'000);
     ASSERT_EQ(tcflow(program, TCOON), 0);
@@ -222,38 +222,38 @@ TEST(Check, ProgressIsDrawnAndErasedAroundMessages) {
     EXPECT_TRUE(shown.ends_with(" records/s\033[K\r\033[K")) << shown;
 }
 
-TEST(Check, FaultsOfTheSetUpNameFileAndLine) {
+TEST(Check, SetupFaultsAreReportedWithTheirPlace) {
     using In = const PrintSystem &;
     const std::tuple<const char *, std::function<void(In)>, const char *, int> cases[] = {
-        {"registry", [](In system) { std::ofstream(system.root.registry()) << "REGEDIT4\n\nnothing\n"; },
+        {"bad registry", [](In system) { std::ofstream(system.root.registry()) << "REGEDIT4\n\nnothing\n"; },
          "registry.reg:3: ", 30},
         {"no settings", [](In system) { fs::remove(system.root.registry()); },
          "CurrentVersion\\Environment: ", 30},
-        {"root of another type",
+        {"QV_ROOT of another type",
          [](In system) {
              system.root.writeRegistry({{serverKey("alpha"), {}}});
              std::ofstream(system.root.registry(), std::ios::app) << "\"QV_ROOT\"=dword:1\n";
          },
          "QV_ROOT is not a string", ALA_A_INVALID_LOG_PATH_NAME},
-        {"table", [](In system) { std::ofstream(system.root.oids() / "oids") << "# mine\n1.2\n"; },
+        {"bad table", [](In system) { std::ofstream(system.root.oids() / "oids") << "# mine\n1.2\n"; },
          "oids:2: ", ALA_A_OID_ERROR},
         {"no table", [](In system) { fs::remove(system.root.oids() / "oids"); }, "oids: no such file",
          ALA_A_OID_ERROR},
-        {"no logs", [](In system) { fs::remove_all(system.root.logs()); },
+        {"no log folder", [](In system) { fs::remove_all(system.root.logs()); },
          "var/acct: No such file or directory", ALA_A_INVALID_LOG_PATH_NAME},
     };
-    for (const auto &[label, spoil, told, status] : cases) {
+    for (const auto &[label, spoil, message, status] : cases) {
         SCOPED_TRACE(label);
         PrintSystem system;
         spoil(system);
         const ToolResult result = system.run({"alpha"}, kCheck);
         EXPECT_EQ(result.status, status);
-        EXPECT_THAT(result.err, HasSubstr(told));
+        EXPECT_THAT(result.err, HasSubstr(message));
         EXPECT_THAT(result.out, HasSubstr("registry key\t"));
     }
 }
 
-TEST(Check, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
+TEST(Check, EachServerIsCheckedWithItsOwnSettings) {
     PrintSystem system;
     const SampleRoot other(system / "other");
     system.save("19990301", threeJobs().raw(std::string("\0\0\0", 3)));
@@ -262,20 +262,20 @@ TEST(Check, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
                                {serverKey("beta"), {{"QV_ROOT", other.path()}}},
                                {serverKey("bare"), {{"OTHER", "1"}}}});
     const ToolResult result = system.run({"alpha", "bare", "none", "beta"}, kCheck);
-    EXPECT_EQ(result.status, 100) << "that of the first that could not be looked at";
+    EXPECT_EQ(result.status, 100) << "of the first server that could not be checked";
     EXPECT_THAT(result.err, HasSubstr("bare ended with status 100"));
     EXPECT_THAT(result.err, HasSubstr("none ended with status 30"));
     EXPECT_EQ(field(result, "alpha.19990301", "state"), "cut");
     EXPECT_EQ(field(result, "beta.19990302", "state"), "whole");
     EXPECT_EQ(system.run({"-s", "19990302", "alpha", "beta"}, kCheck).status, 29);
-    EXPECT_EQ(system.run({"-e", "19990301", "beta", "alpha"}, kCheck).status, 50) << "no log is less";
+    EXPECT_EQ(system.run({"-e", "19990301", "beta", "alpha"}, kCheck).status, 50) << "not 29";
 }
 
-TEST(Check, ACommandLineIsCheckedFirst) {
+TEST(Check, CommandLineAndOutputErrorsHaveTheirStatus) {
     PrintSystem system;
     EXPECT_EQ(system.run({}, kCheck).status, 1);
     EXPECT_EQ(system.run({"-d", "alpha"}, kCheck).status, 1);
-    EXPECT_EQ(system.run({"-S", "", "alpha"}, kCheck).status, 1) << "that is no folder";
+    EXPECT_EQ(system.run({"-S", "", "alpha"}, kCheck).status, 1) << "an empty folder name";
     EXPECT_EQ(system.run({"-s", "1999", "alpha"}, kCheck).status, 30);
     EXPECT_EQ(system.run({"alpha"}, kCheck).status, 29);
     EXPECT_THAT(system.run({"-h"}, kCheck).err, testing::StartsWith("Command line usage: qvledger-check "));

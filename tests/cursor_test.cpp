@@ -9,7 +9,7 @@
 
 using namespace samples;
 
-// An attribute as "name=value|value".  Gives the pair back.
+// An attribute as "name=value|value".  Releases the pair.
 static std::string takeText(ALA_attrPair *pair) {
     std::string text = pair->attrName;
     for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
@@ -22,7 +22,7 @@ class Cursor : public Facility {
 protected:
     ~Cursor() override { ALA_FreeJobRecord(&job); }
 
-    // The names a, b, ... stand for 1.2.1, 1.2.2, ... and two long ones follow.
+    // Writes the OID table: a, b, ... name 1.2.1, 1.2.2, ...; two long names follow.
     void SetUp() override {
         std::string table;
         for (char name = 'a'; name <= 'h'; name++)
@@ -30,10 +30,10 @@ protected:
         table += "1.2.9\t0\t00\t" + longName + "\n1.2.10\t0\t00\t" + longestName + '\n';
         writeFile(root.oids() / "oids", table);
         writeFile(root.oids() / "oids.de", "1.2.1\tgerman-a\n");
-        registerAnew();
+        registerAgain();
     }
 
-    // A record with that many attributes a=1, b=2, ... and these counts.
+    // Loads a record with the attributes a=1, b=2, ... and the given counts.
     void load(std::uint32_t attributes, std::uint32_t ofJob, std::uint32_t perDocument,
               std::uint32_t version = 3) {
         Job made;
@@ -47,7 +47,7 @@ protected:
         ASSERT_EQ(ALA_GetFirstJobRecord(handle, &log, &job), ALA_N_NORMAL);
     }
 
-    // What First and then Next deliver, up to the code that says that there is no more.
+    // All that First and then Next deliver, up to the code for the end.
     template <class Record, class Get>
     std::string walk(Record &record, Get first, Get next) {
         std::string got;
@@ -62,7 +62,7 @@ protected:
     }
     std::string walkJob() { return walk(job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob); }
 
-    // One document's walk, or the code if there is none.
+    // The attributes of one document, or the code if there is none.
     std::string document(decltype(ALA_GetNextDocmt) *get) {
         ALA_dRecord_t made = nullptr;
         const ALA_retCode_t code = get(handle, &job, &made);
@@ -93,7 +93,7 @@ protected:
     const std::string longName = std::string(32, 'l'), longestName = std::string(255, 'm');
 };
 
-TEST_F(Cursor, CountsBoundEveryWalk) {
+TEST_F(Cursor, WalksStayWithinTheRecordWhateverItsCounts) {
     constexpr std::uint32_t huge = 0xFFFFFFFF;
     const struct {
         const char *label;
@@ -101,10 +101,10 @@ TEST_F(Cursor, CountsBoundEveryWalk) {
         const char *job, *documents, *names[3];
     } cases[] = {
         {"no documents", 2, 2, 0, 3, "a=1 b=2 #17", "#0", {"b a", "b a", ""}},
-        {"two", 6, 2, 2, 3, "a=1 b=2 #33", "c=3 d=4 / e=5 f=6 / #32", {"d c b a", "b a", "d c"}},
-        {"short last", 4, 1, 2, 3, "a=1 #33", "b=2 c=3 / d=4 / #32", {"c b a", "a", "c b"}},
-        {"empty ones", 3, 1, 0, 3, "a=1 #33", "/ #32", {"a", "a", ""}},
-        {"fewer than the job's", 2, 5, 1, 3, "a=1 b=2 #17", "#31", {"b a", "b a", ""}},
+        {"two documents", 6, 2, 2, 3, "a=1 b=2 #33", "c=3 d=4 / e=5 f=6 / #32", {"d c b a", "b a", "d c"}},
+        {"short last document", 4, 1, 2, 3, "a=1 #33", "b=2 c=3 / d=4 / #32", {"c b a", "a", "c b"}},
+        {"empty documents", 3, 1, 0, 3, "a=1 #33", "/ #32", {"a", "a", ""}},
+        {"fewer attributes than the job's count", 2, 5, 1, 3, "a=1 b=2 #17", "#31", {"b a", "b a", ""}},
         {"huge document", 3, 1, huge, 3, "a=1 #33", "b=2 c=3 / #32", {"c b a", "a", "c b"}},
         {"huge counts", 2, huge, huge, 3, "a=1 b=2 #17", "#31", {"b a", "b a", ""}},
         {"documents only", 2, 0, 1, 3, "a=1 #33", "a=1 / b=2 / #32", {"a", "", "a"}},
@@ -122,13 +122,13 @@ TEST_F(Cursor, CountsBoundEveryWalk) {
     }
 }
 
-TEST_F(Cursor, RestartOfTheJobRestartsTheDocuments) {
+TEST_F(Cursor, RestartingTheJobRestartsTheDocuments) {
     load(4, 1, 1);
     ALA_attrPair *pair = nullptr;
     EXPECT_EQ(ALA_GetNextAttrFromJob(handle, &job, nullptr, &pair), ALA_A_LAST_ATTRIBUTE) << "not started";
-    EXPECT_EQ(document(ALA_GetNextDocmt), "b=2 ") << "without a first";
+    EXPECT_EQ(document(ALA_GetNextDocmt), "b=2 ") << "Next works without First";
     EXPECT_EQ(document(ALA_GetFirstDocmt), "b=2 ");
-    EXPECT_EQ(document(ALA_GetNextDocmt), "d=4 ") << "a first one counts as handed out";
+    EXPECT_EQ(document(ALA_GetNextDocmt), "d=4 ") << "First counts as a delivery";
     EXPECT_EQ(document(ALA_GetNextDocmt), "#32");
     walkJob();
     EXPECT_EQ(document(ALA_GetNextDocmt), "b=2 ");
@@ -137,11 +137,11 @@ TEST_F(Cursor, RestartOfTheJobRestartsTheDocuments) {
     ALA_dRecord_t made = nullptr;
     ASSERT_EQ(ALA_GetFirstDocmt(handle, &job, &made), ALA_N_NORMAL);
     ALA_FreeJobRecord(&job);
-    EXPECT_EQ(walk(made, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc), "b=2 #17") << "outlives the job";
+    EXPECT_EQ(walk(made, ALA_GetFirstAttrFromDoc, ALA_GetNextAttrFromDoc), "b=2 #17") << "without its job";
     ALA_FreeDocmtRecord(&made);
 }
 
-TEST_F(Cursor, FailingValuesDoNotEndTheWalk) {
+TEST_F(Cursor, FailingAttributesDoNotEndTheWalk) {
     const Bytes bad = "...";
     load(Job()
              .attribute("1.2.1", INTEGER)
@@ -164,9 +164,9 @@ TEST_F(Cursor, NamesFollowTheLocale) {
     load(2, 2, 0);
     EXPECT_EQ(names(1, "de_DE.UTF-8"), "b german-a");
     EXPECT_EQ(names(1, "C"), "b a");
-    EXPECT_EQ(walkJob(), "a=1 b=2 #17") << "remembered";
+    EXPECT_EQ(walkJob(), "a=1 b=2 #17") << "the last locale applies";
     ALA_attrPair *pair = nullptr;
-    for (const char *locale : {"de", static_cast<const char *>(nullptr)}) { // which stays in force
+    for (const char *locale : {"de", static_cast<const char *>(nullptr)}) { // null: the last one applies
         EXPECT_EQ(ALA_GetFirstAttrFromJob(handle, &job, locale, &pair), ALA_N_NORMAL);
         EXPECT_EQ(takeText(pair), "german-a=1");
     }
@@ -175,8 +175,8 @@ TEST_F(Cursor, NamesFollowTheLocale) {
     EXPECT_EQ(names(1, "xx"), "code 4");
 }
 
-TEST_F(Cursor, NamesOfAnyNumberAndLengthAreDelivered) {
-    for (const std::size_t last : {1U, 2U}) { // the records differ in their last attribute, far behind
+TEST_F(Cursor, ManyAndLongNamesAreDelivered) {
+    for (const std::size_t last : {1U, 2U}) { // the records differ only in the 300th attribute
         Job made;
         std::string walked, listed;
         for (std::size_t i = 0; i < 300; i++) {
@@ -189,7 +189,7 @@ TEST_F(Cursor, NamesOfAnyNumberAndLengthAreDelivered) {
             listed = shown + (i > 0 ? ' ' + listed : "");
         }
         load(made);
-        for (const char *round : {"looked up", "remembered"}) {
+        for (const char *round : {"looked up", "cached"}) {
             EXPECT_EQ(walkJob(), walked + "#17") << round;
             EXPECT_EQ(names(1), listed) << round;
         }
@@ -205,8 +205,8 @@ TEST_F(Cursor, MissingRecordsAreRefused) {
     EXPECT_EQ(names(1), "code 13");
 }
 
-// The record, the document and the texts of its first attribute.
-TEST_F(Cursor, RenderedRecordTakesSixteenTimesItsBytesAtMostAndLinearTime) {
+// Measures the record, a document and the texts of the document's first attribute.
+TEST_F(Cursor, ARecordTakesAtMostSixteenTimesItsBytesAndLinearTime) {
     const struct {
         const char *label;
         std::uint32_t type;
@@ -224,8 +224,8 @@ TEST_F(Cursor, RenderedRecordTakesSixteenTimesItsBytesAtMostAndLinearTime) {
         Job made = Job().attribute("1.2.1", STRING).document();
         for (int i = 0; i < attributes; ++i)
             made.attribute("1.2.2", type, std::vector<Value>(values, packed));
-        const auto held = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; }; // 0 under sanitizers
-        const std::size_t before = held();
+        const auto allocated = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; }; // 0 under sanitizers
+        const std::size_t before = allocated();
         const auto start = std::chrono::steady_clock::now();
         load(made);
         ALA_dRecord_t document = nullptr;
@@ -233,7 +233,7 @@ TEST_F(Cursor, RenderedRecordTakesSixteenTimesItsBytesAtMostAndLinearTime) {
         ALA_attrPair *pair = nullptr;
         EXPECT_EQ(ALA_GetFirstAttrFromDoc(handle, &document, nullptr, &pair), ALA_N_NORMAL);
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)) << label;
-        EXPECT_LE(held() - before, 16 * Log().job(made).size() + (1U << 20)) << label;
+        EXPECT_LE(allocated() - before, 16 * Log().job(made).size() + (1U << 20)) << label;
         ALA_FreeAttributePair(&pair);
         ALA_FreeDocmtRecord(&document);
         ALA_FreeJobRecord(&job);

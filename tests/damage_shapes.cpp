@@ -8,7 +8,7 @@
 using namespace samples;
 
 constexpr std::uint32_t kUnknownType = 999;
-constexpr std::size_t kLongestCopied = 2000; // of the records in texts
+constexpr std::size_t kLongestCopied = 2000; // bytes of a record inside a text
 
 namespace {
 
@@ -30,7 +30,7 @@ static Bytes randomBytes(std::size_t size, Random &random) {
     return bytes;
 }
 
-// One of the sound values of that type; of any type, if it is the unknown one.
+// A valid value of the type; for kUnknownType, of any type.
 static const ValueCase &pickCase(std::uint32_t type, Random &random) {
     std::vector<const ValueCase *> values;
     for (const ValueCase &value : valueCases())
@@ -48,7 +48,7 @@ static Bytes makeValue(std::uint32_t type, const Bytes &copied, Random &random) 
         return packInt(static_cast<std::int32_t>(pick(random, 10)));
     case STRING:
         return packString(text);
-    case TEXT: // a user can choose one that contains a record
+    case TEXT: // a user can put a record into a text
         return pack(latin1Text(pick(random, 20) == 0 ? randomBytes(pick(random, 8), random) + copied : text));
     default:
         return pickCase(type, random).packed;
@@ -94,7 +94,7 @@ static Original makeOriginal(Random &random) {
     for (; records > 0; --records) {
         std::size_t kind = 0;
         while (kind + 1 < kinds.size() && pick(random, rarity) == 0)
-            ++kind; // each is rarer than the one before it
+            ++kind; // each kind is rarer than the one before it
         Job job;
         addAttributes(kinds[kind].ofJob, copied, random, job);
         for (std::size_t documents = kinds[kind].ofDocument.empty() ? 0 : pick(random, 4); documents > 0;

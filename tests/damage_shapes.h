@@ -8,9 +8,9 @@
 
 #include "samples/log_writer.h"
 
-constexpr std::int64_t kNew = -1; // a byte that no original has
+constexpr std::int64_t kNew = -1; // origin of an inserted byte
 
-// A log, and for each of its bytes the place that it has in the original.
+// A log, and the position of each of its bytes in the original.
 struct Damaged {
     std::string bytes;
     std::vector<std::int64_t> origins;
@@ -30,7 +30,7 @@ inline std::size_t pick(Random &random, std::size_t below) {
     return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
 }
 
-// A log that its number determines: 1 to 400 records of one to five kinds with attributes of all types,
+// A log that its number determines: 1 to 410 records of one to five kinds with attributes of all types,
 // damaged in one to three ways.  An overwritten byte keeps its origin.
 struct ShapedLog {
     Original original;

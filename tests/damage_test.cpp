@@ -1,7 +1,7 @@
-// Damaged logs: what the damage did not touch is found again, and nothing is found that was not there.
+// Damaged logs: the search finds the records that the damage did not touch, and no others.
 //
-// `make damage` counts what is found in LOGS damaged logs of many shapes (damage_shapes.h), and tries each
-// prefix and each flipped bit of three small logs.  Without QVLEDGER_DAMAGED_LOGS all that is a sample.
+// `make damage` searches LOGS damaged logs of many shapes (damage_shapes.h), and each prefix and each flipped
+// bit of three small logs.  Without QVLEDGER_DAMAGED_LOGS the tests try a sample of them.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -67,22 +67,22 @@ static std::vector<Piece> search(const std::string &content, const Original &ori
     return found;
 }
 
-static bool endsAsOneDid(const Damaged &log, const Piece &piece, const Original &original) {
-    const auto behind = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
-    return behind == original.log.size() || std::ranges::binary_search(original.log.records(), behind);
+static bool endsWhereARecordDid(const Damaged &log, const Piece &piece, const Original &original) {
+    const auto end = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
+    return end == original.log.size() || std::ranges::binary_search(original.log.records(), end);
 }
 
-// The bytes of an original record whose own first ones are gone, where like ones have come in their place.
-static bool isLikeOneBehind(const Damaged &log, const Piece &piece, const Original &original) {
+// Does the piece equal an original record whose first bytes were lost and replaced by equal bytes?
+static bool isRecordWithReplacedStart(const Damaged &log, const Piece &piece, const Original &original) {
     const std::size_t size = piece.end - piece.begin;
-    const auto behind = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
-    return behind >= size && std::ranges::binary_search(original.log.records(), behind - size) &&
-           log.bytes.compare(piece.begin, size, original.log.bytes(), behind - size, size) == 0;
+    const auto end = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
+    return end >= size && std::ranges::binary_search(original.log.records(), end - size) &&
+           log.bytes.compare(piece.begin, size, original.log.bytes(), end - size, size) == 0;
 }
 
-// A server could have written that record as it is, and then it would have to be found.  So it has to be
-// found here, whatever it was made from: the bytes are the same, and no reader can tell.
-static bool isWholeAlone(const Damaged &log, const Piece &piece, const Original &original) {
+// Is the piece a record if it is alone in a log?  Then a server could have written it, and no reader can tell
+// that the damage made it.
+static bool isRecordAlone(const Damaged &log, const Piece &piece, const Original &original) {
     const std::size_t size = piece.end - piece.begin;
     const std::vector<Piece> found = search(
         original.log.bytes().substr(0, original.headerEnd) + log.bytes.substr(piece.begin, size), original);
@@ -94,9 +94,9 @@ static unsigned wantedLogs() {
     return wanted != nullptr ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : 0;
 }
 
-// What a piece is called that is not an untouched record.  One that begins where a record did, is as long and
-// would be a record alone has changed bytes that no reader can notice.
-static const char *nameOf(const Piece &piece, const ShapedLog &shaped) {
+// The category of a piece that is not an untouched record.  "changed" has the place and size of a record and
+// is a record when alone, so no reader can notice its changed bytes.
+static const char *categoryOf(const Piece &piece, const ShapedLog &shaped) {
     const Original &original = shaped.original;
     const auto &starts = original.log.records();
     const auto origin = static_cast<std::size_t>(shaped.damaged.origins[piece.begin]);
@@ -107,14 +107,14 @@ static const char *nameOf(const Piece &piece, const ShapedLog &shaped) {
         original.endOf(static_cast<std::size_t>(start - starts.begin())) - origin == piece.end - piece.begin;
     if (shaped.kind == "cut")
         return "forged";
-    if ((hasSize || (begins && endsAsOneDid(shaped.damaged, piece, original)) ||
-         isLikeOneBehind(shaped.damaged, piece, original)) &&
-        isWholeAlone(shaped.damaged, piece, original))
+    if ((hasSize || (begins && endsWhereARecordDid(shaped.damaged, piece, original)) ||
+         isRecordWithReplacedStart(shaped.damaged, piece, original)) &&
+        isRecordAlone(shaped.damaged, piece, original))
         return hasSize ? "changed" : "joined";
     return "wrong";
 }
 
-// Does it have the bytes of an original record?  Then most likely a text contained it.
+// Does the piece equal an original record?  Then most likely a text contained it.
 static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
     const Original &original = shaped.original;
     const std::string bytes = shaped.damaged.bytes.substr(piece.begin, piece.end - piece.begin);
@@ -124,7 +124,7 @@ static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
     });
 }
 
-// Counts of each group of logs, by which two searches are compared.
+// Counts by group of logs, for comparing two versions of the search.
 using Tally = std::map<std::string, std::map<std::string, long>>;
 
 static void judge(const ShapedLog &shaped, const std::string &label, Tally &tally) {
@@ -136,8 +136,8 @@ static void judge(const ShapedLog &shaped, const std::string &label, Tally &tall
             ++tally[group][what];
         if (wantedLogs() != 0 && (what == "lost" || what == "wrong" || what == "forged") &&
             tally["all"][what] <= 40)
-            std::printf("%s: %s, %zu to %zu, once at %ld; %s%s\n", what.c_str(), label.c_str(), piece.begin,
-                        piece.end, static_cast<long>(log.origins[piece.begin]), version.c_str(),
+            std::printf("%s: %s, %zu to %zu, originally at %ld; %s%s\n", what.c_str(), label.c_str(),
+                        piece.begin, piece.end, static_cast<long>(log.origins[piece.begin]), version.c_str(),
                         shaped.damages.c_str());
     };
     count("logs");
@@ -145,7 +145,7 @@ static void judge(const ShapedLog &shaped, const std::string &label, Tally &tall
     for (std::size_t i = 0; i < log.origins.size(); ++i)
         if (log.origins[i] != kNew)
             places[static_cast<std::size_t>(log.origins[i])] = i;
-    std::map<std::size_t, std::size_t> missing; // beginnings and ends of untouched records
+    std::map<std::size_t, std::size_t> missing; // untouched records not found yet: begin and end
     for (std::size_t record = 0; record < original.log.records().size(); ++record) {
         const std::size_t begin = original.log.records()[record], size = original.endOf(record) - begin;
         count("records");
@@ -161,7 +161,7 @@ static void judge(const ShapedLog &shaped, const std::string &label, Tally &tall
             missing.erase(at);
             continue;
         }
-        const std::string is = nameOf(piece, shaped);
+        const std::string is = categoryOf(piece, shaped);
         count(is, piece);
         if (is == "joined" || is == "changed")
             excused.push_back(piece);
@@ -186,22 +186,22 @@ static void show(Tally &tally) {
     }
 }
 
-TEST(Damage, LogsOfManyShapesLoseFewRecords) {
+TEST(Damage, FewRecordsOfLogsOfManyShapesAreLost) {
     Tally tally;
     for (unsigned number = 1; number <= (wantedLogs() != 0 ? wantedLogs() : 40); ++number)
         judge(makeShapedLog(number), "log " + std::to_string(number), tally);
     show(tally);
     auto &all = tally["all"];
     EXPECT_GT(all["untouched"], 6000);
-    EXPECT_LE(all["lost"], std::max(2L, all["untouched"] / 25'000));  // one in 33,749, of 3,104,972
-    EXPECT_LE(all["wrong"], std::max(2L, all["untouched"] / 20'000)); // one in 41,399
+    EXPECT_LE(all["lost"], std::max(2L, all["untouched"] / 25'000));  // measured: one in 33,749, of 3,104,972
+    EXPECT_LE(all["wrong"], std::max(2L, all["untouched"] / 20'000)); // measured: one in 41,399
     EXPECT_EQ(all["forged"], 0);
 }
 
-// The sample has each bit of a byte, and all bits of the records' heads.
+// The sample tries every 601st place, and all places in the records' heads.
 static const std::size_t kStep = wantedLogs() != 0 ? 1 : 601;
 
-// Damages three small logs at each place, which is a byte or a bit.
+// Damages three small logs at each place: each byte (perByte 1) or each bit (8).
 static void judgeEach(const char *kind, std::size_t perByte,
                       const std::function<void(Damaged &, std::size_t)> &damage) {
     Tally tally;
@@ -225,21 +225,21 @@ static void judgeEach(const char *kind, std::size_t perByte,
     EXPECT_EQ(tally["all"]["lost"] + tally["all"]["wrong"] + tally["all"]["forged"], 0);
 }
 
-TEST(Damage, EachPrefixHasItsRecords) {
+TEST(Damage, AllWholeRecordsOfACutLogAreFound) {
     judgeEach("cut", 1, [](Damaged &log, std::size_t size) {
         log.bytes.resize(size);
         log.origins.resize(size);
     });
 }
 
-TEST(Damage, AFlippedBitCostsOneRecordAtMost) {
+TEST(Damage, AFlippedBitCostsAtMostOneRecord) {
     judgeEach("flip", 8, [](Damaged &log, std::size_t bit) {
         log.bytes[bit / 8] = static_cast<char>(log.bytes[bit / 8] ^ 1 << bit % 8);
     });
 }
 
-// Each fourth byte begins a tag whose values lead through the whole log.
-TEST(Damage, BytesMadeToCostMuchCostLittleAndHideFewRecordsBehindThem) {
+// At every fourth byte begins a tag whose values extend through the whole log.
+TEST(Damage, BytesCraftedToBeSlowAreReadFastAndHideFewLaterRecords) {
     const Original original = makeOriginal(3, 1, 200);
     std::string bytes = original.log.bytes().substr(0, original.headerEnd);
     while (bytes.size() < 32 << 20)
@@ -254,7 +254,7 @@ TEST(Damage, BytesMadeToCostMuchCostLittleAndHideFewRecordsBehindThem) {
                   original.log.size() - original.log.records()[199 - i]);
 }
 
-TEST(Damage, ASoundRecordIsFoundHoweverMuchItTakesToReadIt) {
+TEST(Damage, AHugeSoundRecordIsFound) {
     Original original = makeOriginal(3, 1, 3);
     std::string record("\0\0\0\1\0\0\0\1\0\0\0", 12);
     attrTag tag = {};
@@ -269,7 +269,7 @@ TEST(Damage, ASoundRecordIsFoundHoweverMuchItTakesToReadIt) {
     EXPECT_EQ(search(bytes, original).size(), 4U);
 }
 
-// Records of a few attributes, each of one value, by the last arc of their identifiers.
+// A record with an attribute for each arc, the last of its identifier.  Each has the same single value.
 static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs, std::string_view value,
                             std::uint32_t type = 999) {
     std::string bytes("\0\0\0", 3);
@@ -286,7 +286,7 @@ static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs,
     return bytes;
 }
 
-TEST(Damage, WhatRecordsBeginWithTellsThemFromTheRestOfOne) {
+TEST(Damage, AKnownFirstAttributeMarksARecordsBeginning) {
     for (const std::uint32_t version : {1U, 3U}) {
         SCOPED_TRACE(version);
         const Original empty = makeOriginal(version, 1, 0);
@@ -297,18 +297,18 @@ TEST(Damage, WhatRecordsBeginWithTellsThemFromTheRestOfOne) {
         const std::string lookingLikeHeads("\0\0\0\1\0\0\0\1\0\0\0", 12);
         const std::string tricky =
             recordOf(version, {5, 6}, lookingLikeHeads.substr(0, version >= 3 ? 12 : 4));
-        EXPECT_EQ(found(noise + tricky.substr(20) + tricky + tricky), 2U) << "the rest of a record";
+        EXPECT_EQ(found(noise + tricky.substr(20) + tricky + tricky), 2U) << "after the rest of a record";
         if (version == 1) {
-            EXPECT_EQ(found(tricky.substr(20) + noise), 0U) << "nothing is known";
+            EXPECT_EQ(found(tricky.substr(20) + noise), 0U) << "no first attribute is known";
         }
-        EXPECT_EQ(found(one + one + noise), 2U) << "of a type that other records have, too";
+        EXPECT_EQ(found(one + one + noise), 2U) << "other records end with this type, too";
         EXPECT_EQ(found(one + recordOf(version, {1, 2}, "a", 998) + noise), 1U) << "it may have been longer";
         EXPECT_EQ(found(one + one + std::string(400, '\0') + one), 3U);
     }
 }
 
-// Any user can choose a text.
-TEST(Damage, WhatLooksLikeARecordInATextIsNone) {
+// Any user can choose a text and so forge a record.
+TEST(Damage, ARecordForgedInsideATextIsNotFound) {
     for (const std::uint32_t version : {1U, 3U}) {
         SCOPED_TRACE(version);
         const Original empty = makeOriginal(version, 1, 0);
@@ -324,9 +324,9 @@ TEST(Damage, WhatLooksLikeARecordInATextIsNone) {
         for (std::size_t size = 0; size < host.size(); ++size)
             EXPECT_EQ(found(one + one + host.substr(0, size)), 2U) << "cut at " << size;
         EXPECT_EQ(found(one + one + host + "\xff"), 3U) << "damage follows";
-        EXPECT_EQ(found(one + one + "\xff" + host.substr(1) + one), 3U) << "its head is destroyed";
+        EXPECT_EQ(found(one + one + "\xff" + host.substr(1) + one), 3U) << "the host's head is damaged";
 
-        // An attribute that reaches past the end of the log, after a sound one and a head.
+        // A text with a sound attribute, a head and an attribute that extends past the end of the log.
         const std::size_t head = version >= 3 ? 12 : 4;
         std::string hiding = one.substr(head) + recordOf(version, {1}, std::string("\0\0\x13\x84", 4), 20);
         hiding.replace(hiding.size() - 8, 4, "\x88\x13\0", 4); // 5,000 bytes
@@ -334,12 +334,12 @@ TEST(Damage, WhatLooksLikeARecordInATextIsNone) {
         text = std::string("\0\0\0\4\0\0", 6) + size + static_cast<char>(hiding.size()) + hiding;
         std::string dented = recordOf(version, {1, 2}, text, 16);
         dented[head + 8] = dented[head + 8 + 152 + 4 + text.size()] = '\xff'; // both identifiers
-        EXPECT_GE(found(one + one + dented + one + one), 3U) << "it hides nothing";
+        EXPECT_GE(found(one + one + dented + one + one), 3U) << "the text hides no record";
     }
 }
 
-// As many attributes behind a record as there are look like the rest of the next one.
-TEST(Damage, AttributesThatLeadThroughTheWholeLogCostLittle) {
+// Thousands of attributes follow the records, and each looks like the rest of another record.
+TEST(Damage, AttributesUpToTheEndOfTheLogAreReadFast) {
     const Original empty = makeOriginal(3, 1, 0);
     const std::string one = recordOf(3, {1, 2}, "abcd");
     std::string records = one + one + one;

@@ -1,4 +1,4 @@
-// -d deletes a log only when nothing of it exists there alone.
+// -d deletes a log only if the report has all of it.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -33,7 +33,7 @@ static Job march() {
     return jobOf({{"job-name", {"march"}}});
 }
 
-// A record whose document's attribute has these values.
+// A record with one document, whose attribute has these values.
 static Job withDocument(const std::vector<Value> &values) {
     return Job(march()).document().attribute(dotted("document-name"), STRING, values);
 }
@@ -43,7 +43,7 @@ static bool wasKept(const ToolResult &result, const std::string &why) {
            result.log.find("is not deleted: ") != std::string::npos;
 }
 
-TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {
+TEST(Deletion, ALogIsKeptUnlessTheReportHasAllOfIt) {
     const Value text{packString("t")};
     const std::string name = dotted("job-name");
     const Bytes zero(4, '\0');
@@ -75,11 +75,11 @@ TEST(Deletion, LogsThatAreNotWhollyInTheReportStay) {
     Job later = withDocument({text});
     later.document().attribute(dotted("document-name"), STRING, {kUnreadable});
     expectDeleted(false, "unreadable later document", logOf({later}), "-da");
-    expectDeleted(true, "unreadable document that is not asked for", logOf({later}));
+    expectDeleted(true, "unreadable document without -a", logOf({later}));
 }
 
-// The report of a run that failed stays for the sake of a log that went, and only then.
-TEST(Deletion, OnlyLogsOfTheRangeThatOpenedAndHaveNoWriterGo) {
+// The report of a failed run is kept only if a log was deleted.
+TEST(Deletion, OnlyOpenedLogsOfTheRangeWithoutAWriterAreDeleted) {
     for (const bool hasWriter : {false, true}) {
         SCOPED_TRACE(hasWriter);
         PrintSystem system;
@@ -97,7 +97,7 @@ TEST(Deletion, OnlyLogsOfTheRangeThatOpenedAndHaveNoWriterGo) {
     }
 }
 
-TEST(Deletion, CurrentLogStays) {
+TEST(Deletion, TheCurrentLogIsNeverDeleted) {
     PrintSystem system;
     system.save("current", logOf({march()}));
     ToolResult result = system.run({"-d", "alpha"});
@@ -114,7 +114,7 @@ TEST(Deletion, CurrentLogStays) {
     EXPECT_TRUE(fs::exists(system.log("current")));
 }
 
-TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
+TEST(Deletion, AFailedWriteKeepsTheLogAndStopsReading) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
     close(ends[0]);
@@ -150,11 +150,11 @@ TEST(Deletion, LogsWhoseLinesAreLostStayAndNoFurtherOneIsRead) {
     system.save("19990301", logOf({march()}));
     const ToolResult result = system.run({"-d", "-o", "/dev/null", "alpha"});
     EXPECT_EQ(result.err, "");
-    EXPECT_FALSE(fs::exists(system.log("19990301"))) << "what has no disk is safe once it is written";
+    EXPECT_FALSE(fs::exists(system.log("19990301"))) << "this device needs no sync";
 }
 
-// The report's pipe is kept full, so that the tool has read the log to its end and waits before it deletes.
-TEST(Deletion, WhatTookTheLogsPlaceStays) {
+// The report's pipe is full, so the tool has read the whole log and blocks before it deletes.
+TEST(Deletion, AChangedOrReplacedLogIsKept) {
     const auto append = [](const fs::path &path) {
         const Log grown = logOf({march()});
         writeFile(path, readFile(path) + grown.bytes().substr(grown.records()[0])); // the same file
@@ -176,11 +176,11 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
     const struct {
         const char *label, *tail;
         std::function<void(const PrintSystem &)> change;
-        const char *why = nullptr; // it stays
+        const char *why = nullptr; // why it is kept
     } cases[] = {
         {"unchanged", kTail, [](const PrintSystem &) {}},
-        {"current log got the day's name", "current", nameOfDay},
-        {"current log got the day's name and grew", "current",
+        {"current log renamed to its day", "current", nameOfDay},
+        {"current log renamed to its day and grown", "current",
          [&](const PrintSystem &system) { nameOfDay(system), append(system.log(kTail)); }, grew},
         {"shortened", kTail, [](const PrintSystem &system) { fs::resize_file(system.log(kTail), 10); }, grew},
         {"overwritten in place", kTail, overwrite, "it was written to since it was opened"},
@@ -189,8 +189,9 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
              overwrite(system), setChanged(system.log(kTail), kNoonOfMarch1st);
          },
          "it was changed since it was opened"},
-        {"its name for the time of the deletion is taken", kTail,
-         [](const PrintSystem &system) { writeFile(system.log("19990301.being-deleted"), ""); }, "is taken"},
+        {"its temporary name is taken", kTail,
+         [](const PrintSystem &system) { writeFile(system.log("19990301.being-deleted"), ""); },
+         "temporary name"},
         {"another file", kTail,
          [&](const PrintSystem &system) {
              moveAnd(system, [](auto from, auto to) { fs::copy_file(from, to); });
@@ -224,8 +225,8 @@ TEST(Deletion, WhatTookTheLogsPlaceStays) {
     }
 }
 
-// Over a pipe or a socket the lines are safe once they are read.
-TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
+// Lines in a pipe or local socket are safe once they are read; over a network they never are.
+TEST(Deletion, ALogIsKeptUntilTheReaderHasReadItsLines) {
     enum Act { kReads, kLeaves, kWaits };
     const auto expectDeleted = [](bool deleted, const char *label, int reader, int writer, Act act,
                                   const char *why) {
@@ -254,10 +255,10 @@ TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
     };
     const std::tuple<const char *, bool, Act, const char *> cases[] = {
         {"pipe read", true, kReads, ""},
-        {"the reader of a pipe leaves", true, kLeaves, "the reader of its report has not read all of it"},
-        {"asked to end", true, kWaits, "the run was asked to end"},
+        {"reader closes the pipe", true, kLeaves, "the reader of its report has not read all of it"},
+        {"signal", true, kWaits, "the run was asked to end"},
         {"local socket read", false, kReads, ""},
-        {"the reader of a socket leaves", false, kLeaves, "the reader of its report has not read all of it"}};
+        {"reader closes the socket", false, kLeaves, "the reader of its report has not read all of it"}};
     for (const auto &[label, isPipe, act, why] : cases) {
         int ends[2];
         ASSERT_EQ(isPipe ? pipe2(ends, O_CLOEXEC) : socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends),
@@ -278,12 +279,12 @@ TEST(Deletion, LogsStayUntilTheReaderHasReadTheirLines) {
                   "over a network");
 }
 
-// Among them what a caller sees who is neither owner nor root, or on a file system that knows no leases.
-TEST(Deletion, ACallThatFailsKeepsALogAndTellsWhy) {
+// fcntl() refuses a lease to a caller who is neither owner nor root, and on some file systems.
+TEST(Deletion, AFailedCallKeepsTheLogAndIsLogged) {
     const struct {
         const char *name, *call;
-        int minutes, status; // since the log was written to, and of the run
-        const char *why;     // it stays, if any
+        int minutes, status; // since the last write to the log; of the run
+        const char *why;     // why the log is kept; null: it is deleted
     } cases[] = {
         {"19990301.being-deleted", "fcntl:error=EACCES", 59, 0, "it was written to within the last hour"},
         {"19990301.being-deleted", "fcntl:error=EACCES", 61, 0, nullptr},
@@ -303,7 +304,7 @@ TEST(Deletion, ACallThatFailsKeepsALogAndTellsWhy) {
     }
 }
 
-// Reports the logs of two days in this process, where calls can be seen and scripted.
+// Runs with -d and -o in this process, where calls can be scripted.
 static int deleteInProcess(const PrintSystem &system, const std::string &report) {
     const std::string logs = system.root.logs(), oids = system.root.oids();
     setenv("QV_REGISTRY", system.root.registry().c_str(), 1);
@@ -316,8 +317,8 @@ static int deleteInProcess(const PrintSystem &system, const std::string &report)
     return status;
 }
 
-TEST(Deletion, ReportIsOnItsDiskAndInItsPlaceBeforeALogGoes) {
-    using Change = std::function<void(const fs::path &)>; // of the report, once it is synced
+TEST(Deletion, TheReportIsSyncedAndInPlaceBeforeALogIsDeleted) {
+    using Change = std::function<void(const fs::path &)>; // of the report, at its first sync
     const Change nothing = [](const fs::path &) {};
     const auto expectCalls = [](const char *label, const char *expected, const Change &change, int commit = 0,
                                 int firstSync = 0, OS_outputKind kind = OS_outputKind::File) {
@@ -331,7 +332,7 @@ TEST(Deletion, ReportIsOnItsDiskAndInItsPlaceBeforeALogGoes) {
         const Scripted kinds(script::OS_KindOfOutput, [&](int) { return kind; });
         const Scripted committed(script::_commit, [&](int) {
             if (calls.empty()) {
-                EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "what is synced was written before";
+                EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "the lines are written before the sync";
                 change(report);
             }
             calls += "commit ";
@@ -356,7 +357,7 @@ TEST(Deletion, ReportIsOnItsDiskAndInItsPlaceBeforeALogGoes) {
     expectCalls("block device not synced", "commit ", nothing, -1, 0, OS_outputKind::BlockDevice);
     expectCalls("folder not synced once", "commit folder commit ", nothing, 0, -1);
     const char *const kept = "commit folder commit ";
-    expectCalls("cut", kept, [](const fs::path &report) { fs::resize_file(report, 9); });
+    expectCalls("truncated", kept, [](const fs::path &report) { fs::resize_file(report, 9); });
     expectCalls("appended to", kept, [](const fs::path &report) {
         writeFile(report, readFile(report) + "other\n"); // the same file
     });
@@ -364,7 +365,7 @@ TEST(Deletion, ReportIsOnItsDiskAndInItsPlaceBeforeALogGoes) {
     expectCalls("removed", kept, [](const fs::path &report) { fs::remove(report); });
 }
 
-TEST(Deletion, TheProgramsLogMayGoToTheReport) {
+TEST(Deletion, TheProgramsLogMayShareTheReportFile) {
     for (const bool byName : {false, true}) {
         SCOPED_TRACE(byName ? "QV_LOG=report" : "QV_LOG=stderr");
         PrintSystem system;
@@ -389,7 +390,7 @@ TEST(Deletion, TheProgramsLogMayGoToTheReport) {
     }
 }
 
-TEST(Deletion, ARequestToEndIsHeardInsideALongLine) {
+TEST(Deletion, ASignalEndsTheRunWithinALongLine) {
     PrintSystem system;
     system.save(kTail, logOf({jobOf({{"job-name", {std::string(600'000, 'x')}}})}));
     const fs::path report = system / "report";
@@ -401,19 +402,19 @@ TEST(Deletion, ARequestToEndIsHeardInsideALongLine) {
     EXPECT_TRUE(fs::exists(system.log(kTail)));
 }
 
-TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
+TEST(Deletion, ConcurrentRunsReportALogOnce) {
     PrintSystem system;
     const std::string left =
         "qvledger: the log alpha.19990301.being-deleted is being deleted, or was left by a run that ended.\n";
     const fs::path report = system / "report", aside = system.log("19990301.being-deleted");
     system.save(kTail, logOf({march()}));
-    const int held = open(system.log(kTail).c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(OS_LockFile(held), OS_DONE);
+    const int locked = open(system.log(kTail).c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(OS_LockFile(locked), OS_DONE);
     const pid_t waiting = system.start({"-d", "-o", report, "alpha"});
     usleep(1'300'000);
-    EXPECT_EQ(waitpid(waiting, nullptr, WNOHANG), 0) << "it waits for the log";
-    fs::remove(system.log(kTail)); // as the run that has it does
-    close(held);
+    EXPECT_EQ(waitpid(waiting, nullptr, WNOHANG), 0) << "the run waits for the log";
+    fs::remove(system.log(kTail)); // as the run that locked it does
+    close(locked);
     const ToolResult result = system.finish(waiting);
     EXPECT_EQ(result.status, 6);
     EXPECT_EQ(result.err, "qvledger: waiting for " + system.log(kTail).string() +
@@ -426,13 +427,13 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     ASSERT_EQ(OS_LockFile(deleting), OS_DONE);
     EXPECT_EQ(system.run({"-d", "alpha"}).err,
               left + "Unable to find the accounting logs for server alpha.\n");
-    EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it is still there";
-    close(deleting); // and was killed
+    EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it has not ended";
+    close(deleting); // the deleting run was killed
     EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
               "qvledger: a log that was not deleted is still named " + aside.string() +
                   ": No locks available.\n" + left +
                   "Unable to find the accounting logs for server alpha.\n");
-    EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is no log";
+    EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is not listed as a log";
     EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}).status, 0);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");
     EXPECT_FALSE(fs::exists(aside) || fs::exists(system.log(kTail)));
@@ -441,5 +442,5 @@ TEST(Deletion, RunsBesideOneAnotherReportALogOnce) {
     EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted is still named " +
                                                    aside.string() + ": another file has its own name.\n" +
                                                    left);
-    EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither takes the other's place";
+    EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither replaces the other";
 }

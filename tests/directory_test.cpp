@@ -45,9 +45,9 @@ protected:
     }
 };
 
-TEST_F(Directory, TailGivesTheDate) {
+TEST_F(Directory, TheTailOfTheNameGivesTheDate) {
     const std::pair<const char *, const char *> cases[] = {
-        // null: no log of this server
+        // null: not a log of this server
         {"alpha.20010203", "2001-2-3"},   {"alpha.20019999", "2001-99-99"},
         {"alpha.123", "0-1-23"},          {"alpha.", "0-0-0"},
         {"alpha.abc", "0-0-0"},           {"alpha.-1234567", "-123--45--67"},
@@ -62,7 +62,7 @@ TEST_F(Directory, TailGivesTheDate) {
     }
 }
 
-TEST_F(Directory, LogsComeOldestFirst) {
+TEST_F(Directory, LogsAreListedOldestFirst) {
     for (const char *tail : {"20010102", "20010303", "19991231", "abc"})
         touch(std::string("alpha.") + tail);
     layCurrentLog();
@@ -76,7 +76,7 @@ TEST_F(Directory, LogsComeOldestFirst) {
     EXPECT_EQ(oldest(), "20010204 alpha.current") << "the local date of its last change";
 }
 
-TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
+TEST_F(Directory, ACurrentLogWithAnImpossibleTimeIsSkipped) {
     touch("alpha.20010102");
     touch("alpha.current");
     std::int64_t changed = 0;
@@ -85,7 +85,7 @@ TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
         return 0;
     });
     const std::string left =
-        path("current").string() + " is left out: the time of its last change is off the calendar";
+        path("current").string() + " is skipped: the time of its last change is not a valid date";
     for (const std::int64_t time : {-62135596800, 253402300799}) {
         changed = time;
         EXPECT_EQ(list().size(), 2U) << time;
@@ -98,8 +98,8 @@ TEST_F(Directory, CurrentLogWithATimeOffTheCalendarIsLeftOut) {
     }
 }
 
-TEST_F(Directory, EqualDatesComeAsInsertedOneByOneIntoASortedList) {
-    const std::pair<std::string, const char *> cases[] = {// a date of each node, and the nodes' new order
+TEST_F(Directory, EqualDatesAreOrderedAsByRepeatedInsertion) {
+    const std::pair<std::string, const char *> cases[] = {// the nodes' dates, and their numbers after sorting
                                                           {"111", "021"},
                                                           {"12121", "13420"},
                                                           {"1223123312", "3769512840"},
@@ -119,7 +119,7 @@ TEST_F(Directory, EqualDatesComeAsInsertedOneByOneIntoASortedList) {
     }
 }
 
-TEST_F(Directory, FailuresOfTheScansDiffer) {
+TEST_F(Directory, EachScanHasItsOwnFailureCodes) {
     const std::string oldestLine = "Return code from ALA__GetOldestLogName is ";
     const auto expect = [&](const char *label, ALA_retCode_t oldestCode, const std::string &oldestText,
                             ALA_retCode_t listCode, const std::vector<std::string> &listTexts) {
@@ -140,14 +140,14 @@ TEST_F(Directory, FailuresOfTheScansDiffer) {
             "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate"});
 }
 
-TEST_F(Directory, DeleteRemovesTheDatedLogOfAPastDayOnly) {
+TEST_F(Directory, DeleteRemovesOnlyDatedLogsOfPastDays) {
     const NextDay itIs;
     for (const char *tail : {"20010203", "20010204", "00330405"})
         touch(std::string("alpha.") + tail);
     layCurrentLog();
     const struct {
         ALA_time date;
-        const char *tail; // of the file in question
+        const char *tail; // of the file that may be removed
         ALA_retCode_t code;
         bool remains;
     } cases[] = {

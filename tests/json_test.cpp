@@ -1,4 +1,4 @@
-// qvledger-json: its lines, its escapes, its ends.
+// qvledger-json: lines, escaping, statuses; and read errors and missing logs in all three programs.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 static const ToolRun kJson{.program = QVLEDGER_JSON_BINARY};
 
-// The line of a record of alpha, up to its attributes' object; and that at the end of a log.
+// Expected lines: a record of alpha, where rest begins with the attributes; and the end of a log.
 static std::string recordLine(int number, const std::string &date, const std::string &rest) {
     return "{\"server\":\"alpha\",\"log\":\"alpha." + date + "\",\"record\":" + std::to_string(number) +
            ",\"date\":" + date + ",\"attributes\":" + rest + "\n";
@@ -26,20 +26,20 @@ static std::string endLine(const std::string &log, int records, bool complete = 
            ",\"complete\":" + (complete ? "true}\n" : "false}\n");
 }
 
-TEST(Json, EveryTextSurvivesItsEscaping) {
+TEST(Json, EveryTextIsEscapedAsValidJson) {
     const struct {
         const char *label, *text, *json;
     } cases[] = {
-        {"signs with a meaning", R"(a"b\c/)", R"(a\"b\\c/)"},
+        {"characters to be escaped", R"(a"b\c/)", R"(a\"b\\c/)"},
         {"controls", "\b\f\n\r\t\x01\x1f\x7f", "\\b\\f\\n\\r\\t\\u0001\\u001f\x7f"},
         {"UTF-8 of each length", "ü€\U0001F5A8", "ü€\U0001F5A8"},
-        {"edges of UTF-8", "\xEE\x80\x80\xED\x9F\xBF\xF4\x8F\xBF\xBF",
+        {"first and last characters", "\xEE\x80\x80\xED\x9F\xBF\xF4\x8F\xBF\xBF",
          "\xEE\x80\x80\xED\x9F\xBF\xF4\x8F\xBF\xBF"},
-        {"stray bytes", "a\x80z\xFF", "a\uFFFDz\uFFFD"},
-        {"cut characters", "\xE2\x82z\xC3", "\uFFFD\uFFFDz\uFFFD"},
-        {"more bytes than needed", "\xC0\x80\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"invalid bytes", "a\x80z\xFF", "a\uFFFDz\uFFFD"},
+        {"incomplete characters", "\xE2\x82z\xC3", "\uFFFD\uFFFDz\uFFFD"},
+        {"overlong forms", "\xC0\x80\xE0\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
         {"half a surrogate pair", "\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},
-        {"beyond the last character", "\xF4\x90\x80\x80\xF5\x80\x80\x80",
+        {"above U+10FFFF", "\xF4\x90\x80\x80\xF5\x80\x80\x80",
          "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
     };
     std::vector<std::string> texts;
@@ -55,7 +55,7 @@ TEST(Json, EveryTextSurvivesItsEscaping) {
                   endLine("alpha.19990301", 1));
 }
 
-TEST(Json, ALineHoldsAJobAndItsDocumentsAndTellsWhatIsMissing) {
+TEST(Json, ALineHasAJobWithItsDocumentsAndIsMarkedIfIncomplete) {
     Job job = jobOf({{"job-name", {"one", "two"}}, {"job-owner", {}}});
     for (const char *name : {"a", "b"}) {
         job.document();
@@ -63,11 +63,11 @@ TEST(Json, ALineHoldsAJobAndItsDocumentsAndTellsWhatIsMissing) {
     }
     Job damaged = jobOf({{"job-name", {"seen"}}});
     damaged.attribute(dotted("job-copies"), INTEGER, {Value("xy")});
-    Job damagedBehind = jobOf({{"job-name", {"whole"}}});
-    damagedBehind.document().attribute(dotted("job-copies"), INTEGER, {Value("xy")});
+    Job damagedDocument = jobOf({{"job-name", {"whole"}}});
+    damagedDocument.document().attribute(dotted("job-copies"), INTEGER, {Value("xy")});
     PrintSystem system;
     system.save("19990301", logOf({job}));
-    system.save("19990302", logOf({damaged, damagedBehind, jobOf({{"job-name", {"next"}}})}));
+    system.save("19990302", logOf({damaged, damagedDocument, jobOf({{"job-name", {"next"}}})}));
     std::ofstream(system.log("19990302"), std::ios::app) << "cut";
     const ToolResult result = system.run({"-s", "19990301", "-e", "19990302", "alpha"}, kJson);
     EXPECT_EQ(result.status, 0);
@@ -86,7 +86,7 @@ TEST(Json, ALineHoldsAJobAndItsDocumentsAndTellsWhatIsMissing) {
             endLine("alpha.19990302", 3, false));
 }
 
-TEST(Json, TypedValuesAreNumbersAndTimesWithTheirOffset) {
+TEST(Json, TypedValuesAreNumbersAndTimesWithAnOffset) {
     const auto at = [](std::int32_t month, std::int32_t hour) {
         return Value(pack(samples::Time{
             .year = 1999, .month = month, .day = 31, .hour = hour, .minute = 59, .second = 58}));
@@ -110,7 +110,7 @@ TEST(Json, TypedValuesAreNumbersAndTimesWithTheirOffset) {
               std::string::npos);
 }
 
-TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
+TEST(Json, EachServerIsReportedWithItsOwnSettings) {
     PrintSystem system;
     const SampleRoot other(system / "other");
     const fs::path report = system / "report";
@@ -128,17 +128,16 @@ TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
                                {serverKey("far"), {{"QV_ROOT", other.path()}, {"TZ", "JST-9"}}}});
     const ToolResult result = system.run({"alpha", "bare", "none", "far", "beta"}, kJson);
     EXPECT_EQ(result.status, 7) << result.err;
-    EXPECT_EQ(system.run({"idle", "alpha"}, kJson).status, 7)
-        << "that there is no log is less than a failure";
+    EXPECT_EQ(system.run({"idle", "alpha"}, kJson).status, 7) << "a failure outweighs a server without logs";
     EXPECT_EQ(result.err.find("server beta"), std::string::npos) << result.err;
     for (const char *end :
-         {"bare ended with status 100", // the root of alpha is none of its settings
+         {"bare ended with status 100", // it does not inherit the root of alpha
           "alpha ended with status 7", "none ended with status 30", "far ended with status 30"})
         EXPECT_NE(result.err.find(end), std::string::npos) << end << '\n' << result.err;
     EXPECT_TRUE(result.out.starts_with(endLine("alpha.19990301", 0, false))) << result.out;
     EXPECT_TRUE(result.out.ends_with(endLine("beta.19990302", 1))) << result.out;
 
-    // A file that the run made stays unless a server failed; that one has no log is no failure.
+    // A new report is kept unless a server failed.  A server without logs has not failed.
     const std::vector<std::string> dated = {"-s", "19990302", "-o", report, "alpha", "beta"};
     EXPECT_EQ(system.run(dated, kJson).status, 29);
     EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
@@ -148,10 +147,10 @@ TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
     EXPECT_EQ(system.run({"-o", report, "beta", "idle"}, kJson).status, 29);
     EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
     writeFile(report, "");
-    // Looking at the later servers' logs leaves the times of the first one as they are.
+    // Checking that the report is not a later server's log keeps the first server's time zone.
     system.run({"-o", report, "beta", "far"}, kJson);
     EXPECT_EQ(readFile(report), system.run({"beta", "far"}, kJson).out);
-    // Nothing is written to a log of any of the servers, not even of one whose turn cannot begin.
+    // A log of any of the servers is refused as the report, even if that server's settings are refused.
     for (const char *of : {"beta", "much"})
         for (const char *beside : {"alpha", "beta", "much"})
             for (const auto &[first, second] : {std::pair{of, beside}, {beside, of}}) {
@@ -165,8 +164,8 @@ TEST(Json, ServersHaveTheirTurnsWithSettingsOfTheirOwn) {
             }
 }
 
-// The same ends as the tool's, but for the usage.
-TEST(Json, EndsAsTheToolDoes) {
+// Only the usage differs.
+TEST(Json, StatusAndMessagesEqualThoseOfTheTool) {
     PrintSystem system;
     system.save("19990301", logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
     system.save("19990302", logOf({jobOf({{"job-name", {"x"}}})}));
@@ -194,7 +193,7 @@ TEST(Json, EndsAsTheToolDoes) {
     EXPECT_EQ(system.run({"-V"}, kJson).out, system.run({"-V"}).out);
 }
 
-TEST(Json, AFullOutputIsToldAndHasItsStatus) {
+TEST(Json, AFullDiskIsReportedAndHasItsStatus) {
     PrintSystem system;
     system.save("19990301", logOf({jobOf({{"job-name", {"x"}}})}));
     const qvledger::Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
@@ -208,8 +207,8 @@ TEST(Json, AFullOutputIsToldAndHasItsStatus) {
                                                        "No space left on device"});
 }
 
-// For every program, at a record's first byte and inside a record.
-TEST(Json, AReadErrorIsNoEndOfALog) {
+// In every program, at a record's first byte and inside a record.
+TEST(Json, AReadErrorIsNotTheEndOfALog) {
     PrintSystem system;
     const Job large = jobOf({{"job-name", {std::string(200'000, 'x')}}});
     system.save("19990301", logOf({large, large}));
@@ -219,7 +218,7 @@ TEST(Json, AReadErrorIsNoEndOfALog) {
         return ToolRun{.failing = {log, "read,pread64:error=EIO:when=" + std::to_string(number) + '+'},
                        .program = program};
     };
-    for (const int number : {2, 3, 4, 5}) { // the fifth one finds the end
+    for (const int number : {2, 3, 4, 5}) { // the fifth read finds the end
         SCOPED_TRACE(number);
         // Under -d the header is read twice more, before and after the log is locked.
         const ToolResult report = system.run({"-d", "alpha"}, atRead(number + 2, QVLEDGER_BINARY));
@@ -234,7 +233,7 @@ TEST(Json, AReadErrorIsNoEndOfALog) {
     }
 }
 
-TEST(Json, TheCheckFindsALogUnderTheNameThatItGetsAtMidnight) {
+TEST(Json, TheCheckFindsALogThatIsRenamedAtMidnight) {
     PrintSystem system;
     system.save("current", marchLog());
     const pid_t check =
@@ -248,8 +247,8 @@ TEST(Json, TheCheckFindsALogUnderTheNameThatItGetsAtMidnight) {
     EXPECT_EQ(result.out.find("alpha.current"), result.out.npos);
 }
 
-// What the list of logs does not show, for every program.
-TEST(Json, LogsThatAreNotListedAreReported) {
+// In every program.
+TEST(Json, LogsThatTheListMayLackAreReported) {
     PrintSystem system;
     const auto expectEach = [&](const std::string &message, int status, const std::string &jsonEnd,
                                 const std::pair<std::string, std::string> &failing) {
@@ -274,13 +273,13 @@ TEST(Json, LogsThatAreNotListedAreReported) {
                        {.failing = {system.root.logs(), "getdents64:error=EIO:when=1"}})
                   .status,
               30)
-        << "a report that may be a log";
+        << "the report could be a log";
     EXPECT_EQ(readFile(others), marchLog().bytes());
     fs::remove(others);
     system.save("19990228.being-deleted", marchLog());
     expectEach("the log alpha.19990228.being-deleted is being deleted, or was left by a run that ended.", 0,
                whole, {});
-    EXPECT_EQ(system.run({"-d", "-e", "19990228", "alpha"}).err, "") << "it has its name back";
+    EXPECT_EQ(system.run({"-d", "-e", "19990228", "alpha"}).err, "") << "the log was renamed back";
     system.save("current", marchLog());
     setChanged(system.log("current"), 920289600); // at noon of 1 March
     const ToolResult result = system.run({"alpha"}, kJson);

@@ -22,7 +22,7 @@
 
 using namespace qvledger;
 
-// How often each place's entries were made, by "LEVEL FILE:LINE": an entry is one, its count so many more.
+// Calls by "LEVEL FILE:LINE": one for each entry, or the number that it says it was repeated.
 static std::map<std::string, unsigned> callsByPlace(const std::string &log) {
     std::map<std::string, unsigned> calls;
     std::istringstream lines(log);
@@ -38,7 +38,7 @@ static std::map<std::string, unsigned> callsByPlace(const std::string &log) {
 class Log : public testing::Test {
 protected:
     Log() {
-        alarm(60); // for what would block
+        alarm(60); // ends a test that blocks
         restart(path.c_str());
     }
     ~Log() override {
@@ -53,7 +53,7 @@ protected:
             value != nullptr ? setenv(name, value, 1) : unsetenv(name);
         LOG__Reset();
     }
-    // What the log got since the last call.
+    // The log's text since the last call.
     std::string takeLog() const {
         const std::string log = readFile(path);
         std::filesystem::remove(path);
@@ -65,7 +65,7 @@ protected:
     const std::string path = folder / "log";
 };
 
-TEST_F(Log, EntryIsOneLineWithItsPlaceWhateverItsText) {
+TEST_F(Log, AnEntryIsOneEscapedLineWithItsPlace) {
     LOG_CondMessage(LOG_ERROR, __FILE__, 87, "code %d of %s\n", 12, "a\nb\x1B[2J\t\x7F%s\xC3\xA4\r\n");
     const std::string log = takeLog();
     EXPECT_THAT(log.substr(0, 25),
@@ -75,10 +75,10 @@ TEST_F(Log, EntryIsOneLineWithItsPlaceWhateverItsText) {
         << log;
 }
 
-TEST_F(Log, PiecesMakeAnEntryOnlyBetweenStartAndEnd) {
+TEST_F(Log, PiecesAreLoggedOnlyBetweenStartAndEnd) {
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, "f.cpp", 3, 0), 0);
     LOG_CondAdd("prefix: ");
-    const std::string piece(700, 'x'), longPiece(5000, 'y'); // which outgrow the room of an entry
+    const std::string piece(700, 'x'), longPiece(5000, 'y'); // which outgrow an entry's buffer
     for (const std::string &text : {piece, piece, longPiece})
         LOG_CondAdd("%s", text.c_str());
     LOG_CondAdd("text %d.\n", 7);
@@ -94,7 +94,7 @@ TEST_F(Log, PiecesMakeAnEntryOnlyBetweenStartAndEnd) {
 }
 
 TEST_F(Log, EnvironmentChoosesTheLevels) {
-    // QV_LOG_LEVEL, QV_LOG_TRACE and the levels that come through.
+    // QV_LOG_LEVEL, QV_LOG_TRACE and the levels that are logged.
     const char *const cases[][3] = {{nullptr, nullptr, "5"}, {"5", "0", "5"},      {"6", nullptr, "56"},
                                     {"7", nullptr, "567"},   {nullptr, "1", "57"}, {"6", "1", "567"},
                                     {"6x", "yes", "5"},      {"", "", "5"},        {"4", nullptr, "5"}};
@@ -135,8 +135,8 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-// The library's own operation for it, and through it the service's.
-TEST_F(Log, AFunctionTakesTheEntriesWhereverTheyWouldGo) {
+// Tests the library's operation, and through it the service's.
+TEST_F(Log, AnInstalledCallbackReceivesTheEntries) {
     std::string taken;
     const auto take = [](void *context, std::int32_t level, const char *file, std::int32_t line,
                          const char *text) {
@@ -171,7 +171,7 @@ static void say(std::int32_t line, const std::string &text, std::int32_t level =
     LOG_CondMessage(level, "f.cpp", line, "%s", text.c_str());
 }
 
-TEST_F(Log, RepeatedFailuresAreCountedByPlaceUntilItsTextChangesAndAtTheEnd) {
+TEST_F(Log, RepeatedEntriesAreCountedUntilTheTextChangesOrTheLogIsFlushed) {
     restart(path.c_str(), "6", "1");
     for (int i = 0; i < 3; ++i) {
         say(1, "a");
@@ -183,7 +183,7 @@ TEST_F(Log, RepeatedFailuresAreCountedByPlaceUntilItsTextChangesAndAtTheEnd) {
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, sameFile, 2, 0), 0);
     LOG_CondAdd("b");
     LOG_EndMessage();
-    const std::string tooLong(1001, 'x'); // to be remembered
+    const std::string tooLong(1001, 'x'); // to be compared
     for (const std::string &text : {std::string("c"), std::string("c"), std::string("a"), std::string(),
                                     std::string(), tooLong, tooLong, std::string("a")})
         say(1, text);
@@ -201,13 +201,13 @@ TEST_F(Log, RepeatedFailuresAreCountedByPlaceUntilItsTextChangesAndAtTheEnd) {
                                      "5 f.cpp:2: repeated 3 times: b", "5 f.cpp:2: repeated 1 times: b"));
 }
 
-TEST_F(Log, NoCallIsLostInTheCountsOfManyPlacesAndThreads) {
+TEST_F(Log, CountsAreExactWithManyPlacesAndThreads) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([] {
             for (int n = 0; n < 2000; ++n) {
                 say(1, n % 100 == 0 ? "x" : "y");
-                say(2 + n / 20, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // 100 places, more than are known
+                say(2 + n / 20, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // more places than are counted
             }
         });
     for (std::thread &thread : threads)
@@ -222,7 +222,7 @@ TEST_F(Log, NoCallIsLostInTheCountsOfManyPlacesAndThreads) {
     EXPECT_LT(std::count(log.begin(), log.end(), '\n'), 5000);
 }
 
-// The status of a process that does the work.
+// The status of a child process that does the work.
 template <class Work>
 static int inChild(Work work) {
     std::fflush(nullptr);
@@ -237,7 +237,7 @@ static int inChild(Work work) {
     return status;
 }
 
-TEST_F(Log, AForkedProcessWritesItsOwnCountsAtItsEnd) {
+TEST_F(Log, AForkedProcessWritesOnlyItsOwnCounts) {
     const auto sayTwice = [] {
         for (int i = 0; i < 2; ++i)
             say(1, "a");
@@ -254,7 +254,7 @@ TEST_F(Log, AForkedProcessWritesItsOwnCountsAtItsEnd) {
                                      "5 f.cpp:1: repeated 1 times: a"));
 }
 
-TEST_F(Log, AForkedProcessCanLogWhateverOtherThreadsDo) {
+TEST_F(Log, AProcessForkedWhileAThreadLogsCanLog) {
     say(1, "the log is started");
     std::atomic<bool> isDone = false;
     std::thread other([&] {
@@ -267,8 +267,8 @@ TEST_F(Log, AForkedProcessCanLogWhateverOtherThreadsDo) {
     other.join();
 }
 
-TEST_F(Log, AFileThatTookTheLogsDescriptorGetsNoEntry) {
-    const int number = Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)).get(); // the next one
+TEST_F(Log, AFileThatReusesTheLogsDescriptorGetsNoEntry) {
+    const int number = Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)).get(); // the next free one
     say(1, "a");
     close(number);
     const Descriptor other(open((folder / "other").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
@@ -276,10 +276,10 @@ TEST_F(Log, AFileThatTookTheLogsDescriptorGetsNoEntry) {
     say(1, "b");
     LOG__Reset();
     EXPECT_EQ(readFile(folder / "other"), "");
-    EXPECT_EQ(fcntl(number, F_GETFD), FD_CLOEXEC) << "it is not closed either";
+    EXPECT_EQ(fcntl(number, F_GETFD), FD_CLOEXEC) << "nor is it closed";
 }
 
-TEST_F(Log, ItsFileDoesNotBecomeAStandardStream) {
+TEST_F(Log, TheLogFileNeverBecomesAStandardStream) {
     const Descriptor input(dup(STDIN_FILENO));
     close(STDIN_FILENO);
     say(1, "a");
@@ -289,17 +289,17 @@ TEST_F(Log, ItsFileDoesNotBecomeAStandardStream) {
     EXPECT_EQ(entriesOf(takeLog()).size(), 1U);
 }
 
-// ---- Sinks that do not take all ----
+// ---- Sinks that lose entries ----
 
-TEST_F(Log, SystemLogHearsHowManyEntriesItDidNotTake) {
-    static const std::string socket = folder / "socket"; // the log keeps the address until it starts again
+TEST_F(Log, TheSystemLogGetsTheNumberOfLostEntries) {
+    static const std::string socket = folder / "socket"; // the log points to it until the next reset
     restart((folder / "missing/log").c_str(), "6");
     LOG__Reset(socket.c_str());
     say(1, "nobody listens");
-    unsigned lost = 2; // with the reason why the file could not be opened
-    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // each a daemon that was started again
+    unsigned lost = 2; // with the entry that the file could not be opened
+    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // each time the daemon was restarted
         const LogDaemon daemon(socket, type);
-        EXPECT_EQ(inChild(LOG_Flush), 0); // which must not write the parent's number
+        EXPECT_EQ(inChild(LOG_Flush), 0); // a child must not report the parent's number
         say(1, "first", LOG_DETAIL);
         for (int i = 0; i < 1000; ++i)
             say(1, std::to_string(i));
@@ -315,8 +315,8 @@ TEST_F(Log, SystemLogHearsHowManyEntriesItDidNotTake) {
     }
 }
 
-// A named pipe, and the standard error stream as a pipe and as a socket, whose reader takes nothing at first.
-TEST_F(Log, AFullPipeBlocksNothingAndCutsNoLineIntoAnotherOne) {
+// A named pipe, and standard error as a pipe and as a socket.  They are not read at first.
+TEST_F(Log, AFullPipeNeitherBlocksNorMixesLines) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     const Descriptor standardError(dup(STDERR_FILENO)), fifo(open(path.c_str(), O_RDONLY | O_NONBLOCK));
     int ofPipe[2], ofSocket[2];
@@ -329,19 +329,19 @@ TEST_F(Log, AFullPipeBlocksNothingAndCutsNoLineIntoAnotherOne) {
             dup2(writer, STDERR_FILENO);
         restart(sink.c_str(), "6");
         for (int i = 0; i < 1000; ++i)
-            say(1, std::string(9000, 'x'), LOG_DETAIL); // more than a pipe takes in one piece
+            say(1, std::string(9000, 'x'), LOG_DETAIL); // more than a pipe takes in one write
         const std::string before = readAll(reader);
         say(2, "last");
         for (int i = 0; i < 2999; ++i)
-            say(3, std::to_string((i + 2) / 3)); // most are repeated twice
+            say(3, std::to_string((i + 2) / 3)); // most texts come three times
         const std::string after = readAll(reader);
         LOG_Flush();
         const std::string atTheEnd = readAll(reader);
-        EXPECT_EQ(fcntl(STDERR_FILENO, F_GETFL) & O_NONBLOCK, 0) << "it is shared";
+        EXPECT_EQ(fcntl(STDERR_FILENO, F_GETFL) & O_NONBLOCK, 0) << "other processes share it";
         dup2(standardError.get(), STDERR_FILENO);
         std::vector<std::string> entries = entriesOf(before + after);
         const auto taken = std::erase(entries, "6 f.cpp:1: " + std::string(9000, 'x'));
-        if (reader != ofSocket[0]) { // which takes entries whole
+        if (reader != ofSocket[0]) { // a socket takes only whole entries
             EXPECT_THAT(entries[0], testing::MatchesRegex("6 f.cpp:1: x+"));
             entries.erase(entries.begin());
         }

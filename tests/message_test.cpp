@@ -1,4 +1,4 @@
-// Formatted output, and the texts that a catalogue has in the place of the default ones.
+// Formatted output, and message catalogues that replace the default texts.
 #include <cstdlib>
 
 #include <gtest/gtest.h>
@@ -11,14 +11,14 @@ namespace fs = std::filesystem;
 TEST(Message, FormatsFollowPrintf) {
     char text[16];
     std::int32_t (*const format)(char *, const char *, ...) =
-        MSG_sprintf; // which the compiler does not check
+        MSG_sprintf; // so that the compiler checks no format
     EXPECT_EQ(format(text, "%%%3$s%1$03d%2$.2f", 8, 1.5, "z"), 9);
     EXPECT_STREQ(text, "%z0081.50");
-    for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would read what is not there
+    for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would read missing arguments
         EXPECT_LT(format(text, wrong, "a", "b"), 0) << wrong;
 }
 
-TEST(Catalogue, WinsOverTheDefaultTexts) {
+TEST(Catalogue, ItsTextsReplaceTheDefaultTexts) {
     PrintSystem system;
     samples::writeFile(system / "texts", "$set 59\n$quote \"\n"
                                          "110 \"Aufruf: qvledger SERVER\\n\"\n"
@@ -37,9 +37,9 @@ TEST(Catalogue, WinsOverTheDefaultTexts) {
               "Im Datum 19990100 gibt es 100% den Tag nicht.\n");
     EXPECT_EQ(system.run({"-s", "1999", "alpha"}, translated).err, "Falscher Anfang.\n");
     EXPECT_TRUE(system.run({"-e", "1999", "alpha"}, translated).err.starts_with("The end date 1999 is"))
-        << "a number in the place of a text";
+        << "a number instead of a text";
     EXPECT_TRUE(system.run({"-o", system / "none/report", "alpha"}, translated).err.starts_with("Unable to"))
-        << "a placeholder that is cut";
+        << "an incomplete placeholder";
     EXPECT_TRUE(system.run({"alpha", "-s"}, translated).err.starts_with("qvledger: -s: zu sp\u00E4t\n"))
         << "the catalogue's text has no line end";
     const ToolRun german{.environment = {{"NLSPATH", QVLEDGER_CATALOGUES "/de/%N.cat"}}};
@@ -48,7 +48,7 @@ TEST(Catalogue, WinsOverTheDefaultTexts) {
               "Der Monat 13 im Datum 19991301 ist ung\u00FCltig.\n");
 }
 
-TEST(Catalogue, OfTheInstallationStandsIn) {
+TEST(Catalogue, TheInstalledOneIsUsedWithoutNlspath) {
     PrintSystem system;
     fs::path place = QVLEDGER_LOCALEDIR;
     while (!fs::exists(place))
@@ -63,7 +63,7 @@ TEST(Catalogue, OfTheInstallationStandsIn) {
     EXPECT_TRUE(result.err.starts_with("Aufruf: qvledger [-h] ")) << result.err;
 }
 
-TEST(Catalogue, TextsComeInTheCharacterSetOfTheLocale) {
+TEST(Catalogue, TextsAreConvertedToTheLocalesCharacterSet) {
     const std::pair<const char *, const char *> cases[] = {{"de_DE.ISO-8859-1", "ung\xFCltig"},
                                                            {"ja_JP.EUC-JP", "\xC6\xFC\xC9\xD5"}};
     PrintSystem system;

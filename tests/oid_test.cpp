@@ -10,7 +10,7 @@
 using namespace std::string_literals;
 using Bytes = std::basic_string<std::uint8_t>;
 
-// ---- Dotted decimal into binary ----
+// ---- Dotted decimal to binary ----
 
 static Bytes binaryOf(const std::string &decimal) {
     std::uint8_t binary[OID_BINARY_SIZE];
@@ -31,7 +31,7 @@ TEST(OidBinary, ArcsBecomeContentsOctets) {
         EXPECT_EQ(binaryOf(decimal), binary) << decimal;
 }
 
-TEST(OidBinary, RefusedTextLeavesTheBuffer) {
+TEST(OidBinary, InvalidTextLeavesTheBufferUnchanged) {
     for (const char *text :
          {"",     "1",    "3.1",  "1.40", "0.40", ".1",  "1..2", "1.02",   "01.2", "1.2.a",
           "1.2 ", " 1.2", "1.-2", "+1.2", "1.2.", "1,2", "10.1", "1.2.00", "2.",   "1.2.\xB2"}) {
@@ -41,7 +41,7 @@ TEST(OidBinary, RefusedTextLeavesTheBuffer) {
     }
 }
 
-TEST(OidBinary, SeventyTwoContentsOctetsAreTheMost) {
+TEST(OidBinary, MoreThanSeventyTwoContentsOctetsAreRefused) {
     std::string decimal = "1.2";
     for (int arc = 1; arc < OID_BINARY_SIZE - 1; ++arc)
         decimal += ".5";
@@ -86,7 +86,7 @@ protected:
         char name[OID_NAME_SIZE] = "";
         return OID_LookupShort(nullptr, handle, identifier, name, nullptr) == 0 ? name : "unknown";
     }
-    // What the log got since the last call.
+    // The log's text since the last call.
     std::string takeLog() const {
         LOG__Reset();
         const std::string text = readFile(log);
@@ -99,9 +99,9 @@ protected:
     void *handle = nullptr;
 };
 
-TEST_F(OidDatabase, NamesAreFoundByBothKeys) {
+TEST_F(OidDatabase, NamesAreFoundByOidAndByShortIdentifier) {
     const std::string longName = std::string(253, 'x') + "\xC3\xA4";
-    std::string more; // than a table begins with room for
+    std::string more; // names than a new table has room for
     for (AS_attrID_t at = 100; at < 300; ++at)
         more +=
             "1.2." + std::to_string(at) + '\t' + std::to_string(at) + "\t40\tn" + std::to_string(at) + '\n';
@@ -126,7 +126,7 @@ TEST_F(OidDatabase, NamesAreFoundByBothKeys) {
     EXPECT_EQ(classes, Bytes(1, 0) + Bytes(1, 0xFF) + Bytes(OID_CLASS_SIZE - 2, 0));
 }
 
-TEST_F(OidDatabase, MalformedTableNamesItsLineInTheLog) {
+TEST_F(OidDatabase, AMalformedLineIsLoggedWithItsNumber) {
     std::vector<std::string> lines = {"4\t8\t40\ta\0b"s, "4\t8\t40\t" + std::string(256, 'x')};
     for (const char *line :
          {"4\t8\t40", "4\t8\t40\tn\t", "4\t\t8\t40\tn", "4 8 40 n", "4.\t8\t40\tn", "4\t\t40\tn",
@@ -142,7 +142,7 @@ TEST_F(OidDatabase, MalformedTableNamesItsLineInTheLog) {
     }
 }
 
-TEST_F(OidDatabase, WithoutATableNothingOpens) {
+TEST_F(OidDatabase, OpeningWithoutATableFails) {
     EXPECT_EQ(open(), OID_E_DATABASE);
     EXPECT_NE(takeLog().find("/oids: no such file"), std::string::npos);
     std::filesystem::create_directory(folder / "oids");
@@ -154,7 +154,7 @@ TEST_F(OidDatabase, WithoutATableNothingOpens) {
     EXPECT_EQ(OID_CloseDb(nullptr, &handle), OID_E_HANDLE);
 }
 
-TEST_F(OidDatabase, LocaleRenames) {
+TEST_F(OidDatabase, TheLocalesTableRenamesAttributes) {
     write("oids", "1.2.3\t7\t40\tjob\n1.2.4\t8\t40\tpage\n");
     write("oids.de", "# German\n1.2.3\tAuftrag\n1.9.9\tin no table\n");
     write("oids.de_CH", "1.2.3\tUftrag\n");
@@ -181,7 +181,7 @@ TEST_F(OidDatabase, LocaleRenames) {
     EXPECT_EQ(setLocale(std::string(5000, 'x')), 0);
 }
 
-TEST_F(OidDatabase, MalformedRenamingTableLeavesTheLocale) {
+TEST_F(OidDatabase, AMalformedRenamingTableKeepsTheFormerLocale) {
     write("oids", "1.2.3\t7\t40\tjob\n");
     write("oids.de", "1.2.3\tAuftrag\n");
     for (const char *table :

@@ -1,4 +1,4 @@
-// Opening a log: which file a date means, damaged headers, failing system calls, and closing.
+// Opening a log: which file a date selects, damaged headers, the lock before a deletion, and closing.
 #include <functional>
 
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ static std::ptrdiff_t openFiles() {
 
 class Open : public Facility {
 protected:
-    // The tail of the file that opens for a date, or the code.
+    // The tail and date of the log that opens for a date, or the code.
     std::string opened(const ALA_time *logDate) {
         const ALA_retCode_t code = ALA_Open(handle, logDate, &log);
         if (code != ALA_N_NORMAL)
@@ -33,34 +33,34 @@ protected:
     }
 };
 
-TEST_F(Open, DateChoosesTheFile) {
+TEST_F(Open, TheDateSelectsTheFile) {
     const NextDay itIs;
     const ALA_time today = {2001, 2, 4}, other = {2001, 2, 2}, lastYear = {2000, 2, 4},
                    lastMonth = {2001, 1, 4};
     EXPECT_EQ(opened(nullptr), "code 6") << "no log at all";
     EXPECT_EQ(opened(&today), "code 6") << "today without a current log";
     layCurrentLog();
-    EXPECT_EQ(opened(&kDay), "current of 20010203") << "stands in for its day";
-    EXPECT_EQ(opened(&today), "current of 20010204") << "whatever its date";
+    EXPECT_EQ(opened(&kDay), "current of 20010203") << "used for the day of its last change";
+    EXPECT_EQ(opened(&today), "current of 20010204") << "used for today, whatever its date";
     EXPECT_EQ(opened(nullptr), "current of 20010203");
     for (const ALA_time *date : {&other, &lastYear, &lastMonth})
         EXPECT_EQ(opened(date), "code 6");
     for (const char *tail : {kDayTail, "20010204", "abc"})
         Log().save(path(tail));
-    EXPECT_EQ(opened(&kDay), "20010203 of 20010203") << "a dated log comes first";
-    EXPECT_EQ(opened(&today), "current of 20010204") << "but not today";
+    EXPECT_EQ(opened(&kDay), "20010203 of 20010203") << "a dated log is preferred";
+    EXPECT_EQ(opened(&today), "current of 20010204") << "except today";
     EXPECT_EQ(opened(nullptr), "abc of 0") << "the oldest";
 }
 
-TEST_F(Open, HeaderCutAnywhereIsAFailedRead) {
+TEST_F(Open, AHeaderCutAnywhereFailsToRead) {
     const Log whole({.accessList = {pack(anyUserEntry()), pack(userEntry("x", "y"))}});
     ASSERT_EQ(open(whole), ALA_N_NORMAL);
-    EXPECT_EQ(lseek(log->fd, 0, SEEK_CUR), static_cast<long>(whole.size())) << "stands on the first record";
+    EXPECT_EQ(lseek(log->fd, 0, SEEK_CUR), static_cast<long>(whole.size())) << "at the first record";
     for (std::size_t size = 0; size < whole.size(); size++)
         ASSERT_EQ(open(Log(whole).cutTo(size)), ALA_A_FAIL_READ_LOG_FILE) << "cut to " << size;
 }
 
-TEST_F(Open, DamagedHeadersHaveTheirCodes) {
+TEST_F(Open, EachDamagedHeaderHasItsCode) {
     const Bytes any = pack(anyUserEntry());
     AccessEntry bad = anyUserEntry();
     bad.privilege = 4;
@@ -77,10 +77,10 @@ TEST_F(Open, DamagedHeadersHaveTheirCodes) {
         {"huge count of entries", {.numAttrVal = 0xFFFFFFFF}, ALA_A_FAIL_READ_LOG_FILE},
         {"entry of length 0", {.accessList = {any, Value("", 0)}}, ALA_A_FAIL_READ_LOG_FILE},
         {"entry of length 2^32-1", {.accessList = {Value(any, 0xFFFFFFFF)}}, ALA_A_FAIL_READ_LOG_FILE},
-        {"damaged entry behind another", {.accessList = {any, any, Value("....")}}, ALA_A_ODPUNPACK_ERROR},
-        {"entry with a byte too many", {.accessList = {any + '\0'}}, ALA_A_ODPUNPACK_ERROR},
+        {"damaged entry after another", {.accessList = {any, any, Value("....")}}, ALA_A_ODPUNPACK_ERROR},
+        {"entry with an extra byte", {.accessList = {any + '\0'}}, ALA_A_ODPUNPACK_ERROR},
         {"bad privilege", {.accessList = {pack(bad), any}}, ALA_A_ODPUNPACK_ERROR},
-        {"bad privilege behind one that admits", {.accessList = {any, pack(bad)}}, ALA_N_NORMAL},
+        {"bad privilege after an entry that admits", {.accessList = {any, pack(bad)}}, ALA_N_NORMAL},
     };
     const std::ptrdiff_t before = openFiles();
     for (const auto &c : cases) {
@@ -96,9 +96,9 @@ TEST_F(Open, DamagedHeadersHaveTheirCodes) {
 
 TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     static std::function<void(const char *)> whenLocked;
-    const auto toDelete = [&](const std::function<void(const char *)> &given) {
+    const auto toDelete = [&](const std::function<void(const char *)> &action) {
         takeLog();
-        whenLocked = given;
+        whenLocked = action;
         return qvledger::openForDeletion(
             handle, &kDay,
             [](int, const char *name) {
@@ -109,7 +109,7 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     };
     const Log refusing({.accessList = {pack(userEntry("nobody", "NOWHERE"))}});
     refusing.save(path());
-    EXPECT_EQ(toDelete([](auto) { ADD_FAILURE() << "it could keep other runs waiting"; }), 7);
+    EXPECT_EQ(toDelete([](auto) { ADD_FAILURE() << "its lock could block other runs"; }), 7);
     setLogLevel("6");
     ASSERT_EQ(open(Log({.accessList = {pack(anyUserEntry())}})), ALA_N_NORMAL);
     const std::vector<std::string> details = takeLog('6');
@@ -129,7 +129,7 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     OS_fileIdentity open = {}, named = {};
     EXPECT_TRUE(OS_IdentifyDescriptor(log->fd, &open) == 0 &&
                 OS_IdentifyTarget(path().c_str(), &named) == 0 && OS_IsSameFile(open, named))
-        << "the file that has the name now";
+        << "the file that now has the name";
     close();
     EXPECT_EQ(toDelete([&](const char *name) { samples::writeFile(name, refusing.bytes()); }), 7);
     Log({.accessList = {pack(anyUserEntry())}}).save(path());
@@ -144,11 +144,11 @@ TEST_F(Open, OnlyAnAdmittedCallerGetsTheLock) {
     fs::remove(path());
     layCurrentLog();
     const auto rename = [&](const char *name) { fs::rename(name, path()); };
-    EXPECT_EQ(toDelete(rename), ALA_N_NORMAL) << "it was given the name of its day meanwhile";
+    EXPECT_EQ(toDelete(rename), ALA_N_NORMAL) << "renamed to its day meanwhile";
     close();
 }
 
-TEST_F(Open, WhatIsNoPlainFileNeitherWaitsNorCrashes) {
+TEST_F(Open, SpecialFilesAreRefusedWithoutBlocking) {
     ASSERT_EQ(mkfifo(path().c_str(), 0600), 0);
     EXPECT_EQ(opened(&kDay), "code 6") << "pipe";
     for (const fs::path &target : {path(), fs::path("nowhere"), fs::path("/dev/zero"), fs::path("/")}) {
@@ -158,7 +158,7 @@ TEST_F(Open, WhatIsNoPlainFileNeitherWaitsNorCrashes) {
     }
 }
 
-TEST_F(Open, WhatIsNoOpenLogOfThisProcessIsRefused) {
+TEST_F(Open, InvalidLogHandlesAreRefused) {
     EXPECT_EQ(ALA_Close(handle, nullptr), ALA_A_INVALID_LOG_HANDLE);
     EXPECT_EQ(ALA_Close(handle, &log), ALA_A_INVALID_LOG_HANDLE);
     ASSERT_EQ(open(Log()), ALA_N_NORMAL);

@@ -1,4 +1,4 @@
-// The command line, as a user meets it.
+// The command line of the tool.
 #include <gtest/gtest.h>
 
 #include "tests/support/run_tool.h"
@@ -8,7 +8,7 @@ static const char *const kUsage = "Command line usage: qvledger [-h] [-V] [-d] [
                                   "   [-e <end date>] [-p <path>]\n"
                                   "   [-O <path>] serverName\n";
 
-TEST(Options, HelpVersionAndErrorsEndTheRunAtOnce) {
+TEST(Options, HelpVersionAndUsageErrorsEndTheRunAtOnce) {
     struct Case {
         std::vector<std::string> arguments;
         int status;
@@ -36,13 +36,13 @@ TEST(Options, HelpVersionAndErrorsEndTheRunAtOnce) {
     }
 }
 
-TEST(Options, DatesAreCheckedAndRepeatedOptionsKeepTheLastArgument) {
+TEST(Options, InvalidDatesAreReportedAndTheLastOfRepeatedOptionsApplies) {
     const std::string longDate(5000, 'x'),
         longError = "The start date " + longDate + " is invalid.  The correct format is YYYYMMDD.\n";
     PrintSystem system;
     system.save("19990301", marchLog());
     struct Case {
-        const char *option, *date, *err; // no message: the date is valid
+        const char *option, *date, *err; // null: the date is valid
     };
     for (const Case &c : {
              Case{"-s", longDate.c_str(), longError.c_str()},

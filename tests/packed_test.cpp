@@ -1,4 +1,4 @@
-// What is no packed value, and what would be too much: refused, without a crash or a large allocation.
+// Invalid and oversized packed values are refused without a crash or a large allocation.
 #include <cstring>
 #include <memory>
 
@@ -11,7 +11,7 @@
 
 using namespace samples;
 
-static std::size_t allocated = 0; // asked of malloc since the last reset
+static std::size_t allocated = 0; // bytes requested from malloc since the last reset
 
 extern "C" void *__real_malloc(std::size_t size);
 extern "C" void *__wrap_malloc(std::size_t size);
@@ -20,7 +20,7 @@ void *__wrap_malloc(std::size_t size) {
     return __real_malloc(size);
 }
 
-// The result for bytes in a block of their own, so that the sanitizer sees a read behind their end.
+// Unpacks a copy in a block of its own size, so that the sanitizer detects reads past the end.
 static std::int32_t unpack(AS_attrValType_t type, const Bytes &bytes) {
     const auto block = std::make_unique<char[]>(bytes.size());
     std::memcpy(block.get(), bytes.data(), bytes.size());
@@ -35,15 +35,15 @@ static std::int32_t unpack(AS_attrValType_t type, const Bytes &bytes) {
     return result;
 }
 
-// The factor: the largest record that an element of a chain can be, for the fewest bytes that make one.
-TEST(Packed, CutAndContinuedValuesAreRefusedAndDamagedOnesTakeLittleMemory) {
+// The factor is the size of the largest unpacked element of a chain, per byte of the smallest packed one.
+TEST(Packed, CutAndExtendedValuesAreRefusedAndDamagedOnesTakeLittleMemory) {
     constexpr std::size_t kBasis = 4096, kFactor = 100;
     for (const auto &[label, type, packed, text, code] : valueCases()) {
         SCOPED_TRACE("value type " + std::to_string(type) + ", " + label);
         EXPECT_EQ(unpack(type, packed), 0);
         EXPECT_EQ(unpack(type, packed + '\0'), ODP_E_REFUSED);
         EXPECT_EQ(unpack(type, packed + Bytes(4, '\0')), ODP_E_REFUSED);
-        // Every byte, but of a long value no more than some hundreds.
+        // Every byte; of a long value, about 400.
         for (std::size_t at = 0; at < packed.size(); at += 1 + packed.size() / 400) {
             EXPECT_EQ(unpack(type, packed.substr(0, at)), ODP_E_REFUSED) << "cut to " << at;
             for (int change : {1, 2, 3, 4, 8, 0x7F, 0x80, 0xFF}) {
@@ -56,7 +56,7 @@ TEST(Packed, CutAndContinuedValuesAreRefusedAndDamagedOnesTakeLittleMemory) {
     }
 }
 
-TEST(Packed, RulesOfTheFormat) {
+TEST(Packed, EachRuleOfTheFormatIsEnforced) {
     const Bytes huge = packUint(0xFFFFFFFF), one = packInt(1), none = packInt(0);
     const struct {
         const char *label;

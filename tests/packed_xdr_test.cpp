@@ -1,6 +1,5 @@
-// A second opinion on the sample values, which other tests let our own unpacking read: the routines that
-// rpcgen makes of service/packed/values.x, with the XDR of the C library, have to unpack them and pack the
-// same bytes.
+// Checks the sample values of other tests with an independent implementation: the routines that rpcgen makes
+// from service/packed/values.x, with the C library's XDR, must unpack them and pack the same bytes.
 #include <initializer_list>
 #include <string>
 
@@ -39,7 +38,7 @@ static void judge(std::initializer_list<std::uint32_t> types, bool_t (*routine)(
 }
 
 // All other types are one number, like types 1, 12 and 22.
-TEST(PackedValues, SamplesAreWhatTheCLibraryPacks) {
+TEST(PackedValues, SamplesEqualWhatTheCLibraryPacks) {
     judge({1, 12, 22}, xdr::xdr_GEN_integer_t);
     judge({6}, xdr::xdr_GEN_distNameString);
     judge({7}, xdr::xdr_GEN_eACL);

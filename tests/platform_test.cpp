@@ -1,4 +1,4 @@
-// Identity, texts and the process of the platform layer.
+// The platform layer's account names, texts, environment, process ids and threads.
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -17,7 +17,7 @@
 
 using namespace qvledger;
 
-TEST(Identity, NamesAreTakenApart) {
+TEST(Identity, AccountAndComputerNamesAreSplit) {
     const struct {
         const char *full, *name, *domain;
     } cases[] = {{"alice", "alice", ""},
@@ -34,7 +34,7 @@ TEST(Identity, NamesAreTakenApart) {
     EXPECT_EQ(computerNameOf("a-name-of-many-letters.org"), "A-NAME-OF-MANY-");
 }
 
-TEST(Identity, CallsThatLackRoomSayHowMuchTheyNeed) {
+TEST(Identity, CallsWithTooSmallABufferFail) {
     char name[512];
     DWORD size = 1, whole = sizeof name;
     EXPECT_TRUE(GetUserNameA(name, &size) == 0 && GetLastError() == ERROR_INSUFFICIENT_BUFFER);
@@ -43,15 +43,15 @@ TEST(Identity, CallsThatLackRoomSayHowMuchTheyNeed) {
     EXPECT_TRUE(GetComputerNameA(name, &size) == 0 && GetLastError() == ERROR_BUFFER_OVERFLOW);
 }
 
-TEST(Texts, CaseIsFoldedInEveryLocaleAlike) {
+TEST(Texts, CaseFoldingDoesNotDependOnTheLocale) {
     const auto bytes = [](const char *text) { return reinterpret_cast<const unsigned char *>(text); };
-    EXPECT_NE(_mbsicmp(bytes("\xC4"), bytes("\xE4")), 0); // no UTF-8, so no letters
+    EXPECT_NE(_mbsicmp(bytes("\xC4"), bytes("\xE4")), 0); // not UTF-8, so not letters
     EXPECT_NE(_mbsicmp(bytes("\u0130"), bytes("i")), 0);
     const unsigned char *text = bytes("\xC3\xA9\xA9\xE9");
     EXPECT_EQ(_mbschr(text, 0xE9), text);
 }
 
-TEST(Process, EnvironmentGrowsByWhatIsSetAndReturnsToWhatWasKept) {
+TEST(Process, TheKeptEnvironmentIsRestoredAndSettingTakesLittleMemory) {
     const auto value = [](const char *name) {
         const char *text = getenv(name);
         return std::string(text != nullptr ? text : "(none)");
@@ -75,7 +75,7 @@ TEST(Process, EnvironmentGrowsByWhatIsSetAndReturnsToWhatWasKept) {
     EXPECT_EQ(_putenv("QV_TEST="), 0);
 }
 
-TEST(Process, EveryKindOfChildHasItsOwnNumber) {
+TEST(Process, EveryKindOfChildHasItsOwnProcessId) {
     const int before = _getpid();
     EXPECT_EQ(before, getpid());
     const std::pair<const char *, pid_t (*)()> calls[] = {
@@ -92,7 +92,7 @@ TEST(Process, EveryKindOfChildHasItsOwnNumber) {
     }
 }
 
-TEST(Threads, EndOfAThreadCallsItsFunctionOnce) {
+TEST(Threads, AThreadsEndFunctionIsCalledOnce) {
     static int ended = 0;
     ThreadsEnd end([](void *count) { ++*static_cast<int *>(count); });
     std::thread([&] { EXPECT_TRUE(end.enter(&ended) && end.enter(&ended)); }).join();

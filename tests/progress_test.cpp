@@ -17,14 +17,14 @@ struct SlowRun {
     std::string report, terminal;
 };
 
-// A run that has to wait for its first log for most of a second, and whose last log cannot be read.  The
-// report goes to a file or to a pipe.
+// A run that waits 0.6 s for its first log, which is locked, and cannot read its last one.  The report goes
+// to a file or to a pipe.
 static SlowRun runSlowly(bool toFile, const ToolRun &slowRun = {}) {
     PrintSystem system;
     system.save("19990301", logOf(std::vector<Job>(60, jobOf({{"job-name", {"x"}}}))));
     system.save("19990302", logOf({}).cutTo(10));
-    const int held = open(system.log("19990301").c_str(), O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(flock(held, LOCK_EX), 0);
+    const int locked = open(system.log("19990301").c_str(), O_RDONLY | O_CLOEXEC);
+    EXPECT_EQ(flock(locked, LOCK_EX), 0);
     int terminal = -1, program = -1;
     EXPECT_EQ(openpty(&terminal, &program, nullptr, nullptr, nullptr), 0);
     Pipe report;
@@ -33,7 +33,7 @@ static SlowRun runSlowly(bool toFile, const ToolRun &slowRun = {}) {
     settings.error = program;
     const pid_t tool = system.start({"-d", "alpha"}, settings);
     usleep(600'000);
-    close(held);
+    close(locked);
     SlowRun run = {report.drain(), ""};
     const ToolResult result = system.finish(tool);
     if (toFile)
@@ -44,18 +44,18 @@ static SlowRun runSlowly(bool toFile, const ToolRun &slowRun = {}) {
     return run;
 }
 
-TEST(Progress, IsDrawnBesideAFileAndErasedBeforeAMessageAndAtTheEnd) {
+TEST(Progress, IsErasedBeforeMessagesAndAbsentIfTheReportIsAPipe) {
     if (access("/dev/ptmx", R_OK) != 0)
         GTEST_SKIP() << "needs pseudo-terminals";
     const std::string message = "Unable to read the accounting file.\r\n", erased = "\r\033[K";
     const SlowRun run = runSlowly(true);
     EXPECT_TRUE(run.terminal.starts_with("\r19990301  log 1 of 2  ")) << run.terminal;
     EXPECT_TRUE(run.terminal.ends_with(" records/s\033[K" + erased + message)) << run.terminal;
-    EXPECT_LE(std::count(run.terminal.begin(), run.terminal.end(), '\r'), 4) << "not with every record";
+    EXPECT_LE(std::count(run.terminal.begin(), run.terminal.end(), '\r'), 4) << "not drawn for every record";
     EXPECT_EQ(run.report.find('\033'), std::string::npos);
     EXPECT_EQ(run.report.size(), 9 + 60 * 2U);
     EXPECT_EQ(runSlowly(true, {.environment = {{"QV_PROGRESS", "0"}}}).terminal, message);
     const SlowRun piped = runSlowly(false);
-    EXPECT_EQ(piped.terminal, message) << "whoever reads the pipe may write to the terminal";
+    EXPECT_EQ(piped.terminal, message) << "the pipe's reader may write to the terminal";
     EXPECT_EQ(piped.report, run.report);
 }

@@ -19,7 +19,7 @@ static Job smallJob() {
         .attribute("1.2.5", INTEGER, {packInt(7)});
 }
 
-// Counts and attributes of a record in one text, which tells any difference.
+// The counts and attributes of a record as one text.
 static std::string describe(const record *jobRecord) {
     std::string text = std::to_string(jobRecord->numAttr) + ' ' + std::to_string(jobRecord->numJobAttr) +
                        ' ' + std::to_string(jobRecord->docAttrPerDoc);
@@ -37,11 +37,11 @@ static std::string describe(const record *jobRecord) {
 
 class RecordReader : public Facility {
 protected:
-    // The record, or "code n" and its level 5 line.
+    // The record, or "code N"; a failure sets line.
     std::string first() { return take(ALA_GetFirstJobRecord); }
     std::string next() { return take(ALA_GetNextJobRecord); }
 
-    std::string line; // of the last failure
+    std::string line; // the level 5 entry of the last failure
 
 private:
     std::string take(decltype(ALA_GetNextJobRecord) *get) {
@@ -56,8 +56,8 @@ private:
     }
 };
 
-TEST_F(RecordReader, RecordOfAnyVersionCutAnywhereComesWholeLater) {
-    for (const std::uint32_t version : {0U, 2U, 3U, 7U}) { // which differ in the counts
+TEST_F(RecordReader, ACutRecordIsReadOnceItIsComplete) {
+    for (const std::uint32_t version : {0U, 2U, 3U, 7U}) { // versions up to 2 have fewer counts
         Log whole({.verNum = version});
         whole.job(smallJob()).job(smallJob());
         const std::size_t start = whole.records()[1];
@@ -78,7 +78,7 @@ TEST_F(RecordReader, RecordOfAnyVersionCutAnywhereComesWholeLater) {
     }
 }
 
-TEST_F(RecordReader, ZeroCountStaysUntilOverwritten) {
+TEST_F(RecordReader, AZeroCountIsReportedUntilOverwritten) {
     Log whole;
     whole.job(smallJob()).job(smallJob());
     ASSERT_EQ(open(Log(whole).overwrite(whole.records()[1], packUint(0))), ALA_N_NORMAL);
@@ -93,7 +93,7 @@ TEST_F(RecordReader, ZeroCountStaysUntilOverwritten) {
     EXPECT_EQ(line, "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB");
 }
 
-TEST_F(RecordReader, UnterminatedObjectIdentifierEndsInItsField) {
+TEST_F(RecordReader, AnUnterminatedObjectIdentifierEndsWithItsField) {
     const std::string longest(137, '1');
     ASSERT_EQ(open(Log().job(Job().attribute({.decoid = longest, .attrValType = 0x01010101}, {}))),
               ALA_N_NORMAL);
@@ -109,7 +109,7 @@ TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
         {"length 0", Job().attribute("1.2", 1, {Bytes()})},
     };
 #ifndef QVLEDGER_SANITIZED
-    // What asks for much more than there is to read runs out of memory instead of bytes.
+    // Memory for much more than the log contains cannot be allocated.
     rlimit before = {};
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
     const auto pages = std::stoul(readFile("/proc/self/statm"));

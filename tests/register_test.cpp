@@ -17,7 +17,7 @@ using testing::StartsWith;
 
 class Register : public Facility {};
 
-TEST_F(Register, FailuresHaveTheirCodeAndLine) {
+TEST_F(Register, EachFailureHasItsCodeAndLogLine) {
     using Keys = std::vector<samples::RegistryKey>;
     const std::string oids = root.oids(), none = folder / "none";
     const auto expect = [&](const char *server, const char *logs, const char *oidPath, const Keys &registry,
@@ -61,22 +61,22 @@ TEST_F(Register, SecondRegistrationOutlivesTheFirst) {
     EXPECT_EQ(ALA_Unregister(&second), ALA_N_NORMAL);
     EXPECT_TRUE(THR_LockMutex(&timeLock) == 0 && THR_UnlockMutex(&timeLock) == 0);
     EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
-    EXPECT_NE(THR_LockMutex(&timeLock), 0) << "the last one ends the locks";
+    EXPECT_NE(THR_LockMutex(&timeLock), 0) << "the last one destroys the locks";
     EXPECT_EQ(ALA_Unregister(&handle), ALA_A_NOT_REGISTER);
     EXPECT_EQ(ALA_Unregister(nullptr), ALA_A_NOT_REGISTER);
 }
 
-// Calls with an out-parameter that holds something: its code, or -1 when it is not cleared.
+// Calls with an out-parameter that is not null.  Returns the code, or -1 if the parameter is not cleared.
 template <class Out, class Call>
-static ALA_retCode_t clearing(Call in_call) {
+static ALA_retCode_t clearing(Call call) {
     auto *out = reinterpret_cast<Out *>(alignof(std::max_align_t));
-    const ALA_retCode_t code = in_call(&out);
+    const ALA_retCode_t code = call(&out);
     return out == nullptr ? code : -1;
 }
 
-TEST_F(Register, EveryOperationRefusesAHandleOfAnotherProcessFirst) {
+TEST_F(Register, EveryOperationFirstRefusesAHandleOfAnotherProcess) {
     EXPECT_EXIT(_exit(ALA_Delete(handle, nullptr)), testing::ExitedWithCode(ALA_A_NOT_REGISTER), "")
-        << "a child";
+        << "in a child";
     handleData foreign = {};
     foreign.pid = handle->pid + 1;
     foreign.svrName = _strdup("alpha");
@@ -115,7 +115,7 @@ TEST_F(Register, EveryOperationRefusesAHandleOfAnotherProcessFirst) {
                         ElementsAre("handle, handle->svrName" + line + name + "; ALA_A_NOT_REGISTER"));
         }
     }
-    EXPECT_EQ(variable, &foreign) << "a refused handle stays in its variable";
+    EXPECT_EQ(variable, &foreign) << "the variable of a refused handle is not cleared";
 }
 
 TEST_F(Register, ValuesBeforeAnOversizedOneAreSet) {
@@ -131,7 +131,7 @@ TEST_F(Register, ValuesBeforeAnOversizedOneAreSet) {
     EXPECT_EQ(getenv("QV_THREE"), nullptr);
 }
 
-TEST(Library, TellsItsCodesInWords) {
+TEST(Library, EachCodeHasItsText) {
     const std::pair<ALA_retCode_t, const char *> cases[] = {
         {ALA_N_NORMAL, "ALA_N_NORMAL"},
         {ALA_A_FAIL_TO_UNLINK, "ALA_A_FAIL_TO_UNLINK: unable to delete file."},

@@ -1,4 +1,4 @@
-// The registry calls over a registry file.
+// The registry calls, which read a registry file.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -61,17 +61,17 @@ TEST_F(RegistryFile, EveryFormOfDataIsRead) {
         const char *header = kNew;
     } cases[] = {
         {"escapes", R"("q\"\\"="\\\"x\\")", "q\"\\:1:\\\"x\\\0;"s},
-        {"empty text, comment, blanks", "  ; note\n\n \"a\" = \"\" ; \"x\"=", "a:1:\0;"s},
+        {"empty text, comment, spaces", "  ; note\n\n \"a\" = \"\" ; \"x\"=", "a:1:\0;"s},
         {"unnamed", "@=\"d\"\n", ":1:d\0;"s},
         {"number", "\"n\"=dword:A2345", "n:4:\x45\x23\x0A\0;"s},
         {"bytes", "\"b\"=hex:41,00,ff", "b:3:A\0\xFF;"s},
         {"bytes over lines", "\"b\"=hex:\\\n 41,\\\n\t42\\\n ,43\n\"c\"=\"\"", "b:3:ABC;c:1:\0;"s},
         {"wide text", "\"b\"=hex(2):e9,00,3d,d8,00,de,00,00", "b:2:\xC3\xA9\xF0\x9F\x98\x80\0;"s},
-        {"wide text without its end", "\"b\"=hex(1):41,00", "b:1:A\0;"s},
+        {"wide text without a terminator", "\"b\"=hex(1):41,00", "b:1:A\0;"s},
         {"wide texts", "\"b\"=hex(7):41,00,00,00,42,00,00,00,00,00", "b:7:A\0B\0\0;"s},
-        {"texts of old files are bytes", "\"b\"=hex(2):e9,00", "b:2:\xE9\0;"s, kOld},
-        {"bytes of 8-bit texts stay", "\"\xE9\"=\"\xFF\"", "\xE9:1:\xFF\0;"s},
-        {"order and doubles", "\"b\"=\"1\"\n\"a\"=\"2\"\n\"B\"=dword:41", "b:4:A\0\0\0;a:1:2\0;"s},
+        {"text in bytes in an old file", "\"b\"=hex(2):e9,00", "b:2:\xE9\0;"s, kOld},
+        {"8-bit text keeps its bytes", "\"\xE9\"=\"\xFF\"", "\xE9:1:\xFF\0;"s},
+        {"order and duplicates", "\"b\"=\"1\"\n\"a\"=\"2\"\n\"B\"=dword:41", "b:4:A\0\0\0;a:1:2\0;"s},
         {"a key twice", "\"a\"=\"1\"\n[hkey_local_machine\\software\\KEY]\n\"b\"=\"2\"", "a:1:1\0;b:1:2\0;"s},
         {"other roots", "[HKEY_CURRENT_USER\\SOFTWARE\\Key]\n\"a\"=\"1\"", ""},
     };
@@ -82,7 +82,7 @@ TEST_F(RegistryFile, EveryFormOfDataIsRead) {
     }
 }
 
-TEST_F(RegistryFile, EncodingsAndLineEndsMakeNoDifference) {
+TEST_F(RegistryFile, EveryEncodingAndLineEndIsRead) {
     const std::string plain = kNew + (kKey + "\"n\xC3\xA9\"=hex:41,\\\n  42\n"s);
     std::string crLf, little = "\xFF\xFE", big = "\xFE\xFF";
     for (const char byte : plain)
@@ -103,7 +103,7 @@ TEST_F(RegistryFile, EncodingsAndLineEndsMakeNoDifference) {
     EXPECT_EQ(open("SOFTWARE\\Key"), ERROR_REGISTRY_CORRUPT) << "half a character";
 }
 
-TEST_F(RegistryFile, MalformedLineFailsEveryOpenAndIsTold) {
+TEST_F(RegistryFile, AMalformedLineFailsEveryOpenAndIsReported) {
     const std::pair<std::string, const char *> cases[] = {
         {"\n"s + kNew, ":1: no registry header"},
         {kNew + "\"a\"=\"b\""s, ":2: value outside a key"},
@@ -129,7 +129,7 @@ TEST_F(RegistryFile, MalformedLineFailsEveryOpenAndIsTold) {
     }
 }
 
-TEST_F(RegistryFile, KeysExistWithTheirParents) {
+TEST_F(RegistryFile, TheParentsOfAKeyExist) {
     EXPECT_EQ(open("SOFTWARE"), ERROR_FILE_NOT_FOUND) << "no file";
     write(kOld + "[HKEY_LOCAL_MACHINE\\A\\B c\\D]\n[HKEY_LOCAL_MACHINE\\A\\B!]\n"s);
     for (const char *key : {"A", "a\\b C", "A\\B c\\D", "A\\B!", "A\\", ""})
@@ -139,7 +139,7 @@ TEST_F(RegistryFile, KeysExistWithTheirParents) {
     EXPECT_STREQ(OS_RegistryTrouble(), "");
 }
 
-TEST_F(RegistryFile, FileThatCannotBeReadIsTold) {
+TEST_F(RegistryFile, AnUnreadableFileIsReported) {
     const auto expectRefused = [&](const std::string &reason) {
         EXPECT_EQ(open("SOFTWARE"), ERROR_REGISTRY_CORRUPT);
         EXPECT_EQ(OS_RegistryTrouble(), path + ": " + reason);

@@ -1,4 +1,4 @@
-// Values of every type through ALA__GetAttribute: texts, failures, and who releases what.
+// Values of every type through ALA__GetAttribute: texts, failures and ownership.
 #include <algorithm>
 #include <fstream>
 
@@ -42,7 +42,7 @@ protected:
         _tzset();
     }
 
-    // Renders onto the pair; no bytes: an attribute without a value.
+    // Adds a value to the pair; null: an attribute without a value.
     ALA_retCode_t render(std::uint32_t type, const Bytes *packed) {
         attrValNode node = {};
         node.attrValType = type;
@@ -67,7 +67,7 @@ protected:
     }
     ALA_retCode_t render(std::uint32_t type, const Bytes &packed) { return render(type, &packed); }
 
-    // As the cursors do once they know the attribute's name.
+    // Renders packed bytes, as the cursors do once they know the attribute's name.
     ALA_retCode_t renderPacked(std::uint32_t type, const Bytes &packed) {
         attrValNode node = {};
         node.attrValType = type;
@@ -75,7 +75,7 @@ protected:
         return getPackedAttribute(node, {bytes, packed.size()}, "attribute", {.oidHandle = &oids}, &pair);
     }
 
-    // The values with "|" between them; the pair goes.
+    // The values, separated by "|".  Releases the pair.
     std::string take() {
         if (pair == nullptr)
             return "(no pair)";
@@ -91,24 +91,24 @@ protected:
     ALA_attrPair *pair = nullptr;
 };
 
-TEST_F(Rendered, EachValueAsFirstAndAsFurtherOne) {
+TEST_F(Rendered, EachValueIsRenderedAloneAndBetweenOthers) {
     for (const ValueCase &c : valueCases()) {
         SCOPED_TRACE("value type " + std::to_string(c.type) + ", " + c.label);
         EXPECT_EQ(render(c.type, c.packed), c.code);
         EXPECT_EQ(take(), c.code == 0 ? c.text : "(no pair)");
         EXPECT_EQ(renderPacked(c.type, c.packed), c.code);
-        EXPECT_EQ(take(), c.code == 0 ? c.text : "(no pair)") << "without a record between";
+        EXPECT_EQ(take(), c.code == 0 ? c.text : "(no pair)") << "rendered from the packed bytes";
 
         ASSERT_EQ(render(STRING, packString("first")), 0);
         EXPECT_EQ(render(c.type, c.packed), c.code);
         ASSERT_EQ(render(STRING, packString("last")), 0);
-        // A value that fails keeps its place, empty; the type of several values leaves none.
-        const bool leavesNone = c.code != 0 && c.type == DIST_NAMES;
-        EXPECT_EQ(take(), "first|" + (leavesNone ? "" : c.text + "|") + "last");
+        // A value that fails is an empty text; the type that makes several texts adds none.
+        const bool addsNone = c.code != 0 && c.type == DIST_NAMES;
+        EXPECT_EQ(take(), "first|" + (addsNone ? "" : c.text + "|") + "last");
     }
 }
 
-TEST_F(Rendered, TypesWithoutARowAndAttributesWithoutAValueAreEmpty) {
+TEST_F(Rendered, UnknownTypesAndMissingValuesAreEmpty) {
     for (std::uint32_t type = 0; type < 100; type++) {
         SCOPED_TRACE(type);
         EXPECT_EQ(render(type, nullptr), 0);

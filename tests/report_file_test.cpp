@@ -1,4 +1,4 @@
-// What becomes of the report file beside other runs, and when it cannot be written.
+// The report file: concurrent runs, failed runs and failed writes.
 #include <csignal>
 
 #include <fcntl.h>
@@ -16,21 +16,21 @@ using namespace samples;
 using qvledger::Descriptor;
 namespace fs = std::filesystem;
 
-TEST(ReportFile, IsHeldAndEndsInWholeLines) {
+TEST(ReportFile, IsLockedAndEndsInWholeLines) {
     PrintSystem system;
     system.save("19990301", marchLog());
     const fs::path report = system / "r", link = system / "link"; // the shortest name
     fs::create_symlink("r", link);
     EXPECT_EQ(system.run({"-o", link, "-s", "19990302", "alpha"}).status, 29);
-    EXPECT_FALSE(fs::exists(report)) << "made through the link, and of no use";
+    EXPECT_FALSE(fs::exists(report)) << "created through the link, but removed because it is empty";
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(system.run({"-o", link, "alpha"}).status, 0);
     writeFile(report, "half a line");
     EXPECT_EQ(system.run({"-g", "-o", link, "alpha"}).status, 0);
     EXPECT_EQ(readFile(report), "half a line\nmarch\n");
 
-    const int held = open(report.c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(OS_LockFile(held), OS_DONE);
+    const int locked = open(report.c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(OS_LockFile(locked), OS_DONE);
     const pid_t waiting = system.start({"-o", report, "alpha"}),
                 ended = system.start({"-o", report, "alpha"});
     usleep(100'000);
@@ -38,13 +38,13 @@ TEST(ReportFile, IsHeldAndEndsInWholeLines) {
     EXPECT_EQ(system.finish(ended).status, 1000 + SIGTERM);
     EXPECT_EQ(readFile(report), "half a line\nmarch\n");
     fs::rename(report, system / "moved");
-    close(held);
+    close(locked);
     EXPECT_EQ(system.finish(waiting).status, 0);
-    EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "in the file that has the name now";
+    EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "in the file that now has the name";
 }
 
-// Descriptors at the file's first byte, without append, are what "1<> report" and some service managers give.
-TEST(ReportFile, IsAppendedToWithMessagesBetweenItsLines) {
+// "1<> report" and some service managers open the report at its first byte, without O_APPEND.
+TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
     PrintSystem system;
     const fs::path report = system / "report";
     const std::string longName(600'000, 'x');
@@ -74,15 +74,15 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenItsLines) {
         SCOPED_TRACE(removed);
         system.save("19990301", marchLog());
         writeFile(report, "");
-        const int held = open(report.c_str(), O_RDWR | O_APPEND | O_CLOEXEC), output = atFirstByte();
-        ASSERT_EQ(OS_LockFile(held), OS_DONE);
+        const int locked = open(report.c_str(), O_RDWR | O_APPEND | O_CLOEXEC), output = atFirstByte();
+        ASSERT_EQ(OS_LockFile(locked), OS_DONE);
         const pid_t waiting =
             system.start({"-d", "alpha"}, {.output = output, .error = removed ? -1 : output});
-        usleep(removed ? 100'000 : 1'200'000); // long enough to say that it waits, which it must not do there
-        EXPECT_EQ(write(held, "other\n", 6), 6);
+        usleep(removed ? 100'000 : 1'200'000); // a message would come, which must not be in the report
+        EXPECT_EQ(write(locked, "other\n", 6), 6);
         if (removed)
             fs::remove(report);
-        close(held);
+        close(locked);
         EXPECT_EQ(system.finish(waiting).err,
                   removed ? "qvledger: the report could not be written to standard output: No such file or "
                             "directory.\n"
@@ -93,16 +93,16 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenItsLines) {
     }
 }
 
-// A run that fails removes the report that it made, but never what another program has in hand.
-TEST(ReportFile, ThatAFailedRunMadeIsRemovedUnlessOthersUseIt) {
+// A failed run removes a report that it created, unless another program has it open or wrote to it.
+TEST(ReportFile, OfAFailedRunIsRemovedUnlessOthersUseIt) {
     const auto expectLeft = [](const char *label, bool appends, bool opens, const char *left) {
         SCOPED_TRACE(label);
         PrintSystem system;
         const fs::path report = system / "report";
         system.save("19990301", marchLog());
         system.save("19990302", marchLog());
-        const int held = open(system.log("19990302").c_str(), O_RDONLY | O_CLOEXEC);
-        ASSERT_EQ(OS_LockFile(held), OS_DONE);
+        const int locked = open(system.log("19990302").c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_EQ(OS_LockFile(locked), OS_DONE);
         system.save("19990301", marchLog().cutTo(3));
         const pid_t run = system.start({"-d", "-o", report, "alpha"});
         while (!fs::exists(report))
@@ -112,18 +112,18 @@ TEST(ReportFile, ThatAFailedRunMadeIsRemovedUnlessOthersUseIt) {
         if (appends)
             writeFile(report, "other\n");
         fs::remove(system.log("19990302"));
-        close(held);
+        close(locked);
         EXPECT_EQ(system.finish(run).status, 6);
         EXPECT_EQ(fs::exists(report), left != nullptr);
         EXPECT_EQ(readFile(report), left != nullptr ? left : "");
         close(other);
     };
-    expectLeft("of nobody else", false, false, nullptr);
+    expectLeft("not in use", false, false, nullptr);
     expectLeft("open elsewhere", false, true, "");
     expectLeft("with another program's lines", true, false, "other\n");
 }
 
-TEST(ReportFile, ThatIsALogIsRefused) {
+TEST(ReportFile, IsRefusedIfItIsALog) {
     PrintSystem system;
     for (const char *tail : {"19990301", "current"})
         system.save(tail, marchLog());
@@ -140,7 +140,7 @@ TEST(ReportFile, ThatIsALogIsRefused) {
         EXPECT_EQ(result.err,
                   "Unable to open the file " + report.string() + " to append more accounting information.\n");
     }
-    // One that can be written and not read: its third opening is that of the look at how it begins.
+    // A log that can be written but not read: the third open(), which is to read its start, fails.
     EXPECT_EQ(
         system.run({"-o", others, "alpha"}, {.failing = {others, "openat:error=EACCES:when=3+"}}).status, 30);
     const Descriptor output(open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
@@ -152,7 +152,7 @@ TEST(ReportFile, ThatIsALogIsRefused) {
     EXPECT_EQ(system.run({"-e", "19990301", "-o", text, "alpha"}).status, 0);
 }
 
-TEST(ReportFile, KeepsItsWholeLinesWhenTheDiskIsFull) {
+TEST(ReportFile, EndsInWholeLinesWhenTheDiskIsFull) {
     PrintSystem system;
     const fs::path report = system / "report";
     system.save("19990301", logOf(std::vector<Job>(1000, jobOf({{"job-name", {std::string(999, 'x')}}}))));

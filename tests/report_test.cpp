@@ -10,7 +10,7 @@
 
 using namespace samples;
 
-// Letters stand for records: "a" and "b" have other names, "c" is "a" with a document.
+// A record by its letter: "a" and "b" differ in a name, "c" is "a" with a document.
 static Job recordOf(char kind) {
     Job job = jobOf({{"job-identifier", {"1"}}, {kind == 'b' ? "job-owner" : "job-name", {"2"}}});
     if (kind == 'c')
@@ -18,7 +18,7 @@ static Job recordOf(char kind) {
     return job;
 }
 
-// A header line in capitals, a line of values in small letters.
+// The line of a letter: a capital for the header, a small letter for the values.
 static std::string lineOf(char kind, bool documents) {
     const bool header = std::isupper(kind) != 0;
     std::string line = header ? "job-identifier\tjob-" : "1\t2";
@@ -29,7 +29,7 @@ static std::string lineOf(char kind, bool documents) {
     return line + '\n';
 }
 
-TEST(Report, HeaderStandsWhereverTheNamesChange) {
+TEST(Report, AHeaderIsWrittenWheneverTheNamesChange) {
     struct Case {
         const char *label;
         std::vector<const char *> logs; // "!" is a cut record
@@ -38,12 +38,12 @@ TEST(Report, HeaderStandsWhereverTheNamesChange) {
     for (const Case &c : {
              Case{"same names", {"aa"}, "--", "Aaa"},
              {"changing names", {"abba"}, "--", "AaBbbAa"},
-             {"names that come back", {"aabbaab"}, "--", "AaaBbbAaaBb"},
-             {"documents that come back", {"ccaacc"}, "-a", "CccAaaCcc"},
+             {"recurring names", {"aabbaab"}, "--", "AaaBbbAaaBb"},
+             {"recurring documents", {"ccaacc"}, "-a", "CccAaaCcc"},
              {"A, B, A across logs", {"a", "b", "a"}, "--", "AaBbAa"},
-             {"last record counts", {"ab", "b"}, "--", "AaBbb"},
-             {"failed walk hands nothing on", {"a", "a!", "a"}, "--", "AaaAa"},
-             {"log without a record leaves the names", {"a", "", "a"}, "--", "Aaa"},
+             {"only the last record of a log matters to the next", {"ab", "b"}, "--", "AaBbb"},
+             {"failed log does not pass its names on", {"a", "a!", "a"}, "--", "AaaAa"},
+             {"log without a record keeps the names", {"a", "", "a"}, "--", "Aaa"},
              {"documents without -a", {"ac", "a"}, "--", "Aaca"},
              {"documents with -a", {"acc", "a"}, "-a", "AaCccAa"},
              {"no headers", {"ab", "a"}, "-g", "aba"},
@@ -95,8 +95,8 @@ TEST(Report, BytesOfValuesAreNotChanged) {
     EXPECT_EQ(system.run({"-g", "alpha"}).out, odd + "  " + odd + "\t" + std::string(100000, 'x') + "\n\t\n");
 }
 
-// Logs of that version do not say which attributes are the job's.
-TEST(Report, OldLogsGiveTheFirstAttributeAndOneHeaderEach) {
+// Version 2 logs do not say which attributes are the job's.
+TEST(Report, OldLogsHaveOneHeaderAndOnlyFirstAttributes) {
     PrintSystem system;
     const Log old = logOf({recordOf('a'), recordOf('b')}, {.verNum = 2});
     system.save("19990301", old);
@@ -105,7 +105,7 @@ TEST(Report, OldLogsGiveTheFirstAttributeAndOneHeaderEach) {
         EXPECT_EQ(system.run(arguments).out, "job-identifier\n1\n1\njob-identifier\n1\n1\n") << arguments[0];
 }
 
-TEST(Report, FailuresInsideALogAreToldAndLeaveTheStatus) {
+TEST(Report, FailuresInsideALogAreReportedWithoutChangingTheStatus) {
     const std::string name = dotted("job-name"), owner = dotted("job-owner"),
                       document = dotted("document-name");
     const Job good = jobOf({{"job-name", {"n"}}, {"job-owner", {"o"}}});

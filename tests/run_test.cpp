@@ -48,7 +48,7 @@ static void expectEnd(const char *label, const Preparation &prepare,
     }
 }
 
-TEST(Run, EveryEndHasItsStatusMessageAndLogEntry) {
+TEST(Run, EveryOutcomeHasItsStatusMessageAndLogEntry) {
     const Preparation nothing = [](const PrintSystem &) {};
     const Preparation noRegistry = [](const PrintSystem &system) { fs::remove(system.root.registry()); };
     const Preparation noRoot = [](const PrintSystem &system) {
@@ -67,7 +67,7 @@ TEST(Run, EveryEndHasItsStatusMessageAndLogEntry) {
     expectEnd("no registry comes before a bad date", noRegistry, {"-s", "x", "alpha"}, 30, kEnvironment);
     expectEnd("bad date", nothing, {"-e", "19991301", "alpha"}, 30,
               "The month 13 specified from the date 19991301 is invalid.\n");
-    expectEnd("report file in no folder", nothing, {"-o", "/nonexistent/100%s", "alpha"}, 30,
+    expectEnd("report file in a missing folder", nothing, {"-o", "/nonexistent/100%s", "alpha"}, 30,
               "Unable to open the file /nonexistent/100%s to append more accounting information.\n");
     expectEnd("no QV_ROOT for the logs", noRoot, {"alpha"}, 100, kEnvironment,
               "QV_ROOT environment variable not set");
@@ -114,7 +114,7 @@ TEST(Run, FailedLogsDoNotStopTheOthersAndTheLastOneGivesTheStatus) {
               refused + "qvledger: the new report " + report + " is removed, because the run failed.\n");
 }
 
-TEST(Run, MessagesStayOutOfTheReportWhenTheErrorStreamIsClosed) {
+TEST(Run, MessagesStayOutOfTheReportIfStandardErrorIsClosed) {
     PrintSystem system;
     system.save("19990301", marchLog(kForNobody));
     system.save("19990302", marchLog());
@@ -124,9 +124,8 @@ TEST(Run, MessagesStayOutOfTheReportWhenTheErrorStreamIsClosed) {
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");
 }
 
-// Each record of the second log has a message.  They fill a pipe, in which the run waits until it is asked to
-// end.
-TEST(Run, SignalsEndItAfterTheCurrentRecord) {
+// Each record of the second log causes a message.  The messages fill a pipe, where the run blocks.
+TEST(Run, ASignalEndsTheRunAfterTheCurrentRecord) {
     constexpr unsigned kRecords = 200;
     const Log damaged = logOf(std::vector<Job>(
         kRecords, jobOf({{"job-name", {"x"}}}).attribute(dotted("job-owner"), STRING, {kUnreadable})));
@@ -139,7 +138,7 @@ TEST(Run, SignalsEndItAfterTheCurrentRecord) {
         system.save("19990302", damaged);
         if (existed)
             writeFile(report, "");
-        std::signal(asked, SIG_DFL); // it is ignored where the tests run in the background
+        std::signal(asked, SIG_DFL); // ignored if the tests run in the background
         Pipe messages;
         const pid_t run = system.start({option, "-o", report, "alpha"}, {.error = messages.writer()});
         messages.waitUntilFull(100);
@@ -157,7 +156,7 @@ TEST(Run, SignalsEndItAfterTheCurrentRecord) {
     }
 }
 
-TEST(Run, ASignalEndsItWhileNobodyReadsItsReport) {
+TEST(Run, ASignalEndsTheRunWhileTheReportIsNotRead) {
     PrintSystem system;
     system.save("19990301", marchLog());
     system.save("19990302", logOf(std::vector<Job>(1000, jobOf({{"job-name", {std::string(900, 'x')}}}))));
@@ -165,25 +164,24 @@ TEST(Run, ASignalEndsItWhileNobodyReadsItsReport) {
     const pid_t run = system.start({"-d", "alpha"}, {.output = report.writer()});
     const std::string start = "job-name\nmarch\n";
     EXPECT_EQ(report.take(start.size()), start);
-    report.waitUntilFull(4096); // a write begins with what fits into the page of the one before
+    report.waitUntilFull(4096); // a write first fills the page of the previous one
     kill(run, SIGTERM);
     EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
-    EXPECT_LT(report.drain().size(), 10'000U) << "what was in the pipe";
+    EXPECT_LT(report.drain().size(), 10'000U) << "only what was in the pipe";
     EXPECT_FALSE(fs::exists(system.log("19990301")));
     EXPECT_TRUE(fs::exists(system.log("19990302")));
 }
 
-TEST(Run, CleanLogsLeaveFewEntriesAndADaemonThatDoesNotReadBlocksNothing) {
+TEST(Run, CleanLogsGiveFewEntriesAndAnUnreadSystemLogDoesNotBlock) {
     PrintSystem system;
     const std::vector<std::string> days = {"19990301", "19990302", "19990303"};
     for (const std::string &day : days)
         system.save(day, logOf(std::vector<Job>(200, jobOf({{"job-name", {"x"}}}))));
     const std::string counted = system.run({"-a", "alpha"}).log;
     EXPECT_LE(std::count(counted.begin(), counted.end(), '\n'), 5 * std::ssize(days)) << counted;
-    // A daemon that does not read.
     fs::create_directory(system / "dev");
     const LogDaemon daemon(system / "dev/log", SOCK_DGRAM);
-    // Nothing is named by a path in /dev, where the folder of temporary files may be.
+    // The paths are relative, because the temporary folder may be in /dev, which is hidden.
     const ToolRun logged = {
         .environment = {{"QV_LOG", ""}, {"QV_LOG_LEVEL", "6"}, {"QV_REGISTRY", "root/registry.reg"}},
         .mounted = {system / "dev", "/dev"}};
@@ -197,12 +195,12 @@ TEST(Run, CleanLogsLeaveFewEntriesAndADaemonThatDoesNotReadBlocksNothing) {
     EXPECT_NE(daemon.take(), "");
 }
 
-TEST(Run, LogShowsWhatWasCalledAndWhere) {
+TEST(Run, TheLogNamesCallsAndPlaces) {
     PrintSystem system;
     const ToolRun traced{.environment = {{"QV_LOG_TRACE", "1"}}};
     for (const std::vector<std::string> &arguments :
          {std::vector<std::string>{"-h"}, {"-V"}, {}, {"-x", "alpha"}})
-        EXPECT_EQ(system.run(arguments, traced).log, "") << "calls nothing of the facility";
+        EXPECT_EQ(system.run(arguments, traced).log, "") << "calls no library operation";
     const Log log = marchLog();
     system.save("19990301", Log(log).cutTo(log.size() - 2));
     const std::string traces = system.run({"alpha"}, traced).log;
@@ -218,11 +216,11 @@ TEST(Run, LogShowsWhatWasCalledAndWhere) {
     EXPECT_EQ(refused.err, kEnvironment + ("qvledger: the registry file cannot be used: " + trouble));
 }
 
-// Level 6 names what the system would not do, and where a log is not as it should be.
-TEST(Run, LevelSixTellsCauses) {
+// Level 6 names failed system calls, and the place where a log is damaged.
+TEST(Run, LevelSixNamesCauses) {
     PrintSystem system;
     const ToolRun detailed{.environment = {{"QV_LOG_LEVEL", "6"}}};
-    const auto expectTold = [&](const std::vector<std::string> &arguments, const std::string &cause) {
+    const auto expectCause = [&](const std::vector<std::string> &arguments, const std::string &cause) {
         const std::string log = system.run(arguments, detailed).log;
         EXPECT_NE(log.find(cause + "\n"), log.npos) << cause << "\n" << log;
     };
@@ -232,29 +230,30 @@ TEST(Run, LevelSixTellsCauses) {
     const std::size_t header = Log(LogHeader{}).size();
 
     system.save("19990301", Log(log).cutTo(log.size() - 2));
-    expectTold({"alpha"}, name + ": the record at byte " + std::to_string(header) +
-                              " does not read beyond byte " + std::to_string(log.size() - 2) +
-                              ": the file ends");
+    expectCause({"alpha"}, name + ": the record at byte " + std::to_string(header) +
+                               " cannot be read after byte " + std::to_string(log.size() - 2) +
+                               ": the file ends");
     system.save("19990301", Log(log).cutTo(6));
-    expectTold({"alpha"}, "the header does not read beyond byte 6: ALA_A_FAIL_READ_LOG_FILE");
+    expectCause({"alpha"}, "the header cannot be read after byte 6: ALA_A_FAIL_READ_LOG_FILE");
     system.save("19990301", marchLog(kForNobody));
-    expectTold({"alpha"}, "an entry does not admit the caller: the user \"nobody-at-all\" of the domain "
-                          "\"NOWHERE\", type 3051, level 2");
+    expectCause({"alpha"}, "an entry does not admit the caller: the user \"nobody-at-all\" of the domain "
+                           "\"NOWHERE\", type 3051, level 2");
     const Account caller = callersAccount();
-    expectTold({"alpha"}, "the caller was taken for the user \"" + caller.user.name + "\" of the domain \"" +
-                              caller.user.domain + "\" on the host \"" + computerName() + "\" of \"" +
-                              computerName() + "\"");
+    expectCause({"alpha"}, "the caller is the user \"" + caller.user.name + "\" of the domain \"" +
+                               caller.user.domain + "\" on the host \"" + computerName() + "\" of \"" +
+                               computerName() + "\"");
     fs::remove(path);
     fs::create_symlink(path.filename(), path);
-    expectTold({"alpha"}, name + " cannot be opened: Too many levels of symbolic links");
+    expectCause({"alpha"}, name + " cannot be opened: Too many levels of symbolic links");
     fs::remove(path);
     fs::create_directory(path);
-    expectTold({"alpha"}, "the header does not read beyond byte 0: Is a directory");
-    expectTold({"-p", "/nonexistent", "alpha"}, "/nonexistent cannot be opened: No such file or directory");
-    expectTold({"-o", "/nonexistent/x", "alpha"},
-               "/nonexistent/x cannot be opened: No such file or directory");
+    expectCause({"alpha"}, "the header cannot be read after byte 0: Is a directory");
+    expectCause({"-p", "/nonexistent", "alpha"}, "/nonexistent cannot be opened: No such file or directory");
+    expectCause({"-o", "/nonexistent/x", "alpha"},
+                "/nonexistent/x cannot be opened: No such file or directory");
     fs::remove(system.root.registry());
-    expectTold({"alpha"}, system.root.registry().string() +
-                              " is not there, or has no key SYSTEM\\CurrentControlSet\\Services\\qv spl "
-                              "alpha\\Environment and none for all servers");
+    expectCause({"alpha"},
+                system.root.registry().string() +
+                    " does not exist, or has neither the key SYSTEM\\CurrentControlSet\\Services\\qv spl "
+                    "alpha\\Environment nor one for all servers");
 }

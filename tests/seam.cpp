@@ -1,7 +1,7 @@
-// Checks what the calls of platform/os.h answer: alike on both systems, but for what docs/platform.md lists.
+// Checks the results of the calls of platform/os.h: equal on both systems, except as docs/platform.md lists.
 //
-//     seam                        in a folder of its own: 0 if all is as expected
-//     seam write|append|lock FILE has a file open until the standard input ends
+//     seam                        works in the current folder; exits with 0 if all results are as expected
+//     seam write|append|lock FILE keeps a file open until the end of standard input
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -24,7 +24,7 @@ static void check(bool isTrue, const char *condition, int line) {
     if (isTrue)
         return;
     ++failures;
-    std::printf("tests/seam.cpp:%d: not so: %s (errno %d, error %u)\n", line, condition, errno,
+    std::printf("tests/seam.cpp:%d: false: %s (errno %d, error %u)\n", line, condition, errno,
                 static_cast<unsigned>(GetLastError()));
 }
 #define CHECK(condition) check(condition, #condition, __LINE__)
@@ -38,10 +38,10 @@ static bool isRefused(BOOL result, LONG reason) {
 
 // ---- Files ----
 
-constexpr std::int64_t kFarAway = std::int64_t{3} << 30; // no 32-bit position
+constexpr std::int64_t kFarAway = std::int64_t{3} << 30; // beyond 32-bit positions
 
 static void makeFile(const char *path, const char *text) {
-    static_cast<void>(_unlink(path)); // of an earlier run
+    static_cast<void>(_unlink(path)); // left by an earlier run
     const Descriptor file(OS_MakeFile(path));
     CHECK(_write(file.get(), text, static_cast<unsigned>(std::strlen(text))) >= 0);
 }
@@ -61,7 +61,7 @@ static std::int64_t sizeOf(const char *path) {
 
 static void checkNames() {
     for (const char *name : {"new", "moved", "named", "copy", "aside"})
-        static_cast<void>(_unlink(name)); // of an earlier run
+        static_cast<void>(_unlink(name)); // left by an earlier run
     makeFile("five", "12345");
     CHECK(sizeOf("five") == 5 && fails(sizeOf("none"), ENOENT));
     CHECK(fails(OS_MakeFile("five"), EEXIST) && fails(OS_MakeFile("none/five"), ENOENT));
@@ -131,7 +131,7 @@ static void checkIdentity() {
     CHECK(OS_IdentifyDescriptor(copy.get(), &named) == 0 && named.modified == found.modified);
 }
 
-static void checkHolding() {
+static void checkLocks() {
     makeFile("held", "log");
     Descriptor file(OS_OpenToRead("held"));
     OS_fileIdentity identity = {};
@@ -151,7 +151,7 @@ static void checkHolding() {
         CHECK(OS_MoveName("held", "aside") == 0);
         CHECK(OS_LockOutWriters(file.get(), "aside", identity) == OS_TAKEN);
     }
-    static_cast<void>(OS_LockFile(file.get())); // as the run has it that deletes
+    static_cast<void>(OS_LockFile(file.get())); // as a run that deletes has it
     CHECK(OS_LockOutWriters(file.get(), "aside", identity) == OS_DONE);
     Descriptor reader(OS_OpenToRead("aside"));
     CHECK(OS_LockFile(reader.get()) == OS_TAKEN);
@@ -207,11 +207,11 @@ static void checkTimes() {
     const int result = gmtime_s(&time, &before1970);
     CHECK(kOnWindows ? result != 0 : isTime(time, "1969-12-31 23:59:59"));
     CHECK(gmtime_s(&time, &summer) == 0 && isTime(time, "1999-07-15 12:00:00"));
-    time.tm_mday += 40; // comes into range
+    time.tm_mday += 40; // is normalised
     CHECK(_mkgmtime(&time) - summer == 40 * 86400);
 }
 
-// ---- Of the system's own calls, what differs ----
+// ---- System calls that differ ----
 
 static void checkOwnCalls() {
     char user[kRoom] = "", computer[kRoom] = "", domain[kRoom] = "", sid[kRoom] = "";
@@ -238,7 +238,7 @@ static int stay(bool isReady) {
     return isReady ? 0 : 1;
 }
 
-// As a print server has a log open, as a program that knows nothing of sharing, or as another run.
+// Opens a file like a print server (write), a program without file sharing (append) or another run (lock).
 static int occupy(std::string_view how, const char *path) {
     if (how == "append") {
         std::FILE *file = std::fopen(path, "ab");
@@ -254,7 +254,7 @@ int main(int argc, char **argv) {
     OS_ChooseLocale(LC_ALL); // as the programs do
     if (argc == 3)
         return occupy(argv[1], argv[2]);
-    for (const auto part : {checkNames, checkReading, checkWriting, checkIdentity, checkHolding, checkTexts,
+    for (const auto part : {checkNames, checkReading, checkWriting, checkIdentity, checkLocks, checkTexts,
                             checkTimes, checkOwnCalls})
         part();
     return failures == 0 ? 0 : 1;

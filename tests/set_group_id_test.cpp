@@ -1,4 +1,4 @@
-// A set-group-id installation lends its group's rights for the system's own logs and for nothing else.
+// A set-group-id installation uses its group's rights for the system's own logs only.
 #include <gtest/gtest.h>
 
 #include <grp.h>
@@ -13,8 +13,8 @@
 using namespace samples;
 namespace fs = std::filesystem;
 
-constexpr uid_t kCaller = 1;                              // user and group, both with a name
-constexpr gid_t kLent = 4;                                // a group with a name that the caller is not in
+constexpr uid_t kCaller = 1; // the id of a user and of a group that both have names
+constexpr gid_t kLent = 4;   // a named group without the caller
 static const char *const kRootless = "test-without-root"; // a server
 static const char *const kLines = "job-name\nthe system's\n";
 
@@ -26,12 +26,12 @@ static Log logFor(const AccessEntry &entry, const std::string &name = "the syste
     return logOf({jobOf({{"job-name", {name}}})}, {.accessList = {pack(entry)}});
 }
 
-// The system belongs to root and the lent group; the caller has a root of his own.
+// The print system belongs to root and the lent group; the caller has another one.
 class SetGroupId : public testing::Test {
 protected:
     void SetUp() override {
 #ifdef QVLEDGER_SANITIZED
-        GTEST_SKIP() << "the sanitizers cannot look into a set-group-id program";
+        GTEST_SKIP() << "the sanitizers do not work in a set-group-id program";
 #endif
         struct statvfs here;
         if (geteuid() != 0 || getpwuid(kCaller) == nullptr || getgrgid(kLent) == nullptr ||
@@ -89,19 +89,19 @@ protected:
         EXPECT_EQ(result.out, "") << label;
     }
 
-    PrintSystem system; // as is usual, QV_REGISTRY and QV_LOG name files in it
+    PrintSystem system; // QV_REGISTRY and QV_LOG name files in it
     const SampleRoot mine{system / "mine"};
     std::string caller;
 };
 
-TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
+TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     const fs::path oldLog = system.log("19990301"), secret = system / "secret";
     ToolResult result = run({"alpha"});
     EXPECT_EQ(result.status, 0) << "a caller on the access list gets his report: " << result.err;
     EXPECT_EQ(result.out, kLines);
 
     // The environment.
-    const fs::path locked = system / "locked"; // the group could write it
+    const fs::path locked = system / "locked"; // writable by the group
     writeFile(locked, "");
     own(locked, 0, kLent, 0660);
     const auto expectIgnored = [&](const std::string &name, const std::string &value) {
@@ -144,7 +144,7 @@ TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
     EXPECT_EQ(stat(report.c_str(), &made), 0);
     EXPECT_TRUE(made.st_uid == kCaller && made.st_gid == kCaller) << made.st_uid << ':' << made.st_gid;
 
-    // Deletion, where the group could write as well.
+    // Deletion, in a folder that the group may write.
     own(system.root.logs(), 0, kLent, 0770);
     result = run({"-d", "alpha"});
     EXPECT_EQ(result.status, 26);
@@ -160,7 +160,7 @@ TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
     expectStatus("the caller's group", groupEntry(getgrgid(kCaller)->gr_name, computerName()), 0);
     expectStatus("the owner of the program", userEntry("root", computerName()), 7);
 
-    // The machine's domain is the system's registry's to tell, whatever the options.
+    // The machine's domain is from the system's registry, whatever the options.
     const AccessEntry inMachinesDomain = {text(caller), {text(""), oid(DOMAIN_NT)}, 1};
     for (const auto &[flags, status] : {std::pair{"9", 0}, {"8", 7}}) {
         layRegistry(flags);
@@ -169,7 +169,7 @@ TEST_F(SetGroupId, LendsItsRightsForTheSystemsOwnLogsOnly) {
     }
 }
 
-TEST_F(SetGroupId, ChecksForThoseAdmittedAndSavesWithTheCallersRights) {
+TEST_F(SetGroupId, ChecksAdmittedLogsAndSavesWithTheCallersRights) {
     fs::copy_file(QVLEDGER_CHECK_BINARY, system / "qvledger", fs::copy_options::overwrite_existing);
     own(system / "qvledger", 0, kLent, 02755);
     system.save("19990302", logFor(userEntry("root", computerName()), "secret").cutTo(600));
@@ -188,13 +188,13 @@ TEST_F(SetGroupId, ChecksForThoseAdmittedAndSavesWithTheCallersRights) {
     EXPECT_EQ(result.status, 50) << result.err;
     EXPECT_NE(result.out.find("alpha.19990302\t\t\t\tno\t\t\t\t\tnot admitted\t"), std::string::npos)
         << result.out;
-    EXPECT_EQ(result.out.find(system.root.path()), std::string::npos) << "where the system's things are";
+    EXPECT_EQ(result.out.find(system.root.path()), std::string::npos) << "a path of the system";
     EXPECT_EQ(std::distance(fs::directory_iterator(saved), {}), 1);
     EXPECT_EQ(readFile(saved / "alpha.19990303"), whole.bytes());
     struct stat made = {};
     ASSERT_EQ(stat((saved / "alpha.19990303").c_str(), &made), 0);
     EXPECT_TRUE(made.st_uid == kCaller && made.st_gid == kCaller && (made.st_mode & 0777U) == 0600)
-        << "what the group may do was meant for another one";
+        << "the log's group permissions are not for the caller's group";
 
     EXPECT_EQ(run({"-S", groups, "alpha"}).status, 74);
     EXPECT_TRUE(fs::is_empty(groups));
@@ -203,5 +203,5 @@ TEST_F(SetGroupId, ChecksForThoseAdmittedAndSavesWithTheCallersRights) {
     fs::remove(system.root.oids() / "oids");
     result = run({"alpha"});
     EXPECT_EQ(result.status, 4);
-    EXPECT_EQ((result.out + result.err).find(system.root.path()), std::string::npos) << "nor on a fault";
+    EXPECT_EQ((result.out + result.err).find(system.root.path()), std::string::npos) << "a system's path";
 }

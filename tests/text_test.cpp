@@ -9,7 +9,7 @@ using namespace qvledger;
 
 using namespace std::string_literals;
 
-// Takes over a text of the library.
+// A copy of a text of the library, which is released.
 static std::string take(char *source) {
     const std::string text = source != nullptr ? source : "(no text)";
     std::free(source);
@@ -17,13 +17,13 @@ static std::string take(char *source) {
 }
 
 static std::string convert(const std::string &input, std::uint32_t codeSet) {
-    // A block of its own lets the sanitizer see a read behind its end.
+    // A block of the input's size, so that the sanitizer detects reads past the end.
     const auto bytes = std::make_unique<std::uint8_t[]>(input.size());
     std::memcpy(bytes.get(), input.data(), input.size());
     return take(convertToUtf8({bytes.get(), input.size()}, codeSet));
 }
 
-TEST(Convert, EachCodeSetGivesUtf8) {
+TEST(Convert, EachCodeSetIsConvertedToUtf8) {
     const struct {
         const char *label;
         std::uint32_t codeSet;
@@ -36,21 +36,21 @@ TEST(Convert, EachCodeSetGivesUtf8) {
         {"UTF-8", 106, "\xE2\x82\xAC \xF0\x9F\x98\x80", "\u20AC \U0001F600"},
         {"UTF-8, wrong bytes", 106, "a\xE4\xFFz\xBF\xBF", "a??z??"},
         {"UTF-8, cut", 106, "\xE2\x82z\xF0\x9F\x98\xE2\x82", "??z?????"},
-        {"UTF-8, no characters", 106, "\xC0\xAF\xED\xA0\x80z\xF4\x90\x80\x80", "?????z????"},
+        {"UTF-8, invalid characters", 106, "\xC0\xAF\xED\xA0\x80z\xF4\x90\x80\x80", "?????z????"},
         {"Shift JIS, cut", 17, "\x83\x65z\x83", "\u30C6z?"},
         {"EUC-JP, cut in three places", 18, "\x8F\xA1z\xA4z\x8F\xA1", "??z?z??"},
-        {"GB18030, four bytes that make none", 114, "\xFE\x39\xFE\x39z", "?9?9z"},
-        {"UCS-4, behind the last character", 1001, "\0\x10\xFF\xFF\0\x11\0\0"s, "\U0010FFFF?"},
-        {"UCS-2, a low zero byte is no end", 1000, "\x01\0\0A\0\0\0B"s, "\u0100A"},
+        {"GB18030, four invalid bytes", 114, "\xFE\x39\xFE\x39z", "?9?9z"},
+        {"UCS-4, above U+10FFFF", 1001, "\0\x10\xFF\xFF\0\x11\0\0"s, "\U0010FFFF?"},
+        {"UCS-2, a low zero byte is not a terminator", 1000, "\x01\0\0A\0\0\0B"s, "\u0100A"},
         {"UCS-2, a surrogate pair", 1000, "\0a\xD8\x3D\xDE\0\0z"s, "a??z"},
         {"UCS-2, cut", 1000, "\0a\x20"s, "a?"},
         {"UTF-16BE, a surrogate pair", 1013, "\xD8\x3D\xDE\0"s, "\U0001F600"},
         {"UTF-16BE, half a pair", 1013, "\xDE\0\0a\xD8\x3D"s, "?a?"},
         {"UTF-16 with a mark", 1015, "\xFF\xFEz\0"s, "z"},
         {"UTF-32 with a mark", 1017, "\0\0\xFE\xFF\0\1\xF6\0"s, "\U0001F600"},
-        {"windows-1252, one no character", 2252, "\x80\x93\x81z", "\u20AC\u201C?z"},
-        {"windows-1258, what the converter holds comes at the end", 2258, "ab\xE2", "ab\u00E2"},
-        {"windows-1258, and before a fault", 2258, "\xE2\xD2z\xE2\x8A", "\u1EA9z\u00E2?"},
+        {"windows-1252, an unassigned byte", 2252, "\x80\x93\x81z", "\u20AC\u201C?z"},
+        {"windows-1258, a delayed letter is flushed at the end", 2258, "ab\xE2", "ab\u00E2"},
+        {"windows-1258, and flushed before an invalid byte", 2258, "\xE2\xD2z\xE2\x8A", "\u1EA9z\u00E2?"},
         {"nothing", 1000, "", ""},
     };
     for (const auto &row : cases) {

@@ -1,4 +1,4 @@
-// Times of the log as local time, in zones whose rules stand in the text of TZ.
+// Conversion of a log's times to local time, in zones whose rules are in TZ.
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
@@ -42,9 +42,9 @@ protected:
     }
 };
 
-// The standard offset is added in every season and mktime takes the sum for a local time, so that in summer
-// the result is an hour behind the clocks.
-TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
+// The standard offset is added in every season and mktime reads the sum as local time, so the result is an
+// hour slow in summer.
+TEST_F(Times, UtcIsConvertedInEachZoneAndSeason) {
     const struct {
         const char *label, *zone;
         GEN_generalizedTime utc;
@@ -61,7 +61,7 @@ TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
         {"year from 1900", kBerlin, {99, 12, 31, 12, 0, 0, 0, 0, 1}, "12/31/1999 13:00:00"},
         {"mindiff east", "UTC0", {2024, 1, 1, 0, 30, 0, 0, -60, 0}, "12/31/2023 23:30:00"},
         {"fields out of range", "UTC0", {2024, 14, 0, 25, 61, 61, 0, 0, 0}, "02/01/2025 02:02:01"},
-        {"years of few digits", "UTC0", {5, 1, 1, 0, 0, 0, 0, 0, 0}, "01/01/0005 00:00:00"},
+        {"year of one digit", "UTC0", {5, 1, 1, 0, 0, 0, 0, 0, 0}, "01/01/0005 00:00:00"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.label);
@@ -74,9 +74,9 @@ TEST_F(Times, LocalTimeOfEachZoneAndSeason) {
     }
 }
 
-TEST_F(Times, TextDoesNotDependOnEarlierConversions) {
+TEST_F(Times, SecondsDoNotDependOnEarlierConversions) {
     using samples::packUint;
-    // From three hours east to four for good, at 2 o'clock on 27 March 2011.
+    // A zone that moved from UTC+3 to UTC+4 for good, at 02:00 on 27 March 2011.
     const TempDir folder;
     samples::writeFile(folder / "zone", "TZif" + std::string(16 + 12, '\0') + packUint(1) + packUint(2) +
                                             packUint(4) + packUint(1301180400) + '\1' + packUint(10800) +
@@ -101,11 +101,11 @@ TEST_F(Times, TextDoesNotDependOnEarlierConversions) {
         }
 }
 
-TEST_F(Times, SecondsAndFailures) {
+TEST_F(Times, TimesBefore1970FailAndLateTimesAreConverted) {
     setZone("UTC0");
     std::int64_t seconds = 7;
     const GEN_generalizedTime lastBefore = {1969, 12, 31, 23, 59, 59, 0, 0, 0};
-    EXPECT_EQ(ALA__ConvertUTCToUnix(&lastBefore, &seconds), 1) << "-1 is mktime's failure";
+    EXPECT_EQ(ALA__ConvertUTCToUnix(&lastBefore, &seconds), 1) << "-1 means that mktime failed";
     EXPECT_EQ(seconds, -1);
     GEN_generalizedTime local;
     std::memset(&local, 0x55, sizeof local);
@@ -116,5 +116,5 @@ TEST_F(Times, SecondsAndFailures) {
     EXPECT_EQ(seconds, 2208988800);
     EXPECT_EQ(text(after2038, "no_such_LOCALE"), "01/01/2040 00:00:00");
     EXPECT_EQ(text({12000, 2, 3, 4, 5, 6, 0, 0, 0}, "C.UTF-8"), "02/03/12000 04:05:06");
-    EXPECT_STREQ(std::setlocale(LC_TIME, nullptr), "C") << "other threads' too: never changed";
+    EXPECT_STREQ(std::setlocale(LC_TIME, nullptr), "C") << "the process's locale is never changed";
 }

@@ -9,7 +9,7 @@ using namespace qvledger;
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience(1); // until the user is told
+constexpr std::chrono::seconds kPatience(1); // before the wait is reported
 constexpr int kShortestPause = 10;           // milliseconds
 constexpr int kLongestPause = 100;
 
@@ -20,10 +20,11 @@ bool qvledger::isMessagesFile(int fd) {
            OS_IsSameFile(file, messages);
 }
 
-// Polls, because a blocking lock could begin just after the signal that should interrupt it.
+// Polls, because a blocking lock could start just after the signal that should interrupt it.
 LockResult qvledger::lockFile(int fd, const char *name) {
     const Clock::time_point start = Clock::now();
-    // A message to a report that another run has locked would keep that run from deleting its logs.
+    // If messages go to this file, reporting the wait would change the other run's report, and that run would
+    // then not delete its logs.
     bool isReported = isMessagesFile(fd);
     for (int pause = kShortestPause;; pause = std::min(2 * pause, kLongestPause)) {
         switch (OS_LockFile(fd)) {

@@ -1,15 +1,15 @@
-// Holding files against other runs.
+// Locks files against other runs.
 #pragma once
 
 #include "ala/driver/deletion.h"
 
 namespace qvledger {
 
-// Do messages go to the file behind the descriptor?
+// Is the standard error stream the file of the descriptor?
 bool isMessagesFile(int fd);
 
-// Waits for the run that has the file behind the descriptor, and says so once after a second.  Gives up when
-// the program is asked to end.  name: what the message calls the file.
+// Locks the file of a descriptor.  Waits while another run has it locked; after a second, a message reports
+// the wait, once.  Gives up when the program receives a signal to end.  name: the file's name in the message.
 LockResult lockFile(int fd, const char *name);
 
 } // namespace qvledger

@@ -1,4 +1,4 @@
-// What a run makes of each log: a report, or another form of the same records.
+// Interface of the writers that turn logs into output: the report of qvledger, the lines of qvledger-json.
 #pragma once
 
 #include <cstdint>
@@ -8,28 +8,28 @@
 
 namespace qvledger {
 
-// Which log it is.
+// Identifies a log.
 struct LogName {
     const char *server;
-    const char *file;   // that was opened, without its directory
-    const char *listed; // the name in the listing, which leads to the date and so to the file
+    const char *file;   // name of the opened file, without its directory
+    const char *listed; // name in the listing; its date determines which file is opened
     std::int32_t date;  // YYYYMMDD
 };
 
 class LogOutput {
 public:
     virtual ~LogOutput() = default;
-    // Writes all records of an open log, until mustStop() (tool/stop.h) says so.  True when the walk ended at
-    // the log's end and nothing in it had to be passed over; failures were told to the user.
+    // Writes all records of an open log, or fewer if mustStop() (tool/stop.h).  True if it reached the end of
+    // the log and skipped nothing.  Reports failures to the user.
     virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                        LineWriter &report) = 0;
-    // A log could not be opened; the user was told.
-    virtual void passOver(const LogName &, LineWriter &) {}
-    // The log that was written last could not be read to its end, which was reported.
+    // Called if a log could not be opened, after that was reported.
+    virtual void skip(const LogName &, LineWriter &) {}
+    // Called if the last log could not be read to its end, after that was reported.
     virtual void readFailed() {}
-    // Logs of the server may be missing, which was reported.
+    // Called if the list of the server's logs may be incomplete, after that was reported.
     virtual void listIsCut(const char *, LineWriter &) {}
-    // No further log follows.
+    // Called after the last log of a server.
     virtual void end() {}
 };
 

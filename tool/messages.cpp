@@ -13,8 +13,8 @@
 
 using namespace qvledger;
 
-constexpr std::uint32_t kFirstOwnMessage = 0x3c0000; // of set 60
-constexpr std::uint32_t kRawSize = 1024;             // bytes of a message before its arguments are put in
+constexpr std::uint32_t kFirstOwnMessage = 0x3c0000; // set 60
+constexpr std::uint32_t kRawSize = 1024;             // bytes of an unformatted message
 
 namespace {
 
@@ -56,7 +56,7 @@ static ReturnCode findReturnCode(std::int64_t errCode) {
     return row != std::end(kReturnCodes) ? *row : ReturnCode{0, kMsgUnknownError, "unknown error.\n"};
 }
 
-// Are the placeholders of the text ("%1$s", "%2$d") among those of the default text?
+// Do all placeholders of the text ("%1$s", "%2$d") occur in the default text?
 static bool placeholdersFit(std::string_view text, std::string_view defaultText) {
     for (std::size_t at = text.find('%'); at < text.size(); at = text.find('%', at)) {
         const bool isPercent = text.substr(at, 2) == "%%";
@@ -106,7 +106,8 @@ static void appendValue(LogText &line, const MessageValue &value, bool isOwn) {
         line.append(std::get<const char *>(value));
 }
 
-// The numbered messages print their arguments unchanged; our own have the program's name before them.
+// Messages of set 59 print their arguments unchanged.  Those of sets 60 and 61 begin with the program's name,
+// and control characters in their arguments are escaped.
 void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values) {
     char text[kRawSize];
     GetMsg(msgCode, sizeof text, text);
@@ -127,7 +128,7 @@ void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<Messa
         at += 2; // "$s" or "$d"
     }
     if (isOwn && !line.view().ends_with('\n'))
-        line.end('\n'); // which a catalogue may lack; the report's next line may follow
+        line.end('\n'); // a catalogue may lack it
     eraseProgress();
     if (messageSink != nullptr)
         messageSink->message(line.view());
@@ -153,7 +154,7 @@ void qvledger::logFailure(const char *prefix, std::int32_t errCode, const char *
     LOG_EndMessage();
 }
 
-void qvledger::tellFailure(std::int32_t errCode, const char *prefix, const char *file, std::int32_t line) {
+void qvledger::reportFailure(std::int32_t errCode, const char *prefix, const char *file, std::int32_t line) {
     DisplayMsgFromErr(static_cast<std::uint32_t>(errCode));
     logFailure(prefix, errCode, file, line);
 }

@@ -1,4 +1,4 @@
-// What the tool tells: numbered messages to the user, on the standard error stream, and entries to the log.
+// Numbered messages to the user, on the standard error stream, and entries in the program's log.
 #pragma once
 
 #include <cstdint>
@@ -8,16 +8,17 @@
 
 namespace qvledger {
 
-// The messages' codes.
+// Message codes.
 enum : std::uint32_t {
 #define MESSAGE(name, code, text) name = (code),
 #include "tool/messages.inc"
 };
 
-// Whose messages they are; "qvledger" until this is called.  The name must outlive them.
+// Sets the program name in messages, which is "qvledger" before the first call.
+// REQUIRES: the name stays valid.
 void setProgramName(const char *name);
 
-// Takes the messages in the place of the standard error stream.
+// Receives messages instead of the standard error stream.
 class MessageSink {
 public:
     virtual void message(std::string_view text) = 0;
@@ -26,16 +27,16 @@ protected:
     ~MessageSink() = default;
 };
 
-// Null: the standard error stream again.
+// Null restores the standard error stream.  REQUIRES: the sink outlives its use.
 void setMessageSink(MessageSink *sink);
 
-// An argument of a message: a text, or a number printed in decimal.
+// An argument of a message: a text, or a number to print in decimal.
 using MessageValue = std::variant<const char *, std::int32_t>;
 
-// Prints a message.  A placeholder without an argument prints nothing.
+// Prints a message.  A placeholder without an argument is replaced by nothing.
 void displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values);
 
-// The code of the message for a return code of the facility.
+// The message code for an ALA return code.
 std::uint32_t messageOf(std::uint32_t errCode);
 
 // Prints a message with its arguments.
@@ -44,29 +45,29 @@ void DisplayMsg(std::uint32_t in_msgCode, const Values &...values) {
     displayMessage(in_msgCode, {values...});
 }
 
-// Prints the message for a return code of the facility.
+// Prints the message for an ALA return code.
 template <class... Values>
 void DisplayMsgFromErr(std::uint32_t in_errCode, const Values &...values) {
     displayMessage(messageOf(in_errCode), {values...});
 }
 
-// The raw text of a message: the catalogue's if each of its placeholders is one of the default text's, with
-// the same kind, else the default text.  An unknown code gets the text of kMsgUnknownError.  The text is cut
-// where the buffer ends.
+// Copies the unformatted text of a message to a buffer of in_bufSize bytes, cut if it is longer.  Uses the
+// catalogue's text if all its placeholders occur in the default text, else the default text.  An unknown code
+// gets the text of kMsgUnknownError.
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf);
 
-// Does a catalogue give the messages?
+// Was a message catalogue found?
 bool hasCatalogue();
 
-// Appends the log's text of a return code to the entry being built; nothing for success.
+// Appends the log text of a return code to the log entry being built; nothing for success.
 void printError(std::int32_t errRes);
 
-// A log entry for a failure with a return code, behind a prefix unless that is null.
+// Writes a log entry for a return code, after the prefix unless that is null.
 void logFailure(const char *prefix, std::int32_t errCode, const char *file = __builtin_FILE(),
                 std::int32_t line = __builtin_LINE());
 
-// The message and the log entry of a failure with a return code.
-void tellFailure(std::int32_t errCode, const char *prefix, const char *file = __builtin_FILE(),
-                 std::int32_t line = __builtin_LINE());
+// Prints the message for a return code and writes its log entry.
+void reportFailure(std::int32_t errCode, const char *prefix, const char *file = __builtin_FILE(),
+                   std::int32_t line = __builtin_LINE());
 
 } // namespace qvledger

@@ -15,34 +15,33 @@ struct Options {
     const char *acctPath2 = nullptr;
     const char *oidPath = nullptr;
     const char *saveFolder = nullptr;
-    std::int32_t dflg = 0; // how often each occurred
+    std::int32_t dflg = 0; // number of -d; non-zero: delete the logs
     std::int32_t helpflg = 0;
     std::int32_t verflg = 0;
-    std::int32_t errflg = 0;
-    std::int32_t suppressHeadflg = 0;
-    std::int32_t docflg = 0;
-    std::int32_t typeflg = 0;
+    std::int32_t errflg = 0;          // number of invalid options
+    std::int32_t suppressHeadflg = 0; // 1: no header lines (-g)
+    std::int32_t docflg = 0;          // 1: documents, too (-a)
+    std::int32_t typeflg = 0;         // 1: typed values (-t)
 };
 
-// The option letters of a program, as getopt takes them.
+// The option letters of each program, in the form of getopt.
 constexpr char kReportLetters[] = "do:s:e:p:O:hVag";
 constexpr char kJsonLetters[] = "to:s:e:p:O:hV";
 constexpr char kCheckLetters[] = "s:e:p:O:S:hV";
 
 Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
 
-// Which date ValidDate checks.
+// The date that ValidDate checks.
 constexpr std::int32_t kStartDate = 0;
 constexpr std::int32_t kEndDate = 1;
 
-// 1 for a valid date, which begins with exactly eight digits YYYYMMDD; 0 after the message that says what is
-// wrong.
+// 1 for a valid date, which begins with exactly eight digits YYYYMMDD; 0 after a message with the fault.
 std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr);
 
-// Both dates, as far as they are given.
+// Checks the dates that are given; see ValidDate.
 bool datesAreValid(const Options &options);
 
-// The dates that are asked for, as numbers YYYYMMDD, bounds included.
+// The requested range of dates, as numbers YYYYMMDD, both ends included.
 struct DateRange {
     std::int32_t first;
     std::int32_t last;

@@ -25,7 +25,7 @@ int qvledger::runProgram(const char *name, int argc, char **argv, std::initializ
     setProgramName(name);
     OS_PrepareProcess();
     OS_NoteEndSignals();
-    // Messages come before the report is opened, and the two may be one file.
+    // The report may be the same file and is appended to, so messages must be appended, too.
     static_cast<void>(OS_WriteAtEnd(_fileno(stderr)));
     dropLentRights();
     for (const int category : localeCategories)
@@ -34,7 +34,7 @@ int qvledger::runProgram(const char *name, int argc, char **argv, std::initializ
     MSG_UsageBegin("qvledg");
     const int status = workWithinMemory(argc, argv, work);
     MSG_UsageEnd();
-    LOG_Flush(); // which a signal's end would not do
+    LOG_Flush(); // before a signal may end the process
     OS_EndBySignal();
     return status;
 }

@@ -1,14 +1,14 @@
-// What every program does around its work: the process, the locale, the log and the messages.
+// Setting up and ending a program: process, rights, locale, log and messages.
 #pragma once
 
 #include <initializer_list>
 
 namespace qvledger {
 
-// Sets the process up, does the program's work and takes all down again; the program ends with the status
-// that is returned, or by the signal that asked it to end.  name: before its messages.  localeCategories:
-// what of the user's locale is taken up (LC_...).  Work that runs out of memory is reported, and the status
-// is kStatusNoMemory then.
+// Sets up the process, calls work, cleans up, and returns the exit status.  If a signal asked the program to
+// end, it ends by that signal instead.  If work throws std::bad_alloc, a message reports it and the status is
+// kStatusNoMemory.  name: precedes messages.  localeCategories: the LC_... categories to set from the user's
+// environment.
 int runProgram(const char *name, int argc, char **argv, std::initializer_list<int> localeCategories,
                int (*work)(int argc, char **argv));
 

@@ -1,28 +1,28 @@
-// The progress of a long run, on a terminal that nothing else is being written to: not by a program behind a
-// pipe, such as a pager, either.
+// The progress line of a long run.
 //
-// One line on the standard error stream: date, share of the logs, records per second.  It shows when, and
-// only when, the standard error stream is a terminal and the report goes to a file on a disk; QV_PROGRESS=0
-// turns it off.
+// One line on the standard error stream: date, number of the log, records per second.  It is shown only if
+// that stream is a terminal and the report goes to a file, so that no report and no pager writes to the
+// terminal at the same time.  QV_PROGRESS=0 and QV_LOG=stderr turn it off.
 #pragma once
 
 #include <cstdint>
 
 namespace qvledger {
 
-// The run begins with that many logs before it.
+// Starts a run over numLogs logs.
 void startProgress(bool reportIsFile, std::int32_t numLogs);
 
-// A log of the date is read from now on; one more record was written.  The line is drawn again at most four
-// times a second.
+// The next log, with its date YYYYMMDD; and one more record.  Both redraw the line at most four times a
+// second.
 void progressToLog(std::int32_t date);
 void countRecord();
 
-// Draws the line again if it is time, where work goes on without a record.
+// Redraws the line if it is due, for work that takes long without a record.
 void redrawProgress();
 
-// Before anything else is written to the standard error stream, and at the end of the run.
+// Erases the line; call it before anything else is written to the standard error stream.
 void eraseProgress();
+// Erases the line at the end of the run.
 void endProgress();
 
 } // namespace qvledger

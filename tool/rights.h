@@ -1,8 +1,8 @@
 // The rights that a set-group-id installation lends.
 //
-// The program runs with its caller's own rights.  What it was lent serves only to read the system's registry
-// file and OID database and to list and open the logs in the system's own directory, where each log's access
-// list decides. docs/security.md tells why.
+// The program runs with its caller's own rights.  It uses the lent rights only to read the system's registry
+// file and OID database, to find the host's domain, and to list and open the logs in the system's own
+// directory, where each log's access list decides.  docs/security.md explains why.
 #pragma once
 
 #include "ala/driver/session.h"
@@ -10,14 +10,15 @@
 
 namespace qvledger {
 
-// First of all.  The root of the print system is then the registry's alone, never one of the caller's choice.
+// Call it first.  With lent rights, also removes QV_ROOT, so that the root comes from the registry and not
+// from the caller.
 inline void dropLentRights() {
     if (OS_HasLentRights() != 0)
         static_cast<void>(_putenv("QV_ROOT=")); // an empty value removes a variable
     OS_UseCallersRights();
 }
 
-// Uses what was lent for the length of a block, if the path used there is the system's own.
+// Uses the lent rights within a block, if the path used there is the system's own.
 class LentRights {
 public:
     explicit LentRights(bool pathIsTheSystems) {
@@ -29,8 +30,8 @@ public:
     LentRights &operator=(const LentRights &) = delete;
 };
 
-// The machine's domain is the system's to tell, whatever paths the caller names.  Found here once, it stays
-// what it is; without lent rights the registration finds it.
+// Finds the host's domain with lent rights, whatever paths the caller names.  The result is kept, so the
+// registration does not look again.  Without lent rights, does nothing: the registration finds the domain.
 inline void findDomainWithLentRights() {
     if (OS_HasLentRights() == 0)
         return;

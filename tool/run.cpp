@@ -19,14 +19,14 @@ using namespace qvledger;
 
 namespace {
 
-// What the servers' turns leave behind.
-struct Outcome {
+// The combined results of the servers.
+struct RunResult {
     bool deletedAny = false;
     bool failed = false;
     bool foundLog = false;
     int status = 0;
 
-    // The first failure counts.  That there is no log is less than a failure.
+    // The status is that of the first failure.  A failure takes precedence over kStatusNoLogs.
     void add(const ServerResult &server) {
         deletedAny = deletedAny || server.deletedAny;
         failed = failed || server.failed;
@@ -36,35 +36,34 @@ struct Outcome {
     }
 };
 
-// The turns of a run's servers, one after another.
+// Reports the servers of a run, one after another, into one report.
 class Run {
 public:
     Run(const Options &options, std::int32_t numServers, LogOutput &writer)
         : options_(options), numServers_(numServers), writer_(writer) {}
 
-    // All turns: the run's status.
+    // Reports all servers.  The run's exit status.
     int report();
+    // Could the report not be written?
     bool isLost() const { return lines_.failed(); }
 
 private:
     ServerResult reportOne(std::int32_t number);
-    int begin(std::int32_t number);
-    bool enter(std::int32_t number);
+    int openReport(std::int32_t number);
+    bool loadSettings(std::int32_t number);
     bool refuseLogAsReport(std::int32_t current);
 
-    Options options_; // of the server whose turn it is
+    Options options_; // with the name of the current server
     const char *firstServer_ = options_.serverName;
     std::int32_t numServers_;
     LogOutput &writer_;
     ReportFile file_;
     LineWriter lines_{file_};
-    Outcome outcome_;
-    bool begun_ = false; // the report is open
-    bool over_ = false;  // no further turn follows
+    RunResult result_;
+    bool isOpen_ = false; // the report
+    bool isOver_ = false; // skip the remaining servers
     char **environment_ = OS_KeepEnvironment();
-    // In which the times are.  Not the environment's own text, which need not outlast a change; a longer one
-    // counts up to here.
-    char zone_[256] = "";
+    char zone_[256] = ""; // TZ of the first server, which all others must share; a copy, cut to 255 bytes
 };
 
 } // namespace
@@ -74,22 +73,22 @@ static const char *timeZone() {
     return zone != nullptr ? zone : "";
 }
 
-// Takes up the server's settings, and leaves none of another server's.
-bool Run::enter(std::int32_t number) {
+// Sets the environment for a server, without settings of the server before it.
+bool Run::loadSettings(std::int32_t number) {
     options_.serverName = number == 0 ? firstServer_ : options_.moreServers[number - 1];
     OS_RestoreEnvironment(environment_);
     return loadServiceEnvironment(options_.serverName);
 }
 
-// True after telling that the report is a log of one of the servers: what went into it would be read as that
-// server's records.  No server is registered for it, as the first registration settles the time zone.
+// True, after a message, if the report file is a log of one of the servers: report lines in a log would be
+// read as its records.  This registers no server, because the first registration fixes the time zone.
 bool Run::refuseLogAsReport(std::int32_t current) {
     if (!file_.isFile())
         return false;
     for (std::int32_t number = 0; number < numServers_; ++number) {
-        // Its turn tells if settings are missing; what directory is known then is looked at all the same.
+        // Missing settings are reported when the server itself is reported; check the known directory anyway.
         if (numServers_ > 1)
-            static_cast<void>(enter(number));
+            static_cast<void>(loadSettings(number));
         Malloced<char> madePath;
         const char *logPath = findLogPath(options_, madePath);
         const LentRights rights(options_.acctPath2 == nullptr);
@@ -98,14 +97,15 @@ bool Run::refuseLogAsReport(std::int32_t current) {
         DisplayMsg(kMsgReportFile, file_.name());
         return true;
     }
-    if (numServers_ == 1 || enter(current))
+    if (numServers_ == 1 || loadSettings(current))
         return false;
-    DisplayMsg(kMsgEnvironment); // the registry has changed in between
+    DisplayMsg(kMsgEnvironment); // the registry has changed meanwhile
     return true;
 }
 
-// What comes once, before the first log: 0, or the status that ends the run.
-int Run::begin(std::int32_t number) {
+// Checks the dates and opens the report, once, before the first log.  0, or the status that ends the run; 0
+// with isOpen_ false if a signal asked the program to end.
+int Run::openReport(std::int32_t number) {
     if (!datesAreValid(options_))
         return kStatusBadStart;
     const ReportFile::Opened opened = file_.open(options_.ofile);
@@ -118,53 +118,53 @@ int Run::begin(std::int32_t number) {
     std::snprintf(zone_, sizeof zone_, "%s", timeZone());
     if (refuseLogAsReport(number))
         return kStatusBadStart;
-    begun_ = true;
+    isOpen_ = true;
     return 0;
 }
 
-static ServerResult failedTurn(int status) {
+static ServerResult failedServer(int status) {
     return {.status = status, .failed = status != 0};
 }
 
 ServerResult Run::reportOne(std::int32_t number) {
-    if (!enter(number)) {
+    if (!loadSettings(number)) {
         DisplayMsg(kMsgEnvironment);
         if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0') {
             DisplayMsg(kMsgRegistryFile, trouble);
-            over_ = true; // all servers have their settings there
+            isOver_ = true; // the settings of all servers are there
         }
-        return failedTurn(kStatusBadStart);
+        return failedServer(kStatusBadStart);
     }
-    if (!begun_) {
-        const int status = begin(number);
-        over_ = !begun_;
-        if (over_)
-            return failedTurn(status);
+    if (!isOpen_) {
+        const int status = openReport(number);
+        isOver_ = !isOpen_;
+        if (isOver_)
+            return failedServer(status);
     }
     if (std::strncmp(timeZone(), zone_, sizeof zone_ - 1) != 0) {
         DisplayMsg(kMsgOtherZone, options_.serverName, timeZone(), zone_);
-        return failedTurn(kStatusBadStart);
+        return failedServer(kStatusBadStart);
     }
     return reportServer(options_, lines_, writer_);
 }
 
 int Run::report() {
-    for (std::int32_t number = 0; number < numServers_ && !over_; ++number) {
-        const ServerResult end = reportOne(number);
-        outcome_.add(end);
-        if (end.status != 0 && numServers_ > 1 && !over_) {
-            DisplayMsg(kMsgServerFailed, options_.serverName, end.status);
+    for (std::int32_t number = 0; number < numServers_ && !isOver_; ++number) {
+        const ServerResult server = reportOne(number);
+        result_.add(server);
+        if (server.status != 0 && numServers_ > 1 && !isOver_) {
+            DisplayMsg(kMsgServerFailed, options_.serverName, server.status);
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the server %s ended with status %d",
-                            options_.serverName, end.status);
+                            options_.serverName, server.status);
         }
-        over_ = over_ || lines_.failed() || OS_NotedSignal() != 0;
+        isOver_ = isOver_ || lines_.failed() || OS_NotedSignal() != 0;
     }
-    static_cast<void>(lines_.flush()); // reported where it failed
-    if (!outcome_.deletedAny && (outcome_.failed || !outcome_.foundLog))
+    static_cast<void>(lines_.flush()); // a failure was reported
+    if (!result_.deletedAny && (result_.failed || !result_.foundLog))
         if (file_.removeIfCreated())
             DisplayMsg(kMsgReportRemoved, options_.ofile);
     lines_.close();
-    return outcome_.status;
+    return result_.status;
 }
 
 int qvledger::runWith(const Options &options, std::int32_t numServers, LogOutput &writer, int statusIfLost) {

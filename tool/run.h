@@ -1,4 +1,4 @@
-// A run for one server, or for several in turn, from its options to its exit status.
+// A run for one or more servers, from the options to the exit status.
 #pragma once
 
 #include "ala/ala.h"
@@ -8,19 +8,19 @@
 
 namespace qvledger {
 
-// The version, for -V, the patch with two digits: "1.2-06".
+// The version that -V prints, with a patch number of two digits: "1.2-06".
 static_assert(ALA_VERSION_MAJOR < 10 && ALA_VERSION_MINOR < 10 && ALA_VERSION_PATCH < 100);
 constexpr char compiledVersionString[] = {
     '0' + ALA_VERSION_MAJOR,      '.', '0' + ALA_VERSION_MINOR, '-', '0' + ALA_VERSION_PATCH / 10,
     '0' + ALA_VERSION_PATCH % 10, '\0'};
 
-// The run of qvledger, for its first operand.
+// The run of qvledger, for the first operand.  The exit status.
 int run(const Options &options);
 
-// The same with another writer in the place of the report's, for the given number of servers, into one
-// report.  A server that fails does not keep the others from their turn; the status is that of the first one
-// that failed, and kStatusNoLogs only if none did.  statusIfLost: the status when the report could not be
-// written; kStatusAsUsual leaves it to what else happened.
+// The same with another writer, for the first numServers operands, into one report.  If a server fails, the
+// others are still reported.  The status is that of the first failure; kStatusNoLogs is used only if no
+// server failed.  statusIfLost: the status if the report could not be written; kStatusAsUsual: no special
+// status.
 constexpr int kStatusAsUsual = -1;
 int runWith(const Options &options, std::int32_t numServers, LogOutput &writer,
             int statusIfLost = kStatusAsUsual);

@@ -17,12 +17,12 @@ using namespace qvledger;
 
 namespace {
 
-// What the log loop carries from log to log.
+// State of the loop over the logs.
 struct LoopState {
     bool noLogFound = true;
     bool deletedAny = false;
     bool errOut = false;
-    ALA_retCode_t finalErr = ALA_N_NORMAL; // code of the latest failure
+    ALA_retCode_t finalErr = ALA_N_NORMAL; // code of the last failure
 
     void fail(ALA_retCode_t code) {
         errOut = true;
@@ -30,12 +30,12 @@ struct LoopState {
     }
 };
 
-// What the facility asks and tells while it deletes logs.
+// Checks the report before each deletion, and reports logs that keep another name.
 class Deletion final : public DeletionWatch {
 public:
     explicit Deletion(const ReportFile &report) : report_(report) {}
     const char *objection() override { return report_.whyNotInPlace(); }
-    void leftAside(const char *path, const char *why) override { DisplayMsg(kMsgLeftAside, path, why); }
+    void leftAside(const char *path, const char *why) override { DisplayMsg(kMsgStillRenamed, path, why); }
 
 private:
     const ReportFile &report_;
@@ -43,7 +43,7 @@ private:
 
 } // namespace
 
-// Registers and lists the server's logs.  0, or the code that ends the turn.
+// Registers the server and lists its logs.  0, or the code of a failure, which was reported.
 static ALA_retCode_t startSession(const Options &options, const char *logPath, const LineWriter &report,
                                   ServerSession &session) {
     if (const ALA_retCode_t result = registerServer(options, logPath, session); result != ALA_N_NORMAL)
@@ -59,7 +59,7 @@ static void logKept(std::int32_t date, const char *why) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "the log for the date %d is not deleted: %s", date, why);
 }
 
-// Deletes a log that was read.
+// Deletes a log that was read completely.
 static void deleteLog(ALA_handle_t mainh, const ALA_time &date, const ReadLog &read, const LineWriter &report,
                       LoopState &state) {
     Deletion deletion(report.file());
@@ -84,7 +84,7 @@ static ALA_retCode_t openLog(const Options &options, ALA_handle_t mainh, const A
     return openForDeletion(mainh, &date, lockFile, logh);
 }
 
-// Reports one log, and deletes it under -d.
+// Reports one log, and deletes it with -d.
 static void processLog(const Options &options, ALA_handle_t mainh, const ALA_time &logDate, LogName name,
                        LineWriter &report, LogOutput &writer, LoopState &state) {
     const std::int32_t date = name.date;
@@ -92,11 +92,11 @@ static void processLog(const Options &options, ALA_handle_t mainh, const ALA_tim
     if (const ALA_retCode_t result = openLog(options, mainh, logDate, &logh); result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), date);
         logFailure(nullptr, result);
-        writer.passOver(name, report);
+        writer.skip(name, report);
         return state.fail(result);
     }
     if (logh == nullptr)
-        return; // asked to end while another run had it
+        return; // a signal ended the wait for another run's lock
     name.file = logFileName(logh);
     const bool complete = writer.write(mainh, logh, name, report);
     if (const std::int32_t error = ALA_ReadError(logh); error != 0) {
@@ -142,7 +142,7 @@ static void processLogs(const Options &options, const ServerSession &session, Li
     }
 }
 
-// All that comes before the first log.  0, or the status that ends the turn.
+// The steps before the first log.  0, or the status of a failure, which was reported.
 static int prepare(const Options &options, const LineWriter &report, ServerSession &session) {
     Malloced<char> madePath;
     const char *logPath = findLogPath(options, madePath);
@@ -161,17 +161,17 @@ ServerResult qvledger::reportServer(const Options &options, LineWriter &report, 
         writer.listIsCut(options.serverName, report);
     writer.end();
     endProgress();
-    static_cast<void>(report.flush()); // told where it failed
+    static_cast<void>(report.flush()); // a failure was reported
     const bool askedToEnd = OS_NotedSignal() != 0;
-    ServerResult end = {
+    ServerResult result = {
         .failed = state.errOut || askedToEnd, .foundLog = !state.noLogFound, .deletedAny = state.deletedAny};
-    if (const ALA_retCode_t result = endSession(session); result != ALA_N_NORMAL) {
-        end.status = result; // the report is whole
-    } else if (state.noLogFound && !end.failed && !report.failed()) {
+    if (const ALA_retCode_t ended = endSession(session); ended != ALA_N_NORMAL) {
+        result.status = ended; // not a failure: the report is complete
+    } else if (state.noLogFound && !result.failed && !report.failed()) {
         DisplayMsg(kMsgNoLogs);
-        end.status = kStatusNoLogs;
+        result.status = kStatusNoLogs;
     } else {
-        end.status = state.errOut ? state.finalErr : 0;
+        result.status = state.errOut ? state.finalErr : 0;
     }
-    return end;
+    return result;
 }

@@ -1,4 +1,4 @@
-// A server's turn in a run: its logs in the date range, one after another.
+// The report of one server: its logs in the date range, one after another.
 #pragma once
 
 #include "tool/log_output.h"
@@ -8,16 +8,16 @@
 
 namespace qvledger {
 
-// How a turn ended.
+// The result of reporting one server.
 struct ServerResult {
-    int status = 0;
+    int status = 0;          // the exit status for this server
     bool failed = false;     // something is missing from the report, or the run was asked to end
     bool foundLog = false;   // in the date range
-    bool deletedAny = false; // the lines of deleted logs exist nowhere else
+    bool deletedAny = false; // then the report has the only copy of the lines
 };
 
-// Reports the server's logs, and deletes them under -d.  The environment is the server's, and the dates are
-// valid.
+// Reports the server's logs, and deletes them with -d.
+// REQUIRES: the environment is that of the server, and the dates are valid.
 ServerResult reportServer(const Options &options, LineWriter &report, LogOutput &writer);
 
 } // namespace qvledger

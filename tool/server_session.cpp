@@ -16,7 +16,7 @@ ServerSession::~ServerSession() {
     ALA_FreeDateList(&dateList);
     ALA_FreeNameList(&nameList);
     if (mainh != nullptr)
-        ALA_Unregister(&mainh); // too late for its result to matter
+        ALA_Unregister(&mainh); // the result no longer matters
 }
 
 bool qvledger::loadServiceEnvironment(const char *serverName) {
@@ -56,7 +56,7 @@ ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPa
         result = ALA_Register(options.serverName, logPath, options.oidPath, &session.mainh);
     }
     if (result != ALA_N_NORMAL)
-        tellFailure(result, nullptr);
+        reportFailure(result, nullptr);
     return result;
 }
 
@@ -64,22 +64,22 @@ namespace {
 
 class ListingMessages final : public ListingWatch {
 public:
-    ListingMessages(const Options &options, ServerSession &session) : options_(options), facility_(session) {}
+    ListingMessages(const Options &options, ServerSession &session) : options_(options), session_(session) {}
 
     void aside(const char *name) override { DisplayMsg(kMsgBeingDeleted, name); }
     void cut(int error) override {
-        facility_.isListCut = true;
+        session_.isListCut = true;
         DisplayMsg(kMsgListCut, options_.serverName, std::strerror(error));
     }
 
 private:
     const Options &options_;
-    ServerSession &facility_;
+    ServerSession &session_;
 };
 
 } // namespace
 
-// Logs are opened by their dates.
+// A log is opened by its date, so of two logs with the same date one may be opened twice.
 static void reportEqualDates(const ServerSession &session, const DateRange &range) {
     const ALA_name *name = session.nameList;
     for (const dateNode *node = session.dateList; node->next != nullptr;

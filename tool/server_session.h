@@ -1,4 +1,4 @@
-// What a driver does with the facility before a server's first log and behind its last one.
+// The session of a server: the steps before its first log and after its last.
 #pragma once
 
 #include "ala/ala.h"
@@ -7,11 +7,12 @@
 
 namespace qvledger {
 
-// A registration and the lists of its logs.  Released step by step at the normal end, as each step can fail.
+// A registration and the lists of its logs.  endSession() releases them with results; the destructor,
+// without.
 struct ServerSession {
     ALA_handle_t mainh = nullptr;
     dateNode *dateList = nullptr;
-    ALA_name *nameList = nullptr; // one a date
+    ALA_name *nameList = nullptr; // one per date
     bool isListCut = false;       // logs may be missing
 
     ServerSession() = default;
@@ -20,28 +21,29 @@ struct ServerSession {
     ServerSession &operator=(const ServerSession &) = delete;
 };
 
-// Sets the environment that the registry has for a server.  False: the registry has none, or it could not be
+// Sets the environment from the registry's settings for a server.  False if there are none, or they cannot be
 // read or set.
 bool loadServiceEnvironment(const char *serverName);
 
-// The directory of the logs: the option's, or QV_ROOT directly followed by "/var/acct", which made then owns.
-// Null without QV_ROOT, and when memory runs out.
+// The directory of the logs: the option's, or QV_ROOT followed by "/var/acct"; `made` owns the latter.  Null
+// without QV_ROOT, and if memory runs out.
 const char *findLogPath(const Options &options, Malloced<char> &made);
 
-// Tells why there is no such directory: the status that ends the server's turn.
+// Reports why findLogPath() returned null.  The exit status for it.
 int reportNoLogPath();
 
-// Registers the options' server.  0, or the code that ends the server's turn, which is told.
+// Registers the server of the options.  0, or the code of a failure, which is reported.
 ALA_retCode_t registerServer(const Options &options, const char *logPath, ServerSession &session);
 
-// Lists the server's logs, and reports what the list does not show.  0, or the code that ends the server's
-// turn, which is reported.
+// Lists the server's logs.  Reports logs that are being deleted, an incomplete list, and logs with the same
+// date.  0, or the code of a failure, which is reported.
 ALA_retCode_t listLogs(const Options &options, ServerSession &session);
 
-// How many of the listed logs are in the range.
+// The number of listed logs in the range.
 std::int32_t countLogs(const ServerSession &session, const DateRange &range);
 
-// Gives back what the turn holds.  0, or the code of the step that failed, which is logged and the last one.
+// Releases the lists and the registration.  0, or the code of the first step that failed, which is logged;
+// later steps are left to the destructor.
 ALA_retCode_t endSession(ServerSession &session);
 
 } // namespace qvledger

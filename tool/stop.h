@@ -1,11 +1,11 @@
-// When a walk through records ends before their end.
+// When to stop reading records early.
 #pragma once
 
 #include "platform/os.h"
 
 namespace qvledger {
 
-// The report could not be written, or the program was asked to end.  To be asked behind each record.
+// True if the report could not be written or a signal asked the program to end.  Check it after each record.
 inline bool mustStop(bool outputFailed) {
     return OS_NotedSignal() != 0 || outputFailed;
 }

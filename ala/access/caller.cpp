@@ -17,13 +17,13 @@ using namespace qvledger;
 constexpr std::uint32_t kPacVersion = 1001;
 constexpr DWORD kUserNameSize = 512;
 constexpr DWORD kFirstSidSize = 512;
-constexpr DWORD kLogonServiceRuns = 8; // StatusFlags of the network logon device
+constexpr DWORD kLogonServiceRuns = 8; // StatusFlags while the network logon service runs
 constexpr DWORD kWorkstationLevel = 101;
 
-static char gMyDomainName[kDomainSize + 1] = ""; // empty until known, and when none is found
+static char gMyDomainName[kDomainSize + 1] = ""; // empty until looked up, or if none is found
 static std::int32_t threadOnce = 0;
 
-// None when the system does not say.
+// Empty if the system does not report it.
 static std::optional<DWORD> platformFamily() {
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
@@ -51,7 +51,7 @@ static bool fill(char (&field)[Size], const char *name) {
     return true;
 }
 
-// The domain of the user's account.  The first look-up only asks for the sizes.
+// The domain of the user's account, or null.  The first look-up only returns the sizes.
 static Malloced<char> accountDomain(const char *user) {
     std::unique_ptr<void, HeapFreer> sid(HeapAlloc(GetProcessHeap(), 0, kFirstSidSize));
     if (sid == nullptr)
@@ -80,7 +80,7 @@ static Malloced<char> accountDomain(const char *user) {
     return domain;
 }
 
-// The host counts as a member of its user's domain.
+// Gives the host the same domain as the user.
 static std::int32_t fillPac(ALA__pac *pac, SEC_domType_t domainType) {
     char user[kUserNameSize] = "";
     DWORD userSize = sizeof user;
@@ -124,8 +124,8 @@ ALA_retCode_t Caller::gather() {
 
 // ---- The machine's domain ----
 
-// The flags of the network logon device, 0 where the registry has none.  A Win32 error code when it cannot be
-// read.
+// Reads the flags of the network logon device; 0 if the registry has none.  Returns ERROR_SUCCESS or the
+// Win32 error code of a registry that cannot be read.
 static LONG readLogonFlags(DWORD *flags) {
     DWORD value = 0;
     DWORD size = sizeof value;
@@ -139,12 +139,12 @@ static void keepAsDomain(const wchar_t *wide) {
     const int wideLength = static_cast<int>(std::wcslen(wide));
     const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, nullptr, 0, nullptr, nullptr);
     if (size <= 0 || static_cast<std::size_t>(size) >= sizeof gMyDomainName)
-        return; // a machine whose domain does not fit has none
+        return; // a domain that does not fit is ignored
     WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, gMyDomainName, size, nullptr, nullptr);
     gMyDomainName[size] = '\0';
 }
 
-// Casts by way of a plain function type, because FARPROC is not one on every system.
+// Casts through a plain function pointer type, because FARPROC is not one on every system.
 template <class Function>
 static Function functionOf(HMODULE library, const char *name) {
     return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
@@ -186,7 +186,7 @@ void qvledger::TOnceGetDomainName() {
     const LONG result = readLogonFlags(&flags);
     logRegistryTrouble();
     if (result != ERROR_SUCCESS && OS_HasLentRights() != 0) {
-        // The caller may have made it unreadable, so that the computer's name would be taken for the domain.
+        // A caller could make the registry unreadable so that the computer's name is used as the domain.
         LOG_CondMessage(
             LOG_ERROR, __FILE__, __LINE__,
             "TOnceGetDomainName: the registry cannot be read, error %d; the machine has no domain\n",
@@ -228,6 +228,6 @@ Domain qvledger::completed(const char *text, SEC_domType_t networkType) {
 void Caller::log() const {
     const char *ofUser = completed(pac_.userDomain, pac_.userDomType).text;
     const char *ofHost = completed(pac_.hostDomain, pac_.hostDomType).text;
-    ALA_DETAIL("the caller was taken for the user \"%s\" of the domain \"%s\" on the host \"%s\" of \"%s\"\n",
-               pac_.user, ofUser != nullptr ? ofUser : "", pac_.host, ofHost != nullptr ? ofHost : "");
+    ALA_DETAIL("the caller is the user \"%s\" of the domain \"%s\" on the host \"%s\" of \"%s\"\n", pac_.user,
+               ofUser != nullptr ? ofUser : "", pac_.host, ofHost != nullptr ? ofHost : "");
 }

@@ -1,28 +1,29 @@
-// The records in which the caller's identity is gathered and compared.
+// The records of the caller's identity.
 #pragma once
 
 #include <cstdint>
 
 #include "service/packed/values.h"
 
-// What kind of name a domain is.
+// The kind of a domain's name.
 using SEC_domType_t = std::uint32_t;
 constexpr SEC_domType_t SEC_DOM_FLAT = 3044;    // compared whole
 constexpr SEC_domType_t SEC_DOM_DOTTED1 = 3045; // dotted, compared by suffix
 constexpr SEC_domType_t SEC_DOM_DOTTED2 = 3048; // dotted, compared by suffix
-constexpr SEC_domType_t SEC_DOM_W95HOST = 3049; // a computer name given as a domain
-constexpr SEC_domType_t SEC_DOM_NT = 3051;      // the type of the machine's own domain
+constexpr SEC_domType_t SEC_DOM_W95HOST = 3049; // a computer name used as a domain
+constexpr SEC_domType_t SEC_DOM_NT = 3051;      // the type of the machine's domain
 constexpr SEC_domType_t SEC_DOM_ANY = 3055;
 
 namespace qvledger {
 
-constexpr std::size_t kUserSize = 256;          // bytes of a user or host name, NUL included
-constexpr std::size_t kDomainSize = 1024;       // bytes of a domain, NUL included
-constexpr std::uint32_t kComputerNameSize = 16; // bytes of the computer's name, NUL included
+// Maximum sizes in bytes, NUL included.
+constexpr std::size_t kUserSize = 256; // user or host name
+constexpr std::size_t kDomainSize = 1024;
+constexpr std::uint32_t kComputerNameSize = 16;
 
 } // namespace qvledger
 
-// The identity as gathered; all numbers in network byte order.
+// The identity as returned by the system; all numbers in network byte order.
 struct ALA__pac {
     std::uint32_t version; // 1001
     std::uint32_t magic;
@@ -36,7 +37,7 @@ struct ALA__pac {
     std::uint8_t certificateVal_o[1];
 };
 
-// The identity as matched.  The domain types stay in network byte order.
+// The identity as compared with an access list.  The domain types are in network byte order.
 struct ALA_oncMsCred {
     char *user;
     char *domainName;
@@ -60,7 +61,7 @@ struct ALA_credential_t {
     std::int32_t choice;
     std::int32_t credType;
     union {
-        ALA_oncMsCred oncMsCred; // the only one in use
+        ALA_oncMsCred oncMsCred; // the only member in use
         ALA_dceCred dceCred;
         ALA_signature sig;
     } u;

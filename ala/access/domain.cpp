@@ -11,10 +11,10 @@
 
 using namespace qvledger;
 
-// The machine's domain, of type SEC_DOM_NT.  It stays as it is while anyone is registered, so it is read
-// without the lock.
+// The machine's domain, of type SEC_DOM_NT.  It does not change while there is a registration, so reading it
+// needs no lock.
 static GEN_distNameString *serverUserDomain = nullptr;
-static std::int32_t registrations = 0; // that use it
+static std::int32_t registrations = 0;
 static std::mutex registrationLock;
 
 void ALA__EACL_Init() {
@@ -23,7 +23,7 @@ void ALA__EACL_Init() {
         return;
     SEC_domType_t type = 0;
     const char *domain = ALA__GetUserDomain(&type);
-    // Without memory there is no value, and comparisons that need it find no match.
+    // When memory runs out the value stays null, and comparisons that need it do not match.
     static_cast<void>(GENU_MakeDistNameString2(StatusList(), &serverUserDomain, domain, type, 0));
 }
 
@@ -45,19 +45,18 @@ EntryDomain::EntryDomain(const GEN_distNameString &value)
     : hasType(value.name_syntax_o != nullptr),
       failure(GENU_ExtractDistNameString(StatusList(), TextOut(text), &type, &value, 0)) {}
 
-// The value as text and type; nothing while there is no value.
+// The machine's domain as text and type; null and 0 if there is none.
 static Domain machineDomain() {
     if (serverUserDomain == nullptr)
         return {nullptr, 0};
     return {serverUserDomain->name.u.iso_646_irv, serverUserDomain->name_syntax_o->u.globalForm};
 }
 
-// An entry that gives no type has the machine's.
+// The entry's domain, with the machine's type if it has none.
 static Domain typed(const EntryDomain &entry) {
     return {entry.text.get(), entry.hasType ? entry.type : machineDomain().type};
 }
 
-// By the two types.
 static void compare(const Domain &credential, const Domain &entry, std::int32_t *matched) {
     const bool dotted = credential.type == SEC_DOM_DOTTED1 || credential.type == SEC_DOM_DOTTED2;
     const auto operation = dotted ? _ALA_MatchDNSDomainNames : _ALA_MatchExactDomainNames;
@@ -83,7 +82,7 @@ std::int32_t qvledger::matchDomain(const ALA_credential_t &credential, const Ent
                            entry.type != 0 ? entry.type : machine.type};
     const ALA_oncMsCred &caller = credential.u.oncMsCred;
     compare(completed(caller.domainName, caller.userDomType), filled, matched);
-    if (*matched != 0) // The host pass takes the entry as it stands in the list.
+    if (*matched != 0) // the host's domain is compared with the entry's own text
         compare(completed(caller.hostDomain, caller.hostDomType), typed(entry), matched);
     return 0;
 }
@@ -106,7 +105,7 @@ std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *, const char *inp_credDom, S
                                         std::int32_t *outp_matched) {
     *outp_matched = 1;
     if (in_credDomType != in_aclDomType)
-        return 0; // this comparison has no wild card for the type
+        return 0; // SEC_DOM_ANY is not a wild card here
     if (isEmpty(inp_aclDom) && in_aclDomType == SEC_DOM_ANY) {
         *outp_matched = 0;
         ALA_DETAIL("_ALA_MatchExactDomainNames: matched #3 with NULL ACL domain\n");
@@ -128,7 +127,7 @@ std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *inoutp_status, const char *inp
     } else if (inp_credDom == nullptr) {
         *outp_matched = 1;
     } else {
-        // Without memory the flag stays as the caller set it.
+        // When memory runs out the flag is unchanged.
         static_cast<void>(_ALA_DNSMatchAscii(inoutp_status, inp_credDom, inp_aclDom, outp_matched));
     }
     return 0;
@@ -140,7 +139,7 @@ std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *, const char *inp_credDom, const cha
     const Malloced<char> aclReversed(_ALA_ReverseString(inp_aclDom));
     if (credReversed == nullptr || aclReversed == nullptr)
         return 1;
-    // A leading dot of the reversed text is a trailing dot of the name.
+    // Skip the name's trailing dot, which leads the reversed text.
     char *cred = credReversed.get() + (*credReversed == '.' ? 1 : 0);
     const char *acl = aclReversed.get() + (*aclReversed == '.' ? 1 : 0);
     const std::size_t length = std::strlen(acl);

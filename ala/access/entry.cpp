@@ -12,7 +12,7 @@
 
 using namespace qvledger;
 
-// What the name of an entry stands for.
+// The kind of an entry's name.
 constexpr std::int32_t kAnyUser = 0;
 constexpr std::int32_t kUser = 1;
 constexpr std::int32_t kGroup = 2;
@@ -23,7 +23,7 @@ constexpr std::int32_t kPrivilegeAll = 3;
 
 namespace {
 
-// An entry whose name and domain are decoded when first used.
+// An entry that decodes its name and domain on first use.
 class Entry {
 public:
     explicit Entry(const GEN_eACL &unpacked) : raw_(unpacked) {}
@@ -32,7 +32,7 @@ public:
     std::int32_t level() const { return raw_.privilegeLevel_d; }
     const GEN_simpleName &rawName() const { return raw_.name; }
 
-    // Null: the entry has no name.
+    // Null if the name cannot be decoded.
     const char *name() {
         if (!name_)
             static_cast<void>(GENU_ExtractSimpleName(StatusList(), TextOut(name_.emplace()), &raw_.name, 0));
@@ -76,7 +76,7 @@ static std::int32_t match(Entry &entry, const ALA_credential_t &credential, ALA_
         return ALA_FAIL(1, "ALA__MSACLMatch: Invalid ACL: 0\n");
     if (user == nullptr)
         return ALA_FAIL(1, "ALA__MSACLMatch: Invalid user name in credential: 0\n");
-    std::int32_t differs = kind == kAnyUser ? 0 : 1; // an unknown kind applies to nobody
+    std::int32_t differs = kind == kAnyUser ? 0 : 1; // an unknown kind matches no caller
     if (kind == kUser)
         differs = _stricmp(user, entry.name());
     else if (kind == kGroup)
@@ -85,7 +85,7 @@ static std::int32_t match(Entry &entry, const ALA_credential_t &credential, ALA_
         return differs;
     if (kind == kGroup)
         return matchGroup(entry, *groups);
-    std::int32_t matched = 1; // stays when the domain cannot be read
+    std::int32_t matched = 1; // unchanged if the domain cannot be decoded
     static_cast<void>(matchDomain(credential, entry.domain(), &matched));
     return matched;
 }
@@ -108,7 +108,7 @@ ALA_retCode_t qvledger::evaluateEntry(const std::uint8_t *packed, std::int32_t l
     const StatusList status;
     void *value = nullptr;
     AS_attrValDesc_t description = {};
-    if (type != AS_ACCESS_LIST_ENTRY || // whatever that unpacks to, it is no entry
+    if (type != AS_ACCESS_LIST_ENTRY || // other types unpack to other records
         ODP_UnpackAV(status, length, packed, type, &value, &description) != 0)
         return ALA_A_ODPUNPACK_ERROR;
     auto *unpacked = static_cast<GEN_eACL *>(value);
@@ -153,7 +153,7 @@ std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const
         return 0;
     case GEN_ISO_LATIN1:
     case GEN_ISO_UCS_2:
-    case GEN_OTHER_CODE_SET: // all three begin with the length and the bytes
+    case GEN_OTHER_CODE_SET: // all three members begin with the length and the bytes
         *outp_val = reinterpret_cast<const char *>(inp_serverName->u.iso_latin1._value);
         *outp_len = inp_serverName->u.iso_latin1.length;
         return 0;

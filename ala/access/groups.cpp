@@ -9,8 +9,9 @@
 
 using namespace qvledger;
 
-constexpr DWORD kTokenSize = 512; // bytes for a token's groups; one that needs more has no group list
-constexpr DWORD kNameSize = 512;  // bytes of a group's name and of its domain
+constexpr DWORD kTokenSize = 512; // maximum bytes of a token's groups; larger tokens give no list
+constexpr DWORD kNameSize = 512;  // maximum bytes of a group's name, and of its domain
+
 namespace {
 
 struct HandleCloser {
@@ -20,7 +21,7 @@ using OpenToken = std::unique_ptr<void, HandleCloser>;
 
 } // namespace
 
-// Adds a group of the token to the list if it is of a kind that counts.  False when memory runs out.
+// Adds a SID of the token to the list if it is a domain or local group.  False when memory runs out.
 static bool addGroup(ALA_groupSIDList **list, PSID sid, const char *computer) {
     char name[kNameSize] = "";
     char domain[kNameSize] = "";
@@ -32,7 +33,7 @@ static bool addGroup(ALA_groupSIDList **list, PSID sid, const char *computer) {
         return true;
     Malloced<ALA_groupSIDList> node = makeZeroed<ALA_groupSIDList>();
     Malloced<char> ownName(_strdup(name));
-    // A local group counts in its machine's name.
+    // The domain of a local group is its computer's name.
     Malloced<char> ownDomain(_strdup(use == SidTypeAlias ? computer : domain));
     if (node == nullptr || ownName == nullptr || ownDomain == nullptr)
         return false;
@@ -57,8 +58,8 @@ std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *, ALA_groupSIDList 
     DWORD needed = 0;
     if (GetTokenInformation(token.get(), TokenGroups, memory, sizeof memory, &needed) == 0) {
         if (GetLastError() == ERROR_INSUFFICIENT_BUFFER)
-            ALA_DETAIL(
-                "the caller is in too many groups for the 512 bytes of their list: no group entry counts\n");
+            ALA_DETAIL("the caller is in too many groups for the 512 bytes of their list: group entries "
+                       "admit nobody\n");
         return 1;
     }
     const SID_AND_ATTRIBUTES *first = groups->Groups;

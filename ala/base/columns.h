@@ -1,7 +1,8 @@
-// The names of a record's attributes, remembered until the next record.
+// A cache of attribute names from record to record.
 //
-// Records of a log mostly have the same attributes at the same places.  A column is the attribute that stood
-// at a place last: its object identifier and its name, which is not looked up again while it stays the same.
+// Most records of a log have the same attributes in the same order.  A column is the last attribute seen at
+// a place (index) in a record: its object identifier and its name.  The name is looked up again only if the
+// identifier changes.
 #pragma once
 
 #include <cstddef>
@@ -18,29 +19,28 @@ namespace qvledger {
 // The columns of a handle.
 class Columns {
 public:
-    // The attribute's name, in a buffer of OID_NAME_SIZE bytes and with its NUL, if it is what stood at the
-    // place last; else without data.  Good until the next call of a member.  names: what stateOf gave for the
-    // attribute's record, or 0.
+    // The cached name of the attribute, or a view with null data.  The name is NUL-terminated, in a buffer of
+    // OID_NAME_SIZE bytes, and valid until the next call of a non-const member.  names: the result of
+    // stateOf for the attribute's record, or 0; with the current state decoid is not compared.
     std::string_view recall(std::uint32_t place, const char *decoid, std::uint64_t names = 0) const {
         if (table_ == nullptr || place >= kPlaces)
             return {};
         const Column &column = table_.get()[place];
-        const bool isFound = names == state_ && place >= first_ && place < end_;
-        if (!isFound &&
+        const bool isConfirmed = names == state_ && place >= first_ && place < end_;
+        if (!isConfirmed &&
             (column.decoidSize == 0 || std::memcmp(column.decoid, decoid, column.decoidSize) != 0))
             return {};
         return {column.name, column.nameSize};
     }
 
-    // Remembers an attribute with its name.  Later places, and exhausted memory, are no failure: nothing is
-    // remembered then.
+    // Caches the name of an attribute.  Does nothing for a place above the limit or when memory runs out.
     void remember(std::uint32_t place, const char *decoid, const char *name);
 
-    // Names in another language are about to be asked for.
+    // Empties the cache, because the language of names is about to change.
     void forget() { table_.reset(); }
 
-    // A number for the names from one place to another, which are all remembered: another one for any other
-    // names or places.  Never 0.
+    // A number that identifies the cached names of the places from first to end (not included), and differs
+    // for any other names or places.  Never 0.  REQUIRES: all these places are cached.
     std::uint64_t stateOf(std::uint64_t first, std::uint64_t end) {
         if (first != first_ || end != end_) {
             first_ = first;
@@ -51,17 +51,17 @@ public:
     }
 
 private:
-    static constexpr std::size_t kPlaces = 256; // remembered
+    static constexpr std::size_t kPlaces = 256; // that are cached
     struct Column {
-        std::uint8_t decoidSize; // with the NUL; 0 until something is remembered
-        std::uint16_t nameSize;  // without it
+        std::uint8_t decoidSize; // with its NUL; 0: empty column
+        std::uint16_t nameSize;  // without its NUL
         char decoid[kDecoidSize];
         char name[OID_NAME_SIZE];
     };
 
-    Malloced<Column> table_; // kPlaces of them; null until something is remembered
+    Malloced<Column> table_; // kPlaces columns; null: empty cache
     std::uint64_t state_ = 1;
-    std::uint64_t first_ = 0; // the places that the state is of
+    std::uint64_t first_ = 0; // state_ identifies the names of the places [first_, end_)
     std::uint64_t end_ = 0;
 };
 

@@ -5,7 +5,7 @@
 
 #include "ala/ala.h"
 
-// A date as the number year * 10000 + month * 100 + day.
+// year * 10000 + month * 100 + day
 inline std::int32_t ALA__NumFromDate(const ALA_time *inp_date) {
     return inp_date->year * 10000 + inp_date->month * 100 + inp_date->day;
 }

@@ -14,7 +14,7 @@ static bool isValid(ALA_handle_t handle) {
            handle->pid == _getpid();
 }
 
-// Each form of the line has the operation's name as its one argument.
+// line: a format with the operation's name as its only argument.
 static ALA_retCode_t check(ALA_handle_t handle, const char *operation, const char *line) {
     return isValid(handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, line, operation);
 }

@@ -1,4 +1,4 @@
-// The registration behind an ALA_handle_t, and the check that every operation makes on it.
+// The registration that an ALA_handle_t points to, and the check that every operation makes on it.
 #pragma once
 
 #include <cstdint>
@@ -14,14 +14,14 @@ struct handleData {
     char *acctLogPath; // owned
     void *oidHandle;   // the open OID database
 
-    // Values, and attributes, that the cursors could not deliver so far.  A log whose walk raised this number
-    // has something in it that no report shows.
-    std::uint64_t valuesPassedOver;
+    // Values and attributes that the cursors could not return so far.  If reading a log raised this count,
+    // the report lacks a part of the log.
+    std::uint64_t valuesSkipped;
 
     ALA_timeForm_t timeForm;
 
-    qvledger::Columns columns;     // what the cursors remember from record to record
-    qvledger::PlainDays plainDays; // of the time zone in which the last log was opened
+    qvledger::Columns columns;     // cached names
+    qvledger::PlainDays plainDays; // of the time zone at the last opening of a log
 
     ~handleData() {
         std::free(svrName);
@@ -32,11 +32,10 @@ using ALA_handleData_t = handleData;
 
 namespace qvledger {
 
-// The check that every operation makes on its handle.  ALA_N_NORMAL, or ALA_A_NOT_REGISTER with a level 5
-// line that names the operation.
+// ALA_N_NORMAL, or ALA_A_NOT_REGISTER and a level 5 log line that names the operation.
 ALA_retCode_t checkHandle(ALA_handle_t handle, const char *operation);
 
-// The same for ALA_Open and ALA_Close, whose line has words of its own.
+// The same for ALA_Open and ALA_Close, whose log line is worded differently.
 ALA_retCode_t checkHandleOfLog(ALA_handle_t handle, const char *operation);
 
 } // namespace qvledger

@@ -1,11 +1,11 @@
-// The facility's locks, and one held for the length of a block.
+// The facility's mutexes, and a guard that locks one for a block.
 #pragma once
 
 #include "service/thread.h"
 
 namespace qvledger {
 
-// Held if it could be taken.
+// Locks the mutex if it can; see isLocked().
 class Lock {
 public:
     explicit Lock(THR_mutex_t &mutex) : mutex_(mutex), locked_(THR_LockMutex(&mutex_) == 0) {}
@@ -13,6 +13,7 @@ public:
     Lock(const Lock &) = delete;
     Lock &operator=(const Lock &) = delete;
     bool isLocked() const { return locked_; }
+    // False if the mutex is locked but cannot be unlocked.
     bool release() { return !locked_ || (locked_ = false, THR_UnlockMutex(&mutex_) == 0); }
 
 private:
@@ -20,11 +21,11 @@ private:
     bool locked_;
 };
 
-// Guards of the time conversion and of the making of a time's text; never held together.
+// timeLock guards time conversion, localeLock the formatting of times.  No thread locks both at once.
 extern THR_mutex_t timeLock;
 extern THR_mutex_t localeLock;
 
 } // namespace qvledger
 
-// Makes both, at every registration.
+// Initialises both mutexes, or adds a user to them, at every registration.
 void ALA__InitMutex();

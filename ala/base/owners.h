@@ -1,4 +1,4 @@
-// Owners of a few lines for what an operation holds until it succeeds.
+// Small owners of what an operation allocates, which release it unless the operation succeeds.
 #pragma once
 
 #include <memory>
@@ -13,14 +13,14 @@ namespace qvledger {
 // A zeroed record, or null.
 template <class T>
 Malloced<T> makeZeroed() {
-    static_assert(std::is_trivially_destructible_v<T>, "free is all that releases it");
+    static_assert(std::is_trivially_destructible_v<T>, "free() would not release its members");
     Malloced<T> record(static_cast<T *>(std::malloc(sizeof(T))));
     if (record != nullptr)
         *record = T{};
     return record;
 }
 
-// Owner of a record from malloc that releases what hangs from it itself.
+// Owner of a malloc'ed record whose destructor releases its members.
 struct DestroyDeleter {
     template <class T>
     void operator()(T *record) const {
@@ -31,15 +31,15 @@ struct DestroyDeleter {
 template <class T>
 using Owned = std::unique_ptr<T, DestroyDeleter>;
 
-// The same zeroed, or null.
+// A zeroed record, or null.
 template <class T>
 Owned<T> makeOwned() {
     void *memory = std::malloc(sizeof(T));
     return Owned<T>(memory != nullptr ? new (memory) T{} : nullptr);
 }
 
-// Receives what an operation hands out through a char ** argument.  The owner has it at the end of the full
-// expression that holds the call, not before.
+// An argument for a char ** parameter that returns a new text.  The owner receives the text only at the end
+// of the full expression that contains the call.
 class TextOut {
 public:
     explicit TextOut(Malloced<char> &owner) : owner_(owner) {}

@@ -10,29 +10,30 @@
 using namespace qvledger;
 
 constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr std::size_t kDays = 16384; // remembered: those of 44 years
+constexpr std::size_t kDays = 16384; // size of the cache: 44 years
 
-// Does the local second come back as it was?  Its instant goes to instant.
-static bool comesBack(std::int64_t seconds, std::time_t *instant) {
+// Converts a local time, in seconds since 1970, to an instant.  Does the conversion back give the same time?
+static bool survivesRoundTrip(std::int64_t seconds, std::time_t *instant) {
     const std::time_t local = seconds;
-    std::tm asked = {};
-    if (gmtime_s(&asked, &local) != 0)
+    std::tm original = {};
+    if (gmtime_s(&original, &local) != 0)
         return false;
-    asked.tm_isdst = -1;
-    std::tm converted = asked;
+    original.tm_isdst = -1;
+    std::tm converted = original;
     *instant = std::mktime(&converted);
     std::tm back = {};
-    return localtime_s(&back, instant) == 0 && back.tm_sec == asked.tm_sec && back.tm_min == asked.tm_min &&
-           back.tm_hour == asked.tm_hour && back.tm_mday == asked.tm_mday && back.tm_mon == asked.tm_mon &&
-           back.tm_year == asked.tm_year;
+    return localtime_s(&back, instant) == 0 && back.tm_sec == original.tm_sec &&
+           back.tm_min == original.tm_min && back.tm_hour == original.tm_hour &&
+           back.tm_mday == original.tm_mday && back.tm_mon == original.tm_mon &&
+           back.tm_year == original.tm_year;
 }
 
-static bool findOut(std::int32_t day) {
+static bool isPlainDay(std::int32_t day) {
     const std::int64_t start = day * kSecondsPerDay;
     std::time_t first = 0;
     std::time_t last = 0;
-    // -1 stands for a failed conversion, so a day that holds that second is left to the conversion itself.
-    return comesBack(start, &first) && comesBack(start + kSecondsPerDay - 1, &last) &&
+    // mktime() returns -1 when it fails, so a day that contains this instant does not count as plain.
+    return survivesRoundTrip(start, &first) && survivesRoundTrip(start + kSecondsPerDay - 1, &last) &&
            last - first == kSecondsPerDay - 1 && (last < -1 || first > -1);
 }
 
@@ -54,10 +55,10 @@ bool PlainDays::contains(std::int32_t number) {
         return false;
     Day &day = days_.get()[static_cast<std::uint32_t>(number) % kDays];
     if (!day.isKnown || day.number != number) {
-        const Lock lock(timeLock); // guards the conversions
+        const Lock lock(timeLock);
         if (!lock.isLocked())
             return false;
-        day = {number, true, findOut(number)};
+        day = {number, true, isPlainDay(number)};
     }
     return day.isPlain;
 }

@@ -1,8 +1,7 @@
-// Days on which local time runs straight through.
+// A cache of plain days: days without a change of the clocks.
 //
-// On such a day the C library's conversion of local time to an instant and back gives the local time that it
-// was given, whatever the time of day.  Knowing the day saves both conversions, which cost more than all else
-// about a time.
+// On a plain day every local time survives the C library's conversion to an instant and back, so both
+// conversions can be skipped.  They cost more than the rest of rendering a time.
 #pragma once
 
 #include <cstdint>
@@ -11,14 +10,13 @@
 
 namespace qvledger {
 
-// What is known of days, for one time zone.
+// The plain days of one time zone.
 class PlainDays {
 public:
-    // Forgets everything if the process has another time zone now.
+    // Empties the cache if the time zone of the process has changed.
     void checkZone();
 
-    // day: of days since 1 January 1970.  False on a day with a change of the clocks, and on one that the C
-    // library cannot convert throughout.  Remembers what it found.
+    // day: in days since 1 January 1970.  False if the day is not plain or that cannot be determined.
     bool contains(std::int32_t day);
 
 private:
@@ -28,10 +26,10 @@ private:
         bool isPlain;
     };
 
-    Malloced<Day> days_;   // null until one is asked for
+    Malloced<Day> days_;   // null: empty cache
     char zone_[64] = "";   // TZ
     long offset_ = 0;      // _timezone
-    bool isUsable_ = true; // false: TZ is too long to be remembered
+    bool isUsable_ = true; // false: TZ does not fit zone_
 };
 
 } // namespace qvledger

@@ -1,4 +1,4 @@
-// A job record in memory: all its attributes, their values still packed.
+// A job record in memory: all its attributes, with packed values.
 #pragma once
 
 #include <cstddef>
@@ -19,10 +19,10 @@ constexpr std::size_t kDecoidSize = 137;
 
 } // namespace qvledger
 
-// What precedes the values of an attribute, as it stands in the file.
+// The tag that precedes the values of an attribute, as in the file.
 struct attrTag {
-    std::uint32_t numAttrVal;           // in the machine's byte order: number of values after the tag
-    std::uint32_t attrID;               // the same; nothing interprets it
+    std::uint32_t numAttrVal;           // number of values after the tag, in the machine's byte order
+    std::uint32_t attrID;               // in the machine's byte order; not interpreted
     char decoid[qvledger::kDecoidSize]; // dotted decimal, NUL-terminated
     char fill[3];
     std::uint32_t attrValType; // in the machine's byte order
@@ -31,51 +31,51 @@ using ALA_attrTag_t = attrTag;
 static_assert(sizeof(ALA_attrTag_t) == 152, "the size of a tag in the file");
 static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 
-// One attribute.
+// An attribute.
 struct attrValNode : attrTag {
     std::uint8_t *oid;    // binary object identifier: null until first used, then oidBytes
-    GEN_string *attrVals; // numAttrVal of them; null if that is 0
+    GEN_string *attrVals; // numAttrVal values; null if there are none
     std::uint8_t oidBytes[OID_BINARY_SIZE];
 };
 using ALA_attrValNode_t = attrValNode;
 
 struct record {
     std::uint32_t numAttr;
-    std::uint32_t numJobAttr;    // leading attributes that belong to the job; 0 for old logs
-    std::uint32_t docAttrPerDoc; // 0 for old logs
-    attrValNode *attrValList;    // numAttr of them, in file order
-    attrValNode *curAttr;        // node last delivered by the job cursor, null before the first
-    std::uint32_t index;         // of that node
-    std::uint32_t docIndex;      // documents handed out since the job cursor was started
-    std::uint64_t names;         // state of the columns in which its names were found; 0: not known
+    std::uint32_t numJobAttr;    // leading attributes that belong to the job; 0 before log version 3
+    std::uint32_t docAttrPerDoc; // 0 before log version 3
+    attrValNode *attrValList;    // numAttr nodes, in file order
+    attrValNode *curAttr;        // last node that the job cursor returned; null before the first
+    std::uint32_t index;         // position of the job cursor
+    std::uint32_t docIndex;      // documents returned since the job cursor was started
+    std::uint64_t names;         // Columns::stateOf for its names; 0: not known
 };
 using ALA_jobRecord_t = record;
 
-// One document: deep copies of its attributes, independent of the record.
+// A document: deep copies of its attributes, independent of the record.
 struct docRecord {
     std::uint32_t numDocAttr;
     std::uint32_t index;
-    std::uint32_t firstPlace; // in the job record, of the first document's first attribute
-    attrValNode *attrValList; // numDocAttr of them
+    std::uint32_t firstPlace; // index in the job record of the first document's first attribute
+    attrValNode *attrValList; // numDocAttr nodes
     attrValNode *curAttr;
 };
 
 namespace qvledger {
 
-// Can a value of a log have that length?  None is empty, and GEN_string can express no longer one.
+// Can a value of a log have this length?  A value is not empty, and its length must fit GEN_string.
 constexpr bool isValueLength(std::uint32_t length) {
     return length != 0 && length <= std::uint32_t{std::numeric_limits<std::int32_t>::max()};
 }
 
-// What follows a record or document in its block.
+// The parts of a block after the record or document.
 struct RecordParts {
     attrValNode *nodes;
     GEN_string *values;  // of all nodes
-    std::uint8_t *bytes; // in which the values lie
+    std::uint8_t *bytes; // of all values
 };
 
-// A zeroed record or document and its parts, which are not cleared, in one block, so that free releases all
-// of it.  Null when memory runs out.
+// Allocates a record or document and its parts as one block, so that a single free releases it.  The record
+// is zeroed, the parts are not.  Null when memory runs out.
 template <class Record>
 Malloced<Record> makeRecord(std::size_t nodes, std::size_t values, std::size_t bytes, RecordParts *parts) {
     static_assert(sizeof(Record) % alignof(attrValNode) == 0);

@@ -1,28 +1,27 @@
-// How the facility writes its log: one level 5 line a failure, details at level 6, entry and exit traced.
+// The facility's log entries: a level 5 line per failure, details at level 6, traces at level 7.
 #pragma once
 
 #include "ala/ala.h"
 #include "platform/os.h"
 #include "service/log/log.h"
 
-// Logs the failure and gives the code: return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "...").
+// Logs a failure and evaluates to its code: return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "...").
 #define ALA_FAIL(code, ...) (LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, __VA_ARGS__), (code))
 
 #define ALA_DETAIL(...) LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, __VA_ARGS__)
 
 namespace qvledger {
 
-// The code's name for a log line.
+// The name of a code, empty if it has none; "unknown" for an unknown code.
 const char *codeName(ALA_retCode_t code);
 
-// Logs what is wrong with the registry file, if that is why this thread's last opening of a key failed.
+// Logs the fault of the registry file, if it made this thread's last opening of a key fail.
 inline void logRegistryTrouble(const char *file = __builtin_FILE(), std::int32_t line = __builtin_LINE()) {
     if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0')
         LOG_CondMessage(LOG_ERROR, file, line, "%s", trouble);
 }
 
-// Traces an operation's entry, and its exit on whichever road it is left, if that is wanted when it is
-// entered.
+// Traces an operation's entry and, on every path, its exit, if traces are on at entry.
 class FuncTrace {
 public:
     explicit FuncTrace(const char *function, const char *file = __builtin_FILE(),
@@ -46,7 +45,7 @@ private:
     }
 
     const char *function_ = nullptr; // null: not traced
-    const char *file_ = nullptr;     // the operation's own
+    const char *file_ = nullptr;     // source file of the operation
     std::int32_t line_ = 0;
 };
 

@@ -1,4 +1,4 @@
-// What the library tells of itself: its version, its return codes in words, its log.
+// The operations without a handle: version, texts of return codes, log callback.
 #include "ala/ala.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::size_t kTextSize = 128; // bytes of a code's text with its NUL
+constexpr std::size_t kTextSize = 128; // maximum bytes of a code's text with its NUL
 
 struct CodeText {
     ALA_retCode_t code;
@@ -21,7 +21,7 @@ struct CodeText {
 
 } // namespace
 
-// "NAME: meaning" without the line end that the log's texts have; one of the two alone if the other is empty.
+// "NAME: meaning", without the line end of the log text.  If either is empty, the other alone.
 static constexpr CodeText codeText(ALA_retCode_t code, const char *codeName, std::string_view logText) {
     const std::string_view name = codeName;
     if (logText.ends_with('\n'))
@@ -31,7 +31,7 @@ static constexpr CodeText codeText(ALA_retCode_t code, const char *codeName, std
     for (const std::string_view part :
          {name, std::string_view(name.empty() || logText.empty() ? "" : ": "), logText})
         for (const char character : part)
-            row.text.at(size++) = character; // beyond the array it does not compile
+            row.text.at(size++) = character; // a text that is too long does not compile
     return row;
 }
 

@@ -19,14 +19,14 @@ struct NodeRange {
     std::uint64_t end; // not included
 };
 
-// The list in one piece of memory: the nodes, in the order of the list, and behind them the texts.  So the
-// list's address is that of all its memory.
+// Builds a list of names in one block: the nodes in the order of the list, then the texts.  The first node is
+// at the block's address, so a single free releases the list.
 class NameBlock {
 public:
     explicit NameBlock(std::size_t count) : count_(count), free_(count) {}
 
-    // Adds a name in front of those that were added before.  name: as for copyName.  False when memory
-    // runs out.
+    // Adds a name at the front of the list.  name: in a buffer as copyName requires.  False when memory runs
+    // out.
     bool add(const char *name, std::size_t length) {
         const std::size_t room = std::max(length + 1, kUsualName);
         if (used_ + room > capacity_ && !grow(used_ + room))
@@ -39,13 +39,13 @@ public:
         return true;
     }
 
-    // The list, once all names have been added.
+    // Returns the list, which the caller releases with free.  REQUIRES: count names have been added.
     ALA_attrName *release() { return reinterpret_cast<ALA_attrName *>(block_.release()); }
 
 private:
     ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block_.get()); }
 
-    [[gnu::noinline]] bool grow(std::size_t size) { // in line it would slow add() down
+    [[gnu::noinline]] bool grow(std::size_t size) { // inlining it would slow add() down
         const std::size_t texts = count_ * sizeof(ALA_attrName);
         const std::size_t wanted = std::max({size, texts + count_ * kUsualName, 2 * capacity_});
         Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
@@ -61,7 +61,7 @@ private:
     }
 
     std::size_t count_;
-    std::size_t free_; // nodes that are not used yet, the front ones
+    std::size_t free_; // unused nodes, at the front
     std::size_t used_ = count_ * sizeof(ALA_attrName);
     std::size_t capacity_ = 0;
     Malloced<char> block_;
@@ -69,7 +69,7 @@ private:
 
 } // namespace
 
-// The nodes that the type selects, as far as the record has them.  False for an unknown type.
+// Sets *range to the nodes of the type that the record contains.  False for an unknown type.
 static bool selectRange(const record &jobRecord, ALA_recAttrType_t type, NodeRange *range) {
     const std::uint64_t job = jobRecord.numJobAttr;
     const std::uint64_t document = job + jobRecord.docAttrPerDoc;
@@ -103,7 +103,7 @@ static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const ch
         wanted, static_cast<unsigned>(result), jobRecord.attrValList->decoid);
 }
 
-// Looks a name up and remembers it.  0, or the failure of the OID database.
+// Looks a name up in the OID database and caches it.  0, or the error of the OID database.
 static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, std::uint32_t place,
                                attrValNode *node, char *name) {
     std::int32_t result = fillOid(status, node);
@@ -114,7 +114,6 @@ static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, std::uin
     return result;
 }
 
-// Puts one name into the list.
 static ALA_retCode_t addName(STF_l__hdr *status, ALA_handle_t handle, const record &job, std::uint32_t place,
                              NameBlock &names) {
     attrValNode *node = &job.attrValList[place];
@@ -190,7 +189,7 @@ std::uint64_t qvledger::namesState(ALA_handle_t handle, ALA_record_t jobRecord, 
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {
     const FuncTrace trace("ALA_FreeAttributeList");
-    std::free(*inoutp_attributeNames); // a list is one piece
+    std::free(*inoutp_attributeNames); // a NameBlock
     *inoutp_attributeNames = nullptr;
     return ALA_N_NORMAL;
 }

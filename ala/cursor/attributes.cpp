@@ -11,8 +11,7 @@ using namespace qvledger;
 
 namespace {
 
-// Where the handle remembers an attribute's name: its place, and the state in which its record's names were
-// found.
+// The key of a cached name: the attribute's index, and the state of its record's names (Columns).
 struct Place {
     std::uint32_t number;
     std::uint64_t names;
@@ -33,7 +32,8 @@ std::int32_t qvledger::fillOid(STF_l__hdr *status, attrValNode *node) {
     return result;
 }
 
-// Renders one value, or the lack of any, onto the pair.  ALA_A_ODPUNPACK_ERROR: it is not of its type.
+// Renders a value and adds it to the pair.  packed: empty for an attribute without values.
+// ALA_A_ODPUNPACK_ERROR: the value does not match its type.
 static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNode &node,
                                   const GEN_string &packed, std::string_view name, const char *locale,
                                   ALA_attrPair **attribute) {
@@ -49,8 +49,9 @@ static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNod
     return getAttribute(node, value, description, locale, context, attribute);
 }
 
-// Renders the attribute at a place of a record.  The last value's result counts; that of an earlier one shows
-// as a missing value.  *complete: the rendering reached its end.
+// Renders all values of an attribute.  Stops at a value that does not match its type; otherwise sets
+// *complete and returns the result of the last value.  Failures of earlier values are only counted
+// (valuesSkipped).
 static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Place place, const char *locale,
                                       const CursorTexts &texts, ALA_attrPair **attribute, bool *complete) {
     if (locale != nullptr)
@@ -59,7 +60,7 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Pl
     if (name.data() == nullptr) {
         const StatusList status;
         if (const std::int32_t failure = fillOid(status, node); failure != 0) {
-            ++handle->valuesPassedOver;
+            ++handle->valuesSkipped;
             return ALA_FAIL(
                 ALA_A_OID_ERROR,
                 "OID_ConvertDecToBin failed in %s; oid status = 0x%X; decoid = %s; ALA_A_OID_ERROR",
@@ -73,7 +74,7 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Pl
         const GEN_string packed = node->numAttrVal != 0 ? node->attrVals[i] : GEN_string{};
         result = deliverValue(context, *node, packed, name, locale, attribute);
         if (result != ALA_N_NORMAL)
-            ++handle->valuesPassedOver;
+            ++handle->valuesSkipped;
         if (result == ALA_A_ODPUNPACK_ERROR)
             break;
     }
@@ -86,8 +87,8 @@ static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Pl
     return result;
 }
 
-std::uint64_t qvledger::valuesPassedOver(ALA_handle_t handle) {
-    return handle->valuesPassedOver;
+std::uint64_t qvledger::valuesSkipped(ALA_handle_t handle) {
+    return handle->valuesSkipped;
 }
 
 std::string_view qvledger::valueText(const attributeVal &value) {
@@ -108,8 +109,7 @@ ALA_retCode_t qvledger::checkRecord(ALA_handle_t handle, Record **curRecord, con
 template ALA_retCode_t qvledger::checkRecord(ALA_handle_t, record **, const CursorTexts &);
 template ALA_retCode_t qvledger::checkRecord(ALA_handle_t, docRecord **, const CursorTexts &);
 
-// Delivers the node at the cursor's index.  The cursor stands on it only once its rendering has reached its
-// end.
+// Renders the node at the cursor's index, and makes it the current node if its rendering is complete.
 template <class Record>
 static ALA_retCode_t deliverAtIndex(ALA_handle_t handle, Record *record, const char *locale,
                                     const CursorTexts &texts, ALA_attrPair **attribute) {
@@ -135,7 +135,7 @@ constexpr CursorTexts kNextFromDoc = {"ALA_GetNextAttrFromDoc",
                                       "record or record->attrValList is NULL or record->numDocAttr < 0 in "
                                       "ALA_GetNextAttrFromDoc; ALA_A_INVALID_RECORD"};
 
-// What all four do: the checks, the move of the cursor, and the delivery of the node that it moved to.
+// The common part of the four cursors: checks the arguments, moves, and renders the node there.
 template <class Record, class Move>
 static ALA_retCode_t moveAndDeliver(ALA_handle_t handle, Record **curRecord, const char *locale,
                                     const CursorTexts &texts, ALA_attrPair **attribute, Move move) {
@@ -148,10 +148,10 @@ static ALA_retCode_t moveAndDeliver(ALA_handle_t handle, Record **curRecord, con
     return result;
 }
 
-// Moves to the next node if the cursor was started and there is one.
+// Moves to the next node.  False if there is none or the cursor was not started.
 template <class Record>
 static bool advance(Record *record, std::uint32_t count) {
-    // Past the end the index stops rising where it could wrap.
+    // Calls past the end increase the index, too; it must not wrap.
     if (record->curAttr == nullptr || record->index == UINT32_MAX)
         return false;
     return ++record->index < count;

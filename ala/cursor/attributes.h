@@ -1,4 +1,4 @@
-// What the cursors over attributes and the listing of names share.
+// Shared by the cursors over attributes and documents and the listing of names.
 #pragma once
 
 #include "ala/base/handle.h"
@@ -7,16 +7,17 @@
 
 namespace qvledger {
 
-// What the four cursors do differently.
+// The log texts in which the operations differ.
 struct CursorTexts {
     const char *operation;
     const char *invalidRecord;
 };
 
-// Fills the node's binary object identifier; null again on failure.
+// Sets the node's binary object identifier, or null on failure.  0, or the error of the OID database.
 std::int32_t fillOid(STF_l__hdr *status, attrValNode *node);
 
-// The checks at the head of a cursor or document operation; ALA_N_NORMAL when all pass.
+// Checks the handle and the record of an operation.  ALA_N_NORMAL, ALA_A_NOT_REGISTER or
+// ALA_A_INVALID_RECORD.
 template <class Record>
 ALA_retCode_t checkRecord(ALA_handle_t handle, Record **curRecord, const CursorTexts &texts);
 

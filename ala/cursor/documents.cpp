@@ -1,4 +1,4 @@
-// Document records, cut out of a job record.
+// Documents, copied from a job record.
 #include "ala/cursor/attributes.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 using namespace qvledger;
 
-// The document of that number, counted from 0.  Its last nodes are missing if the record ends before them.
+// Copies a document; number counts from 0.  The copy has fewer nodes if the record ends inside the document.
 static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const char *operation,
                                   ALA_dRecord_t *outDocument) {
     const std::uint64_t start = jobRecord->numJobAttr + std::uint64_t{number} * jobRecord->docAttrPerDoc;
@@ -50,7 +50,7 @@ static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const
 
 namespace {
 
-// Has the record got any documents?  No: *none is set and the result is the operation's.
+// Checks the arguments.  If the record is valid but has no documents, sets *none.
 ALA_retCode_t checkDocuments(ALA_handle_t handle, ALA_record_t *curRecord, const CursorTexts &texts,
                              bool *none) {
     *none = false;
@@ -100,7 +100,7 @@ ALA_retCode_t ALA_GetNextDocmt(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_c
         return result;
     record *job = *inoutp_curRecord;
     const std::uint64_t start = std::uint64_t{job->docIndex} * job->docAttrPerDoc + job->numJobAttr;
-    // Documents without attributes would never use the record up.
+    // A loop over documents without attributes would never reach the end of the record.
     if (job->docAttrPerDoc == 0 || job->numAttr <= start) {
         ALA_DETAIL("No more document attributes in ALA_GetNextDocmt; ALA_A_NO_MORE_DOCMT_ATTR");
         return ALA_A_NO_MORE_DOCMT_ATTR;

@@ -1,4 +1,4 @@
-// Removal of the log of a past day, and what a removal that was interrupted left.
+// Deletes the log of a past day, and restores logs after an interrupted deletion.
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -14,7 +14,7 @@
 
 using namespace qvledger;
 
-// How long a log must not have been written to where the system does not show who has it open for writing.
+// A log must be unchanged for this long if the system cannot block its writers.
 constexpr std::chrono::hours kQuiet(1);
 
 static ALA_retCode_t refuseToday(const ALA_time *date) {
@@ -30,7 +30,7 @@ static ALA_retCode_t refuseToday(const ALA_time *date) {
                     date->year, date->month, date->day);
 }
 
-// The checks of a deletion, and the path of what is to go.
+// Checks the arguments of a deletion, and returns the path of the log.
 static ALA_retCode_t pathToDelete(ALA_handle_t alaHandle, const ALA_time *date, Malloced<char> &converted) {
     if (const ALA_retCode_t valid = checkHandle(alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
         return valid;
@@ -60,43 +60,43 @@ ALA_retCode_t ALA_Delete(ALA_handle_t in_alaHandle, const ALA_time *inp_date) {
     return _unlink(path.get()) == -1 ? failToUnlink() : ALA_N_NORMAL;
 }
 
-// ---- Of a log that was read ----
+// ---- Deleting a log that was read ----
 
-// Why the file of that name has to stay; null if it is the one that was read and holds nothing else.
+// Null if the file of that name is the one that was read and is unchanged, or why it must stay.
 static const char *difference(const char *path, const ReadLog &read) {
     OS_fileIdentity present = {};
-    // Of the name itself: behind a symbolic link there is another file than the one to be removed.
+    // Does not follow a symbolic link, because removal would not follow it either.
     if (OS_IdentifyName(path, &present) != 0 || !OS_IsSameFile(present, read.identity))
         return "it is not the file that was read";
     if (present.size != read.end)
         return "it is not as long as what was read of it";
-    // While it grew something else may have been written over, too.
+    // Overwriting does not change the size.
     return present.modified != read.identity.modified ? "it was written to since it was opened" : nullptr;
 }
 
-// The same before the name is moved, which is itself a change.  So is the name of its day that the server
-// gave it, if it was opened under that of the day in progress.
+// The same before our rename.  A file that still has the name under which it was opened must also have the
+// same change time.  For the former log of the day in progress, the server's rename has changed that time.
 static const char *differenceInPlace(const char *path, const ReadLog &read) {
     if (const char *why = difference(path, read); why != nullptr)
         return why;
     OS_fileIdentity present = {};
     if (OS_IdentifyDescriptor(read.file.get(), &present) != 0)
-        return "it cannot be looked at";
+        return "it cannot be examined";
     const bool sameName = std::strcmp(path, read.path.get()) == 0;
     return sameName && present.changed != read.identity.changed ? "it was changed since it was opened"
                                                                 : nullptr;
 }
 
-static void tellLeftAside(const char *path, const char *aside, const char *why, DeletionWatch &watch) {
+static void reportLeftAside(const char *path, const char *aside, const char *why, DeletionWatch &watch) {
     LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s stays under the name %s: %s", path, aside, why);
     watch.leftAside(aside, why);
 }
 
-static bool putBack(const char *path, const char *aside, DeletionWatch &watch) {
+static bool renameBack(const char *path, const char *aside, DeletionWatch &watch) {
     const int moved = OS_MoveName(aside, path);
     if (moved != OS_DONE)
-        tellLeftAside(path, aside, moved == OS_TAKEN ? "another file has its own name" : std::strerror(errno),
-                      watch);
+        reportLeftAside(path, aside,
+                        moved == OS_TAKEN ? "another file has its own name" : std::strerror(errno), watch);
     return moved == OS_DONE;
 }
 
@@ -112,23 +112,24 @@ static bool isQuiet(const ReadLog &read) {
     return now - nanoseconds(read.identity.modified) >= kQuiet;
 }
 
-// Why the file under the private name has to stay, or null.  Once it is held nobody else opens it to write.
+// Null, or why the renamed file must stay.  Once writers are blocked no other process can open it for
+// writing.
 static const char *differenceAside(const char *aside, const ReadLog &read, DeletionWatch &watch) {
-    const int held = OS_LockOutWriters(read.file.get(), aside, read.identity);
-    if (held == OS_TAKEN)
+    const int blocked = OS_LockOutWriters(read.file.get(), aside, read.identity);
+    if (blocked == OS_TAKEN)
         return "another program has it open for writing";
-    if (held == OS_REFUSED && !isQuiet(read))
+    if (blocked == OS_REFUSED && !isQuiet(read))
         return "it was written to within the last hour, and the system does not show who has it open";
     const char *why = difference(aside, read);
     return why != nullptr ? why : watch.objection();
 }
 
-// A name can be given to another file at any time.  Under the private one nobody else does, so that what is
-// seen there is what is removed.
+// Renames the log to a private name, compares again, and removes it.  Another process could replace the file
+// under its own name after the comparison, but does not use the private name.
 static ALA_retCode_t removeRead(const char *path, const char *aside, const ReadLog &read,
                                 DeletionWatch &watch, bool *kept) {
     OS_fileIdentity present = {};
-    // A file that is missing now may be there in a moment, and would then be one that nobody read.
+    // If the file is missing, do not go on: a file that appears now was not read.
     if (OS_IdentifyName(path, &present) != 0)
         return failToUnlink();
     if (const char *why = differenceInPlace(path, read); why != nullptr)
@@ -137,7 +138,7 @@ static ALA_retCode_t removeRead(const char *path, const char *aside, const ReadL
     case OS_DONE:
         break;
     case OS_TAKEN:
-        return keep(path, "the name that it has while it is deleted is taken", kept);
+        return keep(path, "another file already has its temporary name", kept);
     default:
         if (errno == EBUSY)
             return keep(path, "another program has it open and does not let it be moved", kept);
@@ -151,7 +152,7 @@ static ALA_retCode_t removeRead(const char *path, const char *aside, const ReadL
         if (OS_RemoveFile(read.file.get(), aside) == 0)
             return ALA_N_NORMAL;
     }
-    const bool isBack = putBack(path, aside, watch);
+    const bool isBack = renameBack(path, aside, watch);
     if (why == nullptr)
         return failToUnlink();
     if (!isBack)
@@ -173,11 +174,10 @@ ALA_retCode_t qvledger::deleteReadLog(ALA_handle_t handle, const ALA_time *date,
     return removeRead(path.get(), aside.get(), read, watch, kept);
 }
 
-// ---- Logs left by a run that ended early ----
+// ---- Logs that an interrupted run left renamed ----
 
 namespace {
 
-// What a run that ended early left.
 class LogsAside final : public EntryVisitor {
 public:
     explicit LogsAside(DeletionWatch &watch) : watch_(watch) {}
@@ -190,27 +190,27 @@ public:
         if (aside == nullptr || path == nullptr)
             return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "no memory to look for logs that were about to be deleted");
         path.get()[std::strlen(path.get()) - kAside.size()] = '\0';
-        putBackIfLeft(path.get(), aside.get());
+        restoreIfUnused(path.get(), aside.get());
         return ALA_N_NORMAL;
     }
 
 private:
-    // The lock tells a run that still lives, and keeps the next one off.
-    void putBackIfLeft(const char *path, const char *aside) {
+    // The run that renamed the log has locked it for as long as it lives.  Our lock keeps other runs away.
+    void restoreIfUnused(const char *path, const char *aside) {
         OS_fileIdentity named = {};
         if (OS_IdentifyName(aside, &named) != 0 || !named.regular)
-            return; // another run has finished with it just now, or it never was a log
+            return; // another run has just deleted or restored it, or it is not a regular file
         const Descriptor file(SYSU_Open(aside, 0));
         const int locked = file.isOpen() ? OS_LockFile(file.get()) : OS_REFUSED;
         if (locked == OS_REFUSED && errno != ENOENT)
-            return tellLeftAside(path, aside, std::strerror(errno), watch_);
+            return reportLeftAside(path, aside, std::strerror(errno), watch_);
         OS_fileIdentity held = {};
         if (locked != OS_DONE || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
             OS_IdentifyName(aside, &named) != 0 || !OS_IsSameFile(held, named))
-            return; // another run is at it
-        if (putBack(path, aside, watch_))
+            return; // another run is working on it
+        if (renameBack(path, aside, watch_))
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
-                            "%s has its name back, which a run that ended early had taken", path);
+                            "%s has its name again; a run that ended early had renamed it", path);
     }
 
     DeletionWatch &watch_;

@@ -1,4 +1,4 @@
-// Opening a log that is to be deleted, and keeping it open after it was read.
+// Opens a log for deletion, and keeps it open after it was read.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -10,8 +10,9 @@
 
 using namespace qvledger;
 
-// The file's first bytes.  Without them, or if the header is longer, the access list is checked again.
-static LogFile beginningOf(const NamedLog &file) {
+// Reads the start of the file, to compare the header later.  If this fails or the header is longer, the
+// access list is checked again without a comparison.
+static LogFile readStart(const NamedLog &file) {
     constexpr std::int64_t kMost = 64 * 1024;
     LogFile beginning(file.descriptor.get());
     OS_fileIdentity identity = {};
@@ -20,27 +21,27 @@ static LogFile beginningOf(const NamedLog &file) {
     return beginning;
 }
 
-// Checks the access list again unless the header is still the one that was checked.  So an unchanged one is
-// logged once.
+// Checks the access list again if the header has changed.  An unchanged header is not checked, and so not
+// logged, twice.
 static ALA_retCode_t checkAccessAgain(NamedLog &file, const LogFile &before) {
     const auto size = static_cast<std::size_t>(file.bytes.position());
     LogFile present(file.descriptor.get());
     const std::uint8_t *header = size <= before.itemSize() ? present.need(size) : nullptr;
     if (header == nullptr || std::memcmp(header, before.item(), size) != 0)
         return checkAccess(file);
-    file.bytes.moveTo(file.bytes.position()); // what follows may have changed
+    file.bytes.moveTo(file.bytes.position()); // drops what was read ahead, which may have changed
     return ALA_N_NORMAL;
 }
 
-// Opens the file and locks it, until the name leads to the locked file.  A caller whom the access list does
-// not admit never gets the lock, with which it could keep other runs waiting.  Without a descriptor, and
-// ALA_N_NORMAL, the driver gave up waiting.
+// Opens and locks the file, and repeats this if the name then leads to another file.  The access list is
+// checked before locking, so that a caller whom it does not admit cannot make other runs wait.  ALA_N_NORMAL
+// and no descriptor if the driver stopped waiting.
 static ALA_retCode_t openLocked(ALA_handle_t handle, const ALA_time *date, FileLocker lock, NamedLog &file,
                                 LogFile &before) {
     for (;;) {
         if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
-        before = beginningOf(file); // before the check, so that a change in between shows
+        before = readStart(file); // before the check, so that a change after it is noticed
         if (const ALA_retCode_t result = checkAccess(file); result != ALA_N_NORMAL)
             return result;
         const int fd = file.descriptor.get();
@@ -53,8 +54,9 @@ static ALA_retCode_t openLocked(ALA_handle_t handle, const ALA_time *date, FileL
         OS_fileIdentity named = {};
         const bool found = OS_IdentifyTarget(path, &named) == 0;
         if ((!found && errno != ENOENT) || OS_IdentifyDescriptor(fd, &locked) != 0)
-            return ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE,
-                            "the log cannot be looked at in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
+            return ALA_FAIL(
+                ALA_A_FAIL_TO_OPEN_LOG_FILE,
+                "the file of the log cannot be examined in ALA_Open; ALA_A_FAIL_TO_OPEN_LOG_FILE");
         if (found && OS_IsSameFile(locked, named))
             return ALA_N_NORMAL;
     }
@@ -69,7 +71,7 @@ ALA_retCode_t qvledger::openForDeletion(ALA_handle_t handle, const ALA_time *dat
     if (const ALA_retCode_t result = openLocked(handle, date, lock, file, before);
         result != ALA_N_NORMAL || !file.descriptor.isOpen())
         return result;
-    // Anything written from here on will show.
+    // Later changes of the file change this identity.
     OS_fileIdentity identity = {};
     const bool isKnown = OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
     if (const ALA_retCode_t result = checkAccessAgain(file, before); result != ALA_N_NORMAL)
@@ -83,7 +85,7 @@ ALA_retCode_t qvledger::openForDeletion(ALA_handle_t handle, const ALA_time *dat
 
 const char *qvledger::keepReadLog(ALA_acctLogHandle_t log, ReadLog &read) {
     if (log->end < 0)
-        return "it was not read to its end";
+        return "it was not read completely";
     if (!log->isKnown)
         return "its file cannot be identified";
     read.identity = log->file;

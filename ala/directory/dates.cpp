@@ -1,4 +1,3 @@
-// Dates of the calendar and of files.
 #include "ala/directory/dates.h"
 
 #include <cstdlib>
@@ -10,7 +9,7 @@
 
 using namespace qvledger;
 
-// Years that a date number has room for.
+// The years that a date number can express.
 constexpr std::int32_t kFirstYear = 1;
 constexpr std::int32_t kLastYear = 9999;
 

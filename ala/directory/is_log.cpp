@@ -1,4 +1,4 @@
-// Is a file one of the logs?  A report must not be.
+// Checks whether a file is one of the logs, because a report must not be written to a log.
 #include <algorithm>
 #include <cctype>
 #include <cstring>
@@ -14,7 +14,8 @@
 
 using namespace qvledger;
 
-// "NAME.current" or "NAME." and eight digits, also while it is being deleted.
+// Is it "NAME.current", or "NAME." and eight digits, or one of these with the suffix of a log that is being
+// deleted?
 static bool isNamedAsLog(std::string_view name) {
     constexpr std::size_t kDigits = 8;
     if (name.ends_with(kAside))
@@ -27,7 +28,7 @@ static bool isNamedAsLog(std::string_view name) {
     return tail == kCurrentTail || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
 }
 
-// So may a file that the caller cannot read.
+// Does the file begin as a log?  Assumed if the caller cannot read it.
 static bool mayBeginAsLog(const char *path) {
     const Descriptor file(SYSU_Open(path, 0));
     return !file.isOpen() || beginsAsLog(file.get());
@@ -56,7 +57,7 @@ public:
     void cut(int) override { isCut = true; }
 
     bool isFound = false;
-    bool isCut = false; // not every entry was compared
+    bool isCut = false; // some entry was not compared
 
 private:
     const std::string_view prefix_;

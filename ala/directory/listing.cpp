@@ -1,4 +1,4 @@
-// The oldest log, the sorted list of logs, and the lists that the facility hands out.
+// Finds the oldest log, and makes the lists of logs.
 #include "ala/directory/listing.h"
 
 #include <utility>
@@ -47,7 +47,7 @@ using NameNodeList = std::unique_ptr<nameNode, NameNodeDeleter>;
 
 namespace {
 
-// Keeps the oldest log; of two logs of one date the one seen first.
+// Keeps the oldest log; of two logs of one date, the first.
 class OldestLog final : public LogVisitor {
 public:
     ALA_retCode_t visit(const FoundLog &log) override {
@@ -67,7 +67,7 @@ public:
     std::int32_t date = -1;
 };
 
-// Puts every log at the head of a list.
+// Prepends every log to a list.
 class LogList final : public LogVisitor {
 public:
     explicit LogList(ListingWatch *watch) : watch_(watch) {}
@@ -132,7 +132,7 @@ ALA_retCode_t ALA__GetSortedLogList(const char *inp_svrName, const char *inp_acc
 
 // ---- Sorting ----
 
-// Joins two sorted lists; of equal dates the first list's come first.
+// Merges two sorted lists; if dates are equal, the nodes of the first list come first.
 static nameNode *merge(nameNode *first, nameNode *second) {
     nameNode *merged = nullptr;
     nameNode **end = &merged;
@@ -146,7 +146,7 @@ static nameNode *merge(nameNode *first, nameNode *second) {
     return merged;
 }
 
-// A stable merge sort: runs[i] has 2^i nodes or none.
+// A stable merge sort: runs[i] is empty or has 2^i nodes.
 static nameNode *sortStably(nameNode *list) {
     nameNode *runs[64] = {};
     while (list != nullptr) {
@@ -162,10 +162,10 @@ static nameNode *sortStably(nameNode *list) {
     return list;
 }
 
-// The order is that of inserting one node after the other into a sorted list: after the list's head if it has
-// the head's date, else before all nodes of its date.  So nodes of one date come out in reverse, but for one
-// that was the head when it was inserted: it comes out as if inserted after all of its date that followed
-// until a newer date was the head.
+// Gives the order of an insertion sort that puts a node after the list's head if it has the head's date, and
+// else before all nodes of its date.  That reverses the nodes of one date, except that a head is placed as if
+// inserted when a newer date replaces it.  So this moves each head to that place, reverses the list and sorts
+// it stably.
 void ALA__SortList(nameNode **inoutp_head) {
     if (inoutp_head == nullptr || *inoutp_head == nullptr)
         return;
@@ -212,7 +212,7 @@ static ALA_retCode_t listLogs(ALA_handle_t alaHandle, ListingWatch *watch, dateN
         result != ALA_N_NORMAL)
         return ALA_FAIL(result, "ALA__GetSortedLogList failed in ALA_ListExistingLogsByDate");
 
-    // The input runs newest first; building from the head turns it round.
+    // The input is newest first; prepending reverses it.
     const NameNodeList newestFirst(sorted);
     DateList dates;
     NameList names;

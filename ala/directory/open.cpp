@@ -53,7 +53,7 @@ static void openPath(NamedLog &file) {
         ALA_DETAIL("%s cannot be opened: %s\n", file.convertedPath.get(), std::strerror(errno));
 }
 
-// The log of the day in progress stands in for a date on which it was last written.
+// Opens the current day's log instead if it was last written on the wanted date.
 static ALA_retCode_t openStandBy(ALA_handle_t handle, NamedLog &file) {
     file.path = currentLogPath(handle->acctLogPath, handle->svrName);
     if (file.path == nullptr)
@@ -145,7 +145,7 @@ ALA_retCode_t ALA_Close(ALA_handle_t in_alaHandle, ALA_acctLogHandle_t *inoutp_a
                         "ALA_Close; ALA_A_INVALID_LOG_HANDLE");
     if (log->fd == -1)
         return ALA_FAIL(ALA_A_LOG_FILE_NOT_OPEN, "logHandle->fd == -1 in ALA_Close; ALA_A_LOG_FILE_NOT_OPEN");
-    static_cast<void>(_close(log->fd)); // only read from: nothing can be lost
+    static_cast<void>(_close(log->fd)); // opened for reading, so nothing can be lost
     std::free(log->logName);
     const Owned<logParams> closed(std::exchange(*inoutp_acctLogHandle, nullptr));
     return ALA_N_NORMAL;

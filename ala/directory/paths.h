@@ -1,4 +1,4 @@
-// Paths of logs, all of them new texts; null when memory runs out.
+// Paths of logs, as new strings; null when memory runs out.
 #pragma once
 
 #include <string_view>
@@ -8,18 +8,18 @@
 
 namespace qvledger {
 
-// Stands behind the name of a log that is about to be removed.  The listing takes such a file for no log, for
-// its tail is too long.
+// Suffix of a log's name while the log is being removed.  The listing skips such a file, because its tail is
+// too long.
 constexpr std::string_view kAside = ".being-deleted";
 
 Malloced<char> pathInDirectory(const char *directory, const char *name);
 Malloced<char> currentLogPath(const char *directory, const char *server);
 Malloced<char> datedLogPath(const char *directory, const char *server, const ALA_time *date);
 
-// The name that a log has for the moment before it is removed: its own one with kAside behind it.
+// The path with kAside appended.
 Malloced<char> asidePath(const char *path);
 
-// The path as the system's calls take it; false when FA_ConvertFilePath fails.
+// Converts the path for the system's calls.  False if FA_ConvertFilePath fails.
 bool convertPath(const char *path, Malloced<char> &converted);
 
 } // namespace qvledger

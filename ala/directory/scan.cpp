@@ -25,8 +25,8 @@ using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
 
 } // namespace
 
-// Visits the entries of an open directory, whose path is for the log alone, until a visit gives a code other
-// than ALA_N_NORMAL, which is then the result.
+// Visits the entries of an open directory until a visit returns a code other than ALA_N_NORMAL, and returns
+// that code.  The path is for the log only.
 static ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix,
                                   EntryVisitor &visitor) {
     const std::size_t prefixLength = std::strlen(prefix);
@@ -34,7 +34,7 @@ static ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const c
     SYSU_dirent *found = nullptr;
     for (;;) {
         if (const std::int32_t error = SYSU_Readdir_r(directory, &entry, &found); error != 0) {
-            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not read to its end: %s", path,
+            LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s is not read completely: %s", path,
                             std::strerror(error));
             visitor.cut(error);
         }
@@ -54,12 +54,12 @@ void qvledger::visitDirectory(const char *folder, const char *prefix, EntryVisit
     const Directory directory(isConverted ? SYSU_Opendir(path.get()) : nullptr);
     if (directory != nullptr)
         static_cast<void>(
-            visitEntries(directory.get(), path.get(), prefix, visitor)); // logged where it failed
+            visitEntries(directory.get(), path.get(), prefix, visitor)); // the failure is already logged
 }
 
 namespace {
 
-// Passes on what is a log, with its date.
+// Passes each log to a LogVisitor with its date.
 class DatedLogs final : public EntryVisitor {
 public:
     DatedLogs(const ScanRules &rules, LogVisitor &visitor) : rules_(rules), visitor_(visitor) {}
@@ -77,7 +77,7 @@ public:
             return visitor_.visit({entry.name, date});
         if (date == kOffTheCalendar)
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
-                            "%s is left out: the time of its last change is off the calendar", file.get());
+                            "%s is skipped: the time of its last change is not a valid date", file.get());
         if (date == kOffTheCalendar || rules_.notDated == nullptr)
             return ALA_N_NORMAL;
         return ALA_FAIL(ALA_A_FAIL_TO_GET_TIME, "%s", rules_.notDated);

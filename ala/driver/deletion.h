@@ -1,8 +1,8 @@
-// Logs that are read in order to be deleted.
+// Logs that are read and then deleted.
 //
-// Several drivers may work on one log directory, beside the server that writes to it.  So such a log is
-// locked before its first record is read, is kept open until it is gone, and is removed only if its file is
-// the one that was read and nobody has written to it since.  docs/architecture.md has the order of the steps.
+// Other drivers and the server may use the log directory at the same time.  So such a log is locked before
+// its first record is read, kept open until it is deleted, and deleted only if it is the file that was read
+// and it has not been written to since.  docs/architecture.md lists the steps.
 #pragma once
 
 #include <cstdint>
@@ -16,51 +16,52 @@ namespace qvledger {
 
 enum class LockResult : std::uint8_t {
     Locked,
-    NotGranted, // the system grants no locks on the file
-    GivenUp     // another run has it locked, and the caller will not wait any longer
+    NotGranted, // the file cannot be locked on this system
+    GivenUp     // another run has locked the file, and the driver stopped waiting
 };
 
-// Locks the file of a descriptor (OS_LockFile).  Waits for a run that has it locked as long as the driver
-// likes.
+// The driver's function that locks an open file (OS_LockFile).  If another run has locked it, waits for as
+// long as the driver chooses.
 using FileLocker = LockResult (*)(int fd, const char *path);
 
-// ALA_Open, with the log locked before its first record is read, but not before its access list has admitted
-// the caller; a header that was changed during the wait is checked again.  Where the system grants no locks
-// the log is opened without one.  A log that lost its name during the wait is looked for again.
-// ALA_N_NORMAL with a null log when the lock was given up.
+// ALA_Open that also locks the log, after its access list has admitted the caller and before the first record
+// is read.  If the header changed during the wait for the lock, the access list is checked again; if the log
+// was renamed or removed, it is looked up again.  If it cannot be locked (NotGranted), it is opened unlocked.
+// ALA_N_NORMAL and a null log if the driver stopped waiting.
 ALA_retCode_t openForDeletion(ALA_handle_t handle, const ALA_time *date, FileLocker lock,
                               ALA_acctLogHandle_t *logHandle);
 
-// A log that was read to its end.  It keeps the file open, and locked, when the log is closed.
+// A log that was read to its end.  Keeps the file open and locked after ALA_Close.
 struct ReadLog {
     Descriptor file;
-    Malloced<char> path;      // under which it was opened
-    OS_fileIdentity identity; // as it was before anything of it was read
-    std::int64_t end;         // bytes that were read
+    Malloced<char> path;      // at opening
+    OS_fileIdentity identity; // before the first record was read
+    std::int64_t end;         // number of bytes read
 };
 
-// Makes one of an open log.  Null, or why it cannot be deleted.
+// Fills a ReadLog from an open log.  Null, or why the log cannot be deleted.
 const char *keepReadLog(ALA_acctLogHandle_t log, ReadLog &read);
 
-// Asked and informed while a log is deleted.
+// Called while a log is deleted.
 class DeletionWatch {
 public:
-    // Directly before the log is removed: are its lines still safe elsewhere?  Null, or why it has to stay.
+    // Called directly before the log is removed.  Null if its lines are still safe in the report, or why the
+    // log must stay.
     virtual const char *objection() = 0;
-    // A log that is not deleted stays under this path.
+    // Reports a log that was not deleted and cannot be renamed back.  path: its current name.
     virtual void leftAside(const char *path, const char *why) = 0;
 
 protected:
     ~DeletionWatch() = default;
 };
 
-// ALA_Delete for a log that was read.  ALA_N_NORMAL with *kept true, and a log entry that says why, when it
-// stays.
+// ALA_Delete for a log that was read.  If the log must stay: ALA_N_NORMAL, *kept is true, and a log entry
+// gives the reason.
 ALA_retCode_t deleteReadLog(ALA_handle_t handle, const ALA_time *date, const ReadLog &read,
                             DeletionWatch &watch, bool *kept);
 
-// Gives their names back to logs that a run which ended early was about to delete, with a log entry for each.
-// One whose name cannot be given back stays as it is.
+// Renames logs back that an interrupted run had renamed to delete them, and makes a log entry for each.
+// Reports those that cannot be renamed back to the watch.
 void restoreLogs(ALA_handle_t handle, DeletionWatch &watch);
 
 } // namespace qvledger

@@ -1,5 +1,4 @@
-// What a driver needs of the facility around a server's logs: the set-up before a registration, the list of
-// logs, and facts about a single log.
+// For drivers: the set-up before a registration, the list of logs, and queries about a single log.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +12,12 @@
 
 namespace qvledger {
 
-// Receives what the list of logs does not show.
+// Called for logs that the list of logs lacks.
 class ListingWatch {
 public:
-    // A log of the server that has been renamed to be deleted; its name without the directory.
+    // Reports a log that a run has renamed to delete it.  name: its file name without the directory.
     virtual void aside(const char *name) = 0;
-    // The directory could not be read to its end, for the system's reason (errno): logs may be missing.
+    // Reports that reading the directory failed (errno), so logs may be missing.
     virtual void cut(int error) = 0;
 
 protected:
@@ -29,15 +28,15 @@ protected:
 ALA_retCode_t listLogsByDate(ALA_handle_t handle, ListingWatch &watch, dateNode **dateList,
                              ALA_name **nameList);
 
-// The name of an open log's file, without its directory.
+// The file name of an open log without its directory; owned by the log.
 const char *logFileName(ALA_acctLogHandle_t log);
 
-// True if the log's first record was asked for and there is none: the file ends after its header.
+// True if ALA_GetFirstJobRecord has found no record because the file ends after its header.
 bool hasNoRecord(ALA_acctLogHandle_t log);
 
-// Is that file, open under the descriptor, one of the logs that a server has in a directory, under any name,
-// or one that is being deleted, or another server's log there?  If not all names could be compared, any file
-// that begins as a log counts as one.
+// Is the file, open as fd, a log in this directory?  A log of another server, a log that is being deleted,
+// and a file that a link with a log's name leads to are logs, too.  If not every entry could be compared:
+// does the file begin like a log?
 bool isLog(const char *serverName, const char *acctLogPath, const OS_fileIdentity &file, std::int32_t fd);
 
 } // namespace qvledger

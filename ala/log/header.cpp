@@ -82,7 +82,7 @@ static ALA_retCode_t lookUp(LogFile &in, std::int32_t *accessOK, std::uint32_t *
     *verNumber = header.verNum;
     if (result == ALA_N_NORMAL)
         result = caller.gather();
-    // The first record follows the last entry, so all are read even after one has granted access.
+    // Read all entries even after one has granted access, because the first record follows the last entry.
     std::int32_t granted = 0;
     for (std::uint32_t i = 0; result == ALA_N_NORMAL && i < header.tag.numAttrVal; ++i)
         result = readEntry(in, header.tag.attrValType, caller, &granted);
@@ -100,7 +100,7 @@ ALA_retCode_t qvledger::lookUpPermission(LogFile &in, std::int32_t *accessOK, st
     const ALA_retCode_t result = lookUp(in, accessOK, verNumber);
     if (result == ALA_N_NORMAL)
         return result;
-    ALA_DETAIL("the header does not read beyond byte %lld: %s\n", static_cast<long long>(in.reach() - start),
+    ALA_DETAIL("the header cannot be read after byte %lld: %s\n", static_cast<long long>(in.reach() - start),
                in.error() != 0 ? std::strerror(in.error()) : codeName(result));
     errno = in.error();
     return ALA_FAIL(result, "Return code for ALA__LookupPermission is %s", codeName(result));

@@ -1,4 +1,4 @@
-// The header of a log, and its access list: whom does it admit?
+// Reads the header of a log and evaluates its access list.
 #pragma once
 
 #include <cstdint>
@@ -6,17 +6,21 @@
 #include "ala/ala.h"
 #include "ala/log/log_file.h"
 
-// Reads the header of the log and finds out whether its access list admits the caller: accessOK is 1 then,
-// else 0.  With ALA_N_NORMAL the descriptor stands on the first record.
+// Reads the header at the descriptor's position.  Sets *accessOK to 1 if the access list admits the caller,
+// else to 0, and *verNumber to the format version (0 if it could not be read).  On ALA_N_NORMAL the
+// descriptor is at the first record.
+// ALA_A_FAIL_READ_LOG_FILE: the header is cut, has an invalid length or cannot be read;
+// ALA_A_BAD_NUMATTR_VALUE: it has no attributes; ALA_A_ODPUNPACK_ERROR: an entry is invalid;
+// ALA_A_SYSTEM_ERR, ALA_A_UNKNOWN_ERR: the caller's identity is unknown; ALA_A_OUT_OF_MEMORY.
 ALA_retCode_t ALA__LookupPermission(std::int32_t in_fd, std::int32_t *accessOK, std::uint32_t *verNumber);
 
 namespace qvledger {
 
-// The same for a log that is being read; its next item is the first record then.  On failure errno has the
-// system's reason if the file could not be read, else 0.
+// The same at the file's current item.  On ALA_N_NORMAL the next item is the first record.  On failure errno
+// is the system's reason if the file could not be read, else 0.
 ALA_retCode_t lookUpPermission(LogFile &file, std::int32_t *accessOK, std::uint32_t *verNumber);
 
-// Does the file begin as a log does, up to its access list?
+// Does the file begin with a log header whose first attribute is an access list?
 bool beginsAsLog(int fd);
 
 } // namespace qvledger

@@ -15,7 +15,7 @@ bool LogFile::fill(std::size_t size) {
             isOutOfMemory_ = true;
             return false;
         }
-        // Set for each read: a process that inherited the descriptor shares its position.
+        // Seek before each read, because a process that inherited the descriptor shares its position.
         const std::int64_t at = offset_ + static_cast<std::int64_t>(filled_);
         const int got =
             _lseeki64(fd_, at, SEEK_SET) == at
@@ -31,8 +31,8 @@ bool LogFile::fill(std::size_t size) {
     return true;
 }
 
-// Moves the item to the block's front, and makes the block larger only if it is full of the item: a damaged
-// length never takes more than twice what the file has.
+// Makes room after the bytes read: moves the item to the start of the block or, if it is there already,
+// doubles the block.  So a damaged length never allocates more than twice the file's size.
 bool LogFile::makeRoom() {
     if (begin_ != 0) {
         std::memmove(block_.get(), block_.get() + begin_, filled_ - begin_);

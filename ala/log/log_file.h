@@ -1,9 +1,8 @@
-// Reading an open log in large pieces.
+// Reads an open log in large pieces.
 //
 // The reader asks for the parts of an item (a record, a header, an access list entry) one after the other.
-// The item stays in one piece, with all parts that were asked for, until it is complete and consumed.  So an
-// item that turns out to be incomplete costs nothing: it is dropped, and read again from its first byte
-// later.
+// LogFile keeps all parts that were asked for, in one piece, until the reader consumes the item.  If the item
+// turns out to be incomplete, it can be read again from its first byte later.
 #pragma once
 
 #include <cstddef>
@@ -25,16 +24,19 @@ inline std::uint32_t nativeWord(const std::uint8_t *at) {
 class LogFile {
 public:
     LogFile() = default;
-    // The first item begins at the position.  The descriptor stays the caller's; reading moves it.
+    // The first item begins at the position.  The caller keeps ownership of the descriptor; reading moves its
+    // position.
     explicit LogFile(int fd, std::int64_t position = 0) : fd_(fd), offset_(position) {}
 
-    // The next bytes of the item, good until the next call; null when there are not as many.
+    // The next bytes of the item, valid until the next call.  Null if the file has fewer bytes left, cannot
+    // be read, or memory ran out; see error() and outOfMemory().
     const std::uint8_t *need(std::size_t size) {
         if (size > filled_ - reached_ && !fill(size)) [[unlikely]]
             return nullptr;
         return block_.get() + std::exchange(reached_, reached_ + size);
     }
-    // The same as a word in network byte order, and in the machine's.
+    // The next word, converted from network byte order, or as it is.  False, and 0 in the word, if need()
+    // fails.
     bool needNetWord(std::uint32_t *word) {
         const bool isThere = needNativeWord(word);
         *word = fromNetworkOrder(*word);
@@ -46,43 +48,44 @@ public:
         return at != nullptr;
     }
 
-    // The item, as far as it was asked for.
+    // The part of the item that was asked for so far.
     const std::uint8_t *item() const { return block_.get() + begin_; }
     std::size_t itemSize() const { return reached_ - begin_; }
-    // Where it begins in the file.
+    // The item's offset in the file.
     std::int64_t position() const { return offset_ + static_cast<std::int64_t>(begin_); }
 
-    // The next item begins where this one ends.  A block that was made larger for this one is released.
+    // Ends the item; the next one begins after it.  Releases a block that was enlarged for this item.
     void consume() {
         begin_ = reached_;
         if (room_ > kPiece) [[unlikely]]
             moveTo(position());
     }
-    // The next item begins there.  Everything that was read is dropped, so that changes of the file show.
+    // Starts the next item at the position.  Drops all bytes read so far, so that changes of the file are
+    // seen.
     void moveTo(std::int64_t position) { *this = LogFile(fd_, position); }
 
-    // Why there were not as many bytes: memory ran out; the system's reason (errno); or, if neither, the file
-    // ended, with or without some bytes of the item.
+    // Why need() failed: memory ran out; the read failed with this errno; or, if neither, the file ended.
+    // isAtEnd(): it ended where an item would begin, not inside one.
     bool outOfMemory() const { return isOutOfMemory_; }
     int error() const { return error_; }
     bool isAtEnd() const { return isEnd_ && begin_ == filled_; }
-    // The position up to which the item could be read.
+    // The file offset up to which the item could be read.
     std::int64_t reach() const { return offset_ + static_cast<std::int64_t>(isEnd_ ? filled_ : reached_); }
 
 private:
-    // Bytes of one read.  The C library may map a block of 128 KiB, or of more, again for each log.
+    // Bytes of one read.  The C library may map and unmap blocks of 128 KiB or more for each log.
     static constexpr std::size_t kPiece = 120 * 1024;
 
     bool fill(std::size_t size);
     bool makeRoom();
 
     int fd_ = -1;
-    std::int64_t offset_ = 0; // of the block in the file
+    std::int64_t offset_ = 0; // of the block, in the file
     Malloced<std::uint8_t> block_;
     std::size_t room_ = 0;
-    std::size_t begin_ = 0;   // the item, in the block
-    std::size_t reached_ = 0; // what was asked for
-    std::size_t filled_ = 0;  // what was read
+    std::size_t begin_ = 0;   // of the item, in the block
+    std::size_t reached_ = 0; // end of the bytes asked for
+    std::size_t filled_ = 0;  // end of the bytes read
     int error_ = 0;
     bool isEnd_ = false;
     bool isOutOfMemory_ = false;

@@ -1,4 +1,4 @@
-// The bytes at the log's position as one job record.
+// Reads the next job record of an open log.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,10 +14,10 @@ using namespace qvledger;
 
 namespace {
 
-// What the two reading operations do differently, beside the wording of some lines.
+// How the two operations differ, besides the wording of some log lines.
 struct ReaderRules {
     const char *operation;
-    bool isFirst; // after a failure back to the file's first byte; otherwise to the record's
+    bool isFirst; // after a failure the log is at byte 0; otherwise at the record
 };
 
 constexpr ReaderRules kFirstRecord = {"ALA_GetFirstJobRecord", true};
@@ -69,7 +69,8 @@ static ALA_retCode_t readCounts(LogFile &in, std::uint32_t verNum, const ReaderR
     return ALA_N_NORMAL;
 }
 
-// The failure of a read inside the attributes; a count of values stands for "none read yet" as 0.
+// A read failed inside the attributes.  valueIndex and valueCount are 0 if the attribute's tag could not be
+// read.
 static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t attrIndex, std::uint32_t attrCount,
                                std::uint32_t valueIndex, std::uint32_t valueCount) {
     const auto attr = static_cast<std::int32_t>(attrIndex);
@@ -126,7 +127,7 @@ static void logTag(const std::uint8_t *bytes, const ReaderRules &rules) {
     ALA_DETAIL("numAttrs: %d\n", numValues);
 }
 
-// Adds the number of the attribute's values.
+// Adds the attribute's number of values to *values.
 static ALA_retCode_t readAttribute(LogFile &in, std::uint32_t attr, const ReaderRules &rules,
                                    const Counts &counts, std::size_t *values) {
     const std::uint8_t *tag = in.need(sizeof(attrTag));
@@ -147,7 +148,7 @@ static ALA_retCode_t readAttribute(LogFile &in, std::uint32_t attr, const Reader
     return ALA_N_NORMAL;
 }
 
-// Points the nodes to their values in the record's bytes.
+// Fills the nodes from the record's bytes and points them to their values there.
 static void setNodes(std::uint32_t numAttr, const RecordParts &parts) {
     std::uint8_t *at = parts.bytes;
     GEN_string *value = parts.values;
@@ -165,7 +166,7 @@ static void setNodes(std::uint32_t numAttr, const RecordParts &parts) {
     }
 }
 
-// Finds out that the record is whole before it makes anything of it.
+// Reads the whole record before it allocates the result.
 static ALA_retCode_t readRecord(LogFile &in, std::uint32_t verNum, const ReaderRules &rules,
                                 Malloced<record> &jobRecord) {
     Counts counts = {};
@@ -190,16 +191,16 @@ static ALA_retCode_t readRecord(LogFile &in, std::uint32_t verNum, const ReaderR
     return ALA_N_NORMAL;
 }
 
-// Where a record does not read, and why.
+// Logs where and why a record could not be read.
 static void logPlace(const logParams &log, ALA_retCode_t result) {
     const LogFile &in = log.bytes;
     const char *why = in.error() != 0 ? std::strerror(in.error()) : "the file ends";
-    ALA_DETAIL("%s: the record at byte %lld does not read beyond byte %lld: %s\n", log.logName,
+    ALA_DETAIL("%s: the record at byte %lld cannot be read after byte %lld: %s\n", log.logName,
                static_cast<long long>(in.position()), static_cast<long long>(in.reach()),
-               result == ALA_A_NO_MORE_JOB ? "it counts no attributes" : why);
+               result == ALA_A_NO_MORE_JOB ? "it has no attributes" : why);
 }
 
-// After a failed read: sets the file's position, and releases what was read of the record, if anything.
+// Cleans up after a failed read: sets the file's position and frees the record, if there is one.
 static void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd,
                                      std::int64_t in_offset, std::int32_t in_pos) {
     static_cast<void>(_lseeki64(*inoutp_fd, in_offset, in_pos));

@@ -41,7 +41,7 @@ static bool setVariable(const char *name, const char *data) {
     const Malloced<char> assignment(_ALA_AddChar(head.get(), data));
     if (assignment == nullptr)
         return false;
-    static_cast<void>(_putenv(assignment.get())); // a name that is none sets nothing
+    static_cast<void>(_putenv(assignment.get())); // an invalid name is ignored
     return true;
 }
 
@@ -55,14 +55,14 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
         openKey(kCommonEnvironmentKey, KEY_READ, key) != ERROR_SUCCESS) {
         logRegistryTrouble();
         if (*OS_RegistryTrouble() == '\0')
-            ALA_DETAIL("%s is not there, or has no key %s and none for all servers\n", OS_RegistryPath(),
-                       path.get());
+            ALA_DETAIL("%s does not exist, or has neither the key %s nor one for all servers\n",
+                       OS_RegistryPath(), path.get());
         return -1;
     }
 
     for (DWORD index = 0;; ++index) {
         char achValue[kSettingSize] = "";
-        char envValue[kSettingSize + 1] = ""; // data may come without a terminator
+        char envValue[kSettingSize + 1] = ""; // data need not be NUL-terminated
         DWORD nameSize = kSettingSize;
         DWORD dataSize = kSettingSize;
         DWORD type = 0;
@@ -71,7 +71,7 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
         if (result == ERROR_NO_MORE_ITEMS)
             return 0;
         if (result != ERROR_SUCCESS)
-            return ALA_FAIL(-1, "value %u of the settings for %s cannot be taken, error %d",
+            return ALA_FAIL(-1, "value %u of the settings for %s cannot be used, error %d",
                             static_cast<std::uint32_t>(index) + 1, path.get(),
                             static_cast<std::int32_t>(result));
         if (!setVariable(achValue, envValue))

@@ -16,14 +16,14 @@
 
 using namespace qvledger;
 
-static std::int32_t mutexInit = 0; // control word of the once-only set-up
+static std::int32_t mutexInit = 0; // control word of THR_Once
 
 static void ALA__InitOnce() {
     GENU_TimeZoneInit();
 }
 
-// QV_ROOT followed by "/share/oid", with the server's service environment loaded first.  One at a time: the
-// root of a server must not be taken for another's.
+// Loads the server's settings into the environment, and appends "/share/oid" to QV_ROOT.  Locks, because
+// another thread could load another server's QV_ROOT in between.
 static ALA_retCode_t defaultOidPath(const char *svrName, Malloced<char> &path) {
     static std::mutex environmentLock;
     const std::lock_guard guard(environmentLock);
@@ -93,8 +93,7 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
         result != ALA_N_NORMAL)
         return result;
 
-    // What these three cannot set up shows where it is used: a lock that does not lock, a domain without a
-    // text.
+    // Failures of these three show later: a mutex cannot be locked, or the machine's domain is null.
     static_cast<void>(THR_Once(&mutexInit, ALA__InitOnce));
     ALA__InitMutex();
     ALA__EACL_Init();
@@ -107,7 +106,7 @@ ALA_retCode_t ALA_SetTimeForm(ALA_handle_t alaHandle, ALA_timeForm_t form) {
     if (const ALA_retCode_t valid = checkHandle(alaHandle, "ALA_SetTimeForm"); valid != ALA_N_NORMAL)
         return valid;
     if (form != ALA_TIME_AS_REPORTED && form != ALA_TIME_ISO_8601)
-        return ALA_FAIL(ALA_A_INVALID_ARG, "form %d is none in ALA_SetTimeForm; ALA_A_INVALID_ARG", form);
+        return ALA_FAIL(ALA_A_INVALID_ARG, "form %d is unknown in ALA_SetTimeForm; ALA_A_INVALID_ARG", form);
     alaHandle->timeForm = form;
     return ALA_N_NORMAL;
 }

@@ -11,7 +11,7 @@ char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da
     if (in_da == nullptr)
         return nullptr;
     if (in_da->choice == GEN_MHS_ADDRESS) {
-        char *address = nullptr; // stays so when there is none
+        char *address = nullptr; // stays null if there is no address
         static_cast<void>(GEN_X400ToInternetMailAddress(inoutp_status, &address, &in_da->u.mhsAddress, 0));
         return address;
     }

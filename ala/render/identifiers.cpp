@@ -1,4 +1,4 @@
-// Values that name things: identifiers, media, pages, and lists of them.
+// Renders values that name things: identifiers, media, pages, and lists of them.
 #include "ala/render/identifiers.h"
 
 #include "ala/render/formatters.h"
@@ -13,7 +13,7 @@ const RenderFailure *qvledger::renderOid(Rendering &rendering, const GEN_oid_t &
                                                                                                   : &kUnknown;
 }
 
-// All elements in one value, separated by a space.
+// Renders all elements as one value, separated by a space.
 template <class Node, class AddElement>
 static const RenderFailure *renderList(Rendering &rendering, const Node &head, AddElement add) {
     for (const Node *node = &head; node != nullptr; node = node->next) {

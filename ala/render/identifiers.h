@@ -1,4 +1,4 @@
-// Render functions of object identifiers and of lists.
+// Render functions for object identifiers and for lists.
 #pragma once
 
 #include "ala/render/value_types.h"

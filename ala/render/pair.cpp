@@ -16,11 +16,11 @@ using namespace qvledger;
 
 namespace {
 
-// A pair with its first value, the text of which is followed by the name.
+// A pair with its first value, whose text is followed by the attribute's name.
 struct PairBlock {
-    ALA_attrPair pair;     // what the caller sees; first, so that its address is this record's
+    ALA_attrPair pair;     // for the caller; first, so that both have the same address
     AS_attrValType_t type; // of the values
-    bool isUsual;          // has the size that is kept for the next pair
+    bool isUsual;          // has kUsualPair bytes and can be reused
     attributeVal *last;
     ValueBlock first;
 };
@@ -31,12 +31,12 @@ static PairBlock *blockOf(ALA_attrPair *pair) {
     return reinterpret_cast<PairBlock *>(pair);
 }
 
-// One block is kept between pairs, which are made and released in turn: malloc and free for each would cost
-// as much as a good part of the rendering.
+// Each thread keeps one released block for the next pair, because malloc and free for each pair would add
+// noticeably to the cost of rendering.
 constexpr std::size_t kUsualPair = 512; // bytes
 constexpr std::size_t kLongestText = std::numeric_limits<std::uint32_t>::max();
 static thread_local PairBlock *spare;
-static thread_local bool isSpareWatched; // and released at the thread's end
+static thread_local bool isSpareWatched; // the spare is released when the thread ends
 
 static PairBlock *allocatePair(std::size_t size) {
     PairBlock *block = size <= kUsualPair ? std::exchange(spare, nullptr) : nullptr;
@@ -61,7 +61,7 @@ static char *putText(char *to, std::string_view text) {
     return to + text.size() + 1;
 }
 
-// Gives the address after the text.
+// Returns the address after the text's NUL.
 static char *setValue(ValueBlock *value, std::string_view text) {
     char *to = reinterpret_cast<char *>(value) + offsetof(ValueBlock, text);
     value->node = {to, nullptr};
@@ -130,7 +130,7 @@ static const RenderFailure *addValue(std::string_view text, const attrValNode &n
     return nullptr;
 }
 
-// Adds the values of a text that has several, or none.  On failure the pair is as it was.
+// Adds `count` values, which are separated by a NUL in `texts`.  On failure the pair is unchanged.
 static const RenderFailure *addValues(std::string_view texts, std::uint32_t count, const attrValNode &node,
                                       std::string_view name, ALA_attrPair **pair) {
     const bool isNew = *pair == nullptr;
@@ -152,7 +152,7 @@ static const RenderFailure *addValues(std::string_view texts, std::uint32_t coun
     return nullptr;
 }
 
-// What follows the rendering of a value, whatever came of it.
+// Adds the rendered text to the pair, and logs a failure.
 static ALA_retCode_t deliver(Rendering &rendering, const RenderFailure *rendered, const attrValNode &node,
                              std::string_view name, ALA_attrPair **pair) {
     static constexpr RenderFailure kNoMemoryForText = {
@@ -205,7 +205,7 @@ void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
 
 namespace {
 
-// The value record, released on every path.
+// Releases the value record on every path.
 class ValueRecord {
 public:
     ValueRecord(void *value, AS_attrValDesc_t description) : value_(value), description_(description) {}

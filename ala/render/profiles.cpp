@@ -1,4 +1,4 @@
-// Profiles: records of several items, each with words of its own for what is absent.
+// Renders profiles: records of several items, each with its own text for an absent part.
 #include "ala/render/profiles.h"
 
 #include "ala/render/formatters.h"
@@ -6,15 +6,15 @@
 
 using namespace qvledger;
 
-// Is it of a form that becomes a text, unless memory runs out?
+// Does the address have a form that is rendered?
 static bool hasText(const GEN_deliveryAddress *address) {
     return address != nullptr &&
            (address->choice == GEN_ADDRESS_OCTET_STRING ||
             (address->choice == GEN_MHS_ADDRESS && address->u.mhsAddress.attributes != nullptr));
 }
 
-// Appends the address and behind; false when it has no text.
-static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, const char *behind) {
+// Appends the address and the suffix; false if the address has no text.
+static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, const char *suffix) {
     const Malloced<char> address(ALA__DAToAscii(rendering.status, record));
     if (address == nullptr) {
         if (hasText(record))
@@ -22,16 +22,16 @@ static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, 
         return false;
     }
     rendering.text.add(address.get());
-    rendering.text.add(behind);
+    rendering.text.add(suffix);
     return true;
 }
 
 const RenderFailure *qvledger::renderDeliveryAddress(Rendering &rendering, const GEN_deliveryAddress &value) {
-    addAddress(rendering, &value, ""); // or nothing
+    addAddress(rendering, &value, ""); // adds nothing if it has no text
     return nullptr;
 }
 
-// An item of an event handling profile: what there is, or "NULL", and a blank.
+// Ends an item of an event handling profile with a space, after "NULL" if the item is absent.
 static void endItem(bool there, Text &text) {
     text.add(there ? " " : "NULL ");
 }
@@ -75,7 +75,7 @@ const RenderFailure *qvledger::renderEventHandlingProfile(Rendering &rendering,
     if (profile.ehpDeliveryAddr_o == nullptr)
         endItem(false, text);
     else
-        addAddress(rendering, profile.ehpDeliveryAddr_o, " "); // one without a text is no item at all
+        addAddress(rendering, profile.ehpDeliveryAddr_o, " "); // an address without text adds no item
     addLocale(rendering, profile.ehpLocale_o);
     return nullptr;
 }
@@ -101,7 +101,7 @@ const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const 
         text.add("NULL");
     else
         addStrippedName(status, *rendering.context.oidHandle, text,
-                        *profile.deliveryMethod_o); // or nothing
+                        *profile.deliveryMethod_o); // adds nothing if unknown
 
     text.add(' ');
     if (profile.resultsSetComment_o == nullptr || !addText(status, text, profile.resultsSetComment_o))

@@ -1,4 +1,4 @@
-// Render functions of profiles and addresses.
+// Render functions for profiles and addresses.
 #pragma once
 
 #include "ala/render/value_types.h"

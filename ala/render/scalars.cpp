@@ -1,4 +1,4 @@
-// Numbers, enumerations and times.
+// Renders numbers, enumerations and times.
 #include "ala/render/scalars.h"
 
 #include <charconv>
@@ -23,9 +23,9 @@ const RenderFailure *qvledger::renderShort(Rendering &rendering, const std::int1
     return nullptr;
 }
 
-// As "%f" in the C locale: a report's numbers read the same everywhere.
+// Like "%f" in the C locale, so that a report's numbers look the same everywhere.
 const RenderFailure *qvledger::renderReal(Rendering &rendering, const double &value) {
-    char digits[330]; // the largest has 309 before the point
+    char digits[330]; // up to 309 before the decimal point
     const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
     rendering.text.add({digits, end.ptr});
     return nullptr;

@@ -1,4 +1,4 @@
-// Render functions of numbers, word lists and times.
+// Render functions for numbers, enumerations and times.
 #pragma once
 
 #include "ala/render/value_types.h"

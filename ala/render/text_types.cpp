@@ -1,4 +1,4 @@
-// Texts and distinguished name strings.
+// Renders texts and distinguished name strings.
 #include "ala/render/text_types.h"
 
 #include <cstring>
@@ -36,7 +36,7 @@ const RenderFailure *qvledger::renderSimpleName(Rendering &rendering, const GEN_
     return nullptr;
 }
 
-// The name of the syntax and a colon, if there is one, then the name.
+// Appends the name, after the name of its syntax and a colon if it has a syntax.
 static bool addDistName(Rendering &rendering, const GEN_distNameString &name) {
     if (name.name_syntax_o != nullptr) {
         ALA__NameOrOidToAscii(rendering.status, *rendering.context.oidHandle, rendering.text,
@@ -46,7 +46,7 @@ static bool addDistName(Rendering &rendering, const GEN_distNameString &name) {
     return addText(rendering.status, rendering.text, &name.name);
 }
 
-// The value shows all of it or nothing.
+// Renders the whole name or nothing.
 const RenderFailure *qvledger::renderDistName(Rendering &rendering, const GEN_distNameString &name) {
     const bool isThere = addDistName(rendering, name);
     if (!isThere || rendering.text.failed())
@@ -54,7 +54,7 @@ const RenderFailure *qvledger::renderDistName(Rendering &rendering, const GEN_di
     return isThere ? nullptr : &kExtractTextFailed;
 }
 
-// This type alone gives several values, or, if it fails, none.
+// Renders several values, or none on failure.  The only type that does.
 const RenderFailure *qvledger::renderDistNameSeq(Rendering &rendering, const GEN_distNameStringSeq &head) {
     static constexpr RenderFailure kNoText = {ALA_A_OUT_OF_MEMORY,
                                               "strdup failed for tmpNode->value in ALA__GetAttribute"};

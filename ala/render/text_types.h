@@ -1,4 +1,4 @@
-// Render functions of texts and names of people and places.
+// Render functions for texts and for names of people and places.
 #pragma once
 
 #include "ala/render/value_types.h"

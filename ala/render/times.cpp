@@ -11,7 +11,7 @@
 using namespace qvledger;
 
 constexpr std::size_t kTimeSize = 100;  // bytes of a time's text
-constexpr std::int32_t kTmEpoch = 1900; // year 0 of tm_year
+constexpr std::int32_t kTmEpoch = 1900; // the year in which tm_year is 0
 
 static std::int32_t yearForTm(const GEN_generalizedTime &time) {
     return time.utc == 1 ? time.year : time.year - kTmEpoch;
@@ -28,16 +28,18 @@ static std::time_t instantOfUtc(const GEN_generalizedTime &time) {
     return _mkgmtime(&utc);
 }
 
-// The instant of a local time, given as if it were one of Coordinated Universal Time.  -1 when there is none.
+// The instant of a local time, which is passed as if it were Coordinated Universal Time.  -1 if it cannot be
+// converted.
 static std::time_t instantOf(std::time_t local) {
     std::tm time = {};
-    static_cast<void>(gmtime_s(&time, &local)); // which can hold the years of all records
+    static_cast<void>(gmtime_s(&time, &local)); // cannot fail for the years of a record
     time.tm_isdst = -1;
     const std::time_t instant = std::mktime(&time);
     if (instant == -1)
         return -1;
-    // A local time that the clocks jump over gets the offset before or behind the gap, by what the C library
-    // converted last.  The one before counts: what mktime shows is then later than what it was asked for.
+    // For a local time that the clocks skip, mktime uses the offset before or after the gap, depending on its
+    // previous conversion.  Always use the offset before the gap: with it, mktime's local time is later than
+    // the one passed in.
     const std::time_t shown = _mkgmtime(&time);
     return shown < local ? instant + (local - shown) : instant;
 }
@@ -46,10 +48,9 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     if (inp_UTC == nullptr)
         return 1;
     *outp_unixTime = 0;
-    // mktime reads local time.  Shifting the fields by the zone's standard offset makes it give the instant
-    // that the record means; whether summer time applies is left to it.
-    // In range again before mktime sees them: it would settle summer time by the fields as they stand, and
-    // then by whatever it converted last.
+    // mktime expects local time, so shift the time by the zone's standard offset; mktime decides whether
+    // summer time applies.  The sum is normalised first: for fields out of range, that decision would depend
+    // on mktime's previous conversion.
     const std::time_t local = instantOfUtc(*inp_UTC) - _timezone;
     Lock lock(timeLock);
     if (!lock.isLocked())
@@ -97,7 +98,7 @@ std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
     if (ALA__ConvertUTCToUnix(inp_GMTTime, &time1) != 0)
         return 1;
     std::tm local = {};
-    static_cast<void>(SYSU_Localtime_r(&time1, &local)); // mktime has just made this instant from local time
+    static_cast<void>(SYSU_Localtime_r(&time1, &local)); // cannot fail: mktime made time1
     return ALA__MakeGeneralizedTime(outp_localTime, &local, 0);
 }
 
@@ -119,7 +120,7 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
     return 0;
 }
 
-// Writes a number as that many digits, leading zeros included.
+// Writes the number with that many digits, including leading zeros.
 static char *putDigits(char *text, std::int32_t number, std::int32_t digits) {
     for (std::int32_t i = digits; i-- > 0; number /= 10)
         text[i] = static_cast<char>('0' + number % 10);
@@ -146,7 +147,8 @@ std::string_view qvledger::clockTime(const GEN_generalizedTime &time, char (&tex
     return {text, at};
 }
 
-// All of it is digits, which no locale changes: the process's stays as it is, for other threads' sake.
+// The text consists of digits, which no locale changes.  So the locale argument is ignored, and the process's
+// locale does not change under other threads.
 std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *,
                                          char **outp_asciiTime) {
     if (inp_gt == nullptr)
@@ -185,8 +187,8 @@ std::string_view qvledger::isoTime(const GEN_generalizedTime &utc, char (&text)[
     std::tm local = {};
     if (SYSU_Localtime_r(&instant, &local) == nullptr)
         return {};
-    // Offsets of old times have seconds, which the form has not: the clock goes by the minutes that are
-    // shown.
+    // Offsets of old times can have seconds, which this form cannot express.  Drop them, and show the clock
+    // time for the remaining offset.
     const auto offset = static_cast<int>((_mkgmtime(&local) - instant) / 60);
     const std::time_t shown = instant + std::time_t{60} * offset;
     static_cast<void>(gmtime_s(&local, &shown));
@@ -205,11 +207,11 @@ std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::i
     static constexpr std::int32_t kLeapOffset[] = {0, 3, 4, 0, 2, 5, 0, 3, 6, 1, 4, 6};
     static constexpr std::int32_t kCenturyOffset[] = {0, 6, 4, 2};
     if (in_year < 0 || in_month < 1 || in_month > 12)
-        return 0; // no date of the calendar
+        return 0; // not a calendar date
     const std::int32_t month = in_month - 1;
     const std::int32_t century = in_year / 100 % 4;
     std::int32_t sum = kCenturyOffset[century] + 6;
-    if (century != 0 && in_year % 100 == 0) { // a century year that is no leap year
+    if (century != 0 && in_year % 100 == 0) { // a century year, not a leap year
         sum += kOffset[month];
     } else {
         sum += 5 * (in_year % 100 / 4);

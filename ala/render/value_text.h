@@ -1,4 +1,4 @@
-// The buffer in which a value's text grows.
+// A growing buffer for a value's text.
 #pragma once
 
 #include <charconv>
@@ -10,9 +10,9 @@
 
 namespace qvledger {
 
-// A text without a fixed limit.  It begins in a buffer of its maker's, and moves to memory of its own when it
-// outgrows that.  When memory runs out, here or for something that should have been added, the text stays as
-// it was, later additions are dropped, and failed() is true.
+// A text without a fixed limit.  It starts in the creator's buffer and moves to the heap when it outgrows the
+// buffer.  When memory runs out, here or for a part that was to be added, the text stays unchanged, later
+// additions are dropped and failed() is true.
 class Text {
 public:
     Text(char *room, std::size_t size) : text_(room), capacity_(size) {}
@@ -24,7 +24,7 @@ public:
         length_ += added.size();
     }
     void add(char character) { add(std::string_view(&character, 1)); }
-    // The characters up to a NUL, at most size.
+    // Adds the characters up to a NUL, at most `size`.
     void addUpToNul(const void *bytes, std::size_t size) {
         const auto *characters = static_cast<const char *>(bytes);
         add({characters, strnlen(characters, size)});
@@ -35,7 +35,7 @@ public:
         add({digits, std::to_chars(digits, digits + sizeof digits, number).ptr});
     }
 
-    // Becomes a text from malloc, which is taken over.
+    // Replaces the text by a string from malloc and takes ownership of the string.
     void replace(char *string);
 
     void clear() { length_ = 0; }
@@ -47,7 +47,7 @@ private:
     bool grow(std::size_t added);
 
     Malloced<char> own_;
-    char *text_;           // in own or in the maker's buffer
+    char *text_;           // in own_ or in the creator's buffer
     std::size_t capacity_; // bytes
     std::size_t length_ = 0;
     bool noMemory_ = false;

@@ -1,4 +1,4 @@
-// What each value type number stands for.
+// Maps each value type number to its functions.
 #include "ala/render/value_types.h"
 
 #include <algorithm>
@@ -20,8 +20,7 @@ constexpr RenderFailure qvledger::kRefused = {ALA_A_ODPUNPACK_ERROR, ""};
 
 // ---- How values are read and rendered ----
 
-// Of a type whose text a formatter makes: it takes a status, the database handle, the text that it appends
-// to, and the value.
+// For a type whose text a formatter makes.
 template <auto *kFormatter, class Record>
 static const RenderFailure *formatted(Rendering &rendering, const Record &record) {
     kFormatter(rendering.status, *rendering.context.oidHandle, rendering.text, &record);
@@ -32,7 +31,7 @@ static const RenderFailure *renderNothing(Rendering &, const GEN_eACL &) {
     return nullptr;
 }
 
-// A record.
+// For a record.
 template <class Record, const RenderFailure *(*kRender)(Rendering &, const Record &)>
 static constexpr ValueForm value = {[](XdrReader &in) -> void * {
                                         auto *record = in.make<Record>();
@@ -49,7 +48,7 @@ static constexpr ValueForm value = {[](XdrReader &in) -> void * {
                                         return in.isWhole() ? kRender(rendering, record) : &kRefused;
                                     }};
 
-// A chain of nodes with their element in the member named, given by its first node.
+// For a chain of nodes, passed by its first node; kElement is the member with the element.
 template <class Node, auto kElement, const RenderFailure *(*kRender)(Rendering &, const Node &)>
 static constexpr ValueForm chain = {[](XdrReader &in) -> void * { return unpackChain<Node>(in, kElement); },
                                     [](Rendering &rendering, const void *head) {
@@ -66,7 +65,7 @@ static std::string_view asText(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
-// Texts that are shown as they are packed.
+// For texts that are shown as they are packed.
 static constexpr ValueForm characters = {
     [](XdrReader &in) -> void * { return in.characters(); },
     [](Rendering &rendering, const void *record) -> const RenderFailure * {

@@ -1,4 +1,4 @@
-// The table of value types: how a packed value of each is read, and how it becomes text.
+// The table of value types: how a packed value of each type is read and rendered as text.
 #pragma once
 
 #include <cstdint>
@@ -13,26 +13,25 @@
 
 namespace qvledger {
 
-constexpr std::size_t kValueSize = 256; // bytes of the buffer in which a value's text begins
+constexpr std::size_t kValueSize = 256; // bytes of the initial buffer for a value's text
 
-// What went wrong with a value: the code, and the log's text with the attribute's decoid as its one argument.
+// A failed value: the return code, and a log text, which may show the attribute's decoid with %s.
 struct RenderFailure {
     ALA_retCode_t code;
     const char *message;
 };
 
-// The bytes are not a value of the type, or memory ran out while they were read; the log's text is the
-// caller's.
+// The bytes are not a value of the type, or memory ran out while they were read.  The caller logs it.
 extern const RenderFailure kRefused;
 
-// What rendering needs to know beside the value.
+// What rendering needs besides the value.
 struct RenderContext {
     void **oidHandle;
     ALA_timeForm_t timeForm = ALA_TIME_AS_REPORTED;
-    PlainDays *plainDays = nullptr; // null: every time is converted
+    PlainDays *plainDays = nullptr; // null: the C library converts every time
 };
 
-// One value on its way to text.
+// One value while it is rendered.
 struct Rendering {
     explicit Rendering(const RenderContext &of) : context(of) {}
 
@@ -40,36 +39,36 @@ struct Rendering {
     StatusList status;
     char room[kValueSize];
     Text text{room, sizeof room};
-    std::uint32_t values = 1;   // that the text has, with a NUL between them
-    std::string_view view = {}; // the text instead, if it has data
+    std::uint32_t values = 1;   // number of values in the text, separated by NUL
+    std::string_view view = {}; // used instead of the text if its data is not null
 };
 
-// The functions of a type.  Those that render give null on success.
+// The functions of a type.  The two that render return null on success.
 struct ValueForm {
-    // The record in the reader's memory; null for an empty chain, and if the reader failed.
+    // Unpacks a record into the reader's memory.  Null for an empty chain, or if the reader failed.
     void *(*unpack)(XdrReader &inoutp_in);
     const RenderFailure *(*render)(Rendering &inoutp_rendering, const void *inp_record);
-    // Both in one, without a record that outlives the call.  Also kRefused.
+    // Unpacks and renders at once, without a record that outlives the call.  Can also return kRefused.
     const RenderFailure *(*renderPacked)(XdrReader &inoutp_in, Rendering &inoutp_rendering);
 };
 
-// One row a value type.
+// One row per value type.
 struct ValueType {
     AS_attrValType_t type;
     ValueForm form;
-    ALA_valueKind_t kind = ALA_KIND_TEXT; // of what it renders
+    ALA_valueKind_t kind = ALA_KIND_TEXT; // of the rendered text
 };
 
-// The row of a type; null for one that the system does not know, which renders as empty text.
+// The row of a type; null for an unknown type, which renders as an empty text.
 const ValueType *findValueType(AS_attrValType_t type);
 
 } // namespace qvledger
 
 extern "C" {
 
-// in_length bytes into a record of the type, which outp_desc->deleteFunc releases.  *outpp_value is null for
-// an empty chain, and on failure.  A type that the system does not know takes its bytes as they are.  0,
-// ODP_E_REFUSED or ODP_E_NO_MEMORY.
+// Unpacks in_length bytes into a record of the type, which outp_desc->deleteFunc releases.  An unknown type
+// gets a copy of its bytes.  *outpp_value is null for an empty chain and on failure.
+// 0, ODP_E_REFUSED: the bytes are not a value of the type, or ODP_E_NO_MEMORY.
 std::int32_t ODP_UnpackAV(STF_l__hdr *in_status, std::int32_t in_length, const void *inp_bytes,
                           AS_attrValType_t in_type, void **outpp_value, AS_attrValDesc_t *outp_desc);
 

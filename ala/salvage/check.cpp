@@ -1,4 +1,4 @@
-// Opening a log to check it, and checking it.
+// Opens a log to check it, and checks it.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -17,15 +17,15 @@
 
 using namespace qvledger;
 
-// What rendering a record may take: the record with a document's copy of it, and the longest of its
-// attributes with its texts, which are many times as long at worst (docs/architecture.md).
+// Limits the memory for rendering a record: four times its bytes, for the record and a document's copy of it,
+// and 36 times those of its longest attribute, whose texts can be many times as long.
 constexpr std::int64_t kMostMemory = 48 << 20;
 constexpr std::int64_t kOfRecord = 4;
 constexpr std::int64_t kOfAttribute = 36;
 
 void CloseChecked::operator()(CheckedLog *log) const {
     if (log->log.fd != -1)
-        static_cast<void>(_close(log->log.fd)); // only read from: nothing can be lost
+        static_cast<void>(_close(log->log.fd)); // opened for reading, so nothing can be lost
     delete log;
 }
 
@@ -47,7 +47,8 @@ static CheckResult openFile(ALA_handle_t handle, const char *name, std::int32_t 
         error};
 }
 
-// What the header says beside the access list's entries.  It was read before, and was sound.
+// Reads the header's other words, besides the access list entries.  lookUpPermission has already read the
+// header successfully.
 static CheckResult readHeaderWords(CheckedLog &log) {
     LogBytes bytes(log.log.fd, log.size);
     const bool hasDate = log.log.verNum >= kVersionWithDate;
@@ -66,7 +67,7 @@ static CheckResult readHeaderWords(CheckedLog &log) {
     return {};
 }
 
-// Are only the last bytes of a header missing?  A length that leads far past the end is damage.
+// Is only the end of the header missing?  A length that reaches far past the end is damage.
 static bool isCutHeader(int fd, std::int64_t size) {
     constexpr std::uint32_t kLongestEntry = 64 << 10;
     LogBytes bytes(fd, size);
@@ -93,7 +94,7 @@ static bool isCutHeader(int fd, std::int64_t size) {
     return false;
 }
 
-// Why the header could not be read, or the caller not be looked up.
+// The result for a header that could not be read, or a caller whose identity is unknown.
 static CheckResult headerFailure(const CheckedLog &log, const char *name, ALA_retCode_t code, int error) {
     switch (code) {
     case ALA_A_FAIL_READ_LOG_FILE:
@@ -126,7 +127,7 @@ CheckResult qvledger::openToCheck(ALA_handle_t handle, const char *name, OpenChe
     OS_fileIdentity identity = {};
     if (OS_IdentifyDescriptor(log->log.fd, &identity) != 0 || !identity.regular)
         return {CheckOutcome::NotAFile,
-                ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s is no file on a disk", name), 0};
+                ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s is not a regular file", name), 0};
     log->log.bytes = LogFile(log->log.fd);
     log->size = identity.size;
     std::int32_t admitted = 0;
@@ -139,7 +140,7 @@ CheckResult qvledger::openToCheck(ALA_handle_t handle, const char *name, OpenChe
                          name),
                 0};
     log->headerEnd = log->log.bytes.position();
-    log->size = std::max(identity.size, log->headerEnd); // which a server may just have written
+    log->size = std::max(identity.size, log->headerEnd); // a server may have written the header meanwhile
     if (const CheckResult result = readHeaderWords(*log); result.outcome != CheckOutcome::Done)
         return result;
     opened = std::move(log);
@@ -149,7 +150,7 @@ CheckResult qvledger::openToCheck(ALA_handle_t handle, const char *name, OpenChe
 static const char *textOf(Fault fault) {
     switch (fault) {
     case Fault::None:
-    case Fault::TooCostly: // not where a record is expected
+    case Fault::TooCostly: // does not occur where a record is expected
         break;
     case Fault::BadEnd:
         return "no record or end of file after the record";
@@ -190,7 +191,7 @@ public:
         }
         if (bytes.failed())
             return {CheckOutcome::CannotRead,
-                    ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "the log cannot be read to its end"), bytes.error()};
+                    ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "the log cannot be read completely"), bytes.error()};
         if (search.gaveUp())
             return {CheckOutcome::GaveUp, ALA_N_NORMAL, 0};
         const Fault fault = search.lastFault();
@@ -237,7 +238,7 @@ private:
         return attributes / head.docAttrPerDoc + (attributes % head.docAttrPerDoc != 0 ? 1 : 0);
     }
 
-    // Would the first record be sound if the header gave the other form of records?
+    // Would the first record be sound if the header had a version with the other form of record heads?
     bool isOfOtherVersion(LogBytes &bytes) const {
         const bool counts = log_.log.verNum >= kVersionWithCounts;
         RecordParser other(bytes, counts ? kVersionWithDate : kVersionWithCounts);

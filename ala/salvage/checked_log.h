@@ -1,4 +1,4 @@
-// A log that is being checked.
+// An open log that is being checked or saved.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 namespace qvledger {
 
 struct CheckedLog {
-    logParams log = {}; // for the operations that read records; fd -1 until it is open
+    logParams log = {}; // for the operations that read records; fd is -1 until the file is open
     std::int64_t size = 0;
     std::int64_t headerEnd = 0;
     std::uint32_t created = 0;

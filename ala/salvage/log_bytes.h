@@ -1,4 +1,4 @@
-// The bytes of a log that may be damaged, by position, in bounded memory, and a count of what reading costs.
+// Reads a log that may be damaged, at any position and in bounded memory, and counts what reading costs.
 #pragma once
 
 #include <cstddef>
@@ -10,32 +10,31 @@ namespace qvledger {
 
 class LogBytes {
 public:
-    // The first `size` bytes of an open file; what is appended later is not seen.
+    // Reads the first `size` bytes of an open file; bytes appended later are not seen.
     LogBytes(int fd, std::int64_t size) : fd_(fd), size_(size) {}
     LogBytes(const LogBytes &) = delete;
     LogBytes &operator=(const LogBytes &) = delete;
 
     std::int64_t size() const { return size_; }
 
-    // The bytes at a position, valid until the next call of a member.  Null where they reach past the end.
+    // The bytes at a position, valid until the next call of a member.  Null if they reach past the end or
+    // cannot be read.
     const std::uint8_t *at(std::int64_t position, std::size_t wanted) {
         if (scan_.has(position, wanted))
             return scan_.from(position);
         return probe_.has(position, wanted) ? probe_.from(position) : elsewhere(position, wanted);
     }
 
-    // The first position from `from` on, and before `until`, whose bytes look like a tag: a count of values
-    // below 2^24, and an object identifier that begins with a digit from 0 to 2, a dot and a digit.  `until`
-    // if there is none.
+    // The first position in [from, until) whose bytes look like a tag: a count of values below 2^24, and an
+    // object identifier that begins with a digit from 0 to 2, a dot and a digit.  `until` if there is none.
     std::int64_t nextTag(std::int64_t from, std::int64_t until);
 
-    // Could not all bytes be read, or was the file cut meanwhile?
+    // True if some bytes could not be read, or the file was truncated meanwhile.
     bool failed() const { return error_.has_value(); }
-    // The system's reason (errno); 0 if there are just fewer bytes.
+    // The errno; 0 if the file was truncated.
     int error() const { return error_.value_or(0); }
 
-    // What was looked at so far costs as much as reading that many bytes in order.  Bytes that nextTag passes
-    // are not counted.
+    // The cost of all reading so far, in bytes read in order.  Bytes that nextTag skips do not count.
     std::int64_t cost() const { return cost_; }
     void addCost(std::int64_t cost) { cost_ += cost; }
 
@@ -45,7 +44,7 @@ private:
         std::vector<std::uint8_t> bytes;
 
         bool has(std::int64_t position, std::size_t wanted) const {
-            const auto into = static_cast<std::uint64_t>(position - start); // huge if it lies before
+            const auto into = static_cast<std::uint64_t>(position - start); // huge if position < start
             return into <= bytes.size() && wanted <= bytes.size() - into;
         }
         const std::uint8_t *from(std::int64_t position) const { return bytes.data() + (position - start); }
@@ -56,8 +55,8 @@ private:
 
     int fd_;
     std::int64_t size_;
-    Window scan_;  // where tags are looked for
-    Window probe_; // where attributes are read
+    Window scan_;  // where nextTag searches
+    Window probe_; // where records and attributes are read
     std::int64_t cost_ = 0;
     std::optional<int> error_;
 };

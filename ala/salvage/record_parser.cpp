@@ -15,10 +15,10 @@
 using namespace qvledger;
 
 constexpr std::uint32_t kMost =
-    1 << 24; // attributes of a record, or values of an attribute; they take gigabytes
+    1 << 24; // attributes of a record, or values of an attribute; more would take gigabytes
 constexpr std::uint32_t kLongestUnpacked = 1 << 20; // bytes; longer values take too much memory
 
-// What steps cost, in bytes that are read in order.
+// The cost of steps, in bytes read in order.
 constexpr std::int64_t kCostOfTag = 240;
 constexpr std::int64_t kCostOfValue = 24;
 constexpr std::int64_t kCostOfNewIdentifier = 1500;
@@ -46,7 +46,7 @@ Fault RecordParser::readHead(std::int64_t tag, RecordHead *head) {
     return at != nullptr && head->numAttr <= (bytes_.size() - tag) / kTagSize ? Fault::None : Fault::PastEnd;
 }
 
-// The same identifiers occur again and again, so sound ones are remembered.
+// Sound identifiers are remembered, because logs repeat them.
 bool RecordParser::readIdentifier(const std::uint8_t *tag, std::uint64_t *number) {
     constexpr std::size_t kRemembered = 4096;
     const char *decoid = reinterpret_cast<const char *>(tag + offsetof(attrTag, decoid));
@@ -63,7 +63,7 @@ bool RecordParser::readIdentifier(const std::uint8_t *tag, std::uint64_t *number
     return true;
 }
 
-// Values of unknown types, and long ones, may have any bytes.
+// A value of an unknown type, or a long one, is always accepted.
 Fault RecordParser::checkValue(std::int64_t position, std::uint32_t length, const ValueType *known) {
     if (known == nullptr || length > kLongestUnpacked)
         return Fault::None;
@@ -83,7 +83,7 @@ Fault RecordParser::checkValue(std::int64_t position, std::uint32_t length, cons
     return in.isWhole() && have == length ? Fault::None : Fault::BadValue;
 }
 
-// Adds the attribute at the run's end, if it is sound.
+// Adds the attribute at the run's end if it is sound.
 Fault RecordParser::addAttribute(Run &run, std::int64_t limit) {
     const std::uint8_t *tag = bytes_.at(run.end, kTagSize);
     if (tag == nullptr)

@@ -1,4 +1,4 @@
-// Heads and attributes of records, in the bytes of a log that may be damaged.
+// Reads heads and attributes of records in a log that may be damaged.
 #pragma once
 
 #include <cstdint>
@@ -13,20 +13,19 @@ namespace qvledger {
 
 struct ValueType;
 
-// What is wrong where a record or an attribute was expected.
+// What is wrong where a record or an attribute is expected.
 enum class Fault : std::uint8_t {
     None,
-    PastEnd, // the log ends before it does
-    CutOff,  // likewise, and nothing else is wrong: its type is known, and what is there of its values is
-             // sound
+    PastEnd, // the log ends inside it
+    CutOff,  // the log ends inside an attribute of a known type, and its values are sound up to that point
     ZeroCount,
     BadCounts,
     BadIdentifier,
     BadLength,
     BadValue,
-    MoreAttributes, // follow the record than it counts
-    TooCostly,      // to look at
-    BadEnd,         // the record is whole, but neither another one nor the log's end follows it
+    MoreAttributes, // than the record's head gives
+    TooCostly,      // to read on
+    BadEnd,         // the record is complete, but neither a record nor the log's end follows
 };
 
 // The words before a record's first attribute.
@@ -35,24 +34,24 @@ struct RecordHead {
     std::uint32_t numJobAttr;
     std::uint32_t docAttrPerDoc;
 
-    // Are there as many attributes as whole documents need?
+    // Do the document attributes fill whole documents?
     bool documentsFill() const {
         return numAttr == numJobAttr || (docAttrPerDoc != 0 && (numAttr - numJobAttr) % docAttrPerDoc == 0);
     }
 };
 
-// Sound attributes, each of which begins where the one before it ends, and the reason why no more follow.
+// A run of adjacent sound attributes, and why it ends.
 struct Run {
-    std::int64_t begin;     // the first one's tag
-    std::int64_t end;       // of the last one
-    std::int64_t last;      // the last one's tag
-    std::uint32_t lastType; // of its values
+    std::int64_t begin;     // the first attribute's tag
+    std::int64_t end;       // of the last attribute
+    std::int64_t last;      // the last attribute's tag
+    std::uint32_t lastType; // type of its values
     std::uint32_t attributes;
     std::uint64_t values;
-    std::int64_t longest; // attribute, in bytes
-    bool endIsCertain;    // the last value is of a known type, so that its bytes show where it ends
-    Fault fault;          // of the attribute after the last one
-    std::vector<std::uint64_t> identifiers; // of the first kNotedIdentifiers attributes, a number each
+    std::int64_t longest; // bytes of the longest attribute
+    bool endIsCertain;    // the last value's bytes show where it ends, because its type is known
+    Fault fault;          // of the attribute after the run
+    std::vector<std::uint64_t> identifiers; // hashes, of the first kNotedIdentifiers attributes
 };
 
 constexpr std::size_t kNotedIdentifiers = 256;
@@ -65,16 +64,15 @@ public:
 
     std::int64_t headSize() const { return headSize_; }
 
-    // The head of the record whose first tag that is.
+    // Reads the head before a record's first tag.
     Fault readHead(std::int64_t tag, RecordHead *head);
 
-    // The run of sound attributes from a tag on.  It ends with Fault::TooCostly once the cost of all that was
-    // read exceeds the limit, but not before the attribute after as many as are expected.  Throws
-    // std::bad_alloc.
+    // The run of sound attributes from a tag on.  Stops with Fault::TooCostly when bytes.cost() exceeds the
+    // limit, but reads the expected attributes and the one after them at any cost.  Throws std::bad_alloc.
     Run follow(std::int64_t tag, std::int64_t limit, std::uint32_t expected = 0);
 
-    // Is that the log's end, or does it look like a record as far as its head and the beginning of its first
-    // tag go?  What the end of the log leaves of the tag is enough, and any part of a head.
+    // Is this the log's end, or does a head with the start of a tag follow?  Near the log's end, the part of
+    // a head or tag that is left is enough.
     bool isBoundary(std::int64_t position);
 
 private:
@@ -85,7 +83,7 @@ private:
     LogBytes &bytes_;
     std::int64_t headSize_;
     StatusList status_;
-    std::unordered_set<std::uint64_t> sound_; // identifiers, by their number
+    std::unordered_set<std::uint64_t> sound_; // hashes of sound identifiers
 };
 
 } // namespace qvledger

@@ -6,15 +6,15 @@
 
 using namespace qvledger;
 
-constexpr int kValuesAfterRecord = 64; // that are followed
+constexpr int kValuesAfterRecord = 64; // that goesOnAsValues() follows
 constexpr std::size_t kMostKnown = 4096;
-constexpr std::int64_t kAskAfter = 1 << 20; // bytes
+constexpr std::int64_t kAskAfter = 1 << 20; // bytes between calls of the watch
 constexpr std::int64_t kSearchedAtOnce = 64 << 10;
-// Where the budget is used up.  After so many bytes it lasts for a few records again.
+// Bytes skipped at a time once the budget is used up.  They add enough budget for a few records.
 constexpr std::int64_t kSkipped = 128 << 10;
 
-// What may be looked at without finding a record, in bytes read in order: so much, and one for each byte of
-// the log.  Damage by chance stays far below it.
+// The budget for reading without finding a record: this many bytes read in order, plus one for each byte of
+// the log passed.  Random damage costs far less.
 constexpr std::int64_t kCredit = 64 << 20;
 
 Resync::Resync(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, CheckWatch &watch)
@@ -36,7 +36,7 @@ void Resync::newBudget() {
     costBefore_ = bytes_.cost();
 }
 
-// What all that is read may cost by now.
+// The most that bytes_.cost() may be now.
 std::int64_t Resync::limit() const {
     return costBefore_ + kCredit + place_.at - budgetFrom_;
 }
@@ -45,7 +45,7 @@ bool Resync::canAfford() const {
     return bytes_.cost() <= limit();
 }
 
-// Learns from the records after the run, as far as they are found with what is known already.
+// Reads on after the run to learn from the records found with what is known so far, then returns to the run.
 void Resync::learnAfter(const Run &run) {
     const Place here = place_;
     onlyLearns_ = true;
@@ -60,7 +60,7 @@ void Resync::learnAfter(const Run &run) {
     newBudget();
 }
 
-// Can the bytes there be further values of the attribute before them, which a damaged count leaves out?
+// Can the bytes at `end` be more values of the attribute before them, whose count is damaged?
 bool Resync::goesOnAsValues(std::int64_t end) {
     for (int i = 0; i < kValuesAfterRecord && canAfford(); ++i) {
         const std::uint8_t *word = bytes_.at(end, kWord);
@@ -76,9 +76,9 @@ bool Resync::goesOnAsValues(std::int64_t end) {
     return false;
 }
 
-// Does a record begin in the run's last attribute?  `joined` is one that ends after the attribute, where
-// another record or the log ends, or that leads to such a record: other bytes have taken the place of the
-// attribute's end.  -1 if there is none.
+// Does a record begin in the run's last attribute?  If such a record ends after the attribute, and the log's
+// end or a record follows it, then other bytes have overwritten the attribute's end.  *joined is then that
+// record, or the first of the adjacent records that lead to it; else -1.
 bool Resync::hidesRecord(const Run &run, std::int64_t *joined) {
     const std::int64_t until = std::min(bytes_.size(), run.end + parser_.headSize());
     *joined = -1;
@@ -106,7 +106,8 @@ bool Resync::hidesRecord(const Run &run, std::int64_t *joined) {
     return chain >= 0;
 }
 
-// Moves to the next bytes that look like a tag.  False if none are close, or the budget is used up.
+// Moves to the next bytes that look like a tag.  False if there are none within kSearchedAtOnce bytes, or if
+// the budget is used up.
 bool Resync::searchTag(std::int64_t *tag) {
     if (!canAfford()) {
         const std::int64_t skipped = std::min(kSkipped, bytes_.size() - place_.at);
@@ -120,7 +121,7 @@ bool Resync::searchTag(std::int64_t *tag) {
 }
 
 bool Resync::give(const Candidate &found) {
-    bytes_.addCost(-found.cost); // not in vain
+    bytes_.addCost(-found.cost); // a record that was found costs nothing
     const Run &run = found.run;
     found_ = {run.begin - parser_.headSize(), found.head, run, place_.inStep, place_.fault};
     if (learns_ && found_.begin == place_.recordsEnd)
@@ -150,7 +151,7 @@ Resync::Candidate Resync::read(std::int64_t tag, bool isExpected) {
     return candidate;
 }
 
-// What is wrong with a record that was expected.
+// What is wrong with an expected record.
 static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     if (headFault != Fault::None)
         return headFault;
@@ -159,7 +160,7 @@ static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
 }
 
-// Looks at one run.  True if it is a record.
+// Reads one run.  True if it is a record.
 bool Resync::step() {
     const bool isExpected = place_.inStep && place_.at == place_.recordsEnd;
     place_.inStep = isExpected || (place_.inStep && canAfford());
@@ -172,8 +173,9 @@ bool Resync::step() {
         return give(candidate);
     if (isExpected)
         place_.fault = faultOf(candidate.headFault, candidate.head, run);
-    // Is the log cut in the attribute after the run?  Then nothing in it is a record.  Only where a record is
-    // expected: elsewhere a text could contain the beginning of such an attribute and hide all that follows.
+    // If the log is cut in the attribute after the run, nothing in that attribute is a record.  This applies
+    // only where a record is expected: elsewhere a text could contain the beginning of such an attribute and
+    // hide all that follows.
     const bool isCutTag = candidate.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
     if (isExpected && (run.fault == Fault::CutOff || isCutTag))
         return goTo(bytes_.size(), true);
@@ -188,7 +190,7 @@ bool Resync::step() {
     return false;
 }
 
-// Of a run next to damage, or out of step.
+// Decides whether a run is a record if damage follows it or the search is out of step.
 bool Resync::decide(const Candidate &candidate) {
     const Run &run = candidate.run;
     const bool isUsual = candidate.isExpected && candidate.fits && known_.lastTypes.contains(run.lastType);
@@ -198,8 +200,8 @@ bool Resync::decide(const Candidate &candidate) {
         return goTo(joined, false);
     const bool endIsKnown = run.endIsCertain || (isUsual && !hides);
     const bool mayEnd = candidate.isClosed || (place_.inStep && endIsKnown && !goesOnAsValues(run.end));
-    // A run that was found out of step can also be what is left of a record.  A head of three words fits less
-    // easily by chance than one of a single word.
+    // A run found out of step can be the rest of a damaged record.  A head of three words fits by chance less
+    // often than a head of one.
     const std::uint64_t first = run.identifiers.front();
     const bool mayBeFirst =
         parser_.headSize() > kWord ? !known_.later.contains(first) : onlyLearns_ && known_.first.empty();
@@ -208,7 +210,7 @@ bool Resync::decide(const Candidate &candidate) {
         return give(candidate);
     if (!candidate.isClosed && !run.endIsCertain)
         return goTo(run.last + 1, true);
-    // Reading the run was not in vain, because its bytes are not looked at again.
+    // Do not charge for the run's bytes, because they are not read again.
     bytes_.addCost(-std::min(candidate.cost, run.end - run.begin));
     return goTo(run.end, true);
 }

@@ -1,7 +1,5 @@
-// Finds the intact records of a log, in order, also after damage.
-//
-// Records have no mark.  A record is a maximal run of sound attributes whose length its head gives;
-// docs/architecture.md ("Damaged logs") has the rules.
+// Finds the intact records of a log in order, even after damage.  docs/architecture.md ("Damaged logs") has
+// the rules and the terms.
 #pragma once
 
 #include <cstdint>
@@ -16,53 +14,53 @@ struct FoundRecord {
     std::int64_t begin; // of the head
     RecordHead head;
     Run run;
-    bool inStep;       // begins where the header, a record or sound attributes end
-    Fault faultBefore; // what was wrong where the record before it ends
+    bool inStep;       // the header, a record or sound attributes end where it begins
+    Fault faultBefore; // what was wrong where the previous record ends
 };
 
 class Resync {
 public:
-    // The records from `begin` on, the end of the log's header.
+    // Searches from `begin`, the end of the log's header.
     Resync(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, CheckWatch &watch);
 
-    // The next intact record, valid until the next call; null after the last one, and when the watch gave up.
-    // Throws std::bad_alloc.
+    // The next intact record, valid until the next call.  Null after the last one, after a failed read
+    // (bytes.failed()) and when the watch gave up.  Throws std::bad_alloc.
     const FoundRecord *next();
 
     // After the last record: what was wrong where it ends.
     Fault lastFault() const { return place_.fault; }
     bool gaveUp() const { return stopped_; }
-    // Bytes that were skipped unseen, because looking at them would have taken too long.
+    // The number of bytes skipped without a search, because the budget was used up.
     std::int64_t unsearched() const { return unsearched_; }
 
 private:
-    // What attributes of the log's records have.
+    // What was learned from the log's records.
     struct Known {
-        std::unordered_set<std::uint64_t> first;     // identifiers of first attributes
-        std::unordered_set<std::uint64_t> later;     // and of others
-        std::unordered_set<std::uint32_t> lastTypes; // unknown types of last values
+        std::unordered_set<std::uint64_t> first;     // hashes of first attributes' identifiers
+        std::unordered_set<std::uint64_t> later;     // hashes of other attributes' identifiers
+        std::unordered_set<std::uint32_t> lastTypes; // types of last values, if unknown
 
         void learn(const Run &run);
     };
 
-    // Where the search is.
+    // The state of the search.
     struct Place {
         std::int64_t at;
         std::int64_t floor;      // no record begins before it
-        std::int64_t recordsEnd; // of the last record, or of the header
-        bool inStep;             // sound bytes end there
-        Fault fault;             // where the last record ends
+        std::int64_t recordsEnd; // end of the last record, or of the header
+        bool inStep;             // the header, a record or a sound run ends at `at`
+        Fault fault;             // what is wrong where the last record ends
     };
 
-    // A run, and how it compares to the head before it.
+    // A run and the head before it.
     struct Candidate {
-        bool isExpected; // a record or the header ends where it begins
+        bool isExpected; // a record or the header ends where its head begins
         Fault headFault;
         RecordHead head;
         Run run;
         std::int64_t cost;
-        bool fits;     // the head gives its number of attributes
-        bool isClosed; // the log's end or another record follows it
+        bool fits;     // the head counts as many attributes as the run has
+        bool isClosed; // the log's end or a record follows
     };
 
     bool step();
@@ -83,14 +81,14 @@ private:
     CheckWatch &watch_;
     Place place_;
     Known known_;
-    bool learns_ = true; // from each record that directly follows another one
-    bool onlyLearns_ = false;
+    bool learns_ = true;      // from records that directly follow a record or the header
+    bool onlyLearns_ = false; // in learnAfter()
     bool stopped_ = false;
     FoundRecord found_ = {};
-    std::int64_t budgetFrom_ = 0; // the place and the cost since which the budget counts
+    std::int64_t budgetFrom_ = 0; // position and cost when the budget began
     std::int64_t costBefore_ = 0;
     std::int64_t unsearched_ = 0;
-    std::int64_t asked_ = 0;
+    std::int64_t asked_ = 0; // position at the last call of the watch
 };
 
 } // namespace qvledger

@@ -1,4 +1,4 @@
-// The intact records of a log in a new one.
+// Saves the intact records of a log to a new file.
 #include <algorithm>
 #include <cerrno>
 #include <new>
@@ -13,16 +13,16 @@ using namespace qvledger;
 
 namespace {
 
-// A file that has its name once it is whole, and is gone otherwise.
+// A new file that gets its name once it is complete, and is removed otherwise.
 class NewFile {
 public:
     explicit NewFile(const char *path) : path_(path) {
-        // Not made from the log's own name, which may be as long as a name can be.
+        // Do not use the log's name, which may already have the maximum length.
         const std::string folder = path_.substr(0, path_.rfind('/') + 1);
         const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
         partPath_ = firstPath;
         file_.reset(OS_MakeFile(partPath_.c_str()));
-        // Killed runs whose number this one has been given may have left theirs.
+        // Killed runs with the same process number may have left files.
         for (int left = 1; left <= kMostLeft && !file_.isOpen() && errno == EEXIST; ++left) {
             partPath_ = firstPath + "." + std::to_string(left);
             file_.reset(OS_MakeFile(partPath_.c_str()));
@@ -52,7 +52,7 @@ public:
         return true;
     }
 
-    // Onto the disk, and under its name, unless that is taken.
+    // Syncs the file and gives it its name.  Fails with EEXIST if the name is taken.
     bool finish() {
         int synced = 0;
         do
@@ -106,12 +106,12 @@ static CheckResult failure(CheckOutcome outcome, int error, const char *path) {
     }
 }
 
-// Copies from a second view of the log, so that copying does not move what the search reads.
+// Copies through a second LogBytes, so that copying does not move the search's windows.
 static CheckResult copyRecords(CheckedLog &log, NewFile &file, const char *path, CheckWatch &watch) {
     LogBytes bytes(log.log.fd, log.size);
     LogBytes source(log.log.fd, log.size);
     Resync search(bytes, log.log.verNum, log.headerEnd, watch);
-    std::int64_t begin = 0; // of what was not copied yet
+    std::int64_t begin = 0; // of the range to copy next
     std::int64_t end = log.headerEnd;
     const auto copy = [&]() -> CheckResult {
         const CheckOutcome outcome = copyRange(source, begin, end, file);
@@ -148,7 +148,7 @@ CheckResult qvledger::saveLog(CheckedLog &log, const char *path, CheckWatch &wat
         if (!file.isOpen()) {
             const int error = errno;
             return {CheckOutcome::CannotWrite,
-                    ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s cannot be made", path), error};
+                    ALA_FAIL(ALA_A_FAIL_TO_OPEN_LOG_FILE, "%s cannot be created", path), error};
         }
         if (const CheckResult result = copyRecords(log, file, path, watch);
             result.outcome != CheckOutcome::Done)

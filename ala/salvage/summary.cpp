@@ -19,19 +19,19 @@ static SkipReason reasonOf(ALA_retCode_t code) {
     }
 }
 
-// All attributes that a pair of cursor operations gives.  The code that ended them.
+// Renders all attributes of a pair of cursor operations.  Returns the code that ended them.
 template <class Record, class First, class Next>
 static ALA_retCode_t renderAttributes(ALA_handle_t handle, Record record, First first, Next next,
                                       LogSummary &summary) {
     ALA_retCode_t result = ALA_N_NORMAL;
     for (bool started = false;; started = true) {
-        const std::uint64_t before = handle->valuesPassedOver;
+        const std::uint64_t before = handle->valuesSkipped;
         ALA_attrPair *pair = nullptr;
         result = started ? next(handle, &record, nullptr, &pair) : first(handle, &record, nullptr, &pair);
         if (pair != nullptr)
             ALA_FreeAttributePair(&pair);
-        // An earlier value's failure does not show in the code.
-        noteSkipped(summary, reasonOf(result), handle->valuesPassedOver - before);
+        // The code may not show the failure of an earlier value of the attribute.
+        noteSkipped(summary, reasonOf(result), handle->valuesSkipped - before);
         if (result == ALA_A_LAST_ATTRIBUTE || result == ALA_A_NO_MORE_JOB_ATTR ||
             result == ALA_A_INVALID_RECORD)
             return result;

@@ -1,4 +1,4 @@
-// What a report would make of a record.
+// Summarises a record as a report would show it.
 #pragma once
 
 #include "ala/driver/check.h"
@@ -6,8 +6,8 @@
 
 namespace qvledger {
 
-// Reads a record where the log stands, renders all of it, and counts its documents and the values that are
-// skipped.  ALA_A_FAIL_READ_LOG_FILE, or another code of ALA_GetNextJobRecord: it could not be read again.
+// Reads the record at the log's position, renders all its values, and counts its documents and the skipped
+// values.  Returns a code of ALA_GetNextJobRecord if the record cannot be read again.
 ALA_retCode_t summarise(ALA_handle_t handle, logParams &log, LogSummary &summary);
 
 inline void noteSkipped(LogSummary &summary, SkipReason reason, std::uint64_t count) {

@@ -1,4 +1,4 @@
-// Holding an open file against other programs.
+// Locking an open file.
 #pragma once
 
 #include "platform/os/file_identity.h"
@@ -6,23 +6,25 @@
 
 extern "C" {
 
-// An exclusive advisory lock, which all descriptors of the open file share and the last one to close ends.
-// OS_DONE, OS_TAKEN or OS_REFUSED; never waits.
+// Takes an exclusive advisory lock without waiting: OS_DONE, OS_TAKEN or OS_REFUSED.  All descriptors of the
+// open file share the lock; closing the last one releases it.
 int OS_LockFile(int fd);
 void OS_UnlockFile(int fd);
 
-// Keeps other processes from opening a file, which has the name, for writing until the descriptor is closed.
-// file: what the descriptor was identified as.  OS_DONE; OS_TAKEN when one has it open for writing
-// already; OS_REFUSED where the system cannot tell, or the name leads to another file.  On Linux only the
-// file's owner, or root, can be told.  The descriptor's position is not kept.
+// Prevents other processes from opening a file for writing until the descriptor is closed; on Linux their
+// open() waits, by default at most 45 seconds.  path: the file's name.  file: the identity of the descriptor.
+// Returns OS_DONE; OS_TAKEN when a process already has the file open for writing; OS_REFUSED when the system
+// cannot do this, or the name refers to another file.  Linux does it only for the file's owner and root.  The
+// descriptor's position may change.
 int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file);
 
-// 1 if the file is open under another descriptor, in this program or in another one; 0 if it is not, or the
-// system does not tell.
+// 1 if the file is also open elsewhere, in this program or another one; 0 if it is not or the system does not
+// report it.
 int OS_IsOpenElsewhere(int fd);
 
-// Removes an open file that has the name, and that this run made or holds against writers.  Where the system
-// can it removes what is open, whatever the name leads to by now.  0, or -1.
+// Removes an open file.  path: the file's name.  REQUIRES: this run made the file or locked out its writers.
+// Windows removes the open file even if the name refers to another one by now; Linux removes the name.  0, or
+// -1 with errno.
 int OS_RemoveFile(int fd, const char *path);
 
 } // extern "C"

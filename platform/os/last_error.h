@@ -1,4 +1,4 @@
-// The reason of the last failure on this thread.
+// The reason for the last failure on this thread.
 #pragma once
 
 #include "platform/os/types.h"

@@ -1,15 +1,15 @@
-// Rights that a set-group-id or set-user-id bit lends a program and that its caller has not.
+// Rights beyond its caller's that a set-group-id or set-user-id bit lends a program.
 #pragma once
 
 #include "platform/os/types.h"
 
 extern "C" {
 
-// Non-zero when the program has some.
+// Non-zero if the program has lent rights.
 int OS_HasLentRights();
 
-// With whose rights files are used from now on; a program without lent rights has only its caller's.  Both
-// end the program when the system refuses, for it would go on with the wrong rights.
+// Selects whose rights the program uses for files from now on; without lent rights both are the caller's.
+// Aborts the program if the system refuses, because it would continue with the wrong rights.
 void OS_UseCallersRights();
 void OS_UseLentRights();
 

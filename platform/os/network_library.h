@@ -1,9 +1,9 @@
-// Run-time libraries, of which there is one: the network library with what it tells of the workstation.
+// Loading of run-time libraries.  The only one is the network library, which reports the workstation's group.
 #pragma once
 
 #include "platform/os/types.h"
 
-// The registry key that has the machine's group, in the value LanGroup.
+// The registry key whose value LanGroup is the machine's group.
 constexpr char OS_WORKSTATION_KEY[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters";
 
 #ifndef _WIN32
@@ -19,7 +19,7 @@ struct WKSTA_INFO_101 {
 
 extern "C" {
 
-// "netapi32.dll" with NetWkstaGetInfo and NetApiBufferFree; null for any other.
+// Loads "netapi32.dll", which has NetWkstaGetInfo and NetApiBufferFree; null for any other name.
 HMODULE LoadLibraryA(const char *inp_name);
 FARPROC GetProcAddress(HMODULE in_library, const char *inp_name);
 BOOL FreeLibrary(HMODULE in_library);

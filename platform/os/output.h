@@ -1,10 +1,10 @@
-// What a program's output leads to, and whether it arrived there.
+// The kind of a program's output, and whether its reader has read it.
 #pragma once
 
 #include "platform/os/types.h"
 
 enum class OS_outputKind : std::uint8_t {
-    Unknown, // the system does not say, or the descriptor is closed
+    Unknown, // the system does not report it, or the descriptor is closed
     File,
     BlockDevice,
     Pipe,
@@ -17,12 +17,12 @@ extern "C" {
 
 OS_outputKind OS_KindOfOutput(int fd);
 
-// Makes all later writes through the descriptor, if it leads to a file, go to the file's end; so do those of
-// programs that share the descriptor.  0, or -1.
+// Makes all later writes through the descriptor append if it refers to a file, also those of other programs
+// that share the descriptor.  Windows only moves the position to the file's end.  0, or -1.
 int OS_WriteAtEnd(int fd);
 
-// How many bytes the reader of a pipe or local socket has not read yet; -1 when nobody reads it any more, or
-// the system does not say.
+// Number of bytes that the reader of a pipe or local socket has not read yet; -1 when it has no reader any
+// more or the system cannot report it.  Always 0 on Windows.
 int OS_UnreadBytes(int fd);
 
 } // extern "C"

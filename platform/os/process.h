@@ -1,4 +1,4 @@
-// The calling process: its number, and what the program needs of it.
+// The calling process: its id, start-up, locale and name.
 #pragma once
 
 #include "platform/os/types.h"
@@ -7,26 +7,26 @@ extern "C" {
 
 #ifndef _WIN32
 
-// The number of the process, in a child too, whichever call made it; only one that shares its parent's memory
-// (vfork) may get the parent's number.  Asking again costs no system call.
+// The process id, correct in a child too, however the child was made; only one that shares its parent's
+// memory (vfork) may get the parent's id.  Repeated calls cost no system call.
 int _getpid();
 
 #endif
 
-// Readies the process, first of all: a failed write to a pipe without a reader or beyond the size that files
-// may have is an error of that write, and the arrival of a writer whom a file is held against goes unnoticed,
-// instead of being the program's end; and no file that it opens takes the place of a standard stream that
-// came closed.
+// Prepares the process; the first call of a program.  Afterwards a write to a pipe without a reader or beyond
+// the file size limit fails instead of ending the program by a signal.  The signal that reports a writer of a
+// file under OS_LockOutWriters is ignored, too.  No file that the program opens gets the number of a standard
+// stream that was closed at the start.
 void OS_PrepareProcess();
 
-// Takes up the user's locale for a category of the C library's.  On Windows there is none in UTF-8, and names
-// would compare by a code page that they are not in: the category stays as it is.
+// Sets a category of the C library to the user's locale.  Does nothing on Windows, which has no UTF-8 locale:
+// names would be compared by a code page that is not theirs.
 void OS_ChooseLocale(int category);
 
-// Has a function called in each process that a fork makes.  0, or another number when the system will not.
+// Has a function called in each child that fork makes.  0, or non-zero on failure.
 int OS_WatchForks(void (*function)());
 
-// The name of the program's file, without its folder.
+// The name of the program's file without its folder; valid until the program ends.
 const char *OS_ProgramName();
 
 } // extern "C"

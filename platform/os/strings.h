@@ -1,6 +1,6 @@
-// Texts: copies, comparison without case, multibyte and wide characters.
+// Texts: copying, case-insensitive comparison, multibyte and wide characters.
 //
-// Multibyte text is UTF-8 throughout the system; a byte that is none counts as a character of its own.
+// Multibyte text is UTF-8 throughout the system; a byte that is not valid UTF-8 counts as one character.
 #pragma once
 
 #include "platform/os/types.h"
@@ -18,7 +18,8 @@ int _memicmp(const void *inp_one, const void *inp_two, std::size_t in_length);
 const unsigned char *_mbschr(const unsigned char *inp_text, unsigned in_character);
 int _mbsicmp(const unsigned char *inp_one, const unsigned char *inp_two);
 
-// Wide text to UTF-8.  A size of 0 asks for the bytes needed.  in_wideLength -1: up to and with the NUL.
+// Converts wide text to UTF-8 and returns its size in bytes; 0 on failure, with error 122 if it does not fit.
+// A size of 0 only asks for the bytes needed.  in_wideLength -1: up to and including the NUL.
 int WideCharToMultiByte(UINT in_codePage, DWORD in_flags, const wchar_t *inp_wide, int in_wideLength,
                         char *outp_text, int in_size, const char *in_default, BOOL *outp_usedDefault);
 

@@ -9,17 +9,18 @@
 
 extern "C" {
 
-// Reads the process's time zone and sets _timezone, its standard time in seconds west of Greenwich.
+// Reads the time zone from the environment and sets _timezone, its standard time in seconds west of
+// Greenwich.
 void _tzset();
 extern long _timezone;
 
-// The calendar time of an instant, in Coordinated Universal Time and in the process's time zone.  0, or
-// another number when no calendar time can hold it; what the output holds is undefined then.
+// Calendar time of an instant, in Coordinated Universal Time and in the process's time zone.  0; non-zero,
+// with the output undefined, if calendar time cannot represent it.
 int gmtime_s(std::tm *fields, const std::time_t *time);
 int localtime_s(std::tm *fields, const std::time_t *time);
 
-// The instant of a calendar time in Coordinated Universal Time, whose fields come into range; -1 when there
-// is none.
+// Converts a calendar time in Coordinated Universal Time to an instant and brings its fields into range; -1
+// if it cannot be represented.
 std::time_t _mkgmtime(std::tm *time);
 
 } // extern "C"

@@ -15,7 +15,7 @@ struct SID_AND_ATTRIBUTES {
 
 struct TOKEN_GROUPS {
     DWORD GroupCount;
-    SID_AND_ATTRIBUTES Groups[1]; // GroupCount of them; the SIDs lie behind, in the same buffer
+    SID_AND_ATTRIBUTES Groups[1]; // GroupCount entries; their SIDs follow in the same buffer
 };
 
 extern "C" {
@@ -23,12 +23,12 @@ extern "C" {
 HANDLE GetCurrentProcess();
 BOOL OpenProcessToken(HANDLE in_process, DWORD in_access, HANDLE *outp_token);
 
-// Class 2 alone: a TOKEN_GROUPS with the groups of the real caller, each once.  Fails with 122, and the
-// size needed, when they do not fit.
+// Only class 2: a TOKEN_GROUPS with the real caller's groups, each once.  Non-zero is success.  Fails with
+// 122, and the size needed, when they do not fit.
 BOOL GetTokenInformation(HANDLE in_token, TOKEN_INFORMATION_CLASS in_class, void *outp_info, DWORD in_length,
                          DWORD *outp_needed);
 
-// Of a token or a process, which are the only handles that are open.
+// The handle is a token or a process; no other handles are ever open.
 BOOL CloseHandle(HANDLE handle);
 
 } // extern "C"

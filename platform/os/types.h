@@ -12,8 +12,8 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-#define NOGDI        // whose names are macros
-#include <windows.h> // before those that need its types
+#define NOGDI        // its macros would replace our names
+#include <windows.h> // before the headers that need its types
 
 #include <fcntl.h>
 #include <io.h>

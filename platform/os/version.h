@@ -20,7 +20,7 @@ static_assert(sizeof(OSVERSIONINFOA) == 148);
 
 extern "C" {
 
-// Fills the record; dwOSVersionInfoSize must be 148.  Non-zero is success.  Linux answers as platform 2.
+// Fills the record; dwOSVersionInfoSize must be 148.  Non-zero is success.  Linux reports platform 2.
 BOOL GetVersionExA(OSVERSIONINFOA *inoutp_version);
 
 } // extern "C"

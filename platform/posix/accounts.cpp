@@ -15,8 +15,8 @@
 
 using namespace qvledger;
 
-// The caller asks for the user part that GetUserNameA gave, which need not be the full name of any account,
-// or may be that of another one: so the caller's own account comes first.
+// Tries the calling user's own account first: the name is the user part that GetUserNameA returned, which may
+// be the full name of no account or of another one.
 static std::optional<Account> findAccount(const char *name) {
     std::optional<Account> caller = accountOfId(getuid());
     if (caller && caller->name.name == name)
@@ -29,7 +29,7 @@ static std::optional<Sid> readSid(const void *bytes) {
     std::memcpy(&sid, bytes, offsetof(Sid, subAuthority));
     const Sid ours = makeSid(0, 0);
     if (std::memcmp(&sid, &ours, offsetof(Sid, subAuthority)) != 0)
-        return std::nullopt; // one of another kind may be shorter than ours
+        return std::nullopt; // a SID of another kind may be shorter
     std::memcpy(&sid, bytes, sizeof sid);
     return sid;
 }
@@ -68,7 +68,7 @@ BOOL GetUserNameA(char *outp_name, DWORD *inoutp_size) {
         const bool fits = out.fits();
         if (fits)
             out.write();
-        out.tellNeeded(); // this size counts the NUL on success too
+        out.setNeeded(); // this size counts the NUL on success too
         return fits ? 1 : failWith(ERROR_INSUFFICIENT_BUFFER);
     });
 }
@@ -89,7 +89,7 @@ BOOL LookupAccountNameA(const char *, const char *inp_name, PSID outp_sid, DWORD
         const bool fits = outp_sid != nullptr && *inoutp_sidSize >= sizeof sid && domainOut.fits();
         *inoutp_sidSize = sizeof sid;
         if (!fits) {
-            domainOut.tellNeeded();
+            domainOut.setNeeded();
             return failWith(ERROR_INSUFFICIENT_BUFFER);
         }
         std::memcpy(outp_sid, &sid, sizeof sid);
@@ -113,8 +113,8 @@ BOOL LookupAccountSidA(const char *, PSID inp_sid, char *outp_name, DWORD *inout
         NameBuffer nameOut(outp_name, inoutp_nameSize, found->name.name);
         NameBuffer domainOut(outp_domain, inoutp_domainSize, domain);
         if (!nameOut.fits() || !domainOut.fits()) {
-            nameOut.tellNeeded();
-            domainOut.tellNeeded();
+            nameOut.setNeeded();
+            domainOut.setNeeded();
             return failWith(ERROR_INSUFFICIENT_BUFFER);
         }
         nameOut.write();

@@ -1,5 +1,4 @@
-// The case of ASCII letters alone, without regard to the process's locale: names must not match in one
-// language alone.
+// Case of ASCII letters, independent of the locale: whether names match must not depend on the language.
 #pragma once
 
 namespace qvledger {

@@ -32,7 +32,7 @@ BOOL GetComputerNameA(char *outp_name, DWORD *inoutp_size) {
             return failWith(ERROR_INVALID_PARAMETER);
         NameBuffer out(outp_name, inoutp_size, name);
         if (!out.fits()) {
-            out.tellNeeded();
+            out.setNeeded();
             return failWith(ERROR_BUFFER_OVERFLOW);
         }
         out.write();

@@ -1,4 +1,4 @@
-// The computer's name, for whoever needs it in this layer.
+// The computer's name, for the calls of platform/posix/.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace qvledger {
 
-// The computer's name from a host name: up to the first dot, at most 15 characters.
+// The computer's name for a host name: up to its first dot, at most 15 characters, in capitals.
 std::string computerNameOf(std::string_view hostName);
 std::string computerName();
 

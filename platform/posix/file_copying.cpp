@@ -32,11 +32,11 @@ int OS_MakeFile(const char *path) {
     return open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
 }
 
-// With an access control list the group's bits of the mode are its mask, so they mean nothing without it.
-// False when it cannot be given.
+// With an access control list, the mode's group bits are the list's mask, so they must not be copied without
+// it.  False if the list cannot be copied.
 static bool giveAccessList(int from, int to) {
     constexpr const char *kName = "system.posix_acl_access";
-    char list[65536]; // the longest that there is
+    char list[65536]; // the size limit of an extended attribute
     const ssize_t size = fgetxattr(from, kName, list, sizeof list);
     if (size < 0)
         return errno == ENODATA || errno == ENOTSUP;
@@ -47,7 +47,7 @@ void OS_GiveAttributes(int from, int to) {
     struct stat status;
     if (fstat(from, &status) != 0)
         return;
-    // What the group and the others may do is meant for the original's group and owner.
+    // The mode's bits for group and others are meant for the original's owner and group.
     const bool given = fchown(to, status.st_uid, status.st_gid) == 0;
     const bool listed = given && giveAccessList(from, to);
     static_cast<void>(fchmod(to, status.st_mode & (listed ? kRights : kOwnersRights)));

@@ -12,7 +12,7 @@ int OS_LockFile(int fd) {
 }
 
 void OS_UnlockFile(int fd) {
-    static_cast<void>(flock(fd, LOCK_UN)); // held or not, it is not afterwards
+    static_cast<void>(flock(fd, LOCK_UN)); // afterwards it is unlocked, locked before or not
 }
 
 int OS_LockOutWriters(int fd, const char *, const OS_fileIdentity &) {
@@ -24,11 +24,11 @@ int OS_LockOutWriters(int fd, const char *, const OS_fileIdentity &) {
 int OS_IsOpenElsewhere(int fd) {
     if (fcntl(fd, F_SETLEASE, static_cast<long>(F_WRLCK)) != 0)
         return errno == EAGAIN ? 1 : 0;
-    static_cast<void>(fcntl(fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // it was to tell, not to hold
+    static_cast<void>(fcntl(fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // only a test
     return 0;
 }
 
-// There is no call that removes by the descriptor.
+// Linux has no call that removes a file by descriptor.
 int OS_RemoveFile(int, const char *path) {
     return _unlink(path);
 }

@@ -15,7 +15,7 @@
 
 using namespace qvledger;
 
-constexpr int kLinks = 40; // that a path may lead through, as for the kernel
+constexpr int kLinks = 40; // most symbolic links to follow, as in the kernel
 
 // ---- The system's own calls ----
 
@@ -69,7 +69,7 @@ int _commit(int fd) {
 
 // ---- Opening ----
 
-// The path one symbolic link further; null when the path is no link, or memory runs out.
+// Follows one symbolic link; null if the path is not a link or memory runs out.
 static Malloced<char> follow(const char *link) {
     char target[PATH_MAX];
     const ssize_t length = readlink(link, target, sizeof target - 1);
@@ -93,7 +93,7 @@ static bool isFileOrFolder(int result, const struct stat &status) {
     return false;
 }
 
-// To open a device can change it, and its bytes may never end.
+// Refuses devices, because opening one can change it and reading one may never end.
 int OS_OpenToRead(const char *path) {
     struct stat status;
     if (!isFileOrFolder(stat(path, &status), status))
@@ -108,7 +108,7 @@ int OS_OpenToRead(const char *path) {
 
 int OS_OpenToAppend(const char *name, char **made) {
     constexpr int kAppend = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY;
-    constexpr mode_t kMode = 0666; // less what the umask takes
+    constexpr mode_t kMode = 0666; // reduced by the umask
     *made = nullptr;
     Malloced<char> path(strdup(name));
     for (int links = 0; path != nullptr && links < kLinks;) {
@@ -122,7 +122,7 @@ int OS_OpenToAppend(const char *name, char **made) {
         fd = open(name, kAppend, mode_t{0});
         if (fd != -1 || errno != ENOENT)
             return fd;
-        // It went meanwhile, or the link leads nowhere.
+        // The file was removed meanwhile, or the link's target does not exist.
         if (Malloced<char> target = follow(path.get()); target != nullptr)
             path = std::move(target);
         ++links;
@@ -160,17 +160,17 @@ int OS_MoveName(const char *from, const char *to) {
 
 int OS_NameNewFile(const char *from, const char *to) {
     const int moved = OS_MoveName(from, to);
-    // Not every file system knows of moving without replacing, and a name that is there can be given no link.
+    // Not every file system can rename without replacing, but link() never replaces.
     if (moved != OS_REFUSED || (errno != EINVAL && errno != ENOSYS))
         return moved;
     if (link(from, to) != 0)
         return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
-    static_cast<void>(unlink(from)); // the name that counts is there
+    static_cast<void>(unlink(from)); // the new name exists
     return OS_DONE;
 }
 
-// The folder of the name that the kernel knows for the file.  Where that is another file's by now, or the
-// folder may not be opened or cannot be synced, the whole file system is synced.
+// Syncs the folder of the name that the kernel has for the file.  If that is another file's name by now, or
+// the folder cannot be opened or synced, syncs the whole file system.
 int OS_SyncFolderOf(int fd) {
     char link[64];
     char path[PATH_MAX];
@@ -187,5 +187,5 @@ int OS_SyncFolderOf(int fd) {
     const Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.isOpen() && fsync(folder.get()) == 0)
         return 0;
-    return folder.isOpen() && errno == EIO ? -1 : syncfs(fd); // EIO: names are lost already
+    return folder.isOpen() && errno == EIO ? -1 : syncfs(fd); // EIO: names may be lost already
 }

@@ -7,13 +7,13 @@
 
 namespace qvledger {
 
-// Fails a call that answers zero on failure, with the reason for GetLastError.
+// Sets the error for GetLastError and returns 0, a call's result on failure.
 inline BOOL failWith(LONG error) {
     SetLastError(static_cast<DWORD>(error));
     return 0;
 }
 
-// Runs a call that answers zero on failure; running out of memory is such a failure.
+// Runs the body of a call that returns 0 on failure; exhausted memory is such a failure.
 template <class Body>
 auto guarded(Body body) noexcept -> decltype(body()) {
     try {

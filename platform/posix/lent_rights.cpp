@@ -13,7 +13,7 @@ struct Ids {
 
 } // namespace
 
-// As they were when the program started.
+// The ids at the program's start.
 static const Ids kLent = {geteuid(), getegid()};
 static const Ids kCallers = {getuid(), getgid()};
 

@@ -35,11 +35,11 @@ bool LineScanner::take(std::string_view word) {
 
 std::optional<std::string_view> LineScanner::takeToBracket() {
     for (std::size_t i = rest_.find(']'); i != std::string_view::npos; i = rest_.find(']', i + 1)) {
-        LineScanner behind;
-        behind.rest_ = rest_.substr(i + 1);
-        if (behind.atEnd()) {
+        LineScanner after;
+        after.rest_ = rest_.substr(i + 1);
+        if (after.atEnd()) {
             const std::string_view taken = rest_.substr(0, i);
-            *this = behind;
+            *this = after;
             return taken;
         }
     }

@@ -1,4 +1,5 @@
-// One line of a registry file, taken piece by piece.  A piece that is not there leaves the line as it is.
+// Scanner for one line of a registry file.  The take operations remove a piece from the front; if the piece
+// is not there, they fail and leave the line unchanged.
 #pragma once
 
 #include <cstddef>
@@ -17,13 +18,13 @@ public:
 
     std::string_view all() const { return rest_; }
     void skipBlanks();
-    // Only blanks and a comment are left.
+    // Are only spaces, tabs and a comment left?
     bool atEnd() const;
     bool take(char character);
     bool take(std::string_view word);
-    // Up to the closing bracket of a key, which ends the line; names of keys may hold brackets of their own.
+    // The text up to a key's closing bracket, which must end the line: names of keys may contain brackets.
     std::optional<std::string_view> takeToBracket();
-    // A text in quotation marks, without its escapes.
+    // A quoted text, with its escapes resolved.
     bool takeQuoted(std::string &text);
     std::optional<DWORD> takeHex(std::size_t fewest, std::size_t most);
     bool takeContinuation();

@@ -1,4 +1,4 @@
-// A caller's buffer for a name, with its size.
+// A caller's buffer for a name, and its size in bytes.
 #pragma once
 
 #include <cstring>
@@ -10,12 +10,12 @@ namespace qvledger {
 
 class NameBuffer {
 public:
-    // name must outlive this.
+    // REQUIRES: name outlives this.
     NameBuffer(char *text, DWORD *size, const std::string &name) : text_(text), size_(size), name_(name) {}
 
     bool fits() const { return text_ != nullptr && name_.size() < *size_; }
-    void tellNeeded() { *size_ = static_cast<DWORD>(name_.size() + 1); }
-    // REQUIRES: fits().  The size becomes that of the name without its NUL.
+    void setNeeded() { *size_ = static_cast<DWORD>(name_.size() + 1); }
+    // REQUIRES: fits().  Sets the size to the name's without its NUL.
     void write() {
         std::memcpy(text_, name_.c_str(), name_.size() + 1);
         *size_ = static_cast<DWORD>(name_.size());

@@ -9,7 +9,7 @@
 using namespace qvledger;
 
 constexpr std::size_t kFirstRoom = 4096;
-constexpr std::size_t kMostRoom = std::size_t{64} << 20; // more than the largest group takes
+constexpr std::size_t kMostRoom = std::size_t{64} << 20; // more than the largest group needs
 
 AccountName qvledger::splitAccountName(std::string_view full) {
     const std::size_t slash = full.find('\\');
@@ -21,8 +21,8 @@ AccountName qvledger::splitAccountName(std::string_view full) {
     return {std::string(full), ""};
 }
 
-// Runs one of the C library's reentrant look-ups, with more room as long as the entry does not fit.  The
-// answer is what take makes of the entry.
+// Runs a reentrant look-up of the C library, with more room until the entry fits.  Returns take(entry), or
+// nothing if there is no entry.
 template <class Entry, class Lookup, class Take>
 static auto lookUp(Lookup call, Take take) -> std::optional<decltype(take(Entry{}))> {
     for (std::vector<char> room(kFirstRoom); room.size() <= kMostRoom;) {

@@ -1,4 +1,4 @@
-// Accounts and groups of the machine, as its name service knows them.
+// The accounts and groups in the machine's name service.
 #pragma once
 
 #include <optional>
@@ -9,7 +9,7 @@
 
 namespace qvledger {
 
-// "DOMAIN\name" and "name@domain" taken apart; any other name has an empty domain.
+// Splits "DOMAIN\name" and "name@domain"; any other name has an empty domain.
 struct AccountName {
     std::string name;
     std::string domain;
@@ -21,7 +21,7 @@ struct Account {
     AccountName name;
 };
 
-// Nothing when there is no such account or group.
+// Look-ups; nothing if there is no such account or group.
 std::optional<Account> accountOfId(uid_t id);
 std::optional<Account> accountOfName(const std::string &name);
 std::optional<AccountName> groupOfId(gid_t id);

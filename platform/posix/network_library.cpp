@@ -12,9 +12,9 @@ using namespace qvledger;
 
 constexpr DWORD kErrorInvalidLevel = 124;
 constexpr DWORD kWorkstationLevel = 101;
-constexpr DWORD kTextLimit = 4096; // bytes of the group's name, above any that is in use
+constexpr DWORD kTextLimit = 4096; // bytes of the group's name, more than any in use
 
-static char gNetworkLibrary; // stands for the one library
+static char gNetworkLibrary; // its address is the handle of the only library
 
 static std::wstring wideOf(std::string_view text) {
     std::wstring wide;
@@ -23,9 +23,9 @@ static std::wstring wideOf(std::string_view text) {
     return wide;
 }
 
-// The group that the machine's registry names.  A Win32 error code.
+// Reads the group's name from the registry.  Returns a Win32 error code.
 static LONG readLanGroup(std::string *group) {
-    char text[kTextLimit + 1] = ""; // data may come without a terminator
+    char text[kTextLimit + 1] = ""; // the data may lack its NUL
     DWORD size = kTextLimit;
     DWORD type = 0;
     const LONG result = readRegistryValue(OS_WORKSTATION_KEY, "LanGroup", &type, text, &size);
@@ -36,7 +36,7 @@ static LONG readLanGroup(std::string *group) {
     return result;
 }
 
-// One block: the record, and its texts behind it.
+// Makes one block: the record followed by its texts.
 static BYTE *makeInfo(const std::wstring &computerName, const std::wstring &groupName) {
     const std::size_t computerLength = computerName.size() + 1;
     const std::size_t groupLength = groupName.size() + 1;
@@ -53,7 +53,7 @@ static BYTE *makeInfo(const std::wstring &computerName, const std::wstring &grou
     version.dwOSVersionInfoSize = sizeof version;
     GetVersionExA(&version);
     *info = {VER_PLATFORM_WIN32_NT,   computer, group, version.dwMajorVersion, version.dwMinorVersion,
-             group + groupName.size()}; // no folder of a network client: an empty text
+             group + groupName.size()}; // no folder of a network client: empty
     return static_cast<BYTE *>(block);
 }
 
@@ -91,7 +91,7 @@ BOOL FreeLibrary(HMODULE in_library) {
 
 DWORD NetWkstaGetInfo(wchar_t *in_server, DWORD in_level, BYTE **outp_buffer) {
     if (in_server != nullptr || outp_buffer == nullptr)
-        return ERROR_INVALID_PARAMETER; // only this machine can be asked
+        return ERROR_INVALID_PARAMETER; // only this machine can be queried
     *outp_buffer = nullptr;
     if (in_level != kWorkstationLevel)
         return kErrorInvalidLevel;

@@ -48,7 +48,8 @@ int OS_UnreadBytes(int fd) {
     int unread = 0;
     if (ioctl(fd, isPipe ? FIONREAD : SIOCOUTQ, &unread) != 0)
         return -1;
-    // Asked for last: a reader that leaves after this has read everything.
+    // After the count, because bytes that a reader leaves unread can be discarded when it closes, and would
+    // count as read.
     pollfd reader = {.fd = fd, .events = POLLOUT, .revents = 0};
     if (poll(&reader, 1, 0) < 0 || (reader.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0)
         return -1;

@@ -12,9 +12,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-// Every operation of the facility asks, and a system call would cost more than most of them do.  The number
-// is kept in memory that is zero again in a child, whichever call made it: a raw clone() runs no handler of
-// pthread_atfork.  Null where the system cannot do that.
+// Memory for the cached process id.  Every operation of the facility needs the id, and a system call would
+// cost more than most operations.  The kernel clears the page in every child; a raw clone() would run no
+// handler of pthread_atfork.  Null if the system cannot do that.
 static std::atomic<int> *makeKnownPid() {
     const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     void *page = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -40,7 +40,7 @@ int _getpid() {
 }
 
 void OS_ChooseLocale(int category) {
-    static_cast<void>(std::setlocale(category, "")); // one that is not installed leaves "C"
+    static_cast<void>(std::setlocale(category, "")); // stays "C" if the user's is not installed
 }
 
 int OS_WatchForks(void (*function)()) {
@@ -54,8 +54,8 @@ const char *OS_ProgramName() {
 void OS_PrepareProcess() {
     for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
         std::signal(ignored, SIG_IGN);
-    // What stands in for a closed stream refuses its use, as a closed one does.  So does /dev/stdout, which
-    // leads to it: a folder cannot be opened to write.
+    // Fills the numbers of closed standard streams with descriptors that fail every read and write, like
+    // closed ones.  Opening /dev/stdout to write fails too, because it then refers to a folder.
     while (true) {
         const int fd = open("/", O_PATH);
         if (fd == -1 || fd > STDERR_FILENO) {

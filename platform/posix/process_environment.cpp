@@ -16,21 +16,21 @@
 
 namespace {
 
-// The environment is read without a lock, by the C library too, and what was found may be kept.  So no array
-// and no text is ever released, and what readers may be looking at changes by single pointers only.  Arrays
-// grow twofold, so n variables take memory and time for n.
+// Other threads and the C library read the environment without a lock and may keep what they found.  So
+// arrays and texts are never released, and an array that readers may use changes only by single pointers.
+// Arrays double in size, so setting n variables takes memory and time proportional to n.
 class Environment {
 public:
     void set(const std::string &name, const char *assignment);
     void remove(const std::string &name);
-    // The current array is not to be changed any more.
+    // Leaves the current array unchanged from now on.
     void keep() { isKept_ = isKept_ || environ == array_; }
 
 private:
     void adopt(std::size_t room, const std::string &without);
 
     std::deque<std::vector<char *>> arrays_;
-    char **array_ = nullptr; // while it is environ, and followed by nulls up to room_
+    char **array_ = nullptr; // ours, if it is environ; null from size_ to room_
     std::size_t size_ = 0, room_ = 0;
     bool isKept_ = false;
     std::unordered_map<std::string, std::size_t> places_; // of the names in array_
@@ -39,11 +39,12 @@ private:
 
 } // namespace
 
-// Makes a copy of environ the array, with room for so many further variables.
+// Replaces environ by a copy with room for `room` more variables.  The copy skips the variable `without` and
+// repeated names.
 void Environment::adopt(std::size_t room, const std::string &without) {
     std::vector<char *> kept;
     places_.clear();
-    array_ = nullptr; // should memory run out
+    array_ = nullptr; // in case memory runs out
     for (char **at = environ; at != nullptr && *at != nullptr; ++at) {
         const std::string name(*at, std::strcspn(*at, "="));
         if (name != without && places_.try_emplace(name, kept.size()).second)

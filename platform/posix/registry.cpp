@@ -1,6 +1,6 @@
-// The registry calls, answered from the registry file.
+// The registry calls, implemented by the registry file.
 //
-// The file is read anew at each open, and an open key holds its values itself: nothing is shared.
+// Each open reads the file again, and an open key has its own copy of the values, so nothing is shared.
 #include "platform/os.h"
 
 #include <algorithm>
@@ -29,8 +29,8 @@ struct OS_registryKey {
     RegistryKey key;
 };
 
-// What is wrong with the file.  In place, as a thread's destructors cannot be had when memory runs out; a
-// longer text is cut.
+// What is wrong with the file, truncated.  Not a std::string: registering a thread_local destructor ends the
+// program when memory runs out.
 static thread_local char gTrouble[PATH_MAX + 256] = "";
 
 static LONG refuseFile(const std::string &trouble) {
@@ -38,7 +38,7 @@ static LONG refuseFile(const std::string &trouble) {
     return ERROR_REGISTRY_CORRUPT;
 }
 
-// All of an open regular file, or why it cannot be had.
+// Reads all of an open regular file.  Returns an empty text, or why it cannot be read.
 static std::string readAll(int fd, std::string *bytes) {
     struct stat status;
     if (fstat(fd, &status) != 0)
@@ -62,7 +62,7 @@ static std::string readAll(int fd, std::string *bytes) {
 
 static LONG loadRegistry(Registry &registry) {
     const std::string path = OS_RegistryPath();
-    // Without O_NONBLOCK a named pipe in the file's place would wait for a writer.
+    // Without O_NONBLOCK, opening a named pipe would wait for a writer.
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.get() < 0 && (errno == ENOENT || errno == ENOTDIR))
         return ERROR_SUCCESS; // no file, no keys
@@ -87,12 +87,12 @@ static LONG openKey(const char *path, HKEY *opened) {
     return ERROR_SUCCESS;
 }
 
-// A key that was opened here; the predefined one holds no values of its own.
+// Was the key opened here?  The predefined key has no values.
 static bool isOpenKey(HKEY key) {
     return key != nullptr && key != HKEY_LOCAL_MACHINE;
 }
 
-// Type and data of a value.  The data may be left out; a buffer needs its size.
+// Delivers type and data of a value.  Each output may be null, but data requires its size.
 static LONG deliver(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *dataSize) {
     if (data != nullptr && dataSize == nullptr)
         return ERROR_INVALID_PARAMETER;

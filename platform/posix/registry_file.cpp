@@ -49,7 +49,7 @@ RegistryKey &Registry::make(std::string_view path) {
 
 std::optional<RegistryKey> Registry::take(std::string_view keyPath) {
     if (keyPath.ends_with('\\'))
-        keyPath.remove_suffix(1); // as in a folder's path it says nothing
+        keyPath.remove_suffix(1); // it has no meaning, as at the end of a folder's path
     std::string path = lowered(keyPath);
     if (auto found = keys_.extract(path); !found.empty())
         return std::move(found.mapped());
@@ -81,13 +81,13 @@ private:
     bool hexBytes(std::string &data);
     bool joinContinued();
 
-    std::string_view text_; // what is left behind the current line
+    std::string_view text_; // the text after the current line
     std::size_t lineNumber_ = 0;
     LineScanner line_;
     Registry &registry_;
     bool wideTexts_ = false;     // texts in hex digits are UTF-16
-    bool inSection_ = false;     // a key came before
-    RegistryKey *key_ = nullptr; // null in a key that is not ours
+    bool inSection_ = false;     // a key was read
+    RegistryKey *key_ = nullptr; // null in a key outside HKEY_LOCAL_MACHINE
 };
 
 } // namespace
@@ -118,7 +118,7 @@ const char *Parser::header() {
 
 const char *Parser::statement() {
     if (line_.all().find('\0') != std::string_view::npos)
-        return kBadLine; // the calls hand out names and texts that end at a NUL
+        return kBadLine; // the calls return NUL-terminated names and texts
     line_.skipBlanks();
     if (line_.atEnd())
         return nullptr;
@@ -205,7 +205,7 @@ bool Parser::hexData(RegistryValue &value) {
     return true;
 }
 
-// Pairs of digits with commas between them, over as many lines as are continued.
+// Pairs of digits separated by commas, also over continued lines.
 bool Parser::hexBytes(std::string &data) {
     if (!joinContinued())
         return false;
@@ -222,7 +222,8 @@ bool Parser::hexBytes(std::string &data) {
     return true;
 }
 
-// Goes on with the next line where this one ends in a backslash.  False when there is none.
+// Skips spaces and tabs, and continues with the next line if this one ends in a backslash.  False if there is no next
+// line.
 bool Parser::joinContinued() {
     line_.skipBlanks();
     while (line_.takeContinuation()) {
@@ -238,7 +239,7 @@ std::optional<RegistryFault> qvledger::parseRegistry(std::string_view bytes, Reg
         const bool bigEndian = bytes[0] == '\xFE';
         std::string text = utf8FromUtf16(bytes.substr(2), bigEndian);
         if (bytes.size() % 2 != 0)
-            text.push_back('\0'); // half a character is malformed where it stands
+            text.push_back('\0'); // makes the line with half a character malformed
         return Parser(text, registry).parse();
     }
     if (bytes.starts_with("\xEF\xBB\xBF"sv))

@@ -1,6 +1,6 @@
-// The registry file: the text form that registry editors export, as keys and their values.
+// The registry file, the text format that registry editors export, parsed into keys and their values.
 //
-// registry.cpp answers the registry calls from it; docs/formats.md describes the format.
+// registry.cpp implements the registry calls with it; docs/formats.md describes the format.
 #pragma once
 
 #include <cstddef>
@@ -18,18 +18,19 @@ namespace qvledger {
 struct RegistryValue {
     std::string name; // empty for the unnamed value
     DWORD type;       // REG_SZ, REG_DWORD, ...
-    std::string data; // bytes; a text with its NUL
+    std::string data; // bytes; a text includes its NUL
 };
 
 // A key's values in the file's order.
 class RegistryKey {
 public:
-    // A value that is there already, in any case, gets the new type and data and keeps its place.
+    // Adds a value.  An existing value of that name, compared without case, keeps its place and gets the new
+    // type and data.
     void set(RegistryValue value);
     const RegistryValue *find(std::string_view name) const;
     const std::vector<RegistryValue> &all() const { return values_; }
 
-    std::size_t line = 0; // of the file at which it stands first, counted from 1
+    std::size_t line = 0; // of the file where it first occurs, counted from 1
 
 private:
     std::vector<RegistryValue> values_;
@@ -40,8 +41,8 @@ private:
 class Registry {
 public:
     RegistryKey &make(std::string_view path);
-    // Removes the key and gives it.  A key is also there when only one below it was made; then it has no
-    // values.
+    // Removes and returns a key; nothing if it does not exist.  A key also exists, without values, if only a
+    // key below it was made.
     std::optional<RegistryKey> take(std::string_view path);
 
 private:
@@ -54,7 +55,7 @@ struct RegistryFault {
     const char *reason;
 };
 
-// Adds what a file holds.  On a fault the registry holds what came before it.
+// Adds a file's keys and values.  If the file is malformed, adds those before the fault and returns it.
 std::optional<RegistryFault> parseRegistry(std::string_view bytes, Registry &registry);
 
 } // namespace qvledger

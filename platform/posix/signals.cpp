@@ -7,7 +7,7 @@
 constexpr long kAtOnce = 50'000'000; // nanoseconds within which a second signal is part of the first
 
 static volatile std::sig_atomic_t notedSignal = 0;
-static std::timespec notedAt; // the handler's own
+static std::timespec notedAt; // only the handler uses it
 
 static void endBy(int signal) {
     std::signal(signal, SIG_DFL);
@@ -33,7 +33,7 @@ void OS_NoteEndSignals() {
     for (const int asking : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before = {};
         struct sigaction noting = {};
-        noting.sa_handler = note; // and without SA_RESTART, so that a call that waits comes back
+        noting.sa_handler = note; // without SA_RESTART, so a signal interrupts a blocking call
         for (const int other : {SIGINT, SIGTERM, SIGHUP})
             sigaddset(&noting.sa_mask, other);
         if (sigaction(asking, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)

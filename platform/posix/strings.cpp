@@ -18,8 +18,8 @@ static int lower(char byte) {
     return static_cast<unsigned char>(asciiLower(byte));
 }
 
-// A character's lower case in any alphabet.  The locale is made once and stays; without it only ASCII folds.
-// No other character folds into ASCII, as the sign of the kelvin would: a name in ASCII has no look-alike.
+// A character's lower case in any alphabet; only ASCII folds if the system lacks the locale.  Other
+// characters never fold into ASCII, as the Kelvin sign would: an ASCII name must not match a look-alike.
 static char32_t lowerCharacter(char32_t character) {
     static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (character < 0x80)

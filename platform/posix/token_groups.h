@@ -9,8 +9,8 @@
 
 namespace qvledger {
 
-// The groups as a TOKEN_GROUPS with the security identifiers behind it.  False, with only the size needed
-// written, when they do not fit.
+// Writes the groups as a TOKEN_GROUPS followed by their security identifiers.  False, with only the needed
+// size written, if they do not fit.
 bool writeTokenGroups(const std::vector<gid_t> &groups, void *info, DWORD length, DWORD *needed);
 
 } // namespace qvledger

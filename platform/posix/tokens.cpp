@@ -14,11 +14,11 @@ using namespace qvledger;
 
 constexpr DWORD kGroupEnabled = 7; // mandatory, enabled by default, enabled
 
-static char gProcess; // stands for this process
-static char gToken;   // stands for its token
+static char gProcess; // its address is this process's handle
+static char gToken;   // its address is the token's handle
 
-// The real group and the supplementary ones, each once.  The effective group is left out: a set-group-id bit
-// may have lent it.
+// The real group and the supplementary ones, each once.  The effective group is skipped, because a
+// set-group-id bit may have lent it.
 static std::optional<std::vector<gid_t>> callersGroups() {
     const int count = getgroups(0, nullptr);
     if (count < 0)
@@ -36,7 +36,7 @@ bool qvledger::writeTokenGroups(const std::vector<gid_t> &groups, void *buffer, 
                                 DWORD *neededSize) {
     const std::size_t sidsAt = offsetof(TOKEN_GROUPS, Groups) + groups.size() * sizeof(SID_AND_ATTRIBUTES);
     const std::size_t needed =
-        std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // all of the record is there
+        std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // at least the whole record
     *neededSize = static_cast<DWORD>(needed);
     if (buffer == nullptr || needed > length)
         return false;
@@ -63,7 +63,7 @@ BOOL OpenProcessToken(HANDLE in_process, DWORD in_access, HANDLE *outp_token) {
     if (in_process != &gProcess)
         return failWith(ERROR_INVALID_HANDLE);
     if (in_access != TOKEN_QUERY)
-        return failWith(ERROR_ACCESS_DENIED); // a token can only be asked
+        return failWith(ERROR_ACCESS_DENIED); // a token can only be queried
     *outp_token = &gToken;
     return 1;
 }

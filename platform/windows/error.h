@@ -1,11 +1,11 @@
-// From the system's errors to the C library's.
+// Converts the system's errors to the C library's.
 #pragma once
 
 #include "platform/os.h"
 
 namespace qvledger {
 
-// Sets errno by an error of GetLastError.
+// Sets errno to the counterpart of an error of GetLastError.
 void setErrno(DWORD error);
 
 } // namespace qvledger

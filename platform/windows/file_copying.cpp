@@ -35,7 +35,7 @@ int OS_ReadAt(int fd, std::int64_t position, void *buffer, unsigned size) {
             break;
         done += got;
     }
-    // A read at a position moves the file's own.
+    // ReadFile at a position moves the handle's own position, too.
     works = SetFilePointerEx(file, before, nullptr, FILE_BEGIN) != 0 && works;
     return works ? static_cast<int>(done) : -1;
 }
@@ -44,7 +44,7 @@ int OS_MakeFile(const char *path) {
     return descriptorOf(openHandle(path, GENERIC_WRITE, CREATE_NEW), _O_WRONLY);
 }
 
-// Who may do what follows from the folder; only the times are the file's own.
+// The folder decides about access rights, so only the times are copied.
 void OS_GiveAttributes(int from, int to) {
     FILETIME made = {};
     FILETIME used = {};

@@ -1,4 +1,4 @@
-// Files beneath their descriptors.
+// Handles of files, and their descriptors.
 #pragma once
 
 #include <utility>
@@ -7,7 +7,7 @@
 
 namespace qvledger {
 
-// Closed when its owner goes.
+// Owner of a handle, which its destructor closes.
 class FileHandle {
 public:
     explicit FileHandle(HANDLE handle) : handle_(handle) {}
@@ -26,20 +26,23 @@ private:
     HANDLE handle_;
 };
 
-// What a program may do with a file that is open here: all, for the writer of a log renames and removes it.
+// Other programs may do everything with a file that is open here, because the writer of a log renames and
+// removes it.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// The system's handle of a descriptor; INVALID_HANDLE_VALUE, with errno, if there is none.
+// The handle of a descriptor; INVALID_HANDLE_VALUE, with errno, if the descriptor is not open.
 HANDLE handleOf(int fd);
 
-// Opens or makes a file, shared with everybody and inherited by nobody.  INVALID_HANDLE_VALUE on failure,
-// with the reason for GetLastError and errno.  disposition and flags: as CreateFileA has them.
+// Opens or creates a file, shared with all programs (kShareAll) and not inherited by child processes.
+// disposition and flags: as for CreateFileA.  INVALID_HANDLE_VALUE on failure, with GetLastError and errno
+// set.
 HANDLE openHandle(const char *path, DWORD access, DWORD disposition, DWORD flags = FILE_ATTRIBUTE_NORMAL);
 
 // OS_IdentifyDescriptor for the file of a handle.
 int identifyHandle(HANDLE handle, OS_fileIdentity *identity);
 
-// A descriptor of a handle, which goes with it, in binary; -1, with the handle closed, on failure.
+// A descriptor in binary mode that takes the ownership of the handle.  On failure -1, and the handle is
+// closed.
 int descriptorOf(HANDLE handle, int flags);
 
 } // namespace qvledger

@@ -7,14 +7,14 @@
 
 using namespace qvledger;
 
-// File times are steps of 100 nanoseconds since 1601.
+// File times count 100 nanoseconds since 1601.
 constexpr std::int64_t kStep = 100;
 constexpr std::int64_t kStepsTo1970 = 116'444'736'000'000'000;
-// Twice the steps by which file times advance at the most: where a file system keeps two seconds.
+// A file system may store times in steps of two seconds.  The waits are twice the step.
 constexpr std::int64_t kCoarse = 2'000'000'000;
 constexpr std::int64_t kCoarseStep = 2 * kCoarse;
-constexpr std::int64_t kFineStep = 40'000'000; // of the system's clock
-constexpr int kLooks = 3;                      // at a file that changes all the time
+constexpr std::int64_t kFineStep = 40'000'000; // for times from the system's clock
+constexpr int kLooks = 3;                      // at a file that keeps changing
 
 static std::int64_t nanoseconds(std::int64_t steps) {
     return (steps - kStepsTo1970) * kStep;
@@ -40,7 +40,7 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
     if (GetFileInformationByHandle(file, &found) == 0 ||
         GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times) == 0 ||
         GetFileInformationByHandleEx(file, FileStandardInfo, &standard, sizeof standard) == 0) {
-        errno = EIO; // it is open, whatever the system says of it
+        errno = EIO; // not the system's error, which could say that it is not open
         return -1;
     }
     *identity = {found.dwVolumeSerialNumber,
@@ -72,7 +72,7 @@ int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity) {
 
 int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
     for (int look = 0; look < kLooks; ++look) {
-        FILETIME now = {}; // before the file is looked at: what changes behind the look has a later time
+        FILETIME now = {}; // taken first, so that a change after the look has a later time
         GetSystemTimeAsFileTime(&now);
         if (OS_IdentifyDescriptor(fd, identity) != 0)
             return -1;
@@ -80,7 +80,7 @@ int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
         const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
         const std::int64_t age =
             nanoseconds(together(now.dwHighDateTime, now.dwLowDateTime)) - identity->modified;
-        if (age > step || age < -step) // or by another clock than this machine's
+        if (age > step || age < -step) // far in the future: set by another machine's clock
             return 0;
         OS_Sleep(static_cast<int>(step / 1'000'000));
     }

@@ -7,12 +7,12 @@
 
 using namespace qvledger;
 
-// ---- Against other runs ----
+// ---- Locks between runs ----
 
-// A lock keeps others from the bytes under it, so the locked ones are two that no file has.  Whoever has both
-// holds the file; the second one alone tells that its holder has gone over to another handle
-// (OS_LockOutWriters).
-constexpr DWORD kLockedAt = 0x7fffffff; // the high half of their position
+// A lock blocks access to the locked bytes, so it covers two bytes beyond the end of any file.  A run that
+// has locked both has locked the file.  OS_LockOutWriters leaves only the second byte locked, by its new
+// handle.
+constexpr DWORD kLockedAt = 0x7fffffff; // the high half of the bytes' position
 enum LockByte : DWORD { kFirst = 0, kSecond = 1 };
 
 static DWORD lock(HANDLE file, LockByte byte) {
@@ -27,7 +27,7 @@ static void unlock(HANDLE file, LockByte byte) {
     OVERLAPPED place = {};
     place.Offset = byte;
     place.OffsetHigh = kLockedAt;
-    static_cast<void>(UnlockFileEx(file, 0, 1, 0, &place)); // held or not, it is not afterwards
+    static_cast<void>(UnlockFileEx(file, 0, 1, 0, &place)); // afterwards it is unlocked, locked before or not
 }
 
 int OS_LockFile(int fd) {
@@ -48,11 +48,11 @@ void OS_UnlockFile(int fd) {
     unlock(handleOf(fd), kSecond);
 }
 
-// ---- Against writers ----
+// ---- Locking out writers ----
 
-// A handle that shares the file with readers alone can only be had where nobody writes, and while it is there
-// nobody opens the file to write.  It takes the old one's place, which ends with the old one's locks; its own
-// is there before.
+// Opens a second handle that shares the file only with readers.  This fails while a writer has the file open,
+// and keeps writers from opening it afterwards.  The new handle locks the second byte and then replaces the
+// descriptor's old handle, which releases its lock of the first byte.
 int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
     FileHandle held(CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -68,25 +68,25 @@ int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
         errno = ENOENT;
         return OS_REFUSED;
     }
-    unlock(handleOf(fd), kSecond); // the first one keeps others off
+    unlock(handleOf(fd), kSecond); // the first byte still locks out other runs
     if (lock(held.get(), kSecond) != ERROR_SUCCESS)
         return OS_REFUSED;
     const int newFd = descriptorOf(held.release(), _O_RDONLY);
     if (newFd == -1)
         return OS_REFUSED;
     const int moved = _dup2(newFd, fd);
-    static_cast<void>(_close(newFd)); // its file is open under the other number
+    static_cast<void>(_close(newFd)); // fd has the file open now
     return moved == 0 ? OS_DONE : OS_REFUSED;
 }
 
-// No call tells of a file that is open with the right to read or write it.
+// No call reports whether a file is open elsewhere for reading or writing.
 int OS_IsOpenElsewhere(int) {
     return 0;
 }
 
 // ---- Removing ----
 
-// It was opened with the right to: by OS_OpenToAppend or OS_LockOutWriters.
+// OS_OpenToAppend or OS_LockOutWriters opened the file with the right to delete it.
 int OS_RemoveFile(int fd, const char *) {
     FILE_DISPOSITION_INFO removed = {};
     removed.DeleteFile = 1;

@@ -11,10 +11,11 @@ using namespace qvledger;
 
 // ---- Opening ----
 
-// To write at the end alone, wherever that is by then, and to be asked.
+// Rights to write only at the file's current end, and to query the file.
 constexpr DWORD kAppend = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
 
-// Only what may be read or overwritten can be locked, so a file that may be read is opened for that, too.
+// A lock needs the right to read or overwrite the file, so the file is opened for reading too if it may be
+// read.
 static HANDLE openToAppend(const char *path, DWORD rights, DWORD disposition) {
     const HANDLE file = openHandle(path, kAppend | GENERIC_READ | rights, disposition);
     return file != INVALID_HANDLE_VALUE || errno != EACCES ? file
@@ -26,7 +27,7 @@ int OS_OpenToRead(const char *path) {
 }
 
 int OS_OpenToAppend(const char *name, char **made) {
-    constexpr int kTries = 40; // at a name that others make and remove
+    constexpr int kTries = 40; // at a name that others create and remove meanwhile
     *made = nullptr;
     Malloced<char> path(_strdup(name));
     if (path == nullptr) {
@@ -34,7 +35,7 @@ int OS_OpenToAppend(const char *name, char **made) {
         return -1;
     }
     for (int tries = 0; tries < kTries; ++tries) {
-        // Who makes it may have to remove it.
+        // With DELETE, because a run that creates the file may have to remove it.
         FileHandle file(openToAppend(name, DELETE, CREATE_NEW));
         const bool isMade = file.isOpen();
         if (!isMade && errno != EEXIST)
@@ -68,7 +69,7 @@ int OS_LastByte(int fd) {
 }
 
 int OS_CutFile(int fd, std::int64_t size) {
-    // What is open to append may not be cut: once more, with the right to.
+    // A handle that only appends cannot truncate, so the file is opened again.
     const FileHandle file(ReOpenFile(handleOf(fd), GENERIC_WRITE, kShareAll, 0));
     FILE_END_OF_FILE_INFO end = {};
     end.EndOfFile.QuadPart = size;
@@ -82,7 +83,7 @@ int OS_CutFile(int fd, std::int64_t size) {
 // ---- Names ----
 
 int OS_MoveName(const char *from, const char *to) {
-    // Under a name that is too long it could not be opened again.
+    // The file could not be opened again under a longer name.
     if (std::strlen(to) >= MAX_PATH) {
         errno = EINVAL;
         return OS_REFUSED;
@@ -92,16 +93,16 @@ int OS_MoveName(const char *from, const char *to) {
     const DWORD error = GetLastError();
     setErrno(error);
     if (error == ERROR_SHARING_VIOLATION)
-        errno = EBUSY; // a program has it open that does not share it with who would move it
+        errno = EBUSY; // a program has it open without FILE_SHARE_DELETE
     return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
 }
 
 int OS_NameNewFile(const char *from, const char *to) {
-    return OS_MoveName(from, to); // which every file system knows here
+    return OS_MoveName(from, to); // works on every file system
 }
 
-// There is no call for it.  Names that are given above are on the disk; that of a file that was made is once
-// its contents are (_commit).
+// No call flushes a folder.  OS_MoveName writes the new name to disk, and _commit flushes a new file's name
+// with its contents.
 int OS_SyncFolderOf(int) {
     return 0;
 }

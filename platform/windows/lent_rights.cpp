@@ -1,4 +1,4 @@
-// No program lends rights to its caller here.
+// Programs on Windows have no rights beyond their caller's.
 #include "platform/os.h"
 
 int OS_HasLentRights() {

@@ -20,14 +20,14 @@ OS_outputKind OS_KindOfOutput(int fd) {
     }
 }
 
-// A descriptor that was opened without it cannot be made to append, so only its position moves.
+// An open descriptor cannot be changed to append, so this only moves its position.
 int OS_WriteAtEnd(int fd) {
     if (OS_KindOfOutput(fd) != OS_outputKind::File)
         return 0;
     return _lseeki64(fd, 0, SEEK_END) >= 0 ? 0 : -1;
 }
 
-// No call says how much of a pipe is unread: what was written counts as read.
+// No call reports unread bytes, so everything written counts as read.
 int OS_UnreadBytes(int) {
     return 0;
 }

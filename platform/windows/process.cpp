@@ -6,13 +6,13 @@
 static void passOver(const wchar_t *, const wchar_t *, const wchar_t *, unsigned, std::uintptr_t) {}
 
 void OS_PrepareProcess() {
-    // A call with a closed descriptor fails, and is not the program's end.
+    // A call with a closed descriptor must fail instead of ending the program.
     _set_invalid_parameter_handler(passOver);
     _fmode = _O_BINARY;
     for (std::FILE *stream : {stdin, stdout, stderr})
         if (_fileno(stream) >= 0)
-            static_cast<void>(_setmode(_fileno(stream), _O_BINARY)); // a stream that came closed has no mode
-    // What stands in for a closed stream refuses its use, as a closed one does.
+            static_cast<void>(_setmode(_fileno(stream), _O_BINARY)); // a closed stream has no descriptor
+    // Fills the numbers of closed standard streams with descriptors that fail every write, like closed ones.
     constexpr int kStandardError = 2;
     int fd = 0;
     while ((fd = _open("NUL", _O_RDONLY)) != -1 && fd <= kStandardError)
@@ -24,7 +24,7 @@ void OS_PrepareProcess() {
 void OS_ChooseLocale(int) {}
 
 int OS_WatchForks(void (*)()) {
-    return 0; // there are none
+    return 0; // Windows has no fork
 }
 
 const char *OS_ProgramName() {

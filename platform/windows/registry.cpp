@@ -7,7 +7,7 @@
 using namespace qvledger;
 
 const char *OS_RegistryTrouble() {
-    return ""; // it has no file that could be malformed
+    return ""; // there is no registry file
 }
 
 const char *OS_RegistryPath() {

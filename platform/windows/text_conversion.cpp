@@ -14,14 +14,14 @@ using namespace qvledger;
 
 struct Iconv {
     const char *name;
-    UINT page;            // of the system; 0 for units of the size below
+    UINT page;            // the system's code page; 0 for a set of fixed units
     std::size_t unit = 1; // bytes
     bool bigEndian = false;
-    bool pairs = false; // of UTF-16
+    bool pairs = false; // has surrogate pairs, as UTF-16 does
 };
 
-constexpr UINT kEucJp = 20932;    // which lacks the characters of three bytes
-constexpr char kOfThree = '\x8f'; // the first one of them
+constexpr UINT kEucJp = 20932;    // the code page lacks EUC-JP's characters of three bytes
+constexpr char kOfThree = '\x8f'; // their first byte
 
 static Iconv kSets[] = {
     {"ISO-8859-1", 28591},
@@ -85,12 +85,12 @@ iconv_t iconv_open(const char *to, const char *from) {
 }
 
 int iconv_close(iconv_t) {
-    return 0; // the sets stay
+    return 0; // the sets are static
 }
 
 namespace {
 
-// What stands at the front of the input: its bytes, or why there is no character.
+// The first character of the input, or why it is invalid or incomplete.
 struct Character {
     std::size_t length;
     std::string utf8;
@@ -143,7 +143,7 @@ static Character takeFromPage(const Iconv &set, std::string_view bytes) {
     GetCPInfo(set.page, &page);
     const std::size_t longest = std::max<std::size_t>(page.MaxCharSize, 1);
     for (std::size_t length = 1; length <= std::min(longest, bytes.size()); ++length) {
-        // A first byte of two is none of its own, though some pages would give it a character.
+        // The first byte of a two-byte character is not a character itself, though some pages convert it.
         if (length == 1 && IsDBCSLeadByteEx(set.page, static_cast<BYTE>(bytes[0])) != 0)
             continue;
         std::string utf8 = fromPage(set.page, bytes.substr(0, length));

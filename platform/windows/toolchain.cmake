@@ -1,4 +1,4 @@
-# Builds for the system's own platform with the cross compiler of the distribution (preset windows).
+# Builds for Windows with the distribution's cross compiler (preset windows).
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
@@ -7,5 +7,5 @@ set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-# The programs need no library beside them.
+# Links all libraries into the programs.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")

@@ -27,7 +27,8 @@ static std::string userName() {
     return name;
 }
 
-// The name of a group that access lists go by; a local one is its computer's.
+// Sets the name that access lists use for a group; the domain of a local group is the computer.  False if the
+// SID is not a group.
 static bool nameGroup(PSID sid, AccountName &group) {
     char name[257];
     char domain[257];

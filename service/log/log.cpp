@@ -18,8 +18,8 @@ using namespace qvledger;
 
 constexpr std::int32_t kNotStarted = INT32_MAX;
 constexpr std::int32_t kNothing = INT32_MIN;
-constexpr std::size_t kMostPlaces = 64;    // whose repeated entries are counted; a run meets a few
-constexpr std::size_t kLongestText = 1000; // of an entry that is compared with the next one
+constexpr std::size_t kMostPlaces = 64;    // places whose repeated entries are counted; a run has a few
+constexpr std::size_t kLongestText = 1000; // bytes of an entry kept for comparison with the next
 
 std::atomic<std::int32_t> LOG_g_level = kNotStarted;
 
@@ -30,17 +30,17 @@ struct LastEntry {
     LogPlace place;
     std::uint64_t repeated; // since it was written
     std::size_t size;
-    char text[kLongestText]; // its beginning, so one that is longer is never equal
+    char text[kLongestText]; // truncated, so a longer one is never equal
 };
 
-// Sink, levels and counts.  Threads share it.
+// Sink, levels and counts, shared by all threads.
 class ProgramLog {
 public:
     void start() {
         if (LOG_g_level.load(std::memory_order_acquire) != kNotStarted)
             return;
-        // Before the lock is taken, which a child of another thread must not inherit.  Without it counts
-        // could be lost, or written twice.
+        // Before the lock is first taken: a child that another thread forks must not inherit a locked one.
+        // Repetitions are only counted if both calls succeed, else counts could be lost or written twice.
         static const bool isWatched =
             std::atexit([] { instance.flush(); }) == 0 && OS_WatchForks([] { instance.beginChild(); }) == 0;
         const std::lock_guard guard(lock_);
@@ -109,7 +109,8 @@ public:
     static ProgramLog instance;
 
 private:
-    // Another thread of the parent may have had the lock.  The parent writes the counts so far.
+    // Replaces the lock, because another thread of the parent may have taken it.  The parent writes the
+    // counts so far.
     void beginChild() {
         new (&lock_) std::mutex;
         placesKnown_ = 0;
@@ -121,7 +122,7 @@ private:
         LOG_g_level = !isWanted ? kNothing : tracesToo_ ? LOG_TRACE : messageLevel_;
     }
 
-    // Counts an entry that repeats its place's last one.  Any other is the last one from now on.
+    // Counts an entry that repeats the last one of its place; any other becomes the last one.
     bool isRepeated(const LogPlace &place, std::string_view text) {
         LastEntry *const known = last_ + placesKnown_;
         LastEntry *const last = std::find_if(last_, known, [&](const LastEntry &it) {
@@ -152,21 +153,22 @@ private:
 
     void writeCounts() {
         std::for_each_n(last_, placesKnown_, [this](LastEntry &entry) { writeCount(entry); });
-        static_cast<void>(sink_.writeLost()); // what is not taken stays counted
+        static_cast<void>(sink_.writeLost()); // lost entries stay counted if it fails
     }
 
-    std::mutex lock_; // of all that follows
+    std::mutex lock_; // guards all members below
     LogSink sink_;
     std::int32_t messageLevel_ = LOG_ERROR;
     bool tracesToo_ = false;
-    LOG_function function_ = nullptr; // takes the entries instead of the sink, unless null
+    LOG_function function_ = nullptr; // receives the entries instead of the sink unless null
     void *context_ = nullptr;
     bool countsRepeats_ = false;
     std::size_t placesKnown_ = 0;
     LastEntry last_[kMostPlaces] = {};
 };
 
-// Without a constructor or destructor at run time where std::mutex has none, so entries may come at any time.
+// Needs no constructor or destructor at run time if std::mutex needs none, so entries may come before main()
+// and during exit().
 ProgramLog ProgramLog::instance;
 
 // Callers may log before they read errno.
@@ -177,7 +179,7 @@ struct KeepErrno {
 
 } // namespace
 
-// The entry that the thread builds in pieces, or null.  A thread_local object would not do: registering its
+// The entry that the thread builds in pieces, or null.  Not a thread_local object, because registering its
 // destructor ends the program when memory runs out.
 static thread_local LogText *openText = nullptr;
 static thread_local LogPlace openPlace;

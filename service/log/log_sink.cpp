@@ -20,7 +20,7 @@ void LogSink::open(const char *name) {
         return;
     fd_ = sink == "stderr" ? kStandardError : openFile(name);
     if (fd_ >= 0) {
-        static_cast<void>(OS_IdentifyDescriptor(fd_, &opened_)); // only a closed one fails, at each entry
+        static_cast<void>(OS_IdentifyDescriptor(fd_, &opened_)); // fails only if closed; so will each entry
         return;
     }
     LogText text;
@@ -28,7 +28,7 @@ void LogSink::open(const char *name) {
     write({LOG_ERROR, __FILE__, __LINE__}, text.view());
 }
 
-// A program may close descriptors that are not its own, and open another file under the number.
+// The program may have closed the log's descriptor and opened another file under its number.
 bool LogSink::isStillOpen() const {
     OS_fileIdentity now = {};
     return fd_ == kStandardError || (OS_IdentifyDescriptor(fd_, &now) == 0 && OS_IsSameFile(now, opened_));
@@ -53,12 +53,12 @@ static void appendTime(LogText &text) {
 
 bool LogSink::put(const LogPlace &place, std::string_view text) {
     LogText entry, line;
-    if (fd_ >= 0) // the system's log adds the time by itself
+    if (fd_ >= 0) // the system's log adds its own time
         appendTime(entry);
     entry.appendFormat("%s[%d]: %d %s:%d: ", OS_ProgramName(), _getpid(), place.level, place.file,
                        place.line);
     entry.append(text);
-    if (isCut_) // the rest of that line must not become the beginning of this one
+    if (isCut_) // the cut line must not run into this one
         line.append("\n");
     line.appendVisible(entry.view());
     if (fd_ < 0)

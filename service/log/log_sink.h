@@ -14,22 +14,22 @@ struct LogPlace {
     std::int32_t line;
 };
 
-// An entry that is not taken at once is dropped and counted.  One thread at a time uses a sink.
+// Drops and counts entries that are not taken at once.  REQUIRES: one thread at a time uses a sink.
 class LogSink {
 public:
-    // Opens the sink that QV_LOG names; null or empty is the system's log.  So is a file that cannot be
-    // opened, and the first entry there gives the reason.
+    // Opens the sink.  name: the value of QV_LOG; null or empty means the system's log.  If a file cannot be
+    // opened, the system's log is used and its first entry gives the reason.
     void open(const char *name);
     void close();
     bool isOpen() const { return isOpen_; }
 
-    // Writes an entry that stands for a number of calls, which are lost if it is not taken.
+    // Writes an entry that represents a number of calls, which are lost if the entry is not taken.
     void write(const LogPlace &place, std::string_view text, std::uint64_t calls = 1);
-    // Writes how many calls are lost, if any; false if that was not taken.
+    // Writes the number of lost calls, if any; false if that entry is not taken.
     bool writeLost();
     void forgetLost() { lost_ = 0; }
 
-    // How many bytes were written to a file; 0 if it is not the sink's.
+    // Number of bytes written to a file; 0 if it is not the sink's file.
     std::int64_t bytesIn(const OS_fileIdentity &file) const {
         return fd_ >= 0 && OS_IsSameFile(file, opened_) ? written_ : 0;
     }
@@ -37,9 +37,9 @@ public:
     const char *systemLogPath = "/dev/log";
 
 private:
-    // The system's part, in log_system.cpp.
-    static int openFile(const char *name);                          // never under a standard stream's number
-    static std::size_t writeAtOnce(int fd, std::string_view bytes); // returns how many bytes were written
+    // The part that depends on the system, in log_system.cpp.
+    static int openFile(const char *name);                          // never gets a standard stream's number
+    static std::size_t writeAtOnce(int fd, std::string_view bytes); // returns the number of bytes written
     static bool sendToSystemLog(const char *path, std::int32_t level, std::string_view entry);
 
     bool put(const LogPlace &place, std::string_view text);
@@ -48,7 +48,7 @@ private:
     bool isOpen_ = false;
     int fd_ = -1; // -1: the system's log
     OS_fileIdentity opened_ = {};
-    bool isCut_ = false;       // the last line lacks its end
+    bool isCut_ = false;       // the last line was not written to its end
     std::int64_t written_ = 0; // bytes
     std::uint64_t lost_ = 0;
 };

@@ -17,7 +17,7 @@
 
 using namespace qvledger;
 
-static int movedBehindStandardStreams(int fd) {
+static int movedAboveStandardStreams(int fd) {
     if (fd < 0 || fd > STDERR_FILENO)
         return fd;
     const int moved = ::fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -28,10 +28,11 @@ static int movedBehindStandardStreams(int fd) {
 int LogSink::openFile(const char *name) {
     // O_NONBLOCK: a pipe without a reader must not block the program.
     constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    return movedBehindStandardStreams(::open(name, kFlags, 0640));
+    return movedAboveStandardStreams(::open(name, kFlags, 0640));
 }
 
-// Can PIPE_BUF bytes be written without blocking?  A pipe without a reader would raise SIGPIPE.
+// Can PIPE_BUF bytes be written without blocking?  False without a reader, because the write would raise
+// SIGPIPE.
 static bool isPipeReady(int fd) {
     pollfd pipe = {.fd = fd, .events = POLLOUT, .revents = 0};
     return ::poll(&pipe, 1, 0) == 1 && pipe.revents == POLLOUT;
@@ -40,7 +41,7 @@ static bool isPipeReady(int fd) {
 // The standard error stream is shared with other programs, so it cannot be made non-blocking.
 std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     struct stat file = {};
-    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // what is not known may block too
+    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // an unknown kind may block too
     std::size_t done = 0;
     while (done < bytes.size() && (!isPipe || isPipeReady(fd))) {
         const std::string_view piece = bytes.substr(done, isPipe ? PIPE_BUF : std::string_view::npos);
@@ -54,10 +55,10 @@ std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     return done;
 }
 
-// Connects for each entry, so a daemon that was restarted gets the next one.
+// Connects for each entry, so that a restarted daemon gets the next one.
 static bool send(const char *path, int type, std::string_view bytes) {
     const int opened = ::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    const Descriptor daemon(movedBehindStandardStreams(opened));
+    const Descriptor daemon(movedAboveStandardStreams(opened));
     sockaddr_un address = {.sun_family = AF_UNIX, .sun_path = {}};
     std::strncpy(address.sun_path, path, sizeof address.sun_path - 1);
     return ::connect(daemon.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
@@ -69,7 +70,7 @@ bool LogSink::sendToSystemLog(const char *path, std::int32_t level, std::string_
     LogText text;
     text.appendFormat("<%d>", LOG_USER | (level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG));
     text.append(entry);
-    text.end('\0'); // which ends an entry in a stream
+    text.end('\0'); // ends an entry in a stream
     const std::string_view bytes = text.view();
     return send(path, SOCK_DGRAM, bytes.substr(0, bytes.size() - 1)) ||
            (errno == EPROTOTYPE && send(path, SOCK_STREAM, bytes));

@@ -1,4 +1,4 @@
-// The buffer that log entries and messages are built in.
+// The buffer for building log entries and messages.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 namespace qvledger {
 
-// Text that grows.  When memory runs out it keeps what it has and takes no more.
+// A growing text.  When memory runs out, it keeps the part that fits and drops the rest.
 class LogText {
 public:
     void append(std::string_view piece) {
@@ -21,7 +21,7 @@ public:
         std::memcpy(text() + length_, piece.data(), size);
         length_ += size;
     }
-    // With control characters escaped.
+    // Appends the piece with control characters escaped.
     void appendVisible(std::string_view piece) {
         escapeControls(piece, [this](std::string_view shown) { append(shown); });
     }
@@ -63,7 +63,7 @@ private:
 
     char inPlace_[768];
     Malloced<char> onHeap_;
-    std::size_t capacity_ = sizeof inPlace_ - 1; // without the last character or a NUL
+    std::size_t capacity_ = sizeof inPlace_ - 1; // excludes room for the last character or a NUL
     std::size_t length_ = 0;
 };
 

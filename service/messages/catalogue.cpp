@@ -14,11 +14,11 @@
 constexpr std::uint32_t kNumberMask = 0xffff; // the part of a code that is the message's number in its set
 constexpr unsigned kSetShift = 16;
 
-// catopen's result without a catalogue.
+// catopen's result on failure.
 static const nl_catd kNoCatalogue = reinterpret_cast<nl_catd>(std::intptr_t{-1});
 static nl_catd catalogue = kNoCatalogue;
 
-// A catalogue of this installation, whose folder need not be one that the C library looks into.
+// Opens a catalogue in this installation's folder, which the C library may not search.
 static nl_catd openInstalled(const char *name) {
     char language[64] = "";
     if (const char *locale = std::setlocale(LC_MESSAGES, nullptr); locale != nullptr)
@@ -35,10 +35,10 @@ static nl_catd openInstalled(const char *name) {
     return found;
 }
 
-// ---- The character set of its texts ----
+// ---- The texts' character set ----
 
-// Catalogues are in UTF-8; a terminal shows the character set of the locale.
-constexpr std::size_t kFailed = static_cast<std::size_t>(-1); // of iconv
+// Catalogues are in UTF-8; a terminal uses the character set of the locale.
+constexpr std::size_t kFailed = static_cast<std::size_t>(-1); // iconv's result
 static const iconv_t kNoConverter = reinterpret_cast<iconv_t>(std::intptr_t{-1});
 static iconv_t converter = kNoConverter;
 
@@ -52,8 +52,8 @@ static iconv_t openConverter() {
     return length < static_cast<int>(sizeof target) ? iconv_open(target, "UTF-8") : kNoConverter;
 }
 
-// The text in that character set, which may be in the buffer.  What is no UTF-8, or too long for the buffer,
-// stays as it is.
+// Converts a text to that character set, in the buffer.  Returns the text itself if it needs no conversion,
+// is not valid or convertible UTF-8, or does not fit the buffer.
 static const char *inCharacterSet(const char *text, char (&buffer)[4096]) {
     if (converter == kNoConverter)
         return text;
@@ -65,7 +65,7 @@ static const char *inCharacterSet(const char *text, char (&buffer)[4096]) {
     return iconv(converter, &from, &left, &to, &room) != kFailed ? buffer : text;
 }
 
-// ---- Its operations ----
+// ---- Operations ----
 
 void MSG_UsageBegin(const char *inp_catalogue) {
     MSG_UsageEnd();
@@ -89,7 +89,7 @@ std::int32_t MSG_GetUnformatted(std::int32_t, std::uint32_t in_code, std::int32_
                                 std::uint32_t *outp_count, char *outp_buffer) {
     if (catalogue == kNoCatalogue)
         return 1;
-    static const char absent = '\0'; // known by its address
+    static const char absent = '\0'; // recognised by its address
     const char *text = catgets(catalogue, static_cast<int>(in_code >> kSetShift),
                                static_cast<int>(in_code & kNumberMask), &absent);
     if (text == &absent)

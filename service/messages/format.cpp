@@ -8,7 +8,7 @@
 
 using namespace qvledger;
 
-constexpr unsigned kMostArguments = 9; // of one format; a message has one digit for each
+constexpr unsigned kMostArguments = 9; // of one format; a conversion numbers them with one digit
 
 namespace {
 
@@ -23,17 +23,18 @@ union Value {
     const void *asPointer;
 };
 
-// "%2$-5s": argument 2, by the plain conversion "%-5s".
+// "%2$-5s": argument 2, printed by the plain conversion "%-5s".
 struct Conversion {
     unsigned argument; // counted from 0
     Kind kind;
     char plain[24];
-    std::size_t length; // in the format, from its "%" on
+    std::size_t length; // in the format, "%" included
 };
 
 class Arguments {
 public:
-    // The kinds, as the conversions tell them.
+    // Notes the kind of the conversion's argument.  False if another conversion uses the argument as another
+    // kind.
     bool use(const Conversion &conversion) {
         Kind &kind = kinds_[conversion.argument];
         const bool agrees = kind == Kind::Unused || kind == conversion.kind;
@@ -41,7 +42,7 @@ public:
         count_ = std::max(count_, conversion.argument + 1);
         return agrees;
     }
-    // False when one was left out: how it was passed is not known then.
+    // Reads the values.  False if the format skips an argument, because its type is then unknown.
     bool take(std::va_list values) {
         std::va_list from;
         va_copy(from, values);
@@ -54,7 +55,7 @@ public:
     int print(const Conversion &conversion, char *text, std::size_t size) const;
 
 private:
-    // A pointer, as what va_list is differs from system to system.
+    // Takes a pointer, because va_list's type differs between systems.
     bool takeOne(unsigned index, std::va_list *from);
 
     Kind kinds_[kMostArguments] = {};
@@ -92,7 +93,7 @@ bool Arguments::takeOne(unsigned index, std::va_list *from) {
 }
 
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral" // it was taken apart, and fits the value
+#pragma GCC diagnostic ignored "-Wformat-nonliteral" // the conversion was parsed and fits the value
 
 int Arguments::print(const Conversion &conversion, char *text, std::size_t size) const {
     const Value &value = values_[conversion.argument];
@@ -138,7 +139,7 @@ static Kind kindOf(std::string_view lengthLetters, char letter) {
                                    : Kind::Unused;
 }
 
-// The conversion at the front of a text that begins with "%".
+// Parses the positional conversion at the start of a text, which begins with "%"; nothing if it is invalid.
 static std::optional<Conversion> readConversion(const char *text) {
     if (text[1] < '1' || text[1] > '9' || text[2] != '$')
         return std::nullopt;
@@ -157,8 +158,8 @@ static std::optional<Conversion> readConversion(const char *text) {
     return found;
 }
 
-// Hands each piece of a format on: plain(text, length) or converted(Conversion).  False when a conversion is
-// none, or one of the functions says so.
+// Passes each piece of a format to plain(text, length) or converted(Conversion).  False if a conversion is
+// invalid or a function returns false.
 template <class Plain, class Converted>
 static bool eachPiece(const char *format, Plain plain, Converted converted) {
     for (const char *at = format; *at != '\0';) {
@@ -177,7 +178,7 @@ static bool eachPiece(const char *format, Plain plain, Converted converted) {
     return true;
 }
 
-// Is the first conversion, if there is one, a positional one?
+// Is there a first conversion, and is it positional?
 static bool isPositional(const char *format) {
     const char *at = format;
     while (at != nullptr && (at = std::strchr(at, '%')) != nullptr && at[1] == '%')

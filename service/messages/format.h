@@ -1,4 +1,4 @@
-// printf's rules with positional arguments ("%2$s"), which not every C library knows.
+// printf with positional arguments ("%2$s"), which not every C library supports.
 #pragma once
 
 #include <cstdarg>
@@ -7,10 +7,11 @@
 
 namespace qvledger {
 
-// Writes the text of a format and its values, as much as fits, with a NUL behind it; with a size of 0 it only
-// measures.  Gives the length of the whole text without the NUL; -1 for a format that mixes both kinds of
-// arguments, leaves one out in front of another that it uses, uses one as two different types, or holds a
-// positional conversion that is none of "d i u x X o c s p f e g" with "l", "ll" or "z".
+// Writes the formatted text, truncated to size bytes with its NUL; a size of 0 only measures.  Returns the
+// length of the whole text without the NUL.  Returns -1 for a format that mixes positional and plain
+// conversions, skips an argument before one that it uses, uses an argument as two types, or has a positional
+// conversion other than "d i u x X o c s p f e g", with "l", "ll" or "z" for integers; also for a text beyond
+// INT32_MAX.
 std::int32_t formatText(char *text, std::size_t size, const char *format, std::va_list values);
 
 } // namespace qvledger

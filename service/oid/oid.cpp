@@ -16,19 +16,19 @@ using namespace qvledger;
 
 namespace {
 
-// A renaming table, or that there is none, or none that can be used.
+// A renaming table, or the record that it is absent or bad.
 struct Language {
     std::string tag; // what follows "oids." in the file's name
     OidTable::State state;
     std::unique_ptr<OidTable> table;
 };
 
-// What a handle stands for.
+// The database of a handle.
 struct Database {
     std::string tablePath;
     OidTable identifiers;
-    std::vector<Language> languages; // all that were looked for, so that each file is read once
-    std::string locale;              // the one in force
+    std::vector<Language> languages; // all that were tried, so that each file is read once
+    std::string locale;              // the current one
     const OidTable *names = nullptr; // its renaming table
 };
 
@@ -84,7 +84,7 @@ std::int32_t OID_CloseDb(STF_l__hdr *, void **inoutp_handle) {
 
 // ---- Languages ----
 
-// The next more general tag: "de_DE.UTF-8", "de_DE", "de", nothing.
+// The next more general tag: "de_DE.UTF-8", "de_DE", "de", "".
 static std::string_view generalised(std::string_view tag) {
     std::size_t end = tag.find_first_of(".@");
     if (end == tag.npos)
@@ -92,7 +92,7 @@ static std::string_view generalised(std::string_view tag) {
     return end == tag.npos ? std::string_view() : tag.substr(0, end);
 }
 
-// A locale is the user's word: it names no file outside the database's folder.
+// The locale comes from the user and must not name a file outside the database's folder.
 static bool namesNoTable(std::string_view locale) {
     return locale.find('/') != locale.npos || locale.find("..") != locale.npos;
 }

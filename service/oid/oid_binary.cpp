@@ -8,10 +8,10 @@ constexpr std::size_t kMaxContents = OID_BINARY_SIZE - 1;
 
 namespace {
 
-// A number of any size in digits to the base 128, lowest first: what the contents octets are made of.
+// A number in base-128 digits, lowest first, as large as the contents octets allow.
 class Arc {
 public:
-    // number * factor + addend; false when it no longer fits.
+    // Sets the number to number * factor + addend; false if that does not fit.
     bool advance(unsigned factor, unsigned addend) {
         unsigned carry = addend;
         for (std::size_t at = 0; at < count_; ++at) {
@@ -27,11 +27,11 @@ public:
         return true;
     }
 
-    // Below 128 alone, which is all that the rule of the second arc needs.
+    // REQUIRES: the limit is at most 128.
     bool isBelow(unsigned limit) const { return count_ == 0 || (count_ == 1 && digits_[0] < limit); }
     unsigned lowest() const { return count_ == 0 ? 0 : digits_[0]; }
 
-    // Appends the number, highest digit first.
+    // Appends the number, highest digit first; false if it does not fit.
     bool encode(OidBinary *binary) const {
         const std::size_t size = count_ == 0 ? 1 : count_;
         std::uint8_t &length = binary->bytes[0];
@@ -52,7 +52,7 @@ private:
 
 } // namespace
 
-// Takes one arc and the dot behind it from the front of the text; true for an arc that is one.
+// Removes one arc and the dot after it from the start of the text; false if it is not a valid arc.
 static bool takeArc(std::string_view &text, Arc *arc) {
     std::size_t at = 0;
     for (; at < text.size() && text[at] != '.'; ++at) {
@@ -62,7 +62,7 @@ static bool takeArc(std::string_view &text, Arc *arc) {
         if (!arc->advance(10, static_cast<unsigned>(digit - '0')))
             return false;
     }
-    if (at == 0 || at + 1 == text.size()) // no digit, or a dot with nothing behind it
+    if (at == 0 || at + 1 == text.size()) // no digit, or a dot at the end
         return false;
     text.remove_prefix(at == text.size() ? at : at + 1);
     return true;

@@ -13,9 +13,9 @@ struct OidBinary {
     std::uint8_t bytes[OID_BINARY_SIZE];
 };
 
-// False, with the output undefined, for a text that is no object identifier or does not fit.  Two arcs at
-// least, the first 0 to 2, the second below 40 under 0 and 1; no arc has a leading zero.  An arc may be as
-// large as the contents octets can hold.
+// Converts an identifier: at least two arcs, the first 0 to 2, the second below 40 after 0 and 1; no arc has
+// a leading zero, and an arc may be as large as the contents octets allow.  False, with the output undefined,
+// for any other text and one that does not fit.
 bool parseOid(std::string_view decimal, OidBinary *binary);
 
 } // namespace qvledger

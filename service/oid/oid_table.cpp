@@ -13,9 +13,9 @@
 
 using namespace qvledger;
 
-constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; keeps every position within 32 bits
+constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; keeps all positions within 32 bits
 constexpr std::size_t kBlockSize = 65536;      // bytes
-constexpr std::size_t kFirstSlots = 64;        // a power of two, as every number of slots is
+constexpr std::size_t kFirstSlots = 64;        // numbers of slots are powers of two
 constexpr std::size_t kMaxNameLength = OID_NAME_SIZE - 1;
 
 // ---- Lines of a file ----
@@ -26,7 +26,7 @@ class LineReader {
 public:
     explicit LineReader(int fd) : fd_(fd), buffer_(kBlockSize) {}
 
-    // The next line without its end; false behind the last one and when a read failed.
+    // The next line without its end; false after the last one and after a failed read.
     bool next(std::string_view *line) {
         std::size_t length = rest().find('\n');
         while (length == rest().npos && refill())
@@ -45,7 +45,7 @@ public:
 private:
     std::string_view rest() const { return {buffer_.data() + begin_, end_ - begin_}; }
 
-    // Reads more behind the rest that no line has taken yet; false at the end and on failure.
+    // Moves the unread rest to the buffer's start and reads more after it; false at the end and on failure.
     bool refill() {
         std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
         end_ -= begin_;
@@ -81,7 +81,7 @@ static bool parseNumber(std::string_view text, int base, Number *number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// Splits at single tabs; false unless there are as many fields as asked for.
+// Splits at single tabs; false unless the number of fields matches.
 static bool split(std::string_view line, std::span<std::string_view> fields) {
     for (std::size_t at = 0; at < fields.size(); ++at) {
         const std::size_t tab = line.find('\t');
@@ -98,7 +98,7 @@ static bool isName(std::string_view text) {
     return !text.empty() && text.size() <= kMaxNameLength && text.find('\0') == text.npos && isUtf8(text);
 }
 
-// Null, or what is wrong with the line.
+// Returns null, or what is wrong with the line.
 static const char *parseLine(std::string_view text, OidTable::Kind kind, OidLine *line) {
     std::array<std::string_view, 4> fields;
     const std::size_t count = kind == OidTable::Kind::Identifiers ? fields.size() : 2;
@@ -128,11 +128,10 @@ static std::size_t hashOf(std::span<const std::uint8_t> contents) {
 }
 
 static std::size_t hashOf(std::uint32_t identifier) {
-    return (identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads runs of numbers
+    return (identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads consecutive numbers
 }
 
-// The place of the slot that holds the wanted entry, or the free one where it would go.  There is always a
-// free slot.
+// Index of the slot with the wanted entry, or of the free slot for it.  There is always a free slot.
 template <class Slots, class IsWanted>
 static std::size_t probe(const Slots &slots, std::size_t hash, IsWanted isWanted) {
     const std::size_t mask = slots.size() - 1;
@@ -163,7 +162,7 @@ const OidEntry *OidTable::findShort(std::uint32_t identifier) const {
     return number != 0 ? &entries_[number - 1] : nullptr;
 }
 
-// Doubles the hash tables while they are at most half full.
+// Doubles the hash tables if one more entry would make them more than half full.
 void OidTable::makeRoomForOne() {
     if (2 * (entries_.size() + 1) <= byContents_.size())
         return;
@@ -180,7 +179,7 @@ void OidTable::makeRoomForOne() {
 
 // ---- Reading a table ----
 
-// Null, or what is wrong with the line.
+// Returns null, or what is wrong with the line.
 const char *OidTable::add(const OidLine &line) {
     makeRoomForOne();
     const std::span binary(line.binary.bytes, 1U + line.binary.bytes[0]);
@@ -202,7 +201,7 @@ const char *OidTable::add(const OidLine &line) {
     return nullptr;
 }
 
-static bool saysNothing(std::string_view line) {
+static bool isBlankOrComment(std::string_view line) {
     return line.starts_with('#') || line.find_first_not_of(" \t") == line.npos;
 }
 
@@ -210,7 +209,7 @@ bool OidTable::readLines(int fd, const char *path, Kind kind) {
     LineReader reader(fd);
     std::string_view text;
     for (unsigned number = 1; reader.next(&text); ++number) {
-        if (saysNothing(text))
+        if (isBlankOrComment(text))
             continue;
         OidLine line;
         const char *fault = parseLine(text, kind, &line);
@@ -244,7 +243,7 @@ OidTable::State OidTable::load(const char *path, Kind kind) {
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble_.c_str());
         return State::Bad;
     }
-    // What an entry takes is never more than its line.
+    // An entry never takes more bytes than its line.
     bytes_.reserve(static_cast<std::size_t>(info.size));
     return readLines(file.get(), path, kind) ? State::Loaded : State::Bad;
 }

@@ -1,4 +1,4 @@
-// A table file of the OID database in memory, looked up through hash tables.
+// A table file of the OID database in memory, with hash tables for look-ups.
 #pragma once
 
 #include <cstdint>
@@ -12,12 +12,12 @@
 namespace qvledger {
 
 struct OidEntry {
-    std::uint32_t at;         // where its OID and name lie
+    std::uint32_t at;         // offset of its OID and name
     std::uint32_t identifier; // short identifier, 0 for none
     std::uint8_t classNumber;
 };
 
-// What one line of a table says.
+// One parsed line of a table.
 struct OidLine {
     OidBinary binary;
     std::uint32_t identifier = 0;
@@ -33,14 +33,15 @@ public:
     };
     enum class State : std::uint8_t { Loaded, Absent, Bad };
 
-    // Reads a file.  Bad: the log says why, file and line included.  Absent, when there is no such file, is
-    // not logged.  Throws std::bad_alloc.  Once only for each table.
+    // Reads a file.  Bad: it is unreadable or malformed, and the log has file, reason and any line.
+    // Absent: there is no such file, which is not logged.  Throws std::bad_alloc.  REQUIRES: the table was
+    // not loaded before.
     State load(const char *path, Kind kind);
 
-    // What a load that went bad was told with.
+    // The log's text for a load that returned Bad.
     const std::string &whyBad() const { return trouble_; }
 
-    // Null for one that the table has not.
+    // Null if the table has no such entry.
     const OidEntry *find(std::span<const std::uint8_t> contents) const;
     const OidEntry *findShort(std::uint32_t identifier) const;
 
@@ -50,7 +51,7 @@ public:
     }
 
 private:
-    using Slots = std::vector<std::uint32_t>; // an entry's index and one, 0 for a free slot
+    using Slots = std::vector<std::uint32_t>; // an entry's index plus 1; 0 for a free slot
 
     bool readLines(int fd, const char *path, Kind kind);
     const char *add(const OidLine &line);
@@ -61,7 +62,7 @@ private:
         return std::span(bytes_).subspan(at + 1, bytes_[at]);
     }
 
-    std::vector<std::uint8_t> bytes_; // OID and name of each entry, each behind a length byte
+    std::vector<std::uint8_t> bytes_; // OID and name of each entry, each after a length byte
     std::vector<OidEntry> entries_;
     Slots byContents_;
     Slots byIdentifier_;

@@ -1,7 +1,7 @@
-// ODP_UnpackAV: packed attribute values into the records of service/packed/values.h.
+// Unpacked attribute values (service/packed/values.h): how to release them, failure codes, and helpers.
 //
-// The packed form is XDR (RFC 4506); service/packed/values.x describes it and docs/formats.md describes what
-// it leaves open.  A value's record lives in one allocation, or a few, that deleteFunc releases.
+// The packed form is XDR (RFC 4506); service/packed/values.x describes it, and docs/formats.md describes what
+// that leaves open.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 #include "service/packed/values.h"
 #include "service/status.h"
 
-// How to release an unpacked value: deleteFunc takes the value that came with it.  copyFunc is always null,
-// as nobody copies values.
+// How to release an unpacked value: deleteFunc releases the value it was delivered with, and all that the
+// value points to.  copyFunc is always null, because nobody copies values.
 struct AS_attrValDesc_t {
     void *(*copyFunc)(STF_l__hdr *in_status, const void *inp_value, void *in_allocator);
     void (*deleteFunc)(STF_l__hdr *in_status, void *inp_value, void *in_allocator);
@@ -22,15 +22,16 @@ using AS_attrValType_t = std::uint32_t;
 constexpr AS_attrValType_t AS_ACCESS_LIST_ENTRY = 7;
 
 // Failure codes, all non-zero.
-constexpr std::int32_t ODP_E_REFUSED = 1; // the bytes are no value of that type
+constexpr std::int32_t ODP_E_REFUSED = 1; // the bytes are not a value of that type
 constexpr std::int32_t ODP_E_NO_MEMORY = 2;
 
 extern "C" {
 
-// The short identifier that an attribute reference holds; non-zero when it is in another form.
+// The short identifier in an attribute reference.  0, or ODP_E_REFUSED for a reference of another form.
 std::int32_t AS_GetAttrIDR(STF_l__hdr *in_status, const AS_attrRef *inp_reference,
                            std::uint32_t *outp_identifier);
 
+// Releases an unpacked access list entry; null is allowed.
 void GEN_DeleteExtACL(STF_l__hdr *in_status, GEN_eACL *inp_entry, void *in_allocator);
 
 void GEN_GenToUint64(std::uint64_t *outp_number, const GEN_cardinal64 *inp_value);

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-// The readers call each other by overload, so that all of them are in the namespace.
+// The readers call each other by overload, so all of them are in the namespace.
 namespace qvledger {
 
-// ---- Building stones ----
+// ---- Building blocks ----
 
 static void unpack(XdrReader &in, char *&text) {
     text = in.characters();
@@ -14,13 +14,13 @@ void unpack(XdrReader &in, GEN_string &string) {
     string._value = in.copyOfBytes(&string.length);
 }
 
-// Characters in place; the last one stays the NUL.
+// Characters stored in the record; the last one stays the NUL.
 static void unpack(XdrReader &in, char (&text)[256]) {
     const auto bytes = in.text(sizeof text - 1);
     std::copy(bytes.begin(), bytes.end(), text);
 }
 
-// Bytes in place behind a length.
+// Bytes stored in the record after their length.
 template <class Octets>
 static void unpackOctets(XdrReader &in, Octets &octets) {
     const auto bytes = in.bytes(sizeof octets._value);
@@ -69,7 +69,7 @@ static void unpackText(XdrReader &in, Text &value) {
     case GEN_OTHER_CODE_SET:
         return unpack(in, value.u.otherCodeSet);
     default:
-        return; // a number that names no member has nothing behind it
+        return; // nothing follows a number that selects no member
     }
 }
 void unpack(XdrReader &in, GEN_text &value) {
@@ -192,7 +192,7 @@ void unpack(XdrReader &in, GEN_mediaConsumed &value) {
 
 // ---- Profiles and addresses ----
 
-// An attribute's two texts, as the element of its chain.
+// An attribute's two texts, the element of its chain.
 static void unpack(XdrReader &in, ODP_orPair &value) {
     unpackAll(in, value.type, value.value);
 }

@@ -1,5 +1,5 @@
-// Readers of packed values: unpack(in, record) reads a record's fields into a zeroed record, in the order in
-// which service/packed/values.x has them.  What the reader cannot read makes it fail.
+// Readers of packed values: unpack(in, record) reads the fields in the order of service/packed/values.x into
+// a zeroed record.  Invalid bytes make the XdrReader fail.
 #pragma once
 
 #include "service/packed/values.h"
@@ -40,7 +40,7 @@ void unpack(XdrReader &in, GEN_simpleName &value);
 void unpack(XdrReader &in, GEN_string &value);
 void unpack(XdrReader &in, GEN_text &value);
 
-// An optional or defaulted field, or an element held by pointer.
+// An optional or defaulted field, or an element that is a pointer.
 template <class Record>
 void unpack(XdrReader &in, Record *&optional) {
     if (!in.present())
@@ -50,8 +50,8 @@ void unpack(XdrReader &in, Record *&optional) {
         unpack(in, *optional);
 }
 
-// A chain whose elements lie in the member named; null when it is empty.  The nodes are linked as they come,
-// so that a long chain needs no deep stack.
+// A chain whose elements are in the given member; null if it is empty.  A loop, because recursion over a long
+// chain would exhaust the stack.
 template <class Node, class Element>
 Node *unpackChain(XdrReader &in, Element Node::*element) {
     Node *head = nullptr;

@@ -1,4 +1,4 @@
-// The memory of the parts of one unpacked value, released at once with this object.
+// The memory of one unpacked value's parts, released together by the destructor.
 #pragma once
 
 #include <algorithm>
@@ -11,14 +11,15 @@ namespace qvledger {
 
 class ValueMemory {
 public:
-    // Uses the room first, which outlives this object.
+    // Allocates from the room first.  REQUIRES: the room outlives this object.
     explicit ValueMemory(std::span<std::byte> room = {})
         : next_(room.data()), end_(room.data() + room.size()) {}
     ~ValueMemory() { releaseFrom(first_); }
     ValueMemory(const ValueMemory &) = delete;
     ValueMemory &operator=(const ValueMemory &) = delete;
 
-    // Not cleared, aligned for every record; each allocation has its own address.  Null when memory runs out.
+    // Returns uninitialised memory, aligned for every record and with its own address even for size 0; null
+    // when memory runs out.
     void *allocate(std::size_t size) {
         constexpr std::size_t kUnit = alignof(std::max_align_t);
         const std::size_t units = (std::max<std::size_t>(size, 1) + kUnit - 1) / kUnit * kUnit;
@@ -27,8 +28,8 @@ public:
         return std::exchange(next_, next_ + units);
     }
 
-    // Leaves the memory to the owner of the first allocation, who releases it by that address; null is fine.
-    // REQUIRES: no room was given.
+    // Passes the memory to the owner of the first allocation, who releases all of it by that address; null is
+    // allowed.  REQUIRES: no room was given.
     void handOver() { first_ = nullptr; }
     static void release(void *firstAllocation) {
         if (firstAllocation != nullptr)
@@ -65,7 +66,7 @@ private:
     Chunk *last_ = nullptr;
     std::byte *next_; // free memory
     std::byte *end_;
-    std::size_t usual_ = 0; // bytes of the last chunk
+    std::size_t usual_ = 0; // usual size of the last chunk in bytes
 };
 
 } // namespace qvledger

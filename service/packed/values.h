@@ -1,8 +1,8 @@
-// The records that unpacked attribute values live in.
+// The records of unpacked attribute values.
 //
-// A field that ends in _o is optional and one that ends in _d defaulted: null means absent or default.  A
-// choice selects the member of the union behind it; it may name no member.  Chains run through next.  The
-// library owns every record; readers keep nothing of it beyond its release.
+// A pointer field that ends in _o is optional and one that ends in _d defaulted: null means absent or
+// default.  A choice selects the member of the union after it, or no member.  Chains are linked by next.  The
+// library owns every record, so a pointer into it is invalid after its release.
 #pragma once
 
 #include <cstdint>
@@ -134,7 +134,7 @@ struct GEN_fontReference {
     std::int32_t choice;
     union {
         GEN_simpleName simpleFontName;
-        GEN_string iso9541FontName; // carried unread
+        GEN_string iso9541FontName; // kept as bytes, not decoded
     } u;
 };
 
@@ -156,7 +156,7 @@ struct GEN_finishing {
     std::int32_t choice;
     union {
         GEN_nameOrOid named;
-        GEN_string finishingSpecList; // carried unread
+        GEN_string finishingSpecList; // kept as bytes, not decoded
     } u;
 };
 
@@ -281,12 +281,12 @@ struct GEN_deliveryAddress {
     std::int32_t choice;
     union {
         ODP_orName mhsAddress;
-        GEN_string distinguishedName; // carried unread
+        GEN_string distinguishedName; // kept as bytes, not decoded
         GEN_text text;
-        GEN_string dor; // carried unread
+        GEN_string dor; // kept as bytes, not decoded
         GEN_string octetString;
         GEN_distNameString distNameString;
-        GEN_string rpcAddress; // carried unread
+        GEN_string rpcAddress; // kept as bytes, not decoded
     } u;
 };
 

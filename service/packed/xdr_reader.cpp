@@ -35,8 +35,8 @@ bool XdrReader::present() {
     return presence == 1;
 }
 
-// Whether the last count bytes, up to three, of whole units are zero.  Without a loop, whose end could not
-// be foreseen.
+// Are the last count bytes (0 to 3) of whole units zero?  No loop, because its branches would be
+// mispredicted.
 static bool endsInZeros(std::span<const std::uint8_t> units, std::size_t count) {
     if (units.empty())
         return true;

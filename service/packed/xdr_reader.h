@@ -1,7 +1,7 @@
-// One cursor over the bytes of a packed value (XDR, RFC 4506).
+// A cursor over the bytes of a packed value (XDR, RFC 4506).
 //
-// Getters never read past the end.  The first thing that does not fit makes the reader fail for good: every
-// later getter then gives zero or nothing, and the caller tests once, at the end of the value.
+// Getters never read past the end.  The first invalid item makes the reader fail permanently: all later
+// getters return zero or nothing, so the caller checks once, at the end of the value.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@ namespace qvledger {
 
 class XdrReader {
 public:
-    // missing: how many bytes of the value are not there, after those that are.
+    // missing: number of bytes that the end of the value lacks.
     XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory, std::size_t missing = 0)
         : rest_(bytes), memory_(memory), missing_(missing) {}
 
@@ -37,24 +37,24 @@ public:
     double real();
     bool present(); // the int before optional data: 0 or 1
 
-    // A counted string of bytes of at most limit, without the fill bytes, which must be zero.
+    // Bytes after their count, which is at most limit.  Excludes the fill bytes, which must be zero.
     std::span<const std::uint8_t> bytes(std::size_t limit);
 
-    // The same of a string, in which a NUL is refused.
+    // The same for a string, in which a NUL is an error.
     std::span<const std::uint8_t> text(std::size_t limit);
 
-    // Bytes, and a string with a NUL behind it, in memory of their own.
+    // Copies of bytes, and of a string with a final NUL, in the value's memory.
     std::uint8_t *copyOfBytes(std::int32_t *length);
     char *characters();
 
-    // A zeroed record in the value's memory; null when there is none left.
+    // A zeroed record in the value's memory; null on failure.
     template <class Record>
     Record *make() {
         static_assert(std::is_trivially_destructible_v<Record>);
         void *memory = allocate(sizeof(Record));
         return memory != nullptr ? static_cast<Record *>(std::memset(memory, 0, sizeof(Record))) : nullptr;
     }
-    // The same for bytes that are not cleared.
+    // The same for uninitialised bytes.
     void *allocate(std::size_t size) {
         if (failed())
             return nullptr;
@@ -64,26 +64,26 @@ public:
         return allocation;
     }
 
-    // Everything still unread, as it is.
+    // Takes all unread bytes.
     std::span<const std::uint8_t> remainder() { return std::exchange(rest_, {}); }
 
-    // Could everything be read, and is nothing left?
+    // Was everything read without failure?
     bool isWhole() const { return fault_ == Fault::None && rest_.empty(); }
     bool failed() const { return fault_ != Fault::None; }
     bool outOfMemory() const { return fault_ == Fault::Memory; }
-    // Did it fail only because the missing bytes are missing?
+    // Did it fail at the missing bytes, and not at an invalid item?
     bool lacksBytes() const { return fault_ == Fault::Missing; }
 
 private:
     enum class Fault : std::uint8_t { None, Malformed, Missing, Memory };
 
     void fail(Fault fault);
-    // Fails at an item that ends after so many bytes.
+    // Fails at an item of size bytes that the rest does not contain.
     void failAt(std::size_t size) {
         fail(size <= rest_.size() + missing_ ? Fault::Missing : Fault::Malformed);
     }
 
-    std::span<const std::uint8_t> rest_; // nothing once it failed
+    std::span<const std::uint8_t> rest_; // empty after a failure
     ValueMemory &memory_;
     std::size_t missing_;
     Fault fault_ = Fault::None;

@@ -21,13 +21,13 @@ struct CodeSet {
     std::uint32_t number;
     const char *name;     // iconv's
     std::size_t unit = 1; // bytes of its smallest unit
-    bool hasAscii = true; // bytes 0x01 to 0x7F are always the characters of ASCII
+    bool hasAscii = true; // bytes 0x01 to 0x7F are always ASCII characters
 };
 
 } // namespace
 
-// Code sets with shift states are left out: a fault in such a text has no place to go on from.  ASCII needs
-// no row, as it is what remains of an unknown code set.
+// Code sets with shift states are not supported, because conversion could not resume after a fault.  ASCII
+// needs no row, because texts in unknown code sets are read as ASCII.
 constexpr CodeSet kCodeSets[] = {
     {CODE_SET_LATIN1, "ISO-8859-1"},
     {5, "ISO-8859-2"},
@@ -95,7 +95,7 @@ static const CodeSet *findCodeSet(std::uint32_t number) {
 
 static const iconv_t kNoConverter = reinterpret_cast<iconv_t>(std::intptr_t{-1});
 
-// The thread's converters, opened as they are first needed; null until then.
+// The thread's converters, opened when first needed; null until then.
 static thread_local iconv_t gConverters[std::size(kCodeSets)];
 
 static void closeConverters(void *) {
@@ -104,7 +104,7 @@ static void closeConverters(void *) {
             iconv_close(std::exchange(converter, nullptr));
 }
 
-// kNoConverter, and why in errno, when it cannot be opened.
+// kNoConverter, with errno, if it cannot be opened.
 static iconv_t findConverter(const CodeSet *set) {
     iconv_t &converter = gConverters[set - std::begin(kCodeSets)];
     if (converter != nullptr)
@@ -113,12 +113,12 @@ static iconv_t findConverter(const CodeSet *set) {
     if (opened == kNoConverter)
         return kNoConverter;
     static ThreadsEnd end(closeConverters);
-    static_cast<void>(end.enter(gConverters)); // or they are left to the process
+    static_cast<void>(end.enter(gConverters)); // on failure they stay open until the process ends
     return converter = opened;
 }
 
 static char *convertBy(iconv_t converter, std::size_t unit, std::string_view text) {
-    // A byte makes at most three.  Each one that is left keeps a place for its "?".
+    // A byte of input makes at most three of output.  run() reserves room for a "?" per unread byte.
     const std::size_t size = 4 * text.size() + 16;
     auto *converted = static_cast<char *>(std::malloc(size));
     if (converted == nullptr)
@@ -131,7 +131,7 @@ static char *convertBy(iconv_t converter, std::size_t unit, std::string_view tex
         return iconv(converter, from, &left, &out, &room) != static_cast<std::size_t>(-1);
     };
     while (left > 0 && !run(&in)) {
-        run(nullptr); // the converter may still hold a character from before the fault
+        run(nullptr); // flushes a character from before the fault
         *out++ = '?';
         const std::size_t fault = std::min(unit, left);
         in += fault;
@@ -162,7 +162,7 @@ static char *asciiAlone(std::string_view text) {
     return made;
 }
 
-// The C library's own converter accepts numbers after the last character.
+// Not by iconv, because the C library's accepts numbers beyond the last Unicode character.
 static char *convertFromUtf8(std::string_view text) {
     char *made = newText(text);
     for (std::size_t at = 0; made != nullptr && at < text.size();) {
@@ -174,7 +174,7 @@ static char *convertFromUtf8(std::string_view text) {
     return made;
 }
 
-// The text before the first unit that is zero.
+// The text before its first zero unit.
 static std::string_view beforeNul(std::string_view text, std::size_t unit) {
     const std::string_view nul("\0\0\0\0", unit);
     std::size_t at = text.find(nul);
@@ -183,8 +183,8 @@ static std::string_view beforeNul(std::string_view text, std::size_t unit) {
     return text.substr(0, at);
 }
 
-// The code set for UTF-16 (1015) and UTF-32 (1017): the byte order is that of the mark at the start, which is
-// removed, else big-endian.  Other code sets stay as they are.
+// Resolves UTF-16 (1015) and UTF-32 (1017) to a code set with a byte order: that of the mark at the start,
+// which is removed, else big-endian.  Returns other code sets unchanged.
 static std::uint32_t takeMark(std::string_view &text, std::uint32_t codeSet) {
     if (codeSet != 1015 && codeSet != 1017)
         return codeSet;
@@ -215,7 +215,7 @@ char *qvledger::convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t
     if (codeSet == CODE_SET_UTF8)
         return convertFromUtf8(text);
     const iconv_t converter = findConverter(set);
-    if (converter == kNoConverter) // EINVAL: the C library was installed without this code set
+    if (converter == kNoConverter) // EINVAL: the C library lacks this code set
         return errno == EINVAL ? asciiAlone(text) : nullptr;
     return convertBy(converter, set->unit, text);
 }

@@ -16,7 +16,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 // ---- The bytes of a member ----
 
-// Characters behind a pointer, null counting as none, or in place.
+// Characters in an array, or at a pointer, where null means an empty text.
 template <class Characters>
 static Bytes bytesOf(const Characters &text) {
     static_assert(std::is_array_v<Characters> || std::is_pointer_v<Characters>);
@@ -41,7 +41,7 @@ static Bytes bytesOf(const GEN_octet255 &octets) {
 
 // ---- Extraction ----
 
-// GEN_text and GEN_simpleName have the same choices and differ only in where the characters lie.
+// GEN_text and GEN_simpleName have the same choices and differ only in where they store the characters.
 template <class Text>
 static std::int32_t extract(char **text, const Text *value) {
     *text = nullptr;
@@ -99,7 +99,7 @@ std::int32_t GENU_ExtractDistNameString(STF_l__hdr *, char **outpp_text, std::ui
 
 namespace {
 
-// What GENU_MakeDistNameString2 makes; the text lies behind it in the same block.
+// The value that GENU_MakeDistNameString2 makes; its text follows in the same block.
 struct OwnDistName {
     GEN_distNameString value;
     GEN_nameOrOid syntax;

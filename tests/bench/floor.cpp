@@ -1,8 +1,8 @@
-// floor.cpp: the least work that turns an accounting log into a tab-separated report, as a yardstick.
+// floor.cpp: the least work that turns an accounting log into a tab-separated report, as a baseline.
 //   floor LOG > REPORT     one line per job record; a line of OIDs whenever the columns change
 //   floor --cat LOG        only reads the file, 1 MiB at a time
 //   floor --walk LOG       finds every tag and value, decodes and writes nothing
-// Bounds are checked, nothing else is; a column's name is its OID, kept while its bytes stay equal.
+// Only bounds are checked.  A column's name is its OID, kept while the bytes are equal.
 #include "tests/bench/log.h"
 #include <charconv>
 #include <string>
@@ -10,7 +10,7 @@
 
 class Output {
 public:
-    // Room for n more bytes; advance() says how far they were filled.
+    // Room for n more bytes; advance() sets the end of those written.
     char *room(size_t n) {
         if (buf_.size() - used_ < n)
             buf_.resize(2 * buf_.size() + n);

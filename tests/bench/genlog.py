@@ -1,37 +1,33 @@
 #!/usr/bin/env python3
 """genlog.py N > LOG: writes an accounting log of N job records, 20 attributes each, as a stream.
 
-12 strings of 8 to 40 bytes, 5 ints, 2 times, 1 int with two values; --acl TYPE adds a 21st
-attribute of that type number, one value of any bytes; --attributes and --values change how many there
-are, and --documents gives each job documents of 6 attributes.  The access list admits everybody.  The
-same arguments give the same bytes.  genlog.py --oids N writes an OID table of N names instead, which has
-those of the log.
+12 strings of 8 to 40 bytes, 5 ints, 2 times, 1 int with two values; --attributes and --values change
+these numbers, and --documents gives each job documents of 6 attributes.  The access list admits
+everybody.  The same arguments give the same bytes.  genlog.py --oids N writes an OID table of N names
+instead, including those of the log.
 """
 import argparse
 import random
 import struct
 import sys
 
-STRING, TIME = 14, 48
+INTEGER, STRING, TIME = 1, 14, 48
+OID = "1.3.6.1.4.1.99999.7.2."  # of the attributes, before their numbers
 VARIANTS = 257  # different values of each string and time attribute
 WORDS = "plain duplex A4 letter heavy queue alpha bravo delta annual report draft north south".split()
 
 ap = argparse.ArgumentParser(description=__doc__.splitlines()[0])
 ap.add_argument("n", type=int)
 ap.add_argument("--oids", action="store_true", help="write an OID table of n names, not a log")
-ap.add_argument("--int-type", type=int, default=1, help="type number of the ints")
-ap.add_argument("--acl", type=int, metavar="TYPE", help="add an attribute of this type number")
-ap.add_argument("--oid", default="1.3.6.1.4.1.99999.7.2.", help="prefix of the attributes' OIDs")
 ap.add_argument("--attributes", type=int, default=20, help="attributes of a job")
 ap.add_argument("--values", type=int, default=1, help="values of each string attribute")
 ap.add_argument("--documents", type=int, default=0, help="documents of a job, with 6 attributes each")
-ap.add_argument("--seed", type=int, default=1)
 args = ap.parse_args()
-rnd = random.Random(args.seed)
+rnd = random.Random(1)
 
 
 def tag(attr, count, kind):
-    return struct.pack("<II137s3xI", count, attr, (args.oid + str(attr)).encode(), kind)
+    return struct.pack("<II137s3xI", count, attr, (OID + str(attr)).encode(), kind)
 
 
 def block(packed):
@@ -61,7 +57,7 @@ def time():
 
 
 def columns(layout, first):
-    """(tag, values) of each attribute, numbered from the first; a string, time or access list has VARIANTS ready values."""
+    """(tag, values) of each attribute, numbered from first, with VARIANTS prepared values."""
     for attr, kind in enumerate(layout, first):
         if kind == "S":
             yield tag(attr, args.values, STRING), [b"".join(string(text()) for _ in range(args.values))
@@ -69,20 +65,17 @@ def columns(layout, first):
         elif kind == "T":
             yield tag(attr, 1, TIME), [time() for _ in range(VARIANTS)]
         elif kind == "I":
-            yield tag(attr, 1, args.int_type), [integer(rnd.randint(0, 10 ** rnd.randint(1, 9)))
-                                                for _ in range(VARIANTS)]
+            yield tag(attr, 1, INTEGER), [integer(rnd.randint(0, 10 ** rnd.randint(1, 9)))
+                                          for _ in range(VARIANTS)]
         else:
-            yield tag(attr, 2, args.int_type), [integer(rnd.randint(0, 999)) + integer(rnd.randint(0, 999))
-                                                for _ in range(VARIANTS)]
-    if first == 1 and args.acl is not None:
-        yield tag(len(layout) + 1, 1, args.acl), [block(rnd.randbytes(rnd.randint(8, 64)))
-                                                  for _ in range(VARIANTS)]
+            yield tag(attr, 2, INTEGER), [integer(rnd.randint(0, 999)) + integer(rnd.randint(0, 999))
+                                          for _ in range(VARIANTS)]
 
 
 out = sys.stdout.buffer
 if args.oids:
     for attr in range(1, args.n + 1):
-        out.write(f"{args.oid}{attr}\t{attr}\t00\tattribute-number-{attr}\n".encode())
+        out.write(f"{OID}{attr}\t{attr}\t00\tattribute-number-{attr}\n".encode())
     sys.exit()
 ANYBODY = struct.pack(">iIiIiiIii", 1, 0, 1, 0, 1, 1, 3055, 0, 2)  # no name, no domain text, any domain; all users, read
 out.write(struct.pack(">III", 3, 1_000_000_000, 1) + tag(100, 1, 7) + block(ANYBODY))

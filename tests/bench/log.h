@@ -1,4 +1,4 @@
-// log.h: reading an accounting log through a large buffer, for floor.cpp.
+// log.h: reads an accounting log through a large buffer, for floor.cpp.
 #pragma once
 #include <cstdint>
 #include <cstdio>
@@ -34,7 +34,7 @@ public:
             fail("cannot open the log");
     }
     bool atEnd() { return pos_ == end_ && !fill(1); }
-    // The next n bytes; they stay until the next call.
+    // The next n bytes, valid until the next call.
     const char *take(size_t n) {
         if (end_ - pos_ < n && !fill(n))
             fail("the log ends early");

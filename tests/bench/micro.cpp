@@ -1,4 +1,4 @@
-// Where a change of speed comes from: the stages of an attribute on its way into the report, each by itself.
+// Measures each stage of an attribute's path into the report, to locate a change of speed.
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -23,12 +23,12 @@ constexpr int kAttributes = 20;
 
 namespace {
 
-// A root with one log, in the order of the sample system's attributes.
+// A root with one log, whose records have 20 text attributes.
 class Bench {
 public:
-    explicit Bench(int in_records) : root(fs::temp_directory_path() / ("bench-" + std::to_string(getpid()))) {
+    explicit Bench(int records) : root(fs::temp_directory_path() / ("bench-" + std::to_string(getpid()))) {
         Log log;
-        for (int record = 0; record < in_records; ++record) {
+        for (int record = 0; record < records; ++record) {
             Job job;
             for (int i = 0; i < kAttributes; ++i)
                 job.attribute(dotted("job-name"), kCharacters, {packString("annual report of the north")});
@@ -71,7 +71,7 @@ static void readRecords(benchmark::State &state) {
 }
 BENCHMARK(readRecords);
 
-// A value type's unpacking alone.
+// Unpacking one value.
 static void unpack(benchmark::State &state, AS_attrValType_t type, const Bytes &packed) {
     const StatusList status;
     for (auto _ : state) {
@@ -104,7 +104,7 @@ static void lookUpName(benchmark::State &state) {
 }
 BENCHMARK(lookUpName);
 
-// Unpacking, naming and rendering of a record's attributes.
+// Unpacking, naming and rendering a record's attributes.
 static void deliverAttributes(benchmark::State &state) {
     const Bench bench(1);
     const ALA_time date = {2001, 1, 1};

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""run.py BUILD [--records N] [--pairs N] [--growth]: measures the tool of a release build side by side with others.
+"""run.py BUILD [--records N] [--pairs N] [--growth]: compares the tool of a release build with other programs.
 
-Every figure is CPU time, user and system, of whole processes, with the report going to /dev/null.  Two commands run in
-turn, and the ratio is the median of the pairs' ratios, so that a machine whose speed drifts does not matter much.
---growth adds how the cost grows, for docs/performance.md.
+Times are CPU time, user and system, of whole processes; the report goes to /dev/null.  Two commands run in turn; the
+ratio is the median of the pairs' ratios, because the machine's speed varies.  --growth also measures how the cost
+grows.  The output is for docs/performance.md.
 """
 import argparse
 import os
@@ -61,7 +61,7 @@ def process_accounts(count):
 
 
 def many_logs(name, count, records):
-    """The same records in that many logs, and in one."""
+    """Folders with the same records in count logs, and in one log."""
     source = open(os.path.join(generate(f"log-{records}", records), "alpha.20260101"), "rb").read()
     head = len(open(os.path.join(generate("log-0", 0), "alpha.20260101"), "rb").read())
     apart, together = os.path.join(DATA, name), os.path.join(DATA, name + "-in-one")
@@ -90,7 +90,7 @@ def crowded_folder():
 
 
 def sample_log():
-    """One large log with every value type, and its folder of identifiers."""
+    """The root of a sample system, whose logs have every value type."""
     root = os.path.join(DATA, "sample")
     if not os.path.exists(root):
         subprocess.run([os.path.join(BUILD, "bin", "mksample"), root, "--jobs", "100000", "--days", "3"], check=True,
@@ -101,10 +101,10 @@ def sample_log():
 # ---- Measuring ----
 
 def peak_of(command):
-    """Peak KiB of a run, by way of a small program: a child of this one begins with what this one has."""
-    told = subprocess.run(["/usr/bin/time", "-q", "-f", "%M", *command], env=ENVIRONMENT, stdout=subprocess.DEVNULL,
+    """Peak KiB of a run, measured by time(1): a direct child would start with the memory of this process."""
+    output = subprocess.run(["/usr/bin/time", "-q", "-f", "%M", *command], env=ENVIRONMENT, stdout=subprocess.DEVNULL,
                           stderr=subprocess.PIPE, text=True).stderr
-    return int(told.split()[-1])
+    return int(output.split()[-1])
 
 
 def cost(command):
@@ -120,11 +120,11 @@ def cost(command):
 
 
 def instructions_of(command):
-    """What valgrind counts; the same on every machine with the same libraries."""
-    told = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command],
+    """Instructions that valgrind counts; the same on every machine with the same libraries."""
+    output = subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command],
                           env=ENVIRONMENT | {"QV_LOG": "none"}, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
                           text=True).stderr
-    return next(int(line.split()[-1]) for line in told.splitlines() if "Collected" in line)
+    return next(int(line.split()[-1]) for line in output.splitlines() if "Collected" in line)
 
 
 def pairs(first, second):
@@ -152,34 +152,34 @@ def row(what, target, value, note):
 def main_table():
     log = generate(f"log-{args.records}", args.records)
     floor = [FLOOR, os.path.join(log, "alpha.20260101")]
-    print("| What | Target | Measured | Beside it |\n|---|---|---|---|")
+    print("| What | Target | Measured | Details |\n|---|---|---|---|")
     tool, bare, ratio = pairs(report(log), floor)
     attributes = args.records * ATTRIBUTES
     each = tool / attributes
     row("CPU, tool / floor", "at most 4", f"{ratio:.2f}",
-        f"{each * 1e9:.0f} ns an attribute, floor {bare / attributes * 1e9:.0f} ns")
+        f"{each * 1e9:.0f} ns per attribute, `floor` {bare / attributes * 1e9:.0f} ns")
 
     few, many = (instructions_of(report(generate(f"log-{count}", count))) for count in (2_000, 12_000))
-    row("instructions of a record of 20 attributes", "at most 15,000", f"{(many - few) / 10_000:,.0f}",
-        "12,000 records against 2,000; they do not depend on the load")
+    row("instructions per record of 20 attributes", "at most 15,000", f"{(many - few) / 10_000:,.0f}",
+        "12,000 records against 2,000; independent of the load")
 
     accounts = process_accounts(2_000_000)
     _, dumped, ratio = pairs(report(log), ["dump-acct", accounts])
-    row("attributes per CPU second / `dump-acct`'s fields", "at least 1.0",
-        f"{attributes / (2_000_000 * 15) / ratio:.2f}", f"`dump-acct` {dumped / 30_000_000 * 1e9:.0f} ns a field")
+    row("attributes per CPU second / fields of `dump-acct`", "at least 1.0",
+        f"{attributes / (2_000_000 * 15) / ratio:.2f}", f"`dump-acct` {dumped / 30_000_000 * 1e9:.0f} ns per field")
 
     quarter = args.records // 4
     plain, documents = generate(f"log-{quarter}", quarter), generate(f"documents-{quarter}", quarter, "--documents", 3)
     _, _, ratio = pairs(report(documents, "-a"), report(plain))
     row("an attribute under `-a` with 3 documents / without", "at most 1.3", f"{ratio * 20 / 38:.2f}",
-        "38 attributes a job against 20")
+        "38 attributes per job against 20")
 
     root = sample_log()
     sample = [TOOL, "-p", os.path.join(root, "var/acct"), "-O", os.path.join(root, "share/oid"), "alpha"]
     fields = fields_of(sample)
     of_sample, _, ratio = pairs(sample, report(plain))
     row("an attribute of every value type / of that log", "at most 2",
-        f"{ratio * quarter * ATTRIBUTES / fields:.2f}", f"{of_sample / fields * 1e9:.0f} ns an attribute")
+        f"{ratio * quarter * ATTRIBUTES / fields:.2f}", f"{of_sample / fields * 1e9:.0f} ns per attribute")
 
     peak, little = peak_of(report(log)), peak_of(report(generate("log-1000", 1000)))
     row("peak memory", "at most 8 MiB, 256 KiB of growth", f"{peak / 1024:.1f} MiB, {peak - little:+d} KiB",
@@ -198,31 +198,31 @@ def main_table():
 
     folder = crowded_folder()
     listing, plain_listing, _ = pairs(report(folder, "-s", "99990101"), ["ls", "-f", folder])
-    row("listing 3,650 logs among 100,000 files", "under 2 x `ls -f` + 10 ms",
+    row("listing 3,650 logs among 100,000 files", "below 2 x `ls -f` + 10 ms",
         f"{listing * 1e3:.0f} ms", f"`ls -f` {plain_listing * 1e3:.0f} ms")
     return each
 
 
 def growth():
-    def series(name, unit, sizes, command_of, units_of):
+    def series(name, sizes, command_of, units_of, unit="attribute"):
         costs = [(size, statistics.median(cost(command_of(size)) for _ in range(5))) for size in sizes]
-        print(f"\n{name}\n")
+        print(f"\n    {name + '    ':<36}ns per {unit}")
         for size, seconds in costs:
             bar = "#" * max(1, round(40 * seconds / costs[-1][1]))
-            print(f"    {size:>9,} {unit:<12} {seconds:7.3f} s  {seconds / units_of(size) * 1e9:6.0f} ns  {bar}")
+            print(f"{size:>14,} {seconds:10.3f} s {seconds / units_of(size) * 1e9:7.0f} ns  {bar}")
 
     def log(name, *arguments):
         return report(generate(name, *arguments))
 
-    series("Records of 20 attributes; ns an attribute", "records", (50_000, 100_000, 200_000),
+    series("records of 20 attributes", (50_000, 100_000, 200_000),
            lambda n: log(f"log-{n}", n), lambda n: n * 20)
-    series("Attributes of 50,000 records; ns an attribute", "attributes", (10, 20, 40),
+    series("attributes of 50,000 records", (10, 20, 40),
            lambda n: log(f"attributes-{n}", 50_000, "--attributes", n), lambda n: n * 50_000)
-    series("Values of each of the 12 strings of 20,000 records; ns a value", "values", (1, 4, 16),
-           lambda n: log(f"values-{n}", 20_000, "--values", n), lambda n: (12 * n + 9) * 20_000)
-    series("Logs of 200 records; ns an attribute", "logs", (10, 100, 1000),
+    series("values of each of 12 strings of 20,000 records", (1, 4, 16),
+           lambda n: log(f"values-{n}", 20_000, "--values", n), lambda n: (12 * n + 9) * 20_000, "value")
+    series("logs of 200 records", (10, 100, 1000),
            lambda n: report(many_logs(f"logs-{n}", n, 200)[0]), lambda n: n * 200 * 20)
-    series("Documents of each of 20,000 jobs under -a; ns an attribute", "documents", (1, 3, 9),
+    series("documents of each of 20,000 jobs under -a", (1, 3, 9),
            lambda n: report(generate(f"docs-{n}", 20_000, "--documents", n), "-a"), lambda n: (20 + 6 * n) * 20_000)
 
 

@@ -1,5 +1,5 @@
-// A whole log that is checked and saved.  A log without damage is saved byte for byte; of any other, a check
-// of what was saved finds the same records and no damage.
+// A log that is checked and saved.  The copy of a log without damage must be identical.  A check of any other
+// copy must find the same records and no damage.
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>

@@ -1,4 +1,4 @@
-// The command line: arguments with NULs between them, through a whole run in a folder of its own.
+// The command line: arguments separated by NULs, in a whole run in a temporary folder.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     static_cast<void>(entered);
     const std::string text(reinterpret_cast<const char *>(bytes), size);
     if (text.find('/') != std::string::npos)
-        return 0; // nothing outside the folder
+        return 0; // could leave the folder
     std::vector<std::string> words = {"qvledger"};
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\0', at), text.size());
@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
         argv.push_back(word.data());
     argv.push_back(nullptr);
     samples::Log().save(sandbox.root().log("alpha", "20010203"));
-    optind = 0; // getopt starts again
+    optind = 0; // restarts getopt
     Options options = readOptions(static_cast<int>(words.size()), argv.data());
     if (options.ofile != nullptr)
         options.ofile = "report";

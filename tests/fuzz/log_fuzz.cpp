@@ -1,4 +1,4 @@
-// A whole log, from its opening to the last attribute of its last document.
+// A log, read to the last attribute of its last document.
 #include "ala/ala.h"
 #include "tests/fuzz/sandbox.h"
 

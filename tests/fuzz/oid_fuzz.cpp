@@ -1,4 +1,4 @@
-// An OID table, as the database's own and as a language's.
+// An OID table, as the database's main table and as a language's.
 #include "service/oid/oid.h"
 #include "tests/fuzz/sandbox.h"
 

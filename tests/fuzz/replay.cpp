@@ -1,5 +1,5 @@
-// Runs a target on files that are kept: what once was a fault stays mended, and no input takes more than a
-// second a megabyte (a second at least).
+// Runs a target on kept inputs: a fixed fault must not return, and an input may take a second per megabyte,
+// but at least one second.
 //
 //     replay_TARGET FILE-OR-FOLDER...
 #include <algorithm>

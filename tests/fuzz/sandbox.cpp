@@ -8,8 +8,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
-// The C library looks accounts up in files, several times for each log that is opened.  These take its place;
-// the group is one that the kept logs admit, on any machine and for any user.
+// These replace the C library's look-ups, which read files several times for each log.  The kept logs admit
+// this group, on any machine and for any user.
 extern "C" int getpwuid_r(uid_t id, passwd *entry, char *, std::size_t, passwd **found) {
     static char name[] = "anna";
     *entry = {};
@@ -28,8 +28,7 @@ extern "C" int getgrgid_r(gid_t id, group *entry, char *, std::size_t, group **f
     return 0;
 }
 
-// In memory where the system has such a folder: on a disk, syncing a saved log takes longer than all the
-// rest.
+// In memory if possible: on a disk, syncing a saved log takes longer than everything else.
 static std::filesystem::path makeFolder() {
     const std::filesystem::path memory = "/dev/shm";
     const bool isThere = std::filesystem::is_directory(memory);
@@ -47,7 +46,7 @@ Sandbox::Sandbox() : folder_(makeFolder()), tree_(folder_) {
 }
 
 Sandbox::~Sandbox() {
-    std::error_code ignored; // what is left is the system's to sweep
+    std::error_code ignored; // a folder that cannot be removed is left
     std::filesystem::remove_all(folder_, ignored);
 }
 

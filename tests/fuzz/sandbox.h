@@ -1,4 +1,4 @@
-// A folder of its own that a target works in, with the sample print system's OID tables and no log.
+// A temporary folder for a target, with the sample print system's OID tables and no log.
 #pragma once
 
 #include <cstdint>
@@ -13,14 +13,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
 
 class Sandbox {
 public:
-    // Makes it and turns the program's log and its environment away from the machine's.
+    // Makes the folder, sets the environment to use it, and turns the program's log off.
     Sandbox();
     ~Sandbox();
     Sandbox(const Sandbox &) = delete;
     Sandbox &operator=(const Sandbox &) = delete;
 
     const samples::SampleRoot &root() const { return tree_; }
-    // A registration of the server alpha, which lasts.
+    // A registration of the server alpha, which is never ended.
     ALA_handle_t handle() const;
 
     static void write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes);

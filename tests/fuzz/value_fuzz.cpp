@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     if (OID_ConvertDecToBin(status, "1.3.6.1.4.1.32473.1.1", node.oidBytes, 0) != 0)
         std::abort();
     node.oid = node.oidBytes;
-    // Twice, so that the second text is appended to the first; as a record and as it is packed.
+    // Twice, so that a second text is appended; from the unpacked value, and directly from the bytes.
     ALA_attrPair *pair = nullptr, *ofPacked = nullptr;
     for (int i = 0; i < 2; ++i) {
         void *value = nullptr;

@@ -35,10 +35,10 @@ Facility::Facility() {
     unsetenv("QV_ROOT");
     setLogLevel("5");
     setTimeZone("UTC0");
-    registerAnew();
+    registerAgain();
 }
 
-void Facility::registerAnew() {
+void Facility::registerAgain() {
     if (handle != nullptr) {
         EXPECT_EQ(ALA_Unregister(&handle), ALA_N_NORMAL);
     }

@@ -1,4 +1,4 @@
-// A print server with its root, its log of one day and a live registration, and what the program logged.
+// A fixture: a print system's root, the log of one day, a registration, and the entries of the program's log.
 #pragma once
 
 #include <string>
@@ -17,7 +17,7 @@
 constexpr ALA_time kDay = {2001, 2, 3};
 constexpr char kDayTail[] = "20010203";
 
-// Makes it the day after kDay.
+// Sets the current date to the day after kDay.
 class NextDay : Scripted<decltype(::GENU_GetCurrentTime)> {
 public:
     NextDay();
@@ -28,19 +28,19 @@ protected:
     Facility();
     ~Facility() override;
 
-    void registerAnew();
+    void registerAgain();
 
     // The texts that were logged at a level since the last call.
     std::vector<std::string> takeLog(char level = '5');
     static void setLogLevel(const char *level);
 
-    // Lays the log of kDay and opens it.  An older one is closed.
+    // Saves the log of kDay and opens it.  Closes one that is open.
     ALA_retCode_t open(const samples::Log &log);
     void close();
 
     std::filesystem::path path(const std::string &tail = kDayTail) const { return root.log("alpha", tail); }
 
-    // The current log, last changed at 23:30 of kDay in UTC, which is the time zone that tests begin with.
+    // Saves the current log, last changed at 23:30 UTC of kDay.  Tests begin in UTC.
     void layCurrentLog() const;
     static void setTimeZone(const char *zone);
 

@@ -1,4 +1,4 @@
-// The socket that a daemon of the system's log listens at; it reads only when it is told to.
+// The system log daemon's socket, which is read only by take().
 #pragma once
 
 #include <algorithm>
@@ -14,7 +14,7 @@
 
 class LogDaemon {
 public:
-    // SOCK_DGRAM or SOCK_STREAM.
+    // type: SOCK_DGRAM or SOCK_STREAM.
     LogDaemon(const std::filesystem::path &path, int type)
         : type_(type), socket_(::socket(AF_UNIX, type_ | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
         std::filesystem::remove(path);
@@ -25,7 +25,7 @@ public:
             throw std::runtime_error("no socket at " + path.string());
     }
 
-    // The next entry that it was sent; nothing if there is none.
+    // The next entry, or an empty text if there is none.
     std::string take() const {
         const qvledger::Descriptor connection(type_ == SOCK_STREAM ? accept(socket_.get(), nullptr, nullptr)
                                                                    : -1);

@@ -1,4 +1,4 @@
-// A small pipe, which is read only when a test says so.
+// A small pipe, which is read only by take() and drain().
 #pragma once
 
 #include <algorithm>
@@ -21,10 +21,10 @@ public:
         size_ = fcntl(writer_.get(), F_SETPIPE_SZ, 8192);
     }
 
-    // For a program to be started, until one of the calls below.
+    // For a program to be started.  waitUntilFull(), take() and drain() close it.
     int writer() const { return writer_.get(); }
 
-    // What is written next waits until it is read.
+    // Fills the pipe, so that the next write blocks.
     void fill() const {
         EXPECT_EQ(fcntl(writer_.get(), F_SETFL, O_NONBLOCK), 0);
         while (write(writer_.get(), "x", 1) == 1)
@@ -32,7 +32,7 @@ public:
         EXPECT_EQ(fcntl(writer_.get(), F_SETFL, 0), 0);
     }
 
-    // Until less than so many bytes find room.
+    // Waits until the pipe has room for less than this many bytes.
     void waitUntilFull(int room) {
         writer_.reset(-1);
         int waiting = 0;
@@ -42,7 +42,7 @@ public:
         }
         EXPECT_GT(waiting + room, size_);
     }
-    // So many bytes, or all until nobody can write to it any more.
+    // Reads this many bytes, or fewer if all writers close the pipe.
     std::string take(std::size_t size) {
         writer_.reset(-1);
         std::string taken;

@@ -28,7 +28,7 @@ PrintSystem::PrintSystem() : root(folder_ / "root") {
     fs::permissions(folder_ / "log", fs::perms(0666));
 }
 
-// Only what the kernel does is called from here on, up to the new program.
+// Runs between fork() and execve(), so it makes only system calls.
 [[noreturn]] static void becomeTool(const ToolRun &run, const char *program, int output, int error,
                                     char **arguments, char **environment) {
     dup2(output, STDOUT_FILENO);
@@ -70,8 +70,7 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
     std::vector<std::string> environment;
     for (const auto &[name, value] : run.environment)
         environment.push_back(name + '=' + value);
-    // A program that runs another one, with that one's path and arguments as its own; what it has to know
-    // stands in variables of that beginning, too.
+    // A runner gets the program's path and arguments, and settings in QVLEDGER_ variables.
     if (runner != nullptr) {
         arguments = {runner, run.program};
         for (char **kept = environ; *kept != nullptr; ++kept)
@@ -84,13 +83,13 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
                      "-P",       run.failing.first,
                      "-e",       "inject=" + run.failing.second,
                      run.program};
-        environment.emplace_back("ASAN_OPTIONS=detect_leaks=0"); // it cannot look into a traced program
+        environment.emplace_back("ASAN_OPTIONS=detect_leaks=0"); // LeakSanitizer fails in a traced program
     }
     const char *const started = !run.failing.first.empty() ? "/usr/bin/strace"
                                 : runner != nullptr        ? runner
                                                            : run.program.c_str();
     arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
-    // Of two assignments the first one counts.
+    // The first of two assignments applies.
     for (const std::string &assignment :
          {"QV_REGISTRY=" + root.registry().string(), "QV_LOG=" + (folder_ / "log").string(),
           std::string("TZ=UTC"), std::string("LC_ALL=C")})

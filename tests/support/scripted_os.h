@@ -1,7 +1,7 @@
-// Scripted calls in the place of single calls of the system, to drive the roads that a real one rarely takes.
+// Scripts that replace single system calls, for results that the real calls rarely have.
 //
-// The test programs are linked so that the calls listed in tests/CMakeLists.txt come here first.  A call
-// without a script goes on to the real one.
+// The test programs are linked so that the calls listed in tests/CMakeLists.txt come here first.  Without a
+// script, the real call is made.
 #pragma once
 
 #include <functional>
@@ -11,8 +11,7 @@
 #include "service/clock.h"
 #include "service/system.h"
 
-// Puts a script in force for the length of a block: Scripted user(script::GetUserNameA, [](char *, DWORD *)
-// {...});
+// Installs a script for a block: Scripted user(script::GetUserNameA, [](char *, DWORD *) {...});
 template <class Function>
 class Scripted {
 public:
@@ -50,10 +49,10 @@ extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
 } // namespace script
 
-// What a script of a time starts from: the real one, in memory that the service library can release.
+// The real call, whose result a script can change.
 extern "C" decltype(::GENU_GetCurrentTime) __real_GENU_GetCurrentTime;
 
-// The calling user as the credential gathers it: account and domain.  Other calls stay real.
+// Scripts the calls that find the caller's account and domain for the credential.
 class ScriptedUser {
 public:
     ScriptedUser(const char *user, const char *domain);

@@ -12,7 +12,7 @@ TempDir::TempDir() {
 }
 
 TempDir::~TempDir() {
-    std::error_code ignored; // what is left is the system's to sweep
+    std::error_code ignored; // a folder that cannot be removed is left
     std::filesystem::remove_all(folder_, ignored);
 }
 

@@ -1,4 +1,4 @@
-// A folder of its own for a test, gone with it.
+// A temporary folder, which the destructor removes.
 #pragma once
 
 #include <filesystem>

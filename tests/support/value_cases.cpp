@@ -23,7 +23,7 @@ struct Row {
     std::int32_t code = 0;
 };
 
-// Rows that hold for each of the types.
+// Rows that apply to each of the types.
 struct TypeRows {
     std::vector<std::uint32_t> types;
     std::vector<Row> rows;
@@ -35,7 +35,7 @@ static std::vector<TypeRows> makeRows() {
     const NameOrOid a4 = oid(10), abc = oid(11), unknown = oid(99), noForm = {3, ""};
     const Text bad = {9, ""}, tuer = latin1Text("T\xFCr"), jo = ucs2Text(Bytes("\0J\0o", 4));
     const DistName dist = {jo, name(tuer)};
-    const DeliveryAddress mail = mailAddress({{"C", "DE"}, {"S", "Reed"}}), untold = addressText(text("x"));
+    const DeliveryAddress mail = mailAddress({{"C", "DE"}, {"S", "Reed"}}), noText = addressText(text("x"));
     const PageSelect threeToSeven = {page(3), page(7)};
     const std::string longText(1000, 'x');
     return {
@@ -61,7 +61,7 @@ static std::vector<TypeRows> makeRows() {
          {{"nothing", EventProfile{}, "NULL NULL NULL NULL NULL "},
           {"all", EventProfile{{11, 99, 10}, 10, tuer, mail, Locale{"de", "DE", 10, "euro"}},
            "abc NULL a4 a4 T\u00FCr /C=DE/S=Reed/ de DE a4 euro "},
-          {"all without a text", EventProfile{{99}, 99, bad, untold, Locale{.characterSet = 99}},
+          {"all without a text", EventProfile{{99}, 99, bad, noText, Locale{.characterSet = 99}},
            "NULL NULL NULL NULL NULL NULL NULL "},
           {"empty texts",
            EventProfile{{12}, 13, text(""), addressOctets(""), Locale{"d", "", 13, Bytes("a\0b", 3)}},
@@ -85,7 +85,7 @@ static std::vector<TypeRows> makeRows() {
           {"other form", IgnoredAttribute{0xFFFFFFFF, {2, ""}}, "-1 "}}},
         {{STRING}, {{"some", packString("alpha.1"), "alpha.1"}, {"long", packString(longText), longText}}},
         {{TEXT, TEXT_28},
-         {{"as it is", text("a\xC3\xBC"), "a\u00FC"},
+         {{"UTF-8", text("a\xC3\xBC"), "a\u00FC"},
           {"T.61", t61Text("M\xC8uller"), "M\u00FCller"},
           {"Latin-1", tuer, "T\u00FCr"},
           {"UCS-2", jo, "Jo"},
@@ -122,7 +122,7 @@ static std::vector<TypeRows> makeRows() {
           {"empty O/R address", mailAddress({}), ""},
           {"mail", mailAddress({{"C", "DE"}, {"DDA:RFC-822", "reed(a)example.com"}}), "reed@example.com"},
           {"octets", addressOctets("room 4"), "room 4"},
-          {"text", untold, ""},
+          {"text", noText, ""},
           {"name", addressDistName(dist), ""},
           {"choice 8", DeliveryAddress{8, ""}, ""},
           {"unread 4", addressUnread(4, "bytes"), ""}}},
@@ -180,7 +180,7 @@ static std::vector<TypeRows> makeRows() {
          {{"nothing", ResultsProfile{}, "NULL NULL  NULL 1 NULL"},
           {"all", ResultsProfile{11, tuer, addressOctets("room 4"), 3, name("bin")},
            "abc T\u00FCr room 4 3 bin"},
-          {"no texts", ResultsProfile{99, bad, untold, 0xFFFFFFFF, unknown}, " NULL  NULL -1 "},
+          {"no texts", ResultsProfile{99, bad, noText, 0xFFFFFFFF, unknown}, " NULL  NULL -1 "},
           {"empty texts", ResultsProfile{13, text(""), addressOctets(""), 0, name("")}, "   0 "}}},
         {{MEDIA_CONSUMED},
          {{"unknown", std::vector{MediaConsumed{unknown, objectOid(99), 2, 1}}, "::2:1"},

@@ -1,8 +1,8 @@
-// Values of every type and the texts that they become, among them every absent, unknown and wrong part.
+// Packed values of every type and their rendered texts, including every absent, unknown and invalid part.
 //
-// The texts belong to an OID database of these short identifiers (class): 10 (00) "a4", 11 (40) "12-abc",
-// 12 (10) "1-2-3", 13 (4F) "12-", 14 (40) "12abc", 15 (1F) "abc-def", 16 (20) "7-staple"; to the time zone
-// UTC; and to the C locale.
+// The texts assume an OID database with these short identifiers (class): 10 (00) "a4", 11 (40) "12-abc",
+// 12 (10) "1-2-3", 13 (4F) "12-", 14 (40) "12abc", 15 (1F) "abc-def", 16 (20) "7-staple"; the time zone
+// UTC; and the C locale.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ struct ValueCase {
     std::string label;
     std::uint32_t type;
     samples::Bytes packed;
-    std::string text;      // type 42: its texts with "|" between them
+    std::string text;      // type 42: its texts, separated by "|"
     std::int32_t code = 0; // of ALA__GetAttribute
 };
 

@@ -1,7 +1,7 @@
-// Runs the tool again and again with one allocation or one call of the operating system failing, a later one
-// each time, and judges how every run ends.
+// Runs the tool repeatedly, each time with the next allocation or system call failing, and checks how each
+// run ends.
 //
-//     faults [STEP]      tries each STEP-th point (1)
+//     faults [STEP]      tries every STEP-th point (default 1)
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -24,7 +24,7 @@ using namespace qvledger;
 
 namespace fs = std::filesystem;
 
-constexpr char kTextsDay[] = "20010203"; // of a log of texts to be converted, the oldest one
+constexpr char kTextsDay[] = "20010203"; // of the oldest log, whose texts need conversion
 
 namespace {
 
@@ -45,7 +45,7 @@ constexpr Variant kVariants[] = {{'a', 0, ENOMEM}, {'a', 1, ENOMEM},     {'c', 0
 
 struct Run {
     int status;
-    std::string report; // of the file or the standard output
+    std::string report; // from the file or standard output
     std::multiset<std::string> messages, entries;
     FaultAccount account;
 };
@@ -60,14 +60,14 @@ public:
     unsigned allocations[2] = {}, calls = 0, faults = 0;
 
 private:
-    std::string complaint(const Run &untouched, const Run &run, bool told) const;
-    void judge(const Scenario &scenario, const Run &untouched, const Run &run, bool told,
+    std::string complaint(const Run &untouched, const Run &run, bool mustReport) const;
+    void judge(const Scenario &scenario, const Run &untouched, const Run &run, bool mustReport,
                const std::string &order);
     void sweepPoints(const Scenario &scenario, const Run &untouched, const Variant &variant, unsigned step);
 
     PrintSystem system_;
     fs::path store_ = system_ / "store", report_ = system_ / "report";
-    std::vector<std::pair<fs::path, std::string>> logs_; // by name, with the lines that they make
+    std::vector<std::pair<fs::path, std::string>> logs_; // names, and the lines of each in a report
     int account_ = -1;
 };
 
@@ -95,7 +95,7 @@ Bench::Bench() {
     }
 }
 
-// Of the demonstration's logs the second oldest.
+// The second oldest of the demo's logs.
 static std::string refusedDay(const fs::path &store) {
     std::set<std::string> dates;
     for (const auto &entry : fs::directory_iterator(store))
@@ -111,7 +111,7 @@ std::vector<Scenario> Bench::scenarios() const {
             {"denied", {"-d", "-s", refused, "-e", refused, "-o", report_.string()}, "stderr"}};
 }
 
-// "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT" is an entry of the log, all else is for the user.
+// Log entries are "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT"; all other lines are messages.
 static void sortOut(const std::string &error, Run &run) {
     std::istringstream lines(error);
     for (std::string line; std::getline(lines, line);) {
@@ -124,7 +124,7 @@ static void sortOut(const std::string &error, Run &run) {
 }
 
 Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLimit) {
-    fs::remove_all(system_.root.logs()); // what an earlier run deleted, or left aside
+    fs::remove_all(system_.root.logs()); // an earlier run deleted or renamed some
     fs::create_directory(system_.root.logs());
     for (const auto &entry : fs::directory_iterator(store_))
         fs::create_hard_link(entry.path(), system_.root.logs() / entry.path().filename());
@@ -146,17 +146,17 @@ Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLi
         run.report = readFile(report_);
     sortOut(result.err, run);
     if (read(account_, &run.account, sizeof run.account) != sizeof run.account)
-        run.status += 10000; // it did not come to its end
+        run.status += 10000; // it ended abnormally
     return run;
 }
 
-// Is there something that the untouched run did not say?
+// Are there lines that the untouched run did not write?
 static bool saysMore(const std::multiset<std::string> &said, const std::multiset<std::string> &usual) {
     return !std::includes(usual.begin(), usual.end(), said.begin(), said.end());
 }
 
-// What is wrong with a run; nothing if all is well.
-std::string Bench::complaint(const Run &untouched, const Run &run, bool told) const {
+// What is wrong with a run; empty if nothing is.
+std::string Bench::complaint(const Run &untouched, const Run &run, bool mustReport) const {
     std::string wrong;
     if (run.status > 34 && run.status != 100)
         wrong += " ended badly;";
@@ -167,21 +167,21 @@ std::string Bench::complaint(const Run &untouched, const Run &run, bool told) co
     for (const auto &[name, lines] : logs_)
         if (!fs::exists(system_.root.logs() / name) && run.report.find(lines) == run.report.npos)
             wrong += " " + name.string() + " deleted without its lines;";
-    if (!told || (run.status == untouched.status && run.report == untouched.report))
+    if (!mustReport || (run.status == untouched.status && run.report == untouched.report))
         return wrong;
     if (run.status != untouched.status && run.status != 0 && !saysMore(run.messages, untouched.messages))
         wrong += " no message;";
     const bool startFailed = run.status == kStatusBadStart || run.status == kStatusNoMemory;
     const bool messageAlone = startFailed && run.report.empty() && run.entries.empty();
-    const bool notDated = run.account.last == std::string("stat"); // the current log is left out, unsaid
+    const bool notDated = run.account.last == std::string("stat"); // the current log is skipped silently
     if (!messageAlone && !notDated && !saysMore(run.entries, untouched.entries))
         wrong += " no entry in the log;";
     return wrong;
 }
 
-void Bench::judge(const Scenario &scenario, const Run &untouched, const Run &run, bool told,
+void Bench::judge(const Scenario &scenario, const Run &untouched, const Run &run, bool mustReport,
                   const std::string &order) {
-    const std::string wrong = complaint(untouched, run, told);
+    const std::string wrong = complaint(untouched, run, mustReport);
     if (wrong.empty())
         return;
     ++faults;
@@ -198,8 +198,8 @@ void Bench::sweepPoints(const Scenario &scenario, const Run &untouched, const Va
         char order[64];
         std::snprintf(order, sizeof order, "%c:%u:%d:%d", variant.family, n, variant.lasts, variant.error);
         const Run tried = run(scenario, order);
-        const bool told = scenario.log == "stderr" && !tried.account.mute;
-        judge(scenario, untouched, tried, told, order);
+        const bool mustReport = scenario.log == "stderr" && !tried.account.mute;
+        judge(scenario, untouched, tried, mustReport, order);
         if (variant.error == kShortRead && tried.report != untouched.report && ++faults != 0)
             std::printf("FAULT in %s at %s: short reads change the report\n", scenario.label, order);
         if (tried.account.fired == 0 && tried.status < 1000)
@@ -215,7 +215,7 @@ void Bench::sweep(const Scenario &scenario, unsigned step) {
     judge(scenario, untouched, untouched, false, "no point");
     for (const Variant &variant : kVariants)
         sweepPoints(scenario, untouched, variant, step);
-    // The C library's own writes are out of the injector's reach: a full disk is a limit on files.
+    // The injector cannot fail the C library's own writes: a file size limit stands for a full disk.
     for (std::size_t limit = 0; limit < untouched.report.size(); limit += 20 * step, ++calls)
         judge(scenario, untouched, run(scenario, "", limit), false, "file limit " + std::to_string(limit));
 }
@@ -230,7 +230,7 @@ static int sweepAll(unsigned step) {
 }
 
 int main(int argc, char **argv) {
-    setenv("TZ", "UTC", 1); // of the tool's runs
+    setenv("TZ", "UTC", 1);
     std::signal(SIGXFSZ, SIG_IGN);
     const int step = argc > 1 ? std::atoi(argv[1]) : 1;
     try {

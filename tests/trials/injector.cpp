@@ -1,8 +1,8 @@
-// Makes allocations and calls of the operating system fail, as the environment says.
+// Makes allocations and system calls fail, as the environment says.
 //
-// The allocation functions take the place of the C library's own, so that what the libraries allocate can
-// fail too; under AddressSanitizer, which has its own in that place, only what the program allocates.  Calls
-// are wrapped at link time (failing_calls in CMakeLists.txt).  Points count from the program's own start.
+// The allocation functions replace the C library's own, so that allocations of libraries can fail too.  Under
+// AddressSanitizer, which has its own, only the program's allocations fail.  Calls are wrapped at link time
+// (failing_calls in CMakeLists.txt).  Points are counted from the program's start.
 #include "tests/trials/injector.h"
 
 #include <algorithm>
@@ -24,8 +24,8 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
-static char gFamily;    // none until the environment was read
-static unsigned gPoint; // of the family that is to fail
+static char gFamily;    // none until the environment is read
+static unsigned gPoint; // the first of the family that fails
 static int gLasts, gError;
 static unsigned gPassed; // points of the family so far
 static FaultAccount gAccount;
@@ -56,16 +56,16 @@ void BASE(free)(void *);
 extern const char __executable_start, etext;
 }
 
-#ifdef FAULTS_UNDER_SANITIZER // which finds leaks itself
-static void *claim(void *inp_block, const void *) {
-    return inp_block;
+#ifdef FAULTS_UNDER_SANITIZER // the sanitizer finds leaks itself
+static void *claim(void *block, const void *) {
+    return block;
 }
 static bool disown(void *) {
     return false;
 }
 constexpr std::size_t kMark = 0;
 #else
-// A mark in the last bytes of a block says that the program itself, not a library, allocated it.
+// A mark in the last bytes of a block shows that the program itself, not a library, allocated it.
 constexpr std::size_t kMark = sizeof(std::uintptr_t);
 
 static std::uintptr_t *markOf(void *block) {
@@ -94,8 +94,8 @@ static bool disown(void *block) {
 
 extern "C" {
 
-void *OWN(malloc)(std::size_t in_size) {
-    return failsNow('a', "malloc") ? nullptr : claim(BASE(malloc)(in_size + kMark), CALLER);
+void *OWN(malloc)(std::size_t size) {
+    return failsNow('a', "malloc") ? nullptr : claim(BASE(malloc)(size + kMark), CALLER);
 }
 void *OWN(calloc)(std::size_t count, std::size_t bytes) {
     std::size_t size = 0;
@@ -111,13 +111,13 @@ void *OWN(realloc)(void *old, std::size_t size) {
     return claim(block, owned ? &__executable_start : CALLER);
 }
 #ifndef FAULTS_UNDER_SANITIZER
-void free(void *inp_block) {
-    disown(inp_block);
-    BASE(free)(inp_block);
+void free(void *block) {
+    disown(block);
+    BASE(free)(block);
 }
 #endif
 char *__real_strdup(const char *);
-char *__wrap_strdup(const char *text) { // or the copy would be the library's
+char *__wrap_strdup(const char *text) { // so that the program allocates the copy
     const std::size_t size = std::strlen(text) + 1;
     void *copy = std::malloc(size);
     return copy != nullptr ? static_cast<char *>(std::memcpy(copy, text, size)) : nullptr;
@@ -162,8 +162,7 @@ void operator delete[](void *block, std::size_t) noexcept {
     }
 #define FAILING(...) FAILING_WITH(, __VA_ARGS__)
 
-// Account look-ups of the C library crash, by dereferences and assertions of its own, without memory for what
-// they keep.  They fail as a whole instead.
+// The C library's account look-ups crash if an allocation inside them fails.  They fail as a whole instead.
 class WithMemory {
 public:
     WithMemory() : family_(std::exchange(gFamily, gFamily == 'a' ? '-' : gFamily)) {}
@@ -209,7 +208,7 @@ extern "C" ssize_t __wrap_write(int, const void *, std::size_t);
 ssize_t __wrap_write(int fd, const void *bytes, std::size_t size) {
     if (gError == kShortRead || !failsNow('c', "write"))
         return __real_write(fd, bytes, size);
-    gAccount.mute |= fd == STDERR_FILENO; // where the log goes
+    gAccount.mute |= fd == STDERR_FILENO; // the program's log
     return -1;
 }
 
@@ -221,7 +220,7 @@ ssize_t __wrap_read(int fd, void *bytes, std::size_t size) {
     return gError == kShortRead ? __real_read(fd, bytes, std::min<std::size_t>(size, 7)) : -1;
 }
 
-// ---- Begin and end ----
+// ---- Start and end ----
 
 [[gnu::constructor]] static void begin() {
     char family = 0;
@@ -231,7 +230,7 @@ ssize_t __wrap_read(int fd, void *bytes, std::size_t size) {
     gAccount.live = 0;
 }
 
-// Behind the destructors of the program's own objects.
+// Runs after the destructors of the program's own objects.
 [[gnu::destructor(101)]] static void end() {
     gFamily = 0;
     for (int fd = 0; fd < kAccountFd; ++fd)

@@ -1,21 +1,20 @@
-// What the fault injector, which is linked into qvledger_faults, and the program that drives it agree on.
+// The interface between the fault injector, which is linked into qvledger_faults, and its driver, faults.
 #pragma once
 
 #include <cstdint>
 
-// "FAMILY:N:LASTS:ERROR": fail the N-th point of the family, and all behind it if LASTS is 1.  FAMILY is a
-// for allocations, c for calls of the operating system.  ERROR is what errno becomes; kShortRead cuts reads
-// instead.
+// "FAMILY:N:LASTS:ERROR": the N-th point of the family fails, and all later ones if LASTS is 1.  FAMILY is a
+// for allocations, c for system calls.  ERROR is the value for errno; kShortRead shortens reads instead.
 constexpr char kFaultVariable[] = "QV_FAULT";
 constexpr int kShortRead = -1;
 
-// Where the injector leaves its account when the run ends.
+// The descriptor to which the injector writes its account at the end of the run.
 constexpr int kAccountFd = 100;
 
 struct FaultAccount {
     std::uint32_t fired;      // points that failed
-    std::int32_t live;        // allocations of the program that nobody released
+    std::int32_t live;        // allocations of the program that are not released
     std::int32_t descriptors; // still open
-    bool mute;                // a write failed, all of which are the log's
+    bool mute;                // a write to the program's log failed
     char last[20];            // the call that failed last
 };

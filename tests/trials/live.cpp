@@ -1,7 +1,7 @@
-// Runs beside runs and a server, while signals, a full disk and other programs come between: every record is
-// in a whole line of a report or in a log.
+// Concurrent runs and a server, disturbed by signals, a full disk and other programs: every record must be in
+// a whole line of a report or in a log.
 //
-// A round's number is the seed of its choices; QVLEDGER_LIVE_ROUNDS sets how many there are of each kind.
+// A round's number seeds its random choices; QVLEDGER_LIVE_ROUNDS is the number of rounds of each kind.
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -24,8 +24,8 @@ using namespace samples;
 namespace fs = std::filesystem;
 
 constexpr int kUsualRounds = 15;
-constexpr int kLogs = 6, kMostRecords = 25; // of a server, of a log
-constexpr int kFresh = 1000;                // first number in a log that takes another one's place
+constexpr int kLogs = 6, kMostRecords = 25; // per server; per log
+constexpr int kFresh = 1000;                // first number in a log that replaces another
 constexpr int kServerFailed = 2, kNameLost = 3;
 static const char *const kServers[] = {"alpha", "beta"};
 static const char *const kHeader = "job-name\tjob-comment";
@@ -39,7 +39,7 @@ struct Kind {
     int servers, reports;
     bool byShell; // the report is standard output
     Trouble trouble;
-    bool serverWrites; // alpha's current log, meanwhile
+    bool serverWrites; // to alpha's current log
 };
 
 class Live : public testing::TestWithParam<Kind> {
@@ -49,7 +49,7 @@ protected:
     void round();
     int layLogs();
     pid_t startServer(int first);
-    pid_t startRun(const std::string &server, const fs::path &report, bool inVain);
+    pid_t startRun(const std::string &server, const fs::path &report, bool findsNone);
     void makeTrouble(const std::vector<pid_t> &started);
     void check();
 
@@ -74,7 +74,7 @@ static Log logOf(int first, int end) {
     return log;
 }
 
-// On a small file system of its own the reports can fill the disk.
+// Mounts a small file system that the reports can fill.
 void Live::SetUp() {
     fs::create_directory(folder);
     if (kind.trouble == kFullDisk &&
@@ -89,7 +89,7 @@ void Live::TearDown() {
     std::printf("%s: %d runs, %d of them ended early\n", kind.label, runs, endedEarly);
 }
 
-// The first number that is free.
+// Returns the first unused number.
 int Live::layLogs() {
     for (const fs::path &path : {fs::path(system.root.logs()), folder, system / "aside"}) {
         fs::create_directories(path);
@@ -109,7 +109,7 @@ int Live::layLogs() {
     return next;
 }
 
-// ---- The server, in a process of its own ----
+// ---- The server, in its own process ----
 
 static int openNew(const fs::path &path) {
     const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND, 0644);
@@ -128,7 +128,7 @@ static void append(int fd, std::string_view bytes, std::mt19937 &random) {
     }
 }
 
-// A log that is renamed to its day's name at some moment, and the one that is begun then.
+// Writes a log, which is renamed to its day's name at a random point, and then the next log.
 pid_t Live::startServer(int first) {
     const int split = first + 10, end = split + 10;
     for (int number = first; number < end; ++number)
@@ -157,12 +157,12 @@ pid_t Live::startServer(int first) {
 
 // ---- A round ----
 
-pid_t Live::startRun(const std::string &server, const fs::path &report, bool inVain) {
-    std::vector<std::string> arguments = {"-d", "-s", inVain ? "20300101" : "19990101"};
+pid_t Live::startRun(const std::string &server, const fs::path &report, bool findsNone) {
+    std::vector<std::string> arguments = {"-d", "-s", findsNone ? "20300101" : "19990101"};
     if (!kind.byShell)
         arguments.insert(arguments.end(), {"-o", report});
     arguments.push_back(server);
-    const int append = random() % 2 == 0 ? O_APPEND : 0; // ">>" and "1<>"
+    const int append = random() % 2 == 0 ? O_APPEND : 0; // as ">>" or "1<>"
     const int output =
         kind.byShell ? open(report.c_str(), O_WRONLY | append | O_CREAT | O_CLOEXEC, 0644) : -1;
     const pid_t run = system.start(arguments, {.environment = {{"QV_LOG", "none"}}, .output = output});
@@ -178,7 +178,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
         for (const pid_t run : started)
             if (random() % 2 == 0)
                 kill(run, kind.trouble == kKills ? SIGKILL : kAsked[random() % 3]);
-    if (kind.trouble == kReportRemoved) { // what is written from here on is in no report
+    if (kind.trouble == kReportRemoved) { // later lines are in no report
         std::rename((folder / "0").c_str(), (system / "aside/report").c_str());
         writeFile(folder / "removed", readFile(system / "aside/report"));
     }
@@ -186,7 +186,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
         const fs::path replaced = system.log("1999030" + std::to_string(1 + random() % kLogs));
         logOf(kFresh, kFresh + 5).save(system / "fresh");
         std::error_code gone;
-        fs::create_hard_link(replaced, system / "aside/log", gone); // what is destroyed here, not by a run
+        fs::create_hard_link(replaced, system / "aside/log", gone); // the trial destroys it, not a run
         fs::rename(system / "fresh", replaced);
         for (int number = kFresh; number < kFresh + 5; ++number)
             wanted.insert(number);
@@ -194,7 +194,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
 }
 
 void Live::check() {
-    const bool mayRepeat = kind.trouble != kNone || kind.serverWrites; // of a log that had to stay
+    const bool mayRepeat = kind.trouble != kNone || kind.serverWrites; // lines of a log that had to be kept
     std::set<int> found;
     for (const auto &entry : fs::directory_iterator(folder)) {
         std::map<std::string, int> seen;
@@ -203,7 +203,7 @@ void Live::check() {
             if (const int number = std::atoi(line.c_str());
                 number != 0 && line == std::to_string(number) + '\t' + commentOf(number)) {
                 found.insert(number);
-                ASSERT_TRUE(seen[line] == 0 || mayRepeat) << number << " stands twice in " << entry.path();
+                ASSERT_TRUE(seen[line] == 0 || mayRepeat) << number << " is repeated in " << entry.path();
             } else if (kind.trouble != kKills && entry.path().filename() != "removed") {
                 ASSERT_EQ(line, kHeader) << "in " << entry.path();
             }
@@ -239,7 +239,7 @@ void Live::round() {
     if (server != -1) {
         ASSERT_EQ(waitpid(server, &status, 0), server);
         ASSERT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, 0)
-            << (WEXITSTATUS(status) == kNameLost ? "a log that was open for writing is gone" : "no server");
+            << (WEXITSTATUS(status) == kNameLost ? "a log open for writing was deleted" : "server failed");
     }
     fs::remove(folder / "filler");
     check();
@@ -250,7 +250,7 @@ void Live::round() {
     check();
 }
 
-TEST_P(Live, NothingIsLostOrTorn) {
+TEST_P(Live, NoRecordIsLostOrTorn) {
     const char *set = std::getenv("QVLEDGER_LIVE_ROUNDS");
     const int rounds = set != nullptr ? std::atoi(set) : kUsualRounds;
     for (int number = 0; number < rounds && !HasFatalFailure(); ++number) {

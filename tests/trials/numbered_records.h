@@ -1,4 +1,4 @@
-// Logs of records with numbers, and where the numbers are found again.
+// Logs of numbered records, and the numbers found in logs and reports.
 #pragma once
 
 #include <set>
@@ -8,7 +8,7 @@
 #include "tests/support/run_tool.h"
 
 using Numbers = std::set<int>;
-constexpr int kEnd = 11; // the first number that no record has
+constexpr int kEnd = 11; // one past the highest number
 
 inline samples::Bytes numberedLog(int first, int end) {
     samples::Log log;
@@ -25,7 +25,7 @@ inline Numbers numbersIn(const std::string &bytes) {
     return found;
 }
 
-// Those that are whole lines.
+// The numbers of records that are whole lines.
 inline std::multiset<int> linesIn(const std::string &report) {
     std::multiset<int> found;
     std::istringstream lines(report);

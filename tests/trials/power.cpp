@@ -1,8 +1,8 @@
 // Cuts the power after each recorded call of a run: no record may be lost, whatever reached the disk.
 //
-// strace records the calls that change files.  A file's contents are safe once the file was synced, and a
-// name once its folder was.  Of the calls that are not safe yet any selection may have reached the disk: all
-// selections of up to 12, and 4,096 of more.  A call reaches it whole or not at all.
+// strace records the calls that change files.  A file's contents are safe once the file is synced, and a name
+// once its folder is.  Any selection of the other calls may have reached the disk, each call whole or not at
+// all.  Tries all selections of up to 12 calls, and 4,096 of more calls.
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -30,7 +30,7 @@ struct Call {
     int file;            // its number
     std::string path;    // of the name, or of the folder
     std::string to = {}; // where the name moves
-    std::size_t at = 0;  // of the bytes, or where the file is cut
+    std::size_t at = 0;  // of the bytes; or the size to cut to
     std::string bytes = {};
 
     bool isData() const { return kind == Kind::Write || kind == Kind::Cut; }
@@ -47,7 +47,7 @@ using State = std::map<std::string, std::string>;
 
 class Power {
 public:
-    // The report's calls that came before the run: who made it did not sync its name.
+    // exists: an earlier run wrote the report and synced its contents, but not its name.
     void trial(const char *label, bool exists, const std::string &earlier, bool byLink, int output);
     void trialOfSaving();
     unsigned faults = 0;
@@ -67,7 +67,7 @@ private:
     const fs::path reports_ = system_ / "reports", saved_ = system_ / "saved", logs_ = system_.root.logs();
     State before_;
     std::map<std::string, int> names_; // as the run sees them
-    std::vector<std::size_t> sizes_;   // by number of the file
+    std::vector<std::size_t> sizes_;   // by file number
     std::vector<Call> calls_;
 };
 
@@ -104,7 +104,7 @@ void Power::change(Call call) {
     calls_.push_back(std::move(call));
 }
 
-// The texts of a line, which are in hexadecimal: in quotation marks, and after descriptors.
+// The hexadecimal texts of a line: those in quotation marks, and the paths after descriptors.
 static std::vector<std::string> textsIn(const std::string &line) {
     std::vector<std::string> texts;
     for (std::size_t at = 0; (at = line.find_first_of("\"<", at)) != line.npos;) {
@@ -254,7 +254,7 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
         sizes_.push_back(0);
         change({Kind::Name, 2, report});
         change({Kind::Write, 2, report, "", 0, earlier});
-        calls_.push_back({Kind::Sync, 2, report}); // the earlier run did that
+        calls_.push_back({Kind::Sync, 2, report}); // by the earlier run
     }
     fs::remove(link);
     fs::create_symlink(report, link);
@@ -268,7 +268,7 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
     if (after.size() != 1 || !after.contains(report) ||
         after != replay(calls_.size(), std::vector<bool>(calls_.size(), true))) {
         ++faults;
-        std::printf("FAULT: %s: the run did not delete both logs, or its calls are not all known\n", label);
+        std::printf("FAULT: %s: the run did not delete both logs, or made unknown calls\n", label);
     }
     cutEverywhere(label, [&](const State &state) {
         lay(state);

@@ -1,7 +1,7 @@
-// Stops a deleting run in front of each of its system calls in turn, and lets another program act there.
-// Whatever the moment, no record may be lost.
+// Stops a deleting run before each of its system calls in turn, and lets another program act there.  No
+// record may be lost.
 //
-//     stops [STEP]      stops at each STEP-th call (1)
+//     stops [STEP]      stops at every STEP-th call (default 1)
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
@@ -20,23 +20,23 @@ namespace fs = std::filesystem;
 
 constexpr int kSkipped = 77, kNotTraced = 125;
 constexpr const char *kDays[] = {"19990301", "19990302"}; // of records 1 to 3, and 4 to 6
-constexpr int kFresh = 7;                                 // to kEnd: records of another log, which is longer
+constexpr int kFresh = 7;                                 // to kEnd: records of another, longer log
 
 namespace {
 
-enum Act { kAgain, kElsewhere, kInVain, kReplace, kOverwrite, kRemoveReport, kKill, kTerminate, kActs };
+enum Act { kAgain, kElsewhere, kFindsNone, kReplace, kOverwrite, kRemoveReport, kKill, kTerminate, kActs };
 constexpr const char *kLabels[kActs] = {"a second run",
                                         "a second run with another report",
-                                        "a run for nothing",
-                                        "another log in its place",
+                                        "a run that finds no log",
+                                        "the log replaced",
                                         "the log overwritten",
                                         "the report removed",
-                                        "a kill",
-                                        "a request to end"};
+                                        "SIGKILL",
+                                        "SIGTERM"};
 
 class Stops {
 public:
-    // False when the run has fewer calls.
+    // False if the run has fewer calls.
     bool stopAt(Act act, unsigned number);
     unsigned stops = 0, faults = 0;
     bool mayTrace = true;
@@ -63,14 +63,14 @@ Numbers Stops::inLogs(const char *ending) const {
     return found;
 }
 
-// Another run, for as long as it is not held up by the stopped one.
+// Starts another run, and waits at most 30 ms for its end, because it may wait for the stopped run.
 void Stops::start(const std::vector<std::string> &arguments) {
     beside_ = system_.start(arguments);
     for (int waits = 0; waits < 30 && waitpid(beside_, nullptr, WNOHANG | WNOWAIT) == 0; ++waits)
         usleep(1000);
 }
 
-// What the other program destroys itself is not the run's to keep.
+// Records that the other program destroys itself are no longer wanted.
 void Stops::act(Act act, pid_t run, bool deletesNext) {
     const fs::path log = system_.log(kDays[0]);
     const auto drop = [&](const Numbers &numbers) {
@@ -78,7 +78,7 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
     };
     if (act == kAgain || act == kElsewhere)
         start({"-d", "-o", act == kAgain ? report_ : other_, "alpha"});
-    if (act == kInVain)
+    if (act == kFindsNone)
         start({"-s", "20300101", "-o", report_, "alpha"});
     if (act == kReplace) {
         drop(numbersIn(readFile(log)));
@@ -86,7 +86,7 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
         fs::rename(system_ / "fresh", log);
         wanted_.merge(numbersIn(numberedLog(kFresh, kEnd)));
     }
-    // Where it is gone, or held against writers, nothing happens.
+    // Does nothing if the log is deleted or locked against writers.
     if (const int fd = act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
         drop(numbersIn(readFile(log)));
         const Bytes fresh = numberedLog(kFresh, kEnd);
@@ -94,8 +94,8 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
             wanted_.merge(numbersIn(fresh));
         close(fd);
     }
-    // With it go the lines of logs that are gone, and of the one that goes next: to ask whether the report is
-    // there and to remove a log are two calls.
+    // This destroys the lines of deleted logs, and of the log that the next call deletes: the check that the
+    // report exists is an earlier call.
     if (act == kRemoveReport) {
         const Numbers left = inLogs("");
         std::erase_if(wanted_, [&](int number) { return !left.contains(number); });
@@ -112,16 +112,16 @@ void Stops::judge(Act act, unsigned number, const char *when) {
     Numbers kept(lines.begin(), lines.end());
     const bool twice = kept.size() != lines.size();
     kept.merge(inLogs(""));
-    const bool holds = std::includes(kept.begin(), kept.end(), wanted_.begin(), wanted_.end());
-    const bool repeats = twice && act <= kInVain; // elsewhere a log that stays is reported again
-    if (holds && !repeats)
+    const bool isComplete = std::includes(kept.begin(), kept.end(), wanted_.begin(), wanted_.end());
+    const bool repeats = twice && act <= kFindsNone; // otherwise a log that is kept is reported again
+    if (isComplete && !repeats)
         return;
     ++faults;
-    std::printf("FAULT: %s in front of call %u, %s: %s\n", kLabels[act], number, when,
-                holds ? "a line stands twice" : "a record is lost");
+    std::printf("FAULT: %s before call %u, %s: %s\n", kLabels[act], number, when,
+                isComplete ? "a line is repeated" : "a record is lost");
 }
 
-// Lets a run that stands at its start go on to a call, and gives that call's number; -1 when it ends before.
+// Continues a run from its start to its number-th system call.  Returns the call; -1 if the run ends earlier.
 static long runToCall(pid_t run, unsigned number, int *status) {
     unsigned calls = 0;
     waitpid(run, status, 0);
@@ -159,21 +159,21 @@ bool Stops::stopAt(Act chosen, unsigned number) {
     if (beside_ != 0)
         system_.finish(beside_);
     if (ended > 100 && ended != 1000 + (chosen == kKill ? SIGKILL : SIGTERM) && ++faults != 0)
-        std::printf("FAULT: %s in front of call %u: status %d\n", kLabels[chosen], number, ended);
-    judge(chosen, number, "then");
+        std::printf("FAULT: %s before call %u: status %d\n", kLabels[chosen], number, ended);
+    judge(chosen, number, "after the run");
     system_.run({"-d", "-o", report_, "alpha"});
     judge(chosen, number, "after one more run");
     return true;
 }
 
 int main(int argc, char **argv) {
-    setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // it cannot look into a traced program
+    setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // LeakSanitizer fails in a traced program
     const int step = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 1;
     Stops trial;
     for (int act = 0; act < kActs; ++act)
         for (unsigned number = 1; trial.stopAt(Act(act), number); number += static_cast<unsigned>(step)) {
         }
     std::printf("%u stops, %u faults%s\n", trial.stops, trial.faults,
-                trial.mayTrace ? "" : "; skipped: no process may be traced here");
+                trial.mayTrace ? "" : "; skipped: tracing is not permitted");
     return !trial.mayTrace ? kSkipped : trial.faults == 0 ? 0 : 1;
 }

@@ -1,10 +1,10 @@
-// Eight threads at the same time, each with a server and a handle of its own: none gets in another's way.
+// Eight concurrent threads, each with its own server and handle, must not disturb each other.
 //
-//     threads [ROUNDS]      rounds of each thread (2000)
+//     threads [ROUNDS]      rounds of each thread (default 2000)
 //
-// In a round a thread lays its server's log, registers, lists the logs, reads its own one, deletes it and
-// unregisters.  What that gives has to be what a thread alone is given.  Half of the servers have a root with
-// German names, the others one without.
+// In a round a thread saves its server's log, registers, lists the logs, reads its own, deletes it and
+// unregisters.  The results must equal those of a thread that runs alone.  Half of the servers have a root
+// with German names.
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -23,7 +23,7 @@ constexpr unsigned kThreads = 8;
 constexpr ALA_time kDay = {2001, 2, 3};
 constexpr char kAllDone[] = "0 0 0 0 0 0 0 "; // the codes of a round without a failure
 
-// Two jobs, values of every type in their document, for users of the machine's domain, which is left out.
+// Two jobs with values of every type.  The access list admits all users of the machine's domain.
 static Log makeLog() {
     Job job;
     job.attribute(dotted("job-name"), TIME, {pack(Time{.year = 20000, .month = 1, .day = 1})}).document();
@@ -63,7 +63,7 @@ static void addJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, std::string &t
     }
 }
 
-// The codes of the operations, and what was read.
+// Plays a round.  Returns the codes of the operations and all texts that were read.
 static std::string playRound(const std::string &server, const SampleRoot &root, const Log &logName) {
     logName.save(root.log(server, "20010203"));
     ALA_handle_t handle = nullptr;
@@ -88,7 +88,7 @@ int main(int argc, char **argv) {
     const TempDir folder;
     const SampleRoot roots[] = {SampleRoot(folder / "0"), SampleRoot(folder / "1")};
     std::filesystem::remove(roots[1].oids() / "oids.de");
-    std::vector<RegistryKey> keys; // a variable that half of the servers have, before TZ in the environment
+    std::vector<RegistryKey> keys; // QV_HALF, for half of the servers, precedes TZ in the environment
     for (unsigned i = 0; i < kThreads; ++i)
         keys.push_back({serverKey(std::to_string(i)),
                         {{"QV_HALF", i % 2 == 0 ? "" : "1"}, {"QV_ROOT", roots[i % 2].path()}}});
@@ -102,19 +102,19 @@ int main(int argc, char **argv) {
     const auto play = [&](unsigned number) {
         return playRound(std::to_string(number), roots[number % 2], log);
     };
-    std::map<std::string, int> given[kThreads]; // how often a thread was given it
+    std::map<std::string, int> results[kThreads]; // of each thread, with their counts
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < kThreads; ++i)
         threads.emplace_back([&, i] {
             for (int round = 0; round < rounds; ++round)
-                ++given[i][play(i)];
+                ++results[i][play(i)];
         });
     for (std::thread &thread : threads)
         thread.join();
 
     int wrong = 0;
     for (unsigned i = 0; i < kThreads; ++i)
-        for (const auto &[text, times] : given[i])
+        for (const auto &[text, times] : results[i])
             if (const std::string alone = play(i); text != alone || !alone.starts_with(kAllDone)) {
                 std::printf("server %u, %d times: %.80s\n", i, times, text.c_str());
                 wrong += times;

@@ -36,8 +36,8 @@ public:
     }
     void record() override { countRecord(); }
     void stray(std::int64_t begin, std::int64_t end, FoundNext next) override {
-        static constexpr std::uint32_t kMessages[] = {kMsgCheckLeftOutInStep, kMsgCheckLeftOutOutOfStep,
-                                                      kMsgCheckLeftOutAtEnd};
+        static constexpr std::uint32_t kMessages[] = {kMsgCheckStrayInStep, kMsgCheckStrayOutOfStep,
+                                                      kMsgCheckStrayAtEnd};
         if (name_ != nullptr)
             DisplayMsg(kMessages[static_cast<std::size_t>(next)], name_, std::to_string(begin).c_str(),
                        std::to_string(end).c_str());
@@ -47,20 +47,20 @@ private:
     const char *name_; // null: ranges are not reported
 };
 
-// What the exit status comes from.
+// The findings that determine the exit status.
 struct Findings {
-    int ended = 0;        // what ended the turn of the first server for which something did
-    bool noLogs = false;  // of some server
-    int closed = 0;       // of a log that could not be read
-    bool damaged = false; // some log
-    bool lost = false;    // some line, or a copy
+    int failure = 0;      // status of the first server that could not be checked
+    bool noLogs = false;  // a server has no log in the date range
+    int unread = 0;       // status of the last log that could not be read, or an incomplete list of logs
+    bool damaged = false; // a log is cut or damaged
+    bool lost = false;    // a line or a copy could not be written
 
     int status() const {
-        if (ended != 0)
-            return ended;
+        if (failure != 0)
+            return failure;
         if (lost || damaged)
             return lost ? kStatusLostOutput : kStatusDamaged;
-        return closed == 0 && noLogs ? kStatusNoLogs : closed;
+        return unread == 0 && noLogs ? kStatusNoLogs : unread;
     }
 };
 
@@ -77,18 +77,18 @@ private:
     int checkLogs(ServerSession &session);
     void checkListed(const ServerSession &session);
     void checkLog(ALA_handle_t handle, const char *name);
-    void noteClosed(const char *name, const CheckResult &result);
+    void writeUnread(const char *name, const CheckResult &result);
     void save(CheckedLog &log, const char *name);
 
-    Options options_; // of the server whose turn it is
+    Options options_; // with the name of the current server
     std::span<const char *const> servers_;
     DateRange range_;
     char **environment_ = OS_KeepEnvironment();
     Findings findings_;
-    std::unordered_set<std::string> looked_; // at these logs of the server
-    bool isFolderOfLogs_ = false;            // that of -S: a copy would be a log
-    bool listsAgain_ = false;                // if one has gone meanwhile
-    bool hasGone_ = false;
+    std::unordered_set<std::string> checked_; // names of the server's logs that were checked
+    bool savesIntoLogs_ = false;              // -S names the log directory: a copy would be a log
+    bool willListAgain_ = false;              // if a log disappears
+    bool hasMissing_ = false;                 // a listed log has disappeared
 };
 
 } // namespace
@@ -98,7 +98,7 @@ static bool isSameFolder(const char *logs, const char *saved) {
     OS_fileIdentity ofSaved = {};
     if (saved == nullptr || OS_IdentifyTarget(saved, &ofSaved) != 0)
         return false;
-    const LentRights rights(true); // it may be one that the caller cannot look at
+    const LentRights rights(true); // the caller may have no access to the log directory
     return OS_IdentifyTarget(logs, &ofLogs) == 0 && OS_IsSameFile(ofLogs, ofSaved);
 }
 
@@ -114,8 +114,8 @@ static std::string withReason(const char *text, int error) {
     return error != 0 ? std::string(text) + ": " + std::strerror(error) : text;
 }
 
-// A log that was not read.
-void CheckRun::noteClosed(const char *name, const CheckResult &result) {
+// Writes the line of a log that was not read, and notes the status.
+void CheckRun::writeUnread(const char *name, const CheckResult &result) {
     LogState state = LogState::Unreadable;
     std::string reason;
     switch (result.outcome) {
@@ -123,7 +123,7 @@ void CheckRun::noteClosed(const char *name, const CheckResult &result) {
         reason = withReason("cannot be opened", result.error);
         break;
     case CheckOutcome::NotAFile:
-        reason = "no file on a disk";
+        reason = "not a regular file";
         break;
     case CheckOutcome::NotAdmitted:
         state = LogState::NotAdmitted;
@@ -148,8 +148,8 @@ void CheckRun::noteClosed(const char *name, const CheckResult &result) {
     if (cannotBeSaved)
         findings_.damaged = true;
     else
-        findings_.closed = result.code;
-    writeClosedLogLine(options_.serverName, name, state, reason.c_str());
+        findings_.unread = result.code;
+    writeUnreadLogLine(options_.serverName, name, state, reason.c_str());
     if (cannotBeSaved && options_.saveFolder != nullptr)
         DisplayMsg(kMsgCheckNotSaved, name);
 }
@@ -161,7 +161,7 @@ static std::string whyNotSaved(const CheckResult &result) {
     case CheckOutcome::CannotRead:
         return "it cannot be read to its end";
     case CheckOutcome::NotSynced:
-        return withReason("it is there, but its folder cannot be put on the disk", result.error);
+        return withReason("the copy is complete, but its folder cannot be synced to the disk", result.error);
     default:
         return std::strerror(result.error);
     }
@@ -169,9 +169,9 @@ static std::string whyNotSaved(const CheckResult &result) {
 
 void CheckRun::save(CheckedLog &log, const char *name) {
     const std::string path = std::string(options_.saveFolder) + "/" + name;
-    if (isFolderOfLogs_) {
+    if (savesIntoLogs_) {
         findings_.lost = true;
-        DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), "the logs' own folder");
+        DisplayMsg(kMsgCheckSaveFailed, name, path.c_str(), "the folder is the log directory");
         return;
     }
     Watch watch(name);
@@ -191,13 +191,13 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
         const LentRights rights(options_.acctPath2 == nullptr);
         result = openToCheck(handle, name, log);
     }
-    if (result.outcome == CheckOutcome::CannotOpen && result.error == ENOENT && listsAgain_) {
-        hasGone_ = true;
+    if (result.outcome == CheckOutcome::CannotOpen && result.error == ENOENT && willListAgain_) {
+        hasMissing_ = true;
         return;
     }
-    looked_.insert(name);
+    checked_.insert(name);
     if (result.outcome != CheckOutcome::Done)
-        return noteClosed(name, result);
+        return writeUnread(name, result);
     LogSummary summary;
     Watch watch(nullptr);
     result = qvledger::checkLog(handle, *log, watch, summary);
@@ -205,8 +205,8 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
     if (result.outcome == CheckOutcome::GaveUp)
         return;
     if (result.outcome != CheckOutcome::Done) {
-        findings_.closed = result.code;
-        return writeClosedLogLine(options_.serverName, name, LogState::Unreadable,
+        findings_.unread = result.code;
+        return writeUnreadLogLine(options_.serverName, name, LogState::Unreadable,
                                   withReason("cannot be read to its end", result.error).c_str());
     }
     const LogState state = stateOf(summary);
@@ -223,7 +223,8 @@ void CheckRun::checkLog(ALA_handle_t handle, const char *name) {
         save(*log, name);
 }
 
-// Messages that are not the program's would stand in the middle of the line.
+// Progress is shown only if the tables go to a file: other output to the terminal would break the progress
+// line.
 static bool outputIsFile() {
     OS_fileIdentity identity = {};
     return OS_IdentifyDescriptor(_fileno(stdout), &identity) == 0 && identity.regular;
@@ -234,7 +235,7 @@ void CheckRun::checkListed(const ServerSession &session) {
     for (const dateNode *node = session.dateList; node != nullptr && !mustStop(std::ferror(stdout) != 0);
          node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (!range_.contains(date) || looked_.contains(name->logName))
+        if (!range_.contains(date) || checked_.contains(name->logName))
             continue;
         progressToLog(date);
         checkLog(session.mainh, name->logName);
@@ -244,13 +245,13 @@ void CheckRun::checkListed(const ServerSession &session) {
 int CheckRun::checkLogs(ServerSession &session) {
     const std::int32_t count = countLogs(session, range_);
     startProgress(outputIsFile(), count);
-    looked_.clear();
-    hasGone_ = false;
-    listsAgain_ = true;
+    checked_.clear();
+    hasMissing_ = false;
+    willListAgain_ = true;
     checkListed(session);
-    if (hasGone_) { // as today's log does at midnight, when it is given its date
-        listsAgain_ = false;
-        static_cast<void>(ALA_FreeDateList(&session.dateList)); // they are listed anew in any case
+    if (hasMissing_) { // a server renames the current log at midnight
+        willListAgain_ = false;
+        static_cast<void>(ALA_FreeDateList(&session.dateList)); // replaced below
         static_cast<void>(ALA_FreeNameList(&session.nameList));
         if (const ALA_retCode_t result = listLogs(options_, session); result != ALA_N_NORMAL) {
             endProgress();
@@ -260,7 +261,7 @@ int CheckRun::checkLogs(ServerSession &session) {
     }
     endProgress();
     if (session.isListCut)
-        findings_.closed = ALA_A_FAIL_OPEN_DIR;
+        findings_.unread = ALA_A_FAIL_OPEN_DIR;
     if (count != 0)
         return 0;
     DisplayMsg(kMsgNoLogs);
@@ -269,15 +270,15 @@ int CheckRun::checkLogs(ServerSession &session) {
 
 // ---- The run ----
 
-// The two tables of a server.  0, or why the second one is empty.
+// Writes the two tables of the current server.  0, or the exit status if its logs were not checked.
 int CheckRun::checkServer() {
     ServerSession session;
     std::string logPath;
-    OS_RestoreEnvironment(environment_); // nothing of another server is left
+    OS_RestoreEnvironment(environment_); // removes settings of the server before
     int status = checkSetUp(options_, logPath);
     if (status == 0)
         status = start(logPath, session);
-    isFolderOfLogs_ = status == 0 && isSameFolder(logPath.c_str(), options_.saveFolder);
+    savesIntoLogs_ = status == 0 && isSameFolder(logPath.c_str(), options_.saveFolder);
     writeLogHeader();
     if (status == 0)
         status = checkLogs(session);
@@ -296,8 +297,8 @@ int CheckRun::run() {
         const int status = checkServer();
         if (status == kStatusNoLogs)
             findings_.noLogs = true;
-        else if (findings_.ended == 0)
-            findings_.ended = status;
+        else if (findings_.failure == 0)
+            findings_.failure = status;
     }
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         const int error = outputError() != 0 ? outputError() : errno;
@@ -307,8 +308,8 @@ int CheckRun::run() {
     return findings_.status();
 }
 
-// Without an option that is unknown, and with a name wherever one is due: without one, the folder to save to
-// would be the root of all of them.
+// False for an unknown option, no server, or an empty name.  An empty folder for -S would mean the root
+// folder.
 static bool isValid(const Options &options, std::span<const char *const> servers) {
     const auto isEmpty = [](const char *text) { return *text == '\0'; };
     return options.errflg == 0 && !servers.empty() && std::ranges::none_of(servers, isEmpty) &&

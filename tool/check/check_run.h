@@ -1,12 +1,12 @@
-// The run of qvledger-check: set-up and logs of each server, and what can be saved of damaged ones.
+// The run of qvledger-check: checks the set-up and the logs of each server, and saves intact records.
 #pragma once
 
 #include "tool/options.h"
 
 namespace qvledger {
 
-// Checks the servers that are named, in turn.  What cannot be checked of one does not keep the others from
-// it.
+// Checks the named servers, one after another.  If one cannot be checked, the others still are.  The exit
+// status.
 int runCheck(const Options &options);
 
 } // namespace qvledger

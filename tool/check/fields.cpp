@@ -14,7 +14,7 @@ int qvledger::outputError() {
     return firstError;
 }
 
-// Later calls of the stream can succeed, or give another reason.
+// Keeps the first error: later writes may succeed or fail for another reason.
 static void noteError(int result) {
     if (result == EOF && firstError == 0)
         firstError = errno;
@@ -34,5 +34,5 @@ void qvledger::writeFields(std::initializer_list<std::string_view> fields) {
         separator = "\t";
     }
     noteError(std::fputc('\n', stdout));
-    noteError(std::fflush(stdout)); // a line at a time, before the next messages
+    noteError(std::fflush(stdout)); // messages about a line must follow it
 }

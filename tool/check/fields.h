@@ -1,4 +1,4 @@
-// A line of a table, with tabs between its fields.
+// Output of tables, as lines of tab-separated fields.
 #pragma once
 
 #include <initializer_list>
@@ -6,10 +6,10 @@
 
 namespace qvledger {
 
-// Writes a line to the standard output, with control characters escaped in each field.
+// Writes a line to standard output, with control characters escaped in each field, and flushes it.
 void writeFields(std::initializer_list<std::string_view> fields);
 
-// Why the first line that could not be written was not, as errno; 0: all were.
+// errno of the first write that failed; 0 if none did.
 int outputError();
 
 } // namespace qvledger

@@ -51,14 +51,14 @@ static void addPart(std::string &text, const std::string &part) {
     text += text.empty() ? part : "; " + part;
 }
 
-// What is wrong with the log, and what a report would pass over.
+// The damage of the log, and the numbers of values that a report would skip.
 static std::string reasonText(const LogSummary &summary) {
-    constexpr const char *kPassedOver[kSkipReasons] = {"value does not match its type",
-                                                       "no name for an object identifier",
-                                                       "no time",
-                                                       "no memory",
-                                                       "in a record too long to be rendered",
-                                                       "not rendered"};
+    constexpr const char *kReasons[kSkipReasons] = {"value does not match its type",
+                                                    "no name for an object identifier",
+                                                    "invalid time",
+                                                    "no memory",
+                                                    "in a record too long to be rendered",
+                                                    "not rendered"};
     std::string text;
     if (summary.headerIsDamaged)
         addPart(text, "the version in the header is not that of the records");
@@ -66,10 +66,10 @@ static std::string reasonText(const LogSummary &summary) {
         addPart(text, summary.fault);
     if (summary.unsearched != 0)
         addPart(text, std::to_string(summary.unsearched) +
-                          " bytes were not searched for records, which would take too long");
+                          " bytes were not searched for records, because that would take too long");
     for (std::size_t i = 0; i < kSkipReasons; ++i)
         if (summary.skipped[i] != 0)
-            addPart(text, "passed over " + std::to_string(summary.skipped[i]) + ": " + kPassedOver[i]);
+            addPart(text, "skipped " + std::to_string(summary.skipped[i]) + ": " + kReasons[i]);
     return text;
 }
 
@@ -82,7 +82,7 @@ void qvledger::writeLogLine(const char *server, const char *log, LogState state,
                  reasonText(summary)});
 }
 
-void qvledger::writeClosedLogLine(const char *server, const char *log, LogState state, const char *reason) {
+void qvledger::writeUnreadLogLine(const char *server, const char *log, LogState state, const char *reason) {
     const char *admitted = state == LogState::NotAdmitted ? "no" : "";
     writeFields({server, log, "", "", "", admitted, "", "", "", "", textOf(state), "", "", reason});
 }

@@ -1,4 +1,4 @@
-// The logs of a server, a line each in a table with tabs between its fields.
+// The table of a server's logs, with one line of tab-separated fields per log.
 #pragma once
 
 #include <string>
@@ -10,10 +10,10 @@ namespace qvledger {
 enum class LogState { Whole, Cut, Damaged, Empty, NotAdmitted, Unreadable };
 
 void writeLogHeader();
-// A log that was read.
+// Writes the line of a log that was read.
 void writeLogLine(const char *server, const char *log, LogState state, const LogSummary &summary);
-// One that was not, with nothing of what it holds.
-void writeClosedLogLine(const char *server, const char *log, LogState state, const char *reason);
+// Writes the line of a log that was not read, without facts about its content.
+void writeUnreadLogLine(const char *server, const char *log, LogState state, const char *reason);
 
 LogState stateOf(const LogSummary &summary);
 

@@ -1,5 +1,5 @@
-// qvledger-check: tells which accounting logs are whole, which the caller may read, and saves what damage
-// left.
+// qvledger-check: reports which accounting logs are whole and which admit the caller, and saves the intact
+// records of damaged logs.
 #include <clocale>
 
 #include "tool/check/check_run.h"
@@ -9,7 +9,7 @@
 using namespace qvledger;
 
 int main(int argc, char **argv) {
-    // Messages in the user's language; what the tables hold is the same for everyone.
+    // Sets the user's language for messages only: the tables do not depend on the locale.
     return runProgram("qvledger-check", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
         return runCheck(readOptions(count, values, kCheckLetters));
     });

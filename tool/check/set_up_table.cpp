@@ -18,20 +18,20 @@
 
 using namespace qvledger;
 
-constexpr std::size_t kPlaceSize = 4096 + 256; // a path, a line and a reason
+constexpr std::size_t kPlaceSize = 4096 + 256; // bytes of a path, a line number and a reason
 constexpr std::string_view kRegistryKey = "registry key";
 
 namespace {
 
-// Writes the parts of the set-up into their table, and reports faults to the user.
+// Writes the lines of the set-up table, and a message for each fault.
 class SetUpLines {
 public:
-    // The caller may not be able to see what is looked at with lent rights: its place is not shown.
+    // Hides paths that were examined with lent rights: the caller may have no right to see them.
     explicit SetUpLines(bool partIsTheSystems) : hides_(partIsTheSystems && OS_HasLentRights() != 0) {}
 
-    // place: file and line, or a path.  fault: what is wrong; empty: nothing.
+    // place: file and line, or a path.  fault: the reason; empty if there is no fault.
     void part(std::string_view what, std::string_view value, std::string_view place, std::string_view fault) {
-        const bool isPath = what != kRegistryKey; // names of keys are no secret
+        const bool isPath = what != kRegistryKey; // key names are not secret
         if (hides_) {
             place = "";
             if (isPath)
@@ -62,7 +62,7 @@ private:
 
 // ---- The registry ----
 
-// Why the settings of the key cannot be loaded, or lack what the programs need.  Empty: nothing is wrong.
+// Why the settings of the key cannot be loaded or are incomplete.  Empty if there is no fault.
 static std::string faultOfSettings(const char *path, bool needsRoot) {
     OpenKey key;
     if (openKey(path, KEY_READ, key) != ERROR_SUCCESS)
@@ -78,22 +78,22 @@ static std::string faultOfSettings(const char *path, bool needsRoot) {
         if (result == ERROR_MORE_DATA)
             return last.empty() ? "the first value is too long" : "the value after " + last + " is too long";
         if (result != ERROR_SUCCESS)
-            return "error " + std::to_string(result) + " of the value with the number " +
-                   std::to_string(index);
+            return "value " + std::to_string(index) + " cannot be read: error " + std::to_string(result);
         last = name;
     }
     DWORD type = 0;
     if (!needsRoot)
         return "";
     if (RegQueryValueExA(key.get(), "QV_ROOT", nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
-        return std::getenv("QV_ROOT") != nullptr ? "" : "it has no value QV_ROOT";
+        return std::getenv("QV_ROOT") != nullptr ? "" : "the key has no value QV_ROOT";
     return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is not a string";
 }
 
-// What a key is looked at for.
+// What to check of a key: its place only, its settings, or that they include QV_ROOT, too.
 enum class Use { Place, Settings, SettingsWithRoot };
 
-// Writes the line of a key.  0, or why it is not there.
+// Writes the line of a key.  ERROR_SUCCESS, or the error of the registry.  ifAbsent: the fault if the key
+// does not exist; empty: the key may be absent.
 static LONG checkKey(const char *key, SetUpLines &lines, Use use = Use::Place, const char *ifAbsent = "") {
     char place[kPlaceSize];
     const LONG found = OS_PlaceOfKey(key, place, sizeof place);
@@ -109,8 +109,8 @@ static LONG checkKey(const char *key, SetUpLines &lines, Use use = Use::Place, c
     return found;
 }
 
-// The keys that are read for a server.  False when the registry cannot be used, or has neither of the keys
-// with settings.
+// Writes the lines of the keys that are read for a server.  False if the registry cannot be read, or has no
+// key with settings for the server.
 static bool checkRegistry(const Options &options) {
     const LentRights rights(true);
     SetUpLines lines(true);
@@ -123,7 +123,7 @@ static bool checkRegistry(const Options &options) {
     const LONG ofCommon = ofOwn == ERROR_SUCCESS
                               ? checkKey(kCommonEnvironmentKey, lines)
                               : checkKey(kCommonEnvironmentKey, lines, settings,
-                                         "this key is not there, and the server has none of its own");
+                                         "the key does not exist, and the server has no key of its own");
     checkKey(kLogonDeviceKey, lines);
     checkKey(OS_WORKSTATION_KEY, lines);
     return ofOwn == ERROR_SUCCESS || ofCommon == ERROR_SUCCESS;
@@ -151,7 +151,8 @@ static bool checkOidTable(const std::string &folder, bool isTheSystems) {
     return state == OidTable::State::Loaded;
 }
 
-// What lies below QV_ROOT, or where the options say.
+// Writes the lines of QV_ROOT, the log directory and the OID table.  0 and the log directory, or the exit
+// status.
 static int checkPaths(const Options &options, std::string &logPath) {
     const bool logsAreTheSystems = options.acctPath2 == nullptr;
     const bool oidsAreTheSystems = options.oidPath == nullptr;

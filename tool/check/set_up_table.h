@@ -1,4 +1,4 @@
-// The set-up of a server, part by part, in a table with tabs between its fields.
+// The table of a server's set-up, with one line of tab-separated fields per part.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace qvledger {
 
-// Writes the table, and takes up the server's settings.  Faults are told to the user, too.  0 and the
-// directory of the logs, or the status that ends the server's turn.
+// Writes the table, and sets the environment from the server's settings.  A message reports each fault.
+// 0 and the directory of the logs, or the exit status if the server's logs cannot be checked.
 int checkSetUp(const Options &options, std::string &logPath);
 
 } // namespace qvledger

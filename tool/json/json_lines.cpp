@@ -1,4 +1,5 @@
-// An example of a program on the Accounting Log Access facility: for the logs it takes nothing but ala/ala.h.
+// Also an example of a program that uses the Accounting Log Access library: it reads logs only through
+// ala/ala.h.
 #include "json_lines.h"
 
 #include <memory>
@@ -9,7 +10,7 @@ using namespace qvledger;
 
 // ---- JSON ----
 
-// Bytes of the UTF-8 character that the text begins with; 0 if it begins with none.
+// Length in bytes of the UTF-8 character at the beginning of the text; 0 if there is no valid one.
 static std::size_t characterLength(std::string_view text) {
     const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     const unsigned char lead = byte(0);
@@ -21,7 +22,7 @@ static std::size_t characterLength(std::string_view text) {
     for (std::size_t at = 1; at < length; ++at)
         if ((byte(at) & 0xC0) != 0x80)
             return 0;
-    // Neither in more bytes than needed, nor half of a surrogate pair, nor beyond U+10FFFF.
+    // Rejects overlong forms, surrogates, and characters above U+10FFFF.
     if ((lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
         (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F))
         return 0;
@@ -42,7 +43,7 @@ static void appendControl(std::string &line, unsigned char byte) {
     line += digits[byte & 15];
 }
 
-// A text in quotes.  Each byte that belongs to no character becomes U+FFFD.
+// Appends a JSON string.  Each byte that is not part of a valid character becomes U+FFFD.
 static void appendText(std::string &line, std::string_view text) {
     line += '"';
     while (!text.empty()) {
@@ -62,7 +63,8 @@ static void appendText(std::string &line, std::string_view text) {
     line += '"';
 }
 
-// A value that is typed as its kind says.
+// Appends a value: an integer as a number, anything else as a string; null for an empty value that is not
+// text.
 static void appendTyped(std::string &line, const char *text, ALA_valueKind_t kind) {
     if (*text == '\0' && kind != ALA_KIND_TEXT)
         line += "null";
@@ -94,19 +96,19 @@ static void appendAttribute(std::string &line, const ALA_attrPair &pair, bool is
 
 namespace {
 
-struct Giver {
+struct Deleter {
     void operator()(ALA_attrPair *pair) const { ALA_FreeAttributePair(&pair); }
     void operator()(record *jobRecord) const { ALA_FreeJobRecord(&jobRecord); }
     void operator()(docRecord *document) const { ALA_FreeDocmtRecord(&document); }
 };
 template <class Thing>
-using Owned = std::unique_ptr<Thing, Giver>;
+using Owned = std::unique_ptr<Thing, Deleter>;
 
 } // namespace
 
 // ---- Records ----
 
-// Appends the attributes that a pair of cursor operations gives, as an object.  The code that ended them.
+// Appends the attributes that first() and next() return, as an object.  The code that ended the loop.
 template <class Record, class First, class Next>
 static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Record record, bool isTyped,
                                       First first, Next next) {
@@ -123,7 +125,7 @@ static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Re
     return result;
 }
 
-// Appends the documents of a record, as an array.  False when not all of them could be delivered.
+// Appends the documents of a record, as an array.  False if some could not be read.
 static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t record, bool isTyped) {
     bool complete = true;
     line += '[';
@@ -143,7 +145,7 @@ static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t
     return complete && (result == ALA_N_NORMAL || result == ALA_A_NO_MORE_DOCMT_ATTR);
 }
 
-// Begins an object with what it is of.
+// The beginning of an object: its server and log.
 static std::string beginObject(const JsonLog &log) {
     std::string line = "{\"server\":";
     appendText(line, log.server);
@@ -152,8 +154,8 @@ static std::string beginObject(const JsonLog &log) {
     return line;
 }
 
-// Appends a record to the beginning of its line.  What a failure cut off is missing, and the line says so in
-// its last member.
+// Appends a record to the beginning of its line.  If a failure cuts the record short, the last member of the
+// line is "incomplete".
 static void appendRecord(std::string &line, ALA_handle_t handle, const JsonLog &log, ALA_record_t record,
                          JsonOutput &output) {
     line += ",\"date\":" + std::to_string(log.date) + ",\"attributes\":";

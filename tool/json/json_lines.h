@@ -1,15 +1,16 @@
-// A log as JSON Lines, one object a job record and one at the end:
+// Writes a log as JSON Lines, one object per job record and one at the end:
 //
 //     {"server":"alpha","log":"alpha.20261119","record":1,"date":20261119,
 //      "attributes":{"job-name":["letter"]},"documents":[{"document-name":["x"]}]}
 //     {"server":"alpha","log":"alpha.20261119","records":1,"complete":true}
 //
-// and one for a server of which logs may be missing:
+// and one object for a server whose list of logs may be incomplete:
 //
 //     {"server":"alpha","complete":false}
 //
-// An attribute is an array of texts, in the order of the record; a name that comes twice stands there twice.
-// The object of a record that could not be read to its end has "incomplete":true as its last member.
+// An attribute is an array of strings.  Attributes are in the order of the record; a name that occurs twice
+// in a record occurs twice in its object.  The object of a record that could not be read to its end has
+// "incomplete":true as its last member.
 #pragma once
 
 #include <cstdint>
@@ -19,15 +20,15 @@
 
 namespace qvledger {
 
-// Where the lines go, and what the caller hears while a log is written.
+// Receives the lines and events of a log.
 class JsonOutput {
 public:
     virtual ~JsonOutput() = default;
-    // An object with its line end.
+    // One object, with its line end.
     virtual void line(std::string_view text) = 0;
-    // True to go on with the next record.
+    // Called after each record.  True: continue with the next record.
     virtual bool recordWritten() = 0;
-    // A record's attributes ended with a failure: a code of the facility.
+    // Called if the attributes of a record could not be read to their end; code: the ALA return code.
     virtual void recordFailed(ALA_retCode_t code) = 0;
 };
 
@@ -35,21 +36,21 @@ struct JsonLog {
     const char *server;
     const char *file;  // without its directory
     std::int32_t date; // YYYYMMDD
-    // Integers become JSON numbers, times are ISO 8601 with their offset, and those without a text null.
+    // Integers become numbers, times ISO 8601 strings with their offset; both become null if their text is
+    // empty.
     bool isTyped;
 };
 
-// Writes all records of an open log, and the object at its end, as UTF-8; bytes of a text that are none
-// become U+FFFD.  Gives the code that ended the walk: ALA_A_LAST_ATTRIBUTE at the end of the log,
-// ALA_N_NORMAL where the caller ended it, any other for a failure.
-// Throws std::bad_alloc when memory runs out.
+// Writes all records of an open log, and the object at its end, in UTF-8; invalid bytes become U+FFFD.
+// Returns ALA_A_LAST_ATTRIBUTE at the end of the log, ALA_N_NORMAL if recordWritten() stopped it, another
+// code for a failure.  Throws std::bad_alloc if memory runs out.
 ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                              JsonOutput &output);
 
-// Writes the object at the end of a log that could not be opened, or is not read.
+// Writes the final object of a log that could not be opened or is not read.
 void writeJsonOfUnreadLog(const JsonLog &log, JsonOutput &output);
 
-// Writes the object that says that logs of a server may be missing.
+// Writes the object for a server whose list of logs may be incomplete.
 void writeJsonOfIncompleteServer(const char *server, JsonOutput &output);
 
 } // namespace qvledger

@@ -1,5 +1,5 @@
-// qvledger-json: the accounting logs of print servers as JSON Lines.  Options, messages and statuses are
-// those of qvledger, whose driver it shares.
+// qvledger-json: writes the accounting logs of print servers as JSON Lines.  It shares the run of qvledger
+// (tool/run.h), with its options, messages and statuses.
 #include <clocale>
 #include <set>
 #include <span>
@@ -32,15 +32,15 @@ public:
         report_ = &report;
         if (isRepeated(name)) {
             status_ = ALA_A_FAIL_TO_OPEN_LOG_FILE;
-            passOver({name.server, unread_.c_str(), unread_.c_str(), name.date}, report);
+            skip({name.server, unread_.c_str(), unread_.c_str(), name.date}, report);
             return false;
         }
         const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), *this);
         if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
-            tellFailure(ended, "qvledger-json internal error: ");
+            reportFailure(ended, "qvledger-json internal error: ");
         return ended == ALA_A_LAST_ATTRIBUTE;
     }
-    void passOver(const LogName &name, LineWriter &report) override {
+    void skip(const LogName &name, LineWriter &report) override {
         report_ = &report;
         writeJsonOfUnreadLog(jsonLog(name), *this);
     }
@@ -59,10 +59,10 @@ public:
         countRecord();
         return !mustStop(report_->failed());
     }
-    void recordFailed(ALA_retCode_t code) override { tellFailure(code, "unable to read record: "); }
+    void recordFailed(ALA_retCode_t code) override { reportFailure(code, "unable to read record: "); }
 
 private:
-    // Two listed names of one date lead to one file.  The other one's is unread_.
+    // If two listed logs have the same date, both open the same file.  unread_ is the name of the other log.
     bool isRepeated(const LogName &name) {
         const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
         if (!isSame || name.file != std::string_view(name.listed))
@@ -78,12 +78,12 @@ private:
     LineWriter *report_ = nullptr;
     std::string server_, file_, unread_; // of the last log
     std::int32_t date_ = 0;
-    int status_ = 0; // of a run in which nothing else failed
+    int status_ = 0; // exit status of a run without another failure
 };
 
 } // namespace
 
-// No name is empty, and none is given twice: its jobs would be counted twice.
+// True if no name is empty and none occurs twice: a repeated server would be counted twice.
 static bool areNames(std::span<const char *const> servers) {
     std::set<std::string_view> names(servers.begin(), servers.end());
     return names.size() == servers.size() && !names.contains("");
@@ -103,7 +103,7 @@ static int runJson(const Options &options) {
 }
 
 int main(int argc, char **argv) {
-    // Messages in the user's language; what the lines hold is the same for everyone.
+    // Sets the user's language for messages only: the lines do not depend on the locale.
     return runProgram("qvledger-json", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
         return runJson(readOptions(count, values, kJsonLetters));
     });

@@ -7,7 +7,7 @@
 
 using namespace qvledger;
 
-constexpr std::size_t kUsualRoom = 256 * 1024; // for lines; a longer line makes more
+constexpr std::size_t kUsualRoom = 256 * 1024; // bytes of the buffer; it grows for a longer line
 
 bool LineWriter::begin() {
     if (!resize(lines_, kUsualRoom))
@@ -25,8 +25,8 @@ void LineWriter::putLong(std::string_view text) {
         put(text);
 }
 
-// Writes the whole lines when the buffer is full.  One line that does not fit makes the buffer grow, because
-// it would otherwise be written in pieces, between which others could write.
+// Writes the whole lines of the full buffer.  If a single line does not fit, grows the buffer: a line that is
+// written in pieces could be interrupted by another program's output.
 bool LineWriter::makeRoom(std::size_t size) {
     if (!writeLines(false))
         return false;
@@ -39,11 +39,11 @@ bool LineWriter::makeRoom(std::size_t size) {
     return true;
 }
 
-// The whole lines in the buffer, or everything.
+// Writes the whole lines in the buffer, or everything.
 bool LineWriter::writeLines(bool all) {
     if (failed_ || waiting_ == 0)
         return !failed_;
-    // Inside a line that is longer than usual a request to end is not left waiting.
+    // A very long line takes time, so react to a signal even within the line.
     if (waiting_ > kUsualRoom && OS_NotedSignal() != 0)
         return fail(EINTR);
     const std::string_view lines(lines_.get(), waiting_);
@@ -60,15 +60,15 @@ bool LineWriter::write(std::string_view bytes) {
     return error == 0 || fail(error);
 }
 
-// What another run or program could not finish stays a line of its own.
+// Before the first write: if the file ends in an incomplete line, of another run or program, ends that line.
 bool LineWriter::beginLine() {
     if (hasBegun_)
         return true;
     hasBegun_ = true;
-    return file_.endedInLine() || write("\n");
+    return file_.endedWithLineEnd() || write("\n");
 }
 
-// A message that does not fit on the disk is cut back like a line, and nothing could report that.
+// If the message does not fit on the disk, it is removed like a cut line, and nothing can report that.
 void LineWriter::message(std::string_view text) {
     if (writeLines(false) && beginLine())
         static_cast<void>(write(text));
@@ -80,7 +80,7 @@ const char *LineWriter::whyNotSafe() {
     int error = 0;
     const char *why = file_.whyNotSafe(&error);
     if (error != 0)
-        static_cast<void>(fail(error)); // a later success would mean nothing
+        static_cast<void>(fail(error)); // the system may not report the same lost data again
     return why;
 }
 
@@ -90,15 +90,15 @@ void LineWriter::close() {
         static_cast<void>(fail(error));
 }
 
-// False, for the caller to return.
+// Always false, for the caller to return.
 bool LineWriter::fail(int error) {
     file_.cutBack();
     waiting_ = 0;
     if (failed_)
         return false;
     failed_ = true;
-    const bool isKnown =
-        error == EPIPE || error == EINTR; // to the reader that left, or the sender of the signal
+    // The user has closed the pipe or sent the signal, and needs no message.
+    const bool isKnown = error == EPIPE || error == EINTR;
     const char *reason = std::strerror(error);
     if (!isKnown && !file_.isStandardOutput())
         DisplayMsg(kMsgReportLost, file_.name(), reason);

@@ -1,7 +1,7 @@
-// The lines of the report on their way into its file.
+// Buffers the report's lines and writes them to its file.
 //
-// Lines are written whole.  Messages whose standard error stream is the same file are written here too,
-// between lines.  What could not be written is reported once, and nothing more is written.
+// Writes only whole lines.  If the standard error stream is the same file, writes messages too, between
+// lines.  Reports the first failed write, and writes nothing after it.
 #pragma once
 
 #include <cstddef>
@@ -22,11 +22,11 @@ public:
     LineWriter(const LineWriter &) = delete;
     LineWriter &operator=(const LineWriter &) = delete;
 
-    // Takes up an open file.  False when memory runs out.
+    // Starts writing to the file, which is open.  False if memory runs out.
     bool begin();
     const ReportFile &file() const { return file_; }
 
-    // Adds to the line.  Lines are passed on when there are enough of them, on a terminal at once.
+    // Appends to the current line.  Lines are written when the buffer is full; on a terminal, at once.
     void put(std::string_view text) {
         if (text.size() > room_ - waiting_) [[unlikely]]
             return putLong(text);
@@ -40,13 +40,13 @@ public:
             static_cast<void>(writeLines(false)); // failed() reports it
     }
 
-    // Could something not be written?  It was reported.
+    // True after a failed write, which was reported.
     bool failed() const { return failed_; }
-    // Passes on everything.  False when that failed, now or before.
+    // Writes the whole buffer.  False if this or an earlier write failed.
     bool flush() { return writeLines(true); }
-    // Closes the file.
+    // Closes the file.  Reports a failure.
     void close();
-    // flush(), and ReportFile::whyNotSafe.
+    // Flushes, then ReportFile::whyNotSafe().  Null, or why the logs with these lines must not be deleted.
     const char *whyNotSafe();
 
 private:

@@ -26,7 +26,7 @@ const char *ReportFile::name() const {
     return fileName_ != nullptr ? fileName_ : "standard output";
 }
 
-// Another run may remove or replace the file between its opening and its locking.
+// Retries if another run removed or replaced the file between open and lock.
 ReportFile::Opened ReportFile::openByName() {
     for (;;) {
         char *made = nullptr;
@@ -40,7 +40,7 @@ ReportFile::Opened ReportFile::openByName() {
         const Opened opened = lock();
         if (opened != Opened::Yes || !isLocked_ || nameLeadsHere())
             return opened;
-        again_.reset(-1);               // a name may stay taken until nobody has its file open
+        again_.reset(-1);               // some systems free the name only when all descriptors are closed
         static_cast<void>(_close(fd_)); // nothing was written
         fd_ = -1;
     }
@@ -49,11 +49,11 @@ ReportFile::Opened ReportFile::openByName() {
 ReportFile::Opened ReportFile::lock() {
     kind_ = OS_KindOfOutput(fd_);
     if (!isFile())
-        return Opened::Yes; // what is closed fails at the first write
+        return Opened::Yes; // a closed descriptor fails at the first write
     if (OS_WriteAtEnd(fd_) != 0 || OS_IdentifyDescriptor(fd_, &opened_) != 0)
         return Opened::No;
     again_.reset(OS_OpenAgain(fd_));
-    // Standard output is shared with other programs, and so would be a lock on it.
+    // Other programs share the descriptor of standard output, and would share its lock.
     switch (lockFile(fileName_ == nullptr && again_.isOpen() ? again_.get() : fd_, name())) {
     case LockResult::Locked:
         isLocked_ = true;
@@ -66,7 +66,7 @@ ReportFile::Opened ReportFile::lock() {
     case LockResult::GivenUp:
         return Opened::GivenUp;
     }
-    // Another run may have written to it first, or removed it.
+    // Another run may have written to the file or removed it during the wait.
     const std::uint64_t names = opened_.names;
     if (OS_IdentifyDescriptor(fd_, &opened_) != 0)
         return Opened::No;
@@ -90,15 +90,15 @@ int ReportFile::write(std::string_view bytes) {
         const int reason = got < 0 ? errno : 0;
         done += static_cast<std::size_t>(std::max(got, 0));
         if (done < bytes.size() && !isFile() && OS_NotedSignal() != 0)
-            error = EINTR; // the reader takes nothing, and the program is asked to end
+            error = EINTR; // the reader may never read
         else if (reason == EAGAIN)
-            OS_Sleep(kPause); // a pipe that does not wait by itself
+            OS_Sleep(kPause); // a non-blocking pipe
         else if (got <= 0 && reason != EINTR)
             error = got < 0 ? reason : EIO;
     }
     const std::size_t lineEnd = bytes.substr(0, done).rfind('\n');
     written_ += static_cast<std::int64_t>(done);
-    openLine_ = static_cast<std::int64_t>(done - (lineEnd + 1)); // none: npos + 1 is 0
+    openLine_ = static_cast<std::int64_t>(done - (lineEnd + 1)); // no line end: npos + 1 is 0
     return error;
 }
 
@@ -113,19 +113,20 @@ void ReportFile::cutBack() {
     openLine_ = 0;
 }
 
-// Where the last byte cannot be read, an empty line does less harm than two lines in one.
-bool ReportFile::endedInLine() const {
+// If the last byte cannot be read, assumes an incomplete line: an empty line does less harm than two joined
+// lines.
+bool ReportFile::endedWithLineEnd() const {
     return !isFile() || opened_.size == 0 || (again_.isOpen() && OS_LastByte(again_.get()) == '\n');
 }
 
-// ---- What becomes of it ----
+// ---- Checks, removing and closing ----
 
-// Where the file ends if only this run, its log included, has written to it since it was locked.
+// The expected end of the file if since the lock only this run, including its log, has written to it.
 std::int64_t ReportFile::end() const {
     return opened_.size + written_ + logBytesIn(opened_) - loggedBefore_;
 }
 
-// Has nobody else written to the file, or cut it, since it was locked?
+// True if nothing else has written to the file or truncated it since the lock.
 bool ReportFile::isWhole() const {
     OS_fileIdentity present = {};
     return OS_IdentifyDescriptor(fd_, &present) == 0 && present.size == end();
@@ -180,7 +181,7 @@ const char *ReportFile::whyNotInPlace() const {
         return nullptr;
     if (!isWhole())
         return "its report does not contain exactly what this run added to it";
-    // Standard output may have had no name from the beginning; the program that opened it still has it.
+    // The file of standard output may never have had a name; the program that opened it can still read it.
     const bool isThere = OS_IdentifyDescriptor(fd_, &present) == 0 &&
                          (fileName_ != nullptr ? present.names != 0 && nameLeadsHere()
                                                : present.names != 0 || opened_.names == 0);
@@ -191,7 +192,8 @@ bool ReportFile::removeIfCreated() {
     if (madePath_ == nullptr || !isLocked_ || opened_.size != 0 || !nameLeadsHere() || !isWhole())
         return false;
     again_.reset(-1);
-    // Another process that has the file open would lose what it writes there.
+    // Another process still has the file open.  Removing it would lose that process's output, so only
+    // truncate it.
     const bool isShared = OS_IsOpenElsewhere(fd_) != 0;
     const bool isGone = (isShared ? OS_CutFile(fd_, 0) : OS_RemoveFile(fd_, madePath_.get())) == 0;
     if (isGone)
@@ -202,7 +204,7 @@ bool ReportFile::removeIfCreated() {
 int ReportFile::close() {
     int error = 0;
     if (fileName_ == nullptr && isLocked_ && !again_.isOpen())
-        OS_UnlockFile(fd_); // the file stays open in the program that started this one
+        OS_UnlockFile(fd_); // closing does not unlock it: the parent process shares the descriptor
     else if (fileName_ != nullptr && fd_ != -1 && _close(fd_) != 0)
         error = errno;
     again_.reset(-1);

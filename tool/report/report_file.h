@@ -1,7 +1,6 @@
-// Where the report goes: standard output, or a file that it is appended to.
+// The file of the report: standard output, or a named file to which the report is appended.
 //
-// A report that is a file is locked against other runs from its opening to its closing, and every write goes
-// to its end.
+// A regular file is locked against other runs from open() to close(), and every write appends to it.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +18,7 @@ public:
     enum class Opened : std::uint8_t {
         Yes,
         No,
-        GivenUp // the program was asked to end while another run had the file
+        GivenUp // a signal asked the program to end while another run had the file locked
     };
 
     ReportFile() = default;
@@ -27,9 +26,9 @@ public:
     ReportFile(const ReportFile &) = delete;
     ReportFile &operator=(const ReportFile &) = delete;
 
-    // Standard output if the name is null.
+    // Opens the named file, or standard output if the name is null.
     Opened open(const char *fileName);
-    // 0, or the reason why what was written may be lost.
+    // 0, or the errno value if written data may be lost.
     int close();
 
     const char *name() const; // for messages
@@ -37,30 +36,31 @@ public:
     bool isTerminal() const { return isTerminal_; }
     bool isFile() const { return kind_ == OS_outputKind::File; }
     bool isMessagesFile() const { return isFile() && qvledger::isMessagesFile(fd_); }
-    // Was standard output's file removed while this run waited for it?
+    // Was the file of standard output removed while this run waited for its lock?
     bool wasRemoved() const { return wasRemoved_; }
     // Is the report one of the server's logs?
     bool isLog(const char *server, const char *logPath) const {
         return isFile() && qvledger::isLog(server, logPath, opened_, again_.get());
     }
 
-    // Writes all of the bytes.  0, or the reason (errno) why only some were written; EINTR: the program was
-    // asked to end while a reader took nothing.
+    // Writes all bytes.  0, or the errno value if only some were written; EINTR: a signal asked the program
+    // to end while the reader of a pipe read nothing.
     int write(std::string_view bytes);
-    // Takes back the part of a line that was written last, unless others have written since.
+    // Removes an incomplete line from the end of the file, unless another program has written since.
     void cutBack();
-    // May a line begin where the file ended when it was opened?
-    bool endedInLine() const;
+    // When the file was locked, was it empty or did it end with a line end?  True for pipes and devices.
+    bool endedWithLineEnd() const;
 
-    // Have all bytes reached their place: in a file its disk, in a pipe its reader?  Waits for the reader.
-    // Null, or why a log with lines there has to stay.  *error: what a failed sync gave, else 0.
+    // Null if everything written is safe: synced to the disk, or read by the reader of a pipe, for which it
+    // waits.  Else, why a log with lines in the report must not be deleted.  *error: errno of a failed sync,
+    // else 0.
     const char *whyNotSafe(int *error);
-    // Directly before a log is removed: does the report still have its name, and does it contain nothing but
-    // what was in it and what this run wrote?  Null, or why the log has to stay.
+    // Call it directly before a log is removed.  Null if the report still has its name and contains exactly
+    // what it contained before plus what this run wrote.  Else, why the log must not be deleted.
     const char *whyNotInPlace() const;
 
-    // Removes a file that this run made; if another process has it open, empties it.  True if bytes were lost
-    // with it.
+    // Removes a file that this run created; if another process has it open, truncates it instead.  True if
+    // lines of the report were discarded.
     bool removeIfCreated();
 
 private:
@@ -74,18 +74,18 @@ private:
 
     int fd_ = -1;
     OS_outputKind kind_ = OS_outputKind::Unknown;
-    Descriptor again_;               // the same file once more, to read it and to lock standard output
+    Descriptor again_;               // a second descriptor, to read the file and to lock standard output
     const char *fileName_ = nullptr; // null: standard output
-    Malloced<char> madePath_;        // of the file, if this run made it
-    OS_fileIdentity opened_ = {};    // a file, as it was when it was locked
+    Malloced<char> madePath_;        // path of the file, if this run created it
+    OS_fileIdentity opened_ = {};    // the file when it was locked
     bool isTerminal_ = false;
     bool isLocked_ = false;
     bool wasRemoved_ = false;
     bool isFolderSynced_ = false;
     bool isSyncFailed_ = false;
-    std::int64_t written_ = 0;      // bytes in all
-    std::int64_t openLine_ = 0;     // of these, after the last line end
-    std::int64_t loggedBefore_ = 0; // bytes of the program's log in the same file, when it was locked
+    std::int64_t written_ = 0;      // bytes written
+    std::int64_t openLine_ = 0;     // bytes written after the last line end
+    std::int64_t loggedBefore_ = 0; // bytes that the program's log wrote to the same file before the lock
 };
 
 } // namespace qvledger

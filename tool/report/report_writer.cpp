@@ -27,7 +27,7 @@ std::int32_t qvledger::equalList(const ALA_attrName *list1, const ALA_attrName *
 
 namespace {
 
-// The name list of a record, then of the next one, and so on.
+// The attribute names of the current record.
 class Names {
 public:
     Names() = default;
@@ -35,7 +35,8 @@ public:
     Names(const Names &) = delete;
     Names &operator=(const Names &) = delete;
 
-    // Most records have the names of the one before, and the facility knows without a list.
+    // Loads the names of a record.  Most records have the names of the one before: namesState() finds that
+    // without building the list.
     ALA_retCode_t take(ALA_handle_t handle, ALA_record_t record, bool *changed) {
         const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
         *changed = false;
@@ -69,7 +70,7 @@ using OwnedRecord = std::unique_ptr<record, RecordDeleter>;
 
 } // namespace
 
-// One field: the name, or the values with a space before each further one.
+// Writes one field: the name, or the values separated by spaces.
 static void writeField(LineWriter &fl, const ALA_attrPair &pair, std::int32_t isHeader) {
     if (isHeader != 0)
         return fl.put(pair.attrName);
@@ -81,13 +82,13 @@ static void writeField(LineWriter &fl, const ALA_attrPair &pair, std::int32_t is
     }
 }
 
-// Gives a pair back that was begun and not finished.
+// Frees a pair that a failed operation left.
 static void dropPair(ALA_attrPair *pair) {
     if (pair != nullptr)
         ALA_FreeAttributePair(&pair);
 }
 
-// Writes all attributes of a document, each behind a tab.  The code that ended them.
+// Writes all attributes of a document, with a tab before each.  The code that ended the loop.
 static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t document, LineWriter &fl,
                                    std::int32_t isHeader) {
     ALA_attrPair *attr = nullptr;
@@ -137,7 +138,7 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
     ALA_retCode_t result = ALA_GetFirstAttrFromJob(mainh, recordPtr, nullptr, &attr);
     if (result != ALA_N_NORMAL) {
         dropPair(attr);
-        tellFailure(result, kUnreadable);
+        reportFailure(result, kUnreadable);
         return false;
     }
     std::int32_t numJobAttrs = 0;
@@ -152,13 +153,13 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
     }
     dropPair(attr);
     if (fl.failed())
-        return false; // reported where it happened, and nothing more is written
+        return false; // already reported
     bool complete = true;
     if (result == ALA_A_NO_MORE_JOB_ATTR) {
         if (needDoc != 0)
             complete = isNormalEndOfDocuments(getDocmt(mainh, recordPtr, fl, isHeader, numJobAttrs));
     } else if (result != ALA_A_LAST_ATTRIBUTE) {
-        tellFailure(result, kInternalError);
+        reportFailure(result, kInternalError);
         complete = false;
     }
     fl.endLine();
@@ -167,7 +168,7 @@ bool qvledger::doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t 
 
 bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, LineWriter &fl,
                      std::int32_t suppressHeaders, ALA_attrName **inoutp_list) {
-    const std::uint64_t passedOverBefore = valuesPassedOver(mainh);
+    const std::uint64_t skippedBefore = valuesSkipped(mainh);
     ALA_record_t read = nullptr;
     ALA_retCode_t result = ALA_GetFirstJobRecord(mainh, loghPtr, &read);
     OwnedRecord current(read);
@@ -176,7 +177,7 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
     if (result == ALA_N_NORMAL)
         result = names.take(mainh, current.get(), &changed);
     if (result != ALA_N_NORMAL) {
-        tellFailure(result, kInternalError);
+        reportFailure(result, kInternalError);
         return hasNoRecord(*loghPtr);
     }
 
@@ -207,12 +208,12 @@ bool qvledger::doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int3
         current.reset(read);
         if (result == ALA_A_LAST_ATTRIBUTE) {
             names.moveTo(inoutp_list);
-            return complete && valuesPassedOver(mainh) == passedOverBefore;
+            return complete && valuesSkipped(mainh) == skippedBefore;
         }
         if (result == ALA_N_NORMAL)
             result = names.take(mainh, current.get(), &changed);
         if (result != ALA_N_NORMAL) {
-            tellFailure(result, kInternalError);
+            reportFailure(result, kInternalError);
             return false;
         }
         header = suppressHeaders == 0 && changed;

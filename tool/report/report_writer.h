@@ -1,5 +1,5 @@
-// The report: one line of tab-separated text per job record, under -a one further line per further document,
-// and a header line of names wherever the names change.
+// The report of qvledger: one line of tab-separated text per job record, with -a one more line per document
+// after the first, and a header line of names whenever the names change.
 #pragma once
 
 #include <cstdint>
@@ -9,31 +9,31 @@
 
 namespace qvledger {
 
-// 1 under -a: document attributes go into the report as well.
+// 1 with -a: report document attributes, too.
 extern std::int32_t needDoc;
 
-// Writes all records of an open log.  inoutp_list carries the names of the record written last from one log
-// to the next.  True when the walk ended at the end of the log and nothing in it had to be passed over, also
-// of a log without a record; every failure but those inside documents was told to the user.
+// Writes all records of an open log.  inoutp_list: the names of the last record written, kept from one log to
+// the next.  True if it reached the end of the log and skipped nothing; a log without records counts as well.
+// Reports all failures but those inside documents.
 bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, LineWriter &fl,
            std::int32_t suppressHeaders, ALA_attrName **inoutp_list);
 
-// Writes the names (isHeader non-zero) or the values of a record.  False when a failure was told to the user,
-// or documents were passed over.
+// Writes the names (isHeader non-zero) or the values of a record.  False after a failure, which is reported,
+// and if documents were skipped.
 bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, LineWriter &fl);
 
-// Goes on with the record's documents behind numJobAttrs attributes of the job.  The last code of the
-// facility.
+// Continues the line with the record's documents, after numJobAttrs attributes of the job.  The last ALA
+// return code.
 std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, LineWriter &fl, std::int32_t isHeader,
                       std::int32_t numJobAttrs);
 
-// 1 if both lists have the same names at the same places, else 0.
+// 1 if both lists have the same names in the same order, else 0.
 std::int32_t equalList(const ALA_attrName *list1, const ALA_attrName *list2);
 
-// The report of a run.
+// Writes the report of a run.
 class ReportWriter final : public LogOutput {
 public:
-    // suppressHeadflg: 1 leaves header lines out.
+    // suppressHeadflg: 1 suppresses header lines.
     explicit ReportWriter(std::int32_t suppressHeadflg) : suppressHeadflg_(suppressHeadflg) {}
     ~ReportWriter() override { freeNames(); }
     ReportWriter(const ReportWriter &) = delete;
@@ -47,7 +47,7 @@ private:
     void freeNames();
 
     std::int32_t suppressHeadflg_;
-    ALA_attrName *prevLog_ = nullptr; // names of the record written last
+    ALA_attrName *prevLog_ = nullptr; // names of the last record written
 };
 
 } // namespace qvledger

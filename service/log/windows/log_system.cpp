@@ -14,13 +14,13 @@ int LogSink::openFile(const char *name) {
     return fd;
 }
 
-// A pipe cannot be asked here whether it has room, so its reader is waited for.
+// Windows does not report whether a pipe has room, so a write waits for the reader.
 std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     const int written = _write(fd, bytes.data(), static_cast<unsigned>(bytes.size()));
     return written > 0 ? static_cast<std::size_t>(written) : 0;
 }
 
-// The source has no file of messages, so the event log shows the event's one text as it is.
+// The event source has no message file, so the event log shows the text as it is.
 bool LogSink::sendToSystemLog(const char *, std::int32_t level, std::string_view entry) {
     const HANDLE source = RegisterEventSourceA(nullptr, "qvledger");
     if (source == nullptr)

@@ -1,4 +1,4 @@
-// There are no message catalogues here: the texts are the default ones.
+// Windows has no message catalogues, so messages have their default texts.
 #include "service/messages/message.h"
 
 void MSG_UsageBegin(const char *) {}
