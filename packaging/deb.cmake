@@ -23,6 +23,7 @@ package(tool qvledger net "report the accounting logs of a print server
 Reads the binary accounting logs that the servers of a networked print system
 write, and prints one line for each print job: qvledger as tab-separated text
 with attribute names as column headers, qvledger-json as JSON Lines.
+qvledger-sum adds up jobs, sheets and costs by owner, printer or month.
 qvledger-check reports damaged logs and saves their intact records.
 mksample creates a sample print system for trying the programs.
 

@@ -31,6 +31,8 @@ public:
     virtual void listIsCut(const char *, LineWriter &) {}
     // Called after the last log of a server.
     virtual void end() {}
+    // Called after the last server, unless a signal ended the run.
+    virtual void endRun(LineWriter &) {}
 };
 
 } // namespace qvledger

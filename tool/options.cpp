@@ -3,11 +3,24 @@
 #include <cctype>
 #include <cstdlib>
 #include <initializer_list>
+#include <string_view>
 
 #include "service/system.h"
 #include "tool/messages.h"
 
 using namespace qvledger;
+
+void qvledger::replaceLongOptions(int argc, char **argv) {
+    static char help[] = "-h";
+    static char version[] = "-V";
+    for (int i = 1; i < argc && argv[i][0] == '-'; ++i) {
+        const std::string_view option = argv[i];
+        if (option == "--help")
+            argv[i] = help;
+        else if (option == "--version")
+            argv[i] = version;
+    }
+}
 
 Options qvledger::readOptions(int argc, char *const *argv, const char *letters) {
     Options options;
@@ -33,6 +46,18 @@ Options qvledger::readOptions(int argc, char *const *argv, const char *letters) 
             break;
         case 'S':
             options.saveFolder = optarg;
+            break;
+        case 'b':
+            options.groupBy = optarg;
+            break;
+        case 'k':
+            options.sortBy = optarg;
+            break;
+        case 'n':
+            options.top = optarg;
+            break;
+        case 'f':
+            options.form = optarg;
             break;
         case 'h':
             ++options.helpflg;

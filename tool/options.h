@@ -15,6 +15,10 @@ struct Options {
     const char *acctPath2 = nullptr;
     const char *oidPath = nullptr;
     const char *saveFolder = nullptr;
+    const char *groupBy = nullptr;
+    const char *sortBy = nullptr;
+    const char *top = nullptr;
+    const char *form = nullptr;
     std::int32_t dflg = 0; // number of -d; non-zero: delete the logs
     std::int32_t helpflg = 0;
     std::int32_t verflg = 0;
@@ -28,6 +32,10 @@ struct Options {
 constexpr char kReportLetters[] = "do:s:e:p:O:hVag";
 constexpr char kJsonLetters[] = "to:s:e:p:O:hV";
 constexpr char kCheckLetters[] = "s:e:p:O:S:hV";
+constexpr char kSumLetters[] = "b:k:n:f:s:e:p:O:hV";
+
+// Replaces "--help" and "--version" before the first operand by "-h" and "-V".
+void replaceLongOptions(int argc, char **argv);
 
 Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
 

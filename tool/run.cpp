@@ -159,6 +159,8 @@ int Run::report() {
         }
         isOver_ = isOver_ || lines_.failed() || OS_NotedSignal() != 0;
     }
+    if (isOpen_ && OS_NotedSignal() == 0)
+        writer_.endRun(lines_);
     static_cast<void>(lines_.flush()); // a failure was reported
     if (!result_.deletedAny && (result_.failed || !result_.foundLog))
         if (file_.removeIfCreated())

@@ -127,6 +127,11 @@ static char *putDigits(char *text, std::int32_t number, std::int32_t digits) {
     return text + digits;
 }
 
+static char *putSign(char *text, char sign) {
+    *text = sign;
+    return text + 1;
+}
+
 std::string_view qvledger::clockTime(const GEN_generalizedTime &time, char (&text)[kClockTimeSize]) {
     const std::int32_t fullYear = yearForTm(time) + kTmEpoch;
     const auto isPair = [](std::int32_t number) { return number >= 0 && number <= 99; };
@@ -189,17 +194,26 @@ std::string_view qvledger::isoTime(const GEN_generalizedTime &utc, char (&text)[
         return {};
     // Offsets of old times can have seconds, which this form cannot express.  Drop them, and show the clock
     // time for the remaining offset.
-    const auto offset = static_cast<int>((_mkgmtime(&local) - instant) / 60);
-    const std::time_t shown = instant + std::time_t{60} * offset;
-    static_cast<void>(gmtime_s(&local, &shown));
+    const std::time_t exact = _mkgmtime(&local) - instant;
+    const auto offset = static_cast<int>(exact / 60);
+    if (exact % 60 != 0) {
+        const std::time_t shown = instant + std::time_t{60} * offset;
+        static_cast<void>(gmtime_s(&local, &shown));
+    }
     const int year = local.tm_year + kTmEpoch;
-    const int size =
-        std::snprintf(text, kIsoTimeSize,
-                      year >= 0 && year <= 9999 ? "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d"
-                                                : "%+07d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d",
-                      year, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-                      offset < 0 ? '-' : '+', std::abs(offset) / 60, std::abs(offset) % 60);
-    return {text, static_cast<std::size_t>(size)};
+    const bool isUsual = year >= 0 && year <= 9999;
+    char *at = text;
+    if (!isUsual)
+        *at++ = year < 0 ? '-' : '+';
+    at = putDigits(at, std::abs(year), isUsual ? 4 : 6);
+    at = putDigits(putSign(at, '-'), local.tm_mon + 1, 2);
+    at = putDigits(putSign(at, '-'), local.tm_mday, 2);
+    at = putDigits(putSign(at, 'T'), local.tm_hour, 2);
+    at = putDigits(putSign(at, ':'), local.tm_min, 2);
+    at = putDigits(putSign(at, ':'), local.tm_sec, 2);
+    at = putDigits(putSign(at, offset < 0 ? '-' : '+'), std::abs(offset) / 60, 2);
+    at = putDigits(putSign(at, ':'), std::abs(offset) % 60, 2);
+    return {text, at};
 }
 
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day) {

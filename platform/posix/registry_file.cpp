@@ -222,8 +222,8 @@ bool Parser::hexBytes(std::string &data) {
     return true;
 }
 
-// Skips spaces and tabs, and continues with the next line if this one ends in a backslash.  False if there is no next
-// line.
+// Skips spaces and tabs, and continues with the next line if this one ends in a backslash.  False if there is
+// no next line.
 bool Parser::joinContinued() {
     line_.skipBlanks();
     while (line_.takeContinuation()) {

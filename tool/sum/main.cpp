@@ -1,0 +1,50 @@
+// qvledger-sum: the jobs, sheets and costs of print servers, summed by owner, printer, month or any
+// attribute.
+#include <clocale>
+#include <cstdio>
+#include <set>
+#include <string_view>
+#include <vector>
+
+#include "tool/options.h"
+#include "tool/program.h"
+#include "tool/run.h"
+#include "tool/sum/sum_options.h"
+#include "tool/sum/sum_writer.h"
+
+using namespace qvledger;
+
+static const char *const kUsage = "Command line usage: qvledger-sum [-h] [-V] [-b <key>[,<key>...]]\n"
+                                  "   [-k <column>] [-n <number>] [-f <table|tsv|json|html>]\n"
+                                  "   [-s <start date>] [-e <end date>] [-p <path>] [-O <path>]\n"
+                                  "   serverName ...\n";
+
+// No name is empty, and none is given twice, because its jobs would be counted twice.
+static bool areNames(const std::vector<const char *> &servers) {
+    const std::set<std::string_view> names(servers.begin(), servers.end());
+    return names.size() == servers.size() && !names.contains("");
+}
+
+static int runSum(const Options &options) {
+    std::vector<const char *> servers = {options.serverName};
+    servers.insert(servers.end(), options.moreServers, options.moreServers + options.numMoreServers);
+    const bool isValid = options.errflg == 0 && options.serverName != nullptr && areNames(servers);
+    if (options.helpflg != 0 || (options.verflg == 0 && !isValid)) {
+        std::fputs(kUsage, stderr);
+        return options.helpflg != 0 ? 0 : kStatusUsage;
+    }
+    SumOptions sumOptions;
+    if (options.verflg == 0 && !readSumOptions(options, &sumOptions))
+        return kStatusUsage;
+    SumWriter writer(sumOptions, servers);
+    const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLostOutput);
+    return status != 0 || options.verflg != 0 ? status : writer.status();
+}
+
+int main(int argc, char **argv) {
+    // Messages are in the user's language; the sums look the same for everyone.
+    return runProgram("qvledger-sum", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
+        replaceLongOptions(count, values);
+        return runSum(readOptions(count, values, kSumLetters));
+    });
+}

@@ -1,0 +1,56 @@
+// Sums the logs of a run, and writes the page at its end.
+#pragma once
+
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tool/log_output.h"
+#include "tool/sum/job_reader.h"
+#include "tool/sum/missing.h"
+#include "tool/sum/sum_options.h"
+#include "tool/sum/sum_page.h"
+
+namespace qvledger {
+
+class SumWriter final : public LogOutput {
+public:
+    // REQUIRES: options and servers outlive this object.
+    SumWriter(const SumOptions &options, std::span<const char *const> servers)
+        : page_{.options = options}, reader_(options.parts), servers_(servers) {}
+
+    bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
+               LineWriter &report) override;
+    void skip(const LogName &name, LineWriter &report) override;
+    void readFailed() override;
+    void listIsCut(const char *server, LineWriter &report) override;
+    void endRun(LineWriter &report) override;
+
+    // What the sums lack; 0: nothing, or the status of the run in which nothing else failed.
+    int status() const;
+
+private:
+    bool isRepeated(const LogName &name);
+    void beginLog(const LogName &name);
+    ALA_retCode_t sumJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, const LineWriter &report);
+    void addJob();
+    void reportEnd(ALA_retCode_t ended, std::uint64_t records);
+    void addMissing(const std::string &reason);
+    void fail(ALA_retCode_t code);
+
+    SumPage page_;
+    Groups groups_;
+    JobReader reader_;
+    DayGaps gaps_;
+    std::span<const char *const> servers_;
+    std::set<std::string, std::less<>> seen_; // servers that have a log
+    std::string server_, file_;               // of the last log
+    std::int32_t date_ = 0;
+    std::string unread_;                   // the name of a log with the date of the last one
+    std::uint64_t records_ = 0;            // of the last log
+    std::uint64_t unreadable_ = 0;         // of these, records that lack a value
+    ALA_retCode_t failure_ = ALA_N_NORMAL; // the first one
+};
+
+} // namespace qvledger
