@@ -1,4 +1,4 @@
-// Owner of a descriptor, which its destructor closes.
+// Owner of a descriptor; its destructor closes the descriptor.
 #pragma once
 
 #include <utility>
@@ -7,7 +7,7 @@
 
 namespace qvledger {
 
-// Close: the function that closes the descriptor.  -1 means that there is none.
+// Close: the function that closes the descriptor.  The value -1 means that no descriptor is owned.
 template <void (*Close)(int)>
 class OwnedDescriptor {
 public:
@@ -30,7 +30,7 @@ private:
 };
 
 inline void closeRead(int fd) {
-    static_cast<void>(_close(fd)); // only read: a failure loses nothing
+    static_cast<void>(_close(fd)); // the file was only read, so a failure loses nothing
 }
 using Descriptor = OwnedDescriptor<closeRead>;
 

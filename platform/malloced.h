@@ -1,4 +1,5 @@
-// Owner of memory from malloc, which its destructor frees; release() passes the ownership on.
+// Owner of memory from malloc.  Its destructor frees the memory; release() passes the ownership to the
+// caller.
 #pragma once
 
 #include <cstddef>
@@ -15,15 +16,15 @@ struct FreeDeleter {
 template <class T>
 using Malloced = std::unique_ptr<T, FreeDeleter>;
 
-// Resizes the memory to a number of bytes and keeps the contents; an empty owner gets new memory.  False,
-// with the memory unchanged, when memory runs out.
+// Resizes the memory to a number of bytes and keeps the contents; an empty owner gets new memory.  Returns
+// false, with the memory unchanged, when memory runs out.
 template <class T>
 bool resize(Malloced<T> &memory, std::size_t bytes) {
     static_assert(std::is_trivially_copyable_v<T>, "its bytes are all that moves");
     void *resized = std::realloc(memory.get(), bytes);
     if (resized == nullptr)
         return false;
-    static_cast<void>(memory.release()); // realloc has taken it over
+    static_cast<void>(memory.release()); // realloc has reused or freed the old block
     memory.reset(static_cast<T *>(resized));
     return true;
 }

@@ -2,12 +2,12 @@
 //
 // The program calls only the C and C++ libraries and these operations.  A few files of service/ call their
 // system directly; docs/architecture.md lists them and shows the Linux counterpart of each call.  On Windows
-// the real headers are included (platform/os/types.h).  Elsewhere each section below declares the subset in
-// use, with the same names, argument orders, results and record layouts.  OS_... operations have no
-// counterpart among the real calls and are declared everywhere.
+// the real headers are included (platform/os/types.h).  Elsewhere each section below declares the calls in
+// use, with the same names, argument orders, results and record layouts.  The OS_... operations are our own
+// and are declared on both systems.
 //
 // platform/posix/ implements each section in the file of the same name.  All operations have C linkage, so
-// that a test can replace a single call.
+// that a test can replace a single operation.
 #pragma once
 
 #include "platform/os/types.h"

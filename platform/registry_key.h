@@ -1,4 +1,4 @@
-// Owner of an open registry key, and reading of a single value.
+// Owner of an open registry key, and a function that reads a single value.
 #pragma once
 
 #include <memory>
@@ -9,13 +9,13 @@
 namespace qvledger {
 
 struct KeyCloser {
-    void operator()(HKEY key) const { static_cast<void>(RegCloseKey(key)); } // only read
+    void operator()(HKEY key) const { static_cast<void>(RegCloseKey(key)); } // a failure loses nothing
 };
-// The destructor closes the key.  Null means that there is none.
+// The destructor closes the key.  Null means that no key is open.
 using OpenKey = std::unique_ptr<std::remove_pointer_t<HKEY>, KeyCloser>;
 
-// Opens a key below HKEY_LOCAL_MACHINE with the given access.  Returns 0, or the error of RegOpenKeyExA with
-// the owner empty.
+// Opens a key below HKEY_LOCAL_MACHINE with the given access.  Returns 0.  On failure, empties the owner and
+// returns the error of RegOpenKeyExA.
 inline LONG openKey(const char *path, DWORD access, OpenKey &key) {
     HKEY opened = nullptr;
     const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, access, &opened);
@@ -23,8 +23,8 @@ inline LONG openKey(const char *path, DWORD access, OpenKey &key) {
     return result;
 }
 
-// Reads the type and data of a value of a key below HKEY_LOCAL_MACHINE.  size: bytes of the buffer on input,
-// of the data on output.  Returns 0, or the error of RegOpenKeyExA or RegQueryValueExA.
+// Reads the type and data of a value of a key below HKEY_LOCAL_MACHINE.  size: on input, bytes of the buffer;
+// on output, bytes of the data.  Returns 0, or the error of RegOpenKeyExA or RegQueryValueExA.
 inline LONG readRegistryValue(const char *path, const char *name, DWORD *type, void *data, DWORD *size) {
     OpenKey key;
     if (const LONG result = openKey(path, KEY_QUERY_VALUE, key); result != ERROR_SUCCESS)

@@ -71,7 +71,7 @@ bool qvledger::appendUtf8(std::string &text, char32_t character) {
     }
     if (isSurrogate(character) || character > kLastCharacter)
         return false;
-    constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0}; // by the number of further bytes
+    constexpr unsigned kLeads[] = {0, 0xC0, 0xE0, 0xF0}; // indexed by the number of further bytes
     const unsigned tails = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
     unsigned shift = 6 * tails;
     text.push_back(static_cast<char>(kLeads[tails] | character >> shift));

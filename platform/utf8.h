@@ -1,6 +1,6 @@
-// UTF-8, character by character.  A byte that is not part of valid UTF-8 is read as the character kStrayByte
-// plus the byte.  No valid character has such a number, so reading and appending a text reproduces it
-// exactly.
+// Reads and writes UTF-8 one character at a time.  A byte that is not part of valid UTF-8 is read as the code
+// point kStrayByte plus the byte.  No valid character has such a code point, so reading a text and appending
+// its characters reproduces the text exactly.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,8 @@ namespace qvledger {
 
 constexpr char32_t kStrayByte = 0xDC00;
 
-// Length in bytes of the first character of a text; 0 if its bytes are not valid UTF-8 (RFC 3629, section 4).
+// Length in bytes of the first character of a text; 0 if the text does not begin with valid UTF-8 (RFC 3629,
+// section 4).  REQUIRES: the text is not empty.
 std::size_t utf8Length(std::string_view text);
 
 bool isUtf8(std::string_view text);
@@ -19,7 +20,8 @@ bool isUtf8(std::string_view text);
 // Removes and returns the first character of a text.  REQUIRES: the text is not empty.
 char32_t takeUtf8(std::string_view &text);
 
-// Appends a character or a stray byte.  False, with nothing appended, for any other number.
+// Appends a character, or a stray byte from takeUtf8.  Returns false and appends nothing for any other code
+// point.
 bool appendUtf8(std::string &text, char32_t character);
 
 // Converts UTF-16 to UTF-8.  bigEndian: the high byte of a unit comes first.  An unpaired surrogate becomes

@@ -1,4 +1,4 @@
-// The account of the calling user, as access lists name it.
+// The account of the calling user, with names as in access lists.
 #pragma once
 
 #include <string>
@@ -20,7 +20,7 @@ struct Account {
 // The host name up to its first dot, in upper case, at most 15 characters.
 std::string computerName();
 
-// The account of the real user id.  Throws std::runtime_error if it has none.
+// The account of the real user id.  Throws std::runtime_error if the user id has no account.
 Account callersAccount();
 
 } // namespace samples

@@ -17,7 +17,8 @@ static std::string mixedCase(std::string name) {
     return name;
 }
 
-// A reader fetches its groups into a buffer for 15; if it has more, no group entry applies to it.
+// A reader of logs fetches the caller's groups into a buffer for 15 groups.  If the caller has more groups,
+// no group entry admits the caller.
 static constexpr std::size_t kMostGroups = 15;
 
 static std::vector<Value> admitUser(const Account &caller) {
@@ -44,7 +45,7 @@ static std::vector<Value> admitNobody() {
     return {pack(userEntry("auditor", "HEADOFFICE"))};
 }
 
-// The log that refuses the caller; logs are numbered from 0, the oldest.
+// The number of the log that refuses the caller.  Logs are numbered from 0, beginning with the oldest.
 static constexpr std::uint32_t kRefusedLog = 1;
 
 static bool admitsNobody(std::uint32_t log, bool current) {

@@ -13,14 +13,14 @@ namespace samples {
 
 struct DemoOptions {
     std::string server = "alpha";
-    std::uint64_t jobs = 12; // in each log
+    std::uint64_t jobs = 12; // jobs in each log
     std::uint32_t days = 5;  // past days with a log
 };
 
 struct Total {
     std::uint64_t jobs = 0, sheets = 0;
 };
-using Totals = std::map<std::string, Total>; // by user name
+using Totals = std::map<std::string, Total>; // the key is the user name
 
 // Writes the registry file and the logs.  Returns the totals of each user in the logs that admit the caller.
 // Throws exceptions derived from std::exception.

@@ -52,11 +52,11 @@ void appendHeader(Bytes &out, const LogHeader &header);
 class Job {
 public:
     Job &attribute(std::string_view decoid, std::uint32_t type, const std::vector<Value> &values = {});
-    Job &attribute(const Tag &tag, const std::vector<Value> &values); // the tag is written as given
+    Job &attribute(const Tag &tag, const std::vector<Value> &values); // the tag is written unchanged
     Job &document();
 
-    // Set a count explicitly.  By default, counts are those of the attributes; docAttrPerDoc, of the first
-    // document.
+    // Set a count explicitly.  By default, the counts are those of the attributes, and docAttrPerDoc is the
+    // count of the first document.
     Job &numAttr(std::uint32_t count);
     Job &numJobAttr(std::uint32_t count);
     Job &docAttrPerDoc(std::uint32_t count);
@@ -64,7 +64,7 @@ public:
     // Empties the record and keeps its memory.
     void clear();
 
-    // Appends the record in the format of that version.
+    // Appends the record in the form of format version verNum.
     void appendTo(Bytes &out, std::uint32_t verNum = 3) const;
 
 private:

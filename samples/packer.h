@@ -1,9 +1,10 @@
 // Packs attribute values and access list entries for accounting logs, in XDR (RFC 4506).
 //
-// It shares no code with the reader, so that tests do not compare the reader with itself.  Records are small
-// plain structs; std::optional is a field that may be absent, std::vector a chain.  A union is a choice
-// number and a packed member: the functions below make the usual ones, and Text{9, ""} has a number without a
-// member.  docs/formats.md describes the packed forms.
+// The packer shares no code with the reader, so that tests do not compare the reader with itself.  Records
+// are small plain structs.  A std::optional is a field that may be absent; a std::vector is a chain.  A union
+// is a choice number and a packed member.  The functions below make the usual unions; others can be written
+// directly, such as Text{9, ""}, which has a choice number and no member.  docs/formats.md describes the
+// packed forms.
 #pragma once
 
 #include <cstdint>
@@ -59,11 +60,11 @@ enum ValueType : std::uint32_t {
 
 // ---- Scalars ----
 
-Bytes packInt(std::int32_t number); // also for the 16-bit types, which are packed in 32 bits
+Bytes packInt(std::int32_t number); // also packs the 16-bit types, in 32 bits
 Bytes packUint(std::uint32_t number);
 Bytes packCardinal64(std::uint64_t number);
 Bytes packDouble(double number);
-Bytes packString(std::string_view bytes); // the length, then characters or octets, padded to a multiple of 4
+Bytes packString(std::string_view bytes); // packs the length, then the bytes, padded to a multiple of 4
 
 // ---- Unions ----
 
@@ -206,7 +207,7 @@ DeliveryAddress mailAddress(const std::vector<std::pair<std::string, std::string
 DeliveryAddress addressText(const Text &address);
 DeliveryAddress addressOctets(std::string_view octets);
 DeliveryAddress addressDistName(const DistName &distName);
-DeliveryAddress addressUnread(std::int32_t choice, std::string_view octets); // choices 2, 4 and 7
+DeliveryAddress addressUnread(std::int32_t choice, std::string_view octets); // for choices 2, 4 and 7
 
 // ---- Access list entries ----
 

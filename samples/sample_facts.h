@@ -54,7 +54,7 @@ struct Facts {
     bool twoSided;
     Person owner;
     std::string identifier, title;
-    const char *printer, *medium, *format, *finishing; // all but the printer have a name in the OID table
+    const char *printer, *medium, *format, *finishing; // all except the printer have a name in the OID table
 
     Facts(const Day &day, std::uint64_t number);
 
@@ -64,7 +64,7 @@ struct Facts {
 
     std::uint32_t impressions() const { return pages * copies; }
     std::uint32_t sheets() const { return twoSided ? (pages + 1) / 2 * copies : impressions(); }
-    bool hasCover() const { return number % 2 == 0; } // for orders
+    bool hasCover() const { return number % 2 == 0; } // orders only
     std::uint32_t documents() const { return number % 4 == 2 ? 2 : 1; }
 };
 

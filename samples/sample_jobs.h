@@ -1,4 +1,4 @@
-// Made-up print jobs for demonstration logs.  The same facts give the same job.
+// Made-up print jobs for demonstration logs.  The same arguments always give the same job.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ struct Day {
     std::uint64_t jobs = 0;
 };
 
-// Office jobs are printed by users; orders, by the print room, whose jobs have other attributes.
+// Users print office jobs; the print room prints orders.  Orders and office jobs have different attributes.
 enum class JobKind { OFFICE, ORDER };
 
 // The sheets that a job's owner pays for.
@@ -26,7 +26,7 @@ struct Bill {
     std::uint64_t sheets;
 };
 
-// Makes the job with that number, from 1 to day.jobs.  Replaces the content of `job`.
+// Makes the job with this number, from 1 to day.jobs.  Replaces the content of `job`.
 Bill makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job);
 
 } // namespace samples

@@ -18,7 +18,7 @@ struct RegistryKey {
     std::vector<std::pair<std::string, std::string>> values;
 };
 
-// The key with a server's environment, and the key for servers without their own.
+// The key with a server's environment, and the key for servers without such a key.
 std::string serverKey(std::string_view server);
 std::string commonKey();
 

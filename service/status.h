@@ -1,7 +1,8 @@
-// STF_: status lists, the first argument of service library operations, which could leave notes in them.
+// STF_: status lists, the first argument of service library operations.  An operation could leave notes in
+// its list.
 //
-// Nothing reads notes, so the library keeps none: all lists are the same empty object, and creating and
-// deleting one costs nothing.
+// Nothing reads such notes, so the library keeps no notes: all lists are the same empty object, and creating
+// or deleting a list costs nothing.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,7 @@ struct STF_l__hdr;
 
 extern "C" {
 
-// Never null.
+// STF_CreateList never returns null.
 STF_l__hdr *STF_CreateList(std::int32_t in_reserved);
 void STF_DeleteList(STF_l__hdr *inp_list);
 
@@ -18,7 +19,7 @@ void STF_DeleteList(STF_l__hdr *inp_list);
 
 namespace qvledger {
 
-// A status list for a block.  All lists are the same object, so it has nothing to release.
+// A status list for the current scope.  It needs no destructor, because all lists are the same object.
 class StatusList {
 public:
     operator STF_l__hdr *() const { return STF_CreateList(0); }

@@ -14,8 +14,8 @@
 constexpr std::size_t kOptionsSize = 512; // bytes; an option is a letter with at most two colons
 
 std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char *inp_options) {
-    // The plus sign ends the options at the first operand; otherwise getopt would find options after it, too.
-    // A local buffer, because callers have no way to learn that memory ran out.
+    // With the plus sign, getopt stops at the first operand; otherwise it would also find options after the
+    // operand.  The buffer is local, because this function cannot report that memory ran out.
     char options[kOptionsSize];
     std::snprintf(options, sizeof options, "+%s", inp_options);
     opterr = 0;
@@ -37,7 +37,7 @@ std::tm *SYSU_Localtime_r(const std::int64_t *inp_time, std::tm *outp_local) {
 
 // ---- Directories ----
 
-// A handle is the C library's DIR.
+// A SYSU_dir is the C library's DIR.
 static DIR *streamOf(SYSU_dir *dir) {
     return reinterpret_cast<DIR *>(dir);
 }

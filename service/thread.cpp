@@ -22,7 +22,7 @@ static pthread_mutex_t *mutexOf(THR_mutex_t *word) {
 }
 
 static std::int32_t makeMutex(pthread_mutex_t *mutex) {
-    // This kind reports a second lock by the same thread instead of deadlocking.
+    // An error-checking mutex reports a second lock by the same thread instead of deadlocking.
     pthread_mutexattr_t kind;
     if (const int result = pthread_mutexattr_init(&kind); result != 0)
         return result;
@@ -76,7 +76,8 @@ constexpr std::int32_t kNotRun = 0;
 constexpr std::int32_t kRunning = 1;
 constexpr std::int32_t kDone = 2;
 
-// Shared by all words, but not locked while a function runs, so words do not wait for each other.
+// All control words share this lock.  It is not locked while a function runs, so calls with different words
+// do not wait for each other.
 static std::mutex onceLock;
 static std::condition_variable onceDone;
 

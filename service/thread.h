@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-// A mutex word; zero is "not initialised".  It counts its users: THR_InitMutex on an initialised word adds a
-// user, and the last user's THR_TermMutex destroys the mutex.
+// A mutex word; zero means "not initialised".  The word counts its users: THR_InitMutex on an initialised
+// word adds a user, and the last user's THR_TermMutex destroys the mutex.
 struct THR_mutex_t {
     std::int32_t users;
     alignas(std::max_align_t) unsigned char mutex[64]; // storage for the system's mutex
@@ -13,23 +13,24 @@ struct THR_mutex_t {
 
 extern "C" {
 
-// All return 0, or non-zero on failure; it is a failure to lock, unlock or terminate a word that is not
-// initialised.
+// All return 0, or non-zero on failure.  Locking, unlocking or terminating a word that is not initialised
+// fails.
 std::int32_t THR_InitMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_LockMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_UnlockMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_TermMutex(THR_mutex_t *inoutp_mutex);
 
-// Runs the function once per control word, which is 0 at first; other callers wait until it has run.  0, or
-// non-zero for a null argument.  The function must not call THR_Once.
+// Runs the function at the first call with a control word, which is 0 until then.  Concurrent callers wait
+// until the function has run.  Returns 0, or non-zero for a null argument.  The function must not call
+// THR_Once.
 std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 
 } // extern "C"
 
 namespace qvledger {
 
-// Calls a function at the end of each thread that entered.  Registering a thread_local destructor would end
-// the program when memory runs out; enter() only fails.
+// Calls a function at the end of each thread that called enter().  When memory runs out, enter() only fails;
+// registering a thread_local destructor would end the program.
 class ThreadsEnd {
 public:
     explicit ThreadsEnd(void (*function)(void *));
@@ -37,8 +38,8 @@ public:
     ThreadsEnd(const ThreadsEnd &) = delete;
     ThreadsEnd &operator=(const ThreadsEnd &) = delete;
 
-    // Has the function called with the argument, which must not be null, when this thread ends.  False on
-    // failure.
+    // Requests a call of the function with this argument at the end of this thread.  Returns false on
+    // failure.  REQUIRES: the argument is not null.
     bool enter(const void *argument);
 
 private:

@@ -1,4 +1,5 @@
-// Escapes texts from files and command lines, so that they cannot control a terminal or begin a new line.
+// Escapes control characters in texts from files and command lines, so that the texts cannot control a
+// terminal or begin a new line.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +19,7 @@ inline std::size_t controlAt(std::string_view text, std::size_t at) {
     return isC1 ? 2 : 0;
 }
 
-// Passes the text to append in pieces, with each byte of a control character as "\xNN".
+// Calls append for each piece of the text, and with "\xNN" for each byte of a control character.
 template <class Append>
 void escapeControls(std::string_view text, Append append) {
     std::size_t shown = 0;

@@ -1,4 +1,4 @@
-// Which callers an access list admits: entries, domains, groups and credentials, with scripted system calls.
+// Which callers an access list admits.  System calls are scripted.
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -13,7 +13,7 @@ using namespace qvledger;
 using namespace samples;
 using testing::ElementsAre;
 
-// A log with one access list entry, on a machine named MACHINE.  Its domain is looked up without a registry.
+// Opens logs with one access list entry.  The machine and, without a registry, its domain are named MACHINE.
 class Access : public Facility {
 protected:
     Access() {
@@ -66,7 +66,7 @@ TEST_F(Access, EntryAdmitsByKindPrivilegeNameAndDomain) {
         {"caller without a domain", {text("alice"), {text("machine"), nt}, 1}, kAdmitted, "alice", ""},
         {"unreadable domain", {text("alice"), {none, nt}, 0}, kRefused, "alice", "machine"},
     };
-    // The end of another registration must not forget the machine's domain.
+    // The end of another registration must not change the machine's domain.
     ALA_handle_t second = nullptr;
     ASSERT_EQ(ALA_Register("beta", "/", root.oids().c_str(), &second), ALA_N_NORMAL);
     EXPECT_EQ(ALA_Unregister(&second), ALA_N_NORMAL);
@@ -89,8 +89,8 @@ TEST_F(Access, DottedDomainsMatchBySuffixAndOthersWhole) {
         const char *host;
         SEC_domType_t hostType;
         const char *entry;
-        SEC_domType_t entryType; // 0: none
-        const char *trace;       // number of the match, null for none
+        SEC_domType_t entryType; // 0: no type
+        const char *trace;       // number of the match; null: no match
     } cases[] = {
         {"b.c", dns, "x", dns, "b.c", dns, "#1"},
         {"A.B.C.", dns, "x", dns, "b.c", dns, "#1"},
@@ -190,9 +190,9 @@ TEST_F(Access, GroupEntryAdmitsMembers) {
 TEST_F(Access, CredentialNeedsASizeQueryAndThenALookUp) {
     const struct {
         const char *label;
-        std::size_t user, domain; // lengths
-        DWORD sid, error;         // bytes needed; error of the first look-up, 0: success
-        bool second;              // whether the second look-up succeeds
+        std::size_t user, domain; // lengths of the names
+        DWORD sid, error;         // bytes of the SID; error of the first look-up, 0 for success
+        bool second;              // the second look-up succeeds
         ALA_retCode_t code;
     } cases[] = {
         {"longest names", 255, 1023, 28, 122, true, kAdmitted},
@@ -214,7 +214,7 @@ TEST_F(Access, CredentialNeedsASizeQueryAndThenALookUp) {
                 SetLastError(c.error);
                 return c.error == 0 ? 1 : 0;
             }
-            std::memset(sid, 1, c.sid); // overruns a block that was not enlarged
+            std::memset(sid, 1, c.sid); // overruns the block unless it was enlarged
             std::memset(domain, 'd', c.domain);
             return c.second ? 1 : 0;
         };
@@ -249,7 +249,7 @@ TEST_F(Access, MachineDomainIsTheLanGroupIfTheNetworkLogonRuns) {
     const struct {
         const char *label;
         std::string registry, domain;
-        const char *line = "", *lacks = ""; // expected log line; what is missing
+        const char *line = "", *lacks = ""; // expected log line; missing library, function or name
         bool lent = false;
     } cases[] = {
         {"group", group("L\xC3\xBCneburg"), "L\u00FCneburg"},

@@ -1,4 +1,3 @@
-// Which callers of a run a log's access list admits.
 #include <grp.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -51,7 +50,7 @@ TEST(Admission, UserIdAndGroupsDecideRatherThanTheEnvironment) {
         GTEST_SKIP() << "no second account";
     PrintSystem system;
     const std::string tool = system / "qvledger";
-    fs::copy_file(QVLEDGER_BINARY, tool); // where every user can reach it
+    fs::copy_file(QVLEDGER_BINARY, tool); // a path that every user can reach
     fs::permissions(tool, fs::perms(0755));
     system.save("19990301", marchLog({.accessList = {pack(userEntry(account->pw_name, computerName()))}}));
     system.save("19990302",
@@ -62,7 +61,7 @@ TEST(Admission, UserIdAndGroupsDecideRatherThanTheEnvironment) {
         {.environment = {{"USER", "root"}, {"LOGNAME", "root"}}, .user = kDaemon, .program = tool});
     EXPECT_EQ(result.status, 0) << result.err << result.log;
     EXPECT_EQ(result.out, "job-name\nmarch\nmarch\n");
-    for (const unsigned others : {14U, 15U}) { // besides the account's own group
+    for (const unsigned others : {14U, 15U}) { // number of groups besides the account's own group
         ToolRun run{.environment = {{"QV_LOG_LEVEL", "6"}}, .user = kDaemon, .program = tool};
         for (gid_t other = 2; other < 2 + others; ++other)
             run.groups.push_back(other);

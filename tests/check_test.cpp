@@ -1,4 +1,4 @@
-// qvledger-check: what it reports of a log, what it saves, and what it does not reveal.
+// What qvledger-check reports about a log, what it saves, and what it does not reveal.
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -33,7 +33,7 @@ static std::vector<std::string> split(const std::string &text, char separator) {
     return parts;
 }
 
-// A field of a log's line, by its name in the header line.
+// Returns the field of a log's line that has this name in the header line; empty if there is no such field.
 static std::string field(const ToolResult &result, const std::string &log, const std::string &name) {
     std::vector<std::string> names;
     for (const std::string &line : split(result.out, '\n')) {
@@ -128,7 +128,7 @@ TEST(Check, ADamagedLogsIntactRecordsAreSaved) {
     setChanged(system.log("19990301"), 1000000000);
     const fs::path folder = system / "bücher";
     fs::create_directory(folder);
-    ToolRun run = kCheck; // as on a file system without renameat2()
+    ToolRun run = kCheck; // like a file system without renameat2()
     run.failing = {folder / "alpha.19990301", "renameat2:error=EINVAL"};
     const ToolResult result = system.run({"-S", folder, "alpha"}, run);
     EXPECT_EQ(result.status, 50);
@@ -188,7 +188,7 @@ TEST(Check, AnInterruptedSaveLeavesNoFile) {
                                     ": File too large.\n"));
     EXPECT_TRUE(fs::is_empty(folder)) << "after a full disk";
 
-    Pipe messages; // full, so that the first message blocks
+    Pipe messages; // a full pipe blocks the first message
     messages.fill();
     const pid_t run =
         system.start({"-S", folder, "alpha"}, {.error = messages.writer(), .program = QVLEDGER_CHECK_BINARY});

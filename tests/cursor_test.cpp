@@ -9,7 +9,7 @@
 
 using namespace samples;
 
-// An attribute as "name=value|value".  Releases the pair.
+// Returns "name=value|value" and frees the pair.
 static std::string takeText(ALA_attrPair *pair) {
     std::string text = pair->attrName;
     for (const attributeVal *value = pair->attrVal; value != nullptr; value = value->next)
@@ -22,7 +22,7 @@ class Cursor : public Facility {
 protected:
     ~Cursor() override { ALA_FreeJobRecord(&job); }
 
-    // Writes the OID table: a, b, ... name 1.2.1, 1.2.2, ...; two long names follow.
+    // Writes an OID table with the names a to h for 1.2.1 to 1.2.8, and two long names.
     void SetUp() override {
         std::string table;
         for (char name = 'a'; name <= 'h'; name++)
@@ -33,7 +33,7 @@ protected:
         registerAgain();
     }
 
-    // Loads a record with the attributes a=1, b=2, ... and the given counts.
+    // Loads a record with the attributes a=1, b=2, ... and these counts.
     void load(std::uint32_t attributes, std::uint32_t ofJob, std::uint32_t perDocument,
               std::uint32_t version = 3) {
         Job made;
@@ -47,7 +47,7 @@ protected:
         ASSERT_EQ(ALA_GetFirstJobRecord(handle, &log, &job), ALA_N_NORMAL);
     }
 
-    // All that First and then Next deliver, up to the code for the end.
+    // Walks to the end with `first` and `next`.  Returns attributes, and each code N other than 0 as "#N".
     template <class Record, class Get>
     std::string walk(Record &record, Get first, Get next) {
         std::string got;
@@ -62,7 +62,7 @@ protected:
     }
     std::string walkJob() { return walk(job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob); }
 
-    // The attributes of one document, or the code if there is none.
+    // Returns the attributes of one document, or "#N" if there is no document.
     std::string document(decltype(ALA_GetNextDocmt) *get) {
         ALA_dRecord_t made = nullptr;
         const ALA_retCode_t code = get(handle, &job, &made);
@@ -166,7 +166,7 @@ TEST_F(Cursor, NamesFollowTheLocale) {
     EXPECT_EQ(names(1, "C"), "b a");
     EXPECT_EQ(walkJob(), "a=1 b=2 #17") << "the last locale applies";
     ALA_attrPair *pair = nullptr;
-    for (const char *locale : {"de", static_cast<const char *>(nullptr)}) { // null: the last one applies
+    for (const char *locale : {"de", static_cast<const char *>(nullptr)}) { // null: the last locale applies
         EXPECT_EQ(ALA_GetFirstAttrFromJob(handle, &job, locale, &pair), ALA_N_NORMAL);
         EXPECT_EQ(takeText(pair), "german-a=1");
     }
@@ -205,7 +205,7 @@ TEST_F(Cursor, MissingRecordsAreRefused) {
     EXPECT_EQ(names(1), "code 13");
 }
 
-// Measures the record, a document and the texts of the document's first attribute.
+// Measures time and memory for a record, a document, and the texts of the document's first attribute.
 TEST_F(Cursor, ARecordTakesAtMostSixteenTimesItsBytesAndLinearTime) {
     const struct {
         const char *label;

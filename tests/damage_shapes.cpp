@@ -8,7 +8,7 @@
 using namespace samples;
 
 constexpr std::uint32_t kUnknownType = 999;
-constexpr std::size_t kLongestCopied = 2000; // bytes of a record inside a text
+constexpr std::size_t kLongestCopied = 2000; // most bytes of a record that is copied into a text
 
 namespace {
 
@@ -30,7 +30,7 @@ static Bytes randomBytes(std::size_t size, Random &random) {
     return bytes;
 }
 
-// A valid value of the type; for kUnknownType, of any type.
+// Returns a valid value of the type, or of any type for kUnknownType.
 static const ValueCase &pickCase(std::uint32_t type, Random &random) {
     std::vector<const ValueCase *> values;
     for (const ValueCase &value : valueCases())
@@ -94,7 +94,7 @@ static Original makeOriginal(Random &random) {
     for (; records > 0; --records) {
         std::size_t kind = 0;
         while (kind + 1 < kinds.size() && pick(random, rarity) == 0)
-            ++kind; // each kind is rarer than the one before it
+            ++kind; // each kind is rarer than the previous kind
         Job job;
         addAttributes(kinds[kind].ofJob, copied, random, job);
         for (std::size_t documents = kinds[kind].ofDocument.empty() ? 0 : pick(random, 4); documents > 0;
@@ -139,7 +139,7 @@ static std::string apply(Damage damage, Damaged &log, std::size_t headerEnd, Ran
     case Overwrite:
         log.bytes.replace(at, size, randomBytes(size, random));
         break;
-    case Flip: // one bit, or a few close to each other
+    case Flip: // flips 1 to 4 bits close to each other
         for (std::size_t bits = 1 + pick(random, 4); bits > 0; --bits)
             log.bytes[at + pick(random, size)] ^= static_cast<char>(1 << pick(random, 8));
         break;

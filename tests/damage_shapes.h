@@ -8,9 +8,9 @@
 
 #include "samples/log_writer.h"
 
-constexpr std::int64_t kNew = -1; // origin of an inserted byte
+constexpr std::int64_t kNew = -1; // origin of a byte that the damage inserted
 
-// A log, and the position of each of its bytes in the original.
+// A damaged log.  origins is the position of each byte in the original log, or kNew.
 struct Damaged {
     std::string bytes;
     std::vector<std::int64_t> origins;
@@ -30,12 +30,12 @@ inline std::size_t pick(Random &random, std::size_t below) {
     return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
 }
 
-// A log that its number determines: 1 to 410 records of one to five kinds with attributes of all types,
-// damaged in one to three ways.  An overwritten byte keeps its origin.
+// A log generated from a number, which always gives the same log: 1 to 410 records of one to five kinds with
+// attributes of all types, damaged in one to three ways.  An overwritten byte keeps its origin.
 struct ShapedLog {
     Original original;
     Damaged damaged;
-    std::string kind;    // of the damage, such as "cut", or "several"
-    std::string damages; // each with its place and size
+    std::string kind;    // kind of the damage, such as "cut"; "several" for several damages
+    std::string damages; // each damage with its place and size
 };
 ShapedLog makeShapedLog(unsigned number);

@@ -1,7 +1,7 @@
 // Damaged logs: the search finds the records that the damage did not touch, and no others.
 //
-// `make damage` searches LOGS damaged logs of many shapes (damage_shapes.h), and each prefix and each flipped
-// bit of three small logs.  Without QVLEDGER_DAMAGED_LOGS the tests try a sample of them.
+// `make damage` searches LOGS damaged logs of many shapes (damage_shapes.h).  It also searches three small
+// logs, cut at each byte or with each bit flipped.  Without QVLEDGER_DAMAGED_LOGS the tests try a sample.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -80,8 +80,8 @@ static bool isRecordWithReplacedStart(const Damaged &log, const Piece &piece, co
            log.bytes.compare(piece.begin, size, original.log.bytes(), end - size, size) == 0;
 }
 
-// Is the piece a record if it is alone in a log?  Then a server could have written it, and no reader can tell
-// that the damage made it.
+// Does the search find the piece in a log that contains nothing else?  Then a server could have written these
+// bytes, and no reader can detect that damage made them.
 static bool isRecordAlone(const Damaged &log, const Piece &piece, const Original &original) {
     const std::size_t size = piece.end - piece.begin;
     const std::vector<Piece> found = search(
@@ -94,8 +94,8 @@ static unsigned wantedLogs() {
     return wanted != nullptr ? static_cast<unsigned>(std::strtoul(wanted, nullptr, 10)) : 0;
 }
 
-// The category of a piece that is not an untouched record.  "changed" has the place and size of a record and
-// is a record when alone, so no reader can notice its changed bytes.
+// Returns the category of a piece that is not an untouched record.  No reader can notice the damage in a
+// piece that is "changed" (it has the place and size of a record) or "joined" (from parts of records).
 static const char *categoryOf(const Piece &piece, const ShapedLog &shaped) {
     const Original &original = shaped.original;
     const auto &starts = original.log.records();
@@ -114,7 +114,7 @@ static const char *categoryOf(const Piece &piece, const ShapedLog &shaped) {
     return "wrong";
 }
 
-// Does the piece equal an original record?  Then most likely a text contained it.
+// Is the piece a copy of an original record?  Such copies are most likely in texts.
 static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
     const Original &original = shaped.original;
     const std::string bytes = shaped.damaged.bytes.substr(piece.begin, piece.end - piece.begin);
@@ -124,7 +124,7 @@ static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
     });
 }
 
-// Counts by group of logs, for comparing two versions of the search.
+// Counts by group of logs and by category, for comparing two versions of the search.
 using Tally = std::map<std::string, std::map<std::string, long>>;
 
 static void judge(const ShapedLog &shaped, const std::string &label, Tally &tally) {
@@ -145,7 +145,7 @@ static void judge(const ShapedLog &shaped, const std::string &label, Tally &tall
     for (std::size_t i = 0; i < log.origins.size(); ++i)
         if (log.origins[i] != kNew)
             places[static_cast<std::size_t>(log.origins[i])] = i;
-    std::map<std::size_t, std::size_t> missing; // untouched records not found yet: begin and end
+    std::map<std::size_t, std::size_t> missing; // begins and ends of untouched records that are not found yet
     for (std::size_t record = 0; record < original.log.records().size(); ++record) {
         const std::size_t begin = original.log.records()[record], size = original.endOf(record) - begin;
         count("records");
@@ -193,15 +193,15 @@ TEST(Damage, FewRecordsOfLogsOfManyShapesAreLost) {
     show(tally);
     auto &all = tally["all"];
     EXPECT_GT(all["untouched"], 6000);
-    EXPECT_LE(all["lost"], std::max(2L, all["untouched"] / 25'000));  // measured: one in 33,749, of 3,104,972
-    EXPECT_LE(all["wrong"], std::max(2L, all["untouched"] / 20'000)); // measured: one in 41,399
+    EXPECT_LE(all["lost"], std::max(2L, all["untouched"] / 25'000));  // measured: 1 in 33,749 (of 3,104,972)
+    EXPECT_LE(all["wrong"], std::max(2L, all["untouched"] / 20'000)); // measured: 1 in 41,399
     EXPECT_EQ(all["forged"], 0);
 }
 
-// The sample tries every 601st place, and all places in the records' heads.
+// The sample tries all places in the records' heads, and every 601st of the other places.
 static const std::size_t kStep = wantedLogs() != 0 ? 1 : 601;
 
-// Damages three small logs at each place: each byte (perByte 1) or each bit (8).
+// Judges three small logs that are damaged at each byte (perByte is 1) or at each bit (8) in turn.
 static void judgeEach(const char *kind, std::size_t perByte,
                       const std::function<void(Damaged &, std::size_t)> &damage) {
     Tally tally;
@@ -238,7 +238,7 @@ TEST(Damage, AFlippedBitCostsAtMostOneRecord) {
     });
 }
 
-// At every fourth byte begins a tag whose values extend through the whole log.
+// At every fourth byte a tag seems to begin, with values that fill the rest of the log.
 TEST(Damage, BytesCraftedToBeSlowAreReadFastAndHideFewLaterRecords) {
     const Original original = makeOriginal(3, 1, 200);
     std::string bytes = original.log.bytes().substr(0, original.headerEnd);
@@ -269,7 +269,7 @@ TEST(Damage, AHugeSoundRecordIsFound) {
     EXPECT_EQ(search(bytes, original).size(), 4U);
 }
 
-// A record with an attribute for each arc, the last of its identifier.  Each has the same single value.
+// A record with one attribute for each arc.  Its identifier ends in the arc; all values are the same.
 static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs, std::string_view value,
                             std::uint32_t type = 999) {
     std::string bytes("\0\0\0", 3);
@@ -307,13 +307,13 @@ TEST(Damage, AKnownFirstAttributeMarksARecordsBeginning) {
     }
 }
 
-// Any user can choose a text and so forge a record.
+// A user chooses the texts of a job, and so can forge a record.
 TEST(Damage, ARecordForgedInsideATextIsNotFound) {
     for (const std::uint32_t version : {1U, 3U}) {
         SCOPED_TRACE(version);
         const Original empty = makeOriginal(version, 1, 0);
         const std::string forged = recordOf(version, {1}, "abcd"), one = recordOf(version, {1, 2}, "abcd");
-        std::string text("\0\0\0\4\0\0\0", 7); // in UCS-2
+        std::string text("\0\0\0\4\0\0\0", 7); // a text in UCS-2
         text += static_cast<char>(forged.size());
         text += forged;
         const std::string host = recordOf(version, {1, 2}, text, 16);
@@ -326,19 +326,19 @@ TEST(Damage, ARecordForgedInsideATextIsNotFound) {
         EXPECT_EQ(found(one + one + host + "\xff"), 3U) << "damage follows";
         EXPECT_EQ(found(one + one + "\xff" + host.substr(1) + one), 3U) << "the host's head is damaged";
 
-        // A text with a sound attribute, a head and an attribute that extends past the end of the log.
+        // The text contains an intact attribute, a head, and an attribute that extends past the log's end.
         const std::size_t head = version >= 3 ? 12 : 4;
         std::string hiding = one.substr(head) + recordOf(version, {1}, std::string("\0\0\x13\x84", 4), 20);
-        hiding.replace(hiding.size() - 8, 4, "\x88\x13\0", 4); // 5,000 bytes
+        hiding.replace(hiding.size() - 8, 4, "\x88\x13\0", 4); // length of the value: 5,000 bytes
         const auto size = static_cast<char>(hiding.size() / 256);
         text = std::string("\0\0\0\4\0\0", 6) + size + static_cast<char>(hiding.size()) + hiding;
         std::string dented = recordOf(version, {1, 2}, text, 16);
-        dented[head + 8] = dented[head + 8 + 152 + 4 + text.size()] = '\xff'; // both identifiers
+        dented[head + 8] = dented[head + 8 + 152 + 4 + text.size()] = '\xff'; // damages both identifiers
         EXPECT_GE(found(one + one + dented + one + one), 3U) << "the text hides no record";
     }
 }
 
-// Thousands of attributes follow the records, and each looks like the rest of another record.
+// Thousands of attributes follow the records.  Each of them looks like the end of another record.
 TEST(Damage, AttributesUpToTheEndOfTheLogAreReadFast) {
     const Original empty = makeOriginal(3, 1, 0);
     const std::string one = recordOf(3, {1, 2}, "abcd");

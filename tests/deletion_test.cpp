@@ -1,4 +1,3 @@
-// -d deletes a log only if the report has all of it.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -33,7 +32,7 @@ static Job march() {
     return jobOf({{"job-name", {"march"}}});
 }
 
-// A record with one document, whose attribute has these values.
+// A record with one document, which has one attribute with these values.
 static Job withDocument(const std::vector<Value> &values) {
     return Job(march()).document().attribute(dotted("document-name"), STRING, values);
 }
@@ -78,7 +77,7 @@ TEST(Deletion, ALogIsKeptUnlessTheReportHasAllOfIt) {
     expectDeleted(true, "unreadable document without -a", logOf({later}));
 }
 
-// The report of a failed run is kept only if a log was deleted.
+// A failed run keeps its new report only if it deleted a log.
 TEST(Deletion, OnlyOpenedLogsOfTheRangeWithoutAWriterAreDeleted) {
     for (const bool hasWriter : {false, true}) {
         SCOPED_TRACE(hasWriter);
@@ -105,7 +104,7 @@ TEST(Deletion, TheCurrentLogIsNeverDeleted) {
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.entries, std::vector<std::string>{});
 
-    setChanged(system.log("current"), kNoonOfMarch1st); // left over from a past day
+    setChanged(system.log("current"), kNoonOfMarch1st); // a current log of a past day
     result = system.run({"-d", "alpha"});
     EXPECT_EQ(result.status, 26);
     EXPECT_EQ(result.out, "job-name\nmarch\n");
@@ -153,18 +152,18 @@ TEST(Deletion, AFailedWriteKeepsTheLogAndStopsReading) {
     EXPECT_FALSE(fs::exists(system.log("19990301"))) << "this device needs no sync";
 }
 
-// The report's pipe is full, so the tool has read the whole log and blocks before it deletes.
+// Changes the log after the tool has read it.  A full pipe as the report blocks the tool before the deletion.
 TEST(Deletion, AChangedOrReplacedLogIsKept) {
     const auto append = [](const fs::path &path) {
         const Log grown = logOf({march()});
-        writeFile(path, readFile(path) + grown.bytes().substr(grown.records()[0])); // the same file
+        writeFile(path, readFile(path) + grown.bytes().substr(grown.records()[0])); // keeps the inode
     };
     const auto nameOfDay = [](const PrintSystem &system) {
         fs::rename(system.log("current"), system.log(kTail));
     };
     const auto overwrite = [](const PrintSystem &system) {
         Bytes bytes = readFile(system.log(kTail));
-        writeFile(system.log(kTail), bytes.replace(bytes.size() - 100, 8, "reprints")); // the same file
+        writeFile(system.log(kTail), bytes.replace(bytes.size() - 100, 8, "reprints")); // keeps the inode
     };
     const auto moveAnd = [](const PrintSystem &system, auto make) {
         fs::rename(system.log(kTail), system / "moved");
@@ -176,7 +175,7 @@ TEST(Deletion, AChangedOrReplacedLogIsKept) {
     const struct {
         const char *label, *tail;
         std::function<void(const PrintSystem &)> change;
-        const char *why = nullptr; // why it is kept
+        const char *why = nullptr; // reason to keep the log; null: it is deleted
     } cases[] = {
         {"unchanged", kTail, [](const PrintSystem &) {}},
         {"current log renamed to its day", "current", nameOfDay},
@@ -225,7 +224,7 @@ TEST(Deletion, AChangedOrReplacedLogIsKept) {
     }
 }
 
-// Lines in a pipe or local socket are safe once they are read; over a network they never are.
+// Lines in a pipe or local socket are safe once the reader has read them; lines over a network never are.
 TEST(Deletion, ALogIsKeptUntilTheReaderHasReadItsLines) {
     enum Act { kReads, kLeaves, kWaits };
     const auto expectDeleted = [](bool deleted, const char *label, int reader, int writer, Act act,
@@ -279,12 +278,12 @@ TEST(Deletion, ALogIsKeptUntilTheReaderHasReadItsLines) {
                   "over a network");
 }
 
-// fcntl() refuses a lease to a caller who is neither owner nor root, and on some file systems.
+// fcntl() refuses a lease on some file systems, and to a caller who is neither owner nor root.
 TEST(Deletion, AFailedCallKeepsTheLogAndIsLogged) {
     const struct {
         const char *name, *call;
-        int minutes, status; // since the last write to the log; of the run
-        const char *why;     // why the log is kept; null: it is deleted
+        int minutes, status; // minutes since the last write to the log; status of the run
+        const char *why;     // reason to keep the log; null: it is deleted
     } cases[] = {
         {"19990301.being-deleted", "fcntl:error=EACCES", 59, 0, "it was written to within the last hour"},
         {"19990301.being-deleted", "fcntl:error=EACCES", 61, 0, nullptr},
@@ -304,7 +303,7 @@ TEST(Deletion, AFailedCallKeepsTheLogAndIsLogged) {
     }
 }
 
-// Runs with -d and -o in this process, where calls can be scripted.
+// Runs the tool with -d and -o in this process, where calls can be scripted.  Returns the exit status.
 static int deleteInProcess(const PrintSystem &system, const std::string &report) {
     const std::string logs = system.root.logs(), oids = system.root.oids();
     setenv("QV_REGISTRY", system.root.registry().c_str(), 1);
@@ -318,7 +317,7 @@ static int deleteInProcess(const PrintSystem &system, const std::string &report)
 }
 
 TEST(Deletion, TheReportIsSyncedAndInPlaceBeforeALogIsDeleted) {
-    using Change = std::function<void(const fs::path &)>; // of the report, at its first sync
+    using Change = std::function<void(const fs::path &)>; // changes the report at its first sync
     const Change nothing = [](const fs::path &) {};
     const auto expectCalls = [](const char *label, const char *expected, const Change &change, int commit = 0,
                                 int firstSync = 0, OS_outputKind kind = OS_outputKind::File) {
@@ -359,7 +358,7 @@ TEST(Deletion, TheReportIsSyncedAndInPlaceBeforeALogIsDeleted) {
     const char *const kept = "commit folder commit ";
     expectCalls("truncated", kept, [](const fs::path &report) { fs::resize_file(report, 9); });
     expectCalls("appended to", kept, [](const fs::path &report) {
-        writeFile(report, readFile(report) + "other\n"); // the same file
+        writeFile(report, readFile(report) + "other\n"); // keeps the inode
     });
     expectCalls("moved", kept, [](const fs::path &report) { fs::rename(report, report.string() + '2'); });
     expectCalls("removed", kept, [](const fs::path &report) { fs::remove(report); });
@@ -413,7 +412,7 @@ TEST(Deletion, ConcurrentRunsReportALogOnce) {
     const pid_t waiting = system.start({"-d", "-o", report, "alpha"});
     usleep(1'300'000);
     EXPECT_EQ(waitpid(waiting, nullptr, WNOHANG), 0) << "the run waits for the log";
-    fs::remove(system.log(kTail)); // as the run that locked it does
+    fs::remove(system.log(kTail)); // like a run that locked the log and deletes it
     close(locked);
     const ToolResult result = system.finish(waiting);
     EXPECT_EQ(result.status, 6);
@@ -428,7 +427,7 @@ TEST(Deletion, ConcurrentRunsReportALogOnce) {
     EXPECT_EQ(system.run({"-d", "alpha"}).err,
               left + "Unable to find the accounting logs for server alpha.\n");
     EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it has not ended";
-    close(deleting); // the deleting run was killed
+    close(deleting); // like a deleting run that is killed
     EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
               "qvledger: a log that was not deleted is still named " + aside.string() +
                   ": No locks available.\n" + left +

@@ -18,7 +18,7 @@ class Directory : public Facility {
 protected:
     void touch(const std::string &name) const { std::ofstream(root.logs() / name) << "x"; }
 
-    // "year-month-day name" of every log, or the code.
+    // Returns "year-month-day name" of each log, or "code N" if the listing fails.
     std::vector<std::string> list() {
         dateNode *dates = nullptr;
         ALA_name *names = nullptr;
@@ -47,7 +47,7 @@ protected:
 
 TEST_F(Directory, TheTailOfTheNameGivesTheDate) {
     const std::pair<const char *, const char *> cases[] = {
-        // null: not a log of this server
+        // A name and its date; null: the file is not a log of this server.
         {"alpha.20010203", "2001-2-3"},   {"alpha.20019999", "2001-99-99"},
         {"alpha.123", "0-1-23"},          {"alpha.", "0-0-0"},
         {"alpha.abc", "0-0-0"},           {"alpha.-1234567", "-123--45--67"},
@@ -99,7 +99,7 @@ TEST_F(Directory, ACurrentLogWithAnImpossibleTimeIsSkipped) {
 }
 
 TEST_F(Directory, EqualDatesAreOrderedAsByRepeatedInsertion) {
-    const std::pair<std::string, const char *> cases[] = {// the nodes' dates, and their numbers after sorting
+    const std::pair<std::string, const char *> cases[] = {// dates of the nodes; numbers of the sorted nodes
                                                           {"111", "021"},
                                                           {"12121", "13420"},
                                                           {"1223123312", "3769512840"},
@@ -147,7 +147,7 @@ TEST_F(Directory, DeleteRemovesOnlyDatedLogsOfPastDays) {
     layCurrentLog();
     const struct {
         ALA_time date;
-        const char *tail; // of the file that may be removed
+        const char *nameTail; // end of the file's name
         ALA_retCode_t code;
         bool remains;
     } cases[] = {
@@ -157,8 +157,8 @@ TEST_F(Directory, DeleteRemovesOnlyDatedLogsOfPastDays) {
         {{33, 4, 5}, "00330405", ALA_N_NORMAL, false},
     };
     for (const auto &c : cases) {
-        EXPECT_EQ(ALA_Delete(handle, &c.date), c.code) << c.tail;
-        EXPECT_EQ(fs::exists(path(c.tail)), c.remains) << c.tail;
+        EXPECT_EQ(ALA_Delete(handle, &c.date), c.code) << c.nameTail;
+        EXPECT_EQ(fs::exists(path(c.nameTail)), c.remains) << c.nameTail;
     }
     EXPECT_EQ(ALA_Delete(handle, nullptr), ALA_A_INVALID_ARG);
     EXPECT_THAT(takeLog(),

@@ -1,4 +1,4 @@
-// qvledger-json: lines, escaping, statuses; and read errors and missing logs in all three programs.
+// Lines, escaping and statuses of qvledger-json; read errors and missing logs in all three programs.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 static const ToolRun kJson{.program = QVLEDGER_JSON_BINARY};
 
-// Expected lines: a record of alpha, where rest begins with the attributes; and the end of a log.
+// Return expected lines: a record of alpha, where rest begins with the attributes; and the end of a log.
 static std::string recordLine(int number, const std::string &date, const std::string &rest) {
     return "{\"server\":\"alpha\",\"log\":\"alpha." + date + "\",\"record\":" + std::to_string(number) +
            ",\"date\":" + date + ",\"attributes\":" + rest + "\n";
@@ -131,7 +131,7 @@ TEST(Json, EachServerIsReportedWithItsOwnSettings) {
     EXPECT_EQ(system.run({"idle", "alpha"}, kJson).status, 7) << "a failure outweighs a server without logs";
     EXPECT_EQ(result.err.find("server beta"), std::string::npos) << result.err;
     for (const char *end :
-         {"bare ended with status 100", // it does not inherit the root of alpha
+         {"bare ended with status 100", // bare does not inherit alpha's root
           "alpha ended with status 7", "none ended with status 30", "far ended with status 30"})
         EXPECT_NE(result.err.find(end), std::string::npos) << end << '\n' << result.err;
     EXPECT_TRUE(result.out.starts_with(endLine("alpha.19990301", 0, false))) << result.out;
@@ -147,7 +147,7 @@ TEST(Json, EachServerIsReportedWithItsOwnSettings) {
     EXPECT_EQ(system.run({"-o", report, "beta", "idle"}, kJson).status, 29);
     EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
     writeFile(report, "");
-    // Checking that the report is not a later server's log keeps the first server's time zone.
+    // The check that the report is no log of a later server does not change the first server's time zone.
     system.run({"-o", report, "beta", "far"}, kJson);
     EXPECT_EQ(readFile(report), system.run({"beta", "far"}, kJson).out);
     // A log of any of the servers is refused as the report, even if that server's settings are refused.
@@ -164,7 +164,7 @@ TEST(Json, EachServerIsReportedWithItsOwnSettings) {
             }
 }
 
-// Only the usage differs.
+// Only the usage text differs from the tool's.
 TEST(Json, StatusAndMessagesEqualThoseOfTheTool) {
     PrintSystem system;
     system.save("19990301", logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
@@ -207,7 +207,6 @@ TEST(Json, AFullDiskIsReportedAndHasItsStatus) {
                                                        "No space left on device"});
 }
 
-// In every program, at a record's first byte and inside a record.
 TEST(Json, AReadErrorIsNotTheEndOfALog) {
     PrintSystem system;
     const Job large = jobOf({{"job-name", {std::string(200'000, 'x')}}});
@@ -218,7 +217,7 @@ TEST(Json, AReadErrorIsNotTheEndOfALog) {
         return ToolRun{.failing = {log, "read,pread64:error=EIO:when=" + std::to_string(number) + '+'},
                        .program = program};
     };
-    for (const int number : {2, 3, 4, 5}) { // the fifth read finds the end
+    for (const int number : {2, 3, 4, 5}) { // the fifth read reports the end of the file
         SCOPED_TRACE(number);
         // Under -d the header is read twice more, before and after the log is locked.
         const ToolResult report = system.run({"-d", "alpha"}, atRead(number + 2, QVLEDGER_BINARY));
@@ -247,7 +246,6 @@ TEST(Json, TheCheckFindsALogThatIsRenamedAtMidnight) {
     EXPECT_EQ(result.out.find("alpha.current"), result.out.npos);
 }
 
-// In every program.
 TEST(Json, LogsThatTheListMayLackAreReported) {
     PrintSystem system;
     const auto expectEach = [&](const std::string &message, int status, const std::string &jsonEnd,

@@ -22,7 +22,7 @@
 
 using namespace qvledger;
 
-// Calls by "LEVEL FILE:LINE": one for each entry, or the number that it says it was repeated.
+// Counts the calls by "LEVEL FILE:LINE".  An entry is one call, or N calls if it says "repeated N times".
 static std::map<std::string, unsigned> callsByPlace(const std::string &log) {
     std::map<std::string, unsigned> calls;
     std::istringstream lines(log);
@@ -53,7 +53,7 @@ protected:
             value != nullptr ? setenv(name, value, 1) : unsetenv(name);
         LOG__Reset();
     }
-    // The log's text since the last call.
+    // Returns the log's text since the last call.
     std::string takeLog() const {
         const std::string log = readFile(path);
         std::filesystem::remove(path);
@@ -78,7 +78,7 @@ TEST_F(Log, AnEntryIsOneEscapedLineWithItsPlace) {
 TEST_F(Log, PiecesAreLoggedOnlyBetweenStartAndEnd) {
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, "f.cpp", 3, 0), 0);
     LOG_CondAdd("prefix: ");
-    const std::string piece(700, 'x'), longPiece(5000, 'y'); // which outgrow an entry's buffer
+    const std::string piece(700, 'x'), longPiece(5000, 'y'); // together too long for an entry's buffer
     for (const std::string &text : {piece, piece, longPiece})
         LOG_CondAdd("%s", text.c_str());
     LOG_CondAdd("text %d.\n", 7);
@@ -94,7 +94,7 @@ TEST_F(Log, PiecesAreLoggedOnlyBetweenStartAndEnd) {
 }
 
 TEST_F(Log, EnvironmentChoosesTheLevels) {
-    // QV_LOG_LEVEL, QV_LOG_TRACE and the levels that are logged.
+    // QV_LOG_LEVEL, QV_LOG_TRACE, and the levels of the entries that are logged.
     const char *const cases[][3] = {{nullptr, nullptr, "5"}, {"5", "0", "5"},      {"6", nullptr, "56"},
                                     {"7", nullptr, "567"},   {nullptr, "1", "57"}, {"6", "1", "567"},
                                     {"6x", "yes", "5"},      {"", "", "5"},        {"4", nullptr, "5"}};
@@ -126,7 +126,7 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
     errno = ERANGE;
     LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "goes to the system's log");
     EXPECT_EQ(errno, ERANGE);
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0); // without a reader
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0); // a pipe without a reader
     restart((folder / "pipe").c_str());
     LOG_CondMessage(LOG_ERROR, "f.cpp", 1, "goes there too");
     const std::string errors = testing::internal::GetCapturedStderr();
@@ -135,7 +135,6 @@ TEST_F(Log, EnvironmentChoosesTheSink) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-// Tests the library's operation, and through it the service's.
 TEST_F(Log, AnInstalledCallbackReceivesTheEntries) {
     std::string taken;
     const auto take = [](void *context, std::int32_t level, const char *file, std::int32_t line,
@@ -158,7 +157,7 @@ TEST_F(Log, AnInstalledCallbackReceivesTheEntries) {
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
 }
 
-// Level, place and text of each entry.
+// Returns level, place and text of each entry.
 static std::vector<std::string> entriesOf(const std::string &log) {
     std::vector<std::string> entries;
     std::istringstream lines(log);
@@ -179,11 +178,11 @@ TEST_F(Log, RepeatedEntriesAreCountedUntilTheTextChangesOrTheLogIsFlushed) {
         say(3, "detail", LOG_DETAIL);
         say(4, "trace", LOG_TRACE);
     }
-    static const char sameFile[] = "f.cpp"; // at another address
+    static const char sameFile[] = "f.cpp"; // the same text at another address
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, sameFile, 2, 0), 0);
     LOG_CondAdd("b");
     LOG_EndMessage();
-    const std::string tooLong(1001, 'x'); // to be compared
+    const std::string tooLong(1001, 'x'); // texts of this length are not compared
     for (const std::string &text : {std::string("c"), std::string("c"), std::string("a"), std::string(),
                                     std::string(), tooLong, tooLong, std::string("a")})
         say(1, text);
@@ -207,7 +206,7 @@ TEST_F(Log, CountsAreExactWithManyPlacesAndThreads) {
         threads.emplace_back([] {
             for (int n = 0; n < 2000; ++n) {
                 say(1, n % 100 == 0 ? "x" : "y");
-                say(2 + n / 20, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // more places than are counted
+                say(2 + n / 20, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // exceeds the counted places
             }
         });
     for (std::thread &thread : threads)
@@ -222,7 +221,7 @@ TEST_F(Log, CountsAreExactWithManyPlacesAndThreads) {
     EXPECT_LT(std::count(log.begin(), log.end(), '\n'), 5000);
 }
 
-// The status of a child process that does the work.
+// Does the work in a child process and returns the child's status.
 template <class Work>
 static int inChild(Work work) {
     std::fflush(nullptr);
@@ -268,7 +267,7 @@ TEST_F(Log, AProcessForkedWhileAThreadLogsCanLog) {
 }
 
 TEST_F(Log, AFileThatReusesTheLogsDescriptorGetsNoEntry) {
-    const int number = Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)).get(); // the next free one
+    const int number = Descriptor(open("/dev/null", O_RDONLY | O_CLOEXEC)).get(); // the next free descriptor
     say(1, "a");
     close(number);
     const Descriptor other(open((folder / "other").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
@@ -289,17 +288,15 @@ TEST_F(Log, TheLogFileNeverBecomesAStandardStream) {
     EXPECT_EQ(entriesOf(takeLog()).size(), 1U);
 }
 
-// ---- Sinks that lose entries ----
-
 TEST_F(Log, TheSystemLogGetsTheNumberOfLostEntries) {
-    static const std::string socket = folder / "socket"; // the log points to it until the next reset
+    static const std::string socket = folder / "socket"; // static: the log keeps a pointer to the path
     restart((folder / "missing/log").c_str(), "6");
     LOG__Reset(socket.c_str());
     say(1, "nobody listens");
-    unsigned lost = 2; // with the entry that the file could not be opened
-    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // each time the daemon was restarted
+    unsigned lost = 2; // includes the entry that the file could not be opened
+    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // restarts the daemon each time
         const LogDaemon daemon(socket, type);
-        EXPECT_EQ(inChild(LOG_Flush), 0); // a child must not report the parent's number
+        EXPECT_EQ(inChild(LOG_Flush), 0); // a child must not report the parent's lost entries
         say(1, "first", LOG_DETAIL);
         for (int i = 0; i < 1000; ++i)
             say(1, std::to_string(i));
@@ -315,7 +312,7 @@ TEST_F(Log, TheSystemLogGetsTheNumberOfLostEntries) {
     }
 }
 
-// A named pipe, and standard error as a pipe and as a socket.  They are not read at first.
+// The sinks are a named pipe, and standard error as a pipe and as a socket.  The test reads them late.
 TEST_F(Log, AFullPipeNeitherBlocksNorMixesLines) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     const Descriptor standardError(dup(STDERR_FILENO)), fifo(open(path.c_str(), O_RDONLY | O_NONBLOCK));
@@ -329,11 +326,11 @@ TEST_F(Log, AFullPipeNeitherBlocksNorMixesLines) {
             dup2(writer, STDERR_FILENO);
         restart(sink.c_str(), "6");
         for (int i = 0; i < 1000; ++i)
-            say(1, std::string(9000, 'x'), LOG_DETAIL); // more than a pipe takes in one write
+            say(1, std::string(9000, 'x'), LOG_DETAIL); // too long for an atomic write to a pipe
         const std::string before = readAll(reader);
         say(2, "last");
         for (int i = 0; i < 2999; ++i)
-            say(3, std::to_string((i + 2) / 3)); // most texts come three times
+            say(3, std::to_string((i + 2) / 3)); // most texts are logged three times
         const std::string after = readAll(reader);
         LOG_Flush();
         const std::string atTheEnd = readAll(reader);

@@ -11,10 +11,10 @@ namespace fs = std::filesystem;
 TEST(Message, FormatsFollowPrintf) {
     char text[16];
     std::int32_t (*const format)(char *, const char *, ...) =
-        MSG_sprintf; // so that the compiler checks no format
+        MSG_sprintf; // a pointer, because the compiler would check a direct call's format
     EXPECT_EQ(format(text, "%%%3$s%1$03d%2$.2f", 8, 1.5, "z"), 9);
     EXPECT_STREQ(text, "%z0081.50");
-    for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would read missing arguments
+    for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would misuse arguments
         EXPECT_LT(format(text, wrong, "a", "b"), 0) << wrong;
 }
 

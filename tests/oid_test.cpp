@@ -10,8 +10,6 @@
 using namespace std::string_literals;
 using Bytes = std::basic_string<std::uint8_t>;
 
-// ---- Dotted decimal to binary ----
-
 static Bytes binaryOf(const std::string &decimal) {
     std::uint8_t binary[OID_BINARY_SIZE];
     if (OID_ConvertDecToBin(nullptr, decimal.c_str(), binary, 0) != 0)
@@ -52,8 +50,6 @@ TEST(OidBinary, MoreThanSeventyTwoContentsOctetsAreRefused) {
     EXPECT_TRUE(binaryOf("1.2." + std::string(100000, '9')).empty());
 }
 
-// ---- The database ----
-
 class OidDatabase : public testing::Test {
 protected:
     OidDatabase() {
@@ -86,7 +82,7 @@ protected:
         char name[OID_NAME_SIZE] = "";
         return OID_LookupShort(nullptr, handle, identifier, name, nullptr) == 0 ? name : "unknown";
     }
-    // The log's text since the last call.
+    // Returns the log's text since the last call.
     std::string takeLog() const {
         LOG__Reset();
         const std::string text = readFile(log);
@@ -101,14 +97,14 @@ protected:
 
 TEST_F(OidDatabase, NamesAreFoundByOidAndByShortIdentifier) {
     const std::string longName = std::string(253, 'x') + "\xC3\xA4";
-    std::string more; // names than a new table has room for
+    std::string more; // more names than a new table has room for
     for (AS_attrID_t at = 100; at < 300; ++at)
         more +=
             "1.2." + std::to_string(at) + '\t' + std::to_string(at) + "\t40\tn" + std::to_string(at) + '\n';
     write("oids", "#" + std::string(70'000, 'c') + '\n' + more +
                       "\n \t\n1.2.3\t7\t40\tjob-name\r\n1.2.4\t0\t00\tno short one\n"
                       "1.2.5\t4294967295\tfF\t" +
-                      longName); // and no newline at the end
+                      longName); // no newline at the end of the table
     ASSERT_EQ(open(), 0) << takeLog();
     EXPECT_EQ(nameOf("1.2.3"), "job-name");
     EXPECT_EQ(nameOf(7), "job-name");

@@ -21,7 +21,7 @@ static std::ptrdiff_t openFiles() {
 
 class Open : public Facility {
 protected:
-    // The tail and date of the log that opens for a date, or the code.
+    // Opens and closes the log for a date.  Returns "TAIL of DATE", or "code N" if no log opens.
     std::string opened(const ALA_time *logDate) {
         const ALA_retCode_t code = ALA_Open(handle, logDate, &log);
         if (code != ALA_N_NORMAL)

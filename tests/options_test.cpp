@@ -1,4 +1,3 @@
-// The command line of the tool.
 #include <gtest/gtest.h>
 
 #include "tests/support/run_tool.h"
@@ -42,7 +41,7 @@ TEST(Options, InvalidDatesAreReportedAndTheLastOfRepeatedOptionsApplies) {
     PrintSystem system;
     system.save("19990301", marchLog());
     struct Case {
-        const char *option, *date, *err; // null: the date is valid
+        const char *option, *date, *err; // err is null for a valid date
     };
     for (const Case &c : {
              Case{"-s", longDate.c_str(), longError.c_str()},

@@ -1,5 +1,5 @@
-// Checks the sample values of other tests with an independent implementation: the routines that rpcgen makes
-// from service/packed/values.x, with the C library's XDR, must unpack them and pack the same bytes.
+// Checks the sample values of other tests with an independent implementation: routines that rpcgen makes from
+// service/packed/values.x.  They must unpack each value and pack the same bytes.
 #include <initializer_list>
 #include <string>
 
@@ -37,7 +37,7 @@ static void judge(std::initializer_list<std::uint32_t> types, bool_t (*routine)(
     }
 }
 
-// All other types are one number, like types 1, 12 and 22.
+// The types that are missing here are packed as one number, like types 1, 12 and 22.
 TEST(PackedValues, SamplesEqualWhatTheCLibraryPacks) {
     judge({1, 12, 22}, xdr::xdr_GEN_integer_t);
     judge({6}, xdr::xdr_GEN_distNameString);

@@ -45,7 +45,7 @@ TEST(Identity, CallsWithTooSmallABufferFail) {
 
 TEST(Texts, CaseFoldingDoesNotDependOnTheLocale) {
     const auto bytes = [](const char *text) { return reinterpret_cast<const unsigned char *>(text); };
-    EXPECT_NE(_mbsicmp(bytes("\xC4"), bytes("\xE4")), 0); // not UTF-8, so not letters
+    EXPECT_NE(_mbsicmp(bytes("\xC4"), bytes("\xE4")), 0); // invalid UTF-8, so not letters
     EXPECT_NE(_mbsicmp(bytes("\u0130"), bytes("i")), 0);
     const unsigned char *text = bytes("\xC3\xA9\xA9\xE9");
     EXPECT_EQ(_mbschr(text, 0xE9), text);

@@ -17,8 +17,8 @@ struct SlowRun {
     std::string report, terminal;
 };
 
-// A run that waits 0.6 s for its first log, which is locked, and cannot read its last one.  The report goes
-// to a file or to a pipe.
+// Runs the tool, which waits 0.6 s for its locked first log and cannot read its last log.  The report is a
+// file or a pipe.
 static SlowRun runSlowly(bool toFile, const ToolRun &slowRun = {}) {
     PrintSystem system;
     system.save("19990301", logOf(std::vector<Job>(60, jobOf({{"job-name", {"x"}}}))));

@@ -19,7 +19,7 @@ static Job smallJob() {
         .attribute("1.2.5", INTEGER, {packInt(7)});
 }
 
-// The counts and attributes of a record as one text.
+// Describes the counts and attributes of a record in one text.
 static std::string describe(const record *jobRecord) {
     std::string text = std::to_string(jobRecord->numAttr) + ' ' + std::to_string(jobRecord->numJobAttr) +
                        ' ' + std::to_string(jobRecord->docAttrPerDoc);
@@ -37,11 +37,11 @@ static std::string describe(const record *jobRecord) {
 
 class RecordReader : public Facility {
 protected:
-    // The record, or "code N"; a failure sets line.
+    // Return the record as a text, or "code N".  Each call sets line.
     std::string first() { return take(ALA_GetFirstJobRecord); }
     std::string next() { return take(ALA_GetNextJobRecord); }
 
-    std::string line; // the level 5 entry of the last failure
+    std::string line; // last level 5 entry of the call; empty without an entry
 
 private:
     std::string take(decltype(ALA_GetNextJobRecord) *get) {
@@ -109,7 +109,7 @@ TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
         {"length 0", Job().attribute("1.2", 1, {Bytes()})},
     };
 #ifndef QVLEDGER_SANITIZED
-    // Memory for much more than the log contains cannot be allocated.
+    // Makes allocations fail that are much larger than the log.
     rlimit before = {};
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
     const auto pages = std::stoul(readFile("/proc/self/statm"));

@@ -66,7 +66,7 @@ TEST_F(Register, SecondRegistrationOutlivesTheFirst) {
     EXPECT_EQ(ALA_Unregister(nullptr), ALA_A_NOT_REGISTER);
 }
 
-// Calls with an out-parameter that is not null.  Returns the code, or -1 if the parameter is not cleared.
+// Passes a non-null out-parameter.  Returns the call's code, or -1 if the parameter is not null afterwards.
 template <class Out, class Call>
 static ALA_retCode_t clearing(Call call) {
     auto *out = reinterpret_cast<Out *>(alignof(std::max_align_t));

@@ -26,7 +26,7 @@ protected:
         return result;
     }
 
-    // All values of a key as "name:type:data;", or the result that stopped the listing.
+    // Returns "name:type:data;" for each value of a key, and "enum N" after error N; or "open N".
     static std::string list(const char *path) {
         HKEY key = nullptr;
         if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key); result != 0)
@@ -88,7 +88,7 @@ TEST_F(RegistryFile, EveryEncodingAndLineEndIsRead) {
     for (const char byte : plain)
         crLf += byte == '\n' ? "\r\n" : std::string(1, byte);
     for (std::size_t i = 0; i < crLf.size(); ++i) {
-        const char unit = crLf[i] == '\xC3' ? crLf[++i] + 0x40 : crLf[i]; // the one character above ASCII
+        const char unit = crLf[i] == '\xC3' ? crLf[++i] + 0x40 : crLf[i]; // the only character beyond ASCII
         little += {unit, '\0'};
         big += {'\0', unit};
     }
@@ -147,7 +147,7 @@ TEST_F(RegistryFile, AnUnreadableFileIsReported) {
     };
     mkdir(path.c_str(), 0700);
     expectRefused("no regular file");
-    mkfifo(path.c_str(), 0600); // must not wait for a writer
+    mkfifo(path.c_str(), 0600); // opening the pipe must not wait for a writer
     expectRefused("no regular file");
     write(kOld);
     ASSERT_EQ(truncate(path.c_str(), (64 << 20) + 1), 0);

@@ -42,7 +42,7 @@ protected:
         _tzset();
     }
 
-    // Adds a value to the pair; null: an attribute without a value.
+    // Adds a value to the pair.  If packed is null, the attribute has no value.
     ALA_retCode_t render(std::uint32_t type, const Bytes *packed) {
         attrValNode node = {};
         node.attrValType = type;
@@ -67,7 +67,7 @@ protected:
     }
     ALA_retCode_t render(std::uint32_t type, const Bytes &packed) { return render(type, &packed); }
 
-    // Renders packed bytes, as the cursors do once they know the attribute's name.
+    // Renders packed bytes directly, as the cursors do when they know the attribute's name.
     ALA_retCode_t renderPacked(std::uint32_t type, const Bytes &packed) {
         attrValNode node = {};
         node.attrValType = type;
@@ -75,7 +75,7 @@ protected:
         return getPackedAttribute(node, {bytes, packed.size()}, "attribute", {.oidHandle = &oids}, &pair);
     }
 
-    // The values, separated by "|".  Releases the pair.
+    // Returns the pair's texts, separated by "|", and frees the pair.
     std::string take() {
         if (pair == nullptr)
             return "(no pair)";
@@ -102,7 +102,7 @@ TEST_F(Rendered, EachValueIsRenderedAloneAndBetweenOthers) {
         ASSERT_EQ(render(STRING, packString("first")), 0);
         EXPECT_EQ(render(c.type, c.packed), c.code);
         ASSERT_EQ(render(STRING, packString("last")), 0);
-        // A value that fails is an empty text; the type that makes several texts adds none.
+        // A value that fails adds an empty text.  Only DIST_NAMES, which makes several texts, adds no text.
         const bool addsNone = c.code != 0 && c.type == DIST_NAMES;
         EXPECT_EQ(take(), "first|" + (addsNone ? "" : c.text + "|") + "last");
     }

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 TEST(ReportFile, IsLockedAndEndsInWholeLines) {
     PrintSystem system;
     system.save("19990301", marchLog());
-    const fs::path report = system / "r", link = system / "link"; // the shortest name
+    const fs::path report = system / "r", link = system / "link"; // a report name of one letter
     fs::create_symlink("r", link);
     EXPECT_EQ(system.run({"-o", link, "-s", "19990302", "alpha"}).status, 29);
     EXPECT_FALSE(fs::exists(report)) << "created through the link, but removed because it is empty";
@@ -70,7 +70,7 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
         EXPECT_TRUE(fs::exists(system.log("19990302")));
     }
     fs::remove(system.log("19990302"));
-    for (const bool removed : {false, true}) { // while the run waits for it
+    for (const bool removed : {false, true}) { // removes the report while the run waits for it
         SCOPED_TRACE(removed);
         system.save("19990301", marchLog());
         writeFile(report, "");
@@ -78,7 +78,7 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
         ASSERT_EQ(OS_LockFile(locked), OS_DONE);
         const pid_t waiting =
             system.start({"-d", "alpha"}, {.output = output, .error = removed ? -1 : output});
-        usleep(removed ? 100'000 : 1'200'000); // a message would come, which must not be in the report
+        usleep(removed ? 100'000 : 1'200'000); // a message is due after 1 s, but not in the report
         EXPECT_EQ(write(locked, "other\n", 6), 6);
         if (removed)
             fs::remove(report);
@@ -140,7 +140,7 @@ TEST(ReportFile, IsRefusedIfItIsALog) {
         EXPECT_EQ(result.err,
                   "Unable to open the file " + report.string() + " to append more accounting information.\n");
     }
-    // A log that can be written but not read: the third open(), which is to read its start, fails.
+    // The third open(), which would read the log's start, fails as if the log could be written but not read.
     EXPECT_EQ(
         system.run({"-o", others, "alpha"}, {.failing = {others, "openat:error=EACCES:when=3+"}}).status, 30);
     const Descriptor output(open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));

@@ -1,4 +1,3 @@
-// The lines of the report.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -10,7 +9,7 @@
 
 using namespace samples;
 
-// A record by its letter: "a" and "b" differ in a name, "c" is "a" with a document.
+// Returns the record of a letter: "a" and "b" differ in a name, "c" is "a" with a document.
 static Job recordOf(char kind) {
     Job job = jobOf({{"job-identifier", {"1"}}, {kind == 'b' ? "job-owner" : "job-name", {"2"}}});
     if (kind == 'c')
@@ -18,7 +17,7 @@ static Job recordOf(char kind) {
     return job;
 }
 
-// The line of a letter: a capital for the header, a small letter for the values.
+// Returns the line of a letter: capital letters are headers, small letters are values.
 static std::string lineOf(char kind, bool documents) {
     const bool header = std::isupper(kind) != 0;
     std::string line = header ? "job-identifier\tjob-" : "1\t2";
@@ -32,7 +31,7 @@ static std::string lineOf(char kind, bool documents) {
 TEST(Report, AHeaderIsWrittenWheneverTheNamesChange) {
     struct Case {
         const char *label;
-        std::vector<const char *> logs; // "!" is a cut record
+        std::vector<const char *> logs; // letters of the records; "!" is a cut record
         const char *options, *lines;
     };
     for (const Case &c : {
@@ -95,7 +94,7 @@ TEST(Report, BytesOfValuesAreNotChanged) {
     EXPECT_EQ(system.run({"-g", "alpha"}).out, odd + "  " + odd + "\t" + std::string(100000, 'x') + "\n\t\n");
 }
 
-// Version 2 logs do not say which attributes are the job's.
+// Logs of version 2 do not say which attributes belong to the job.
 TEST(Report, OldLogsHaveOneHeaderAndOnlyFirstAttributes) {
     PrintSystem system;
     const Log old = logOf({recordOf('a'), recordOf('b')}, {.verNum = 2});
@@ -163,7 +162,7 @@ TEST(Report, DocumentedLogGivesTheDocumentedReport) {
     while (std::getline(document, line) && !line.starts_with("Example: "))
         ;
     while (std::getline(document, line) && !line.starts_with("Its report")) {
-        static const std::regex item(R"re("([^"]*)"|([0-9a-f]{2})(\*(\d+))?)re"); // text, or a byte, repeated
+        static const std::regex item(R"re("([^"]*)"|([0-9a-f]{2})(\*(\d+))?)re"); // a text or byte*count
         const std::string bytes = line.starts_with("    ") ? line.substr(0, line.find(';')) : "";
         for (std::sregex_iterator it(bytes.begin(), bytes.end(), item), end; it != end; ++it)
             log += (*it)[1].matched ? (*it)[1].str()

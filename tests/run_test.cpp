@@ -1,4 +1,4 @@
-// How runs end: status, messages, log entries.
+// How runs end: statuses, messages and log entries.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -23,7 +23,7 @@ static const LogHeader kForNobody{.accessList = {pack(userEntry("nobody-at-all",
 
 using Preparation = std::function<void(const PrintSystem &)>;
 
-// Runs with -o FILE before the arguments, once with a file that existed and once with a new one.
+// Runs the tool with -o FILE before the arguments, once with an existing FILE and once with a new FILE.
 static void expectEnd(const char *label, const Preparation &prepare,
                       const std::vector<std::string> &furtherArguments, int status, const std::string &err,
                       const std::string &entry = "") {
@@ -124,7 +124,7 @@ TEST(Run, MessagesStayOutOfTheReportIfStandardErrorIsClosed) {
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");
 }
 
-// Each record of the second log causes a message.  The messages fill a pipe, where the run blocks.
+// Each record of the second log causes a message.  The run blocks when the messages have filled a pipe.
 TEST(Run, ASignalEndsTheRunAfterTheCurrentRecord) {
     constexpr unsigned kRecords = 200;
     const Log damaged = logOf(std::vector<Job>(
@@ -138,7 +138,7 @@ TEST(Run, ASignalEndsTheRunAfterTheCurrentRecord) {
         system.save("19990302", damaged);
         if (existed)
             writeFile(report, "");
-        std::signal(asked, SIG_DFL); // ignored if the tests run in the background
+        std::signal(asked, SIG_DFL); // background processes may inherit ignored signals
         Pipe messages;
         const pid_t run = system.start({option, "-o", report, "alpha"}, {.error = messages.writer()});
         messages.waitUntilFull(100);
@@ -164,7 +164,7 @@ TEST(Run, ASignalEndsTheRunWhileTheReportIsNotRead) {
     const pid_t run = system.start({"-d", "alpha"}, {.output = report.writer()});
     const std::string start = "job-name\nmarch\n";
     EXPECT_EQ(report.take(start.size()), start);
-    report.waitUntilFull(4096); // a write first fills the page of the previous one
+    report.waitUntilFull(4096); // a write first fills the page of the previous write
     kill(run, SIGTERM);
     EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
     EXPECT_LT(report.drain().size(), 10'000U) << "only what was in the pipe";
@@ -181,7 +181,7 @@ TEST(Run, CleanLogsGiveFewEntriesAndAnUnreadSystemLogDoesNotBlock) {
     EXPECT_LE(std::count(counted.begin(), counted.end(), '\n'), 5 * std::ssize(days)) << counted;
     fs::create_directory(system / "dev");
     const LogDaemon daemon(system / "dev/log", SOCK_DGRAM);
-    // The paths are relative, because the temporary folder may be in /dev, which is hidden.
+    // The paths are relative, because the temporary folder may be in /dev, which the mount hides.
     const ToolRun logged = {
         .environment = {{"QV_LOG", ""}, {"QV_LOG_LEVEL", "6"}, {"QV_REGISTRY", "root/registry.reg"}},
         .mounted = {system / "dev", "/dev"}};
@@ -216,7 +216,7 @@ TEST(Run, TheLogNamesCallsAndPlaces) {
     EXPECT_EQ(refused.err, kEnvironment + ("qvledger: the registry file cannot be used: " + trouble));
 }
 
-// Level 6 names failed system calls, and the place where a log is damaged.
+// Entries of level 6 name failed system calls, and the place where a log is damaged.
 TEST(Run, LevelSixNamesCauses) {
     PrintSystem system;
     const ToolRun detailed{.environment = {{"QV_LOG_LEVEL", "6"}}};

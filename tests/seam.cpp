@@ -36,12 +36,10 @@ static bool isRefused(BOOL result, LONG reason) {
     return result == 0 && GetLastError() == static_cast<DWORD>(reason);
 }
 
-// ---- Files ----
-
 constexpr std::int64_t kFarAway = std::int64_t{3} << 30; // beyond 32-bit positions
 
 static void makeFile(const char *path, const char *text) {
-    static_cast<void>(_unlink(path)); // left by an earlier run
+    static_cast<void>(_unlink(path)); // removes the file of an earlier run
     const Descriptor file(OS_MakeFile(path));
     CHECK(_write(file.get(), text, static_cast<unsigned>(std::strlen(text))) >= 0);
 }
@@ -61,7 +59,7 @@ static std::int64_t sizeOf(const char *path) {
 
 static void checkNames() {
     for (const char *name : {"new", "moved", "named", "copy", "aside"})
-        static_cast<void>(_unlink(name)); // left by an earlier run
+        static_cast<void>(_unlink(name)); // removes the file of an earlier run
     makeFile("five", "12345");
     CHECK(sizeOf("five") == 5 && fails(sizeOf("none"), ENOENT));
     CHECK(fails(OS_MakeFile("five"), EEXIST) && fails(OS_MakeFile("none/five"), ENOENT));
@@ -151,7 +149,7 @@ static void checkLocks() {
         CHECK(OS_MoveName("held", "aside") == 0);
         CHECK(OS_LockOutWriters(file.get(), "aside", identity) == OS_TAKEN);
     }
-    static_cast<void>(OS_LockFile(file.get())); // as a run that deletes has it
+    static_cast<void>(OS_LockFile(file.get())); // like a run that deletes the log
     CHECK(OS_LockOutWriters(file.get(), "aside", identity) == OS_DONE);
     Descriptor reader(OS_OpenToRead("aside"));
     CHECK(OS_LockFile(reader.get()) == OS_TAKEN);
@@ -163,8 +161,6 @@ static void checkLocks() {
     CHECK(fails(sizeOf("aside"), ENOENT));
 }
 
-// ---- Texts and times ----
-
 static int compareNames(const char *one, const char *two) {
     return _mbsicmp(reinterpret_cast<const unsigned char *>(one),
                     reinterpret_cast<const unsigned char *>(two));
@@ -173,12 +169,12 @@ static int compareNames(const char *one, const char *two) {
 static void checkTexts() {
     CHECK(_stricmp("Alpha", "aLPHA") == 0 && _stricmp("B", "_") > 0);
     CHECK(_stricmp("\u00C4RGER", "\u00E4rger") < 0);
-    CHECK(_stricmp("\u00CA", "\u00DA") < 0); // their second bytes are a letter and its capital in a code page
+    CHECK(_stricmp("\u00CA", "\u00DA") < 0); // in code page 1252, the bytes 8A and 9A differ only in case
     CHECK(_memicmp("a\0B", "A\0b", 3) == 0 && _memicmp("\u00C4", "\u00E4", 2) < 0);
     CHECK(compareNames("Corp", "CORP") == 0 && compareNames("ab", "ABC") < 0);
     CHECK(kOnWindows ? compareNames("\u00C4RGER", "\u00E4rger") < 0
                      : compareNames("\u00C4RGER", "\u00E4rger") == 0);
-    CHECK(compareNames("\u212A", "k") != 0); // the sign of the kelvin
+    CHECK(compareNames("\u212A", "k") != 0); // the kelvin sign is not the letter K
     const auto *text = reinterpret_cast<const unsigned char *>("\u00E9-x");
     CHECK(_mbschr(text, '-') == text + 2 && _mbschr(text, '!') == nullptr && _mbschr(text, 0) == text + 4);
     char narrow[16] = "";
@@ -207,11 +203,9 @@ static void checkTimes() {
     const int result = gmtime_s(&time, &before1970);
     CHECK(kOnWindows ? result != 0 : isTime(time, "1969-12-31 23:59:59"));
     CHECK(gmtime_s(&time, &summer) == 0 && isTime(time, "1999-07-15 12:00:00"));
-    time.tm_mday += 40; // is normalised
+    time.tm_mday += 40; // _mkgmtime() normalises the day
     CHECK(_mkgmtime(&time) - summer == 40 * 86400);
 }
-
-// ---- System calls that differ ----
 
 static void checkOwnCalls() {
     char user[kRoom] = "", computer[kRoom] = "", domain[kRoom] = "", sid[kRoom] = "";
@@ -227,8 +221,6 @@ static void checkOwnCalls() {
     CHECK(userSize == std::strlen(user) + (kOnWindows ? 1 : 0));
     CHECK(_putenv("Seam=small") == 0 && (std::getenv("SEAM") != nullptr) == kOnWindows);
 }
-
-// ---- A file that another program has open ----
 
 static int stay(bool isReady) {
     std::puts(isReady ? "ready" : std::strerror(errno));
@@ -251,7 +243,7 @@ static int occupy(std::string_view how, const char *path) {
 
 int main(int argc, char **argv) {
     OS_PrepareProcess();
-    OS_ChooseLocale(LC_ALL); // as the programs do
+    OS_ChooseLocale(LC_ALL); // like the programs
     if (argc == 3)
         return occupy(argv[1], argv[2]);
     for (const auto part : {checkNames, checkReading, checkWriting, checkIdentity, checkLocks, checkTexts,

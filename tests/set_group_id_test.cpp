@@ -13,9 +13,9 @@
 using namespace samples;
 namespace fs = std::filesystem;
 
-constexpr uid_t kCaller = 1; // the id of a user and of a group that both have names
-constexpr gid_t kLent = 4;   // a named group without the caller
-static const char *const kRootless = "test-without-root"; // a server
+constexpr uid_t kCaller = 1;                              // id of a user and of a group, both with a name
+constexpr gid_t kLent = 4;                                // id of a named group without the caller
+static const char *const kRootless = "test-without-root"; // server without QV_ROOT in the registry
 static const char *const kLines = "job-name\nthe system's\n";
 
 static void own(const fs::path &path, uid_t user, gid_t group, unsigned mode) {
@@ -26,7 +26,7 @@ static Log logFor(const AccessEntry &entry, const std::string &name = "the syste
     return logOf({jobOf({{"job-name", {name}}})}, {.accessList = {pack(entry)}});
 }
 
-// The print system belongs to root and the lent group; the caller has another one.
+// The print system belongs to root and the lent group; `mine` belongs to the caller and the caller's group.
 class SetGroupId : public testing::Test {
 protected:
     void SetUp() override {
@@ -53,7 +53,7 @@ protected:
         own(mine.logs(), kCaller, kCaller, 0755);
     }
 
-    // What the runs find in /etc: the accounts, and a registry file.
+    // Makes the folder that the runs see as /etc: the accounts, and a registry file.
     void makeEtc() {
         fs::create_directories(system / "etc/qvledger");
         for (const char *name : {"group", "ld.so.cache", "nsswitch.conf", "passwd"})
@@ -62,7 +62,7 @@ protected:
         layRegistry("9");
     }
 
-    // The machine is in a LAN group if the flags of its network logon are 8.
+    // Writes the registry file.  The machine is in a LAN group if the flags of its network logon are 8.
     void layRegistry(const std::string &flags) {
         const std::pair<std::string, std::string> root{"QV_ROOT", system.root.path().string()};
         const std::string control = "SYSTEM\\CurrentControlSet\\";
@@ -89,7 +89,7 @@ protected:
         EXPECT_EQ(result.out, "") << label;
     }
 
-    PrintSystem system; // QV_REGISTRY and QV_LOG name files in it
+    PrintSystem system; // contains the files of QV_REGISTRY and QV_LOG
     const SampleRoot mine{system / "mine"};
     std::string caller;
 };
@@ -100,8 +100,7 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     EXPECT_EQ(result.status, 0) << "a caller on the access list gets his report: " << result.err;
     EXPECT_EQ(result.out, kLines);
 
-    // The environment.
-    const fs::path locked = system / "locked"; // writable by the group
+    const fs::path locked = system / "locked"; // the lent group may write it
     writeFile(locked, "");
     own(locked, 0, kLent, 0660);
     const auto expectIgnored = [&](const std::string &name, const std::string &value) {
@@ -121,7 +120,7 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     }
     EXPECT_FALSE(fs::exists(mine.path() / "log"));
 
-    // Paths of the caller's choice.
+    // Paths that the caller chooses.
     fs::copy(system.root.oids(), secret);
     logFor(anyUserEntry(), "secret").save(secret / "alpha.19990301");
     own(secret / "alpha.19990301", 0, kLent, 0640);
@@ -151,7 +150,6 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     EXPECT_EQ(result.out, kLines);
     EXPECT_TRUE(fs::exists(oldLog));
 
-    // The access list.
     const auto expectStatus = [&](const char *label, const AccessEntry &entry, int status) {
         logFor(entry).save(oldLog);
         EXPECT_EQ(run({"alpha"}).status, status) << label;
@@ -160,7 +158,7 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     expectStatus("the caller's group", groupEntry(getgrgid(kCaller)->gr_name, computerName()), 0);
     expectStatus("the owner of the program", userEntry("root", computerName()), 7);
 
-    // The machine's domain is from the system's registry, whatever the options.
+    // The machine's domain comes from the system's registry, even with -O.
     const AccessEntry inMachinesDomain = {text(caller), {text(""), oid(DOMAIN_NT)}, 1};
     for (const auto &[flags, status] : {std::pair{"9", 0}, {"8", 7}}) {
         layRegistry(flags);

@@ -9,7 +9,7 @@ using namespace qvledger;
 
 using namespace std::string_literals;
 
-// A copy of a text of the library, which is released.
+// Returns a copy of a text of the library and frees the text.
 static std::string take(char *source) {
     const std::string text = source != nullptr ? source : "(no text)";
     std::free(source);

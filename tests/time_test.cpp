@@ -42,8 +42,8 @@ protected:
     }
 };
 
-// The standard offset is added in every season and mktime reads the sum as local time, so the result is an
-// hour slow in summer.
+// The standard offset is added in every season, and mktime() reads the sum as local time.  So the result is
+// an hour slow in summer.
 TEST_F(Times, UtcIsConvertedInEachZoneAndSeason) {
     const struct {
         const char *label, *zone;
@@ -76,7 +76,7 @@ TEST_F(Times, UtcIsConvertedInEachZoneAndSeason) {
 
 TEST_F(Times, SecondsDoNotDependOnEarlierConversions) {
     using samples::packUint;
-    // A zone that moved from UTC+3 to UTC+4 for good, at 02:00 on 27 March 2011.
+    // A zone that changed from UTC+3 to UTC+4 on 27 March 2011 at 02:00, and never changed again.
     const TempDir folder;
     samples::writeFile(folder / "zone", "TZif" + std::string(16 + 12, '\0') + packUint(1) + packUint(2) +
                                             packUint(4) + packUint(1301180400) + '\1' + packUint(10800) +
@@ -89,7 +89,7 @@ TEST_F(Times, SecondsDoNotDependOnEarlierConversions) {
         std::int64_t seconds;
     } cases[] = {
         {kBerlin, {2024, 10, 27, 2, 0, 0, 0, 0, 0}, 1729994400},
-        {moved.c_str(), {2011, 3, 26, 22, 30, 0, 0, 0, 0}, 1301182200}}; // 02:30, which no clock showed
+        {moved.c_str(), {2011, 3, 26, 22, 30, 0, 0, 0, 0}, 1301182200}}; // 02:30, which did not exist
     for (const auto &c : cases)
         for (const std::int16_t month : {std::int16_t{1}, std::int16_t{7}}) {
             setZone(c.zone);

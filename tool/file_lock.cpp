@@ -9,7 +9,7 @@ using namespace qvledger;
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience(1); // before the wait is reported
+constexpr std::chrono::seconds kPatience(1); // time before the wait is reported
 constexpr int kShortestPause = 10;           // milliseconds
 constexpr int kLongestPause = 100;
 

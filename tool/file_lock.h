@@ -5,11 +5,12 @@
 
 namespace qvledger {
 
-// Is the standard error stream the file of the descriptor?
+// Does the standard error stream write to the file of this descriptor?
 bool isMessagesFile(int fd);
 
-// Locks the file of a descriptor.  Waits while another run has it locked; after a second, a message reports
-// the wait, once.  Gives up when the program receives a signal to end.  name: the file's name in the message.
+// Locks the file of a descriptor.  If another run has locked the file, waits; after a second, prints one
+// message about the wait.  Gives up when a signal asks the program to end.  name: the file's name in the
+// message.
 LockResult lockFile(int fd, const char *name);
 
 } // namespace qvledger

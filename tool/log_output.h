@@ -1,4 +1,4 @@
-// Interface of the writers that turn logs into output: the report of qvledger, the lines of qvledger-json.
+// Interface of the writers that turn logs into output: the report of qvledger and the lines of qvledger-json.
 #pragma once
 
 #include <cstdint>
@@ -11,23 +11,23 @@ namespace qvledger {
 // Identifies a log.
 struct LogName {
     const char *server;
-    const char *file;   // name of the opened file, without its directory
-    const char *listed; // name in the listing; its date determines which file is opened
+    const char *file;   // file name without directory; same as `listed` if the log could not be opened
+    const char *listed; // name in the list of logs; logs are opened by date, so `file` can differ
     std::int32_t date;  // YYYYMMDD
 };
 
 class LogOutput {
 public:
     virtual ~LogOutput() = default;
-    // Writes all records of an open log, or fewer if mustStop() (tool/stop.h).  True if it reached the end of
-    // the log and skipped nothing.  Reports failures to the user.
+    // Writes all records of an open log; stops early if mustStop() (tool/stop.h).  Reports failures to the
+    // user.  Returns true if the end of the log was reached and nothing was skipped.
     virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                        LineWriter &report) = 0;
-    // Called if a log could not be opened, after that was reported.
+    // Called after the message about a log that could not be opened.
     virtual void skip(const LogName &, LineWriter &) {}
-    // Called if the last log could not be read to its end, after that was reported.
+    // Called after the message about a log that could not be read to its end.
     virtual void readFailed() {}
-    // Called if the list of the server's logs may be incomplete, after that was reported.
+    // Called after the message about a list of a server's logs that may be incomplete.
     virtual void listIsCut(const char *, LineWriter &) {}
     // Called after the last log of a server.
     virtual void end() {}

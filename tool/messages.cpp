@@ -106,8 +106,8 @@ static void appendValue(LogText &line, const MessageValue &value, bool isOwn) {
         line.append(std::get<const char *>(value));
 }
 
-// Messages of set 59 print their arguments unchanged.  Those of sets 60 and 61 begin with the program's name,
-// and control characters in their arguments are escaped.
+// Messages of set 59 print their arguments unchanged.  Messages of sets 60 and 61 begin with the program's
+// name, and control characters in their arguments are escaped.
 void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values) {
     char text[kRawSize];
     GetMsg(msgCode, sizeof text, text);
@@ -128,7 +128,7 @@ void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<Messa
         at += 2; // "$s" or "$d"
     }
     if (isOwn && !line.view().ends_with('\n'))
-        line.end('\n'); // a catalogue may lack it
+        line.end('\n'); // a catalogue's text may lack the line end
     eraseProgress();
     if (messageSink != nullptr)
         messageSink->message(line.view());

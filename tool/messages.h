@@ -27,13 +27,13 @@ protected:
     ~MessageSink() = default;
 };
 
-// Null restores the standard error stream.  REQUIRES: the sink outlives its use.
+// Sends messages to the sink; null restores the standard error stream.  REQUIRES: the sink outlives its use.
 void setMessageSink(MessageSink *sink);
 
 // An argument of a message: a text, or a number to print in decimal.
 using MessageValue = std::variant<const char *, std::int32_t>;
 
-// Prints a message.  A placeholder without an argument is replaced by nothing.
+// Prints a message.  A placeholder without an argument is removed.
 void displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values);
 
 // The message code for an ALA return code.
@@ -59,10 +59,10 @@ void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf
 // Was a message catalogue found?
 bool hasCatalogue();
 
-// Appends the log text of a return code to the log entry being built; nothing for success.
+// Appends the log text of a return code to the log entry being built.  Appends nothing for success.
 void printError(std::int32_t errRes);
 
-// Writes a log entry for a return code, after the prefix unless that is null.
+// Writes a log entry for a return code.  The prefix comes before the text, and may be null.
 void logFailure(const char *prefix, std::int32_t errCode, const char *file = __builtin_FILE(),
                 std::int32_t line = __builtin_LINE());
 

@@ -7,7 +7,7 @@ namespace qvledger {
 
 struct Options {
     const char *serverName = nullptr;   // first operand
-    char *const *moreServers = nullptr; // the others
+    char *const *moreServers = nullptr; // the other operands
     std::int32_t numMoreServers = 0;
     const char *ofile = nullptr;
     const char *startDate = nullptr;
@@ -19,13 +19,13 @@ struct Options {
     const char *sortBy = nullptr;
     const char *top = nullptr;
     const char *form = nullptr;
-    std::int32_t dflg = 0; // number of -d; non-zero: delete the logs
+    std::int32_t dflg = 0; // number of -d options; non-zero: delete the logs
     std::int32_t helpflg = 0;
     std::int32_t verflg = 0;
     std::int32_t errflg = 0;          // number of invalid options
     std::int32_t suppressHeadflg = 0; // 1: no header lines (-g)
-    std::int32_t docflg = 0;          // 1: documents, too (-a)
-    std::int32_t typeflg = 0;         // 1: typed values (-t)
+    std::int32_t docflg = 0;          // 1: report documents, too (-a)
+    std::int32_t typeflg = 0;         // 1: write typed values (-t)
 };
 
 // The option letters of each program, in the form of getopt.
@@ -39,14 +39,15 @@ void replaceLongOptions(int argc, char **argv);
 
 Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
 
-// The date that ValidDate checks.
+// Values of ValidDate's dateTypeStr: the option that a message names.
 constexpr std::int32_t kStartDate = 0;
 constexpr std::int32_t kEndDate = 1;
 
-// 1 for a valid date, which begins with exactly eight digits YYYYMMDD; 0 after a message with the fault.
+// Checks a date.  Returns 1 for a valid date; otherwise prints a message with the fault and returns 0.  A
+// valid date begins with exactly eight digits, YYYYMMDD.
 std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr);
 
-// Checks the dates that are given; see ValidDate.
+// Checks with ValidDate those dates that the options contain.
 bool datesAreValid(const Options &options);
 
 // The requested range of dates, as numbers YYYYMMDD, both ends included.
@@ -57,7 +58,7 @@ struct DateRange {
     bool contains(std::int32_t date) const { return date >= first && date <= last; }
 };
 
-// REQUIRES: datesAreValid.
+// REQUIRES: datesAreValid(options).
 DateRange dateRange(const Options &options);
 
 } // namespace qvledger

@@ -25,7 +25,8 @@ int qvledger::runProgram(const char *name, int argc, char **argv, std::initializ
     setProgramName(name);
     OS_PrepareProcess();
     OS_NoteEndSignals();
-    // The report may be the same file and is appended to, so messages must be appended, too.
+    // Messages may go to the file of the report.  Report lines are appended to that file, so messages must be
+    // appended, too.
     static_cast<void>(OS_WriteAtEnd(_fileno(stderr)));
     dropLentRights();
     for (const int category : localeCategories)

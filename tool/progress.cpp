@@ -16,7 +16,7 @@ struct State {
     bool shows = false;
     bool drawn = false;
     std::int32_t numLogs = 0;
-    std::int32_t logNumber = 0; // of the current log, from 1
+    std::int32_t logNumber = 0; // number of the current log, from 1
     std::int32_t date = 0;
     std::int64_t records = 0;
     std::int64_t started = 0; // milliseconds

@@ -10,15 +10,15 @@
 
 namespace qvledger {
 
-// Call it first.  With lent rights, also removes QV_ROOT, so that the root comes from the registry and not
-// from the caller.
+// Drops the lent rights until LentRights uses them.  Call this function first.  With lent rights, also
+// removes QV_ROOT, so that the root comes from the registry and not from the caller.
 inline void dropLentRights() {
     if (OS_HasLentRights() != 0)
         static_cast<void>(_putenv("QV_ROOT=")); // an empty value removes a variable
     OS_UseCallersRights();
 }
 
-// Uses the lent rights within a block, if the path used there is the system's own.
+// Uses the lent rights within a block, if the path used in the block is the system's own.
 class LentRights {
 public:
     explicit LentRights(bool pathIsTheSystems) {

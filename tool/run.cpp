@@ -26,7 +26,8 @@ struct RunResult {
     bool foundLog = false;
     int status = 0;
 
-    // The status is that of the first failure.  A failure takes precedence over kStatusNoLogs.
+    // Adds a server's result.  The run's status is that of the first failure.  A failure takes precedence
+    // over kStatusNoLogs.
     void add(const ServerResult &server) {
         deletedAny = deletedAny || server.deletedAny;
         failed = failed || server.failed;
@@ -42,7 +43,7 @@ public:
     Run(const Options &options, std::int32_t numServers, LogOutput &writer)
         : options_(options), numServers_(numServers), writer_(writer) {}
 
-    // Reports all servers.  The run's exit status.
+    // Reports all servers.  Returns the run's exit status.
     int report();
     // Could the report not be written?
     bool isLost() const { return lines_.failed(); }
@@ -53,15 +54,15 @@ private:
     bool loadSettings(std::int32_t number);
     bool refuseLogAsReport(std::int32_t current);
 
-    Options options_; // with the name of the current server
+    Options options_; // serverName is the current server
     const char *firstServer_ = options_.serverName;
     std::int32_t numServers_;
     LogOutput &writer_;
     ReportFile file_;
     LineWriter lines_{file_};
     RunResult result_;
-    bool isOpen_ = false; // the report
-    bool isOver_ = false; // skip the remaining servers
+    bool isOpen_ = false; // the report is open
+    bool isOver_ = false; // the remaining servers are skipped
     char **environment_ = OS_KeepEnvironment();
     char zone_[256] = ""; // TZ of the first server, which all others must share; a copy, cut to 255 bytes
 };
@@ -73,20 +74,22 @@ static const char *timeZone() {
     return zone != nullptr ? zone : "";
 }
 
-// Sets the environment for a server, without settings of the server before it.
+// Sets the environment for a server, and removes settings of the previous server.
 bool Run::loadSettings(std::int32_t number) {
     options_.serverName = number == 0 ? firstServer_ : options_.moreServers[number - 1];
     OS_RestoreEnvironment(environment_);
     return loadServiceEnvironment(options_.serverName);
 }
 
-// True, after a message, if the report file is a log of one of the servers: report lines in a log would be
-// read as its records.  This registers no server, because the first registration fixes the time zone.
+// Refuses a report file that is a log of one of the servers: prints a message and returns true, because
+// report lines in a log would be read as records.  Registers no server, because the first registration fixes
+// the time zone.
 bool Run::refuseLogAsReport(std::int32_t current) {
     if (!file_.isFile())
         return false;
     for (std::int32_t number = 0; number < numServers_; ++number) {
-        // Missing settings are reported when the server itself is reported; check the known directory anyway.
+        // Ignore missing settings here: they are reported when this server's report begins.  The log
+        // directory may still be known from -p or QV_ROOT.
         if (numServers_ > 1)
             static_cast<void>(loadSettings(number));
         Malloced<char> madePath;
@@ -103,8 +106,8 @@ bool Run::refuseLogAsReport(std::int32_t current) {
     return true;
 }
 
-// Checks the dates and opens the report, once, before the first log.  0, or the status that ends the run; 0
-// with isOpen_ false if a signal asked the program to end.
+// Checks the dates and opens the report, once, before the first log.  Returns 0, or the status that ends the
+// run.  If a signal asked the program to end, returns 0 and leaves isOpen_ false.
 int Run::openReport(std::int32_t number) {
     if (!datesAreValid(options_))
         return kStatusBadStart;
@@ -131,7 +134,7 @@ ServerResult Run::reportOne(std::int32_t number) {
         DisplayMsg(kMsgEnvironment);
         if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0') {
             DisplayMsg(kMsgRegistryFile, trouble);
-            isOver_ = true; // the settings of all servers are there
+            isOver_ = true; // the registry has the settings of all servers
         }
         return failedServer(kStatusBadStart);
     }

@@ -14,13 +14,13 @@ constexpr char compiledVersionString[] = {
     '0' + ALA_VERSION_MAJOR,      '.', '0' + ALA_VERSION_MINOR, '-', '0' + ALA_VERSION_PATCH / 10,
     '0' + ALA_VERSION_PATCH % 10, '\0'};
 
-// The run of qvledger, for the first operand.  The exit status.
+// Runs qvledger for the server of the first operand.  Returns the exit status.
 int run(const Options &options);
 
-// The same with another writer, for the first numServers operands, into one report.  If a server fails, the
-// others are still reported.  The status is that of the first failure; kStatusNoLogs is used only if no
-// server failed.  statusIfLost: the status if the report could not be written; kStatusAsUsual: no special
-// status.
+// Reports the servers of the first numServers operands into one report, through any writer.  If a server
+// fails, the others are still reported.  Returns the status of the first failure; kStatusNoLogs only if no
+// server failed.  statusIfLost is the status if the report could not be written; kStatusAsUsual means no
+// special status.
 constexpr int kStatusAsUsual = -1;
 int runWith(const Options &options, std::int32_t numServers, LogOutput &writer,
             int statusIfLost = kStatusAsUsual);

@@ -30,7 +30,8 @@ struct LoopState {
     }
 };
 
-// Checks the report before each deletion, and reports logs that keep another name.
+// Checks the report before each deletion, and prints a message about each log that could not be given its
+// name back.
 class Deletion final : public DeletionWatch {
 public:
     explicit Deletion(const ReportFile &report) : report_(report) {}
@@ -43,7 +44,8 @@ private:
 
 } // namespace
 
-// Registers the server and lists its logs.  0, or the code of a failure, which was reported.
+// Registers the server and lists its logs.  With -d, also restores logs whose deletion was interrupted.
+// Returns 0, or the code of a failure, which was reported.
 static ALA_retCode_t startSession(const Options &options, const char *logPath, const LineWriter &report,
                                   ServerSession &session) {
     if (const ALA_retCode_t result = registerServer(options, logPath, session); result != ALA_N_NORMAL)
@@ -130,7 +132,7 @@ static void processLogs(const Options &options, const ServerSession &session, Li
     const ALA_name *file = session.nameList;
     for (const dateNode *node = session.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (date > range.last) // the later ones are newer
+        if (date > range.last) // all later logs are newer
             return;
         if (mustStop(report.failed()))
             return;
@@ -142,7 +144,7 @@ static void processLogs(const Options &options, const ServerSession &session, Li
     }
 }
 
-// The steps before the first log.  0, or the status of a failure, which was reported.
+// Does the steps before the first log.  Returns 0, or the status of a failure, which was reported.
 static int prepare(const Options &options, const LineWriter &report, ServerSession &session) {
     Malloced<char> madePath;
     const char *logPath = findLogPath(options, madePath);
@@ -161,7 +163,7 @@ ServerResult qvledger::reportServer(const Options &options, LineWriter &report, 
         writer.listIsCut(options.serverName, report);
     writer.end();
     endProgress();
-    static_cast<void>(report.flush()); // a failure was reported
+    static_cast<void>(report.flush()); // a failure is already reported
     const bool askedToEnd = OS_NotedSignal() != 0;
     ServerResult result = {
         .failed = state.errOut || askedToEnd, .foundLog = !state.noLogFound, .deletedAny = state.deletedAny};

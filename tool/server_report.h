@@ -12,8 +12,8 @@ namespace qvledger {
 struct ServerResult {
     int status = 0;          // the exit status for this server
     bool failed = false;     // something is missing from the report, or the run was asked to end
-    bool foundLog = false;   // in the date range
-    bool deletedAny = false; // then the report has the only copy of the lines
+    bool foundLog = false;   // a log is in the date range
+    bool deletedAny = false; // logs were deleted, so the report has the only copy of their lines
 };
 
 // Reports the server's logs, and deletes them with -d.

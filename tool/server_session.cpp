@@ -79,7 +79,8 @@ private:
 
 } // namespace
 
-// A log is opened by its date, so of two logs with the same date one may be opened twice.
+// Prints a message if the current day's log and another log have the same date: logs are opened by date, so
+// one of the two may be opened twice.
 static void reportEqualDates(const ServerSession &session, const DateRange &range) {
     const ALA_name *name = session.nameList;
     for (const dateNode *node = session.dateList; node->next != nullptr;
@@ -105,7 +106,7 @@ ALA_retCode_t qvledger::listLogs(const Options &options, ServerSession &session)
     if (result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), options.serverName);
         logFailure(nullptr, result);
-        static_cast<void>(ALA_Unregister(&session.mainh)); // the run has failed anyway
+        static_cast<void>(ALA_Unregister(&session.mainh)); // a further failure does not matter
     }
     return result;
 }

@@ -1,4 +1,4 @@
-// The session of a server: the steps before its first log and after its last.
+// The session of a server: the steps before the first log and after the last log.
 #pragma once
 
 #include "ala/ala.h"
@@ -7,13 +7,13 @@
 
 namespace qvledger {
 
-// A registration and the lists of its logs.  endSession() releases them with results; the destructor,
-// without.
+// The registration of a server and the lists of its logs.  endSession() releases both and reports a failure;
+// the destructor releases the rest and ignores failures.
 struct ServerSession {
     ALA_handle_t mainh = nullptr;
     dateNode *dateList = nullptr;
-    ALA_name *nameList = nullptr; // one per date
-    bool isListCut = false;       // logs may be missing
+    ALA_name *nameList = nullptr; // one name per date
+    bool isListCut = false;       // the lists may lack logs
 
     ServerSession() = default;
     ~ServerSession();
@@ -21,15 +21,15 @@ struct ServerSession {
     ServerSession &operator=(const ServerSession &) = delete;
 };
 
-// Sets the environment from the registry's settings for a server.  False if there are none, or they cannot be
-// read or set.
+// Sets the environment from the registry's settings for a server.  False if there are no settings, or if they
+// cannot be read or set.
 bool loadServiceEnvironment(const char *serverName);
 
-// The directory of the logs: the option's, or QV_ROOT followed by "/var/acct"; `made` owns the latter.  Null
-// without QV_ROOT, and if memory runs out.
+// The directory of the logs: the path of -p or, without -p, QV_ROOT followed by "/var/acct".  `made` owns a
+// path made from QV_ROOT.  Without -p, null if QV_ROOT is not set or memory runs out.
 const char *findLogPath(const Options &options, Malloced<char> &made);
 
-// Reports why findLogPath() returned null.  The exit status for it.
+// Reports why findLogPath() returned null.  Returns the exit status for this failure.
 int reportNoLogPath();
 
 // Registers the server of the options.  0, or the code of a failure, which is reported.
@@ -42,8 +42,8 @@ ALA_retCode_t listLogs(const Options &options, ServerSession &session);
 // The number of listed logs in the range.
 std::int32_t countLogs(const ServerSession &session, const DateRange &range);
 
-// Releases the lists and the registration.  0, or the code of the first step that failed, which is logged;
-// later steps are left to the destructor.
+// Releases the lists and the registration.  Returns 0, or logs and returns the code of the first step that
+// failed.  The destructor does the remaining steps.
 ALA_retCode_t endSession(ServerSession &session);
 
 } // namespace qvledger

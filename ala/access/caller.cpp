@@ -17,13 +17,13 @@ using namespace qvledger;
 constexpr std::uint32_t kPacVersion = 1001;
 constexpr DWORD kUserNameSize = 512;
 constexpr DWORD kFirstSidSize = 512;
-constexpr DWORD kLogonServiceRuns = 8; // StatusFlags while the network logon service runs
+constexpr DWORD kLogonServiceRuns = 8; // value of StatusFlags while the network logon service runs
 constexpr DWORD kWorkstationLevel = 101;
 
-static char gMyDomainName[kDomainSize + 1] = ""; // empty until looked up, or if none is found
+static char gMyDomainName[kDomainSize + 1] = ""; // empty: not looked up yet, or there is no domain
 static std::int32_t threadOnce = 0;
 
-// Empty if the system does not report it.
+// The family of the operating system (dwPlatformId).  Empty if the system does not report its family.
 static std::optional<DWORD> platformFamily() {
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
@@ -51,7 +51,8 @@ static bool fill(char (&field)[Size], const char *name) {
     return true;
 }
 
-// The domain of the user's account, or null.  The first look-up only returns the sizes.
+// Returns the domain of the user's account, or null.  The first look-up only returns the sizes of the domain
+// and the SID.
 static Malloced<char> accountDomain(const char *user) {
     std::unique_ptr<void, HeapFreer> sid(HeapAlloc(GetProcessHeap(), 0, kFirstSidSize));
     if (sid == nullptr)
@@ -72,7 +73,7 @@ static Malloced<char> accountDomain(const char *user) {
         void *grown = HeapReAlloc(GetProcessHeap(), 0, sid.get(), sidSize);
         if (grown == nullptr)
             return nullptr;
-        static_cast<void>(sid.release()); // HeapReAlloc has released it
+        static_cast<void>(sid.release()); // HeapReAlloc has released the old block
         sid.reset(grown);
     }
     if (LookupAccountNameA(nullptr, user, sid.get(), &sidSize, domain.get(), &domainSize, &use) == 0)
@@ -80,7 +81,7 @@ static Malloced<char> accountDomain(const char *user) {
     return domain;
 }
 
-// Gives the host the same domain as the user.
+// Fills the caller's credential.  The host gets the same domain as the user.  0, or 1 on failure.
 static std::int32_t fillPac(ALA__pac *pac, SEC_domType_t domainType) {
     char user[kUserNameSize] = "";
     DWORD userSize = sizeof user;
@@ -124,8 +125,8 @@ ALA_retCode_t Caller::gather() {
 
 // ---- The machine's domain ----
 
-// Reads the flags of the network logon device; 0 if the registry has none.  Returns ERROR_SUCCESS or the
-// Win32 error code of a registry that cannot be read.
+// Reads the flags of the network logon device.  Sets *flags to 0 if the registry does not contain the flags
+// or cannot be read.  Returns ERROR_SUCCESS, or a Win32 error code if the registry cannot be read.
 static LONG readLogonFlags(DWORD *flags) {
     DWORD value = 0;
     DWORD size = sizeof value;
@@ -139,12 +140,13 @@ static void keepAsDomain(const wchar_t *wide) {
     const int wideLength = static_cast<int>(std::wcslen(wide));
     const int size = WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, nullptr, 0, nullptr, nullptr);
     if (size <= 0 || static_cast<std::size_t>(size) >= sizeof gMyDomainName)
-        return; // a domain that does not fit is ignored
+        return; // a domain that is too long is ignored
     WideCharToMultiByte(CP_OEMCP, 0, wide, wideLength, gMyDomainName, size, nullptr, nullptr);
     gMyDomainName[size] = '\0';
 }
 
-// Casts through a plain function pointer type, because FARPROC is not one on every system.
+// Returns a function of a library.  Casts through a function pointer type, because FARPROC is not a function
+// pointer on every system.
 template <class Function>
 static Function functionOf(HMODULE library, const char *name) {
     return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));

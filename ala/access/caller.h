@@ -5,19 +5,21 @@
 #include "ala/access/groups.h"
 #include "ala/ala.h"
 
-// Fill a zeroed block with the caller's identity, each on its platform family.  0, or 1 if a system call
-// fails, memory runs out or a name does not fit its field; the contents of the block are then undefined.
+// Fill a zeroed block with the caller's identity, one operation for each family of Windows.  Return 0.  If a
+// system call fails, memory runs out or a name does not fit its field, return 1; the contents of the block
+// are then undefined.
 std::int32_t ALA__GetUserInfoForClientNT(ALA__pac *outp_userCred);
 std::int32_t ALA__GetUserInfoForClient95(ALA__pac *outp_userCred);
 
-// The machine's domain, looked up once per process, and its type, SEC_DOM_NT.  The text is empty if there is
-// no domain; the facility owns it.  Null and type 0 if the look-up cannot be run.
+// Both return the machine's domain and set its type to SEC_DOM_NT.  The first call looks the domain up.  The
+// text is empty if there is no domain; the facility owns the text.  If the look-up cannot be run, they return
+// null and set the type to 0.  outp_domType may be null.
 const char *ALA__GetHostDomain(SEC_domType_t *outp_domType);
 const char *ALA__GetUserDomain(SEC_domType_t *outp_domType);
 
 namespace qvledger {
 
-// Looks the machine's domain up.  Both operations above run it, once per process.
+// Looks up the machine's domain.  The first call of either operation above runs this function.
 void TOnceGetDomainName();
 
 inline bool isEmpty(const char *text) {
@@ -25,15 +27,16 @@ inline bool isEmpty(const char *text) {
 }
 
 struct Domain {
-    const char *text; // null: none
+    const char *text; // null: there is no domain
     SEC_domType_t type;
 };
 
-// The domain of a credential, with the machine's text or type where its own is missing.
+// The domain of a credential.  A missing text or type is replaced by that of the machine's domain.
+// networkType: in network byte order; 0 if missing.
 Domain completed(const char *text, SEC_domType_t networkType);
 
-// The caller's identity while one access list is evaluated.  The groups are looked up when an entry needs
-// them.
+// The caller's identity while one access list is evaluated.  The groups are looked up when an entry of the
+// list needs them.
 class Caller {
 public:
     Caller() = default;
@@ -41,12 +44,12 @@ public:
     Caller(const Caller &) = delete;
     Caller &operator=(const Caller &) = delete;
 
-    // Gets user and host from the system.  ALA_A_SYSTEM_ERR if that fails, ALA_A_UNKNOWN_ERR on an unknown
-    // platform.
+    // Gets the user and the host from the system.  ALA_A_SYSTEM_ERR if this fails, ALA_A_UNKNOWN_ERR on an
+    // unknown platform.
     ALA_retCode_t gather();
     void log() const;
 
-    ALA_credential_t credential = {}; // its texts point into pac_
+    ALA_credential_t credential = {}; // texts point into pac_
     ALA_groupSIDList *groups = nullptr;
 
 private:

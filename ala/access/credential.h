@@ -5,14 +5,14 @@
 
 #include "service/packed/values.h"
 
-// The kind of a domain's name.
+// The type of a domain, which selects how its name is compared.
 using SEC_domType_t = std::uint32_t;
-constexpr SEC_domType_t SEC_DOM_FLAT = 3044;    // compared whole
+constexpr SEC_domType_t SEC_DOM_FLAT = 3044;    // compared as a whole
 constexpr SEC_domType_t SEC_DOM_DOTTED1 = 3045; // dotted, compared by suffix
 constexpr SEC_domType_t SEC_DOM_DOTTED2 = 3048; // dotted, compared by suffix
 constexpr SEC_domType_t SEC_DOM_W95HOST = 3049; // a computer name used as a domain
 constexpr SEC_domType_t SEC_DOM_NT = 3051;      // the type of the machine's domain
-constexpr SEC_domType_t SEC_DOM_ANY = 3055;
+constexpr SEC_domType_t SEC_DOM_ANY = 3055;     // in an entry: any type
 
 namespace qvledger {
 
@@ -23,9 +23,9 @@ constexpr std::uint32_t kComputerNameSize = 16;
 
 } // namespace qvledger
 
-// The identity as returned by the system; all numbers in network byte order.
+// The caller's identity as obtained from the system.  All numbers are in network byte order.
 struct ALA__pac {
-    std::uint32_t version; // 1001
+    std::uint32_t version; // always 1001
     std::uint32_t magic;
     char user[qvledger::kUserSize];
     char userDomain[qvledger::kDomainSize];
@@ -37,7 +37,7 @@ struct ALA__pac {
     std::uint8_t certificateVal_o[1];
 };
 
-// The identity as compared with an access list.  The domain types are in network byte order.
+// The caller's identity as compared with an access list.  The domain types are in network byte order.
 struct ALA_oncMsCred {
     char *user;
     char *domainName;

@@ -11,8 +11,8 @@
 
 using namespace qvledger;
 
-// The machine's domain, of type SEC_DOM_NT.  It does not change while there is a registration, so reading it
-// needs no lock.
+// The machine's domain, of type SEC_DOM_NT.  Does not change while there is a registration, so no lock is
+// needed to read it.
 static GEN_distNameString *serverUserDomain = nullptr;
 static std::int32_t registrations = 0;
 static std::mutex registrationLock;
@@ -23,7 +23,8 @@ void ALA__EACL_Init() {
         return;
     SEC_domType_t type = 0;
     const char *domain = ALA__GetUserDomain(&type);
-    // When memory runs out the value stays null, and comparisons that need it do not match.
+    // When memory runs out, serverUserDomain stays null, and comparisons that need the machine's domain do
+    // not match.
     static_cast<void>(GENU_MakeDistNameString2(StatusList(), &serverUserDomain, domain, type, 0));
 }
 
@@ -45,14 +46,14 @@ EntryDomain::EntryDomain(const GEN_distNameString &value)
     : hasType(value.name_syntax_o != nullptr),
       failure(GENU_ExtractDistNameString(StatusList(), TextOut(text), &type, &value, 0)) {}
 
-// The machine's domain as text and type; null and 0 if there is none.
+// The machine's domain as text and type; null and 0 if there is no domain.
 static Domain machineDomain() {
     if (serverUserDomain == nullptr)
         return {nullptr, 0};
     return {serverUserDomain->name.u.iso_646_irv, serverUserDomain->name_syntax_o->u.globalForm};
 }
 
-// The entry's domain, with the machine's type if it has none.
+// The entry's domain.  A missing type is replaced by that of the machine's domain.
 static Domain typed(const EntryDomain &entry) {
     return {entry.text.get(), entry.hasType ? entry.type : machineDomain().type};
 }
@@ -82,7 +83,7 @@ std::int32_t qvledger::matchDomain(const ALA_credential_t &credential, const Ent
                            entry.type != 0 ? entry.type : machine.type};
     const ALA_oncMsCred &caller = credential.u.oncMsCred;
     compare(completed(caller.domainName, caller.userDomType), filled, matched);
-    if (*matched != 0) // the host's domain is compared with the entry's own text
+    if (*matched != 0) // for the host's domain, an empty text is not replaced
         compare(completed(caller.hostDomain, caller.hostDomType), typed(entry), matched);
     return 0;
 }
@@ -105,7 +106,7 @@ std::int32_t _ALA_MatchExactDomainNames(STF_l__hdr *, const char *inp_credDom, S
                                         std::int32_t *outp_matched) {
     *outp_matched = 1;
     if (in_credDomType != in_aclDomType)
-        return 0; // SEC_DOM_ANY is not a wild card here
+        return 0; // here, SEC_DOM_ANY does not match other types
     if (isEmpty(inp_aclDom) && in_aclDomType == SEC_DOM_ANY) {
         *outp_matched = 0;
         ALA_DETAIL("_ALA_MatchExactDomainNames: matched #3 with NULL ACL domain\n");
@@ -127,7 +128,7 @@ std::int32_t _ALA_MatchDNSDomainNames(STF_l__hdr *inoutp_status, const char *inp
     } else if (inp_credDom == nullptr) {
         *outp_matched = 1;
     } else {
-        // When memory runs out the flag is unchanged.
+        // When memory runs out, *outp_matched is unchanged.
         static_cast<void>(_ALA_DNSMatchAscii(inoutp_status, inp_credDom, inp_aclDom, outp_matched));
     }
     return 0;

@@ -12,7 +12,7 @@
 
 using namespace qvledger;
 
-// The kind of an entry's name.
+// The kinds of names in access list entries.
 constexpr std::int32_t kAnyUser = 0;
 constexpr std::int32_t kUser = 1;
 constexpr std::int32_t kGroup = 2;
@@ -23,7 +23,7 @@ constexpr std::int32_t kPrivilegeAll = 3;
 
 namespace {
 
-// An entry that decodes its name and domain on first use.
+// An access list entry.  Decodes its name and its domain on first use.
 class Entry {
 public:
     explicit Entry(const GEN_eACL &unpacked) : raw_(unpacked) {}
@@ -65,7 +65,7 @@ static std::int32_t matchGroup(Entry &entry, const ALA_groupSIDList *groups) {
     if (ALA__SeparateSimpleName(&entry.rawName(), &name, &length) != 0)
         return 1;
     const char *domain = entry.domain().text.get();
-    // A group without a domain has no members.
+    // An entry for a group without a domain matches no caller.
     return !isEmpty(domain) && isListed(groups, name, static_cast<std::size_t>(length), domain) ? 0 : 1;
 }
 
@@ -85,7 +85,7 @@ static std::int32_t match(Entry &entry, const ALA_credential_t &credential, ALA_
         return differs;
     if (kind == kGroup)
         return matchGroup(entry, *groups);
-    std::int32_t matched = 1; // unchanged if the domain cannot be decoded
+    std::int32_t matched = 1; // stays 1 if the domain cannot be decoded
     static_cast<void>(matchDomain(credential, entry.domain(), &matched));
     return matched;
 }
@@ -108,7 +108,7 @@ ALA_retCode_t qvledger::evaluateEntry(const std::uint8_t *packed, std::int32_t l
     const StatusList status;
     void *value = nullptr;
     AS_attrValDesc_t description = {};
-    if (type != AS_ACCESS_LIST_ENTRY || // other types unpack to other records
+    if (type != AS_ACCESS_LIST_ENTRY || // other types do not unpack to GEN_eACL
         ODP_UnpackAV(status, length, packed, type, &value, &description) != 0)
         return ALA_A_ODPUNPACK_ERROR;
     auto *unpacked = static_cast<GEN_eACL *>(value);
@@ -153,7 +153,7 @@ std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const
         return 0;
     case GEN_ISO_LATIN1:
     case GEN_ISO_UCS_2:
-    case GEN_OTHER_CODE_SET: // all three members begin with the length and the bytes
+    case GEN_OTHER_CODE_SET: // the members of all three choices begin with the length and the bytes
         *outp_val = reinterpret_cast<const char *>(inp_serverName->u.iso_latin1._value);
         *outp_len = inp_serverName->u.iso_latin1.length;
         return 0;

@@ -9,7 +9,7 @@
 
 using namespace qvledger;
 
-constexpr DWORD kTokenSize = 512; // maximum bytes of a token's groups; larger tokens give no list
+constexpr DWORD kTokenSize = 512; // maximum bytes of a token's groups; larger tokens are refused
 constexpr DWORD kNameSize = 512;  // maximum bytes of a group's name, and of its domain
 
 namespace {
@@ -21,7 +21,8 @@ using OpenToken = std::unique_ptr<void, HandleCloser>;
 
 } // namespace
 
-// Adds a SID of the token to the list if it is a domain or local group.  False when memory runs out.
+// Adds a SID of the token to the list if the SID belongs to a domain group or local group.  False when memory
+// runs out.
 static bool addGroup(ALA_groupSIDList **list, PSID sid, const char *computer) {
     char name[kNameSize] = "";
     char domain[kNameSize] = "";
@@ -33,7 +34,7 @@ static bool addGroup(ALA_groupSIDList **list, PSID sid, const char *computer) {
         return true;
     Malloced<ALA_groupSIDList> node = makeZeroed<ALA_groupSIDList>();
     Malloced<char> ownName(_strdup(name));
-    // The domain of a local group is its computer's name.
+    // The domain of a local group is the computer's name.
     Malloced<char> ownDomain(_strdup(use == SidTypeAlias ? computer : domain));
     if (node == nullptr || ownName == nullptr || ownDomain == nullptr)
         return false;

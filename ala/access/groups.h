@@ -1,26 +1,27 @@
-// The groups of the calling process.
+// The groups of the user who runs the process.
 #pragma once
 
 #include <cstddef>
 
 #include "ala/access/credential.h"
 
-// A group of the caller.
+// A group in a list of groups.
 struct ALA_groupSIDList {
     char *user;       // the group's name
     char *domainName; // the group's domain
     ALA_groupSIDList *next;
 };
 
-// Creates the list of groups; does nothing if the list is not empty.  0, or 1 with an empty list.
+// Creates the list of the caller's groups unless the list already contains groups.  Returns 0, or 1 and an
+// empty list on failure.
 std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *inp_credential,
                                      ALA_groupSIDList **inoutpp_gSidList);
-// Releases the list and sets it to null.  Always 0.
+// Releases the list and sets *inoutpp_gSidList to null.  Always returns 0.
 std::int32_t ALA__ClearGroupSIDList(ALA_groupSIDList **inoutpp_gSidList);
 
 namespace qvledger {
 
-// Is the group in the list, ignoring case?  name need not be NUL-terminated.
+// Does the list contain the group `name` of `domain`, ignoring case?  name need not be NUL-terminated.
 bool isListed(const ALA_groupSIDList *list, const char *name, std::size_t nameLength, const char *domain);
 
 } // namespace qvledger

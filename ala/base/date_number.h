@@ -5,7 +5,7 @@
 
 #include "ala/ala.h"
 
-// year * 10000 + month * 100 + day
+// Returns the date as a number whose decimal digits are YYYYMMDD.
 inline std::int32_t ALA__NumFromDate(const ALA_time *inp_date) {
     return inp_date->year * 10000 + inp_date->month * 100 + inp_date->day;
 }

@@ -14,7 +14,8 @@ static bool isValid(ALA_handle_t handle) {
            handle->pid == _getpid();
 }
 
-// line: a format with the operation's name as its only argument.
+// Checks the handle, and logs `line` if it is invalid.  line: a printf format whose only argument is the name
+// of the operation.
 static ALA_retCode_t check(ALA_handle_t handle, const char *operation, const char *line) {
     return isValid(handle) ? ALA_N_NORMAL : ALA_FAIL(ALA_A_NOT_REGISTER, line, operation);
 }

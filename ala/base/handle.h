@@ -1,4 +1,4 @@
-// The registration that an ALA_handle_t points to, and the check that every operation makes on it.
+// The registration that an ALA_handle_t points to, and the check of handles at the start of every operation.
 #pragma once
 
 #include <cstdint>
@@ -9,19 +9,19 @@
 #include "ala/base/plain_days.h"
 
 struct handleData {
-    std::int32_t pid;  // of the process that registered
-    char *svrName;     // owned
-    char *acctLogPath; // owned
+    std::int32_t pid;  // process that registered
+    char *svrName;     // released with the handle
+    char *acctLogPath; // released with the handle
     void *oidHandle;   // the open OID database
 
-    // Values and attributes that the cursors could not return so far.  If reading a log raised this count,
-    // the report lacks a part of the log.
+    // Number of values and attributes that the cursors could not return.  If it grows while a log is read,
+    // the report of that log is incomplete.
     std::uint64_t valuesSkipped;
 
     ALA_timeForm_t timeForm;
 
-    qvledger::Columns columns;     // cached names
-    qvledger::PlainDays plainDays; // of the time zone at the last opening of a log
+    qvledger::Columns columns;     // cached attribute names
+    qvledger::PlainDays plainDays; // for the time zone when a log was last opened
 
     ~handleData() {
         std::free(svrName);
@@ -32,10 +32,11 @@ using ALA_handleData_t = handleData;
 
 namespace qvledger {
 
-// ALA_N_NORMAL, or ALA_A_NOT_REGISTER and a level 5 log line that names the operation.
+// Checks that this process registered the handle.  Returns ALA_N_NORMAL; otherwise ALA_A_NOT_REGISTER, and
+// logs a line of level 5 with the name of the operation.
 ALA_retCode_t checkHandle(ALA_handle_t handle, const char *operation);
 
-// The same for ALA_Open and ALA_Close, whose log line is worded differently.
+// checkHandle for ALA_Open and ALA_Close, whose log line has other words.
 ALA_retCode_t checkHandleOfLog(ALA_handle_t handle, const char *operation);
 
 } // namespace qvledger

@@ -1,11 +1,11 @@
-// The facility's mutexes, and a guard that locks one for a block.
+// The facility's mutexes, and a class that locks a mutex until the end of a block.
 #pragma once
 
 #include "service/thread.h"
 
 namespace qvledger {
 
-// Locks the mutex if it can; see isLocked().
+// Locks a mutex for the lifetime of the object.  isLocked() is false if locking failed.
 class Lock {
 public:
     explicit Lock(THR_mutex_t &mutex) : mutex_(mutex), locked_(THR_LockMutex(&mutex_) == 0) {}
@@ -13,7 +13,7 @@ public:
     Lock(const Lock &) = delete;
     Lock &operator=(const Lock &) = delete;
     bool isLocked() const { return locked_; }
-    // False if the mutex is locked but cannot be unlocked.
+    // Unlocks the mutex if this object has locked it.  False if unlocking fails.
     bool release() { return !locked_ || (locked_ = false, THR_UnlockMutex(&mutex_) == 0); }
 
 private:
@@ -21,11 +21,13 @@ private:
     bool locked_;
 };
 
-// timeLock guards time conversion, localeLock the formatting of times.  No thread locks both at once.
+// timeLock guards the conversion of times, localeLock the formatting of times.  No thread locks both mutexes
+// at once.
 extern THR_mutex_t timeLock;
 extern THR_mutex_t localeLock;
 
 } // namespace qvledger
 
-// Initialises both mutexes, or adds a user to them, at every registration.
+// Called by every registration.  Initialises both mutexes; if they are initialised already, counts a further
+// user.
 void ALA__InitMutex();

@@ -1,4 +1,5 @@
-// Small owners of what an operation allocates, which release it unless the operation succeeds.
+// Small classes that own memory which an operation allocates.  They release the memory if the operation
+// fails.
 #pragma once
 
 #include <memory>
@@ -10,7 +11,7 @@
 
 namespace qvledger {
 
-// A zeroed record, or null.
+// Allocates a zeroed record without a destructor.  Null when memory runs out.
 template <class T>
 Malloced<T> makeZeroed() {
     static_assert(std::is_trivially_destructible_v<T>, "free() would not release its members");
@@ -20,7 +21,7 @@ Malloced<T> makeZeroed() {
     return record;
 }
 
-// Owner of a malloc'ed record whose destructor releases its members.
+// Owned<T> owns a malloc'ed record with a destructor, which releases the record's members.
 struct DestroyDeleter {
     template <class T>
     void operator()(T *record) const {
@@ -31,15 +32,15 @@ struct DestroyDeleter {
 template <class T>
 using Owned = std::unique_ptr<T, DestroyDeleter>;
 
-// A zeroed record, or null.
+// Allocates a zeroed record with a destructor.  Null when memory runs out.
 template <class T>
 Owned<T> makeOwned() {
     void *memory = std::malloc(sizeof(T));
     return Owned<T>(memory != nullptr ? new (memory) T{} : nullptr);
 }
 
-// An argument for a char ** parameter that returns a new text.  The owner receives the text only at the end
-// of the full expression that contains the call.
+// Passes an owner as the argument for a char ** parameter that returns a new text.  The owner receives the
+// text only at the end of the full expression that contains the call.
 class TextOut {
 public:
     explicit TextOut(Malloced<char> &owner) : owner_(owner) {}

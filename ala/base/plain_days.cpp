@@ -10,9 +10,10 @@
 using namespace qvledger;
 
 constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr std::size_t kDays = 16384; // size of the cache: 44 years
+constexpr std::size_t kDays = 16384; // days in the cache: 44 years
 
-// Converts a local time, in seconds since 1970, to an instant.  Does the conversion back give the same time?
+// Converts a local time, in seconds since 1970, to an instant.  True if converting the instant back results
+// in the same local time.
 static bool survivesRoundTrip(std::int64_t seconds, std::time_t *instant) {
     const std::time_t local = seconds;
     std::tm original = {};
@@ -32,7 +33,7 @@ static bool isPlainDay(std::int32_t day) {
     const std::int64_t start = day * kSecondsPerDay;
     std::time_t first = 0;
     std::time_t last = 0;
-    // mktime() returns -1 when it fails, so a day that contains this instant does not count as plain.
+    // mktime() returns -1 when it fails, so a day that contains the instant -1 is never plain.
     return survivesRoundTrip(start, &first) && survivesRoundTrip(start + kSecondsPerDay - 1, &last) &&
            last - first == kSecondsPerDay - 1 && (last < -1 || first > -1);
 }

@@ -1,7 +1,7 @@
-// A cache of plain days: days without a change of the clocks.
+// A cache of plain days: days on which the clocks are not changed.
 //
-// On a plain day every local time survives the C library's conversion to an instant and back, so both
-// conversions can be skipped.  They cost more than the rest of rendering a time.
+// If the C library converts a local time of a plain day to an instant and back, the result is the same local
+// time.  So both conversions are skipped; they cost more than the rest of rendering a time.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ public:
     // Empties the cache if the time zone of the process has changed.
     void checkZone();
 
-    // day: in days since 1 January 1970.  False if the day is not plain or that cannot be determined.
+    // Is the day plain?  day: in days since 1 January 1970.  Also false if this cannot be determined.
     bool contains(std::int32_t day);
 
 private:
@@ -26,10 +26,10 @@ private:
         bool isPlain;
     };
 
-    Malloced<Day> days_;   // null: empty cache
-    char zone_[64] = "";   // TZ
-    long offset_ = 0;      // _timezone
-    bool isUsable_ = true; // false: TZ does not fit zone_
+    Malloced<Day> days_;   // null: the cache is empty
+    char zone_[64] = "";   // value of TZ for which days_ is valid
+    long offset_ = 0;      // value of _timezone for which days_ is valid
+    bool isUsable_ = true; // false: TZ is too long for zone_, so nothing is cached
 };
 
 } // namespace qvledger

@@ -5,7 +5,8 @@
 
 namespace qvledger {
 
-// The settings of server NAME are the values of this key, or of the common key if it does not exist:
+// The settings of the server NAME are the values of the following key.  If that key does not exist, they are
+// the values of the common key (kCommonEnvironmentKey).
 //     SYSTEM\CurrentControlSet\Services\qv spl NAME\Environment
 constexpr char kServicesKey[] = "SYSTEM\\CurrentControlSet\\Services\\";
 constexpr char kSpoolerPrefix[] = "qv spl ";

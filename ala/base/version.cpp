@@ -1,4 +1,4 @@
-// The operations without a handle: version, texts of return codes, log callback.
+// The operations that need no handle: version, texts of return codes, log callback.
 #include "ala/ala.h"
 
 #include <algorithm>
@@ -21,7 +21,8 @@ struct CodeText {
 
 } // namespace
 
-// "NAME: meaning", without the line end of the log text.  If either is empty, the other alone.
+// Makes the text "NAME: meaning" from a code's name and its log text without the line end.  If the name or
+// the log text is empty, the text is the other part alone.
 static constexpr CodeText codeText(ALA_retCode_t code, const char *codeName, std::string_view logText) {
     const std::string_view name = codeName;
     if (logText.ends_with('\n'))

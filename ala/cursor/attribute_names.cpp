@@ -1,4 +1,4 @@
-// The names of a record's attributes.
+// Lists the names of a record's attributes.
 #include "ala/cursor/attributes.h"
 
 #include <algorithm>
@@ -16,17 +16,17 @@ namespace {
 
 struct NodeRange {
     std::uint64_t first;
-    std::uint64_t end; // not included
+    std::uint64_t end; // the range does not include this node
 };
 
-// Builds a list of names in one block: the nodes in the order of the list, then the texts.  The first node is
-// at the block's address, so a single free releases the list.
+// Builds a list of names in one block: the nodes in the order of the list, then the texts.  The block begins
+// with the first node, so a single free releases the whole list.
 class NameBlock {
 public:
     explicit NameBlock(std::size_t count) : count_(count), free_(count) {}
 
-    // Adds a name at the front of the list.  name: in a buffer as copyName requires.  False when memory runs
-    // out.
+    // Adds a copy of a name at the front of the list.  name: in a buffer of at least kUsualName bytes (see
+    // copyName).  False when memory runs out.
     bool add(const char *name, std::size_t length) {
         const std::size_t room = std::max(length + 1, kUsualName);
         if (used_ + room > capacity_ && !grow(used_ + room))
@@ -45,7 +45,7 @@ public:
 private:
     ALA_attrName *nodes() { return reinterpret_cast<ALA_attrName *>(block_.get()); }
 
-    [[gnu::noinline]] bool grow(std::size_t size) { // inlining it would slow add() down
+    [[gnu::noinline]] bool grow(std::size_t size) { // inlined, it would slow down add()
         const std::size_t texts = count_ * sizeof(ALA_attrName);
         const std::size_t wanted = std::max({size, texts + count_ * kUsualName, 2 * capacity_});
         Malloced<char> grown(static_cast<char *>(std::malloc(wanted)));
@@ -61,7 +61,7 @@ private:
     }
 
     std::size_t count_;
-    std::size_t free_; // unused nodes, at the front
+    std::size_t free_; // number of unused nodes, at the start of the block
     std::size_t used_ = count_ * sizeof(ALA_attrName);
     std::size_t capacity_ = 0;
     Malloced<char> block_;
@@ -69,7 +69,7 @@ private:
 
 } // namespace
 
-// Sets *range to the nodes of the type that the record contains.  False for an unknown type.
+// Sets *range to those nodes of the record that the type selects.  False for an unknown type.
 static bool selectRange(const record &jobRecord, ALA_recAttrType_t type, NodeRange *range) {
     const std::uint64_t job = jobRecord.numJobAttr;
     const std::uint64_t document = job + jobRecord.docAttrPerDoc;
@@ -103,7 +103,8 @@ static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const ch
         wanted, static_cast<unsigned>(result), jobRecord.attrValList->decoid);
 }
 
-// Looks a name up in the OID database and caches it.  0, or the error of the OID database.
+// Looks up an attribute's name in the OID database and caches the name.  Returns 0, or the error of the OID
+// database.
 static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, std::uint32_t place,
                                attrValNode *node, char *name) {
     std::int32_t result = fillOid(status, node);
@@ -189,7 +190,7 @@ std::uint64_t qvledger::namesState(ALA_handle_t handle, ALA_record_t jobRecord, 
 
 ALA_retCode_t ALA_FreeAttributeList(ALA_attrName **inoutp_attributeNames) {
     const FuncTrace trace("ALA_FreeAttributeList");
-    std::free(*inoutp_attributeNames); // a NameBlock
+    std::free(*inoutp_attributeNames); // all nodes and texts are in one block (NameBlock)
     *inoutp_attributeNames = nullptr;
     return ALA_N_NORMAL;
 }

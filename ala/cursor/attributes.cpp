@@ -11,7 +11,8 @@ using namespace qvledger;
 
 namespace {
 
-// The key of a cached name: the attribute's index, and the state of its record's names (Columns).
+// The arguments of Columns::recall for an attribute: the place, and the result of stateOf for the record's
+// names.
 struct Place {
     std::uint32_t number;
     std::uint64_t names;
@@ -32,8 +33,9 @@ std::int32_t qvledger::fillOid(STF_l__hdr *status, attrValNode *node) {
     return result;
 }
 
-// Renders a value and adds it to the pair.  packed: empty for an attribute without values.
-// ALA_A_ODPUNPACK_ERROR: the value does not match its type.
+// Renders a value and adds its text to the pair.  packed: empty for an attribute without values.  name: null
+// data if the attribute's name is not cached.  Returns the codes of getAttribute, or ALA_A_ODPUNPACK_ERROR if
+// the value does not match its type.
 static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNode &node,
                                   const GEN_string &packed, std::string_view name, const char *locale,
                                   ALA_attrPair **attribute) {
@@ -49,9 +51,9 @@ static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNod
     return getAttribute(node, value, description, locale, context, attribute);
 }
 
-// Renders all values of an attribute.  Stops at a value that does not match its type; otherwise sets
-// *complete and returns the result of the last value.  Failures of earlier values are only counted
-// (valuesSkipped).
+// Renders all values of an attribute.  Sets *complete and returns the result of the last value; failures of
+// earlier values are only counted (valuesSkipped).  If the object identifier is malformed or a value does not
+// match its type, stops there, returns the error and does not change *complete.
 static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Place place, const char *locale,
                                       const CursorTexts &texts, ALA_attrPair **attribute, bool *complete) {
     if (locale != nullptr)
@@ -109,7 +111,7 @@ ALA_retCode_t qvledger::checkRecord(ALA_handle_t handle, Record **curRecord, con
 template ALA_retCode_t qvledger::checkRecord(ALA_handle_t, record **, const CursorTexts &);
 template ALA_retCode_t qvledger::checkRecord(ALA_handle_t, docRecord **, const CursorTexts &);
 
-// Renders the node at the cursor's index, and makes it the current node if its rendering is complete.
+// Renders the node at the cursor's index.  If the rendering is complete, the node becomes curAttr.
 template <class Record>
 static ALA_retCode_t deliverAtIndex(ALA_handle_t handle, Record *record, const char *locale,
                                     const CursorTexts &texts, ALA_attrPair **attribute) {
@@ -135,7 +137,8 @@ constexpr CursorTexts kNextFromDoc = {"ALA_GetNextAttrFromDoc",
                                       "record or record->attrValList is NULL or record->numDocAttr < 0 in "
                                       "ALA_GetNextAttrFromDoc; ALA_A_INVALID_RECORD"};
 
-// The common part of the four cursors: checks the arguments, moves, and renders the node there.
+// The common part of the four cursor operations: checks the arguments, moves the cursor, and renders the node
+// at its new position.
 template <class Record, class Move>
 static ALA_retCode_t moveAndDeliver(ALA_handle_t handle, Record **curRecord, const char *locale,
                                     const CursorTexts &texts, ALA_attrPair **attribute, Move move) {
@@ -148,10 +151,10 @@ static ALA_retCode_t moveAndDeliver(ALA_handle_t handle, Record **curRecord, con
     return result;
 }
 
-// Moves to the next node.  False if there is none or the cursor was not started.
+// Moves the cursor to the next node.  False if there is no next node or the cursor was not started.
 template <class Record>
 static bool advance(Record *record, std::uint32_t count) {
-    // Calls past the end increase the index, too; it must not wrap.
+    // Calls past the end increase the index, too, but the index must not overflow.
     if (record->curAttr == nullptr || record->index == UINT32_MAX)
         return false;
     return ++record->index < count;

@@ -1,4 +1,4 @@
-// Shared by the cursors over attributes and documents and the listing of names.
+// Functions shared by the cursors over attributes, the cursor over documents and the list of names.
 #pragma once
 
 #include "ala/base/handle.h"
@@ -7,16 +7,17 @@
 
 namespace qvledger {
 
-// The log texts in which the operations differ.
+// The texts for log entries that differ between the operations.
 struct CursorTexts {
-    const char *operation;
-    const char *invalidRecord;
+    const char *operation;     // name of the operation
+    const char *invalidRecord; // log text for a null record
 };
 
-// Sets the node's binary object identifier, or null on failure.  0, or the error of the OID database.
+// Converts the node's object identifier to binary, and sets node->oid; on failure node->oid is null.  Returns
+// 0, or the error of the OID database.
 std::int32_t fillOid(STF_l__hdr *status, attrValNode *node);
 
-// Checks the handle and the record of an operation.  ALA_N_NORMAL, ALA_A_NOT_REGISTER or
+// Checks the handle and the record of an operation.  Returns ALA_N_NORMAL, ALA_A_NOT_REGISTER or
 // ALA_A_INVALID_RECORD.
 template <class Record>
 ALA_retCode_t checkRecord(ALA_handle_t handle, Record **curRecord, const CursorTexts &texts);

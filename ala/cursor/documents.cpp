@@ -1,4 +1,4 @@
-// Documents, copied from a job record.
+// The cursor over the documents of a job record, which returns copies.
 #include "ala/cursor/attributes.h"
 
 #include <algorithm>
@@ -10,7 +10,8 @@
 
 using namespace qvledger;
 
-// Copies a document; number counts from 0.  The copy has fewer nodes if the record ends inside the document.
+// Copies a document of a record.  number: 0 for the first document.  If the record has too few attributes for
+// the document, the copy contains only the existing ones.
 static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const char *operation,
                                   ALA_dRecord_t *outDocument) {
     const std::uint64_t start = jobRecord->numJobAttr + std::uint64_t{number} * jobRecord->docAttrPerDoc;
@@ -50,7 +51,7 @@ static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const
 
 namespace {
 
-// Checks the arguments.  If the record is valid but has no documents, sets *none.
+// Checks the arguments.  Sets *none if the record is valid but has no documents.
 ALA_retCode_t checkDocuments(ALA_handle_t handle, ALA_record_t *curRecord, const CursorTexts &texts,
                              bool *none) {
     *none = false;

@@ -14,7 +14,7 @@
 
 using namespace qvledger;
 
-// A log must be unchanged for this long if the system cannot block its writers.
+// If the system cannot block a log's writers, the log is deleted only if it was not changed for this long.
 constexpr std::chrono::hours kQuiet(1);
 
 static ALA_retCode_t refuseToday(const ALA_time *date) {
@@ -30,7 +30,7 @@ static ALA_retCode_t refuseToday(const ALA_time *date) {
                     date->year, date->month, date->day);
 }
 
-// Checks the arguments of a deletion, and returns the path of the log.
+// Checks the arguments of a deletion, and sets `converted` to the path of the log.
 static ALA_retCode_t pathToDelete(ALA_handle_t alaHandle, const ALA_time *date, Malloced<char> &converted) {
     if (const ALA_retCode_t valid = checkHandle(alaHandle, "ALA_Delete"); valid != ALA_N_NORMAL)
         return valid;
@@ -62,20 +62,22 @@ ALA_retCode_t ALA_Delete(ALA_handle_t in_alaHandle, const ALA_time *inp_date) {
 
 // ---- Deleting a log that was read ----
 
-// Null if the file of that name is the one that was read and is unchanged, or why it must stay.
+// Compares the file of this name with the log that was read.  Returns null if it is the same file and
+// unchanged, otherwise the reason why the file must stay.
 static const char *difference(const char *path, const ReadLog &read) {
     OS_fileIdentity present = {};
-    // Does not follow a symbolic link, because removal would not follow it either.
+    // Does not follow a symbolic link, because removing a name does not follow links either.
     if (OS_IdentifyName(path, &present) != 0 || !OS_IsSameFile(present, read.identity))
         return "it is not the file that was read";
     if (present.size != read.end)
         return "it is not as long as what was read of it";
-    // Overwriting does not change the size.
+    // The size is not enough, because overwriting does not change it.
     return present.modified != read.identity.modified ? "it was written to since it was opened" : nullptr;
 }
 
-// The same before our rename.  A file that still has the name under which it was opened must also have the
-// same change time.  For the former log of the day in progress, the server's rename has changed that time.
+// Like difference(), before this run renames the file.  If the file still has the name under which it was
+// opened, its change time must be the same, too.  The former log of the day in progress has a new change
+// time, because the server renamed it.
 static const char *differenceInPlace(const char *path, const ReadLog &read) {
     if (const char *why = difference(path, read); why != nullptr)
         return why;
@@ -112,8 +114,8 @@ static bool isQuiet(const ReadLog &read) {
     return now - nanoseconds(read.identity.modified) >= kQuiet;
 }
 
-// Null, or why the renamed file must stay.  Once writers are blocked no other process can open it for
-// writing.
+// Blocks other writers of the renamed file, compares it again with the log that was read, and asks the watch.
+// Returns null if the file can be removed, otherwise the reason why it must stay.
 static const char *differenceAside(const char *aside, const ReadLog &read, DeletionWatch &watch) {
     const int blocked = OS_LockOutWriters(read.file.get(), aside, read.identity);
     if (blocked == OS_TAKEN)
@@ -124,12 +126,12 @@ static const char *differenceAside(const char *aside, const ReadLog &read, Delet
     return why != nullptr ? why : watch.objection();
 }
 
-// Renames the log to a private name, compares again, and removes it.  Another process could replace the file
-// under its own name after the comparison, but does not use the private name.
+// Renames the log to a private name, compares it again, and removes it.  Under the log's own name, another
+// process could replace the file after the comparison.  No other process uses the private name.
 static ALA_retCode_t removeRead(const char *path, const char *aside, const ReadLog &read,
                                 DeletionWatch &watch, bool *kept) {
     OS_fileIdentity present = {};
-    // If the file is missing, do not go on: a file that appears now was not read.
+    // Stop if the file is missing, because a file that appears now was not read.
     if (OS_IdentifyName(path, &present) != 0)
         return failToUnlink();
     if (const char *why = differenceInPlace(path, read); why != nullptr)
@@ -195,11 +197,12 @@ public:
     }
 
 private:
-    // The run that renamed the log has locked it for as long as it lives.  Our lock keeps other runs away.
+    // Renames the log back unless another run is working on it.  A run that renames a log keeps the log
+    // locked until the run ends.
     void restoreIfUnused(const char *path, const char *aside) {
         OS_fileIdentity named = {};
         if (OS_IdentifyName(aside, &named) != 0 || !named.regular)
-            return; // another run has just deleted or restored it, or it is not a regular file
+            return; // another run has just deleted or restored the log, or the file is not regular
         const Descriptor file(SYSU_Open(aside, 0));
         const int locked = file.isOpen() ? OS_LockFile(file.get()) : OS_REFUSED;
         if (locked == OS_REFUSED && errno != ENOENT)
@@ -207,7 +210,7 @@ private:
         OS_fileIdentity held = {};
         if (locked != OS_DONE || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
             OS_IdentifyName(aside, &named) != 0 || !OS_IsSameFile(held, named))
-            return; // another run is working on it
+            return; // another run is working on the log
         if (renameBack(path, aside, watch_))
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                             "%s has its name again; a run that ended early had renamed it", path);

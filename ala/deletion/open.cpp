@@ -1,4 +1,4 @@
-// Opens a log for deletion, and keeps it open after it was read.
+// Opens and locks a log that will be deleted, and keeps it open after it was read.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -10,8 +10,8 @@
 
 using namespace qvledger;
 
-// Reads the start of the file, to compare the header later.  If this fails or the header is longer, the
-// access list is checked again without a comparison.
+// Reads the start of the file, so that the header can be compared later.  If reading fails or the header is
+// longer than this start, checkAccessAgain() checks the access list without a comparison.
 static LogFile readStart(const NamedLog &file) {
     constexpr std::int64_t kMost = 64 * 1024;
     LogFile beginning(file.descriptor.get());
@@ -21,27 +21,27 @@ static LogFile readStart(const NamedLog &file) {
     return beginning;
 }
 
-// Checks the access list again if the header has changed.  An unchanged header is not checked, and so not
-// logged, twice.
+// Checks the access list again if the header has changed.  A second check of an unchanged header would repeat
+// its log entries.
 static ALA_retCode_t checkAccessAgain(NamedLog &file, const LogFile &before) {
     const auto size = static_cast<std::size_t>(file.bytes.position());
     LogFile present(file.descriptor.get());
     const std::uint8_t *header = size <= before.itemSize() ? present.need(size) : nullptr;
     if (header == nullptr || std::memcmp(header, before.item(), size) != 0)
         return checkAccess(file);
-    file.bytes.moveTo(file.bytes.position()); // drops what was read ahead, which may have changed
+    file.bytes.moveTo(file.bytes.position()); // drops bytes read ahead, because they may have changed
     return ALA_N_NORMAL;
 }
 
-// Opens and locks the file, and repeats this if the name then leads to another file.  The access list is
-// checked before locking, so that a caller whom it does not admit cannot make other runs wait.  ALA_N_NORMAL
-// and no descriptor if the driver stopped waiting.
+// Opens and locks the file of a date.  Starts again if the name then leads to another file.  Checks the
+// access list before locking, so that a caller whom the list does not admit cannot make other runs wait.
+// Returns the codes of ALA_Open; ALA_N_NORMAL and a closed descriptor if the driver stopped waiting.
 static ALA_retCode_t openLocked(ALA_handle_t handle, const ALA_time *date, FileLocker lock, NamedLog &file,
                                 LogFile &before) {
     for (;;) {
         if (const ALA_retCode_t result = openFile(handle, date, file); result != ALA_N_NORMAL)
             return result;
-        before = readStart(file); // before the check, so that a change after it is noticed
+        before = readStart(file); // read before the check, so that a later change is noticed
         if (const ALA_retCode_t result = checkAccess(file); result != ALA_N_NORMAL)
             return result;
         const int fd = file.descriptor.get();
@@ -71,7 +71,7 @@ ALA_retCode_t qvledger::openForDeletion(ALA_handle_t handle, const ALA_time *dat
     if (const ALA_retCode_t result = openLocked(handle, date, lock, file, before);
         result != ALA_N_NORMAL || !file.descriptor.isOpen())
         return result;
-    // Later changes of the file change this identity.
+    // Any later change of the file will be visible as a difference from this identity.
     OS_fileIdentity identity = {};
     const bool isKnown = OS_IdentifySettled(file.descriptor.get(), &identity) == 0;
     if (const ALA_retCode_t result = checkAccessAgain(file, before); result != ALA_N_NORMAL)

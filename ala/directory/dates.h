@@ -7,20 +7,21 @@
 
 namespace qvledger {
 
-constexpr std::int32_t kOffTheCalendar = -1; // instead of a date number: the time is out of range
+constexpr std::int32_t kOffTheCalendar = -1; // date number of a time that is out of range
 
 constexpr char kCurrentTail[] = "current"; // tail of the name of the current day's log
 
-// The date number of a log: the digits that its name's tail begins with, or for the current day's log the
-// date of its last change, with the failures of ALA__GetDateFromStat.
+// Finds the date number of a log: year * 10000 + month * 100 + day.  For the current day's log, this is the
+// date of the file's last change, and the call fails as ALA__GetDateFromStat does.  For any other log, it is
+// the number at the beginning of the tail.
 ALA_retCode_t dateOfLog(const char *tail, const char *path, std::int32_t *date);
 
 } // namespace qvledger
 
-// Sets the result to 1 if the date is today's, else to 0.  ALA_A_FAIL_TO_GET_TIME: the current time is not
-// available.  Logs nothing.
+// Sets the result to 1 if the date is today's, else to 0.  Returns ALA_N_NORMAL, or ALA_A_FAIL_TO_GET_TIME if
+// the current time is not available; the result is then 0.  Logs nothing.
 ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_result);
 
-// The local date of a file's last change.  ALA_A_FAIL_TO_GET_TIME: the file does not exist, and the output is
-// unchanged; or the year is not within 1 to 9999, and the output is kOffTheCalendar.
+// Finds the local date of a file's last change.  ALA_A_FAIL_TO_GET_TIME: either the file does not exist, and
+// the output is unchanged; or the year is not within 1 to 9999, and the output is kOffTheCalendar.
 ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum);

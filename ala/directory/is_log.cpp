@@ -14,8 +14,8 @@
 
 using namespace qvledger;
 
-// Is it "NAME.current", or "NAME." and eight digits, or one of these with the suffix of a log that is being
-// deleted?
+// Does the name have the form of a log's name?  That is "NAME.current", or "NAME." and eight digits, or
+// either of these with the suffix of a log that is being deleted.
 static bool isNamedAsLog(std::string_view name) {
     constexpr std::size_t kDigits = 8;
     if (name.ends_with(kAside))
@@ -28,7 +28,7 @@ static bool isNamedAsLog(std::string_view name) {
     return tail == kCurrentTail || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
 }
 
-// Does the file begin as a log?  Assumed if the caller cannot read it.
+// Does the file begin as a log?  Also true if the caller cannot open the file.
 static bool mayBeginAsLog(const char *path) {
     const Descriptor file(SYSU_Open(path, 0));
     return !file.isOpen() || beginsAsLog(file.get());

@@ -47,7 +47,7 @@ using NameNodeList = std::unique_ptr<nameNode, NameNodeDeleter>;
 
 namespace {
 
-// Keeps the oldest log; of two logs of one date, the first.
+// Keeps the oldest log.  If several logs have the oldest date, keeps the first of them that is visited.
 class OldestLog final : public LogVisitor {
 public:
     ALA_retCode_t visit(const FoundLog &log) override {
@@ -162,10 +162,11 @@ static nameNode *sortStably(nameNode *list) {
     return list;
 }
 
-// Gives the order of an insertion sort that puts a node after the list's head if it has the head's date, and
-// else before all nodes of its date.  That reverses the nodes of one date, except that a head is placed as if
-// inserted when a newer date replaces it.  So this moves each head to that place, reverses the list and sorts
-// it stably.
+// The result is that of an insertion sort.  The insertion sort would insert a node with the date of the
+// list's head directly after the head, and any other node before all nodes of its date.  So it would reverse
+// the nodes of one date, except that the head is ordered as if inserted when a newer node replaces it as
+// head, or at the end.
+// This function moves each head to that place in the input, reverses the input and sorts it stably.
 void ALA__SortList(nameNode **inoutp_head) {
     if (inoutp_head == nullptr || *inoutp_head == nullptr)
         return;

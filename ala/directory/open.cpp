@@ -53,7 +53,8 @@ static void openPath(NamedLog &file) {
         ALA_DETAIL("%s cannot be opened: %s\n", file.convertedPath.get(), std::strerror(errno));
 }
 
-// Opens the current day's log instead if it was last written on the wanted date.
+// Opens the current day's log instead of the dated log, if the current day's log was last changed on the
+// wanted date.  Otherwise opens nothing and returns ALA_N_NORMAL.
 static ALA_retCode_t openStandBy(ALA_handle_t handle, NamedLog &file) {
     file.path = currentLogPath(handle->acctLogPath, handle->svrName);
     if (file.path == nullptr)

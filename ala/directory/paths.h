@@ -8,8 +8,8 @@
 
 namespace qvledger {
 
-// Suffix of a log's name while the log is being removed.  The listing skips such a file, because its tail is
-// too long.
+// Suffix of a log's name while the log is being removed.  The listing skips such a log, because the tail of
+// its name is too long.
 constexpr std::string_view kAside = ".being-deleted";
 
 Malloced<char> pathInDirectory(const char *directory, const char *name);
@@ -19,7 +19,7 @@ Malloced<char> datedLogPath(const char *directory, const char *server, const ALA
 // The path with kAside appended.
 Malloced<char> asidePath(const char *path);
 
-// Converts the path for the system's calls.  False if FA_ConvertFilePath fails.
+// Converts the path to the form that system calls need.  False if FA_ConvertFilePath fails.
 bool convertPath(const char *path, Malloced<char> &converted);
 
 } // namespace qvledger

@@ -25,8 +25,9 @@ using Directory = std::unique_ptr<SYSU_dir, DirectoryCloser>;
 
 } // namespace
 
-// Visits the entries of an open directory until a visit returns a code other than ALA_N_NORMAL, and returns
-// that code.  The path is for the log only.
+// Visits the entries of an open directory whose names begin with the prefix.  Stops after a visit that
+// returns a code other than ALA_N_NORMAL, and returns that code; else ALA_N_NORMAL.  `path` is the
+// directory's path, for log entries and for the visitor.
 static ALA_retCode_t visitEntries(SYSU_dir *directory, const char *path, const char *prefix,
                                   EntryVisitor &visitor) {
     const std::size_t prefixLength = std::strlen(prefix);
@@ -59,7 +60,7 @@ void qvledger::visitDirectory(const char *folder, const char *prefix, EntryVisit
 
 namespace {
 
-// Passes each log to a LogVisitor with its date.
+// Passes each log and its date to a LogVisitor.
 class DatedLogs final : public EntryVisitor {
 public:
     DatedLogs(const ScanRules &rules, LogVisitor &visitor) : rules_(rules), visitor_(visitor) {}

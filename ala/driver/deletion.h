@@ -1,8 +1,9 @@
-// Logs that are read and then deleted.
+// Reads a log and then deletes it.
 //
-// Other drivers and the server may use the log directory at the same time.  So such a log is locked before
-// its first record is read, kept open until it is deleted, and deleted only if it is the file that was read
-// and it has not been written to since.  docs/architecture.md lists the steps.
+// Other drivers and the server may use the log directory at the same time.  So the log is locked before its
+// first record is read, and kept open until it is deleted.  The log is deleted only if the file with its name
+// is still the file that was read, and that file has not been written to since.  docs/architecture.md lists
+// the steps.
 #pragma once
 
 #include <cstdint>
@@ -17,51 +18,52 @@ namespace qvledger {
 enum class LockResult : std::uint8_t {
     Locked,
     NotGranted, // the file cannot be locked on this system
-    GivenUp     // another run has locked the file, and the driver stopped waiting
+    GivenUp     // another run has locked the file, and the driver stopped waiting for the lock
 };
 
-// The driver's function that locks an open file (OS_LockFile).  If another run has locked it, waits for as
-// long as the driver chooses.
+// The driver's function that locks an open file with OS_LockFile.  If another run has locked the file, the
+// function waits for as long as the driver chooses.
 using FileLocker = LockResult (*)(int fd, const char *path);
 
-// ALA_Open that also locks the log, after its access list has admitted the caller and before the first record
-// is read.  If the header changed during the wait for the lock, the access list is checked again; if the log
-// was renamed or removed, it is looked up again.  If it cannot be locked (NotGranted), it is opened unlocked.
-// ALA_N_NORMAL and a null log if the driver stopped waiting.
+// Opens a log like ALA_Open, and locks it when its access list has admitted the caller.  If the header has
+// changed by the time the log is locked, the access list is checked again.  If the log was renamed or removed
+// meanwhile, the date is looked up again.  If the system cannot lock the log (NotGranted), the log is opened
+// without a lock.  Returns the codes of ALA_Open; ALA_N_NORMAL and a null log if the driver stopped waiting
+// (GivenUp).
 ALA_retCode_t openForDeletion(ALA_handle_t handle, const ALA_time *date, FileLocker lock,
                               ALA_acctLogHandle_t *logHandle);
 
-// A log that was read to its end.  Keeps the file open and locked after ALA_Close.
+// A log that was read to its end.  Keeps the log's file open and locked after ALA_Close.
 struct ReadLog {
     Descriptor file;
-    Malloced<char> path;      // at opening
-    OS_fileIdentity identity; // before the first record was read
-    std::int64_t end;         // number of bytes read
+    Malloced<char> path;      // path under which the file was opened
+    OS_fileIdentity identity; // identity before the first record was read
+    std::int64_t end;         // offset at which reading found the end of the file
 };
 
-// Fills a ReadLog from an open log.  Null, or why the log cannot be deleted.
+// Fills a ReadLog from an open log.  Returns null, or the reason why the log cannot be deleted.
 const char *keepReadLog(ALA_acctLogHandle_t log, ReadLog &read);
 
 // Called while a log is deleted.
 class DeletionWatch {
 public:
-    // Called directly before the log is removed.  Null if its lines are still safe in the report, or why the
-    // log must stay.
+    // Called directly before a log is removed.  Return null if the report still contains all lines of the
+    // log, otherwise the reason why the log must stay.
     virtual const char *objection() = 0;
-    // Reports a log that was not deleted and cannot be renamed back.  path: its current name.
+    // Reports a log that was not deleted and cannot be renamed back.  path: the log's current path.
     virtual void leftAside(const char *path, const char *why) = 0;
 
 protected:
     ~DeletionWatch() = default;
 };
 
-// ALA_Delete for a log that was read.  If the log must stay: ALA_N_NORMAL, *kept is true, and a log entry
-// gives the reason.
+// Deletes a log that was read.  Returns the codes of ALA_Delete.  If the log must stay, sets *kept to true,
+// writes the reason to the program's log, and returns ALA_N_NORMAL.
 ALA_retCode_t deleteReadLog(ALA_handle_t handle, const ALA_time *date, const ReadLog &read,
                             DeletionWatch &watch, bool *kept);
 
-// Renames logs back that an interrupted run had renamed to delete them, and makes a log entry for each.
-// Reports those that cannot be renamed back to the watch.
+// Renames back the logs that an interrupted run had renamed to delete them, and writes the path of each log
+// to the program's log.  Calls watch.leftAside for each log that cannot be renamed back.
 void restoreLogs(ALA_handle_t handle, DeletionWatch &watch);
 
 } // namespace qvledger

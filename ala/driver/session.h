@@ -1,4 +1,4 @@
-// For drivers: the set-up before a registration, the list of logs, and queries about a single log.
+// Functions for drivers: preparations for a registration, the list of logs, and queries about a single log.
 #pragma once
 
 #include <cstdint>
@@ -12,31 +12,31 @@
 
 namespace qvledger {
 
-// Called for logs that the list of logs lacks.
+// Called while the list of logs is made, for logs that the list does not contain.
 class ListingWatch {
 public:
-    // Reports a log that a run has renamed to delete it.  name: its file name without the directory.
+    // Reports a log that a run has renamed to delete it.  name: the file name without the directory.
     virtual void aside(const char *name) = 0;
-    // Reports that reading the directory failed (errno), so logs may be missing.
+    // Reports that reading the directory failed, so logs may be missing from the list.  error: errno.
     virtual void cut(int error) = 0;
 
 protected:
     ~ListingWatch() = default;
 };
 
-// ALA_ListExistingLogsByDate with a watch.
+// Like ALA_ListExistingLogsByDate, and also calls the watch.
 ALA_retCode_t listLogsByDate(ALA_handle_t handle, ListingWatch &watch, dateNode **dateList,
                              ALA_name **nameList);
 
-// The file name of an open log without its directory; owned by the log.
+// Returns the file name of an open log without the directory.  The log owns the text.
 const char *logFileName(ALA_acctLogHandle_t log);
 
-// True if ALA_GetFirstJobRecord has found no record because the file ends after its header.
+// True if the last attempt to read a record was ALA_GetFirstJobRecord, and the file ended after the header.
 bool hasNoRecord(ALA_acctLogHandle_t log);
 
-// Is the file, open as fd, a log in this directory?  A log of another server, a log that is being deleted,
-// and a file that a link with a log's name leads to are logs, too.  If not every entry could be compared:
-// does the file begin like a log?
+// Is an open file a log in this directory?  Also true for a log of another server, for a log that is being
+// deleted, and for a file to which a link with a log's name leads.  If the directory cannot be compared
+// completely, returns whether the file begins like a log.  file: the identity of the file that is open as fd.
 bool isLog(const char *serverName, const char *acctLogPath, const OS_fileIdentity &file, std::int32_t fd);
 
 } // namespace qvledger

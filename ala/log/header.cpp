@@ -82,7 +82,8 @@ static ALA_retCode_t lookUp(LogFile &in, std::int32_t *accessOK, std::uint32_t *
     *verNumber = header.verNum;
     if (result == ALA_N_NORMAL)
         result = caller.gather();
-    // Read all entries even after one has granted access, because the first record follows the last entry.
+    // Read all entries even after an entry has granted access, because the first record follows the last
+    // entry.
     std::int32_t granted = 0;
     for (std::uint32_t i = 0; result == ALA_N_NORMAL && i < header.tag.numAttrVal; ++i)
         result = readEntry(in, header.tag.attrValType, caller, &granted);

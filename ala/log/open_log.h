@@ -8,19 +8,20 @@
 #include "platform/os.h"
 
 struct logParams {
-    std::int32_t fd; // at the first record after opening, then as far as was read ahead; after a failed call
-                     // at that call's record, or at byte 0 (ALA_GetFirstJobRecord)
-    char *logName;   // path of the file that was opened; owned
+    // Position of fd: the first record after opening, later the end of the bytes read ahead.  After a failed
+    // call, the record of that call, or byte 0 for ALA_GetFirstJobRecord.
+    std::int32_t fd;
+    char *logName;          // path of the file that was opened; owned
     std::int32_t date;      // year * 10000 + month * 100 + day
-    std::int32_t pid;       // of the process that opened it
+    std::int32_t pid;       // process that opened the log
     std::uint32_t verNum;   // format version from the header
-    std::int32_t todaysLog; // 0; no operation depends on it
-    std::int64_t end; // offset where the last call found the file's end instead of a record; -1: it did not
-    std::int32_t readError; // errno of the last call; 0: no read failed
-    bool holdsNoRecord;     // the first call found the file's end after the header
-    bool isKnown;           // `file` is valid: the state before reading, of a log opened for deletion
-    OS_fileIdentity file;
-    qvledger::LogFile bytes; // the next item is the next record
+    std::int32_t todaysLog; // always 0; no operation uses it
+    std::int64_t end; // offset of the file's end if the last call found the end instead of a record, else -1
+    std::int32_t readError;  // errno of a failed read in the last call, else 0
+    bool holdsNoRecord;      // the last call was ALA_GetFirstJobRecord, and found no record
+    bool isKnown;            // `file` is set, because the log was opened to be deleted
+    OS_fileIdentity file;    // state of the file before the first read
+    qvledger::LogFile bytes; // current item: the next record
 };
 using ALA_logParams_t = logParams;
 

@@ -14,10 +14,10 @@ using namespace qvledger;
 
 namespace {
 
-// How the two operations differ, besides the wording of some log lines.
+// The differences between the two operations, besides the wording of some log lines.
 struct ReaderRules {
     const char *operation;
-    bool isFirst; // after a failure the log is at byte 0; otherwise at the record
+    bool isFirst; // position after a failure: byte 0 if true, else the record
 };
 
 constexpr ReaderRules kFirstRecord = {"ALA_GetFirstJobRecord", true};
@@ -69,8 +69,8 @@ static ALA_retCode_t readCounts(LogFile &in, std::uint32_t verNum, const ReaderR
     return ALA_N_NORMAL;
 }
 
-// A read failed inside the attributes.  valueIndex and valueCount are 0 if the attribute's tag could not be
-// read.
+// Logs that a record ends inside its attributes or cannot be read there, and returns the code.  valueIndex
+// and valueCount are 0 if the attribute's tag could not be read.
 static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t attrIndex, std::uint32_t attrCount,
                                std::uint32_t valueIndex, std::uint32_t valueCount) {
     const auto attr = static_cast<std::int32_t>(attrIndex);
@@ -127,7 +127,7 @@ static void logTag(const std::uint8_t *bytes, const ReaderRules &rules) {
     ALA_DETAIL("numAttrs: %d\n", numValues);
 }
 
-// Adds the attribute's number of values to *values.
+// Reads an attribute, and adds its number of values to *values.
 static ALA_retCode_t readAttribute(LogFile &in, std::uint32_t attr, const ReaderRules &rules,
                                    const Counts &counts, std::size_t *values) {
     const std::uint8_t *tag = in.need(sizeof(attrTag));
@@ -148,7 +148,7 @@ static ALA_retCode_t readAttribute(LogFile &in, std::uint32_t attr, const Reader
     return ALA_N_NORMAL;
 }
 
-// Fills the nodes from the record's bytes and points them to their values there.
+// Fills the nodes from the record's bytes, and points each node to its values among these bytes.
 static void setNodes(std::uint32_t numAttr, const RecordParts &parts) {
     std::uint8_t *at = parts.bytes;
     GEN_string *value = parts.values;
@@ -200,7 +200,7 @@ static void logPlace(const logParams &log, ALA_retCode_t result) {
                result == ALA_A_NO_MORE_JOB ? "it has no attributes" : why);
 }
 
-// Cleans up after a failed read: sets the file's position and frees the record, if there is one.
+// Cleans up after a failed read: sets the file's position and frees the record, which may be null.
 static void ALA__GetJobRecordCleanup(record **inoutpp_record, const std::int32_t *inoutp_fd,
                                      std::int64_t in_offset, std::int32_t in_pos) {
     static_cast<void>(_lseeki64(*inoutp_fd, in_offset, in_pos));

@@ -41,7 +41,7 @@ static bool setVariable(const char *name, const char *data) {
     const Malloced<char> assignment(_ALA_AddChar(head.get(), data));
     if (assignment == nullptr)
         return false;
-    static_cast<void>(_putenv(assignment.get())); // an invalid name is ignored
+    static_cast<void>(_putenv(assignment.get())); // invalid names are ignored
     return true;
 }
 
@@ -62,7 +62,7 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
 
     for (DWORD index = 0;; ++index) {
         char achValue[kSettingSize] = "";
-        char envValue[kSettingSize + 1] = ""; // data need not be NUL-terminated
+        char envValue[kSettingSize + 1] = ""; // room for a NUL, because the data may lack it
         DWORD nameSize = kSettingSize;
         DWORD dataSize = kSettingSize;
         DWORD type = 0;

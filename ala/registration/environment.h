@@ -1,4 +1,5 @@
-// Set-up before a registration: a server's settings in the registry, and the machine's domain.
+// Preparations for a registration: loads a server's settings from the registry, and looks up the machine's
+// domain.
 #pragma once
 
 #include <cstdint>
@@ -9,18 +10,19 @@ namespace qvledger {
 constexpr std::uint32_t kServerTypeSpooler = 892;
 constexpr std::uint32_t kServerTypeOther = 893;
 
-// Looks the machine's domain up, once per process, with the current rights.  A registration does it
-// otherwise.
+// Looks up the machine's domain with the rights that the process has now.  Without this call, the first
+// registration looks up the domain.
 void findHostDomain();
 
 } // namespace qvledger
 
-// Returns the name of a server's service as a new text, which the caller releases with free.  0, or -1 and a
-// null text for an unknown type, a null address or when memory runs out.
+// Sets *outpp_serviceName to the name of a server's service, a new text that the caller releases with free.
+// Returns 0.  If the type is unknown, the address is null or memory runs out, returns -1 and sets the text to
+// null.
 std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_serverType,
                                  char **outpp_serviceName);
 
-// Copies every value of the service's registry key, or of the common key if the service has none, into the
-// environment of the process.  0, or -1 if neither key can be opened, a value does not fit or memory runs
-// out; variables set before the failure remain set.
+// Copies every value of the service's registry key into the environment of the process.  If that key cannot
+// be opened, copies the values of the common key.  Returns 0.  If neither key can be opened, a value cannot
+// be read or is too long, or memory runs out, returns -1; variables that are already set remain set.
 std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName);

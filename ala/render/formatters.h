@@ -1,15 +1,16 @@
 // Formatters for the report: each appends the text of one print-job value.
 //
-// An absent or invalid value adds a fixed text or nothing.  When memory runs out, only the Text fails.  The
-// arguments are always status, database handle, text, value.
+// An absent or invalid value adds a fixed text or nothing.  When memory runs out, the Text fails
+// (Text::failed()); the formatters do not report it otherwise.  The arguments are always status, database
+// handle, text, value.
 #pragma once
 
 #include "ala/render/value_text.h"
 #include "service/packed/values.h"
 #include "service/status.h"
 
-// The address as a new string, to be released with free.  Null for a form without a text, or when memory runs
-// out.
+// The text of an address as a new string, to be released with free.  Null if this form of address has no
+// text, or when memory runs out.
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da);
 
 void ALA__DeltaTimeToAscii(STF_l__hdr *, void *, qvledger::Text &inout_buf, const GEN_deltaTime_t *inp_dt);

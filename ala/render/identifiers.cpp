@@ -13,7 +13,7 @@ const RenderFailure *qvledger::renderOid(Rendering &rendering, const GEN_oid_t &
                                                                                                   : &kUnknown;
 }
 
-// Renders all elements as one value, separated by a space.
+// Renders all elements as one value, with a space between elements.
 template <class Node, class AddElement>
 static const RenderFailure *renderList(Rendering &rendering, const Node &head, AddElement add) {
     for (const Node *node = &head; node != nullptr; node = node->next) {

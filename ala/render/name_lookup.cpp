@@ -9,7 +9,8 @@
 using namespace qvledger;
 
 constexpr std::uint8_t kClassMask = 0xF0;
-constexpr std::uint8_t kNumberedClasses[] = {0x40, 0x10}; // names may begin with a number and a hyphen
+// Names in these classes may begin with a number and a hyphen.
+constexpr std::uint8_t kNumberedClasses[] = {0x40, 0x10};
 
 static bool isNumberedClass(std::uint8_t classNumber) {
     for (const std::uint8_t numbered : kNumberedClasses)
@@ -43,7 +44,8 @@ bool qvledger::addStrippedName(STF_l__hdr *status, void *handle, Text &text, GEN
     return name != nullptr;
 }
 
-// Appends the result of an extraction.  False if there is no text; if memory ran out, the text also fails.
+// Appends the text that an extraction returned.  False if the extraction failed; if memory ran out, the Text
+// fails, too.
 static bool addExtracted(std::int32_t result, const Malloced<char> &extracted, Text &text) {
     if (result == GENU_E_NO_MEMORY)
         text.fail();
@@ -63,7 +65,7 @@ void qvledger::addSimpleName(STF_l__hdr *status, Text &text, const GEN_simpleNam
     if (name != nullptr)
         text.add(name.get());
     else if (ip->choice >= GEN_ISO_646_IRV && ip->choice <= GEN_OTHER_CODE_SET)
-        text.fail(); // the choice is known, so memory ran out
+        text.fail(); // the choice is valid, so memory ran out
 }
 
 bool qvledger::addText(STF_l__hdr *status, Text &text, const GEN_text *ip) {
@@ -74,7 +76,7 @@ bool qvledger::addText(STF_l__hdr *status, Text &text, const GEN_text *ip) {
 
 void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_nameOrOid *ip) {
     if (ip->choice == GEN_GLOBAL_FORM)
-        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm)); // may be none
+        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm)); // may be unknown
     else if (ip->choice == GEN_LOCAL_FORM)
         addSimpleName(inoutp_status, buf, &ip->u.localForm);
 }
@@ -82,7 +84,7 @@ void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf
 static void addDistName(STF_l__hdr *status, const GEN_distNameString *ip, Text &buf) {
     Malloced<char> name;
     const std::int32_t result = GENU_ExtractDistNameString(status, TextOut(name), nullptr, ip, 0);
-    addExtracted(result, name, buf); // adds nothing if there is no text
+    addExtracted(result, name, buf); // adds nothing if the name has no text
 }
 
 void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf,
@@ -101,7 +103,7 @@ void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &b
         }
         return;
     case GEN_OBJ_ID_OID:
-        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, u.objIdOID)); // may be none
+        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, u.objIdOID)); // may be unknown
         return;
     case GEN_OBJ_ID_DIST_NAME:
         return addDistName(inoutp_status, &u.objIdDistName, buf);

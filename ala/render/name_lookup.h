@@ -1,7 +1,7 @@
-// Texts of names, of object identifiers, and of records that contain either.
+// Texts of names, of object identifiers, and of records that contain names or object identifiers.
 //
-// Operations with a Text append to it.  If there is nothing to add they leave it unchanged; when memory runs
-// out they make it fail.
+// Functions with a Text append to it.  If there is nothing to add, the Text is unchanged; when memory runs
+// out, the Text fails.
 #pragma once
 
 #include <cstring>
@@ -12,8 +12,8 @@
 
 namespace qvledger {
 
-// Copies a name and its NUL.  Copying a fixed size is faster, so both buffers must have at least kUsualName
-// bytes, and more if the name needs them.
+// Copies a name of `length` bytes and its NUL.  Always copies at least kUsualName bytes, because copying a
+// fixed size is faster.  So both buffers must have that many bytes, even for a shorter name.
 constexpr std::size_t kUsualName = 32;
 inline void copyName(const char *name, std::size_t length, char *buffer) {
     std::memcpy(buffer, name, kUsualName);
@@ -21,24 +21,27 @@ inline void copyName(const char *name, std::size_t length, char *buffer) {
         std::memcpy(buffer + kUsualName, name + kUsualName, length + 1 - kUsualName);
 }
 
-// The name of a short identifier.  A name of class 4x or 1x that begins with a digit loses everything up to
-// its first hyphen.  The result points into the buffer; null if the database does not know the identifier.
+// The name of a short identifier.  A name that begins with a digit and has a class of 0x40 to 0x4F or 0x10 to
+// 0x1F loses everything up to and including its first hyphen.  The result points into the buffer; null if the
+// database does not know the identifier.
 const char *strippedName(STF_l__hdr *status, void *handle, GEN_oid_t shortOID, char (&buffer)[OID_NAME_SIZE]);
 
-// Appends the same name; false if there is none.
+// Appends the name that strippedName returns.  False if the database does not know the identifier.
 bool addStrippedName(STF_l__hdr *status, void *handle, Text &text, GEN_oid_t shortOID);
 
-// Append the text of a name or text record, or nothing if it has none; addText then returns false.
+// Append the text of a name or text record.  If the record has no text, both append nothing, and addText
+// returns false.
 void addSimpleName(STF_l__hdr *status, Text &text, const GEN_simpleName *ip);
 bool addText(STF_l__hdr *status, Text &text, const GEN_text *ip);
 
 } // namespace qvledger
 
-// The name that strippedName returns, as a new string to be released with free; null if there is none or
-// memory runs out.
+// The name that strippedName returns, as a new string to be released with free.  Null if the database does
+// not know the identifier or memory runs out.
 char *ALA__IdentToAsciiStripped(STF_l__hdr *inoutp_status, void *in_handle, GEN_oid_t in_shortOID);
 
-// The text of a name as a new string, to be released with free; null if it has none or memory runs out.
+// The text of a name record as a new string, to be released with free.  Null if the record has no text or
+// memory runs out.
 char *ALA__SimpleNameToAscii(STF_l__hdr *inoutp_status, const GEN_simpleName *ip);
 
 void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, qvledger::Text &buf,

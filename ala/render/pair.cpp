@@ -16,11 +16,11 @@ using namespace qvledger;
 
 namespace {
 
-// A pair with its first value, whose text is followed by the attribute's name.
+// A pair and its first value.  The attribute's name follows the value's text.
 struct PairBlock {
-    ALA_attrPair pair;     // for the caller; first, so that both have the same address
-    AS_attrValType_t type; // of the values
-    bool isUsual;          // has kUsualPair bytes and can be reused
+    ALA_attrPair pair;     // the caller's view; first, so that pair and block have the same address
+    AS_attrValType_t type; // type of the values
+    bool isUsual;          // the block has kUsualPair bytes and can be reused
     attributeVal *last;
     ValueBlock first;
 };
@@ -36,7 +36,7 @@ static PairBlock *blockOf(ALA_attrPair *pair) {
 constexpr std::size_t kUsualPair = 512; // bytes
 constexpr std::size_t kLongestText = std::numeric_limits<std::uint32_t>::max();
 static thread_local PairBlock *spare;
-static thread_local bool isSpareWatched; // the spare is released when the thread ends
+static thread_local bool isSpareWatched; // the spare will be released when the thread ends
 
 static PairBlock *allocatePair(std::size_t size) {
     PairBlock *block = size <= kUsualPair ? std::exchange(spare, nullptr) : nullptr;
@@ -61,7 +61,7 @@ static char *putText(char *to, std::string_view text) {
     return to + text.size() + 1;
 }
 
-// Returns the address after the text's NUL.
+// Stores the value and its text.  Returns the address after the text's NUL.
 static char *setValue(ValueBlock *value, std::string_view text) {
     char *to = reinterpret_cast<char *>(value) + offsetof(ValueBlock, text);
     value->node = {to, nullptr};
@@ -130,7 +130,7 @@ static const RenderFailure *addValue(std::string_view text, const attrValNode &n
     return nullptr;
 }
 
-// Adds `count` values, which are separated by a NUL in `texts`.  On failure the pair is unchanged.
+// Adds `count` values, whose texts are separated by NULs in `texts`.  On failure the pair is unchanged.
 static const RenderFailure *addValues(std::string_view texts, std::uint32_t count, const attrValNode &node,
                                       std::string_view name, ALA_attrPair **pair) {
     const bool isNew = *pair == nullptr;
@@ -205,7 +205,7 @@ void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc) {
 
 namespace {
 
-// Releases the value record on every path.
+// Owns a value record, and releases it on every path.
 class ValueRecord {
 public:
     ValueRecord(void *value, AS_attrValDesc_t description) : value_(value), description_(description) {}

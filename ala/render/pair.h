@@ -19,12 +19,12 @@ ALA_retCode_t ALA__GetAttribute(const attrValNode *inp_node, void *in_attrVal,
                                 void **inoutp_oidHandle, ALA_attrPair **inoutp_attribute);
 
 // Looks up the name of an attribute.  A non-null locale remains set on the database handle.  ALA_A_OID_ERROR:
-// there is no name; ALA_A_OUT_OF_MEMORY.
+// the attribute has no name; ALA_A_OUT_OF_MEMORY.
 ALA_retCode_t ALA__LookupAttrNameFromOID(const std::uint8_t *in_oid, const char *inp_locale,
                                          void **inoutp_oidHandle, char (&outp_attrName)[OID_NAME_SIZE]);
 
-// Makes a value and its text in one block, to be released with free.  0, or ALA_A_OUT_OF_MEMORY with the
-// output null.
+// Makes a value and its text in one block, to be released with free.  Returns 0, or ALA_A_OUT_OF_MEMORY with
+// a null output.
 ALA_retCode_t ALA__AllocValue(attributeVal **outpp_val, std::string_view in_text);
 
 // Releases a value record, which may be null.
@@ -32,20 +32,21 @@ void ALA__Cleanup(void *in_attr, AS_attrValDesc_t in_valDesc);
 
 namespace qvledger {
 
-// A value followed by its text and a NUL, which continue after the end of this record.
+// A value, followed by its text and a NUL.  The text begins in `text` and continues after the end of this
+// record.
 struct ValueBlock {
-    attributeVal node;  // for the caller; first, so that both have the same address
-    std::uint32_t size; // of the text
+    attributeVal node;  // the caller's view; first, so that node and block have the same address
+    std::uint32_t size; // bytes of the text
     char text[4];
 };
 
-// ALA__GetAttribute with a rendering context.
+// Does the work of ALA__GetAttribute, with a rendering context.
 ALA_retCode_t getAttribute(const attrValNode &node, void *value, AS_attrValDesc_t description,
                            const char *locale, const RenderContext &context, ALA_attrPair **pair);
 
-// The same for a packed value of an attribute whose name is known; empty: an attribute without a value.  Also
-// ALA_A_ODPUNPACK_ERROR, not logged and with the pair unchanged: the bytes are not a value of the attribute's
-// type, or memory ran out while they were read.
+// Does the same for a packed value of an attribute whose name is known.  If `packed` is empty, the attribute
+// has no value.  Also ALA_A_ODPUNPACK_ERROR: the bytes are not a value of the attribute's type, or memory ran
+// out while they were read.  This failure is not logged, and the pair is unchanged.
 ALA_retCode_t getPackedAttribute(const attrValNode &node, std::span<const std::uint8_t> packed,
                                  std::string_view name, const RenderContext &context, ALA_attrPair **pair);
 

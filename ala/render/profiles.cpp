@@ -1,4 +1,4 @@
-// Renders profiles: records of several items, each with its own text for an absent part.
+// Renders profiles: records of several items.  Each kind of item has its own text for an absent item.
 #include "ala/render/profiles.h"
 
 #include "ala/render/formatters.h"
@@ -13,7 +13,7 @@ static bool hasText(const GEN_deliveryAddress *address) {
             (address->choice == GEN_MHS_ADDRESS && address->u.mhsAddress.attributes != nullptr));
 }
 
-// Appends the address and the suffix; false if the address has no text.
+// Appends the address and the suffix.  False, and appends nothing, if the address has no text.
 static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, const char *suffix) {
     const Malloced<char> address(ALA__DAToAscii(rendering.status, record));
     if (address == nullptr) {
@@ -27,11 +27,11 @@ static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, 
 }
 
 const RenderFailure *qvledger::renderDeliveryAddress(Rendering &rendering, const GEN_deliveryAddress &value) {
-    addAddress(rendering, &value, ""); // adds nothing if it has no text
+    addAddress(rendering, &value, ""); // adds nothing if the address has no text
     return nullptr;
 }
 
-// Ends an item of an event handling profile with a space, after "NULL" if the item is absent.
+// Ends an item of an event handling profile with a space.  For an absent item, first appends "NULL".
 static void endItem(bool there, Text &text) {
     text.add(there ? " " : "NULL ");
 }
@@ -101,7 +101,7 @@ const RenderFailure *qvledger::renderResultsProfile(Rendering &rendering, const 
         text.add("NULL");
     else
         addStrippedName(status, *rendering.context.oidHandle, text,
-                        *profile.deliveryMethod_o); // adds nothing if unknown
+                        *profile.deliveryMethod_o); // adds nothing if the name is unknown
 
     text.add(' ');
     if (profile.resultsSetComment_o == nullptr || !addText(status, text, profile.resultsSetComment_o))

@@ -23,9 +23,9 @@ const RenderFailure *qvledger::renderShort(Rendering &rendering, const std::int1
     return nullptr;
 }
 
-// Like "%f" in the C locale, so that a report's numbers look the same everywhere.
+// Renders the number as "%f" does in the C locale, so that reports show numbers alike in all locales.
 const RenderFailure *qvledger::renderReal(Rendering &rendering, const double &value) {
-    char digits[330]; // up to 309 before the decimal point
+    char digits[330]; // a double has up to 309 digits before the decimal point
     const auto end = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
     rendering.text.add({digits, end.ptr});
     return nullptr;

@@ -36,7 +36,8 @@ const RenderFailure *qvledger::renderSimpleName(Rendering &rendering, const GEN_
     return nullptr;
 }
 
-// Appends the name, after the name of its syntax and a colon if it has a syntax.
+// Appends the name.  If the name has a syntax, first appends the name of the syntax and a colon.  False if
+// the text of the name cannot be extracted.
 static bool addDistName(Rendering &rendering, const GEN_distNameString &name) {
     if (name.name_syntax_o != nullptr) {
         ALA__NameOrOidToAscii(rendering.status, *rendering.context.oidHandle, rendering.text,
@@ -54,7 +55,7 @@ const RenderFailure *qvledger::renderDistName(Rendering &rendering, const GEN_di
     return isThere ? nullptr : &kExtractTextFailed;
 }
 
-// Renders several values, or none on failure.  The only type that does.
+// Renders each name as one value; if one fails, renders no value.  No other type renders several values.
 const RenderFailure *qvledger::renderDistNameSeq(Rendering &rendering, const GEN_distNameStringSeq &head) {
     static constexpr RenderFailure kNoText = {ALA_A_OUT_OF_MEMORY,
                                               "strdup failed for tmpNode->value in ALA__GetAttribute"};

@@ -28,8 +28,8 @@ static std::time_t instantOfUtc(const GEN_generalizedTime &time) {
     return _mkgmtime(&utc);
 }
 
-// The instant of a local time, which is passed as if it were Coordinated Universal Time.  -1 if it cannot be
-// converted.
+// Converts a local time to seconds since 1970.  The local time is passed as if it were Coordinated Universal
+// Time.  Returns -1 if the local time cannot be converted.
 static std::time_t instantOf(std::time_t local) {
     std::tm time = {};
     static_cast<void>(gmtime_s(&time, &local)); // cannot fail for the years of a record
@@ -38,8 +38,8 @@ static std::time_t instantOf(std::time_t local) {
     if (instant == -1)
         return -1;
     // For a local time that the clocks skip, mktime uses the offset before or after the gap, depending on its
-    // previous conversion.  Always use the offset before the gap: with it, mktime's local time is later than
-    // the one passed in.
+    // previous conversion.  Always use the offset before the gap: with that offset, mktime's local time is
+    // later than the local time passed in.
     const std::time_t shown = _mkgmtime(&time);
     return shown < local ? instant + (local - shown) : instant;
 }
@@ -120,7 +120,7 @@ std::int32_t ALA__MakeGeneralizedTime(GEN_generalizedTime *outp_target, const st
     return 0;
 }
 
-// Writes the number with that many digits, including leading zeros.
+// Writes the number with `digits` digits, including leading zeros.  Returns the address after the digits.
 static char *putDigits(char *text, std::int32_t number, std::int32_t digits) {
     for (std::int32_t i = digits; i-- > 0; number /= 10)
         text[i] = static_cast<char>('0' + number % 10);

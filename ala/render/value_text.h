@@ -11,7 +11,7 @@
 namespace qvledger {
 
 // A text without a fixed limit.  It starts in the creator's buffer and moves to the heap when it outgrows the
-// buffer.  When memory runs out, here or for a part that was to be added, the text stays unchanged, later
+// buffer.  When memory runs out, or a user of the text calls fail(), the text stays unchanged, later
 // additions are dropped and failed() is true.
 class Text {
 public:
@@ -47,7 +47,7 @@ private:
     bool grow(std::size_t added);
 
     Malloced<char> own_;
-    char *text_;           // in own_ or in the creator's buffer
+    char *text_;           // points into own_ or into the creator's buffer
     std::size_t capacity_; // bytes
     std::size_t length_ = 0;
     bool noMemory_ = false;

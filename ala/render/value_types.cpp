@@ -20,7 +20,7 @@ constexpr RenderFailure qvledger::kRefused = {ALA_A_ODPUNPACK_ERROR, ""};
 
 // ---- How values are read and rendered ----
 
-// For a type whose text a formatter makes.
+// Renders a record through a formatter.
 template <auto *kFormatter, class Record>
 static const RenderFailure *formatted(Rendering &rendering, const Record &record) {
     kFormatter(rendering.status, *rendering.context.oidHandle, rendering.text, &record);
@@ -31,7 +31,7 @@ static const RenderFailure *renderNothing(Rendering &, const GEN_eACL &) {
     return nullptr;
 }
 
-// For a record.
+// The functions for a type whose value is a single record.
 template <class Record, const RenderFailure *(*kRender)(Rendering &, const Record &)>
 static constexpr ValueForm value = {[](XdrReader &in) -> void * {
                                         auto *record = in.make<Record>();
@@ -48,7 +48,8 @@ static constexpr ValueForm value = {[](XdrReader &in) -> void * {
                                         return in.isWhole() ? kRender(rendering, record) : &kRefused;
                                     }};
 
-// For a chain of nodes, passed by its first node; kElement is the member with the element.
+// The functions for a type whose value is a chain of nodes.  The first node represents the chain; kElement is
+// the node's member that contains the element.
 template <class Node, auto kElement, const RenderFailure *(*kRender)(Rendering &, const Node &)>
 static constexpr ValueForm chain = {[](XdrReader &in) -> void * { return unpackChain<Node>(in, kElement); },
                                     [](Rendering &rendering, const void *head) {
@@ -65,7 +66,7 @@ static std::string_view asText(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
-// For texts that are shown as they are packed.
+// The functions for texts that are rendered unchanged.
 static constexpr ValueForm characters = {
     [](XdrReader &in) -> void * { return in.characters(); },
     [](Rendering &rendering, const void *record) -> const RenderFailure * {

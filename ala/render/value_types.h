@@ -21,10 +21,11 @@ struct RenderFailure {
     const char *message;
 };
 
-// The bytes are not a value of the type, or memory ran out while they were read.  The caller logs it.
+// The failure of bytes that are not a value of the type, or of a read for which memory ran out.  The caller
+// logs this failure.
 extern const RenderFailure kRefused;
 
-// What rendering needs besides the value.
+// The data that rendering needs besides the value.
 struct RenderContext {
     void **oidHandle;
     ALA_timeForm_t timeForm = ALA_TIME_AS_REPORTED;
@@ -39,11 +40,11 @@ struct Rendering {
     StatusList status;
     char room[kValueSize];
     Text text{room, sizeof room};
-    std::uint32_t values = 1;   // number of values in the text, separated by NUL
+    std::uint32_t values = 1;   // number of values in the text, which NULs separate
     std::string_view view = {}; // used instead of the text if its data is not null
 };
 
-// The functions of a type.  The two that render return null on success.
+// The functions of a value type.  render and renderPacked return null on success.
 struct ValueForm {
     // Unpacks a record into the reader's memory.  Null for an empty chain, or if the reader failed.
     void *(*unpack)(XdrReader &inoutp_in);
@@ -56,7 +57,7 @@ struct ValueForm {
 struct ValueType {
     AS_attrValType_t type;
     ValueForm form;
-    ALA_valueKind_t kind = ALA_KIND_TEXT; // of the rendered text
+    ALA_valueKind_t kind = ALA_KIND_TEXT; // kind of the rendered text
 };
 
 // The row of a type; null for an unknown type, which renders as an empty text.
@@ -66,9 +67,9 @@ const ValueType *findValueType(AS_attrValType_t type);
 
 extern "C" {
 
-// Unpacks in_length bytes into a record of the type, which outp_desc->deleteFunc releases.  An unknown type
-// gets a copy of its bytes.  *outpp_value is null for an empty chain and on failure.
-// 0, ODP_E_REFUSED: the bytes are not a value of the type, or ODP_E_NO_MEMORY.
+// Unpacks in_length bytes into a record of the type, which outp_desc->deleteFunc releases.  The record of an
+// unknown type is a copy of the bytes.  *outpp_value is null for an empty chain and on failure.
+// Returns 0; ODP_E_REFUSED if the bytes are not a value of the type; or ODP_E_NO_MEMORY.
 std::int32_t ODP_UnpackAV(STF_l__hdr *in_status, std::int32_t in_length, const void *inp_bytes,
                           AS_attrValType_t in_type, void **outpp_value, AS_attrValDesc_t *outp_desc);
 

@@ -1,4 +1,4 @@
-// Opens a log to check it, and checks it.
+// Opens logs and checks them.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -17,8 +17,9 @@
 
 using namespace qvledger;
 
-// Limits the memory for rendering a record: four times its bytes, for the record and a document's copy of it,
-// and 36 times those of its longest attribute, whose texts can be many times as long.
+// Rendering a record may take at most kMostMemory bytes.  The estimate is four times the record's bytes, for
+// the record and a document's copy of it, plus 36 times the bytes of the longest attribute, because a text
+// can be many times as long as its packed value.
 constexpr std::int64_t kMostMemory = 48 << 20;
 constexpr std::int64_t kOfRecord = 4;
 constexpr std::int64_t kOfAttribute = 36;
@@ -47,7 +48,7 @@ static CheckResult openFile(ALA_handle_t handle, const char *name, std::int32_t 
         error};
 }
 
-// Reads the header's other words, besides the access list entries.  lookUpPermission has already read the
+// Reads the words of the header besides the access list entries.  lookUpPermission has already read the
 // header successfully.
 static CheckResult readHeaderWords(CheckedLog &log) {
     LogBytes bytes(log.log.fd, log.size);
@@ -94,7 +95,7 @@ static bool isCutHeader(int fd, std::int64_t size) {
     return false;
 }
 
-// The result for a header that could not be read, or a caller whose identity is unknown.
+// The result for a header that could not be read, or for a caller whose identity is unknown.
 static CheckResult headerFailure(const CheckedLog &log, const char *name, ALA_retCode_t code, int error) {
     switch (code) {
     case ALA_A_FAIL_READ_LOG_FILE:
@@ -238,7 +239,8 @@ private:
         return attributes / head.docAttrPerDoc + (attributes % head.docAttrPerDoc != 0 ? 1 : 0);
     }
 
-    // Would the first record be sound if the header had a version with the other form of record heads?
+    // Would the first record be sound if the header gave a format version with the other form of record
+    // heads?
     bool isOfOtherVersion(LogBytes &bytes) const {
         const bool counts = log_.log.verNum >= kVersionWithCounts;
         RecordParser other(bytes, counts ? kVersionWithDate : kVersionWithCounts);

@@ -10,7 +10,7 @@
 namespace qvledger {
 
 struct CheckedLog {
-    logParams log = {}; // for the operations that read records; fd is -1 until the file is open
+    logParams log = {}; // argument of the operations that read records; fd is -1 until the file is open
     std::int64_t size = 0;
     std::int64_t headerEnd = 0;
     std::uint32_t created = 0;

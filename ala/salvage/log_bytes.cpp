@@ -10,9 +10,9 @@
 
 using namespace qvledger;
 
-constexpr std::size_t kScan = std::size_t{128} << 10; // fits into the processor's cache
+constexpr std::size_t kScan = std::size_t{128} << 10; // bytes; they fit into the processor's cache
 constexpr std::size_t kProbe = std::size_t{16} << 10;
-constexpr std::int64_t kCostOfProbe = 8 << 10; // in addition to its bytes
+constexpr std::int64_t kCostOfProbe = 8 << 10; // added to the cost of the bytes read
 constexpr std::int64_t kCostOfDot = 64;
 
 bool LogBytes::load(Window &window, std::int64_t position, std::size_t wanted) {

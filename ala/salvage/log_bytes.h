@@ -17,8 +17,8 @@ public:
 
     std::int64_t size() const { return size_; }
 
-    // The bytes at a position, valid until the next call of a member.  Null if they reach past the end or
-    // cannot be read.
+    // The bytes at a position, valid until the next call of a member.  Null if the bytes extend past the end
+    // or cannot be read.
     const std::uint8_t *at(std::int64_t position, std::size_t wanted) {
         if (scan_.has(position, wanted))
             return scan_.from(position);
@@ -26,7 +26,8 @@ public:
     }
 
     // The first position in [from, until) whose bytes look like a tag: a count of values below 2^24, and an
-    // object identifier that begins with a digit from 0 to 2, a dot and a digit.  `until` if there is none.
+    // object identifier that begins with a digit from 0 to 2, a dot and a digit.  If no bytes look like a
+    // tag, returns `until`.
     std::int64_t nextTag(std::int64_t from, std::int64_t until);
 
     // True if some bytes could not be read, or the file was truncated meanwhile.
@@ -34,7 +35,8 @@ public:
     // The errno; 0 if the file was truncated.
     int error() const { return error_.value_or(0); }
 
-    // The cost of all reading so far, in bytes read in order.  Bytes that nextTag skips do not count.
+    // The cost of all reading so far.  The unit is the cost of reading one byte sequentially.  Bytes that
+    // nextTag skips cost nothing.
     std::int64_t cost() const { return cost_; }
     void addCost(std::int64_t cost) { cost_ += cost; }
 
@@ -55,8 +57,8 @@ private:
 
     int fd_;
     std::int64_t size_;
-    Window scan_;  // where nextTag searches
-    Window probe_; // where records and attributes are read
+    Window scan_;  // bytes that nextTag searches
+    Window probe_; // bytes from which records and attributes are read
     std::int64_t cost_ = 0;
     std::optional<int> error_;
 };

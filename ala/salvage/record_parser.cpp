@@ -14,11 +14,11 @@
 
 using namespace qvledger;
 
-constexpr std::uint32_t kMost =
-    1 << 24; // attributes of a record, or values of an attribute; more would take gigabytes
-constexpr std::uint32_t kLongestUnpacked = 1 << 20; // bytes; longer values take too much memory
+// Limit for the attributes of a record and for the values of an attribute; more would take gigabytes.
+constexpr std::uint32_t kMost = 1 << 24;
+constexpr std::uint32_t kLongestUnpacked = 1 << 20; // bytes; longer values would take too much memory
 
-// The cost of steps, in bytes read in order.
+// The costs of steps, in the unit of LogBytes::cost().
 constexpr std::int64_t kCostOfTag = 240;
 constexpr std::int64_t kCostOfValue = 24;
 constexpr std::int64_t kCostOfNewIdentifier = 1500;
@@ -46,7 +46,8 @@ Fault RecordParser::readHead(std::int64_t tag, RecordHead *head) {
     return at != nullptr && head->numAttr <= (bytes_.size() - tag) / kTagSize ? Fault::None : Fault::PastEnd;
 }
 
-// Sound identifiers are remembered, because logs repeat them.
+// Reads the identifier in a tag, and sets *number to its hash.  False if the identifier is not sound.
+// Remembers sound identifiers, because logs repeat them.
 bool RecordParser::readIdentifier(const std::uint8_t *tag, std::uint64_t *number) {
     constexpr std::size_t kRemembered = 4096;
     const char *decoid = reinterpret_cast<const char *>(tag + offsetof(attrTag, decoid));
@@ -63,7 +64,8 @@ bool RecordParser::readIdentifier(const std::uint8_t *tag, std::uint64_t *number
     return true;
 }
 
-// A value of an unknown type, or a long one, is always accepted.
+// Checks that the value can be unpacked as its type.  A value of an unknown type, or a long value, is always
+// accepted.
 Fault RecordParser::checkValue(std::int64_t position, std::uint32_t length, const ValueType *known) {
     if (known == nullptr || length > kLongestUnpacked)
         return Fault::None;
@@ -83,7 +85,7 @@ Fault RecordParser::checkValue(std::int64_t position, std::uint32_t length, cons
     return in.isWhole() && have == length ? Fault::None : Fault::BadValue;
 }
 
-// Adds the attribute at the run's end if it is sound.
+// Reads the attribute at the run's end.  Adds it to the run if it is sound; otherwise returns its fault.
 Fault RecordParser::addAttribute(Run &run, std::int64_t limit) {
     const std::uint8_t *tag = bytes_.at(run.end, kTagSize);
     if (tag == nullptr)
@@ -140,7 +142,7 @@ Run RecordParser::follow(std::int64_t tag, std::int64_t limit, std::uint32_t exp
 }
 
 bool RecordParser::isBoundary(std::int64_t position) {
-    constexpr std::int64_t kSeen = offsetof(attrTag, decoid) + 2; // of the tag
+    constexpr std::int64_t kSeen = offsetof(attrTag, decoid) + 2; // bytes of the tag that isBoundary() checks
     const std::int64_t tag = position + headSize_;
     RecordHead head = {};
     if (const Fault fault = readHead(tag, &head); fault != Fault::None && fault != Fault::PastEnd)

@@ -13,18 +13,18 @@ namespace qvledger {
 
 struct ValueType;
 
-// What is wrong where a record or an attribute is expected.
+// The fault found where a record or an attribute is expected.
 enum class Fault : std::uint8_t {
     None,
-    PastEnd, // the log ends inside it
-    CutOff,  // the log ends inside an attribute of a known type, and its values are sound up to that point
+    PastEnd, // the log ends inside the record or attribute
+    CutOff,  // the log ends inside an attribute of a known type, whose values are sound up to the end
     ZeroCount,
     BadCounts,
     BadIdentifier,
     BadLength,
     BadValue,
-    MoreAttributes, // than the record's head gives
-    TooCostly,      // to read on
+    MoreAttributes, // the record has more attributes than its head gives
+    TooCostly,      // reading on would exceed the cost limit
     BadEnd,         // the record is complete, but neither a record nor the log's end follows
 };
 
@@ -43,15 +43,16 @@ struct RecordHead {
 // A run of adjacent sound attributes, and why it ends.
 struct Run {
     std::int64_t begin;     // the first attribute's tag
-    std::int64_t end;       // of the last attribute
+    std::int64_t end;       // end of the last attribute
     std::int64_t last;      // the last attribute's tag
-    std::uint32_t lastType; // type of its values
+    std::uint32_t lastType; // type of the last attribute's values
     std::uint32_t attributes;
     std::uint64_t values;
     std::int64_t longest; // bytes of the longest attribute
     bool endIsCertain;    // the last value's bytes show where it ends, because its type is known
-    Fault fault;          // of the attribute after the run
-    std::vector<std::uint64_t> identifiers; // hashes, of the first kNotedIdentifiers attributes
+    Fault fault;          // fault of the attribute after the run
+    // Hashes of the attributes' identifiers; only the first kNotedIdentifiers are kept.
+    std::vector<std::uint64_t> identifiers;
 };
 
 constexpr std::size_t kNotedIdentifiers = 256;
@@ -64,15 +65,16 @@ public:
 
     std::int64_t headSize() const { return headSize_; }
 
-    // Reads the head before a record's first tag.
+    // Reads the record head that ends where the record's first tag begins.
     Fault readHead(std::int64_t tag, RecordHead *head);
 
-    // The run of sound attributes from a tag on.  Stops with Fault::TooCostly when bytes.cost() exceeds the
-    // limit, but reads the expected attributes and the one after them at any cost.  Throws std::bad_alloc.
+    // Reads the run of sound attributes that begins at a tag.  Stops with Fault::TooCostly when bytes.cost()
+    // exceeds the limit.  However, reads the first `expected` attributes and the next attribute at any cost.
+    // Throws std::bad_alloc.
     Run follow(std::int64_t tag, std::int64_t limit, std::uint32_t expected = 0);
 
-    // Is this the log's end, or does a head with the start of a tag follow?  Near the log's end, the part of
-    // a head or tag that is left is enough.
+    // Is the position the log's end, or does a head with the start of a tag follow?  If the log ends inside
+    // such a head or tag, the part before the end is enough.
     bool isBoundary(std::int64_t position);
 
 private:

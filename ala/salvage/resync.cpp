@@ -6,15 +6,16 @@
 
 using namespace qvledger;
 
-constexpr int kValuesAfterRecord = 64; // that goesOnAsValues() follows
+constexpr int kValuesAfterRecord = 64; // most values that goesOnAsValues() reads
 constexpr std::size_t kMostKnown = 4096;
 constexpr std::int64_t kAskAfter = 1 << 20; // bytes between calls of the watch
 constexpr std::int64_t kSearchedAtOnce = 64 << 10;
-// Bytes skipped at a time once the budget is used up.  They add enough budget for a few records.
+// Bytes skipped at a time once the budget is used up.  Skipping that many bytes adds enough budget for a few
+// records.
 constexpr std::int64_t kSkipped = 128 << 10;
 
-// The budget for reading without finding a record: this many bytes read in order, plus one for each byte of
-// the log passed.  Random damage costs far less.
+// The budget for reading without finding a record is this many bytes read sequentially, plus the number of
+// bytes by which the search has advanced.  Random damage costs far less.
 constexpr std::int64_t kCredit = 64 << 20;
 
 Resync::Resync(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, CheckWatch &watch)
@@ -36,7 +37,7 @@ void Resync::newBudget() {
     costBefore_ = bytes_.cost();
 }
 
-// The most that bytes_.cost() may be now.
+// The highest bytes_.cost() that the budget allows at the current position.
 std::int64_t Resync::limit() const {
     return costBefore_ + kCredit + place_.at - budgetFrom_;
 }
@@ -45,7 +46,7 @@ bool Resync::canAfford() const {
     return bytes_.cost() <= limit();
 }
 
-// Reads on after the run to learn from the records found with what is known so far, then returns to the run.
+// Reads the rest of the log after the run and learns from the records found there, then returns to the run.
 void Resync::learnAfter(const Run &run) {
     const Place here = place_;
     onlyLearns_ = true;
@@ -60,7 +61,8 @@ void Resync::learnAfter(const Run &run) {
     newBudget();
 }
 
-// Can the bytes at `end` be more values of the attribute before them, whose count is damaged?
+// Can the bytes at `end` be further values of the attribute that ends there, because its count of values is
+// damaged?
 bool Resync::goesOnAsValues(std::int64_t end) {
     for (int i = 0; i < kValuesAfterRecord && canAfford(); ++i) {
         const std::uint8_t *word = bytes_.at(end, kWord);
@@ -76,13 +78,13 @@ bool Resync::goesOnAsValues(std::int64_t end) {
     return false;
 }
 
-// Does a record begin in the run's last attribute?  If such a record ends after the attribute, and the log's
-// end or a record follows it, then other bytes have overwritten the attribute's end.  *joined is then that
-// record, or the first of the adjacent records that lead to it; else -1.
+// Does a record begin in the run's last attribute?  If this record ends after the attribute, and the log's
+// end or another record follows, then other bytes have overwritten the attribute's end.  *joined is then the
+// position of this record, or of the first of the adjacent records that lead to it.  Otherwise *joined is -1.
 bool Resync::hidesRecord(const Run &run, std::int64_t *joined) {
     const std::int64_t until = std::min(bytes_.size(), run.end + parser_.headSize());
     *joined = -1;
-    std::int64_t chain = -1; // of records that follow each other
+    std::int64_t chain = -1; // position of the first of the adjacent records; -1: none found
     std::int64_t chainEnd = -1;
     std::int64_t tag = run.last + parser_.headSize();
     while (canAfford() && (tag = bytes_.nextTag(tag + 1, until)) < until) {
@@ -106,8 +108,8 @@ bool Resync::hidesRecord(const Run &run, std::int64_t *joined) {
     return chain >= 0;
 }
 
-// Moves to the next bytes that look like a tag.  False if there are none within kSearchedAtOnce bytes, or if
-// the budget is used up.
+// Moves to the next bytes that look like a tag.  If the next kSearchedAtOnce bytes contain no such bytes,
+// moves past them and returns false.  If the budget is used up, skips kSkipped bytes and returns false.
 bool Resync::searchTag(std::int64_t *tag) {
     if (!canAfford()) {
         const std::int64_t skipped = std::min(kSkipped, bytes_.size() - place_.at);
@@ -121,7 +123,7 @@ bool Resync::searchTag(std::int64_t *tag) {
 }
 
 bool Resync::give(const Candidate &found) {
-    bytes_.addCost(-found.cost); // a record that was found costs nothing
+    bytes_.addCost(-found.cost); // reading a record costs no budget
     const Run &run = found.run;
     found_ = {run.begin - parser_.headSize(), found.head, run, place_.inStep, place_.fault};
     if (learns_ && found_.begin == place_.recordsEnd)
@@ -151,7 +153,7 @@ Resync::Candidate Resync::read(std::int64_t tag, bool isExpected) {
     return candidate;
 }
 
-// What is wrong with an expected record.
+// The fault of an expected record.
 static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     if (headFault != Fault::None)
         return headFault;
@@ -160,7 +162,7 @@ static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
 }
 
-// Reads one run.  True if it is a record.
+// Reads one run.  True if the run is a record.
 bool Resync::step() {
     const bool isExpected = place_.inStep && place_.at == place_.recordsEnd;
     place_.inStep = isExpected || (place_.inStep && canAfford());
@@ -173,9 +175,9 @@ bool Resync::step() {
         return give(candidate);
     if (isExpected)
         place_.fault = faultOf(candidate.headFault, candidate.head, run);
-    // If the log is cut in the attribute after the run, nothing in that attribute is a record.  This applies
-    // only where a record is expected: elsewhere a text could contain the beginning of such an attribute and
-    // hide all that follows.
+    // If the log ends inside the attribute after the run, nothing in that attribute is a record.  Assume this
+    // only where a record is expected: elsewhere, a text could contain the beginning of such an attribute and
+    // hide all later records.
     const bool isCutTag = candidate.head.numAttr > run.attributes && bytes_.size() - run.end < kTagSize;
     if (isExpected && (run.fault == Fault::CutOff || isCutTag))
         return goTo(bytes_.size(), true);
@@ -190,7 +192,7 @@ bool Resync::step() {
     return false;
 }
 
-// Decides whether a run is a record if damage follows it or the search is out of step.
+// Decides whether a run is a record.  Called if damage follows the run or the search is out of step.
 bool Resync::decide(const Candidate &candidate) {
     const Run &run = candidate.run;
     const bool isUsual = candidate.isExpected && candidate.fits && known_.lastTypes.contains(run.lastType);
@@ -201,7 +203,7 @@ bool Resync::decide(const Candidate &candidate) {
     const bool endIsKnown = run.endIsCertain || (isUsual && !hides);
     const bool mayEnd = candidate.isClosed || (place_.inStep && endIsKnown && !goesOnAsValues(run.end));
     // A run found out of step can be the rest of a damaged record.  A head of three words fits by chance less
-    // often than a head of one.
+    // often than a head of one word.
     const std::uint64_t first = run.identifiers.front();
     const bool mayBeFirst =
         parser_.headSize() > kWord ? !known_.later.contains(first) : onlyLearns_ && known_.first.empty();

@@ -11,11 +11,11 @@
 namespace qvledger {
 
 struct FoundRecord {
-    std::int64_t begin; // of the head
+    std::int64_t begin; // start of the head
     RecordHead head;
     Run run;
-    bool inStep;       // the header, a record or sound attributes end where it begins
-    Fault faultBefore; // what was wrong where the previous record ends
+    bool inStep;       // the header, a record or sound attributes end at `begin`
+    Fault faultBefore; // fault found where the previous record ends
 };
 
 class Resync {
@@ -23,22 +23,22 @@ public:
     // Searches from `begin`, the end of the log's header.
     Resync(LogBytes &bytes, std::uint32_t verNum, std::int64_t begin, CheckWatch &watch);
 
-    // The next intact record, valid until the next call.  Null after the last one, after a failed read
-    // (bytes.failed()) and when the watch gave up.  Throws std::bad_alloc.
+    // Finds the next intact record; the result is valid until the next call.  Null after the last record,
+    // after a failed read (bytes.failed()) and after the watch gave up.  Throws std::bad_alloc.
     const FoundRecord *next();
 
-    // After the last record: what was wrong where it ends.
+    // After next() has returned null: the fault found where the last record ends.
     Fault lastFault() const { return place_.fault; }
     bool gaveUp() const { return stopped_; }
     // The number of bytes skipped without a search, because the budget was used up.
     std::int64_t unsearched() const { return unsearched_; }
 
 private:
-    // What was learned from the log's records.
+    // Facts learned from the log's records.
     struct Known {
         std::unordered_set<std::uint64_t> first;     // hashes of first attributes' identifiers
         std::unordered_set<std::uint64_t> later;     // hashes of other attributes' identifiers
-        std::unordered_set<std::uint32_t> lastTypes; // types of last values, if unknown
+        std::unordered_set<std::uint32_t> lastTypes; // types of records' last values; only unknown types
 
         void learn(const Run &run);
     };
@@ -46,15 +46,15 @@ private:
     // The state of the search.
     struct Place {
         std::int64_t at;
-        std::int64_t floor;      // no record begins before it
-        std::int64_t recordsEnd; // end of the last record, or of the header
+        std::int64_t floor;      // no record begins before this position
+        std::int64_t recordsEnd; // end of the last record found, or of the header
         bool inStep;             // the header, a record or a sound run ends at `at`
-        Fault fault;             // what is wrong where the last record ends
+        Fault fault;             // fault found where the last record ends
     };
 
     // A run and the head before it.
     struct Candidate {
-        bool isExpected; // a record or the header ends where its head begins
+        bool isExpected; // a record or the header ends where this head begins
         Fault headFault;
         RecordHead head;
         Run run;
@@ -81,12 +81,12 @@ private:
     CheckWatch &watch_;
     Place place_;
     Known known_;
-    bool learns_ = true;      // from records that directly follow a record or the header
-    bool onlyLearns_ = false; // in learnAfter()
+    bool learns_ = true;      // learn from records that directly follow a record or the header
+    bool onlyLearns_ = false; // true during learnAfter()
     bool stopped_ = false;
     FoundRecord found_ = {};
-    std::int64_t budgetFrom_ = 0; // position and cost when the budget began
-    std::int64_t costBefore_ = 0;
+    std::int64_t budgetFrom_ = 0; // position when the budget began
+    std::int64_t costBefore_ = 0; // cost when the budget began
     std::int64_t unsearched_ = 0;
     std::int64_t asked_ = 0; // position at the last call of the watch
 };

@@ -13,7 +13,7 @@ using namespace qvledger;
 
 namespace {
 
-// A new file that gets its name once it is complete, and is removed otherwise.
+// A new file.  finish() gives the complete file its name.  Without finish(), the destructor removes the file.
 class NewFile {
 public:
     explicit NewFile(const char *path) : path_(path) {
@@ -22,7 +22,7 @@ public:
         const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
         partPath_ = firstPath;
         file_.reset(OS_MakeFile(partPath_.c_str()));
-        // Killed runs with the same process number may have left files.
+        // Killed runs with the same process number may have left files with these names.
         for (int left = 1; left <= kMostLeft && !file_.isOpen() && errno == EEXIST; ++left) {
             partPath_ = firstPath + "." + std::to_string(left);
             file_.reset(OS_MakeFile(partPath_.c_str()));
@@ -52,7 +52,7 @@ public:
         return true;
     }
 
-    // Syncs the file and gives it its name.  Fails with EEXIST if the name is taken.
+    // Syncs the file and gives it its final name.  Fails with EEXIST if that name is taken.
     bool finish() {
         int synced = 0;
         do
@@ -106,12 +106,13 @@ static CheckResult failure(CheckOutcome outcome, int error, const char *path) {
     }
 }
 
-// Copies through a second LogBytes, so that copying does not move the search's windows.
+// Copies the header and all intact records.  Reads the copied bytes through a second LogBytes, so that
+// copying does not move the search's windows.
 static CheckResult copyRecords(CheckedLog &log, NewFile &file, const char *path, CheckWatch &watch) {
     LogBytes bytes(log.log.fd, log.size);
     LogBytes source(log.log.fd, log.size);
     Resync search(bytes, log.log.verNum, log.headerEnd, watch);
-    std::int64_t begin = 0; // of the range to copy next
+    std::int64_t begin = 0; // start of the range to copy next
     std::int64_t end = log.headerEnd;
     const auto copy = [&]() -> CheckResult {
         const CheckOutcome outcome = copyRange(source, begin, end, file);

@@ -19,7 +19,7 @@ static SkipReason reasonOf(ALA_retCode_t code) {
     }
 }
 
-// Renders all attributes of a pair of cursor operations.  Returns the code that ended them.
+// Renders all attributes that first() and next() return.  Returns the code that ended the loop.
 template <class Record, class First, class Next>
 static ALA_retCode_t renderAttributes(ALA_handle_t handle, Record record, First first, Next next,
                                       LogSummary &summary) {
@@ -30,7 +30,7 @@ static ALA_retCode_t renderAttributes(ALA_handle_t handle, Record record, First 
         result = started ? next(handle, &record, nullptr, &pair) : first(handle, &record, nullptr, &pair);
         if (pair != nullptr)
             ALA_FreeAttributePair(&pair);
-        // The code may not show the failure of an earlier value of the attribute.
+        // Earlier values may have failed with another code, so count the skipped values instead of the codes.
         noteSkipped(summary, reasonOf(result), handle->valuesSkipped - before);
         if (result == ALA_A_LAST_ATTRIBUTE || result == ALA_A_NO_MORE_JOB_ATTR ||
             result == ALA_A_INVALID_RECORD)

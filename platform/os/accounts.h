@@ -1,4 +1,7 @@
 // The calling user, and accounts by name and by security identifier (SID).
+//
+// The calls return non-zero on success.  On failure they return 0, and GetLastError returns 8 when memory
+// runs out, 87 for a null argument, or an error listed below.
 #pragma once
 
 #include "platform/os/types.h"
@@ -14,18 +17,19 @@ enum SID_NAME_USE : std::int32_t {
 
 extern "C" {
 
-// The account name of the real user id; of "DOMAIN\user" or "user@domain" only the user.  inoutp_size: bytes
-// of the buffer on input, of the name with its NUL on output.  Non-zero is success.  Fails with 122 and the
-// needed size when the buffer is too small, with 1332 when the user has no account.
+// Gets the account name of the real user id; from "DOMAIN\user" or "user@domain", only the user.
+// inoutp_size: on input, bytes of the buffer; on output, bytes of the name with its NUL.  Error 122, with the
+// needed size, if the buffer is too small; error 1332 if the user has no account.
 BOOL GetUserNameA(char *outp_name, DWORD *inoutp_size);
 
-// SID, domain and kind of an account.  Non-zero is success.  Fails with 122 and both needed sizes (the
-// domain's with its NUL) when a buffer is too small, with 1332 for an unknown name.  On success the domain's
-// size does not count the NUL.
+// Gets SID, domain and kind of the account with a name.  Error 122 if a buffer is too small; both sizes are
+// then the needed ones, and the domain's counts the NUL.  Error 1332 for an unknown name.  On success the
+// domain's size does not count the NUL.
 BOOL LookupAccountNameA(const char *in_system, const char *inp_name, PSID outp_sid, DWORD *inoutp_sidSize,
                         char *outp_domain, DWORD *inoutp_domainSize, SID_NAME_USE *outp_use);
 
-// Name, domain and kind of a SID's account.  Sizes and failures are as above; 1332 means an unknown SID.
+// Gets name, domain and kind of a SID's account.  Error 122 if a buffer is too small; both sizes are then the
+// needed ones and count the NUL.  Error 1332 for an unknown SID.  On success the sizes do not count the NUL.
 BOOL LookupAccountSidA(const char *in_system, PSID inp_sid, char *outp_name, DWORD *inoutp_nameSize,
                        char *outp_domain, DWORD *inoutp_domainSize, SID_NAME_USE *outp_use);
 

@@ -3,10 +3,10 @@
 
 #include "platform/os/types.h"
 
-// Results of calls that another program can prevent.
+// Results of calls that can fail because of another program.
 constexpr int OS_DONE = 0;
 constexpr int OS_TAKEN = 1;    // another program uses the file, or the name exists
-constexpr int OS_REFUSED = -1; // by the system; errno has the reason
+constexpr int OS_REFUSED = -1; // the system refused; errno has the reason
 
 #ifndef _WIN32
 
@@ -24,23 +24,23 @@ struct _stat {
 extern "C" {
 
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wshadow" // record and call have the same name, like stat
+#pragma GCC diagnostic ignored "-Wshadow" // the struct and the function have the same name, like stat
 int _stat(const char *inp_path, struct _stat *outp_stat);
 #pragma GCC diagnostic pop
 int _unlink(const char *inp_path);
 
-// Returns the bytes read, 0 at the end of the file, -1 on failure.
+// Returns the number of bytes read; 0 at the end of the file; -1 on failure, with errno.
 int _read(int in_fd, void *outp_buffer, unsigned in_size);
-// Returns the new position, or -1.
+// Returns the new position, or -1 with errno.
 std::int64_t _lseeki64(int fd, std::int64_t offset, int origin);
 int _close(int in_fd);
-// Returns the bytes written, fewer than asked for when no more fit; -1 on failure.
+// Returns the number of bytes written, which is less than size if no more fit; -1 on failure, with errno.
 int _write(int fd, const void *bytes, unsigned size);
-// A second descriptor of the open file, with the same position and locks; -1 on failure.
+// Returns a copy of the descriptor, which shares its position and locks; -1 on failure, with errno.
 int _dup(int fd);
 int _isatty(int fd);
 int _fileno(std::FILE *stream);
-// Flushes everything written to disk.  0, or -1.
+// Flushes everything that was written to the file to disk.  Returns 0, or -1 with errno.
 int _commit(int fd);
 
 } // extern "C"
@@ -49,33 +49,37 @@ int _commit(int fd);
 
 extern "C" {
 
-// Opens a file or folder for reading; -1 on failure.  Refuses a device, pipe or socket with errno ENOTSUP.
+// Opens a file for reading.  Returns the descriptor, or -1 with errno.  Linux opens folders too, and refuses
+// a device, pipe or socket with ENOTSUP.
 int OS_OpenToRead(const char *path);
 
-// Opens a file for appending and creates it if it does not exist.  Follows symbolic links, also to a file
-// that does not exist yet.  -1 on failure.  *made is the path of the file if it was created, released with
-// free, else null.
+// Opens a file for appending and creates the file if it does not exist.  Follows symbolic links, even to a
+// file that does not exist yet.  Returns the descriptor, or -1 with errno.  If this call created the file,
+// *made is its path, which the caller frees; otherwise *made is null.
 int OS_OpenToAppend(const char *path, char **made);
 
-// Opens an open file again, with its own position and locks: for reading, or for appending if it may not be
-// read.  -1 on failure.
+// Opens the file of a descriptor a second time.  The new descriptor has its own position and locks.  It
+// reads; if the file may not be read, it appends.  Returns the descriptor, or -1 with errno.
 int OS_OpenAgain(int fd);
 
-// The last byte of a file open for reading; -1 if the file is empty or cannot be read.
+// Returns the last byte of a file that is open for reading; -1 if the file is empty or cannot be read.
 int OS_LastByte(int fd);
 
-// Truncates an open file to a size in bytes and moves its position there.  0, or -1.
+// Truncates an open file to a size in bytes and moves the descriptor's position to the new end.  Returns 0,
+// or -1 with errno.
 int OS_CutFile(int fd, std::int64_t size);
 
-// Renames a file within its folder without replacing another one.  Returns OS_DONE; OS_TAKEN if the new name
-// exists; else OS_REFUSED, with errno EBUSY if another program has the file open and does not allow renaming.
+// Renames a file within its folder, without replacing another file.  Returns OS_DONE; OS_TAKEN if the new
+// name exists; otherwise OS_REFUSED, with errno.  Windows sets EBUSY if another program has the file open and
+// does not allow renaming.
 int OS_MoveName(const char *from, const char *to);
 
-// OS_MoveName for a new file that no other program uses.  If the file system cannot rename without replacing,
-// the file has both names for a moment.
+// Like OS_MoveName, for a new file that no other program uses.  If the file system cannot rename without
+// replacing, the file has both names for a moment.
 int OS_NameNewFile(const char *from, const char *to);
 
-// Flushes the name of an open file to disk.  0, or -1.
+// Flushes the name of an open file to disk.  Returns 0, or -1 with errno.  Windows needs no call for this and
+// always returns 0.
 int OS_SyncFolderOf(int fd);
 
 } // extern "C"

@@ -1,4 +1,5 @@
-// The process heap.
+// The process heap.  Flags must be 0.  HeapAlloc and HeapReAlloc return null on failure; HeapFree returns
+// non-zero on success.
 #pragma once
 
 #include "platform/os/types.h"

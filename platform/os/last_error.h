@@ -1,4 +1,4 @@
-// The reason for the last failure on this thread.
+// The error code of this thread's last failure.
 #pragma once
 
 #include "platform/os/types.h"

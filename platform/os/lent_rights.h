@@ -1,15 +1,16 @@
-// Rights beyond its caller's that a set-group-id or set-user-id bit lends a program.
+// Lent rights: the rights beyond its caller's that a program gets from a set-group-id or set-user-id bit.
 #pragma once
 
 #include "platform/os/types.h"
 
 extern "C" {
 
-// Non-zero if the program has lent rights.
+// Non-zero if the program has lent rights; always 0 on Windows.
 int OS_HasLentRights();
 
-// Selects whose rights the program uses for files from now on; without lent rights both are the caller's.
-// Aborts the program if the system refuses, because it would continue with the wrong rights.
+// Select the rights that the program uses for files from now on.  Without lent rights, both select the
+// caller's rights.  If the system refuses, the program aborts, because it must not continue with the wrong
+// rights.
 void OS_UseCallersRights();
 void OS_UseLentRights();
 

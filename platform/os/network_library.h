@@ -1,9 +1,9 @@
-// Loading of run-time libraries.  The only one is the network library, which reports the workstation's group.
+// Loads the network library at run time.  The library reports the workstation's group.
 #pragma once
 
 #include "platform/os/types.h"
 
-// The registry key whose value LanGroup is the machine's group.
+// The registry key of the value LanGroup, the name of the machine's group.
 constexpr char OS_WORKSTATION_KEY[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters";
 
 #ifndef _WIN32
@@ -19,7 +19,10 @@ struct WKSTA_INFO_101 {
 
 extern "C" {
 
-// Loads "netapi32.dll", which has NetWkstaGetInfo and NetApiBufferFree; null for any other name.
+// LoadLibraryA loads only "netapi32.dll", and GetProcAddress finds only its NetWkstaGetInfo and
+// NetApiBufferFree; both return null for any other name.  NetWkstaGetInfo supports only level 101 of this
+// machine (null).  It returns a Win32 error code; on 0 the buffer contains a WKSTA_INFO_101, which
+// NetApiBufferFree releases.
 HMODULE LoadLibraryA(const char *inp_name);
 FARPROC GetProcAddress(HMODULE in_library, const char *inp_name);
 BOOL FreeLibrary(HMODULE in_library);

@@ -1,4 +1,4 @@
-// The kind of a program's output, and whether its reader has read it.
+// The kind of the program's output, and how much of the output is unread.
 #pragma once
 
 #include "platform/os/types.h"
@@ -17,12 +17,12 @@ extern "C" {
 
 OS_outputKind OS_KindOfOutput(int fd);
 
-// Makes all later writes through the descriptor append if it refers to a file, also those of other programs
-// that share the descriptor.  Windows only moves the position to the file's end.  0, or -1.
+// If the descriptor refers to a file, makes all later writes append, also the writes of other programs that
+// share the descriptor.  Windows only moves the position to the file's end.  Returns 0, or -1 with errno.
 int OS_WriteAtEnd(int fd);
 
-// Number of bytes that the reader of a pipe or local socket has not read yet; -1 when it has no reader any
-// more or the system cannot report it.  Always 0 on Windows.
+// Number of bytes in a pipe or local socket that the reader has not read yet.  Returns -1 if the reader has
+// closed the pipe or socket, or if the system cannot report the number.  Always 0 on Windows.
 int OS_UnreadBytes(int fd);
 
 } // extern "C"

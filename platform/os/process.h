@@ -7,26 +7,28 @@ extern "C" {
 
 #ifndef _WIN32
 
-// The process id, correct in a child too, however the child was made; only one that shares its parent's
-// memory (vfork) may get the parent's id.  Repeated calls cost no system call.
+// Returns the process id, in a child the child's id.  Only a child that shares its parent's memory (vfork)
+// may get the parent's id.  Repeated calls make no system call.
 int _getpid();
 
 #endif
 
-// Prepares the process; the first call of a program.  Afterwards a write to a pipe without a reader or beyond
-// the file size limit fails instead of ending the program by a signal.  The signal that reports a writer of a
-// file under OS_LockOutWriters is ignored, too.  No file that the program opens gets the number of a standard
-// stream that was closed at the start.
+// Prepares the process; a program calls this function first.  Afterwards a write to a pipe without a reader,
+// or beyond the file size limit, fails instead of ending the program by a signal.  The signal that reports a
+// writer of a file under OS_LockOutWriters is ignored.  A standard stream that was closed at the start stays
+// unusable: no file that the program opens gets its number.  On Windows, the standard streams are in binary
+// mode.
 void OS_PrepareProcess();
 
 // Sets a category of the C library to the user's locale.  Does nothing on Windows, which has no UTF-8 locale:
-// names would be compared by a code page that is not theirs.
+// names in UTF-8 would be compared as if they were in another code page.
 void OS_ChooseLocale(int category);
 
-// Has a function called in each child that fork makes.  0, or non-zero on failure.
+// Registers a function that each child calls after fork.  Returns 0, or non-zero on failure.  Does nothing on
+// Windows, which has no fork.
 int OS_WatchForks(void (*function)());
 
-// The name of the program's file without its folder; valid until the program ends.
+// The name of the program's file without the folder; valid until the program ends.
 const char *OS_ProgramName();
 
 } // extern "C"

@@ -7,21 +7,21 @@ extern "C" {
 
 #ifndef _WIN32
 
-// Sets the variable of "name=value" in the process environment, which keeps a copy; an empty value removes
-// the variable.  0, or -1 with errno.  Other threads may read the environment meanwhile, but must not change
-// it by other means.
+// Sets an environment variable from a text "name=value"; an empty value removes the variable.  The
+// environment keeps a copy of the text.  Returns 0, or -1 with errno.  Other threads may read the environment
+// during the call, but must not change it by other calls.
 int _putenv(const char *inp_assignment);
 
 #endif
 
-// OS_KeepEnvironment returns the current environment, which _putenv no longer changes, and
-// OS_RestoreEnvironment restores it.  The caller does not release it.  Null when memory runs out, which
-// OS_RestoreEnvironment ignores.
+// OS_KeepEnvironment returns the current environment.  Later calls of _putenv do not change the returned
+// environment, and OS_RestoreEnvironment makes it current again.  The caller does not release it.  On Windows
+// the result is null when memory runs out, and OS_RestoreEnvironment does nothing for null.
 char **OS_KeepEnvironment();
 void OS_RestoreEnvironment(char **kept);
 
-// An environment variable that configures the program itself; null if it is not set, or if the program has
-// lent rights and cannot trust its caller's environment.
+// Returns the value of an environment variable that configures the program itself.  Null if the variable is
+// not set, or if the program has lent rights, because it then cannot trust its caller's environment.
 const char *OS_ProgramVariable(const char *name);
 
 } // extern "C"

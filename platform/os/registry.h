@@ -1,7 +1,8 @@
 // The registry: keys and their values.
 //
-// Zero is success.  A key is HKEY_LOCAL_MACHINE or was opened here.  A missing key or value gives 2; a
-// registry file that is malformed or cannot be read gives 1015, and OS_RegistryTrouble has the reason.
+// The calls return a Win32 error code: 0 on success, 2 for a missing key or value.  On Linux, 1015 means that
+// the registry file is malformed or cannot be read; OS_RegistryTrouble returns the reason.  RegOpenKeyExA
+// opens a key below HKEY_LOCAL_MACHINE; the other calls need an opened key.
 #pragma once
 
 #include "platform/os/types.h"
@@ -23,10 +24,13 @@ extern "C" {
 
 LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD in_options, DWORD in_access, HKEY *outp_key);
 
-// The value at an index.  Sizes: bytes of the buffer on input; on output, the name's length without its NUL
-// and the data's size, a text's NUL included.  259 after the last value, 234 when name or data does not fit.
+// Gets the value at an index.  Sizes: on input, bytes of the buffers; on output, the name's length without
+// its NUL, and the data's size, which counts a text's NUL.  Returns 259 after the last value, and 234 if the
+// name or the data does not fit.
 LONG RegEnumValueA(HKEY in_key, DWORD in_index, char *outp_name, DWORD *inoutp_nameSize, DWORD *in_reserved,
                    DWORD *outp_type, BYTE *outp_data, DWORD *inoutp_dataSize);
+// Gets the value with a name; type and data may be null.  Returns 234, with the needed size, if the data does
+// not fit.
 LONG RegQueryValueExA(HKEY in_key, const char *inp_name, DWORD *in_reserved, DWORD *outp_type,
                       BYTE *outp_data, DWORD *inoutp_dataSize);
 LONG RegCloseKey(HKEY in_key);
@@ -38,15 +42,16 @@ LONG RegCloseKey(HKEY in_key);
 extern "C" {
 
 // The reason why this thread's last RegOpenKeyExA or OS_PlaceOfKey returned 1015: the file, the line if
-// known, and the fault; else an empty text.  Valid until the thread's next call of either.
+// known, and the fault.  Empty if that call did not return 1015, and always on Windows.  Valid until the
+// thread calls RegOpenKeyExA or OS_PlaceOfKey again.
 const char *OS_RegistryTrouble();
 
-// The file that the registry is read from, whether it exists or not; on Windows "HKEY_LOCAL_MACHINE".
+// The path of the registry file, which may not exist; on Windows "HKEY_LOCAL_MACHINE".
 const char *OS_RegistryPath();
 
-// Writes the place of a key below HKEY_LOCAL_MACHINE as "file:line", truncated to size bytes; on Windows its
-// full path.  Error 2 (no such key) writes only the file.  Any other error writes an empty text;
-// OS_RegistryTrouble has the reason unless memory ran out.
+// Writes the place of a key below HKEY_LOCAL_MACHINE, truncated to size bytes, and returns a Win32 error
+// code.  On 0 the place is "file:line"; on Windows it is the key's full path.  On 2 (no such key) it is
+// OS_RegistryPath().  On any other code it is empty; for 1015, OS_RegistryTrouble() returns the reason.
 LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size);
 
 } // extern "C"

@@ -5,15 +5,15 @@
 
 extern "C" {
 
-// From now on the first signal that asks the program to end (interrupt, termination, hang-up) is only noted,
-// and a later one ends the program.  On Linux a signal within 50 ms of the first belongs to it, because some
-// senders send two.  A signal that the program was started to ignore stays ignored.
+// From now on, notes the first signal that asks the program to end (interrupt, termination, hang-up) and
+// continues; a later signal ends the program.  On Linux, another signal within 50 ms of the first is ignored,
+// because some senders send two.  A signal that was ignored when the program started stays ignored.
 void OS_NoteEndSignals();
-// Returns the noted signal, or 0.
+// Returns the noted signal; 0 if no signal was noted.
 int OS_NotedSignal();
-// Ends the program as the noted signal would have; returns if there is none.
+// Ends the program as the noted signal would have ended it; returns if no signal was noted.
 void OS_EndBySignal();
-// A signal may end the sleep early.
+// Sleeps.  On Linux a signal may end the sleep early.
 void OS_Sleep(int milliseconds);
 
 } // extern "C"

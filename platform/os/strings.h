@@ -19,7 +19,8 @@ const unsigned char *_mbschr(const unsigned char *inp_text, unsigned in_characte
 int _mbsicmp(const unsigned char *inp_one, const unsigned char *inp_two);
 
 // Converts wide text to UTF-8 and returns its size in bytes; 0 on failure, with error 122 if it does not fit.
-// A size of 0 only asks for the bytes needed.  in_wideLength -1: up to and including the NUL.
+// With in_size 0, writes nothing and returns the needed size.  With in_wideLength -1, the text ends after its
+// NUL.  in_default replaces an invalid character; null means "?".
 int WideCharToMultiByte(UINT in_codePage, DWORD in_flags, const wchar_t *inp_wide, int in_wideLength,
                         char *outp_text, int in_size, const char *in_default, BOOL *outp_usedDefault);
 

@@ -9,18 +9,18 @@
 
 extern "C" {
 
-// Reads the time zone from the environment and sets _timezone, its standard time in seconds west of
-// Greenwich.
+// Reads the process's time zone from the environment.  Sets _timezone to its standard time's offset, in
+// seconds west of Greenwich.
 void _tzset();
 extern long _timezone;
 
-// Calendar time of an instant, in Coordinated Universal Time and in the process's time zone.  0; non-zero,
-// with the output undefined, if calendar time cannot represent it.
+// Convert an instant to calendar time: gmtime_s in Coordinated Universal Time, localtime_s in the process's
+// time zone.  Return 0; non-zero, with the output undefined, if calendar time cannot represent the instant.
 int gmtime_s(std::tm *fields, const std::time_t *time);
 int localtime_s(std::tm *fields, const std::time_t *time);
 
-// Converts a calendar time in Coordinated Universal Time to an instant and brings its fields into range; -1
-// if it cannot be represented.
+// Converts a calendar time in Coordinated Universal Time to an instant and brings the fields into range.
+// Returns -1 if the instant cannot be represented.
 std::time_t _mkgmtime(std::tm *time);
 
 } // extern "C"

@@ -1,4 +1,4 @@
-// The token of the calling process, and the groups in it.
+// The access token of the calling process, and the groups in the token.
 #pragma once
 
 #include "platform/os/types.h"
@@ -15,7 +15,7 @@ struct SID_AND_ATTRIBUTES {
 
 struct TOKEN_GROUPS {
     DWORD GroupCount;
-    SID_AND_ATTRIBUTES Groups[1]; // GroupCount entries; their SIDs follow in the same buffer
+    SID_AND_ATTRIBUTES Groups[1]; // GroupCount elements; the SIDs follow in the same buffer
 };
 
 extern "C" {
@@ -23,12 +23,12 @@ extern "C" {
 HANDLE GetCurrentProcess();
 BOOL OpenProcessToken(HANDLE in_process, DWORD in_access, HANDLE *outp_token);
 
-// Only class 2: a TOKEN_GROUPS with the real caller's groups, each once.  Non-zero is success.  Fails with
-// 122, and the size needed, when they do not fit.
+// Writes a TOKEN_GROUPS with the groups of the real caller, each once; other classes are not supported.
+// Returns non-zero on success, otherwise 0.  Error 122, with the needed size, if the groups do not fit.
 BOOL GetTokenInformation(HANDLE in_token, TOKEN_INFORMATION_CLASS in_class, void *outp_info, DWORD in_length,
                          DWORD *outp_needed);
 
-// The handle is a token or a process; no other handles are ever open.
+// Closes a token or a process, the only handles that the calls return.
 BOOL CloseHandle(HANDLE handle);
 
 } // extern "C"

@@ -1,4 +1,4 @@
-// The basic types of the calls, and on Windows the calls themselves.
+// The basic types of the calls.  On Windows, includes the system's headers instead.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
-#define NOGDI        // its macros would replace our names
-#include <windows.h> // before the headers that need its types
+#define NOGDI        // macros of the graphics interface would replace our names
+#include <windows.h> // first, because the headers below need its types
 
 #include <fcntl.h>
 #include <io.h>

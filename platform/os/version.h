@@ -20,7 +20,8 @@ static_assert(sizeof(OSVERSIONINFOA) == 148);
 
 extern "C" {
 
-// Fills the record; dwOSVersionInfoSize must be 148.  Non-zero is success.  Linux reports platform 2.
+// Fills the structure; dwOSVersionInfoSize must be 148.  Returns non-zero on success.  Linux reports platform
+// 2.
 BOOL GetVersionExA(OSVERSIONINFOA *inoutp_version);
 
 } // extern "C"

@@ -15,8 +15,9 @@
 
 using namespace qvledger;
 
-// Tries the calling user's own account first: the name is the user part that GetUserNameA returned, which may
-// be the full name of no account or of another one.
+// Finds an account by name.  Tries the calling user's account first, because the name may be the one that
+// GetUserNameA returned.  That name lacks the domain, so it may be the full name of no account or of another
+// account.
 static std::optional<Account> findAccount(const char *name) {
     std::optional<Account> caller = accountOfId(getuid());
     if (caller && caller->name.name == name)
@@ -29,7 +30,7 @@ static std::optional<Sid> readSid(const void *bytes) {
     std::memcpy(&sid, bytes, offsetof(Sid, subAuthority));
     const Sid ours = makeSid(0, 0);
     if (std::memcmp(&sid, &ours, offsetof(Sid, subAuthority)) != 0)
-        return std::nullopt; // a SID of another kind may be shorter
+        return std::nullopt; // another kind of SID, which may be shorter
     std::memcpy(&sid, bytes, sizeof sid);
     return sid;
 }
@@ -68,7 +69,7 @@ BOOL GetUserNameA(char *outp_name, DWORD *inoutp_size) {
         const bool fits = out.fits();
         if (fits)
             out.write();
-        out.setNeeded(); // this size counts the NUL on success too
+        out.setNeeded(); // GetUserNameA's size counts the NUL on success too
         return fits ? 1 : failWith(ERROR_INSUFFICIENT_BUFFER);
     });
 }
@@ -83,7 +84,7 @@ BOOL LookupAccountNameA(const char *, const char *inp_name, PSID outp_sid, DWORD
         if (!account)
             return failWith(ERROR_NONE_MAPPED);
         const Sid sid = makeSid(kSidOfUser, account->id);
-        // A local account's domain is its machine.
+        // The domain of a local account is its computer.
         const std::string domain = account->name.domain.empty() ? computerName() : account->name.domain;
         NameBuffer domainOut(outp_domain, inoutp_domainSize, domain);
         const bool fits = outp_sid != nullptr && *inoutp_sidSize >= sizeof sid && domainOut.fits();

@@ -1,4 +1,5 @@
-// Case of ASCII letters, independent of the locale: whether names match must not depend on the language.
+// Converts the case of ASCII letters independent of the locale, because the comparison of names must not
+// depend on the language.
 #pragma once
 
 namespace qvledger {

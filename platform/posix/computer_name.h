@@ -6,8 +6,10 @@
 
 namespace qvledger {
 
-// The computer's name for a host name: up to its first dot, at most 15 characters, in capitals.
+// Makes the computer's name from a host name: the part up to the first dot, at most 15 characters, in
+// capitals.
 std::string computerNameOf(std::string_view hostName);
+// The name of this computer; empty on failure.
 std::string computerName();
 
 } // namespace qvledger

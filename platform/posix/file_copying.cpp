@@ -32,8 +32,8 @@ int OS_MakeFile(const char *path) {
     return open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
 }
 
-// With an access control list, the mode's group bits are the list's mask, so they must not be copied without
-// it.  False if the list cannot be copied.
+// Copies the access control list; returns false on failure.  A file with a list has the list's mask in the
+// group bits of its mode, so these bits must not be copied without the list.
 static bool giveAccessList(int from, int to) {
     constexpr const char *kName = "system.posix_acl_access";
     char list[65536]; // the size limit of an extended attribute
@@ -47,7 +47,7 @@ void OS_GiveAttributes(int from, int to) {
     struct stat status;
     if (fstat(from, &status) != 0)
         return;
-    // The mode's bits for group and others are meant for the original's owner and group.
+    // The bits for group and others suit only a file with the original's owner and group.
     const bool given = fchown(to, status.st_uid, status.st_gid) == 0;
     const bool listed = given && giveAccessList(from, to);
     static_cast<void>(fchmod(to, status.st_mode & (listed ? kRights : kOwnersRights)));

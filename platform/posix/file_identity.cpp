@@ -5,11 +5,11 @@
 #include <sys/stat.h>
 
 constexpr std::int64_t kSecond = 1'000'000'000;
-// Twice the steps in which file times advance: by the kernel's clock, and on a file system without fractions
-// of a second.
+// Time to wait until file times have advanced, twice their step.  kFineStep is for times from the kernel's
+// clock, kCoarseStep for a file system without fractions of a second.
 constexpr std::int64_t kFineStep = kSecond / 50;
 constexpr std::int64_t kCoarseStep = 4 * kSecond;
-constexpr int kLooks = 3; // at a file that keeps changing
+constexpr int kLooks = 3; // attempts for a file that keeps changing
 
 static std::int64_t nanoseconds(const std::timespec &time) {
     return time.tv_sec * kSecond + time.tv_nsec;
@@ -45,13 +45,13 @@ int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity) {
 
 int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
     for (int look = 0; look < kLooks; ++look) {
-        std::timespec now = {}; // taken first, so that a change after the look has a later time
+        std::timespec now = {}; // read before the file's times, so that a later change gets a later time
         if (clock_gettime(CLOCK_REALTIME, &now) != 0 || OS_IdentifyDescriptor(fd, identity) != 0)
             return -1;
         const bool isCoarse = identity->modified % kSecond == 0 && identity->changed % kSecond == 0;
         const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
         const std::int64_t age = nanoseconds(now) - identity->changed;
-        if (age > step || age < -step) // far in the future: set by another machine's clock
+        if (age > step || age < -step) // a time far in the future comes from another machine's clock
             return 0;
         OS_Sleep(static_cast<int>(step / 1'000'000));
     }

@@ -12,7 +12,7 @@ int OS_LockFile(int fd) {
 }
 
 void OS_UnlockFile(int fd) {
-    static_cast<void>(flock(fd, LOCK_UN)); // afterwards it is unlocked, locked before or not
+    static_cast<void>(flock(fd, LOCK_UN)); // afterwards the file is unlocked in any case
 }
 
 int OS_LockOutWriters(int fd, const char *, const OS_fileIdentity &) {
@@ -24,7 +24,7 @@ int OS_LockOutWriters(int fd, const char *, const OS_fileIdentity &) {
 int OS_IsOpenElsewhere(int fd) {
     if (fcntl(fd, F_SETLEASE, static_cast<long>(F_WRLCK)) != 0)
         return errno == EAGAIN ? 1 : 0;
-    static_cast<void>(fcntl(fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // only a test
+    static_cast<void>(fcntl(fd, F_SETLEASE, static_cast<long>(F_UNLCK))); // the lease was only a test
     return 0;
 }
 

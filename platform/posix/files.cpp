@@ -15,7 +15,7 @@
 
 using namespace qvledger;
 
-constexpr int kLinks = 40; // most symbolic links to follow, as in the kernel
+constexpr int kLinks = 40; // limit of symbolic links to follow, the kernel's limit too
 
 // ---- The system's own calls ----
 
@@ -69,7 +69,7 @@ int _commit(int fd) {
 
 // ---- Opening ----
 
-// Follows one symbolic link; null if the path is not a link or memory runs out.
+// Returns the path that a symbolic link refers to; null if the path is not a link or memory runs out.
 static Malloced<char> follow(const char *link) {
     char target[PATH_MAX];
     const ssize_t length = readlink(link, target, sizeof target - 1);
@@ -93,7 +93,7 @@ static bool isFileOrFolder(int result, const struct stat &status) {
     return false;
 }
 
-// Refuses devices, because opening one can change it and reading one may never end.
+// Refuses devices, because opening a device can change it, and reading a device may never end.
 int OS_OpenToRead(const char *path) {
     struct stat status;
     if (!isFileOrFolder(stat(path, &status), status))
@@ -122,7 +122,7 @@ int OS_OpenToAppend(const char *name, char **made) {
         fd = open(name, kAppend, mode_t{0});
         if (fd != -1 || errno != ENOENT)
             return fd;
-        // The file was removed meanwhile, or the link's target does not exist.
+        // The file was removed meanwhile, or the path is a link whose target does not exist.
         if (Malloced<char> target = follow(path.get()); target != nullptr)
             path = std::move(target);
         ++links;
@@ -165,12 +165,12 @@ int OS_NameNewFile(const char *from, const char *to) {
         return moved;
     if (link(from, to) != 0)
         return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
-    static_cast<void>(unlink(from)); // the new name exists
+    static_cast<void>(unlink(from)); // on failure the file keeps both names
     return OS_DONE;
 }
 
-// Syncs the folder of the name that the kernel has for the file.  If that is another file's name by now, or
-// the folder cannot be opened or synced, syncs the whole file system.
+// Syncs the folder in the path that the kernel reports for the file.  Syncs the whole file system instead if
+// that path is another file's by now, or if the folder cannot be opened or synced.
 int OS_SyncFolderOf(int fd) {
     char link[64];
     char path[PATH_MAX];
@@ -187,5 +187,5 @@ int OS_SyncFolderOf(int fd) {
     const Descriptor folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder.isOpen() && fsync(folder.get()) == 0)
         return 0;
-    return folder.isOpen() && errno == EIO ? -1 : syncfs(fd); // EIO: names may be lost already
+    return folder.isOpen() && errno == EIO ? -1 : syncfs(fd); // after EIO, names may be lost already
 }

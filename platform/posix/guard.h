@@ -1,4 +1,4 @@
-// Keeps exceptions inside the calls with C linkage.
+// Prevents exceptions from leaving the calls with C linkage.
 #pragma once
 
 #include <new>
@@ -13,7 +13,7 @@ inline BOOL failWith(LONG error) {
     return 0;
 }
 
-// Runs the body of a call that returns 0 on failure; exhausted memory is such a failure.
+// Runs the body of a call that returns 0 on failure.  When memory runs out, sets the error and returns 0.
 template <class Body>
 auto guarded(Body body) noexcept -> decltype(body()) {
     try {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-static char gHeap; // its address is the handle of the only heap
+static char gHeap; // this variable's address is the handle of the only heap
 
 extern "C" {
 

@@ -13,7 +13,7 @@ struct Ids {
 
 } // namespace
 
-// The ids at the program's start.
+// The effective and the real ids at the program's start.
 static const Ids kLent = {geteuid(), getegid()};
 static const Ids kCallers = {getuid(), getgid()};
 

@@ -22,11 +22,14 @@ public:
     bool atEnd() const;
     bool take(char character);
     bool take(std::string_view word);
-    // The text up to a key's closing bracket, which must end the line: names of keys may contain brackets.
+    // Takes the text up to a key's closing bracket, and the bracket.  Only a comment may follow the bracket,
+    // because names of keys may contain brackets.
     std::optional<std::string_view> takeToBracket();
-    // A quoted text, with its escapes resolved.
+    // Takes a quoted text and resolves its escapes.
     bool takeQuoted(std::string &text);
+    // Takes a number of `fewest` to `most` hexadecimal digits.
     std::optional<DWORD> takeHex(std::size_t fewest, std::size_t most);
+    // Takes the backslash that continues the line.
     bool takeContinuation();
 
 private:

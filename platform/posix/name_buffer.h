@@ -1,4 +1,4 @@
-// A caller's buffer for a name, and its size in bytes.
+// A caller's buffer for a name, and the buffer's size in bytes.
 #pragma once
 
 #include <cstring>
@@ -10,12 +10,13 @@ namespace qvledger {
 
 class NameBuffer {
 public:
-    // REQUIRES: name outlives this.
+    // REQUIRES: name outlives this object.
     NameBuffer(char *text, DWORD *size, const std::string &name) : text_(text), size_(size), name_(name) {}
 
     bool fits() const { return text_ != nullptr && name_.size() < *size_; }
+    // Sets the size to what the name needs, with its NUL.
     void setNeeded() { *size_ = static_cast<DWORD>(name_.size() + 1); }
-    // REQUIRES: fits().  Sets the size to the name's without its NUL.
+    // Copies the name and sets the size to its length without the NUL.  REQUIRES: fits().
     void write() {
         std::memcpy(text_, name_.c_str(), name_.size() + 1);
         *size_ = static_cast<DWORD>(name_.size());

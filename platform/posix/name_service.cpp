@@ -21,8 +21,8 @@ AccountName qvledger::splitAccountName(std::string_view full) {
     return {std::string(full), ""};
 }
 
-// Runs a reentrant look-up of the C library, with more room until the entry fits.  Returns take(entry), or
-// nothing if there is no entry.
+// Runs a reentrant look-up of the C library, and enlarges the room until the entry fits.  Returns
+// take(entry), or nothing if no entry is found.
 template <class Entry, class Lookup, class Take>
 static auto lookUp(Lookup call, Take take) -> std::optional<decltype(take(Entry{}))> {
     for (std::vector<char> room(kFirstRoom); room.size() <= kMostRoom;) {

@@ -9,7 +9,7 @@
 
 namespace qvledger {
 
-// Splits "DOMAIN\name" and "name@domain"; any other name has an empty domain.
+// The parts of "DOMAIN\name" or "name@domain"; any other name has an empty domain.
 struct AccountName {
     std::string name;
     std::string domain;
@@ -21,7 +21,7 @@ struct Account {
     AccountName name;
 };
 
-// Look-ups; nothing if there is no such account or group.
+// Look up an account or group; nothing if it does not exist.
 std::optional<Account> accountOfId(uid_t id);
 std::optional<Account> accountOfName(const std::string &name);
 std::optional<AccountName> groupOfId(gid_t id);

@@ -12,9 +12,9 @@ using namespace qvledger;
 
 constexpr DWORD kErrorInvalidLevel = 124;
 constexpr DWORD kWorkstationLevel = 101;
-constexpr DWORD kTextLimit = 4096; // bytes of the group's name, more than any in use
+constexpr DWORD kTextLimit = 4096; // bytes; no group has a longer name
 
-static char gNetworkLibrary; // its address is the handle of the only library
+static char gNetworkLibrary; // this variable's address is the handle of the only library
 
 static std::wstring wideOf(std::string_view text) {
     std::wstring wide;
@@ -36,7 +36,7 @@ static LONG readLanGroup(std::string *group) {
     return result;
 }
 
-// Makes one block: the record followed by its texts.
+// Makes a WKSTA_INFO_101 and its texts in one block; null when memory runs out.
 static BYTE *makeInfo(const std::wstring &computerName, const std::wstring &groupName) {
     const std::size_t computerLength = computerName.size() + 1;
     const std::size_t groupLength = groupName.size() + 1;
@@ -53,7 +53,7 @@ static BYTE *makeInfo(const std::wstring &computerName, const std::wstring &grou
     version.dwOSVersionInfoSize = sizeof version;
     GetVersionExA(&version);
     *info = {VER_PLATFORM_WIN32_NT,   computer, group, version.dwMajorVersion, version.dwMinorVersion,
-             group + groupName.size()}; // no folder of a network client: empty
+             group + groupName.size()}; // empty, because there is no folder of a network client
     return static_cast<BYTE *>(block);
 }
 

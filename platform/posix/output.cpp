@@ -48,8 +48,8 @@ int OS_UnreadBytes(int fd) {
     int unread = 0;
     if (ioctl(fd, isPipe ? FIONREAD : SIOCOUTQ, &unread) != 0)
         return -1;
-    // After the count, because bytes that a reader leaves unread can be discarded when it closes, and would
-    // count as read.
+    // Checks the reader after getting the count: a reader that closes can discard its unread bytes, and the
+    // count would then be 0 as if they had been read.
     pollfd reader = {.fd = fd, .events = POLLOUT, .revents = 0};
     if (poll(&reader, 1, 0) < 0 || (reader.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0)
         return -1;

@@ -12,9 +12,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-// Memory for the cached process id.  Every operation of the facility needs the id, and a system call would
-// cost more than most operations.  The kernel clears the page in every child; a raw clone() would run no
-// handler of pthread_atfork.  Null if the system cannot do that.
+// Makes memory for the cached process id; null if the system cannot clear the memory in children.  Every
+// operation of the facility needs the id, and a system call would cost more than most operations.  The kernel
+// clears the page in every child.  A handler of pthread_atfork would not run after a raw clone().
 static std::atomic<int> *makeKnownPid() {
     const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     void *page = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -40,7 +40,7 @@ int _getpid() {
 }
 
 void OS_ChooseLocale(int category) {
-    static_cast<void>(std::setlocale(category, "")); // stays "C" if the user's is not installed
+    static_cast<void>(std::setlocale(category, "")); // stays "C" if the user's locale is not installed
 }
 
 int OS_WatchForks(void (*function)()) {
@@ -54,8 +54,8 @@ const char *OS_ProgramName() {
 void OS_PrepareProcess() {
     for (const int ignored : {SIGPIPE, SIGIO, SIGXFSZ})
         std::signal(ignored, SIG_IGN);
-    // Fills the numbers of closed standard streams with descriptors that fail every read and write, like
-    // closed ones.  Opening /dev/stdout to write fails too, because it then refers to a folder.
+    // Gives the numbers of closed standard streams to descriptors that fail every read and write, as closed
+    // descriptors do.  Opening /dev/stdout to write fails too, because it then refers to a folder.
     while (true) {
         const int fd = open("/", O_PATH);
         if (fd == -1 || fd > STDERR_FILENO) {

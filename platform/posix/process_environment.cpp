@@ -16,35 +16,35 @@
 
 namespace {
 
-// Other threads and the C library read the environment without a lock and may keep what they found.  So
-// arrays and texts are never released, and an array that readers may use changes only by single pointers.
-// Arrays double in size, so setting n variables takes memory and time proportional to n.
+// The environment of the process.  Other threads and the C library read it without a lock and may keep
+// pointers into it.  So arrays and texts are never released, and an array in use changes only one pointer at
+// a time.  Arrays double in size, so setting n variables takes memory and time proportional to n.
 class Environment {
 public:
     void set(const std::string &name, const char *assignment);
     void remove(const std::string &name);
-    // Leaves the current array unchanged from now on.
+    // From now on, set() and remove() do not change the current array.
     void keep() { isKept_ = isKept_ || environ == array_; }
 
 private:
     void adopt(std::size_t room, const std::string &without);
 
     std::deque<std::vector<char *>> arrays_;
-    char **array_ = nullptr; // ours, if it is environ; null from size_ to room_
+    char **array_ = nullptr; // latest array; null pointers from index size_ to room_
     std::size_t size_ = 0, room_ = 0;
     bool isKept_ = false;
-    std::unordered_map<std::string, std::size_t> places_; // of the names in array_
+    std::unordered_map<std::string, std::size_t> places_; // index in array_, by name
     std::unordered_set<std::string> texts_;
 };
 
 } // namespace
 
-// Replaces environ by a copy with room for `room` more variables.  The copy skips the variable `without` and
+// Replaces environ by a copy with room for `room` more variables.  The copy omits the variable `without` and
 // repeated names.
 void Environment::adopt(std::size_t room, const std::string &without) {
     std::vector<char *> kept;
     places_.clear();
-    array_ = nullptr; // in case memory runs out
+    array_ = nullptr; // stays null if memory runs out below
     for (char **at = environ; at != nullptr && *at != nullptr; ++at) {
         const std::string name(*at, std::strcspn(*at, "="));
         if (name != without && places_.try_emplace(name, kept.size()).second)

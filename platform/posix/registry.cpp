@@ -1,6 +1,7 @@
-// The registry calls, implemented by the registry file.
+// The registry calls, which read the registry file.
 //
-// Each open reads the file again, and an open key has its own copy of the values, so nothing is shared.
+// RegOpenKeyExA reads the file each time, and each open key has its own copy of the values, so keys share
+// nothing.
 #include "platform/os.h"
 
 #include <algorithm>
@@ -22,15 +23,15 @@
 using namespace qvledger;
 
 constexpr char kDefaultPath[] = "/etc/qvledger/registry.reg";
-constexpr std::size_t kMostBytes = std::size_t{64} << 20; // no registry file is larger than 64 MiB
+constexpr std::size_t kMostBytes = std::size_t{64} << 20; // size limit of the registry file, 64 MiB
 constexpr std::size_t kPiece = 64 * 1024;
 
 struct OS_registryKey {
     RegistryKey key;
 };
 
-// What is wrong with the file, truncated.  Not a std::string: registering a thread_local destructor ends the
-// program when memory runs out.
+// Why the registry file was refused, truncated if necessary.  Not a std::string, because registering a
+// thread_local destructor ends the program when memory runs out.
 static thread_local char gTrouble[PATH_MAX + 256] = "";
 
 static LONG refuseFile(const std::string &trouble) {
@@ -38,7 +39,7 @@ static LONG refuseFile(const std::string &trouble) {
     return ERROR_REGISTRY_CORRUPT;
 }
 
-// Reads all of an open regular file.  Returns an empty text, or why it cannot be read.
+// Reads all of an open regular file.  Returns an empty text on success, otherwise the reason for the failure.
 static std::string readAll(int fd, std::string *bytes) {
     struct stat status;
     if (fstat(fd, &status) != 0)
@@ -65,7 +66,7 @@ static LONG loadRegistry(Registry &registry) {
     // Without O_NONBLOCK, opening a named pipe would wait for a writer.
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.get() < 0 && (errno == ENOENT || errno == ENOTDIR))
-        return ERROR_SUCCESS; // no file, no keys
+        return ERROR_SUCCESS; // without a file, the registry is empty
     std::string bytes;
     const std::string trouble =
         file.get() < 0 ? std::generic_category().message(errno) : readAll(file.get(), &bytes);
@@ -87,12 +88,13 @@ static LONG openKey(const char *path, HKEY *opened) {
     return ERROR_SUCCESS;
 }
 
-// Was the key opened here?  The predefined key has no values.
+// Did RegOpenKeyExA open the key?  HKEY_LOCAL_MACHINE itself has no values.
 static bool isOpenKey(HKEY key) {
     return key != nullptr && key != HKEY_LOCAL_MACHINE;
 }
 
-// Delivers type and data of a value.  Each output may be null, but data requires its size.
+// Copies type and data of a value to the caller.  Each output may be null, but data requires dataSize.
+// Returns ERROR_MORE_DATA, with the needed size, if the data does not fit.
 static LONG deliver(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *dataSize) {
     if (data != nullptr && dataSize == nullptr)
         return ERROR_INVALID_PARAMETER;

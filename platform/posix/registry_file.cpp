@@ -49,7 +49,7 @@ RegistryKey &Registry::make(std::string_view path) {
 
 std::optional<RegistryKey> Registry::take(std::string_view keyPath) {
     if (keyPath.ends_with('\\'))
-        keyPath.remove_suffix(1); // it has no meaning, as at the end of a folder's path
+        keyPath.remove_suffix(1); // a final backslash has no meaning
     std::string path = lowered(keyPath);
     if (auto found = keys_.extract(path); !found.empty())
         return std::move(found.mapped());
@@ -85,9 +85,9 @@ private:
     std::size_t lineNumber_ = 0;
     LineScanner line_;
     Registry &registry_;
-    bool wideTexts_ = false;     // texts in hex digits are UTF-16
-    bool inSection_ = false;     // a key was read
-    RegistryKey *key_ = nullptr; // null in a key outside HKEY_LOCAL_MACHINE
+    bool wideTexts_ = false;     // hexadecimal texts are UTF-16
+    bool inSection_ = false;     // a line with a key was read
+    RegistryKey *key_ = nullptr; // current key; null if it is outside HKEY_LOCAL_MACHINE
 };
 
 } // namespace
@@ -118,7 +118,7 @@ const char *Parser::header() {
 
 const char *Parser::statement() {
     if (line_.all().find('\0') != std::string_view::npos)
-        return kBadLine; // the calls return NUL-terminated names and texts
+        return kBadLine; // a NUL would end the names and texts that the calls return
     line_.skipBlanks();
     if (line_.atEnd())
         return nullptr;
@@ -205,7 +205,7 @@ bool Parser::hexData(RegistryValue &value) {
     return true;
 }
 
-// Pairs of digits separated by commas, also over continued lines.
+// Reads bytes as pairs of digits separated by commas, also over continued lines; false if they are malformed.
 bool Parser::hexBytes(std::string &data) {
     if (!joinContinued())
         return false;
@@ -222,8 +222,8 @@ bool Parser::hexBytes(std::string &data) {
     return true;
 }
 
-// Skips spaces and tabs, and continues with the next line if this one ends in a backslash.  False if there is
-// no next line.
+// Skips spaces and tabs, and continues with the next line if the current line ends in a backslash.  False if
+// there is no next line.
 bool Parser::joinContinued() {
     line_.skipBlanks();
     while (line_.takeContinuation()) {

@@ -1,6 +1,6 @@
-// The registry file, the text format that registry editors export, parsed into keys and their values.
+// Parses the registry file, which has the text format that registry editors export, into keys and values.
 //
-// registry.cpp implements the registry calls with it; docs/formats.md describes the format.
+// registry.cpp implements the registry calls with this parser; docs/formats.md describes the format.
 #pragma once
 
 #include <cstddef>
@@ -24,38 +24,40 @@ struct RegistryValue {
 // A key's values in the file's order.
 class RegistryKey {
 public:
-    // Adds a value.  An existing value of that name, compared without case, keeps its place and gets the new
-    // type and data.
+    // Adds a value.  If the key has a value of that name, compared without case, replaces its type and data.
     void set(RegistryValue value);
+    // Finds a value by name, compared without case; null if there is no such value.
     const RegistryValue *find(std::string_view name) const;
     const std::vector<RegistryValue> &all() const { return values_; }
 
-    std::size_t line = 0; // of the file where it first occurs, counted from 1
+    std::size_t line = 0; // line where the key first occurs, counted from 1; 0 if only keys below it occur
 
 private:
     std::vector<RegistryValue> values_;
-    std::unordered_map<std::string, std::size_t> places_; // by name in lower case
+    std::unordered_map<std::string, std::size_t> places_; // index in values_, by name in lower case
 };
 
-// The keys below HKEY_LOCAL_MACHINE.  Paths are relative to it and compare without case.
+// The keys below HKEY_LOCAL_MACHINE.  Paths are relative to HKEY_LOCAL_MACHINE and are compared without case.
 class Registry {
 public:
+    // Returns the key at a path; adds the key if it does not exist.
     RegistryKey &make(std::string_view path);
-    // Removes and returns a key; nothing if it does not exist.  A key also exists, without values, if only a
-    // key below it was made.
+    // Removes and returns a key; nothing if it does not exist.  If only a key below it was made, the key
+    // exists without values.
     std::optional<RegistryKey> take(std::string_view path);
 
 private:
-    std::map<std::string, RegistryKey> keys_; // by path in lower case
+    std::map<std::string, RegistryKey> keys_; // each key by its path in lower case
 };
 
-// Where a file is malformed.
+// Where and why a file is malformed.
 struct RegistryFault {
     std::size_t line; // counted from 1
     const char *reason;
 };
 
-// Adds a file's keys and values.  If the file is malformed, adds those before the fault and returns it.
+// Adds a file's keys and values, and returns nothing.  If the file is malformed, adds the keys and values
+// before the fault, and returns the fault.
 std::optional<RegistryFault> parseRegistry(std::string_view bytes, Registry &registry);
 
 } // namespace qvledger

@@ -5,7 +5,7 @@
 
 namespace qvledger {
 
-// The memory layout of every security identifier; it must not change.
+// The memory layout of a security identifier, which must not change.
 struct Sid {
     std::uint8_t revision;
     std::uint8_t subAuthorityCount;

@@ -4,10 +4,10 @@
 #include <ctime>
 #include <initializer_list>
 
-constexpr long kAtOnce = 50'000'000; // nanoseconds within which a second signal is part of the first
+constexpr long kAtOnce = 50'000'000; // nanoseconds; time to ignore more signals
 
 static volatile std::sig_atomic_t notedSignal = 0;
-static std::timespec notedAt; // only the handler uses it
+static std::timespec notedAt; // only the signal handler uses this variable
 
 static void endBy(int signal) {
     std::signal(signal, SIG_DFL);
@@ -37,7 +37,7 @@ void OS_NoteEndSignals() {
         for (const int other : {SIGINT, SIGTERM, SIGHUP})
             sigaddset(&noting.sa_mask, other);
         if (sigaction(asking, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
-            static_cast<void>(sigaction(asking, &noting, nullptr)); // the arguments are valid
+            static_cast<void>(sigaction(asking, &noting, nullptr)); // cannot fail: the arguments are valid
     }
 }
 
@@ -52,5 +52,5 @@ void OS_EndBySignal() {
 
 void OS_Sleep(int milliseconds) {
     const std::timespec length = {milliseconds / 1000, milliseconds % 1000 * 1'000'000L};
-    static_cast<void>(nanosleep(&length, nullptr)); // a signal may cut it short
+    static_cast<void>(nanosleep(&length, nullptr)); // a signal may end the sleep early
 }

@@ -18,8 +18,9 @@ static int lower(char byte) {
     return static_cast<unsigned char>(asciiLower(byte));
 }
 
-// A character's lower case in any alphabet; only ASCII folds if the system lacks the locale.  Other
-// characters never fold into ASCII, as the Kelvin sign would: an ASCII name must not match a look-alike.
+// Converts a character of any alphabet to lower case; only ASCII letters if the system lacks the locale.
+// Never converts another character, such as the Kelvin sign, to an ASCII letter, because an ASCII name must
+// not match a look-alike.
 static char32_t lowerCharacter(char32_t character) {
     static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (character < 0x80)

@@ -9,8 +9,8 @@
 
 namespace qvledger {
 
-// Writes the groups as a TOKEN_GROUPS followed by their security identifiers.  False, with only the needed
-// size written, if they do not fit.
+// Writes the groups as a TOKEN_GROUPS followed by their security identifiers.  Sets *needed to their size in
+// bytes.  Returns false and writes no groups if they do not fit.
 bool writeTokenGroups(const std::vector<gid_t> &groups, void *info, DWORD length, DWORD *needed);
 
 } // namespace qvledger

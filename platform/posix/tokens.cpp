@@ -12,13 +12,13 @@
 
 using namespace qvledger;
 
-constexpr DWORD kGroupEnabled = 7; // mandatory, enabled by default, enabled
+constexpr DWORD kGroupEnabled = 7; // the group is mandatory, enabled by default and enabled
 
-static char gProcess; // its address is this process's handle
-static char gToken;   // its address is the token's handle
+static char gProcess; // this variable's address is the process's handle
+static char gToken;   // this variable's address is the token's handle
 
-// The real group and the supplementary ones, each once.  The effective group is skipped, because a
-// set-group-id bit may have lent it.
+// Returns the real group and the supplementary groups, each once; nothing on failure.  Skips the effective
+// group, because a set-group-id bit may have lent it.
 static std::optional<std::vector<gid_t>> callersGroups() {
     const int count = getgroups(0, nullptr);
     if (count < 0)
@@ -36,7 +36,7 @@ bool qvledger::writeTokenGroups(const std::vector<gid_t> &groups, void *buffer, 
                                 DWORD *neededSize) {
     const std::size_t sidsAt = offsetof(TOKEN_GROUPS, Groups) + groups.size() * sizeof(SID_AND_ATTRIBUTES);
     const std::size_t needed =
-        std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // at least the whole record
+        std::max(sidsAt + groups.size() * sizeof(Sid), sizeof(TOKEN_GROUPS)); // at least a whole TOKEN_GROUPS
     *neededSize = static_cast<DWORD>(needed);
     if (buffer == nullptr || needed > length)
         return false;

@@ -5,7 +5,7 @@
 
 namespace qvledger {
 
-// Sets errno to the counterpart of an error of GetLastError.
+// Sets errno to the counterpart of an error code from GetLastError; EIO if there is no counterpart.
 void setErrno(DWORD error);
 
 } // namespace qvledger

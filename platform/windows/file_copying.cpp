@@ -35,7 +35,7 @@ int OS_ReadAt(int fd, std::int64_t position, void *buffer, unsigned size) {
             break;
         done += got;
     }
-    // ReadFile at a position moves the handle's own position, too.
+    // ReadFile has moved the handle's position, although it was called with a position.
     works = SetFilePointerEx(file, before, nullptr, FILE_BEGIN) != 0 && works;
     return works ? static_cast<int>(done) : -1;
 }

@@ -25,6 +25,6 @@ int qvledger::descriptorOf(HANDLE opened, int flags) {
     const int fd =
         _open_osfhandle(reinterpret_cast<std::intptr_t>(handle.get()), flags | _O_BINARY | _O_NOINHERIT);
     if (fd != -1)
-        static_cast<void>(handle.release()); // the descriptor owns it now
+        static_cast<void>(handle.release()); // the descriptor owns the handle now
     return fd;
 }

@@ -7,7 +7,7 @@
 
 namespace qvledger {
 
-// Owner of a handle, which its destructor closes.
+// Owner of a handle; its destructor closes the handle.
 class FileHandle {
 public:
     explicit FileHandle(HANDLE handle) : handle_(handle) {}
@@ -26,23 +26,23 @@ private:
     HANDLE handle_;
 };
 
-// Other programs may do everything with a file that is open here, because the writer of a log renames and
-// removes it.
+// Lets other programs read, write, rename and remove a file that is open here, because the writer of a log
+// renames and removes the log.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // The handle of a descriptor; INVALID_HANDLE_VALUE, with errno, if the descriptor is not open.
 HANDLE handleOf(int fd);
 
 // Opens or creates a file, shared with all programs (kShareAll) and not inherited by child processes.
-// disposition and flags: as for CreateFileA.  INVALID_HANDLE_VALUE on failure, with GetLastError and errno
-// set.
+// access, disposition and flags are those of CreateFileA.  Returns INVALID_HANDLE_VALUE on failure, with
+// GetLastError and errno set.
 HANDLE openHandle(const char *path, DWORD access, DWORD disposition, DWORD flags = FILE_ATTRIBUTE_NORMAL);
 
 // OS_IdentifyDescriptor for the file of a handle.
 int identifyHandle(HANDLE handle, OS_fileIdentity *identity);
 
-// A descriptor in binary mode that takes the ownership of the handle.  On failure -1, and the handle is
-// closed.
+// Makes a descriptor in binary mode, which takes the ownership of the handle.  On failure, closes the handle
+// and returns -1.
 int descriptorOf(HANDLE handle, int flags);
 
 } // namespace qvledger

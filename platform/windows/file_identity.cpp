@@ -10,11 +10,11 @@ using namespace qvledger;
 // File times count 100 nanoseconds since 1601.
 constexpr std::int64_t kStep = 100;
 constexpr std::int64_t kStepsTo1970 = 116'444'736'000'000'000;
-// A file system may store times in steps of two seconds.  The waits are twice the step.
+// A file system may store times in steps of two seconds.  Each time to wait is twice the step.
 constexpr std::int64_t kCoarse = 2'000'000'000;
 constexpr std::int64_t kCoarseStep = 2 * kCoarse;
 constexpr std::int64_t kFineStep = 40'000'000; // for times from the system's clock
-constexpr int kLooks = 3;                      // at a file that keeps changing
+constexpr int kLooks = 3;                      // attempts for a file that keeps changing
 
 static std::int64_t nanoseconds(std::int64_t steps) {
     return (steps - kStepsTo1970) * kStep;
@@ -40,7 +40,7 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
     if (GetFileInformationByHandle(file, &found) == 0 ||
         GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times) == 0 ||
         GetFileInformationByHandleEx(file, FileStandardInfo, &standard, sizeof standard) == 0) {
-        errno = EIO; // not the system's error, which could say that it is not open
+        errno = EIO; // not from the system's error, because EBADF would mean that the file is not open
         return -1;
     }
     *identity = {found.dwVolumeSerialNumber,
@@ -72,7 +72,7 @@ int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity) {
 
 int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
     for (int look = 0; look < kLooks; ++look) {
-        FILETIME now = {}; // taken first, so that a change after the look has a later time
+        FILETIME now = {}; // read before the file's times, so that a later change gets a later time
         GetSystemTimeAsFileTime(&now);
         if (OS_IdentifyDescriptor(fd, identity) != 0)
             return -1;
@@ -80,7 +80,7 @@ int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
         const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
         const std::int64_t age =
             nanoseconds(together(now.dwHighDateTime, now.dwLowDateTime)) - identity->modified;
-        if (age > step || age < -step) // far in the future: set by another machine's clock
+        if (age > step || age < -step) // a time far in the future comes from another machine's clock
             return 0;
         OS_Sleep(static_cast<int>(step / 1'000'000));
     }

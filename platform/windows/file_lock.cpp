@@ -9,10 +9,10 @@ using namespace qvledger;
 
 // ---- Locks between runs ----
 
-// A lock blocks access to the locked bytes, so it covers two bytes beyond the end of any file.  A run that
-// has locked both has locked the file.  OS_LockOutWriters leaves only the second byte locked, by its new
-// handle.
-constexpr DWORD kLockedAt = 0x7fffffff; // the high half of the bytes' position
+// A lock blocks access to the locked bytes, so the lock of a file is two bytes beyond the end of any file.  A
+// run that has locked both bytes has locked the file.  After OS_LockOutWriters only the second byte is
+// locked, by the new handle.
+constexpr DWORD kLockedAt = 0x7fffffff; // high half of the position of the two bytes
 enum LockByte : DWORD { kFirst = 0, kSecond = 1 };
 
 static DWORD lock(HANDLE file, LockByte byte) {
@@ -27,7 +27,7 @@ static void unlock(HANDLE file, LockByte byte) {
     OVERLAPPED place = {};
     place.Offset = byte;
     place.OffsetHigh = kLockedAt;
-    static_cast<void>(UnlockFileEx(file, 0, 1, 0, &place)); // afterwards it is unlocked, locked before or not
+    static_cast<void>(UnlockFileEx(file, 0, 1, 0, &place)); // afterwards the byte is unlocked in any case
 }
 
 int OS_LockFile(int fd) {
@@ -51,8 +51,8 @@ void OS_UnlockFile(int fd) {
 // ---- Locking out writers ----
 
 // Opens a second handle that shares the file only with readers.  This fails while a writer has the file open,
-// and keeps writers from opening it afterwards.  The new handle locks the second byte and then replaces the
-// descriptor's old handle, which releases its lock of the first byte.
+// and afterwards prevents writers from opening the file.  The new handle locks the second byte and then
+// replaces the descriptor's old handle.  Closing the old handle releases the lock of the first byte.
 int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
     FileHandle held(CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -68,14 +68,14 @@ int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
         errno = ENOENT;
         return OS_REFUSED;
     }
-    unlock(handleOf(fd), kSecond); // the first byte still locks out other runs
+    unlock(handleOf(fd), kSecond); // the lock of the first byte still excludes other runs
     if (lock(held.get(), kSecond) != ERROR_SUCCESS)
         return OS_REFUSED;
     const int newFd = descriptorOf(held.release(), _O_RDONLY);
     if (newFd == -1)
         return OS_REFUSED;
     const int moved = _dup2(newFd, fd);
-    static_cast<void>(_close(newFd)); // fd has the file open now
+    static_cast<void>(_close(newFd)); // fd keeps the file open
     return moved == 0 ? OS_DONE : OS_REFUSED;
 }
 

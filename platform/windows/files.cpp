@@ -14,8 +14,8 @@ using namespace qvledger;
 // Rights to write only at the file's current end, and to query the file.
 constexpr DWORD kAppend = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
 
-// A lock needs the right to read or overwrite the file, so the file is opened for reading too if it may be
-// read.
+// Opens a file for appending.  Opens it for reading too if permitted, because a lock needs the right to read
+// or overwrite the file.
 static HANDLE openToAppend(const char *path, DWORD rights, DWORD disposition) {
     const HANDLE file = openHandle(path, kAppend | GENERIC_READ | rights, disposition);
     return file != INVALID_HANDLE_VALUE || errno != EACCES ? file
@@ -27,7 +27,7 @@ int OS_OpenToRead(const char *path) {
 }
 
 int OS_OpenToAppend(const char *name, char **made) {
-    constexpr int kTries = 40; // at a name that others create and remove meanwhile
+    constexpr int kTries = 40; // attempts for a name that other programs create and remove
     *made = nullptr;
     Malloced<char> path(_strdup(name));
     if (path == nullptr) {
@@ -35,7 +35,7 @@ int OS_OpenToAppend(const char *name, char **made) {
         return -1;
     }
     for (int tries = 0; tries < kTries; ++tries) {
-        // With DELETE, because a run that creates the file may have to remove it.
+        // Requests the right to delete, because a run that creates the file may have to remove the file.
         FileHandle file(openToAppend(name, DELETE, CREATE_NEW));
         const bool isMade = file.isOpen();
         if (!isMade && errno != EEXIST)
@@ -83,7 +83,7 @@ int OS_CutFile(int fd, std::int64_t size) {
 // ---- Names ----
 
 int OS_MoveName(const char *from, const char *to) {
-    // The file could not be opened again under a longer name.
+    // A longer path could not be opened afterwards.
     if (std::strlen(to) >= MAX_PATH) {
         errno = EINVAL;
         return OS_REFUSED;
@@ -93,16 +93,16 @@ int OS_MoveName(const char *from, const char *to) {
     const DWORD error = GetLastError();
     setErrno(error);
     if (error == ERROR_SHARING_VIOLATION)
-        errno = EBUSY; // a program has it open without FILE_SHARE_DELETE
+        errno = EBUSY; // another program has the file open without FILE_SHARE_DELETE
     return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
 }
 
 int OS_NameNewFile(const char *from, const char *to) {
-    return OS_MoveName(from, to); // works on every file system
+    return OS_MoveName(from, to); // never replaces a file, on any file system
 }
 
-// No call flushes a folder.  OS_MoveName writes the new name to disk, and _commit flushes a new file's name
-// with its contents.
+// Does nothing, because no call flushes a folder.  OS_MoveName writes the new name to disk, and _commit
+// flushes a new file's name with its contents.
 int OS_SyncFolderOf(int) {
     return 0;
 }

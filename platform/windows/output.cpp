@@ -13,14 +13,14 @@ OS_outputKind OS_KindOfOutput(int fd) {
     switch (GetFileType(handleOf(fd))) {
     case FILE_TYPE_CHAR:
         return OS_outputKind::Device;
-    case FILE_TYPE_PIPE: // or a socket, which looks the same
+    case FILE_TYPE_PIPE: // also a socket, because the system reports no difference
         return OS_outputKind::Pipe;
     default:
         return OS_outputKind::Unknown;
     }
 }
 
-// An open descriptor cannot be changed to append, so this only moves its position.
+// Only moves the position, because an open descriptor cannot be changed to append.
 int OS_WriteAtEnd(int fd) {
     if (OS_KindOfOutput(fd) != OS_outputKind::File)
         return 0;

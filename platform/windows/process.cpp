@@ -12,7 +12,8 @@ void OS_PrepareProcess() {
     for (std::FILE *stream : {stdin, stdout, stderr})
         if (_fileno(stream) >= 0)
             static_cast<void>(_setmode(_fileno(stream), _O_BINARY)); // a closed stream has no descriptor
-    // Fills the numbers of closed standard streams with descriptors that fail every write, like closed ones.
+    // Gives the numbers of closed standard streams to descriptors that fail every write, as closed
+    // descriptors do.
     constexpr int kStandardError = 2;
     int fd = 0;
     while ((fd = _open("NUL", _O_RDONLY)) != -1 && fd <= kStandardError)

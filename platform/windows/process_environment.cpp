@@ -7,7 +7,7 @@
 
 using namespace qvledger;
 
-// The C library changes the array in place, so this is a copy.
+// Returns a copy, because the C library changes the array in place.
 char **OS_KeepEnvironment() {
     std::size_t count = 0;
     while (_environ[count] != nullptr)
@@ -21,7 +21,8 @@ char **OS_KeepEnvironment() {
     return kept.release();
 }
 
-// Length of the name with its "="; 0 for the system's own names like "=C:", which stay.
+// Length of a variable's name with its "="; 0 for the system's variables such as "=C:", which are never
+// removed.
 static std::size_t nameLength(const char *assignment) {
     const char *equals = std::strchr(assignment, '=');
     return equals == nullptr || equals == assignment ? 0 : static_cast<std::size_t>(equals - assignment) + 1;
@@ -34,7 +35,7 @@ static bool isAmong(char **assignments, const char *name, std::size_t length) {
     return false;
 }
 
-// Removes the variables that were not kept.  Each removal moves the array, so the search starts again.
+// Removes the variables that are not in `kept`.  Each removal moves the array, so the search starts again.
 static void removeOthers(char **kept) {
     for (char **at = _environ; *at != nullptr;) {
         const std::size_t length = nameLength(*at);
@@ -58,7 +59,7 @@ void OS_RestoreEnvironment(char **kept) {
     removeOthers(kept);
     for (char **at = kept; *at != nullptr; ++at)
         if (nameLength(*at) != 0)
-            static_cast<void>(_putenv(*at)); // the same text was in the environment before
+            static_cast<void>(_putenv(*at)); // should not fail: the environment had this text before
 }
 
 const char *OS_ProgramVariable(const char *name) {

@@ -4,14 +4,16 @@
 #include <csignal>
 
 static std::atomic<int> notedSignal = 0;
-constexpr DWORD kTimeToEnd = 4500;        // milliseconds; the system waits five seconds
+constexpr DWORD kTimeToEnd = 4500;        // milliseconds; the system ends the program after five seconds
 constexpr UINT kInterrupted = 0xC000013A; // exit status of a program that Ctrl+C ends
 
-// Runs on a thread of the system.  A later signal is not handled and so ends the program.
+// Notes the first signal.  The system calls this handler on a separate thread.  A later signal is not
+// handled, so it ends the program.
 static BOOL WINAPI note(DWORD kind) {
     int none = 0;
     const bool isFirst = notedSignal.compare_exchange_strong(none, kind == CTRL_C_EVENT ? SIGINT : SIGTERM);
-    // The system ends the program when this handler returns, so it waits to let the run finish.
+    // After these events the system ends the program when the handler returns, so the handler waits until the
+    // run can finish.
     if (isFirst && kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT)
         Sleep(kTimeToEnd);
     return isFirst ? 1 : 0;

@@ -14,14 +14,14 @@ using namespace qvledger;
 
 struct Iconv {
     const char *name;
-    UINT page;            // the system's code page; 0 for a set of fixed units
-    std::size_t unit = 1; // bytes
+    UINT page;            // the system's code page; 0 for the Unicode sets
+    std::size_t unit = 1; // size in bytes
     bool bigEndian = false;
     bool pairs = false; // has surrogate pairs, as UTF-16 does
 };
 
-constexpr UINT kEucJp = 20932;    // the code page lacks EUC-JP's characters of three bytes
-constexpr char kOfThree = '\x8f'; // their first byte
+constexpr UINT kEucJp = 20932;    // this code page lacks EUC-JP's characters of three bytes
+constexpr char kOfThree = '\x8f'; // first byte of a character of three bytes
 
 static Iconv kSets[] = {
     {"ISO-8859-1", 28591},
@@ -90,7 +90,8 @@ int iconv_close(iconv_t) {
 
 namespace {
 
-// The first character of the input, or why it is invalid or incomplete.
+// The first character of the input.  reason: 0; errno EILSEQ if the character is invalid, EINVAL if it is
+// incomplete.
 struct Character {
     std::size_t length;
     std::string utf8;

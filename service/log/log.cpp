@@ -18,7 +18,7 @@ using namespace qvledger;
 
 constexpr std::int32_t kNotStarted = INT32_MAX;
 constexpr std::int32_t kNothing = INT32_MIN;
-constexpr std::size_t kMostPlaces = 64;    // places whose repeated entries are counted; a run has a few
+constexpr std::size_t kMostPlaces = 64;    // source lines whose repeated entries are counted
 constexpr std::size_t kLongestText = 1000; // bytes of an entry kept for comparison with the next
 
 std::atomic<std::int32_t> LOG_g_level = kNotStarted;
@@ -28,9 +28,9 @@ namespace {
 // The last entry of a source file and line.
 struct LastEntry {
     LogPlace place;
-    std::uint64_t repeated; // since it was written
+    std::uint64_t repeated; // number of repetitions since the entry was written
     std::size_t size;
-    char text[kLongestText]; // truncated, so a longer one is never equal
+    char text[kLongestText]; // truncated, so a longer text never equals it
 };
 
 // Sink, levels and counts, shared by all threads.
@@ -39,8 +39,9 @@ public:
     void start() {
         if (LOG_g_level.load(std::memory_order_acquire) != kNotStarted)
             return;
-        // Before the lock is first taken: a child that another thread forks must not inherit a locked one.
-        // Repetitions are only counted if both calls succeed, else counts could be lost or written twice.
+        // Done before the lock is first taken, because a child that another thread forks must not inherit a
+        // locked mutex.  If a call fails, repetitions are not counted, because counts could be lost or
+        // written twice.
         static const bool isWatched =
             std::atexit([] { instance.flush(); }) == 0 && OS_WatchForks([] { instance.beginChild(); }) == 0;
         const std::lock_guard guard(lock_);
@@ -56,7 +57,7 @@ public:
         setLevel();
     }
 
-    // Starts the log if necessary.
+    // Is an entry of this level wanted?  Starts the log if necessary.
     bool wants(std::int32_t level) {
         if (!LOG_Wants(level))
             return false;
@@ -109,8 +110,8 @@ public:
     static ProgramLog instance;
 
 private:
-    // Replaces the lock, because another thread of the parent may have taken it.  The parent writes the
-    // counts so far.
+    // Runs in a forked child.  Replaces the lock, because another thread of the parent may have locked it.
+    // Drops the counts, because the parent writes them.
     void beginChild() {
         new (&lock_) std::mutex;
         placesKnown_ = 0;
@@ -122,7 +123,8 @@ private:
         LOG_g_level = !isWanted ? kNothing : tracesToo_ ? LOG_TRACE : messageLevel_;
     }
 
-    // Counts an entry that repeats the last one of its place; any other becomes the last one.
+    // Does the entry repeat the last entry of its place?  Counts a repetition.  Any other entry becomes the
+    // last entry of its place.
     bool isRepeated(const LogPlace &place, std::string_view text) {
         LastEntry *const known = last_ + placesKnown_;
         LastEntry *const last = std::find_if(last_, known, [&](const LastEntry &it) {
@@ -130,7 +132,7 @@ private:
                    (it.place.file == place.file || std::strcmp(it.place.file, place.file) == 0);
         });
         if (last == last_ + kMostPlaces)
-            return false; // too many places
+            return false; // the table is full
         if (last == known)
             last_[placesKnown_++] = {.place = place, .repeated = 0, .size = 0, .text = {}};
         if (!text.empty() && text == std::string_view(last->text, last->size)) {
@@ -153,25 +155,25 @@ private:
 
     void writeCounts() {
         std::for_each_n(last_, placesKnown_, [this](LastEntry &entry) { writeCount(entry); });
-        static_cast<void>(sink_.writeLost()); // lost entries stay counted if it fails
+        static_cast<void>(sink_.writeLost()); // on failure, the lost entries stay counted
     }
 
     std::mutex lock_; // guards all members below
     LogSink sink_;
     std::int32_t messageLevel_ = LOG_ERROR;
     bool tracesToo_ = false;
-    LOG_function function_ = nullptr; // receives the entries instead of the sink unless null
+    LOG_function function_ = nullptr; // unless null, receives the entries instead of the sink
     void *context_ = nullptr;
     bool countsRepeats_ = false;
     std::size_t placesKnown_ = 0;
     LastEntry last_[kMostPlaces] = {};
 };
 
-// Needs no constructor or destructor at run time if std::mutex needs none, so entries may come before main()
-// and during exit().
+// No constructor or destructor runs if std::mutex needs none, so the program may log before main() and during
+// exit().
 ProgramLog ProgramLog::instance;
 
-// Callers may log before they read errno.
+// Restores errno, because callers may log before they read errno.
 struct KeepErrno {
     const int kept = errno;
     ~KeepErrno() { errno = kept; }
@@ -179,8 +181,8 @@ struct KeepErrno {
 
 } // namespace
 
-// The entry that the thread builds in pieces, or null.  Not a thread_local object, because registering its
-// destructor ends the program when memory runs out.
+// The entry that this thread builds in pieces; null if there is no such entry.  Not a thread_local object,
+// because registering the object's destructor ends the program when memory runs out.
 static thread_local LogText *openText = nullptr;
 static thread_local LogPlace openPlace;
 alignas(LogText) static thread_local unsigned char openRoom[sizeof(LogText)];

@@ -1,15 +1,16 @@
 // LOG_: the program's log.
 //
-// One line per entry: time in UTC, program and process id, level, source file and line, text.  QV_LOG names
-// the sink: a file to append to, "stderr" or "none".  Without it, and if that file cannot be opened, it is
-// syslog.  QV_LOG_LEVEL=6 adds details, QV_LOG_TRACE=1 adds entries to and exits from operations.
+// Each entry is a line: time in UTC, program and process id, level, source file and line, text.  QV_LOG names
+// the sink: a file to append to, "stderr" or "none".  If QV_LOG is not set or the file cannot be opened, the
+// sink is the system's log: syslog, on Windows the event log.  QV_LOG_LEVEL=6 adds details, QV_LOG_TRACE=1
+// adds the begin and end of operations.
 //
-// An entry of level 5 that equals the last one of its source file and line is only counted.  "repeated N
-// times: TEXT" is written when that place logs another text, and at the program's end.
+// If an entry of level 5 equals the previous entry of its source file and line, the log only counts it.  It
+// writes "repeated N times: TEXT" when that line logs another text, and at the program's end.
 //
-// Logging never blocks the program: entries that syslog or the reader of a pipe or socket does not take at
-// once are dropped, and "N entries lost" precedes the next entry that is taken.  Only writes to disks and
-// terminals wait.
+// Logging never waits for syslog or for the reader of a pipe or socket: an entry that is not taken at once is
+// dropped, and "N entries lost" precedes the next entry that is taken.  Only writes to disks and terminals
+// wait, and on Windows writes to pipes.
 #pragma once
 
 #include <atomic>
@@ -19,36 +20,38 @@ struct OS_fileIdentity;
 
 constexpr std::int32_t LOG_ERROR = 5;  // a failure
 constexpr std::int32_t LOG_DETAIL = 6; // what the program read and decided
-constexpr std::int32_t LOG_TRACE = 7;  // entry to and exit from operations
+constexpr std::int32_t LOG_TRACE = 7;  // begin and end of operations
 
 extern "C" {
 
-// The highest level that is written.  Until the first entry starts the log, it lets all levels pass.
+// The highest level that is written.  Until the first entry starts the log, this value is above all levels.
 extern std::atomic<std::int32_t> LOG_g_level;
 
-// Reads the environment and opens the sink, unless that was done before.  The arguments are not used.
+// Starts the log: reads the environment and opens the sink.  Does nothing if the log has started already.
+// The arguments are not used.
 void LOG_Init(const char *in_sink, const char *in_level);
 
 // Writes the counts of repeated and lost entries.  exit() does so, too.
 void LOG_Flush();
 
-// Writes one entry; used through LOG_CondMessage.  REQUIRES, here and below: the file name stays valid until
-// the program ends.
+// Writes an entry.  Called through LOG_CondMessage.  REQUIRES, here and below: the file name stays valid
+// until the program ends.
 void LOG__Message(std::int32_t level, const char *file, std::int32_t line, const char *format, ...)
     __attribute__((format(printf, 4, 5)));
 
-// Logs the entry (entry 1) to or exit (0) from an operation; used through LOG_CondFuncTrace.
+// Logs that an operation begins (`entry` is 1) or ends (0).  Called through LOG_CondFuncTrace.
 void LOG__FuncTrace(const char *function, const char *file, std::int32_t line, std::int32_t entry);
 
-// Builds an entry in pieces, one at a time per thread.  LOG_StartMessage returns non-zero if the entry is
-// wanted; then LOG_CondAdd appends to it and LOG_EndMessage writes it.  Otherwise both do nothing.
+// Build an entry in pieces; a thread builds one entry at a time.  LOG_StartMessage begins an entry and
+// returns non-zero if the entry is wanted.  LOG_CondAdd then appends a piece, and LOG_EndMessage writes the
+// entry.  If the entry is not wanted, LOG_CondAdd and LOG_EndMessage do nothing.
 std::int32_t LOG_StartMessage(std::int32_t in_level, const char *in_file, std::int32_t in_line,
                               std::int32_t in_reserved);
 void LOG_CondAdd(const char *in_format, ...) __attribute__((format(printf, 1, 2)));
 void LOG_EndMessage();
 
-// Passes every entry, repeated ones too, to a function instead of the sink, with control characters escaped.
-// A null function restores the sink.  REQUIRES: no other thread logs meanwhile.
+// From now on, passes every entry, also repeated entries, to a function instead of the sink.  Control
+// characters are escaped.  A null function restores the sink.  REQUIRES: no other thread logs meanwhile.
 using LOG_function = void (*)(void *inp_context, std::int32_t in_level, const char *inp_file,
                               std::int32_t in_line, const char *inp_text);
 void LOG_SetFunction(LOG_function function, void *context);
@@ -57,12 +60,13 @@ void LOG_SetFunction(LOG_function function, void *context);
 
 namespace qvledger {
 
-// Number of bytes that the log has written to a file; 0 if it is not the log's file.
+// Number of bytes that the log has written to a file; 0 if the log does not write to this file.
 std::int64_t logBytesIn(const OS_fileIdentity &file);
 
 } // namespace qvledger
 
-// An unwanted entry costs this comparison; the macros evaluate nothing else before it.
+// Is an entry of this level wanted?  The macros below compare first, so an unwanted entry costs only this
+// comparison.
 inline bool LOG_Wants(std::int32_t level) {
     return level <= LOG_g_level.load(std::memory_order_relaxed);
 }

@@ -3,8 +3,8 @@
 
 extern "C" {
 
-// Closes the sink and forgets the environment; the next entry starts the log again.  systemLogPath: socket of
-// the daemon that is the system's log from then on.
+// Stops the log and closes the sink.  The next entry reads the environment again and restarts the log.
+// systemLogPath: path of the socket that is used for syslog from then on.
 void LOG__Reset(const char *systemLogPath = "/dev/log");
 
 } // extern "C"

@@ -11,7 +11,7 @@
 
 using namespace qvledger;
 
-constexpr int kStandardError = 2; // its descriptor
+constexpr int kStandardError = 2; // descriptor of the standard error stream
 
 void LogSink::open(const char *name) {
     const std::string_view sink = name != nullptr ? name : "";
@@ -20,7 +20,7 @@ void LogSink::open(const char *name) {
         return;
     fd_ = sink == "stderr" ? kStandardError : openFile(name);
     if (fd_ >= 0) {
-        static_cast<void>(OS_IdentifyDescriptor(fd_, &opened_)); // fails only if closed; so will each entry
+        static_cast<void>(OS_IdentifyDescriptor(fd_, &opened_)); // if fd_ is closed, each write fails too
         return;
     }
     LogText text;
@@ -28,7 +28,8 @@ void LogSink::open(const char *name) {
     write({LOG_ERROR, __FILE__, __LINE__}, text.view());
 }
 
-// The program may have closed the log's descriptor and opened another file under its number.
+// Is the sink's file still open?  The program may have closed the descriptor and opened another file with the
+// same number.
 bool LogSink::isStillOpen() const {
     OS_fileIdentity now = {};
     return fd_ == kStandardError || (OS_IdentifyDescriptor(fd_, &now) == 0 && OS_IsSameFile(now, opened_));
@@ -36,11 +37,11 @@ bool LogSink::isStillOpen() const {
 
 void LogSink::close() {
     if (fd_ > kStandardError && isStillOpen())
-        static_cast<void>(_close(fd_)); // there is no log left to report it to
+        static_cast<void>(_close(fd_)); // a failure can no longer be logged
     *this = LogSink();
 }
 
-// The time in UTC.
+// Appends the current time in UTC.
 static void appendTime(LogText &text) {
     const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
     const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
@@ -58,7 +59,7 @@ bool LogSink::put(const LogPlace &place, std::string_view text) {
     entry.appendFormat("%s[%d]: %d %s:%d: ", OS_ProgramName(), _getpid(), place.level, place.file,
                        place.line);
     entry.append(text);
-    if (isCut_) // the cut line must not run into this one
+    if (isCut_) // separates the new line from the line that was cut
         line.append("\n");
     line.appendVisible(entry.view());
     if (fd_ < 0)

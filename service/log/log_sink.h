@@ -1,4 +1,4 @@
-// Where the log's entries go: a file, the standard error stream, or the system's log.
+// The sink of the log's entries: a file, the standard error stream, or the system's log.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,8 @@ struct LogPlace {
     std::int32_t line;
 };
 
-// Drops and counts entries that are not taken at once.  REQUIRES: one thread at a time uses a sink.
+// Writes entries; drops and counts the entries that are not taken at once.  REQUIRES: only one thread at a
+// time uses a sink.
 class LogSink {
 public:
     // Opens the sink.  name: the value of QV_LOG; null or empty means the system's log.  If a file cannot be
@@ -23,13 +24,14 @@ public:
     void close();
     bool isOpen() const { return isOpen_; }
 
-    // Writes an entry that represents a number of calls, which are lost if the entry is not taken.
+    // Writes an entry.  If it is not taken, counts `calls`, the number of log calls that it represents, as
+    // lost.
     void write(const LogPlace &place, std::string_view text, std::uint64_t calls = 1);
-    // Writes the number of lost calls, if any; false if that entry is not taken.
+    // If calls were lost, writes an entry with their number; false if that entry is not taken.
     bool writeLost();
     void forgetLost() { lost_ = 0; }
 
-    // Number of bytes written to a file; 0 if it is not the sink's file.
+    // Number of bytes written to a file; 0 if the sink does not write to this file.
     std::int64_t bytesIn(const OS_fileIdentity &file) const {
         return fd_ >= 0 && OS_IsSameFile(file, opened_) ? written_ : 0;
     }
@@ -38,7 +40,7 @@ public:
 
 private:
     // The part that depends on the system, in log_system.cpp.
-    static int openFile(const char *name);                          // never gets a standard stream's number
+    static int openFile(const char *name); // never returns a standard stream's number
     static std::size_t writeAtOnce(int fd, std::string_view bytes); // returns the number of bytes written
     static bool sendToSystemLog(const char *path, std::int32_t level, std::string_view entry);
 
@@ -46,10 +48,10 @@ private:
     bool isStillOpen() const;
 
     bool isOpen_ = false;
-    int fd_ = -1; // -1: the system's log
+    int fd_ = -1; // -1 for the system's log
     OS_fileIdentity opened_ = {};
-    bool isCut_ = false;       // the last line was not written to its end
-    std::int64_t written_ = 0; // bytes
+    bool isCut_ = false;       // only part of the last line was written
+    std::int64_t written_ = 0; // number of bytes
     std::uint64_t lost_ = 0;
 };
 

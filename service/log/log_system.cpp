@@ -26,22 +26,23 @@ static int movedAboveStandardStreams(int fd) {
 }
 
 int LogSink::openFile(const char *name) {
-    // O_NONBLOCK: a pipe without a reader must not block the program.
+    // With O_NONBLOCK, a pipe without a reader does not block the program.
     constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     return movedAboveStandardStreams(::open(name, kFlags, 0640));
 }
 
-// Can PIPE_BUF bytes be written without blocking?  False without a reader, because the write would raise
-// SIGPIPE.
+// Can PIPE_BUF bytes be written without blocking?  False if the pipe has no reader, because the write would
+// raise SIGPIPE.
 static bool isPipeReady(int fd) {
     pollfd pipe = {.fd = fd, .events = POLLOUT, .revents = 0};
     return ::poll(&pipe, 1, 0) == 1 && pipe.revents == POLLOUT;
 }
 
-// The standard error stream is shared with other programs, so it cannot be made non-blocking.
+// Checks a pipe before each write instead of making it non-blocking, because other programs share the
+// standard error stream.
 std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     struct stat file = {};
-    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // an unknown kind may block too
+    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // an unknown file may block too
     std::size_t done = 0;
     while (done < bytes.size() && (!isPipe || isPipeReady(fd))) {
         const std::string_view piece = bytes.substr(done, isPipe ? PIPE_BUF : std::string_view::npos);
@@ -55,7 +56,8 @@ std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     return done;
 }
 
-// Connects for each entry, so that a restarted daemon gets the next one.
+// Sends an entry to a socket; false if the entry is not taken.  Connects for each entry, so that a restarted
+// daemon gets the next entry.
 static bool send(const char *path, int type, std::string_view bytes) {
     const int opened = ::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     const Descriptor daemon(movedAboveStandardStreams(opened));
@@ -65,12 +67,12 @@ static bool send(const char *path, int type, std::string_view bytes) {
            ::send(daemon.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) == std::ssize(bytes);
 }
 
-// syslog(3) itself would block while the daemon's queue is full.
+// Does not use syslog(3), which would block while the daemon's queue is full.
 bool LogSink::sendToSystemLog(const char *path, std::int32_t level, std::string_view entry) {
     LogText text;
     text.appendFormat("<%d>", LOG_USER | (level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG));
     text.append(entry);
-    text.end('\0'); // ends an entry in a stream
+    text.end('\0'); // in a stream, a NUL ends each entry
     const std::string_view bytes = text.view();
     return send(path, SOCK_DGRAM, bytes.substr(0, bytes.size() - 1)) ||
            (errno == EPROTOTYPE && send(path, SOCK_STREAM, bytes));

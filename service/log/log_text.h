@@ -50,7 +50,7 @@ public:
 private:
     char *text() { return onHeap_ ? onHeap_.get() : inPlace_; }
 
-    // Returns how many of `size` further bytes fit: all, unless memory ran out.
+    // Makes room for `size` further bytes.  Returns how many of them fit: all, unless memory ran out.
     std::size_t makeRoom(std::size_t size) {
         const bool wasInPlace = onHeap_ == nullptr;
         if (size <= capacity_ - length_ || !resize(onHeap_, 2 * capacity_ + size + 1))

@@ -37,14 +37,14 @@ static nl_catd openInstalled(const char *name) {
 
 // ---- The texts' character set ----
 
-// Catalogues are in UTF-8; a terminal uses the character set of the locale.
-constexpr std::size_t kFailed = static_cast<std::size_t>(-1); // iconv's result
+// Catalogues are in UTF-8, but a terminal uses the character set of the locale.
+constexpr std::size_t kFailed = static_cast<std::size_t>(-1); // iconv's result on failure
 static const iconv_t kNoConverter = reinterpret_cast<iconv_t>(std::intptr_t{-1});
 static iconv_t converter = kNoConverter;
 
 static iconv_t openConverter() {
     const char *charset = nl_langinfo(CODESET);
-    for (const char *asItIs : {"UTF-8", "ANSI_X3.4-1968"}) // the latter: no locale was chosen
+    for (const char *asItIs : {"UTF-8", "ANSI_X3.4-1968"}) // ANSI_X3.4-1968: no locale was chosen
         if (std::strcmp(charset, asItIs) == 0)
             return kNoConverter;
     char target[64];
@@ -52,12 +52,12 @@ static iconv_t openConverter() {
     return length < static_cast<int>(sizeof target) ? iconv_open(target, "UTF-8") : kNoConverter;
 }
 
-// Converts a text to that character set, in the buffer.  Returns the text itself if it needs no conversion,
-// is not valid or convertible UTF-8, or does not fit the buffer.
+// Converts a text to the locale's character set, in the buffer.  Returns the unconverted text if it needs no
+// conversion, cannot be converted, or does not fit the buffer.
 static const char *inCharacterSet(const char *text, char (&buffer)[4096]) {
     if (converter == kNoConverter)
         return text;
-    auto *from = const_cast<char *>(text); // iconv only reads it
+    auto *from = const_cast<char *>(text); // iconv only reads the text
     std::size_t left = std::strlen(text) + 1;
     char *to = buffer;
     std::size_t room = sizeof buffer;

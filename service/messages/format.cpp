@@ -8,7 +8,7 @@
 
 using namespace qvledger;
 
-constexpr unsigned kMostArguments = 9; // of one format; a conversion numbers them with one digit
+constexpr unsigned kMostArguments = 9; // limit of a format, because one digit numbers an argument
 
 namespace {
 
@@ -23,12 +23,12 @@ union Value {
     const void *asPointer;
 };
 
-// "%2$-5s": argument 2, printed by the plain conversion "%-5s".
+// A positional conversion.  For example, "%2$-5s" prints argument 2 by the plain conversion "%-5s".
 struct Conversion {
     unsigned argument; // counted from 0
     Kind kind;
     char plain[24];
-    std::size_t length; // in the format, "%" included
+    std::size_t length; // characters in the format, including "%"
 };
 
 class Arguments {
@@ -55,7 +55,8 @@ public:
     int print(const Conversion &conversion, char *text, std::size_t size) const;
 
 private:
-    // Takes a pointer, because va_list's type differs between systems.
+    // Reads one value; false if its type is unknown.  Takes a pointer, because va_list's type differs between
+    // systems.
     bool takeOne(unsigned index, std::va_list *from);
 
     Kind kinds_[kMostArguments] = {};
@@ -139,7 +140,8 @@ static Kind kindOf(std::string_view lengthLetters, char letter) {
                                    : Kind::Unused;
 }
 
-// Parses the positional conversion at the start of a text, which begins with "%"; nothing if it is invalid.
+// Parses the positional conversion at the start of a text; nothing if it is invalid.  REQUIRES: the text
+// begins with "%".
 static std::optional<Conversion> readConversion(const char *text) {
     if (text[1] < '1' || text[1] > '9' || text[2] != '$')
         return std::nullopt;
@@ -178,7 +180,7 @@ static bool eachPiece(const char *format, Plain plain, Converted converted) {
     return true;
 }
 
-// Is there a first conversion, and is it positional?
+// Is the format's first conversion positional?  False if the format has no conversion.
 static bool isPositional(const char *format) {
     const char *at = format;
     while (at != nullptr && (at = std::strchr(at, '%')) != nullptr && at[1] == '%')

@@ -16,9 +16,9 @@ using namespace qvledger;
 
 namespace {
 
-// A renaming table, or the record that it is absent or bad.
+// A renaming table; a file that is absent or bad is remembered without a table.
 struct Language {
-    std::string tag; // what follows "oids." in the file's name
+    std::string tag; // the file's name after "oids."
     OidTable::State state;
     std::unique_ptr<OidTable> table;
 };
@@ -27,9 +27,9 @@ struct Language {
 struct Database {
     std::string tablePath;
     OidTable identifiers;
-    std::vector<Language> languages; // all that were tried, so that each file is read once
-    std::string locale;              // the current one
-    const OidTable *names = nullptr; // its renaming table
+    std::vector<Language> languages; // all languages that were tried, so that each file is read once
+    std::string locale;              // current locale
+    const OidTable *names = nullptr; // renaming table of the locale; null if there is no table
 };
 
 } // namespace
@@ -84,7 +84,7 @@ std::int32_t OID_CloseDb(STF_l__hdr *, void **inoutp_handle) {
 
 // ---- Languages ----
 
-// The next more general tag: "de_DE.UTF-8", "de_DE", "de", "".
+// Returns the next more general tag: "de_DE" for "de_DE.UTF-8", "de" for "de_DE", "" for "de".
 static std::string_view generalised(std::string_view tag) {
     std::size_t end = tag.find_first_of(".@");
     if (end == tag.npos)
@@ -92,7 +92,7 @@ static std::string_view generalised(std::string_view tag) {
     return end == tag.npos ? std::string_view() : tag.substr(0, end);
 }
 
-// The locale comes from the user and must not name a file outside the database's folder.
+// Could the locale name a file outside the database's folder?  The user chooses the locale.
 static bool namesNoTable(std::string_view locale) {
     return locale.find('/') != locale.npos || locale.find("..") != locale.npos;
 }

@@ -8,10 +8,10 @@ constexpr std::size_t kMaxContents = OID_BINARY_SIZE - 1;
 
 namespace {
 
-// A number in base-128 digits, lowest first, as large as the contents octets allow.
+// An arc as a number in base-128 digits, the lowest digit first, as large as the contents octets allow.
 class Arc {
 public:
-    // Sets the number to number * factor + addend; false if that does not fit.
+    // Sets the number to number * factor + addend; false if the result does not fit.
     bool advance(unsigned factor, unsigned addend) {
         unsigned carry = addend;
         for (std::size_t at = 0; at < count_; ++at) {
@@ -31,7 +31,7 @@ public:
     bool isBelow(unsigned limit) const { return count_ == 0 || (count_ == 1 && digits_[0] < limit); }
     unsigned lowest() const { return count_ == 0 ? 0 : digits_[0]; }
 
-    // Appends the number, highest digit first; false if it does not fit.
+    // Appends the number to the contents octets, the highest digit first; false if it does not fit.
     bool encode(OidBinary *binary) const {
         const std::size_t size = count_ == 0 ? 1 : count_;
         std::uint8_t &length = binary->bytes[0];
@@ -52,7 +52,8 @@ private:
 
 } // namespace
 
-// Removes one arc and the dot after it from the start of the text; false if it is not a valid arc.
+// Removes one arc and the dot after it from the start of the text; false if the text does not begin with a
+// valid arc.
 static bool takeArc(std::string_view &text, Arc *arc) {
     std::size_t at = 0;
     for (; at < text.size() && text[at] != '.'; ++at) {
@@ -74,7 +75,7 @@ bool qvledger::parseOid(std::string_view decimal, OidBinary *binary) {
     if (!takeArc(decimal, &first) || !first.isBelow(3) || decimal.empty())
         return false;
 
-    // The first two arcs share a number.
+    // The first two arcs are encoded as one number.
     Arc second;
     if (!takeArc(decimal, &second) || (first.isBelow(2) && !second.isBelow(40)))
         return false;

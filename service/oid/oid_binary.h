@@ -13,9 +13,10 @@ struct OidBinary {
     std::uint8_t bytes[OID_BINARY_SIZE];
 };
 
-// Converts an identifier: at least two arcs, the first 0 to 2, the second below 40 after 0 and 1; no arc has
-// a leading zero, and an arc may be as large as the contents octets allow.  False, with the output undefined,
-// for any other text and one that does not fit.
+// Converts dotted-decimal text to a binary OID.  Returns false, with the output undefined, if the text is not
+// an identifier or does not fit.  An identifier has at least two arcs.  The first arc is 0 to 2; after 0 or
+// 1, the second arc is below 40.  No arc has a leading zero.  An arc may be as large as the contents octets
+// allow.
 bool parseOid(std::string_view decimal, OidBinary *binary);
 
 } // namespace qvledger

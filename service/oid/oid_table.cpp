@@ -13,9 +13,9 @@
 
 using namespace qvledger;
 
-constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; keeps all positions within 32 bits
+constexpr std::int64_t kMaxFileSize = 1 << 30; // bytes; all positions then fit in 32 bits
 constexpr std::size_t kBlockSize = 65536;      // bytes
-constexpr std::size_t kFirstSlots = 64;        // numbers of slots are powers of two
+constexpr std::size_t kFirstSlots = 64;        // the number of slots is always a power of two
 constexpr std::size_t kMaxNameLength = OID_NAME_SIZE - 1;
 
 // ---- Lines of a file ----
@@ -26,7 +26,7 @@ class LineReader {
 public:
     explicit LineReader(int fd) : fd_(fd), buffer_(kBlockSize) {}
 
-    // The next line without its end; false after the last one and after a failed read.
+    // Gets the next line without its line end; false after the last line and after a failed read.
     bool next(std::string_view *line) {
         std::size_t length = rest().find('\n');
         while (length == rest().npos && refill())
@@ -45,7 +45,8 @@ public:
 private:
     std::string_view rest() const { return {buffer_.data() + begin_, end_ - begin_}; }
 
-    // Moves the unread rest to the buffer's start and reads more after it; false at the end and on failure.
+    // Moves the unread bytes to the buffer's start and reads more bytes after them; false at the end of the
+    // file and on failure.
     bool refill() {
         std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
         end_ -= begin_;
@@ -81,7 +82,7 @@ static bool parseNumber(std::string_view text, int base, Number *number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// Splits at single tabs; false unless the number of fields matches.
+// Splits a line into fields at each tab; false if the line has another number of fields.
 static bool split(std::string_view line, std::span<std::string_view> fields) {
     for (std::size_t at = 0; at < fields.size(); ++at) {
         const std::size_t tab = line.find('\t');
@@ -98,7 +99,7 @@ static bool isName(std::string_view text) {
     return !text.empty() && text.size() <= kMaxNameLength && text.find('\0') == text.npos && isUtf8(text);
 }
 
-// Returns null, or what is wrong with the line.
+// Parses a line.  Returns null, or the reason why the line is malformed.
 static const char *parseLine(std::string_view text, OidTable::Kind kind, OidLine *line) {
     std::array<std::string_view, 4> fields;
     const std::size_t count = kind == OidTable::Kind::Identifiers ? fields.size() : 2;
@@ -128,10 +129,11 @@ static std::size_t hashOf(std::span<const std::uint8_t> contents) {
 }
 
 static std::size_t hashOf(std::uint32_t identifier) {
-    return (identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads consecutive numbers
+    return (identifier * 0x9e3779b97f4a7c15U) >> 32; // spreads consecutive identifiers
 }
 
-// Index of the slot with the wanted entry, or of the free slot for it.  There is always a free slot.
+// Returns the index of the slot with the wanted entry, or of the free slot where the entry belongs.  There is
+// always a free slot.
 template <class Slots, class IsWanted>
 static std::size_t probe(const Slots &slots, std::size_t hash, IsWanted isWanted) {
     const std::size_t mask = slots.size() - 1;
@@ -179,7 +181,7 @@ void OidTable::makeRoomForOne() {
 
 // ---- Reading a table ----
 
-// Returns null, or what is wrong with the line.
+// Adds a line's entry.  Returns null, or the reason why the line is refused.
 const char *OidTable::add(const OidLine &line) {
     makeRoomForOne();
     const std::span binary(line.binary.bytes, 1U + line.binary.bytes[0]);

@@ -12,8 +12,8 @@
 namespace qvledger {
 
 struct OidEntry {
-    std::uint32_t at;         // offset of its OID and name
-    std::uint32_t identifier; // short identifier, 0 for none
+    std::uint32_t at;         // offset of OID and name in OidTable::bytes_
+    std::uint32_t identifier; // short identifier; 0 if the entry has none
     std::uint8_t classNumber;
 };
 
@@ -33,15 +33,15 @@ public:
     };
     enum class State : std::uint8_t { Loaded, Absent, Bad };
 
-    // Reads a file.  Bad: it is unreadable or malformed, and the log has file, reason and any line.
-    // Absent: there is no such file, which is not logged.  Throws std::bad_alloc.  REQUIRES: the table was
-    // not loaded before.
+    // Reads a table file.  Returns Bad if the file is unreadable or malformed; the log then has the file, the
+    // line if known, and the reason.  Returns Absent, and logs nothing, if the file does not exist.  Throws
+    // std::bad_alloc.  REQUIRES: the table was not loaded before.
     State load(const char *path, Kind kind);
 
-    // The log's text for a load that returned Bad.
+    // The text that was logged by a load that returned Bad.
     const std::string &whyBad() const { return trouble_; }
 
-    // Null if the table has no such entry.
+    // Find an entry by contents octets or by short identifier; null if the table has no such entry.
     const OidEntry *find(std::span<const std::uint8_t> contents) const;
     const OidEntry *findShort(std::uint32_t identifier) const;
 
@@ -51,7 +51,7 @@ public:
     }
 
 private:
-    using Slots = std::vector<std::uint32_t>; // an entry's index plus 1; 0 for a free slot
+    using Slots = std::vector<std::uint32_t>; // index of an entry plus 1; 0 in a free slot
 
     bool readLines(int fd, const char *path, Kind kind);
     const char *add(const OidLine &line);
@@ -62,7 +62,7 @@ private:
         return std::span(bytes_).subspan(at + 1, bytes_[at]);
     }
 
-    std::vector<std::uint8_t> bytes_; // OID and name of each entry, each after a length byte
+    std::vector<std::uint8_t> bytes_; // each entry's OID and name, both after a length byte
     std::vector<OidEntry> entries_;
     Slots byContents_;
     Slots byIdentifier_;

@@ -1,7 +1,7 @@
 // Unpacked attribute values (service/packed/values.h): how to release them, failure codes, and helpers.
 //
-// The packed form is XDR (RFC 4506); service/packed/values.x describes it, and docs/formats.md describes what
-// that leaves open.
+// The packed form is XDR (RFC 4506); service/packed/values.x describes the form, and docs/formats.md explains
+// it.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 #include "service/packed/values.h"
 #include "service/status.h"
 
-// How to release an unpacked value: deleteFunc releases the value it was delivered with, and all that the
-// value points to.  copyFunc is always null, because nobody copies values.
+// Describes how to release an unpacked value.  deleteFunc releases the value and everything that the value
+// points to.  copyFunc is always null, because nobody copies values.
 struct AS_attrValDesc_t {
     void *(*copyFunc)(STF_l__hdr *in_status, const void *inp_value, void *in_allocator);
     void (*deleteFunc)(STF_l__hdr *in_status, void *inp_value, void *in_allocator);
@@ -22,12 +22,13 @@ using AS_attrValType_t = std::uint32_t;
 constexpr AS_attrValType_t AS_ACCESS_LIST_ENTRY = 7;
 
 // Failure codes, all non-zero.
-constexpr std::int32_t ODP_E_REFUSED = 1; // the bytes are not a value of that type
+constexpr std::int32_t ODP_E_REFUSED = 1; // the bytes are not a value of the requested type
 constexpr std::int32_t ODP_E_NO_MEMORY = 2;
 
 extern "C" {
 
-// The short identifier in an attribute reference.  0, or ODP_E_REFUSED for a reference of another form.
+// Gets the short identifier of an attribute reference.  Returns 0; ODP_E_REFUSED, with the output unchanged,
+// for a reference of another form.
 std::int32_t AS_GetAttrIDR(STF_l__hdr *in_status, const AS_attrRef *inp_reference,
                            std::uint32_t *outp_identifier);
 

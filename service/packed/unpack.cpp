@@ -14,13 +14,13 @@ void unpack(XdrReader &in, GEN_string &string) {
     string._value = in.copyOfBytes(&string.length);
 }
 
-// Characters stored in the record; the last one stays the NUL.
+// Reads characters into an array of the record; the array's last character remains NUL.
 static void unpack(XdrReader &in, char (&text)[256]) {
     const auto bytes = in.text(sizeof text - 1);
     std::copy(bytes.begin(), bytes.end(), text);
 }
 
-// Bytes stored in the record after their length.
+// Reads bytes into an array of the record, and sets their number.
 template <class Octets>
 static void unpackOctets(XdrReader &in, Octets &octets) {
     const auto bytes = in.bytes(sizeof octets._value);
@@ -192,7 +192,7 @@ void unpack(XdrReader &in, GEN_mediaConsumed &value) {
 
 // ---- Profiles and addresses ----
 
-// An attribute's two texts, the element of its chain.
+// Reads the two texts of an O/R attribute, the element of a chain.
 static void unpack(XdrReader &in, ODP_orPair &value) {
     unpackAll(in, value.type, value.value);
 }

@@ -40,7 +40,8 @@ void unpack(XdrReader &in, GEN_simpleName &value);
 void unpack(XdrReader &in, GEN_string &value);
 void unpack(XdrReader &in, GEN_text &value);
 
-// An optional or defaulted field, or an element that is a pointer.
+// Reads an optional or defaulted field, or a chain element that is a pointer.  An absent value leaves the
+// pointer null.
 template <class Record>
 void unpack(XdrReader &in, Record *&optional) {
     if (!in.present())
@@ -50,8 +51,8 @@ void unpack(XdrReader &in, Record *&optional) {
         unpack(in, *optional);
 }
 
-// A chain whose elements are in the given member; null if it is empty.  A loop, because recursion over a long
-// chain would exhaust the stack.
+// Reads a chain whose nodes have their element in the given member.  Returns the first node; null if the
+// chain is empty.  Uses a loop, because recursion over a long chain would exhaust the stack.
 template <class Node, class Element>
 Node *unpackChain(XdrReader &in, Element Node::*element) {
     Node *head = nullptr;

@@ -11,7 +11,7 @@ namespace qvledger {
 
 class ValueMemory {
 public:
-    // Allocates from the room first.  REQUIRES: the room outlives this object.
+    // Allocations use the room first.  REQUIRES: the room outlives this object.
     explicit ValueMemory(std::span<std::byte> room = {})
         : next_(room.data()), end_(room.data() + room.size()) {}
     ~ValueMemory() { releaseFrom(first_); }
@@ -28,8 +28,8 @@ public:
         return std::exchange(next_, next_ + units);
     }
 
-    // Passes the memory to the owner of the first allocation, who releases all of it by that address; null is
-    // allowed.  REQUIRES: no room was given.
+    // handOver() passes the ownership of all memory to the caller.  The caller releases all of it by passing
+    // the address of the first allocation, or null, to release().  REQUIRES: the constructor got no room.
     void handOver() { first_ = nullptr; }
     static void release(void *firstAllocation) {
         if (firstAllocation != nullptr)
@@ -43,7 +43,7 @@ private:
 
     bool addChunk(std::size_t size) {
         constexpr std::size_t kSmallest = 512;
-        constexpr std::size_t kLargest = 256 * 1024; // a larger allocation has a chunk of its own size
+        constexpr std::size_t kLargest = 256 * 1024; // a larger allocation gets a chunk of exactly its size
         usual_ = std::clamp(2 * usual_, kSmallest, kLargest);
         const std::size_t capacity = std::max(usual_, size);
         auto *chunk = static_cast<Chunk *>(std::malloc(sizeof(Chunk) + capacity));
@@ -64,9 +64,9 @@ private:
 
     Chunk *first_ = nullptr;
     Chunk *last_ = nullptr;
-    std::byte *next_; // free memory
+    std::byte *next_; // start of the free memory
     std::byte *end_;
-    std::size_t usual_ = 0; // usual size of the last chunk in bytes
+    std::size_t usual_ = 0; // bytes; size of the last chunk unless a larger one was needed
 };
 
 } // namespace qvledger

@@ -1,8 +1,9 @@
 // The records of unpacked attribute values.
 //
-// A pointer field that ends in _o is optional and one that ends in _d defaulted: null means absent or
-// default.  A choice selects the member of the union after it, or no member.  Chains are linked by next.  The
-// library owns every record, so a pointer into it is invalid after its release.
+// A pointer field whose name ends in _o is optional: null means absent.  A pointer field whose name ends in
+// _d has a default: null means the default.  A choice selects the member of the union after it; any other
+// number selects no member.  Chains are linked by next.  The library owns every record, so a pointer into a
+// record is invalid after the record's release.
 #pragma once
 
 #include <cstdint>

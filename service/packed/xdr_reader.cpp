@@ -35,7 +35,7 @@ bool XdrReader::present() {
     return presence == 1;
 }
 
-// Are the last count bytes (0 to 3) of whole units zero?  No loop, because its branches would be
+// Are the last `count` bytes (0 to 3) of the units zero?  Uses no loop, because the loop's branches would be
 // mispredicted.
 static bool endsInZeros(std::span<const std::uint8_t> units, std::size_t count) {
     if (units.empty())

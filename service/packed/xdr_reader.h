@@ -18,7 +18,7 @@ namespace qvledger {
 
 class XdrReader {
 public:
-    // missing: number of bytes that the end of the value lacks.
+    // missing: number of bytes that were cut off the end of the value.
     XdrReader(std::span<const std::uint8_t> bytes, ValueMemory &memory, std::size_t missing = 0)
         : rest_(bytes), memory_(memory), missing_(missing) {}
 
@@ -33,28 +33,30 @@ public:
         return fromNetworkOrder(word);
     }
     std::int32_t integer() { return static_cast<std::int32_t>(word()); }
-    std::int16_t shortInteger(); // an int from -32768 to 32767
+    std::int16_t shortInteger(); // reads an int, which must be -32768 to 32767
     double real();
-    bool present(); // the int before optional data: 0 or 1
+    bool present(); // reads the int before optional data, which must be 0 or 1
 
-    // Bytes after their count, which is at most limit.  Excludes the fill bytes, which must be zero.
+    // Reads a count and that many bytes, and returns the bytes without their fill bytes.  Fails if the count
+    // is above limit or a fill byte is not zero.
     std::span<const std::uint8_t> bytes(std::size_t limit);
 
-    // The same for a string, in which a NUL is an error.
+    // Like bytes(), but for a string; fails if the string contains a NUL.
     std::span<const std::uint8_t> text(std::size_t limit);
 
-    // Copies of bytes, and of a string with a final NUL, in the value's memory.
+    // Read bytes or a string, and return a copy in the value's memory; null on failure.  A NUL ends the copy
+    // of a string.
     std::uint8_t *copyOfBytes(std::int32_t *length);
     char *characters();
 
-    // A zeroed record in the value's memory; null on failure.
+    // Makes a zeroed record in the value's memory; null on failure.
     template <class Record>
     Record *make() {
         static_assert(std::is_trivially_destructible_v<Record>);
         void *memory = allocate(sizeof(Record));
         return memory != nullptr ? static_cast<Record *>(std::memset(memory, 0, sizeof(Record))) : nullptr;
     }
-    // The same for uninitialised bytes.
+    // Like make(), but for uninitialised bytes.
     void *allocate(std::size_t size) {
         if (failed())
             return nullptr;
@@ -67,18 +69,18 @@ public:
     // Takes all unread bytes.
     std::span<const std::uint8_t> remainder() { return std::exchange(rest_, {}); }
 
-    // Was everything read without failure?
+    // Were all bytes read without failure?
     bool isWhole() const { return fault_ == Fault::None && rest_.empty(); }
     bool failed() const { return fault_ != Fault::None; }
     bool outOfMemory() const { return fault_ == Fault::Memory; }
-    // Did it fail at the missing bytes, and not at an invalid item?
+    // Did the reader fail because of the missing bytes, and not at an invalid item?
     bool lacksBytes() const { return fault_ == Fault::Missing; }
 
 private:
     enum class Fault : std::uint8_t { None, Malformed, Missing, Memory };
 
     void fail(Fault fault);
-    // Fails at an item of size bytes that the rest does not contain.
+    // Fails at an item of size bytes, because fewer bytes are unread.
     void failAt(std::size_t size) {
         fail(size <= rest_.size() + missing_ ? Fault::Missing : Fault::Malformed);
     }

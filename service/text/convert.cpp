@@ -19,8 +19,8 @@ namespace {
 
 struct CodeSet {
     std::uint32_t number;
-    const char *name;     // iconv's
-    std::size_t unit = 1; // bytes of its smallest unit
+    const char *name;     // iconv's name of the code set
+    std::size_t unit = 1; // bytes of the smallest unit
     bool hasAscii = true; // bytes 0x01 to 0x7F are always ASCII characters
 };
 
@@ -104,7 +104,7 @@ static void closeConverters(void *) {
             iconv_close(std::exchange(converter, nullptr));
 }
 
-// kNoConverter, with errno, if it cannot be opened.
+// Returns the thread's converter for a code set; kNoConverter, with errno, if the converter cannot be opened.
 static iconv_t findConverter(const CodeSet *set) {
     iconv_t &converter = gConverters[set - std::begin(kCodeSets)];
     if (converter != nullptr)
@@ -113,17 +113,18 @@ static iconv_t findConverter(const CodeSet *set) {
     if (opened == kNoConverter)
         return kNoConverter;
     static ThreadsEnd end(closeConverters);
-    static_cast<void>(end.enter(gConverters)); // on failure they stay open until the process ends
+    static_cast<void>(end.enter(gConverters)); // on failure, the converters stay open until the process ends
     return converter = opened;
 }
 
 static char *convertBy(iconv_t converter, std::size_t unit, std::string_view text) {
-    // A byte of input makes at most three of output.  run() reserves room for a "?" per unread byte.
+    // Each byte of input becomes at most three bytes of output.  run() reserves room for one "?" per unread
+    // byte.
     const std::size_t size = 4 * text.size() + 16;
     auto *converted = static_cast<char *>(std::malloc(size));
     if (converted == nullptr)
         return nullptr;
-    char *in = const_cast<char *>(text.data()); // iconv only reads it
+    char *in = const_cast<char *>(text.data()); // iconv only reads the text
     char *out = converted;
     std::size_t left = text.size();
     const auto run = [&](char **from) {
@@ -131,7 +132,7 @@ static char *convertBy(iconv_t converter, std::size_t unit, std::string_view tex
         return iconv(converter, from, &left, &out, &room) != static_cast<std::size_t>(-1);
     };
     while (left > 0 && !run(&in)) {
-        run(nullptr); // flushes a character from before the fault
+        run(nullptr); // writes a pending character from before the fault
         *out++ = '?';
         const std::size_t fault = std::min(unit, left);
         in += fault;
@@ -162,7 +163,8 @@ static char *asciiAlone(std::string_view text) {
     return made;
 }
 
-// Not by iconv, because the C library's accepts numbers beyond the last Unicode character.
+// Copies the text, with "?" for each byte that is not part of valid UTF-8.  Does not use iconv, because the C
+// library's iconv accepts code points beyond U+10FFFF.
 static char *convertFromUtf8(std::string_view text) {
     char *made = newText(text);
     for (std::size_t at = 0; made != nullptr && at < text.size();) {
@@ -183,8 +185,9 @@ static std::string_view beforeNul(std::string_view text, std::size_t unit) {
     return text.substr(0, at);
 }
 
-// Resolves UTF-16 (1015) and UTF-32 (1017) to a code set with a byte order: that of the mark at the start,
-// which is removed, else big-endian.  Returns other code sets unchanged.
+// Replaces UTF-16 (1015) or UTF-32 (1017) by a code set with a fixed byte order.  A byte order mark at the
+// start of the text selects the order and is removed; without a mark the order is big-endian.  Returns other
+// code sets unchanged.
 static std::uint32_t takeMark(std::string_view &text, std::uint32_t codeSet) {
     if (codeSet != 1015 && codeSet != 1017)
         return codeSet;

@@ -13,13 +13,13 @@ constexpr std::uint32_t CODE_SET_UCS2 = 1000; // big-endian
 
 namespace qvledger {
 
-// Converts the characters before the first NUL to a new NUL-terminated text, released with free; null when
-// memory or another resource runs out.  Each unit that cannot be converted becomes a "?": one byte, also
-// within an invalid sequence, or the 2 or 4 bytes of a wide code set.  From an unknown code set, ASCII
-// characters are copied and every other byte becomes a "?".
+// Converts the characters before the first NUL to a new NUL-terminated text that the caller frees; null when
+// memory or another resource runs out.  Each unit that cannot be converted becomes a "?".  A unit is one
+// byte, or the 2 or 4 bytes of a wide code set.  If the code set is unknown, ASCII characters are copied and
+// every other byte becomes a "?".
 char *convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t codeSet);
 
-// Copies the bytes before the first NUL unchanged; otherwise like convertToUtf8.
+// Copies the bytes before the first NUL unchanged to a new text, which is returned as by convertToUtf8.
 char *copyText(std::span<const std::uint8_t> bytes);
 
 } // namespace qvledger

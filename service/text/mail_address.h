@@ -8,9 +8,9 @@
 
 extern "C" {
 
-// The mail address of an O/R address as a new text, released with free: its RFC-822 attribute with "(a)" as
-// "@", otherwise "/TYPE=VALUE" for each attribute and a closing "/".  0; *outpp_text stays unchanged if there
-// are no attributes.  Non-zero when memory runs out.
+// Converts an O/R address to a new text that the caller frees.  The text is the RFC-822 attribute with "@"
+// for "(a)".  Without such an attribute it is "/TYPE=VALUE" for each attribute and a closing "/".  Returns 0,
+// or non-zero when memory runs out.  If the address has no attributes, *outpp_text stays unchanged.
 std::int32_t GEN_X400ToInternetMailAddress(STF_l__hdr *in_status, char **outpp_text,
                                            const ODP_orName *inp_address, std::int32_t in_reserved);
 

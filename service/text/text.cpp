@@ -16,7 +16,7 @@ using Bytes = std::span<const std::uint8_t>;
 
 // ---- The bytes of a member ----
 
-// Characters in an array, or at a pointer, where null means an empty text.
+// Returns the characters in an array or at a pointer; a null pointer means an empty text.
 template <class Characters>
 static Bytes bytesOf(const Characters &text) {
     static_assert(std::is_array_v<Characters> || std::is_pointer_v<Characters>);
@@ -41,7 +41,8 @@ static Bytes bytesOf(const GEN_octet255 &octets) {
 
 // ---- Extraction ----
 
-// GEN_text and GEN_simpleName have the same choices and differ only in where they store the characters.
+// Makes the text of a GEN_text or GEN_simpleName.  Both have the same choices and differ only in where they
+// store the characters.
 template <class Text>
 static std::int32_t extract(char **text, const Text *value) {
     *text = nullptr;

@@ -2,7 +2,7 @@
 //   floor LOG > REPORT     one line per job record; a line of OIDs whenever the columns change
 //   floor --cat LOG        only reads the file, 1 MiB at a time
 //   floor --walk LOG       finds every tag and value, decodes and writes nothing
-// Only bounds are checked.  A column's name is its OID, kept while the bytes are equal.
+// Only bounds are checked.  A column's name is its OID, which is read again only if its bytes change.
 #include "tests/bench/log.h"
 #include <charconv>
 #include <string>
@@ -10,7 +10,7 @@
 
 class Output {
 public:
-    // Room for n more bytes; advance() sets the end of those written.
+    // Makes room for n more bytes.  advance() sets the end of the bytes that were written.
     char *room(size_t n) {
         if (buf_.size() - used_ < n)
             buf_.resize(2 * buf_.size() + n);
@@ -66,7 +66,7 @@ static void writeValue(Output &out, uint32_t type, const char *v, size_t size) {
 }
 
 static void report(Input &in, Output &out, bool writing) {
-    std::vector<std::string> oids; // of the columns, each with its NUL
+    std::vector<std::string> oids; // OIDs of the columns, each with its NUL
     for (uint32_t left = net(in.take(12) + 8); left-- > 0;)
         for (uint32_t values = native(in.take(tagSize)); values-- > 0;)
             in.take(native(in.take(4)));

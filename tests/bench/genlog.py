@@ -12,7 +12,7 @@ import struct
 import sys
 
 INTEGER, STRING, TIME = 1, 14, 48
-OID = "1.3.6.1.4.1.99999.7.2."  # of the attributes, before their numbers
+OID = "1.3.6.1.4.1.99999.7.2."  # OID of an attribute without its number
 VARIANTS = 257  # different values of each string and time attribute
 WORDS = "plain duplex A4 letter heavy queue alpha bravo delta annual report draft north south".split()
 

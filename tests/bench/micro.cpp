@@ -71,7 +71,7 @@ static void readRecords(benchmark::State &state) {
 }
 BENCHMARK(readRecords);
 
-// Unpacking one value.
+// Measures the unpacking of one value.
 static void unpack(benchmark::State &state, AS_attrValType_t type, const Bytes &packed) {
     const StatusList status;
     for (auto _ : state) {
@@ -104,7 +104,7 @@ static void lookUpName(benchmark::State &state) {
 }
 BENCHMARK(lookUpName);
 
-// Unpacking, naming and rendering a record's attributes.
+// Measures the unpacking, naming and rendering of a record's attributes.
 static void deliverAttributes(benchmark::State &state) {
     const Bench bench(1);
     const ALA_time date = {2001, 1, 1};

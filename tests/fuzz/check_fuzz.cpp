@@ -1,4 +1,4 @@
-// A log that is checked and saved.  The copy of a log without damage must be identical.  A check of any other
+// Checks and saves a log.  If the log has no damage, the copy must be identical.  Otherwise a check of the
 // copy must find the same records and no damage.
 #include <algorithm>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// A log, read to the last attribute of its last document.
+// Reads a log to the last attribute of its last document.
 #include "ala/ala.h"
 #include "tests/fuzz/sandbox.h"
 

@@ -1,4 +1,4 @@
-// An OID table, as the database's main table and as a language's.
+// Reads an OID table as the database's main table and as a language's table.
 #include "service/oid/oid.h"
 #include "tests/fuzz/sandbox.h"
 

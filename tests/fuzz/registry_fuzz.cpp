@@ -1,4 +1,4 @@
-// A registry file, through the calls that read it.
+// Reads a registry file through the registry calls.
 #include "platform/os.h"
 #include "tests/fuzz/sandbox.h"
 

@@ -1,5 +1,5 @@
-// Runs a target on kept inputs: a fixed fault must not return, and an input may take a second per megabyte,
-// but at least one second.
+// Runs a target on kept inputs, so that no fixed fault returns.  An input may take one second per megabyte,
+// and at least one second.
 //
 //     replay_TARGET FILE-OR-FOLDER...
 #include <algorithm>

@@ -8,8 +8,8 @@
 #include <pwd.h>
 #include <unistd.h>
 
-// These replace the C library's look-ups, which read files several times for each log.  The kept logs admit
-// this group, on any machine and for any user.
+// The next two functions replace the C library's look-ups, which read files several times for each log.  The
+// logs in corpus/ admit this group, on any machine and for any user.
 extern "C" int getpwuid_r(uid_t id, passwd *entry, char *, std::size_t, passwd **found) {
     static char name[] = "anna";
     *entry = {};
@@ -28,7 +28,7 @@ extern "C" int getgrgid_r(gid_t id, group *entry, char *, std::size_t, group **f
     return 0;
 }
 
-// In memory if possible: on a disk, syncing a saved log takes longer than everything else.
+// Makes the folder in memory if possible: on a disk, syncing a saved log takes longer than all other work.
 static std::filesystem::path makeFolder() {
     const std::filesystem::path memory = "/dev/shm";
     const bool isThere = std::filesystem::is_directory(memory);
@@ -46,7 +46,7 @@ Sandbox::Sandbox() : folder_(makeFolder()), tree_(folder_) {
 }
 
 Sandbox::~Sandbox() {
-    std::error_code ignored; // a folder that cannot be removed is left
+    std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
 

@@ -20,7 +20,7 @@ public:
     Sandbox &operator=(const Sandbox &) = delete;
 
     const samples::SampleRoot &root() const { return tree_; }
-    // A registration of the server alpha, which is never ended.
+    // The handle of the only registration of the server alpha, which never ends.
     ALA_handle_t handle() const;
 
     static void write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes);

@@ -1,4 +1,4 @@
-// A packed value: the first byte is its type, the rest the value.
+// Renders a packed value: the first byte is its type, the other bytes are the value.
 #include <cstdlib>
 #include <string>
 
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     if (OID_ConvertDecToBin(status, "1.3.6.1.4.1.32473.1.1", node.oidBytes, 0) != 0)
         std::abort();
     node.oid = node.oidBytes;
-    // Twice, so that a second text is appended; from the unpacked value, and directly from the bytes.
+    // Renders the unpacked value and the packed bytes, each twice, so that a second text is appended.
     ALA_attrPair *pair = nullptr, *ofPacked = nullptr;
     for (int i = 0; i < 2; ++i) {
         void *value = nullptr;

@@ -17,7 +17,7 @@
 constexpr ALA_time kDay = {2001, 2, 3};
 constexpr char kDayTail[] = "20010203";
 
-// Sets the current date to the day after kDay.
+// While an object exists, the current date is the day after kDay.
 class NextDay : Scripted<decltype(::GENU_GetCurrentTime)> {
 public:
     NextDay();
@@ -30,17 +30,17 @@ protected:
 
     void registerAgain();
 
-    // The texts that were logged at a level since the last call.
+    // Returns the texts that were logged at a level since the last call.
     std::vector<std::string> takeLog(char level = '5');
     static void setLogLevel(const char *level);
 
-    // Saves the log of kDay and opens it.  Closes one that is open.
+    // Closes the open log, saves a new log for kDay and opens that log.  Returns the code of ALA_Open().
     ALA_retCode_t open(const samples::Log &log);
     void close();
 
     std::filesystem::path path(const std::string &tail = kDayTail) const { return root.log("alpha", tail); }
 
-    // Saves the current log, last changed at 23:30 UTC of kDay.  Tests begin in UTC.
+    // Saves a current log that was last changed at 23:30 UTC of kDay.  The time zone is UTC at first.
     void layCurrentLog() const;
     static void setTimeZone(const char *zone);
 
@@ -50,5 +50,5 @@ protected:
     ALA_acctLogHandle_t log = nullptr;
 
 private:
-    std::vector<std::pair<std::int32_t, std::string>> entries_; // of the program's log: levels and texts
+    std::vector<std::pair<std::int32_t, std::string>> entries_; // levels and texts of the program's log
 };

@@ -1,4 +1,4 @@
-// The system log daemon's socket, which is read only by take().
+// A socket like the system log daemon's.  Only take() reads it.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,7 @@ public:
             throw std::runtime_error("no socket at " + path.string());
     }
 
-    // The next entry, or an empty text if there is none.
+    // Returns the next entry, or an empty text if no entry is waiting.
     std::string take() const {
         const qvledger::Descriptor connection(type_ == SOCK_STREAM ? accept(socket_.get(), nullptr, nullptr)
                                                                    : -1);

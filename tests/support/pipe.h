@@ -1,4 +1,4 @@
-// A small pipe, which is read only by take() and drain().
+// A small pipe.  Only take() and drain() read it.
 #pragma once
 
 #include <algorithm>
@@ -21,7 +21,7 @@ public:
         size_ = fcntl(writer_.get(), F_SETPIPE_SZ, 8192);
     }
 
-    // For a program to be started.  waitUntilFull(), take() and drain() close it.
+    // The writing end, for a program to be started.  waitUntilFull(), take() and drain() close it.
     int writer() const { return writer_.get(); }
 
     // Fills the pipe, so that the next write blocks.
@@ -32,7 +32,7 @@ public:
         EXPECT_EQ(fcntl(writer_.get(), F_SETFL, 0), 0);
     }
 
-    // Waits until the pipe has room for less than this many bytes.
+    // Waits up to 10 s until the pipe has room for less than this many bytes; otherwise the test fails.
     void waitUntilFull(int room) {
         writer_.reset(-1);
         int waiting = 0;

@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 constexpr unsigned kLongestRun = 20; // seconds
 
 PrintSystem::PrintSystem() : root(folder_ / "root") {
-    fs::permissions(folder_.path(), fs::perms(0755)); // other users run the tool in it
+    fs::permissions(folder_.path(), fs::perms(0755)); // other users run the tool in this folder
     root.writeRegistry("alpha");
     samples::writeFile(folder_ / "log", "");
     fs::permissions(folder_ / "log", fs::perms(0666));
@@ -89,7 +89,7 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
                                 : runner != nullptr        ? runner
                                                            : run.program.c_str();
     arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
-    // The first of two assignments applies.
+    // The defaults come last, because the first assignment to a variable applies.
     for (const std::string &assignment :
          {"QV_REGISTRY=" + root.registry().string(), "QV_LOG=" + (folder_ / "log").string(),
           std::string("TZ=UTC"), std::string("LC_ALL=C")})
@@ -108,7 +108,7 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
     return pid;
 }
 
-// "TIME PROGRAM[PID]: LEVEL tool/FILE:LINE: TEXT"
+// Returns TEXT of each level 5 entry "TIME PROGRAM[PID]: LEVEL tool/FILE:LINE: TEXT".
 static std::vector<std::string> entriesOfTool(const std::string &log) {
     std::vector<std::string> entries;
     std::istringstream lines(log);

@@ -20,20 +20,20 @@ struct ToolResult {
 
 constexpr int kNoNamespace = 125; // status of a run that may not create a mount namespace
 
-// How a run differs from the usual one.
+// Settings in which a run differs from the usual one.
 struct ToolRun {
     std::vector<std::pair<std::string, std::string>> environment = {}; // overrides the defaults
-    int output = -1;              // a descriptor for the standard output; -1: ToolResult::out
-    int error = -1;               // likewise for standard error
+    int output = -1;              // descriptor for standard output; -1: captured in ToolResult::out
+    int error = -1;               // descriptor for standard error; -1: captured in ToolResult::err
     std::vector<int> closed = {}; // standard streams that are closed at the start
     // A folder to mount over another one, in the run's own mount namespace.
     std::pair<std::string, std::string> mounted = {};
     // A path, and the calls on it that fail, in the syntax of strace(1) after "-e inject=".
     std::pair<std::string, std::string> failing = {};
-    uid_t user = 0;                 // a user to change to, with the group of the same number; 0: none
+    uid_t user = 0;                 // ids of the user and group to change to; 0: no change
     std::vector<gid_t> groups = {}; // the user's other groups
     std::string program = QVLEDGER_BINARY;
-    bool traced = false; // by this process; stopped at its start
+    bool traced = false; // this process traces the run, which stops at its start
 };
 
 // A print system with one server, alpha, whose registry gives its root as QV_ROOT.
@@ -59,7 +59,7 @@ public:
     const samples::SampleRoot root;
 };
 
-// All bytes up to the end, or up to where a non-blocking descriptor has no more.
+// Reads all bytes up to the end, or until a non-blocking descriptor has no more bytes.
 std::string readAll(int fd);
 
 // Sets a file's time of last change, in seconds since 1970.

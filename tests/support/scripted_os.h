@@ -1,7 +1,7 @@
 // Scripts that replace single system calls, for results that the real calls rarely have.
 //
-// The test programs are linked so that the calls listed in tests/CMakeLists.txt come here first.  Without a
-// script, the real call is made.
+// The test programs are linked so that the calls listed in tests/CMakeLists.txt come here first.  Calls
+// without a script are passed to the real function.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@
 #include "service/clock.h"
 #include "service/system.h"
 
-// Installs a script for a block: Scripted user(script::GetUserNameA, [](char *, DWORD *) {...});
+// Installs a script while it exists: Scripted user(script::GetUserNameA, [](char *, DWORD *) {...});
 template <class Function>
 class Scripted {
 public:
@@ -49,7 +49,7 @@ extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
 } // namespace script
 
-// The real call, whose result a script can change.
+// The real call, for scripts that change its result.
 extern "C" decltype(::GENU_GetCurrentTime) __real_GENU_GetCurrentTime;
 
 // Scripts the calls that find the caller's account and domain for the credential.

@@ -12,7 +12,7 @@ TempDir::TempDir() {
 }
 
 TempDir::~TempDir() {
-    std::error_code ignored; // a folder that cannot be removed is left
+    std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);
 }
 

@@ -14,8 +14,8 @@ struct ValueCase {
     std::string label;
     std::uint32_t type;
     samples::Bytes packed;
-    std::string text;      // type 42: its texts, separated by "|"
-    std::int32_t code = 0; // of ALA__GetAttribute
+    std::string text;      // all texts for type 42, separated by "|"
+    std::int32_t code = 0; // result of ALA__GetAttribute
 };
 
 const std::vector<ValueCase> &valueCases();

@@ -24,14 +24,14 @@ using namespace qvledger;
 
 namespace fs = std::filesystem;
 
-constexpr char kTextsDay[] = "20010203"; // of the oldest log, whose texts need conversion
+constexpr char kTextsDay[] = "20010203"; // day of the oldest log, whose texts need conversion
 
 namespace {
 
 struct Scenario {
     const char *label;
     std::vector<std::string> arguments;
-    std::string log; // QV_LOG
+    std::string log; // value of QV_LOG
 };
 
 struct Variant {
@@ -45,7 +45,7 @@ constexpr Variant kVariants[] = {{'a', 0, ENOMEM}, {'a', 1, ENOMEM},     {'c', 0
 
 struct Run {
     int status;
-    std::string report; // from the file or standard output
+    std::string report; // contents of the report file or standard output
     std::multiset<std::string> messages, entries;
     FaultAccount account;
 };
@@ -67,7 +67,7 @@ private:
 
     PrintSystem system_;
     fs::path store_ = system_ / "store", report_ = system_ / "report";
-    std::vector<std::pair<fs::path, std::string>> logs_; // names, and the lines of each in a report
+    std::vector<std::pair<fs::path, std::string>> logs_; // name of each log, and its lines in a report
     int account_ = -1;
 };
 
@@ -95,7 +95,7 @@ Bench::Bench() {
     }
 }
 
-// The second oldest of the demo's logs.
+// The day of the demo's second oldest log.
 static std::string refusedDay(const fs::path &store) {
     std::set<std::string> dates;
     for (const auto &entry : fs::directory_iterator(store))
@@ -111,7 +111,8 @@ std::vector<Scenario> Bench::scenarios() const {
             {"denied", {"-d", "-s", refused, "-e", refused, "-o", report_.string()}, "stderr"}};
 }
 
-// Log entries are "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT"; all other lines are messages.
+// Sorts the lines of standard error: log entries are "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT"; all other
+// lines are messages.
 static void sortOut(const std::string &error, Run &run) {
     std::istringstream lines(error);
     for (std::string line; std::getline(lines, line);) {
@@ -124,7 +125,7 @@ static void sortOut(const std::string &error, Run &run) {
 }
 
 Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLimit) {
-    fs::remove_all(system_.root.logs()); // an earlier run deleted or renamed some
+    fs::remove_all(system_.root.logs()); // an earlier run deleted or renamed logs
     fs::create_directory(system_.root.logs());
     for (const auto &entry : fs::directory_iterator(store_))
         fs::create_hard_link(entry.path(), system_.root.logs() / entry.path().filename());
@@ -146,7 +147,7 @@ Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLi
         run.report = readFile(report_);
     sortOut(result.err, run);
     if (read(account_, &run.account, sizeof run.account) != sizeof run.account)
-        run.status += 10000; // it ended abnormally
+        run.status += 10000; // the run ended abnormally
     return run;
 }
 
@@ -155,7 +156,7 @@ static bool saysMore(const std::multiset<std::string> &said, const std::multiset
     return !std::includes(usual.begin(), usual.end(), said.begin(), said.end());
 }
 
-// What is wrong with a run; empty if nothing is.
+// Describes what is wrong with a run.  Returns an empty text if the run is good.
 std::string Bench::complaint(const Run &untouched, const Run &run, bool mustReport) const {
     std::string wrong;
     if (run.status > 34 && run.status != 100)
@@ -173,7 +174,7 @@ std::string Bench::complaint(const Run &untouched, const Run &run, bool mustRepo
         wrong += " no message;";
     const bool startFailed = run.status == kStatusBadStart || run.status == kStatusNoMemory;
     const bool messageAlone = startFailed && run.report.empty() && run.entries.empty();
-    const bool notDated = run.account.last == std::string("stat"); // the current log is skipped silently
+    const bool notDated = run.account.last == std::string("stat"); // an undated log is skipped silently
     if (!messageAlone && !notDated && !saysMore(run.entries, untouched.entries))
         wrong += " no entry in the log;";
     return wrong;
@@ -215,7 +216,7 @@ void Bench::sweep(const Scenario &scenario, unsigned step) {
     judge(scenario, untouched, untouched, false, "no point");
     for (const Variant &variant : kVariants)
         sweepPoints(scenario, untouched, variant, step);
-    // The injector cannot fail the C library's own writes: a file size limit stands for a full disk.
+    // The injector cannot fail the C library's own writes, so a file size limit imitates a full disk.
     for (std::size_t limit = 0; limit < untouched.report.size(); limit += 20 * step, ++calls)
         judge(scenario, untouched, run(scenario, "", limit), false, "file limit " + std::to_string(limit));
 }

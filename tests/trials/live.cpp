@@ -24,8 +24,8 @@ using namespace samples;
 namespace fs = std::filesystem;
 
 constexpr int kUsualRounds = 15;
-constexpr int kLogs = 6, kMostRecords = 25; // per server; per log
-constexpr int kFresh = 1000;                // first number in a log that replaces another
+constexpr int kLogs = 6, kMostRecords = 25; // logs per server; records per log
+constexpr int kFresh = 1000;                // first record number in a log that replaces another log
 constexpr int kServerFailed = 2, kNameLost = 3;
 static const char *const kServers[] = {"alpha", "beta"};
 static const char *const kHeader = "job-name\tjob-comment";
@@ -39,7 +39,7 @@ struct Kind {
     int servers, reports;
     bool byShell; // the report is standard output
     Trouble trouble;
-    bool serverWrites; // to alpha's current log
+    bool serverWrites; // a server writes alpha's current log
 };
 
 class Live : public testing::TestWithParam<Kind> {
@@ -74,7 +74,7 @@ static Log logOf(int first, int end) {
     return log;
 }
 
-// Mounts a small file system that the reports can fill.
+// Mounts a small file system that the reports can fill, if the trial needs a full disk.
 void Live::SetUp() {
     fs::create_directory(folder);
     if (kind.trouble == kFullDisk &&
@@ -89,7 +89,7 @@ void Live::TearDown() {
     std::printf("%s: %d runs, %d of them ended early\n", kind.label, runs, endedEarly);
 }
 
-// Returns the first unused number.
+// Deletes the files of the last round and makes new logs.  Returns the first unused record number.
 int Live::layLogs() {
     for (const fs::path &path : {fs::path(system.root.logs()), folder, system / "aside"}) {
         fs::create_directories(path);
@@ -128,7 +128,7 @@ static void append(int fd, std::string_view bytes, std::mt19937 &random) {
     }
 }
 
-// Writes a log, which is renamed to its day's name at a random point, and then the next log.
+// Starts a server that writes a log, renames it to its day's name at a random point, and writes the next log.
 pid_t Live::startServer(int first) {
     const int split = first + 10, end = split + 10;
     for (int number = first; number < end; ++number)
@@ -162,7 +162,7 @@ pid_t Live::startRun(const std::string &server, const fs::path &report, bool fin
     if (!kind.byShell)
         arguments.insert(arguments.end(), {"-o", report});
     arguments.push_back(server);
-    const int append = random() % 2 == 0 ? O_APPEND : 0; // as ">>" or "1<>"
+    const int append = random() % 2 == 0 ? O_APPEND : 0; // like ">>" or "1<>" in a shell
     const int output =
         kind.byShell ? open(report.c_str(), O_WRONLY | append | O_CREAT | O_CLOEXEC, 0644) : -1;
     const pid_t run = system.start(arguments, {.environment = {{"QV_LOG", "none"}}, .output = output});
@@ -178,7 +178,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
         for (const pid_t run : started)
             if (random() % 2 == 0)
                 kill(run, kind.trouble == kKills ? SIGKILL : kAsked[random() % 3]);
-    if (kind.trouble == kReportRemoved) { // later lines are in no report
+    if (kind.trouble == kReportRemoved) { // lines that are written later do not count
         std::rename((folder / "0").c_str(), (system / "aside/report").c_str());
         writeFile(folder / "removed", readFile(system / "aside/report"));
     }
@@ -186,7 +186,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
         const fs::path replaced = system.log("1999030" + std::to_string(1 + random() % kLogs));
         logOf(kFresh, kFresh + 5).save(system / "fresh");
         std::error_code gone;
-        fs::create_hard_link(replaced, system / "aside/log", gone); // the trial destroys it, not a run
+        fs::create_hard_link(replaced, system / "aside/log", gone); // no run destroys this log
         fs::rename(system / "fresh", replaced);
         for (int number = kFresh; number < kFresh + 5; ++number)
             wanted.insert(number);

@@ -8,7 +8,7 @@
 #include "tests/support/run_tool.h"
 
 using Numbers = std::set<int>;
-constexpr int kEnd = 11; // one past the highest number
+constexpr int kEnd = 11; // one past the highest record number
 
 inline samples::Bytes numberedLog(int first, int end) {
     samples::Log log;
@@ -25,7 +25,7 @@ inline Numbers numbersIn(const std::string &bytes) {
     return found;
 }
 
-// The numbers of records that are whole lines.
+// Returns the numbers of the records that are whole lines of a report.
 inline std::multiset<int> linesIn(const std::string &report) {
     std::multiset<int> found;
     std::istringstream lines(report);

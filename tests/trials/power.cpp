@@ -1,8 +1,8 @@
 // Cuts the power after each recorded call of a run: no record may be lost, whatever reached the disk.
 //
-// strace records the calls that change files.  A file's contents are safe once the file is synced, and a name
-// once its folder is.  Any selection of the other calls may have reached the disk, each call whole or not at
-// all.  Tries all selections of up to 12 calls, and 4,096 of more calls.
+// strace records the calls that change files.  A file's contents are safe once the file is synced; a name is
+// safe once its folder is synced.  Each other call may have reached the disk, completely or not at all.
+// Tries all selections of up to 12 such calls, and 4,096 selections of more calls.
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -27,10 +27,10 @@ enum class Kind { Name, Unname, Move, Write, Cut, Sync, SyncFolder, SyncAll };
 
 struct Call {
     Kind kind;
-    int file;            // its number
-    std::string path;    // of the name, or of the folder
-    std::string to = {}; // where the name moves
-    std::size_t at = 0;  // of the bytes; or the size to cut to
+    int file;            // number of the file; -1 for a folder
+    std::string path;    // path of the file or folder
+    std::string to = {}; // new path of a moved file
+    std::size_t at = 0;  // position of the bytes, or size after the cut
     std::string bytes = {};
 
     bool isData() const { return kind == Kind::Write || kind == Kind::Cut; }
@@ -42,12 +42,12 @@ struct Call {
     }
 };
 
-// Files by path, with their contents.
+// Contents of files, by path.
 using State = std::map<std::string, std::string>;
 
 class Power {
 public:
-    // exists: an earlier run wrote the report and synced its contents, but not its name.
+    // If exists is true, an earlier run wrote the report and synced its contents, but not its name.
     void trial(const char *label, bool exists, const std::string &earlier, bool byLink, int output);
     void trialOfSaving();
     unsigned faults = 0;
@@ -66,8 +66,8 @@ private:
     PrintSystem system_;
     const fs::path reports_ = system_ / "reports", saved_ = system_ / "saved", logs_ = system_.root.logs();
     State before_;
-    std::map<std::string, int> names_; // as the run sees them
-    std::vector<std::size_t> sizes_;   // by file number
+    std::map<std::string, int> names_; // file numbers by path, as the run sees them
+    std::vector<std::size_t> sizes_;   // indexed by file number
     std::vector<Call> calls_;
 };
 
@@ -104,7 +104,7 @@ void Power::change(Call call) {
     calls_.push_back(std::move(call));
 }
 
-// The hexadecimal texts of a line: those in quotation marks, and the paths after descriptors.
+// Decodes the hexadecimal texts of a line: texts in quotation marks, and paths after descriptors.
 static std::vector<std::string> textsIn(const std::string &line) {
     std::vector<std::string> texts;
     for (std::size_t at = 0; (at = line.find_first_of("\"<", at)) != line.npos;) {
@@ -254,7 +254,7 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
         sizes_.push_back(0);
         change({Kind::Name, 2, report});
         change({Kind::Write, 2, report, "", 0, earlier});
-        calls_.push_back({Kind::Sync, 2, report}); // by the earlier run
+        calls_.push_back({Kind::Sync, 2, report}); // the earlier run synced the contents
     }
     fs::remove(link);
     fs::create_symlink(report, link);
@@ -276,7 +276,7 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
             return false;
         system_.run({"-d", "-o", report, "alpha"}, {.environment = {{"QV_LOG", "none"}}});
         const std::multiset<int> lines = linesIn(readFile(report));
-        return Numbers(lines.begin(), lines.end()).size() == 6; // logs left by the first run included
+        return Numbers(lines.begin(), lines.end()).size() == 6; // includes logs that the first run left
     });
 }
 

@@ -19,8 +19,8 @@ using namespace samples;
 namespace fs = std::filesystem;
 
 constexpr int kSkipped = 77, kNotTraced = 125;
-constexpr const char *kDays[] = {"19990301", "19990302"}; // of records 1 to 3, and 4 to 6
-constexpr int kFresh = 7;                                 // to kEnd: records of another, longer log
+constexpr const char *kDays[] = {"19990301", "19990302"}; // days of the logs of records 1 to 3, and 4 to 6
+constexpr int kFresh = 7;                                 // first record of another, longer log
 
 namespace {
 
@@ -36,7 +36,7 @@ constexpr const char *kLabels[kActs] = {"a second run",
 
 class Stops {
 public:
-    // False if the run has fewer calls.
+    // Lets another program act before a call of a run.  Returns false if the run has fewer calls.
     bool stopAt(Act act, unsigned number);
     unsigned stops = 0, faults = 0;
     bool mayTrace = true;
@@ -70,7 +70,7 @@ void Stops::start(const std::vector<std::string> &arguments) {
         usleep(1000);
 }
 
-// Records that the other program destroys itself are no longer wanted.
+// Acts as the other program.  Records that this program destroys are no longer wanted.
 void Stops::act(Act act, pid_t run, bool deletesNext) {
     const fs::path log = system_.log(kDays[0]);
     const auto drop = [&](const Numbers &numbers) {
@@ -86,7 +86,7 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
         fs::rename(system_ / "fresh", log);
         wanted_.merge(numbersIn(numberedLog(kFresh, kEnd)));
     }
-    // Does nothing if the log is deleted or locked against writers.
+    // Overwrites nothing if the log is deleted or locked against writers.
     if (const int fd = act == kOverwrite ? open(log.c_str(), O_WRONLY | O_NONBLOCK) : -1; fd != -1) {
         drop(numbersIn(readFile(log)));
         const Bytes fresh = numberedLog(kFresh, kEnd);
@@ -94,8 +94,8 @@ void Stops::act(Act act, pid_t run, bool deletesNext) {
             wanted_.merge(numbersIn(fresh));
         close(fd);
     }
-    // This destroys the lines of deleted logs, and of the log that the next call deletes: the check that the
-    // report exists is an earlier call.
+    // Removing the report destroys the lines of deleted logs.  The lines of the log that the next call
+    // deletes are also destroyed, because the run has already checked that the report exists.
     if (act == kRemoveReport) {
         const Numbers left = inLogs("");
         std::erase_if(wanted_, [&](int number) { return !left.contains(number); });
@@ -113,7 +113,7 @@ void Stops::judge(Act act, unsigned number, const char *when) {
     const bool twice = kept.size() != lines.size();
     kept.merge(inLogs(""));
     const bool isComplete = std::includes(kept.begin(), kept.end(), wanted_.begin(), wanted_.end());
-    const bool repeats = twice && act <= kFindsNone; // otherwise a log that is kept is reported again
+    const bool repeats = twice && act <= kFindsNone; // after other acts, a log that is kept is reported again
     if (isComplete && !repeats)
         return;
     ++faults;
@@ -121,7 +121,7 @@ void Stops::judge(Act act, unsigned number, const char *when) {
                 isComplete ? "a line is repeated" : "a record is lost");
 }
 
-// Continues a run from its start to its number-th system call.  Returns the call; -1 if the run ends earlier.
+// Lets a stopped run continue to its number-th system call.  Returns the SYS_ code; -1 if the run ends first.
 static long runToCall(pid_t run, unsigned number, int *status) {
     unsigned calls = 0;
     waitpid(run, status, 0);

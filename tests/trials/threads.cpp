@@ -2,7 +2,7 @@
 //
 //     threads [ROUNDS]      rounds of each thread (default 2000)
 //
-// In a round a thread saves its server's log, registers, lists the logs, reads its own, deletes it and
+// In a round a thread saves its server's log, registers, lists the logs, reads its own log, deletes it and
 // unregisters.  The results must equal those of a thread that runs alone.  Half of the servers have a root
 // with German names.
 #include <cstdio>
@@ -88,7 +88,7 @@ int main(int argc, char **argv) {
     const TempDir folder;
     const SampleRoot roots[] = {SampleRoot(folder / "0"), SampleRoot(folder / "1")};
     std::filesystem::remove(roots[1].oids() / "oids.de");
-    std::vector<RegistryKey> keys; // QV_HALF, for half of the servers, precedes TZ in the environment
+    std::vector<RegistryKey> keys; // half of the servers set QV_HALF, which precedes TZ in the environment
     for (unsigned i = 0; i < kThreads; ++i)
         keys.push_back({serverKey(std::to_string(i)),
                         {{"QV_HALF", i % 2 == 0 ? "" : "1"}, {"QV_ROOT", roots[i % 2].path()}}});
@@ -102,7 +102,7 @@ int main(int argc, char **argv) {
     const auto play = [&](unsigned number) {
         return playRound(std::to_string(number), roots[number % 2], log);
     };
-    std::map<std::string, int> results[kThreads]; // of each thread, with their counts
+    std::map<std::string, int> results[kThreads]; // how often each thread had each result
     std::vector<std::thread> threads;
     for (unsigned i = 0; i < kThreads; ++i)
         threads.emplace_back([&, i] {

@@ -51,7 +51,7 @@ private:
 struct Findings {
     int failure = 0;      // status of the first server that could not be checked
     bool noLogs = false;  // a server has no log in the date range
-    int unread = 0;       // status of the last log that could not be read, or an incomplete list of logs
+    int unread = 0;       // status for the last unreadable log or incomplete list of logs
     bool damaged = false; // a log is cut or damaged
     bool lost = false;    // a line or a copy could not be written
 
@@ -80,14 +80,14 @@ private:
     void writeUnread(const char *name, const CheckResult &result);
     void save(CheckedLog &log, const char *name);
 
-    Options options_; // with the name of the current server
+    Options options_; // serverName is the current server
     std::span<const char *const> servers_;
     DateRange range_;
     char **environment_ = OS_KeepEnvironment();
     Findings findings_;
     std::unordered_set<std::string> checked_; // names of the server's logs that were checked
     bool savesIntoLogs_ = false;              // -S names the log directory: a copy would be a log
-    bool willListAgain_ = false;              // if a log disappears
+    bool willListAgain_ = false;              // the logs are listed again if a log disappears
     bool hasMissing_ = false;                 // a listed log has disappeared
 };
 
@@ -102,7 +102,7 @@ static bool isSameFolder(const char *logs, const char *saved) {
     return OS_IdentifyTarget(logs, &ofLogs) == 0 && OS_IsSameFile(ofLogs, ofSaved);
 }
 
-// Registers and lists the server's logs.
+// Registers the server and lists its logs.  Returns 0, or the code of a failure, which was reported.
 int CheckRun::start(const std::string &logPath, ServerSession &session) {
     const ALA_retCode_t result = registerServer(options_, logPath.c_str(), session);
     return result == ALA_N_NORMAL ? listLogs(options_, session) : result;
@@ -270,11 +270,11 @@ int CheckRun::checkLogs(ServerSession &session) {
 
 // ---- The run ----
 
-// Writes the two tables of the current server.  0, or the exit status if its logs were not checked.
+// Writes the two tables of the current server.  Returns 0, or the exit status if the logs were not checked.
 int CheckRun::checkServer() {
     ServerSession session;
     std::string logPath;
-    OS_RestoreEnvironment(environment_); // removes settings of the server before
+    OS_RestoreEnvironment(environment_); // removes the settings of the previous server
     int status = checkSetUp(options_, logPath);
     if (status == 0)
         status = start(logPath, session);
@@ -308,8 +308,8 @@ int CheckRun::run() {
     return findings_.status();
 }
 
-// False for an unknown option, no server, or an empty name.  An empty folder for -S would mean the root
-// folder.
+// Checks the options and the server names.  False for an unknown option, no server, or an empty name.  Also
+// false for an empty folder of -S, because it would mean the root folder.
 static bool isValid(const Options &options, std::span<const char *const> servers) {
     const auto isEmpty = [](const char *text) { return *text == '\0'; };
     return options.errflg == 0 && !servers.empty() && std::ranges::none_of(servers, isEmpty) &&

@@ -5,8 +5,8 @@
 
 namespace qvledger {
 
-// Checks the named servers, one after another.  If one cannot be checked, the others still are.  The exit
-// status.
+// Checks the named servers, one after another.  If a server cannot be checked, the others are still checked.
+// Returns the exit status.
 int runCheck(const Options &options);
 
 } // namespace qvledger

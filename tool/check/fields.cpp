@@ -14,7 +14,7 @@ int qvledger::outputError() {
     return firstError;
 }
 
-// Keeps the first error: later writes may succeed or fail for another reason.
+// Notes a failed write.  Keeps the first error, because later writes may succeed or fail for another reason.
 static void noteError(int result) {
     if (result == EOF && firstError == 0)
         firstError = errno;
@@ -34,5 +34,5 @@ void qvledger::writeFields(std::initializer_list<std::string_view> fields) {
         separator = "\t";
     }
     noteError(std::fputc('\n', stdout));
-    noteError(std::fflush(stdout)); // messages about a line must follow it
+    noteError(std::fflush(stdout)); // messages about the line must follow the line
 }

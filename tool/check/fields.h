@@ -9,7 +9,7 @@ namespace qvledger {
 // Writes a line to standard output, with control characters escaped in each field, and flushes it.
 void writeFields(std::initializer_list<std::string_view> fields);
 
-// errno of the first write that failed; 0 if none did.
+// The errno of the first write that failed; 0 if no write failed.
 int outputError();
 
 } // namespace qvledger

@@ -51,7 +51,7 @@ static void addPart(std::string &text, const std::string &part) {
     text += text.empty() ? part : "; " + part;
 }
 
-// The damage of the log, and the numbers of values that a report would skip.
+// Describes the damage of the log, and gives the numbers of values that a report would skip.
 static std::string reasonText(const LogSummary &summary) {
     constexpr const char *kReasons[kSkipReasons] = {"value does not match its type",
                                                     "no name for an object identifier",

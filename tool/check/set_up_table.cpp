@@ -29,7 +29,8 @@ public:
     // Hides paths that were examined with lent rights: the caller may have no right to see them.
     explicit SetUpLines(bool partIsTheSystems) : hides_(partIsTheSystems && OS_HasLentRights() != 0) {}
 
-    // place: file and line, or a path.  fault: the reason; empty if there is no fault.
+    // Writes the line of a part of the set-up.  place: file and line, or a path.  fault: the reason; empty if
+    // there is no fault.
     void part(std::string_view what, std::string_view value, std::string_view place, std::string_view fault) {
         const bool isPath = what != kRegistryKey; // key names are not secret
         if (hides_) {
@@ -62,7 +63,7 @@ private:
 
 // ---- The registry ----
 
-// Why the settings of the key cannot be loaded or are incomplete.  Empty if there is no fault.
+// The reason why the settings of the key cannot be loaded or are incomplete.  Empty if there is no fault.
 static std::string faultOfSettings(const char *path, bool needsRoot) {
     OpenKey key;
     if (openKey(path, KEY_READ, key) != ERROR_SUCCESS)
@@ -89,11 +90,11 @@ static std::string faultOfSettings(const char *path, bool needsRoot) {
     return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is not a string";
 }
 
-// What to check of a key: its place only, its settings, or that they include QV_ROOT, too.
+// The checks of a key: only its place; also its settings; or also that the settings include QV_ROOT.
 enum class Use { Place, Settings, SettingsWithRoot };
 
-// Writes the line of a key.  ERROR_SUCCESS, or the error of the registry.  ifAbsent: the fault if the key
-// does not exist; empty: the key may be absent.
+// Writes the line of a key.  Returns ERROR_SUCCESS, or the error of the registry.  ifAbsent: the fault to
+// report if the key does not exist; empty if the key may be absent.
 static LONG checkKey(const char *key, SetUpLines &lines, Use use = Use::Place, const char *ifAbsent = "") {
     char place[kPlaceSize];
     const LONG found = OS_PlaceOfKey(key, place, sizeof place);
@@ -151,8 +152,8 @@ static bool checkOidTable(const std::string &folder, bool isTheSystems) {
     return state == OidTable::State::Loaded;
 }
 
-// Writes the lines of QV_ROOT, the log directory and the OID table.  0 and the log directory, or the exit
-// status.
+// Writes the lines of QV_ROOT, the log directory and the OID table.  Returns 0 and sets logPath to the log
+// directory, or returns the exit status.
 static int checkPaths(const Options &options, std::string &logPath) {
     const bool logsAreTheSystems = options.acctPath2 == nullptr;
     const bool oidsAreTheSystems = options.oidPath == nullptr;

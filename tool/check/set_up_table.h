@@ -7,8 +7,9 @@
 
 namespace qvledger {
 
-// Writes the table, and sets the environment from the server's settings.  A message reports each fault.
-// 0 and the directory of the logs, or the exit status if the server's logs cannot be checked.
+// Writes the table, sets the environment from the server's settings, and prints a message for each fault.
+// Returns 0 and sets logPath to the directory of the logs, or returns the exit status if the server's logs
+// cannot be checked.
 int checkSetUp(const Options &options, std::string &logPath);
 
 } // namespace qvledger

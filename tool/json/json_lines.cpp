@@ -10,7 +10,8 @@ using namespace qvledger;
 
 // ---- JSON ----
 
-// Length in bytes of the UTF-8 character at the beginning of the text; 0 if there is no valid one.
+// Length in bytes of the UTF-8 character at the beginning of the text; 0 if the text does not begin with a
+// valid character.
 static std::size_t characterLength(std::string_view text) {
     const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     const unsigned char lead = byte(0);
@@ -108,7 +109,7 @@ using Owned = std::unique_ptr<Thing, Deleter>;
 
 // ---- Records ----
 
-// Appends the attributes that first() and next() return, as an object.  The code that ended the loop.
+// Appends the attributes that first() and next() return, as an object.  Returns the code that ended the loop.
 template <class Record, class First, class Next>
 static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Record record, bool isTyped,
                                       First first, Next next) {
@@ -125,7 +126,7 @@ static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Re
     return result;
 }
 
-// Appends the documents of a record, as an array.  False if some could not be read.
+// Appends the documents of a record, as an array.  False if a document could not be read.
 static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t record, bool isTyped) {
     bool complete = true;
     line += '[';
@@ -154,8 +155,8 @@ static std::string beginObject(const JsonLog &log) {
     return line;
 }
 
-// Appends a record to the beginning of its line.  If a failure cuts the record short, the last member of the
-// line is "incomplete".
+// Appends a record to `line`, which contains the beginning of the object.  If the record cannot be read to
+// its end, the last member of the object is "incomplete".
 static void appendRecord(std::string &line, ALA_handle_t handle, const JsonLog &log, ALA_record_t record,
                          JsonOutput &output) {
     line += ",\"date\":" + std::to_string(log.date) + ",\"attributes\":";

@@ -1,4 +1,4 @@
-// Writes a log as JSON Lines, one object per job record and one at the end:
+// Writes a log as JSON Lines, one object per job record and one object at the end:
 //
 //     {"server":"alpha","log":"alpha.20261119","record":1,"date":20261119,
 //      "attributes":{"job-name":["letter"]},"documents":[{"document-name":["x"]}]}
@@ -24,9 +24,9 @@ namespace qvledger {
 class JsonOutput {
 public:
     virtual ~JsonOutput() = default;
-    // One object, with its line end.
+    // Writes one object; the text ends with a line end.
     virtual void line(std::string_view text) = 0;
-    // Called after each record.  True: continue with the next record.
+    // Called after each record.  True: continue with the next record; false: stop.
     virtual bool recordWritten() = 0;
     // Called if the attributes of a record could not be read to their end; code: the ALA return code.
     virtual void recordFailed(ALA_retCode_t code) = 0;
@@ -34,16 +34,16 @@ public:
 
 struct JsonLog {
     const char *server;
-    const char *file;  // without its directory
+    const char *file;  // name of the log's file without its directory
     std::int32_t date; // YYYYMMDD
     // Integers become numbers, times ISO 8601 strings with their offset; both become null if their text is
     // empty.
     bool isTyped;
 };
 
-// Writes all records of an open log, and the object at its end, in UTF-8; invalid bytes become U+FFFD.
-// Returns ALA_A_LAST_ATTRIBUTE at the end of the log, ALA_N_NORMAL if recordWritten() stopped it, another
-// code for a failure.  Throws std::bad_alloc if memory runs out.
+// Writes all records of an open log, and the object at the log's end, in UTF-8; invalid bytes become U+FFFD.
+// Returns ALA_A_LAST_ATTRIBUTE at the end of the log, ALA_N_NORMAL if recordWritten() returned false, or
+// another code for a failure.  Throws std::bad_alloc if memory runs out.
 ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                              JsonOutput &output);
 

@@ -1,5 +1,5 @@
-// qvledger-json: writes the accounting logs of print servers as JSON Lines.  It shares the run of qvledger
-// (tool/run.h), with its options, messages and statuses.
+// qvledger-json: writes the accounting logs of print servers as JSON Lines.  It shares the run (tool/run.h),
+// the options, the messages and the statuses with qvledger.
 #include <clocale>
 #include <set>
 #include <span>
@@ -62,7 +62,8 @@ public:
     void recordFailed(ALA_retCode_t code) override { reportFailure(code, "unable to read record: "); }
 
 private:
-    // If two listed logs have the same date, both open the same file.  unread_ is the name of the other log.
+    // Was this file already written?  If two listed logs have the same date, the same file is opened for
+    // both.  unread_ is then the listed name of the log that was never opened.
     bool isRepeated(const LogName &name) {
         const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
         if (!isSame || name.file != std::string_view(name.listed))
@@ -76,14 +77,14 @@ private:
 
     bool isTyped_;
     LineWriter *report_ = nullptr;
-    std::string server_, file_, unread_; // of the last log
+    std::string server_, file_, unread_; // server_ and file_: the last log
     std::int32_t date_ = 0;
     int status_ = 0; // exit status of a run without another failure
 };
 
 } // namespace
 
-// True if no name is empty and none occurs twice: a repeated server would be counted twice.
+// True if no name is empty and no name occurs twice: a repeated server would be counted twice.
 static bool areNames(std::span<const char *const> servers) {
     std::set<std::string_view> names(servers.begin(), servers.end());
     return names.size() == servers.size() && !names.contains("");

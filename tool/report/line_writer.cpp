@@ -39,7 +39,7 @@ bool LineWriter::makeRoom(std::size_t size) {
     return true;
 }
 
-// Writes the whole lines in the buffer, or everything.
+// Writes the whole lines in the buffer or, if `all` is true, the whole buffer.
 bool LineWriter::writeLines(bool all) {
     if (failed_ || waiting_ == 0)
         return !failed_;
@@ -47,7 +47,7 @@ bool LineWriter::writeLines(bool all) {
     if (waiting_ > kUsualRoom && OS_NotedSignal() != 0)
         return fail(EINTR);
     const std::string_view lines(lines_.get(), waiting_);
-    const std::size_t size = all ? waiting_ : lines.rfind('\n') + 1; // none: npos + 1 is 0
+    const std::size_t size = all ? waiting_ : lines.rfind('\n') + 1; // without a line end, npos + 1 is 0
     if (size != 0 && !(beginLine() && write(lines.substr(0, size))))
         return false;
     waiting_ -= size;
@@ -60,7 +60,8 @@ bool LineWriter::write(std::string_view bytes) {
     return error == 0 || fail(error);
 }
 
-// Before the first write: if the file ends in an incomplete line, of another run or program, ends that line.
+// Prepares the first write: if the file ends with an incomplete line of another run or program, ends that
+// line.
 bool LineWriter::beginLine() {
     if (hasBegun_)
         return true;
@@ -68,7 +69,8 @@ bool LineWriter::beginLine() {
     return file_.endedWithLineEnd() || write("\n");
 }
 
-// If the message does not fit on the disk, it is removed like a cut line, and nothing can report that.
+// Writes a message between lines.  If the message does not fit on the disk, its part in the file is removed
+// like a cut line, and no message can report that.
 void LineWriter::message(std::string_view text) {
     if (writeLines(false) && beginLine())
         static_cast<void>(write(text));
@@ -90,7 +92,8 @@ void LineWriter::close() {
         static_cast<void>(fail(error));
 }
 
-// Always false, for the caller to return.
+// Discards the buffer and reports the failure, if it is the first.  Always returns false, so that the caller
+// can return the result.
 bool LineWriter::fail(int error) {
     file_.cutBack();
     waiting_ = 0;

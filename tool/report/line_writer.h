@@ -1,7 +1,7 @@
 // Buffers the report's lines and writes them to its file.
 //
-// Writes only whole lines.  If the standard error stream is the same file, writes messages too, between
-// lines.  Reports the first failed write, and writes nothing after it.
+// Writes only whole lines.  If the standard error stream writes to the same file, LineWriter also writes the
+// messages, between lines.  Reports the first failed write, and writes nothing after that failure.
 #pragma once
 
 #include <cstddef>
@@ -22,11 +22,12 @@ public:
     LineWriter(const LineWriter &) = delete;
     LineWriter &operator=(const LineWriter &) = delete;
 
-    // Starts writing to the file, which is open.  False if memory runs out.
+    // Starts writing to the file.  False if memory runs out.  REQUIRES: the file is open.
     bool begin();
     const ReportFile &file() const { return file_; }
 
-    // Appends to the current line.  Lines are written when the buffer is full; on a terminal, at once.
+    // Appends to the current line.  Lines are written when the buffer is full; on a terminal, after each
+    // line.
     void put(std::string_view text) {
         if (text.size() > room_ - waiting_) [[unlikely]]
             return putLong(text);
@@ -37,16 +38,17 @@ public:
     void endLine() {
         put('\n');
         if (file_.isTerminal())
-            static_cast<void>(writeLines(false)); // failed() reports it
+            static_cast<void>(writeLines(false)); // failed() shows a failure
     }
 
     // True after a failed write, which was reported.
     bool failed() const { return failed_; }
     // Writes the whole buffer.  False if this or an earlier write failed.
     bool flush() { return writeLines(true); }
-    // Closes the file.  Reports a failure.
+    // Closes the file, and reports a failure.
     void close();
-    // Flushes, then ReportFile::whyNotSafe().  Null, or why the logs with these lines must not be deleted.
+    // Calls flush(), then ReportFile::whyNotSafe().  Returns null, or the reason why the logs with these
+    // lines must not be deleted.
     const char *whyNotSafe();
 
 private:
@@ -59,7 +61,7 @@ private:
     bool fail(int error);
 
     ReportFile &file_;
-    Malloced<char> lines_; // not written yet
+    Malloced<char> lines_; // text not written yet
     std::size_t room_ = 0;
     std::size_t waiting_ = 0; // bytes in lines_
     bool hasBegun_ = false;

@@ -98,7 +98,7 @@ int ReportFile::write(std::string_view bytes) {
     }
     const std::size_t lineEnd = bytes.substr(0, done).rfind('\n');
     written_ += static_cast<std::int64_t>(done);
-    openLine_ = static_cast<std::int64_t>(done - (lineEnd + 1)); // no line end: npos + 1 is 0
+    openLine_ = static_cast<std::int64_t>(done - (lineEnd + 1)); // without a line end, npos + 1 is 0
     return error;
 }
 
@@ -121,7 +121,7 @@ bool ReportFile::endedWithLineEnd() const {
 
 // ---- Checks, removing and closing ----
 
-// The expected end of the file if since the lock only this run, including its log, has written to it.
+// The size of the file if only this run (including its log) has written to the file since the lock.
 std::int64_t ReportFile::end() const {
     return opened_.size + written_ + logBytesIn(opened_) - loggedBefore_;
 }
@@ -204,7 +204,7 @@ bool ReportFile::removeIfCreated() {
 int ReportFile::close() {
     int error = 0;
     if (fileName_ == nullptr && isLocked_ && !again_.isOpen())
-        OS_UnlockFile(fd_); // closing does not unlock it: the parent process shares the descriptor
+        OS_UnlockFile(fd_); // closing does not unlock the file: the parent process shares the descriptor
     else if (fileName_ != nullptr && fd_ != -1 && _close(fd_) != 0)
         error = errno;
     again_.reset(-1);

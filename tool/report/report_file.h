@@ -28,10 +28,10 @@ public:
 
     // Opens the named file, or standard output if the name is null.
     Opened open(const char *fileName);
-    // 0, or the errno value if written data may be lost.
+    // Closes and unlocks the file.  Returns 0, or the errno value if written data may be lost.
     int close();
 
-    const char *name() const; // for messages
+    const char *name() const; // name of the report in messages
     bool isStandardOutput() const { return fileName_ == nullptr; }
     bool isTerminal() const { return isTerminal_; }
     bool isFile() const { return kind_ == OS_outputKind::File; }
@@ -43,24 +43,27 @@ public:
         return isFile() && qvledger::isLog(server, logPath, opened_, again_.get());
     }
 
-    // Writes all bytes.  0, or the errno value if only some were written; EINTR: a signal asked the program
-    // to end while the reader of a pipe read nothing.
+    // Writes all bytes.  Returns 0, or the errno value if only some bytes were written.  EINTR: a signal
+    // asked the program to end while the reader of a pipe read nothing.
     int write(std::string_view bytes);
-    // Removes an incomplete line from the end of the file, unless another program has written since.
+    // Removes an incomplete line from the end of the file, unless another program has written to the file
+    // since.
     void cutBack();
     // When the file was locked, was it empty or did it end with a line end?  True for pipes and devices.
     bool endedWithLineEnd() const;
 
-    // Null if everything written is safe: synced to the disk, or read by the reader of a pipe, for which it
-    // waits.  Else, why a log with lines in the report must not be deleted.  *error: errno of a failed sync,
-    // else 0.
+    // Checks that everything written is safe: synced to the disk or, in a pipe, read by the reader.  Waits
+    // for the reader of a pipe.  Returns null, or the reason why a log with lines in the report must not be
+    // deleted.  *error: errno of a failed sync, else 0.
     const char *whyNotSafe(int *error);
-    // Call it directly before a log is removed.  Null if the report still has its name and contains exactly
-    // what it contained before plus what this run wrote.  Else, why the log must not be deleted.
+    // Checks the report; call this function directly before a log is removed.  Returns null if the report is
+    // not a file, or if it still has its name (standard output may have had no name) and contains exactly
+    // what it contained before plus what this run wrote.  Otherwise returns the reason why the log must not
+    // be deleted.
     const char *whyNotInPlace() const;
 
-    // Removes a file that this run created; if another process has it open, truncates it instead.  True if
-    // lines of the report were discarded.
+    // Removes a file that this run created.  If another process has the file open, truncates the file
+    // instead.  True if lines of the report were discarded.
     bool removeIfCreated();
 
 private:

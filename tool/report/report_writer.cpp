@@ -35,8 +35,8 @@ public:
     Names(const Names &) = delete;
     Names &operator=(const Names &) = delete;
 
-    // Loads the names of a record.  Most records have the names of the one before: namesState() finds that
-    // without building the list.
+    // Loads the names of a record.  Most records have the same names as the previous record; namesState()
+    // detects this without building the list.
     ALA_retCode_t take(ALA_handle_t handle, ALA_record_t record, bool *changed) {
         const ALA_recAttrType_t type = needDoc != 0 ? ALA_JOB_AND_DOCUMENT_ATTRIBUTES : ALA_JOB_ATTRIBUTES;
         *changed = false;
@@ -88,7 +88,7 @@ static void dropPair(ALA_attrPair *pair) {
         ALA_FreeAttributePair(&pair);
 }
 
-// Writes all attributes of a document, with a tab before each.  The code that ended the loop.
+// Writes all attributes of a document, with a tab before each.  Returns the code that ended the loop.
 static ALA_retCode_t writeDocument(ALA_handle_t alaHandle, ALA_dRecord_t document, LineWriter &fl,
                                    std::int32_t isHeader) {
     ALA_attrPair *attr = nullptr;

@@ -12,18 +12,18 @@ namespace qvledger {
 // 1 with -a: report document attributes, too.
 extern std::int32_t needDoc;
 
-// Writes all records of an open log.  inoutp_list: the names of the last record written, kept from one log to
-// the next.  True if it reached the end of the log and skipped nothing; a log without records counts as well.
-// Reports all failures but those inside documents.
+// Writes all records of an open log.  inoutp_list contains the names of the last record written, and is kept
+// from one log to the next.  Returns true if the end of the log was reached and nothing was skipped, or if
+// the log has no records.  Reports all failures except those inside documents.
 bool doLog(ALA_handle_t mainh, ALA_acctLogHandle_t *loghPtr, std::int32_t *doHeader, LineWriter &fl,
            std::int32_t suppressHeaders, ALA_attrName **inoutp_list);
 
-// Writes the names (isHeader non-zero) or the values of a record.  False after a failure, which is reported,
-// and if documents were skipped.
+// Writes the names (isHeader non-zero) or the values of a record.  Returns false if a failure occurred, which
+// is reported, or if documents were skipped.
 bool doLine(ALA_handle_t mainh, ALA_record_t *recordPtr, std::int32_t isHeader, LineWriter &fl);
 
-// Continues the line with the record's documents, after numJobAttrs attributes of the job.  The last ALA
-// return code.
+// Continues the line with the record's documents, after numJobAttrs attributes of the job.  Returns the last
+// ALA return code.
 std::int32_t getDocmt(ALA_handle_t alaHandle, ALA_record_t *record, LineWriter &fl, std::int32_t isHeader,
                       std::int32_t numJobAttrs);
 
