@@ -201,6 +201,8 @@ TEST_F(Cursor, MissingRecordsAreRefused) {
     ALA_dRecord_t made = nullptr;
     EXPECT_EQ(ALA_GetFirstAttrFromJob(handle, nullptr, nullptr, &pair), ALA_A_INVALID_RECORD);
     EXPECT_EQ(ALA_GetNextAttrFromDoc(handle, &made, nullptr, &pair), ALA_A_INVALID_RECORD);
+    EXPECT_EQ(ALA_GetNextAttrFromDoc(handle, nullptr, nullptr, &pair), ALA_A_INVALID_RECORD);
+    EXPECT_EQ(takeLog().back(), "inoutp_curRecord is NULL in ALA_GetNextAttrFromDoc; ALA_A_INVALID_RECORD");
     EXPECT_EQ(ALA_GetNextDocmt(handle, &job, &made), ALA_A_INVALID_RECORD);
     EXPECT_EQ(names(1), "code 13");
 }

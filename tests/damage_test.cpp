@@ -301,6 +301,7 @@ TEST(Damage, AKnownFirstAttributeMarksARecordsBeginning) {
         if (version == 1) {
             EXPECT_EQ(found(tricky.substr(20) + noise), 0U) << "no first attribute is known";
         }
+        EXPECT_EQ(found(one + one + std::string("\1\0\0\0A\xff\xff", 7)), 2U) << "stray bytes are not values";
         EXPECT_EQ(found(one + one + noise), 2U) << "other records end with this type, too";
         EXPECT_EQ(found(one + recordOf(version, {1, 2}, "a", 998) + noise), 1U) << "it may have been longer";
         EXPECT_EQ(found(one + one + std::string(400, '\0') + one), 3U);

@@ -102,7 +102,7 @@ ALA_retCode_t qvledger::checkRecord(ALA_handle_t handle, Record **curRecord, con
     if (const ALA_retCode_t valid = checkHandle(handle, texts.operation); valid != ALA_N_NORMAL)
         return valid;
     if (curRecord == nullptr)
-        return ALA_FAIL(ALA_A_INVALID_RECORD, "curRecord is NULL in %s; ALA_A_INVALID_RECORD",
+        return ALA_FAIL(ALA_A_INVALID_RECORD, "inoutp_curRecord is NULL in %s; ALA_A_INVALID_RECORD",
                         texts.operation);
     if (*curRecord == nullptr || (*curRecord)->attrValList == nullptr)
         return ALA_FAIL(ALA_A_INVALID_RECORD, "%s", texts.invalidRecord);

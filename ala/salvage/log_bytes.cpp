@@ -43,7 +43,8 @@ std::int64_t LogBytes::nextTag(std::int64_t from, std::int64_t until) {
     while (from < end && (scan_.has(from, kSecondArc + 1) ||
                           load(scan_, from, std::min(kScan, static_cast<std::size_t>(size_ - from))))) {
         const std::uint8_t *tag = scan_.from(from);
-        const std::size_t tags = scan_.bytes.data() + scan_.bytes.size() - tag - kSecondArc;
+        const auto tags =
+            static_cast<std::size_t>(scan_.bytes.data() + scan_.bytes.size() - tag) - kSecondArc;
         const auto *dot = static_cast<const std::uint8_t *>(std::memchr(tag + kDot, '.', tags));
         const std::uint8_t *found = dot != nullptr ? dot - kDot : tag + tags;
         from += found - tag;

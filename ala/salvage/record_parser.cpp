@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <limits>
 #include <new>
 #include <string_view>
 
@@ -133,11 +132,10 @@ Fault RecordParser::addAttribute(Run &run, std::int64_t limit) {
 }
 
 Run RecordParser::follow(std::int64_t tag, std::int64_t limit, std::uint32_t expected) {
-    constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
     Run run = {};
     run.begin = run.end = run.last = tag;
     while (run.fault == Fault::None)
-        run.fault = addAttribute(run, run.attributes <= expected ? kNoLimit : limit);
+        run.fault = addAttribute(run, run.attributes <= expected ? INT64_MAX : limit);
     return run;
 }
 

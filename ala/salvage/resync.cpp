@@ -9,10 +9,9 @@ using namespace qvledger;
 constexpr int kValuesAfterRecord = 64; // most values that goesOnAsValues() reads
 constexpr std::size_t kMostKnown = 4096;
 constexpr std::int64_t kAskAfter = 1 << 20; // bytes between calls of the watch
-constexpr std::int64_t kSearchedAtOnce = 64 << 10;
-// Bytes skipped at a time once the budget is used up.  Skipping that many bytes adds enough budget for a few
-// records.
-constexpr std::int64_t kSkipped = 128 << 10;
+// Bytes searched for a tag at a time, or skipped once the budget is used up.  Skipping that many bytes adds
+// enough budget for a few records.
+constexpr std::int64_t kSearchStep = 128 << 10;
 
 // The budget for reading without finding a record is this many bytes read sequentially, plus the number of
 // bytes by which the search has advanced.  Random damage costs far less.
@@ -72,7 +71,9 @@ bool Resync::goesOnAsValues(std::int64_t end) {
         if (length == 0 || length > bytes_.size() - end)
             return false;
         end += length;
-        if (parser_.isBoundary(end) || parser_.follow(end, limit()).attributes != 0)
+        // A few stray bytes pass for a part of a head, so only a whole head counts.
+        const bool isHead = bytes_.size() - end >= parser_.headSize() && parser_.isBoundary(end);
+        if (end == bytes_.size() || isHead || parser_.follow(end, limit()).attributes != 0)
             return true;
     }
     return false;
@@ -108,16 +109,16 @@ bool Resync::hidesRecord(const Run &run, std::int64_t *joined) {
     return chain >= 0;
 }
 
-// Moves to the next bytes that look like a tag.  If the next kSearchedAtOnce bytes contain no such bytes,
-// moves past them and returns false.  If the budget is used up, skips kSkipped bytes and returns false.
+// Moves to the next bytes that look like a tag.  If the next kSearchStep bytes contain no such bytes,
+// moves past them and returns false.  If the budget is used up, skips kSearchStep bytes and returns false.
 bool Resync::searchTag(std::int64_t *tag) {
     if (!canAfford()) {
-        const std::int64_t skipped = std::min(kSkipped, bytes_.size() - place_.at);
+        const std::int64_t skipped = std::min(kSearchStep, bytes_.size() - place_.at);
         unsearched_ += skipped;
         place_.at += skipped;
         return false;
     }
-    const std::int64_t until = std::min(bytes_.size(), place_.at + kSearchedAtOnce);
+    const std::int64_t until = std::min(bytes_.size(), place_.at + kSearchStep);
     *tag = place_.at = bytes_.nextTag(place_.at, until);
     return *tag < until;
 }
