@@ -1,7 +1,7 @@
 /* The Accounting Log Access facility reads the daily accounting logs of a print server.  It opens a log only
    for users whom the log's access list admits, reads it record by record, and returns the attributes as text.
 
-   The operations in order of use.  Those on the right release the results of those on the left:
+   The operations are listed in order of use; those on the right release the results of those on the left:
 
        ALA_Register
            ALA_ListExistingLogsByDate                          ALA_FreeDateList, ALA_FreeNameList
@@ -16,13 +16,13 @@
        ALA_Unregister
 
    Most operations return a code of return_codes.inc; ALA_N_NORMAL (0) means success.  An operation first sets
-   its out-parameters to null, so they are null after a failure unless stated otherwise.  The caller owns
-   every result.  The operation that releases a result takes the address of the caller's variable and sets the
+   its out-parameters to null, so they are null after a failure unless stated otherwise.  The calling program
+   owns every result.  The operation that releases a result takes the address of a variable and sets the
    variable to null.  All texts are NUL-terminated UTF-8.
 
    Every operation that takes an ALA_handle_t returns ALA_A_NOT_REGISTER if the handle is null or another
-   process registered it; a child process must register again.  Most can return ALA_A_OUT_OF_MEMORY.  Every
-   failure is recorded in the program's log.
+   process registered it; a child process must register again.  Most can return ALA_A_OUT_OF_MEMORY.
+   Failures are recorded in the program's log.
 
    Use a handle, and everything obtained from it, in one thread at a time.  Threads that use different
    handles need no synchronisation, even to register and unregister.  While ALA_Register loads the settings of
@@ -131,9 +131,9 @@ enum {
    owns the text. */
 const char *ALA_Version(void);
 
-/* Returns an English text for a return code, for programmers and logs: "NAME: meaning".  If the code has no
-   name or no meaning, the text is the other part alone.  For an unknown code it is "unknown return code".
-   Never null.  The library owns the text. */
+/* Returns an English text for a return code, for programmers and logs: "NAME: meaning".  If a code has
+   only a name or only a meaning, the text is that part alone.  The text of an unknown code is "unknown return
+   code".  Never null.  The library owns the text. */
 const char *ALA_CodeText(ALA_retCode_t in_code);
 
 /* A callback that receives the entries of the program's log.
@@ -141,14 +141,14 @@ const char *ALA_CodeText(ALA_retCode_t in_code);
    inp_file, in_line: the source line that made the entry.
    inp_text: has no line end; control characters are written as "\xNN".
    inp_file and inp_text are valid until the callback returns.  The callback runs in the thread that makes the
-   entry.  The callback must not call an operation of the facility, throw an exception or jump out. */
+   entry.  The callback must not call an operation of the facility, throw an exception or call longjmp. */
 typedef void (*ALA_logSink_t)(void *inp_context, int32_t in_level, const char *inp_file, int32_t in_line,
                               const char *inp_text);
 
-/* From now on, passes every log entry to in_sink instead of the destination in QV_LOG, and inp_context with
-   each entry.  Repeated entries are passed, too.  QV_LOG_LEVEL and QV_LOG_TRACE still select the levels.  A
-   null in_sink restores the destination in QV_LOG.  The pending counts of repeated entries are written to
-   that destination first; a program that ends with _exit or exec loses counts that are still pending.
+/* From now on, passes every log entry, with inp_context, to in_sink instead of the destination in QV_LOG.
+   Repeated entries are passed, too.  QV_LOG_LEVEL and QV_LOG_TRACE still select the levels.  A null in_sink
+   restores the destination in QV_LOG.  Each call first writes the pending counts of repeated entries to that
+   destination; a program that ends with _exit or exec loses counts that are still pending.
    REQUIRES: no other thread is inside an operation of the facility. */
 void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context);
 
@@ -160,7 +160,7 @@ void ALA_SetLogSink(ALA_logSink_t in_sink, void *inp_context);
    ALA_A_INVALID_SERVER_NAME: inp_svrName is null.
    ALA_A_INVALID_LOG_PATH_NAME: inp_acctLogPath is null.
    ALA_A_SYSTEM_ERR: the settings cannot be loaded, or QV_ROOT is not set.
-   ALA_A_OID_ERROR: the database is missing or malformed; the program's log reports the place of the fault. */
+   ALA_A_OID_ERROR: the database is malformed or cannot be read; the program's log reports the reason. */
 ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath, const char *inp_oidDbPath,
                            ALA_handle_t *outp_alaHandle);
 
@@ -176,13 +176,15 @@ ALA_retCode_t ALA_SetTimeForm(ALA_handle_t in_alaHandle, ALA_timeForm_t in_form)
 /* ---- The log directory ---- */
 
 /* Returns the dates and the file names of the server's logs, oldest first.  The n-th date belongs to the n-th
-   name.  The log of the day in progress has the local date of its last change.
+   name.  The log of the day in progress has the local date of its last change.  If the directory can be read
+   only in part, logs can be missing from the lists; the program's log reports the error.
+   ALA_A_UNKNOWN_ERR: the directory's path cannot be converted.
    ALA_A_INVALID_LOG_PATH_NAME: the directory cannot be opened.
    ALA_A_LOG_FILES_NOT_FOUND: the directory contains no log of this server. */
 ALA_retCode_t ALA_ListExistingLogsByDate(ALA_handle_t in_alaHandle, dateNode **outp_dateList,
                                          ALA_name **outp_nameList);
 
-/* Removes the log file of a past day, whatever its contents.
+/* Removes the log file of a date other than today, whatever its contents.
    ALA_A_INVALID_ARG: inp_date is null.
    ALA_A_FAIL_TO_GET_TIME: the current time is not available.
    ALA_A_TRY_TO_DELETE_CUR_DAY_LOG: the date is today's.
@@ -198,15 +200,16 @@ ALA_retCode_t ALA_FreeNameList(ALA_name **inoutp_nameList);
 
 /* Opens the log of a date, or the oldest log if inp_date is null.  If the log file of the date cannot be
    opened, opens the log of the day in progress instead, provided that it was last changed on that date.
-   Checks that the log's access list admits the calling user.  The log's position is then its first record.
-   Times are converted with the time zone of the process.  A change of the zone takes effect when the next log
-   is opened.
+   Checks that the log's access list admits the user.  After ALA_Open, the log's position is its first record.
+   Times are converted with the time zone of the process.  After a change of the zone, times can be wrong
+   until the next log is opened.
    ALA_A_FAIL_TO_OPEN_LOG_FILE: the log does not exist or cannot be opened.
-   ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: no entry of the access list admits the caller.
-   ALA_A_FAIL_READ_LOG_FILE, ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: the log's header is damaged.
-   ALA_A_SYSTEM_ERR: the caller's identity cannot be determined.
+   ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: no entry of the access list admits the user.
+   ALA_A_FAIL_READ_LOG_FILE: the log's header is incomplete, damaged or cannot be read.
+   ALA_A_BAD_NUMATTR_VALUE, ALA_A_ODPUNPACK_ERROR: the log's header is damaged.
+   ALA_A_SYSTEM_ERR: the user's identity cannot be determined.
    ALA_A_FAIL_TO_GET_TIME: the current time is not available.
-   ALA_A_UNKNOWN_ERR: the path cannot be converted. */
+   ALA_A_UNKNOWN_ERR: the path cannot be converted, or the operating system is unknown. */
 ALA_retCode_t ALA_Open(ALA_handle_t in_alaHandle, const ALA_time *inp_date,
                        ALA_acctLogHandle_t *outp_logHandle);
 
@@ -245,21 +248,24 @@ ALA_retCode_t ALA_FreeJobRecord(ALA_record_t *inoutp_record);
 /* Return the job's attributes in order, each as text.  inp_locale (such as "de_DE.UTF-8") selects the
    language of the names; null keeps the current language.  ALA_GetFirstAttrFromJob returns the first
    attribute, and makes ALA_GetNextDocmt start again with the first document.
-   ALA_A_LAST_ATTRIBUTE: the record has no further attribute.
+   ALA_A_LAST_ATTRIBUTE: the record has no further attribute, or the first attribute was not read before.
    ALA_A_NO_MORE_JOB_ATTR: the job has no further attribute; documents follow.
    ALA_A_ODPUNPACK_ERROR: a value does not match its type.
-   ALA_A_OID_ERROR: an object identifier is malformed or unknown.
+   ALA_A_OID_ERROR: an object identifier is malformed or unknown, or the locale's names cannot be read.
    ALA_A_FAIL_TO_GET_TIME: a time cannot be converted.
-   After the last three codes and ALA_A_OUT_OF_MEMORY, *outp_attribute is null or contains the values that
-   could be converted; the caller owns the pair.  The next call continues with the next attribute.
+   After these three codes and ALA_A_OUT_OF_MEMORY, *outp_attribute is null or an incomplete pair, which the
+   calling program must release.  The next call continues with the next attribute.  After
+   ALA_A_ODPUNPACK_ERROR, the attribute's later values are not converted.  The other codes report only the
+   last value; if an earlier value cannot be converted, its text is missing or incomplete.
    ALA_A_INVALID_RECORD: the address or the record is null. */
 ALA_retCode_t ALA_GetFirstAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
                                       const char *inp_locale, ALA_attrPair **outp_attribute);
 ALA_retCode_t ALA_GetNextAttrFromJob(ALA_handle_t in_alaHandle, ALA_record_t *inoutp_curRecord,
                                      const char *inp_locale, ALA_attrPair **outp_attribute);
 
-/* Return the record's documents in order; ALA_GetFirstDocmt always returns the first document.  For a record
-   without documents, both operations return ALA_N_NORMAL and a null document.
+/* Return the record's documents in order.  ALA_GetFirstDocmt always returns the first document; call it once
+   after ALA_GetFirstAttrFromJob, because each call moves ALA_GetNextDocmt on by one document.  For a record
+   that has only job attributes, both operations return ALA_N_NORMAL and a null document.
    ALA_A_NO_MORE_DOCMT_ATTR (ALA_GetNextDocmt only): there is no further document.
    ALA_A_UNKNOWN_ERR: the record has fewer attributes than its count of job attributes.
    ALA_A_INVALID_RECORD: the address or the record is null. */

@@ -30,7 +30,7 @@ private:
 };
 
 inline void closeRead(int fd) {
-    static_cast<void>(_close(fd)); // the file was only read, so a failure loses nothing
+    static_cast<void>(_close(fd)); // nothing was written through fd, so a failure loses nothing
 }
 using Descriptor = OwnedDescriptor<closeRead>;
 

@@ -1,5 +1,5 @@
 // Owner of memory from malloc.  Its destructor frees the memory; release() passes the ownership to the
-// caller.
+// calling function.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ template <class T>
 using Malloced = std::unique_ptr<T, FreeDeleter>;
 
 // Resizes the memory to a number of bytes and keeps the contents; an empty owner gets new memory.  Returns
-// false, with the memory unchanged, when memory runs out.
+// false, with the memory unchanged, when memory runs out.  REQUIRES: bytes is not 0.
 template <class T>
 bool resize(Malloced<T> &memory, std::size_t bytes) {
     static_assert(std::is_trivially_copyable_v<T>, "its bytes are all that moves");

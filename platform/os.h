@@ -1,13 +1,13 @@
 // The operating-system calls that the program uses, under their Windows names.
 //
-// The program calls only the C and C++ libraries and these operations.  A few files of service/ call their
-// system directly; docs/architecture.md lists them and shows the Linux counterpart of each call.  On Windows
-// the real headers are included (platform/os/types.h).  Elsewhere each section below declares the calls in
-// use, with the same names, argument orders, results and record layouts.  The OS_... operations are our own
-// and are declared on both systems.
+// Except in a few files of service/, the program calls only the C and C++ libraries and these operations.
+// docs/architecture.md lists these files, and shows how Linux implements each call of the headers below.  On
+// Windows the real headers are included (platform/os/types.h).  Elsewhere each header below declares the
+// calls in use, with the same names, argument orders and results.  The OS_... operations are our own and are
+// declared on both systems.
 //
-// platform/posix/ implements each section in the file of the same name.  All operations have C linkage, so
-// that a test can replace a single operation.
+// platform/posix/ implements the operations of each header in the file of the same name.  They have C
+// linkage, so that a test can replace a single operation.
 #pragma once
 
 #include "platform/os/types.h"

@@ -1,4 +1,4 @@
-// The account of the calling user, with names as in access lists.
+// The account of the current user, with names as in access lists.
 #pragma once
 
 #include <string>
@@ -8,19 +8,20 @@ namespace samples {
 
 struct AccountName {
     std::string name;
-    std::string domain; // from "DOMAIN\name" or "name@domain"; otherwise the computer's name
+    std::string domain; // the computer's name if the system names no other domain
 };
 
 struct Account {
     AccountName user;
-    std::vector<AccountName> groups; // the groups that have a name, the real group first
+    std::vector<AccountName> groups; // the groups that have a name; on Linux, the real group first
     std::size_t groupIds = 0;        // number of groups, with and without a name
 };
 
-// The host name up to its first dot, in upper case, at most 15 characters.
+// The computer's name; on Linux, the host name up to its first dot, in upper case, at most 15 characters.
+// Throws std::system_error.
 std::string computerName();
 
-// The account of the real user id.  Throws std::runtime_error if the user id has no account.
+// The account of the current user; on Linux, of the real user id.  Throws std::runtime_error on failure.
 Account callersAccount();
 
 } // namespace samples

@@ -17,8 +17,8 @@ static std::string mixedCase(std::string name) {
     return name;
 }
 
-// A reader of logs fetches the caller's groups into a buffer for 15 groups.  If the caller has more groups,
-// no group entry admits the caller.
+// A reader of logs fetches the user's groups into a buffer for 15 groups.  If the user has more groups, no
+// group entry admits the user.
 static constexpr std::size_t kMostGroups = 15;
 
 static std::vector<Value> admitUser(const Account &caller) {
@@ -45,7 +45,7 @@ static std::vector<Value> admitNobody() {
     return {pack(userEntry("auditor", "HEADOFFICE"))};
 }
 
-// The number of the log that refuses the caller.  Logs are numbered from 0, beginning with the oldest.
+// The number of the log that refuses the user.  Logs are numbered from 0, beginning with the oldest.
 static constexpr std::uint32_t kRefusedLog = 1;
 
 static bool admitsNobody(std::uint32_t log, bool current) {

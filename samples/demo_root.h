@@ -1,5 +1,5 @@
-// The demonstration: a root with logs of past days and today.  One log refuses the caller; the others admit
-// the caller through different kinds of access list entries.
+// The demonstration: a root with logs of past days and today.  With two past days or more, one log
+// refuses the current user.  The other logs admit the user through different kinds of access list entries.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +22,7 @@ struct Total {
 };
 using Totals = std::map<std::string, Total>; // the key is the user name
 
-// Writes the registry file and the logs.  Returns the totals of each user in the logs that admit the caller.
+// Writes the registry file and the logs.  Returns the totals of each user in the logs that admit `caller`.
 // Throws exceptions derived from std::exception.
 Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options);
 

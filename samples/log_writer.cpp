@@ -7,7 +7,7 @@ namespace samples {
 
 static constexpr std::size_t kFlushSize = 256 * 1024; // bytes
 
-// Tags and value lengths are in the machine's byte order, counts in network byte order.
+// Tags and value lengths are in the machine's byte order, other numbers in network byte order.
 static void appendNative(Bytes &out, std::uint32_t number) {
     out.append(reinterpret_cast<const char *>(&number), sizeof number);
 }

@@ -1,8 +1,8 @@
 // Writes accounting logs: LogWriter streams a log of any size to a file; Log keeps a small log in memory,
 // where tests can cut and overwrite it.
 //
-// By default, logs are well formed; every count, length and byte of a tag can also be set explicitly.
-// docs/formats.md describes the format.
+// By default, logs are well formed; every count and length, and each field of a tag, can also be set
+// explicitly.  docs/formats.md describes the format.
 //
 //     Log log;
 //     log.job(Job().attribute("1.3.6.1.4.1.32473.1.1", STRING, {packString("alpha.1")})
@@ -30,7 +30,7 @@ struct Value {
 struct Tag {
     std::uint32_t numAttrVal = 0;
     std::uint32_t attrID = 0;
-    Bytes decoid = {}; // padded with NULs; may fill all 137 bytes without a NUL
+    Bytes decoid = {}; // padded with NULs to 137 bytes; a longer text throws std::length_error
     std::uint32_t attrValType = 0;
 };
 
@@ -99,7 +99,7 @@ private:
     std::vector<std::size_t> starts_;
 };
 
-// Writes a log to a file, in bounded memory.  Throws std::system_error for failures.
+// Writes a log to a file, in bounded memory.  Throws std::system_error if the file cannot be written.
 class LogWriter {
 public:
     explicit LogWriter(const std::filesystem::path &path, const LogHeader &header = {});

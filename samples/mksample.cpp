@@ -24,7 +24,7 @@ struct Arguments {
     bool totals = false;
 };
 
-// Longer settings cannot be copied into a server's environment.
+// The programs cannot load a longer setting.  The root's path becomes the setting QV_ROOT.
 constexpr std::size_t kLongestSetting = 259; // bytes
 constexpr std::uint32_t kMostDays = 3650;
 

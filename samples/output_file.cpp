@@ -9,7 +9,7 @@ OutputFile::OutputFile(const std::filesystem::path &path)
     : name_(path), stream_(std::fopen(path.string().c_str(), "wb")) {
     if (!stream_)
         fail();
-    // Callers write large pieces: a buffer would only delay the error of a failed write.
+    // Each write is large: a buffer would only delay the error of a failed write.
     std::setvbuf(stream_.get(), nullptr, _IONBF, 0);
 }
 

@@ -2,9 +2,9 @@
 //
 // The packer shares no code with the reader, so that tests do not compare the reader with itself.  Records
 // are small plain structs.  A std::optional is a field that may be absent; a std::vector is a chain.  A union
-// is a choice number and a packed member.  The functions below make the usual unions; others can be written
-// directly, such as Text{9, ""}, which has a choice number and no member.  docs/formats.md describes the
-// packed forms.
+// is a choice number and a packed member.  The functions below make the usual unions.  Other unions can be
+// written directly, such as Text{9, ""}, which has an unknown choice number and no member.  docs/formats.md
+// describes the packed forms.
 #pragma once
 
 #include <cstdint>
@@ -160,7 +160,7 @@ struct AccessEntry {
     std::int32_t privilege = 2; // 1 grants nothing, 2 and 3 grant access
 };
 
-// Chains whose elements may be missing.
+// Chains whose elements may be absent.
 using DistNames = std::vector<std::optional<DistName>>;
 using ObjectIdents = std::vector<std::optional<ObjectIdent>>;
 

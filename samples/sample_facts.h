@@ -50,7 +50,7 @@ struct Facts {
     std::uint32_t document = 0; // number of the document, from 1; 0 for the job as a whole
 
     std::uint32_t pages, copies, priority;
-    std::int32_t submitted, started, completed; // seconds of the day
+    std::int32_t submitted, started, completed; // seconds since midnight
     bool twoSided;
     Person owner;
     std::string identifier, title;
@@ -58,13 +58,13 @@ struct Facts {
 
     Facts(const Day &day, std::uint64_t number);
 
-    // A number below the limit, always the same for the same job and subject.
+    // A number below the limit, always the same for the same seed, job number, subject and limit.
     std::uint32_t pick(Subject subject, std::uint32_t limit) const;
     bool oneIn(std::uint32_t limit, Subject subject) const { return pick(subject, limit) == 0; }
 
     std::uint32_t impressions() const { return pages * copies; }
     std::uint32_t sheets() const { return twoSided ? (pages + 1) / 2 * copies : impressions(); }
-    bool hasCover() const { return number % 2 == 0; } // orders only
+    bool hasCover() const { return number % 2 == 0; } // used only for orders
     std::uint32_t documents() const { return number % 4 == 2 ? 2 : 1; }
 };
 

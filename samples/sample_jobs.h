@@ -13,7 +13,7 @@ namespace samples {
 struct Day {
     std::string server;
     std::tm date;
-    std::uint32_t seed = 0; // another seed gives other jobs
+    std::uint32_t seed = 0; // different seeds give different jobs
     std::uint64_t jobs = 0;
 };
 

@@ -36,7 +36,8 @@ public:
     // tail: YYYYMMDD or "current"
     std::filesystem::path log(std::string_view server, std::string_view tail) const;
 
-    // Writes the registry file.  The first form sets QV_ROOT to this root for the server and for all others.
+    // Writes the registry file.  The first form sets QV_ROOT to this root for the server and for all
+    // other servers.
     void writeRegistry(std::string_view server) const;
     void writeRegistry(const std::vector<RegistryKey> &keys) const;
 

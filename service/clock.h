@@ -8,9 +8,9 @@
 
 extern "C" {
 
-// Gets the current time as a new record: local calendar date and time, with the full year (utc 0).  Returns
-// 0; non-zero, with the output null, when the local time cannot be computed or memory runs out.
-// GEN_DeleteGeneralizedTime releases the record, and also values of type 48 from ODP_UnpackAV.
+// Gets the current time as a new value: local date and time, with the full year and utc 0.  Returns 0;
+// non-zero, with the output null, when the local time cannot be computed or memory runs out.
+// GEN_DeleteGeneralizedTime releases this value or a value of type 48 from ODP_UnpackAV.
 std::int32_t GENU_GetCurrentTime(STF_l__hdr *in_status, GEN_generalizedTime **outpp_time,
                                  std::int32_t in_reserved);
 void GEN_DeleteGeneralizedTime(STF_l__hdr *in_status, GEN_generalizedTime *inp_time, void *in_allocator);

@@ -3,7 +3,7 @@
 using namespace qvledger;
 
 struct STF_l__hdr {
-    char nothing; // a list keeps no notes
+    char nothing; // unused, because a list keeps no notes
 };
 
 static STF_l__hdr theList;

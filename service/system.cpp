@@ -11,11 +11,11 @@
 
 #include "platform/os.h"
 
-constexpr std::size_t kOptionsSize = 512; // bytes; an option is a letter with at most two colons
+constexpr std::size_t kOptionsSize = 512; // bytes; enough for every letter with two colons
 
 std::int32_t SYSU_Getopt(std::int32_t in_argc, char *const *inp_argv, const char *inp_options) {
-    // With the plus sign, getopt stops at the first operand; otherwise it would also find options after the
-    // operand.  The buffer is local, because this function cannot report that memory ran out.
+    // With the plus sign, getopt stops at the first operand; without it, getopt would also parse options
+    // after operands.  The buffer is local, because this function cannot report that memory ran out.
     char options[kOptionsSize];
     std::snprintf(options, sizeof options, "+%s", inp_options);
     opterr = 0;

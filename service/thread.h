@@ -20,17 +20,17 @@ std::int32_t THR_LockMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_UnlockMutex(THR_mutex_t *inoutp_mutex);
 std::int32_t THR_TermMutex(THR_mutex_t *inoutp_mutex);
 
-// Runs the function at the first call with a control word, which is 0 until then.  Concurrent callers wait
-// until the function has run.  Returns 0, or non-zero for a null argument.  The function must not call
-// THR_Once.
+// Runs the function at the first call with a control word.  The word must be 0 before that call.  Concurrent
+// calls wait until the function has run.  Returns 0, or non-zero for a null argument.  The function must
+// not call THR_Once with the same control word.
 std::int32_t THR_Once(std::int32_t *inoutp_control, void (*in_function)());
 
 } // extern "C"
 
 namespace qvledger {
 
-// Calls a function at the end of each thread that called enter().  When memory runs out, enter() only fails;
-// registering a thread_local destructor would end the program.
+// Calls a function at the end of each thread that called enter(), but not when the process ends.  When memory
+// runs out, enter() fails; registering the destructor of a thread_local object would end the program instead.
 class ThreadsEnd {
 public:
     explicit ThreadsEnd(void (*function)(void *));
@@ -38,8 +38,8 @@ public:
     ThreadsEnd(const ThreadsEnd &) = delete;
     ThreadsEnd &operator=(const ThreadsEnd &) = delete;
 
-    // Requests a call of the function with this argument at the end of this thread.  Returns false on
-    // failure.  REQUIRES: the argument is not null.
+    // Requests a call of the function with this argument at the end of this thread, instead of an earlier
+    // argument.  Returns false on failure.  REQUIRES: the argument is not null.
     bool enter(const void *argument);
 
 private:

@@ -1,4 +1,4 @@
-// Which callers an access list admits.  System calls are scripted.
+// Which users an access list admits.  System calls are scripted.
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -13,7 +13,7 @@ using namespace qvledger;
 using namespace samples;
 using testing::ElementsAre;
 
-// Opens logs with one access list entry.  The machine and, without a registry, its domain are named MACHINE.
+// Opens logs with one access list entry.  The machine and its default domain are both named MACHINE.
 class Access : public Facility {
 protected:
     Access() {
@@ -90,7 +90,7 @@ TEST_F(Access, DottedDomainsMatchBySuffixAndOthersWhole) {
         SEC_domType_t hostType;
         const char *entry;
         SEC_domType_t entryType; // 0: no type
-        const char *trace;       // number of the match; null: no match
+        const char *trace;       // number of the matching rule in the log entry, such as "#1"; null: no match
     } cases[] = {
         {"b.c", dns, "x", dns, "b.c", dns, "#1"},
         {"A.B.C.", dns, "x", dns, "b.c", dns, "#1"},
@@ -214,7 +214,7 @@ TEST_F(Access, CredentialNeedsASizeQueryAndThenALookUp) {
                 SetLastError(c.error);
                 return c.error == 0 ? 1 : 0;
             }
-            std::memset(sid, 1, c.sid); // overruns the block unless it was enlarged
+            std::memset(sid, 1, c.sid); // overruns the block if it was not enlarged
             std::memset(domain, 'd', c.domain);
             return c.second ? 1 : 0;
         };
@@ -249,7 +249,7 @@ TEST_F(Access, MachineDomainIsTheLanGroupIfTheNetworkLogonRuns) {
     const struct {
         const char *label;
         std::string registry, domain;
-        const char *line = "", *lacks = ""; // expected log line; missing library, function or name
+        const char *line = "", *lacks = ""; // last log entry if there is no domain; what is missing
         bool lent = false;
     } cases[] = {
         {"group", group("L\xC3\xBCneburg"), "L\u00FCneburg"},

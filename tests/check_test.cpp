@@ -33,7 +33,7 @@ static std::vector<std::string> split(const std::string &text, char separator) {
     return parts;
 }
 
-// Returns the field of a log's line that has this name in the header line; empty if there is no such field.
+// Returns a log's field in the column of this name; empty if the log's line has no such column.
 static std::string field(const ToolResult &result, const std::string &log, const std::string &name) {
     std::vector<std::string> names;
     for (const std::string &line : split(result.out, '\n')) {
@@ -128,7 +128,7 @@ TEST(Check, ADamagedLogsIntactRecordsAreSaved) {
     setChanged(system.log("19990301"), 1000000000);
     const fs::path folder = system / "bücher";
     fs::create_directory(folder);
-    ToolRun run = kCheck; // like a file system without renameat2()
+    ToolRun run = kCheck; // as on a file system without renameat2()
     run.failing = {folder / "alpha.19990301", "renameat2:error=EINVAL"};
     const ToolResult result = system.run({"-S", folder, "alpha"}, run);
     EXPECT_EQ(result.status, 50);

@@ -47,7 +47,7 @@ protected:
         ASSERT_EQ(ALA_GetFirstJobRecord(handle, &log, &job), ALA_N_NORMAL);
     }
 
-    // Walks to the end with `first` and `next`.  Returns attributes, and each code N other than 0 as "#N".
+    // Calls `first`, then `next` to the end.  Returns the attributes, and each code N other than 0 as "#N".
     template <class Record, class Get>
     std::string walk(Record &record, Get first, Get next) {
         std::string got;
@@ -62,7 +62,7 @@ protected:
     }
     std::string walkJob() { return walk(job, ALA_GetFirstAttrFromJob, ALA_GetNextAttrFromJob); }
 
-    // Returns the attributes of one document, or "#N" if there is no document.
+    // Returns the attributes of one document, or "#N" if the call returns no document but code N.
     std::string document(decltype(ALA_GetNextDocmt) *get) {
         ALA_dRecord_t made = nullptr;
         const ALA_retCode_t code = get(handle, &job, &made);
@@ -176,7 +176,7 @@ TEST_F(Cursor, NamesFollowTheLocale) {
 }
 
 TEST_F(Cursor, ManyAndLongNamesAreDelivered) {
-    for (const std::size_t last : {1U, 2U}) { // the records differ only in the 300th attribute
+    for (const std::size_t last : {1U, 2U}) { // the two records differ only in the 300th attribute
         Job made;
         std::string walked, listed;
         for (std::size_t i = 0; i < 300; i++) {

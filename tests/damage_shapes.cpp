@@ -8,7 +8,7 @@
 using namespace samples;
 
 constexpr std::uint32_t kUnknownType = 999;
-constexpr std::size_t kLongestCopied = 2000; // most bytes of a record that is copied into a text
+constexpr std::size_t kLongestCopied = 2000; // bytes; a longer record is not copied into a text
 
 namespace {
 
@@ -48,7 +48,7 @@ static Bytes makeValue(std::uint32_t type, const Bytes &copied, Random &random) 
         return packInt(static_cast<std::int32_t>(pick(random, 10)));
     case STRING:
         return packString(text);
-    case TEXT: // a user can put a record into a text
+    case TEXT: // a user can put a copy of a record into a text
         return pack(latin1Text(pick(random, 20) == 0 ? randomBytes(pick(random, 8), random) + copied : text));
     default:
         return pickCase(type, random).packed;

@@ -10,7 +10,7 @@
 
 constexpr std::int64_t kNew = -1; // origin of a byte that the damage inserted
 
-// A damaged log.  origins is the position of each byte in the original log, or kNew.
+// A damaged log.  For each byte, origins contains the byte's position in the original log, or kNew.
 struct Damaged {
     std::string bytes;
     std::vector<std::int64_t> origins;
@@ -30,12 +30,12 @@ inline std::size_t pick(Random &random, std::size_t below) {
     return std::uniform_int_distribution<std::size_t>(0, below - 1)(random);
 }
 
-// A log generated from a number, which always gives the same log: 1 to 410 records of one to five kinds with
-// attributes of all types, damaged in one to three ways.  An overwritten byte keeps its origin.
+// A log generated from a number (the same log each time): 1 to 410 records of one to five kinds with
+// attributes of random types, damaged up to three times.  An overwritten byte keeps its origin.
 struct ShapedLog {
     Original original;
     Damaged damaged;
     std::string kind;    // kind of the damage, such as "cut"; "several" for several damages
-    std::string damages; // each damage with its place and size
+    std::string damages; // description of each damage
 };
 ShapedLog makeShapedLog(unsigned number);

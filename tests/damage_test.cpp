@@ -1,7 +1,7 @@
-// Damaged logs: the search finds the records that the damage did not touch, and no others.
+// Damaged logs: the search finds almost all records that the damage did not touch, and almost no others.
 //
-// `make damage` searches LOGS damaged logs of many shapes (damage_shapes.h).  It also searches three small
-// logs, cut at each byte or with each bit flipped.  Without QVLEDGER_DAMAGED_LOGS the tests try a sample.
+// `make damage` searches LOGS logs of many shapes (damage_shapes.h), and three small logs, cut at each byte
+// of a record or with one such bit flipped.  Without QVLEDGER_DAMAGED_LOGS the tests search only a sample.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -72,7 +72,7 @@ static bool endsWhereARecordDid(const Damaged &log, const Piece &piece, const Or
     return end == original.log.size() || std::ranges::binary_search(original.log.records(), end);
 }
 
-// Does the piece equal an original record whose first bytes were lost and replaced by equal bytes?
+// Does the piece equal an original record whose first bytes were replaced with bytes of the same values?
 static bool isRecordWithReplacedStart(const Damaged &log, const Piece &piece, const Original &original) {
     const std::size_t size = piece.end - piece.begin;
     const auto end = static_cast<std::size_t>(log.origins[piece.end - 1] + 1);
@@ -95,7 +95,7 @@ static unsigned wantedLogs() {
 }
 
 // Returns the category of a piece that is not an untouched record.  No reader can notice the damage in a
-// piece that is "changed" (it has the place and size of a record) or "joined" (from parts of records).
+// piece that is "changed" (with the place and size of a record) or "joined" (parts of several records).
 static const char *categoryOf(const Piece &piece, const ShapedLog &shaped) {
     const Original &original = shaped.original;
     const auto &starts = original.log.records();
@@ -114,7 +114,7 @@ static const char *categoryOf(const Piece &piece, const ShapedLog &shaped) {
     return "wrong";
 }
 
-// Is the piece a copy of an original record?  Such copies are most likely in texts.
+// Does the piece equal an original record?  Some texts contain copies of records (damage_shapes.cpp).
 static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
     const Original &original = shaped.original;
     const std::string bytes = shaped.damaged.bytes.substr(piece.begin, piece.end - piece.begin);
@@ -124,7 +124,7 @@ static bool isCopied(const Piece &piece, const ShapedLog &shaped) {
     });
 }
 
-// Counts by group of logs and by category, for comparing two versions of the search.
+// Counts by group of logs and by category.  Printed, they allow comparing two versions of the search.
 using Tally = std::map<std::string, std::map<std::string, long>>;
 
 static void judge(const ShapedLog &shaped, const std::string &label, Tally &tally) {
@@ -201,7 +201,7 @@ TEST(Damage, FewRecordsOfLogsOfManyShapesAreLost) {
 // The sample tries all places in the records' heads, and every 601st of the other places.
 static const std::size_t kStep = wantedLogs() != 0 ? 1 : 601;
 
-// Judges three small logs that are damaged at each byte (perByte is 1) or at each bit (8) in turn.
+// Judges three small logs, each time damaged at one byte (perByte is 1) or bit (8) of a record.
 static void judgeEach(const char *kind, std::size_t perByte,
                       const std::function<void(Damaged &, std::size_t)> &damage) {
     Tally tally;
@@ -238,7 +238,7 @@ TEST(Damage, AFlippedBitCostsAtMostOneRecord) {
     });
 }
 
-// At every fourth byte a tag seems to begin, with values that fill the rest of the log.
+// At every fourth crafted byte a tag seems to begin, with values up to the end of the log.
 TEST(Damage, BytesCraftedToBeSlowAreReadFastAndHideFewLaterRecords) {
     const Original original = makeOriginal(3, 1, 200);
     std::string bytes = original.log.bytes().substr(0, original.headerEnd);
@@ -269,7 +269,7 @@ TEST(Damage, AHugeSoundRecordIsFound) {
     EXPECT_EQ(search(bytes, original).size(), 4U);
 }
 
-// A record with one attribute for each arc.  Its identifier ends in the arc; all values are the same.
+// Returns a record with an attribute for each arc, which ends its identifier.  All have the same value.
 static std::string recordOf(std::uint32_t version, const std::vector<int> &arcs, std::string_view value,
                             std::uint32_t type = 999) {
     std::string bytes("\0\0\0", 3);

@@ -32,7 +32,7 @@ static Job march() {
     return jobOf({{"job-name", {"march"}}});
 }
 
-// A record with one document, which has one attribute with these values.
+// Returns a record with one document.  The document has one attribute with these values.
 static Job withDocument(const std::vector<Value> &values) {
     return Job(march()).document().attribute(dotted("document-name"), STRING, values);
 }
@@ -77,7 +77,7 @@ TEST(Deletion, ALogIsKeptUnlessTheReportHasAllOfIt) {
     expectDeleted(true, "unreadable document without -a", logOf({later}));
 }
 
-// A failed run keeps its new report only if it deleted a log.
+// Both runs fail.  A failed run that deleted a log keeps its new report.
 TEST(Deletion, OnlyOpenedLogsOfTheRangeWithoutAWriterAreDeleted) {
     for (const bool hasWriter : {false, true}) {
         SCOPED_TRACE(hasWriter);
@@ -224,7 +224,7 @@ TEST(Deletion, AChangedOrReplacedLogIsKept) {
     }
 }
 
-// Lines in a pipe or local socket are safe once the reader has read them; lines over a network never are.
+// Lines in a pipe or local socket are safe once they are read; lines sent over a network are never safe.
 TEST(Deletion, ALogIsKeptUntilTheReaderHasReadItsLines) {
     enum Act { kReads, kLeaves, kWaits };
     const auto expectDeleted = [](bool deleted, const char *label, int reader, int writer, Act act,
@@ -278,7 +278,7 @@ TEST(Deletion, ALogIsKeptUntilTheReaderHasReadItsLines) {
                   "over a network");
 }
 
-// fcntl() refuses a lease on some file systems, and to a caller who is neither owner nor root.
+// fcntl() refuses a lease on some file systems, and to users other than the file's owner and root.
 TEST(Deletion, AFailedCallKeepsTheLogAndIsLogged) {
     const struct {
         const char *name, *call;
@@ -412,7 +412,7 @@ TEST(Deletion, ConcurrentRunsReportALogOnce) {
     const pid_t waiting = system.start({"-d", "-o", report, "alpha"});
     usleep(1'300'000);
     EXPECT_EQ(waitpid(waiting, nullptr, WNOHANG), 0) << "the run waits for the log";
-    fs::remove(system.log(kTail)); // like a run that locked the log and deletes it
+    fs::remove(system.log(kTail)); // as a deleting run does while it locks the log
     close(locked);
     const ToolResult result = system.finish(waiting);
     EXPECT_EQ(result.status, 6);
@@ -427,7 +427,7 @@ TEST(Deletion, ConcurrentRunsReportALogOnce) {
     EXPECT_EQ(system.run({"-d", "alpha"}).err,
               left + "Unable to find the accounting logs for server alpha.\n");
     EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it has not ended";
-    close(deleting); // like a deleting run that is killed
+    close(deleting); // as if the deleting run were killed
     EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
               "qvledger: a log that was not deleted is still named " + aside.string() +
                   ": No locks available.\n" + left +

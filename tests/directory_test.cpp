@@ -47,7 +47,7 @@ protected:
 
 TEST_F(Directory, TheTailOfTheNameGivesTheDate) {
     const std::pair<const char *, const char *> cases[] = {
-        // A name and its date; null: the file is not a log of this server.
+        // A file's name and the log's date; null: the file is not a log of this server.
         {"alpha.20010203", "2001-2-3"},   {"alpha.20019999", "2001-99-99"},
         {"alpha.123", "0-1-23"},          {"alpha.", "0-0-0"},
         {"alpha.abc", "0-0-0"},           {"alpha.-1234567", "-123--45--67"},
@@ -99,11 +99,9 @@ TEST_F(Directory, ACurrentLogWithAnImpossibleTimeIsSkipped) {
 }
 
 TEST_F(Directory, EqualDatesAreOrderedAsByRepeatedInsertion) {
-    const std::pair<std::string, const char *> cases[] = {// dates of the nodes; numbers of the sorted nodes
-                                                          {"111", "021"},
-                                                          {"12121", "13420"},
-                                                          {"1223123312", "3769512840"},
-                                                          {"0123012301", "3762951840"}};
+    // The dates of the nodes 0, 1 and so on; the numbers of the nodes in their sorted order.
+    const std::pair<std::string, const char *> cases[] = {
+        {"111", "021"}, {"12121", "13420"}, {"1223123312", "3769512840"}, {"0123012301", "3762951840"}};
     for (const auto &[dates, expected] : cases) {
         nameNode *head = nullptr;
         for (std::size_t number = dates.size(); number-- > 0;) {

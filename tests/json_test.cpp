@@ -1,4 +1,4 @@
-// Lines, escaping and statuses of qvledger-json; read errors and missing logs in all three programs.
+// Lines, escaping and statuses of qvledger-json; read errors and missing logs, also in other programs.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 static const ToolRun kJson{.program = QVLEDGER_JSON_BINARY};
 
-// Return expected lines: a record of alpha, where rest begins with the attributes; and the end of a log.
+// Return the expected lines of a record of alpha (`rest` begins with its attributes) and of a log's end.
 static std::string recordLine(int number, const std::string &date, const std::string &rest) {
     return "{\"server\":\"alpha\",\"log\":\"alpha." + date + "\",\"record\":" + std::to_string(number) +
            ",\"date\":" + date + ",\"attributes\":" + rest + "\n";
@@ -137,7 +137,7 @@ TEST(Json, EachServerIsReportedWithItsOwnSettings) {
     EXPECT_TRUE(result.out.starts_with(endLine("alpha.19990301", 0, false))) << result.out;
     EXPECT_TRUE(result.out.ends_with(endLine("beta.19990302", 1))) << result.out;
 
-    // A new report is kept unless a server failed.  A server without logs has not failed.
+    // A new report is removed if a server failed, but kept if only one of the servers has no logs.
     const std::vector<std::string> dated = {"-s", "19990302", "-o", report, "alpha", "beta"};
     EXPECT_EQ(system.run(dated, kJson).status, 29);
     EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
@@ -147,7 +147,7 @@ TEST(Json, EachServerIsReportedWithItsOwnSettings) {
     EXPECT_EQ(system.run({"-o", report, "beta", "idle"}, kJson).status, 29);
     EXPECT_TRUE(readFile(report).ends_with(endLine("beta.19990302", 1)));
     writeFile(report, "");
-    // The check that the report is no log of a later server does not change the first server's time zone.
+    // Checking whether the report is a log of the second server must not change the first server's time zone.
     system.run({"-o", report, "beta", "far"}, kJson);
     EXPECT_EQ(readFile(report), system.run({"beta", "far"}, kJson).out);
     // A log of any of the servers is refused as the report, even if that server's settings are refused.
@@ -164,7 +164,7 @@ TEST(Json, EachServerIsReportedWithItsOwnSettings) {
             }
 }
 
-// Only the usage text differs from the tool's.
+// In these cases, the statuses and messages of the two programs differ only in the usage text.
 TEST(Json, StatusAndMessagesEqualThoseOfTheTool) {
     PrintSystem system;
     system.save("19990301", logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));

@@ -53,7 +53,7 @@ protected:
             value != nullptr ? setenv(name, value, 1) : unsetenv(name);
         LOG__Reset();
     }
-    // Returns the log's text since the last call.
+    // Returns the text that was logged since the last call.
     std::string takeLog() const {
         const std::string log = readFile(path);
         std::filesystem::remove(path);
@@ -157,7 +157,7 @@ TEST_F(Log, AnInstalledCallbackReceivesTheEntries) {
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 1) << log;
 }
 
-// Returns level, place and text of each entry.
+// Returns each entry as "LEVEL FILE:LINE: TEXT".
 static std::vector<std::string> entriesOf(const std::string &log) {
     std::vector<std::string> entries;
     std::istringstream lines(log);
@@ -178,7 +178,7 @@ TEST_F(Log, RepeatedEntriesAreCountedUntilTheTextChangesOrTheLogIsFlushed) {
         say(3, "detail", LOG_DETAIL);
         say(4, "trace", LOG_TRACE);
     }
-    static const char sameFile[] = "f.cpp"; // the same text at another address
+    static const char sameFile[] = "f.cpp"; // the file name used above, at another address
     ASSERT_NE(LOG_StartMessage(LOG_ERROR, sameFile, 2, 0), 0);
     LOG_CondAdd("b");
     LOG_EndMessage();
@@ -206,7 +206,7 @@ TEST_F(Log, CountsAreExactWithManyPlacesAndThreads) {
         threads.emplace_back([] {
             for (int n = 0; n < 2000; ++n) {
                 say(1, n % 100 == 0 ? "x" : "y");
-                say(2 + n / 20, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // exceeds the counted places
+                say(2 + n / 20, std::string(n % 300 == 0 ? 6000 : 1, 'z')); // more places than are counted
             }
         });
     for (std::thread &thread : threads)
@@ -289,12 +289,12 @@ TEST_F(Log, TheLogFileNeverBecomesAStandardStream) {
 }
 
 TEST_F(Log, TheSystemLogGetsTheNumberOfLostEntries) {
-    static const std::string socket = folder / "socket"; // static: the log keeps a pointer to the path
+    static const std::string socket = folder / "socket"; // static: the log keeps its address
     restart((folder / "missing/log").c_str(), "6");
     LOG__Reset(socket.c_str());
     say(1, "nobody listens");
-    unsigned lost = 2; // includes the entry that the file could not be opened
-    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // restarts the daemon each time
+    unsigned lost = 2; // one reports that the file could not be opened
+    for (const int type : {SOCK_DGRAM, SOCK_STREAM, SOCK_DGRAM}) { // starts a new daemon each time
         const LogDaemon daemon(socket, type);
         EXPECT_EQ(inChild(LOG_Flush), 0); // a child must not report the parent's lost entries
         say(1, "first", LOG_DETAIL);
@@ -312,7 +312,7 @@ TEST_F(Log, TheSystemLogGetsTheNumberOfLostEntries) {
     }
 }
 
-// The sinks are a named pipe, and standard error as a pipe and as a socket.  The test reads them late.
+// The log goes to a named pipe, then to standard error as a pipe and as a socket.  The test reads them late.
 TEST_F(Log, AFullPipeNeitherBlocksNorMixesLines) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     const Descriptor standardError(dup(STDERR_FILENO)), fifo(open(path.c_str(), O_RDONLY | O_NONBLOCK));

@@ -14,7 +14,7 @@ TEST(Message, FormatsFollowPrintf) {
         MSG_sprintf; // a pointer, because the compiler would check a direct call's format
     EXPECT_EQ(format(text, "%%%3$s%1$03d%2$.2f", 8, 1.5, "z"), 9);
     EXPECT_STREQ(text, "%z0081.50");
-    for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would misuse arguments
+    for (const char *wrong : {"%2$s", "%1$s%1$d", "%1$s%s", "%1$n", "%1$"}) // would misuse the arguments
         EXPECT_LT(format(text, wrong, "a", "b"), 0) << wrong;
 }
 

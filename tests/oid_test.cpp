@@ -82,7 +82,7 @@ protected:
         char name[OID_NAME_SIZE] = "";
         return OID_LookupShort(nullptr, handle, identifier, name, nullptr) == 0 ? name : "unknown";
     }
-    // Returns the log's text since the last call.
+    // Returns the text that was logged since the last call.
     std::string takeLog() const {
         LOG__Reset();
         const std::string text = readFile(log);

@@ -35,7 +35,7 @@ static std::int32_t unpack(AS_attrValType_t type, const Bytes &bytes) {
     return result;
 }
 
-// kFactor: size of the largest unpacked chain element, divided by the size of the smallest packed element.
+// kFactor: the most bytes that unpacking may allocate for each byte of a value, besides kBasis.
 TEST(Packed, CutAndExtendedValuesAreRefusedAndDamagedOnesTakeLittleMemory) {
     constexpr std::size_t kBasis = 4096, kFactor = 100;
     for (const auto &[label, type, packed, text, code] : valueCases()) {
@@ -43,7 +43,7 @@ TEST(Packed, CutAndExtendedValuesAreRefusedAndDamagedOnesTakeLittleMemory) {
         EXPECT_EQ(unpack(type, packed), 0);
         EXPECT_EQ(unpack(type, packed + '\0'), ODP_E_REFUSED);
         EXPECT_EQ(unpack(type, packed + Bytes(4, '\0')), ODP_E_REFUSED);
-        // Tries every byte, or about 400 bytes of a long value.
+        // Tries every byte, or at most 400 bytes of a long value.
         for (std::size_t at = 0; at < packed.size(); at += 1 + packed.size() / 400) {
             EXPECT_EQ(unpack(type, packed.substr(0, at)), ODP_E_REFUSED) << "cut to " << at;
             for (int change : {1, 2, 3, 4, 8, 0x7F, 0x80, 0xFF}) {

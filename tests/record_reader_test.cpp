@@ -19,7 +19,7 @@ static Job smallJob() {
         .attribute("1.2.5", INTEGER, {packInt(7)});
 }
 
-// Describes the counts and attributes of a record in one text.
+// Returns the counts and attributes of a record as a text.
 static std::string describe(const record *jobRecord) {
     std::string text = std::to_string(jobRecord->numAttr) + ' ' + std::to_string(jobRecord->numJobAttr) +
                        ' ' + std::to_string(jobRecord->docAttrPerDoc);
@@ -41,7 +41,7 @@ protected:
     std::string first() { return take(ALA_GetFirstJobRecord); }
     std::string next() { return take(ALA_GetNextJobRecord); }
 
-    std::string line; // last level 5 entry of the call; empty without an entry
+    std::string line; // last level 5 entry of the last call; empty if it logged none
 
 private:
     std::string take(decltype(ALA_GetNextJobRecord) *get) {
@@ -57,7 +57,7 @@ private:
 };
 
 TEST_F(RecordReader, ACutRecordIsReadOnceItIsComplete) {
-    for (const std::uint32_t version : {0U, 2U, 3U, 7U}) { // versions up to 2 have fewer counts
+    for (const std::uint32_t version : {0U, 2U, 3U, 7U}) { // up to version 2, a record has only one count
         Log whole({.verNum = version});
         whole.job(smallJob()).job(smallJob());
         const std::size_t start = whole.records()[1];
@@ -109,7 +109,7 @@ TEST_F(RecordReader, HugeCountsAndLengthsTakeLittleMemory) {
         {"length 0", Job().attribute("1.2", 1, {Bytes()})},
     };
 #ifndef QVLEDGER_SANITIZED
-    // Makes allocations fail that are much larger than the log.
+    // Limits the memory, so that an allocation that is much larger than the log fails.
     rlimit before = {};
     ASSERT_EQ(getrlimit(RLIMIT_AS, &before), 0);
     const auto pages = std::stoul(readFile("/proc/self/statm"));

@@ -26,7 +26,7 @@ protected:
         return result;
     }
 
-    // Returns "name:type:data;" for each value of a key, and "enum N" after error N; or "open N".
+    // Returns "name:type:data;" for each value of a key, then "enum N" if error N follows; or only "open N".
     static std::string list(const char *path) {
         HKEY key = nullptr;
         if (const LONG result = RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key); result != 0)
@@ -88,7 +88,7 @@ TEST_F(RegistryFile, EveryEncodingAndLineEndIsRead) {
     for (const char byte : plain)
         crLf += byte == '\n' ? "\r\n" : std::string(1, byte);
     for (std::size_t i = 0; i < crLf.size(); ++i) {
-        const char unit = crLf[i] == '\xC3' ? crLf[++i] + 0x40 : crLf[i]; // the only character beyond ASCII
+        const char unit = crLf[i] == '\xC3' ? crLf[++i] + 0x40 : crLf[i]; // the only non-ASCII character
         little += {unit, '\0'};
         big += {'\0', unit};
     }

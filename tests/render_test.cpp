@@ -102,7 +102,7 @@ TEST_F(Rendered, EachValueIsRenderedAloneAndBetweenOthers) {
         ASSERT_EQ(render(STRING, packString("first")), 0);
         EXPECT_EQ(render(c.type, c.packed), c.code);
         ASSERT_EQ(render(STRING, packString("last")), 0);
-        // A value that fails adds an empty text.  Only DIST_NAMES, which makes several texts, adds no text.
+        // A value that cannot be rendered adds an empty text, or no text if its type is DIST_NAMES.
         const bool addsNone = c.code != 0 && c.type == DIST_NAMES;
         EXPECT_EQ(take(), "first|" + (addsNone ? "" : c.text + "|") + "last");
     }

@@ -43,7 +43,7 @@ TEST(ReportFile, IsLockedAndEndsInWholeLines) {
     EXPECT_EQ(readFile(report), "job-name\nmarch\n") << "in the file that now has the name";
 }
 
-// "1<> report" and some service managers open the report at its first byte, without O_APPEND.
+// A shell's "1<> report" and some service managers open the report at its first byte, without O_APPEND.
 TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
     PrintSystem system;
     const fs::path report = system / "report";
@@ -70,7 +70,7 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
         EXPECT_TRUE(fs::exists(system.log("19990302")));
     }
     fs::remove(system.log("19990302"));
-    for (const bool removed : {false, true}) { // removes the report while the run waits for it
+    for (const bool removed : {false, true}) { // is the report removed while the run waits?
         SCOPED_TRACE(removed);
         system.save("19990301", marchLog());
         writeFile(report, "");
@@ -78,7 +78,7 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
         ASSERT_EQ(OS_LockFile(locked), OS_DONE);
         const pid_t waiting =
             system.start({"-d", "alpha"}, {.output = output, .error = removed ? -1 : output});
-        usleep(removed ? 100'000 : 1'200'000); // a message is due after 1 s, but not in the report
+        usleep(removed ? 100'000 : 1'200'000); // even after 1 s it must not print a message
         EXPECT_EQ(write(locked, "other\n", 6), 6);
         if (removed)
             fs::remove(report);
@@ -93,7 +93,7 @@ TEST(ReportFile, IsAppendedToWithMessagesBetweenLines) {
     }
 }
 
-// A failed run removes a report that it created, unless another program has it open or wrote to it.
+// A failed run that deleted no log removes its new report, unless another program has it open or wrote to it.
 TEST(ReportFile, OfAFailedRunIsRemovedUnlessOthersUseIt) {
     const auto expectLeft = [](const char *label, bool appends, bool opens, const char *left) {
         SCOPED_TRACE(label);

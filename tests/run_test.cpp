@@ -23,7 +23,7 @@ static const LogHeader kForNobody{.accessList = {pack(userEntry("nobody-at-all",
 
 using Preparation = std::function<void(const PrintSystem &)>;
 
-// Runs the tool with -o FILE before the arguments, once with an existing FILE and once with a new FILE.
+// Runs the tool with -o FILE before the further arguments, once with an existing and once with a new FILE.
 static void expectEnd(const char *label, const Preparation &prepare,
                       const std::vector<std::string> &furtherArguments, int status, const std::string &err,
                       const std::string &entry = "") {
@@ -124,7 +124,7 @@ TEST(Run, MessagesStayOutOfTheReportIfStandardErrorIsClosed) {
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");
 }
 
-// Each record of the second log causes a message.  The run blocks when the messages have filled a pipe.
+// Each record of the second log causes a message.  The run blocks once the messages have filled their pipe.
 TEST(Run, ASignalEndsTheRunAfterTheCurrentRecord) {
     constexpr unsigned kRecords = 200;
     const Log damaged = logOf(std::vector<Job>(
@@ -164,7 +164,7 @@ TEST(Run, ASignalEndsTheRunWhileTheReportIsNotRead) {
     const pid_t run = system.start({"-d", "alpha"}, {.output = report.writer()});
     const std::string start = "job-name\nmarch\n";
     EXPECT_EQ(report.take(start.size()), start);
-    report.waitUntilFull(4096); // a write first fills the page of the previous write
+    report.waitUntilFull(4096); // a write first fills the page that the last write began
     kill(run, SIGTERM);
     EXPECT_EQ(system.finish(run).status, 1000 + SIGTERM);
     EXPECT_LT(report.drain().size(), 10'000U) << "only what was in the pipe";

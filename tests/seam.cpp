@@ -1,4 +1,4 @@
-// Checks the results of the calls of platform/os.h: equal on both systems, except as docs/platform.md lists.
+// Checks the results of the calls of platform/os.h.  docs/platform.md lists those that differ on Windows.
 //
 //     seam                        works in the current folder; exits with 0 if all results are as expected
 //     seam write|append|lock FILE keeps a file open until the end of standard input
@@ -169,7 +169,7 @@ static int compareNames(const char *one, const char *two) {
 static void checkTexts() {
     CHECK(_stricmp("Alpha", "aLPHA") == 0 && _stricmp("B", "_") > 0);
     CHECK(_stricmp("\u00C4RGER", "\u00E4rger") < 0);
-    CHECK(_stricmp("\u00CA", "\u00DA") < 0); // in code page 1252, the bytes 8A and 9A differ only in case
+    CHECK(_stricmp("\u00CA", "\u00DA") < 0); // last bytes 8A and 9A: one letter in code page 1252
     CHECK(_memicmp("a\0B", "A\0b", 3) == 0 && _memicmp("\u00C4", "\u00E4", 2) < 0);
     CHECK(compareNames("Corp", "CORP") == 0 && compareNames("ab", "ABC") < 0);
     CHECK(kOnWindows ? compareNames("\u00C4RGER", "\u00E4rger") < 0
@@ -243,7 +243,7 @@ static int occupy(std::string_view how, const char *path) {
 
 int main(int argc, char **argv) {
     OS_PrepareProcess();
-    OS_ChooseLocale(LC_ALL); // like the programs
+    OS_ChooseLocale(LC_ALL); // as the programs do
     if (argc == 3)
         return occupy(argv[1], argv[2]);
     for (const auto part : {checkNames, checkReading, checkWriting, checkIdentity, checkLocks, checkTexts,

@@ -1,4 +1,4 @@
-// A set-group-id installation uses its group's rights for the system's own logs only.
+// A set-group-id installation uses its group's rights only for the system's registry, OID tables and logs.
 #include <gtest/gtest.h>
 
 #include <grp.h>
@@ -13,8 +13,8 @@
 using namespace samples;
 namespace fs = std::filesystem;
 
-constexpr uid_t kCaller = 1;                              // id of a user and of a group, both with a name
-constexpr gid_t kLent = 4;                                // id of a named group without the caller
+constexpr uid_t kCaller = 1; // user and group id of the runs; both have a name
+constexpr gid_t kLent = 4;   // the set-group-id program's group, which has a name; the user is no member
 static const char *const kRootless = "test-without-root"; // server without QV_ROOT in the registry
 static const char *const kLines = "job-name\nthe system's\n";
 
@@ -26,7 +26,7 @@ static Log logFor(const AccessEntry &entry, const std::string &name = "the syste
     return logOf({jobOf({{"job-name", {name}}})}, {.accessList = {pack(entry)}});
 }
 
-// The print system belongs to root and the lent group; `mine` belongs to the caller and the caller's group.
+// The print system belongs to root and the group kLent; `mine` belongs to the user and the user's group.
 class SetGroupId : public testing::Test {
 protected:
     void SetUp() override {
@@ -89,7 +89,7 @@ protected:
         EXPECT_EQ(result.out, "") << label;
     }
 
-    PrintSystem system; // contains the files of QV_REGISTRY and QV_LOG
+    PrintSystem system; // its folder contains the files that QV_REGISTRY and QV_LOG name
     const SampleRoot mine{system / "mine"};
     std::string caller;
 };
@@ -100,7 +100,7 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     EXPECT_EQ(result.status, 0) << "a caller on the access list gets his report: " << result.err;
     EXPECT_EQ(result.out, kLines);
 
-    const fs::path locked = system / "locked"; // the lent group may write it
+    const fs::path locked = system / "locked"; // the group kLent may write to it
     writeFile(locked, "");
     own(locked, 0, kLent, 0660);
     const auto expectIgnored = [&](const std::string &name, const std::string &value) {
@@ -120,7 +120,7 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     }
     EXPECT_FALSE(fs::exists(mine.path() / "log"));
 
-    // Paths that the caller chooses.
+    // The program does not use the group's rights for a path that the user chooses.
     fs::copy(system.root.oids(), secret);
     logFor(anyUserEntry(), "secret").save(secret / "alpha.19990301");
     own(secret / "alpha.19990301", 0, kLent, 0640);
@@ -143,7 +143,7 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     EXPECT_EQ(stat(report.c_str(), &made), 0);
     EXPECT_TRUE(made.st_uid == kCaller && made.st_gid == kCaller) << made.st_uid << ':' << made.st_gid;
 
-    // Deletion, in a folder that the group may write.
+    // The program deletes no log, although the group may write to the folder.
     own(system.root.logs(), 0, kLent, 0770);
     result = run({"-d", "alpha"});
     EXPECT_EQ(result.status, 26);

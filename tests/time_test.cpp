@@ -42,8 +42,8 @@ protected:
     }
 };
 
-// The standard offset is added in every season, and mktime() reads the sum as local time.  So the result is
-// an hour slow in summer.
+// In every season the standard offset is added, and mktime() reads the sum as local time.  In summer the
+// sum is an hour too early.
 TEST_F(Times, UtcIsConvertedInEachZoneAndSeason) {
     const struct {
         const char *label, *zone;
@@ -89,7 +89,7 @@ TEST_F(Times, SecondsDoNotDependOnEarlierConversions) {
         std::int64_t seconds;
     } cases[] = {
         {kBerlin, {2024, 10, 27, 2, 0, 0, 0, 0, 0}, 1729994400},
-        {moved.c_str(), {2011, 3, 26, 22, 30, 0, 0, 0, 0}, 1301182200}}; // 02:30, which did not exist
+        {moved.c_str(), {2011, 3, 26, 22, 30, 0, 0, 0, 0}, 1301182200}}; // 02:30, which this zone skipped
     for (const auto &c : cases)
         for (const std::int16_t month : {std::int16_t{1}, std::int16_t{7}}) {
             setZone(c.zone);

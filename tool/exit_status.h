@@ -3,7 +3,7 @@
 
 namespace qvledger {
 
-constexpr int kStatusUsage = 1;       // invalid option, or no server name
+constexpr int kStatusUsage = 1;       // invalid options or server names
 constexpr int kStatusNoMemory = 3;    // out of memory
 constexpr int kStatusNoLogs = 29;     // a server has no log in the date range
 constexpr int kStatusBadStart = 30;   // invalid environment, dates or report file

@@ -1,4 +1,5 @@
-// Interface of the writers that turn logs into output: the report of qvledger and the lines of qvledger-json.
+// Interface of the writers that turn logs into the report of qvledger, the lines of qvledger-json, or the
+// sums of qvledger-sum.
 #pragma once
 
 #include <cstdint>
@@ -19,19 +20,20 @@ struct LogName {
 class LogOutput {
 public:
     virtual ~LogOutput() = default;
-    // Writes all records of an open log; stops early if mustStop() (tool/stop.h).  Reports failures to the
-    // user.  Returns true if the end of the log was reached and nothing was skipped.
+    // Writes or sums all records of an open log; stops early if mustStop() (tool/stop.h).  Returns true only
+    // if the end of the log was reached.  A writer that is used with -d returns true only if it also skipped
+    // nothing, because the log is then deleted.
     virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                        LineWriter &report) = 0;
     // Called after the message about a log that could not be opened.
     virtual void skip(const LogName &, LineWriter &) {}
     // Called after the message about a log that could not be read to its end.
     virtual void readFailed() {}
-    // Called after the message about a list of a server's logs that may be incomplete.
+    // Called with the server's name after the message that the list of its logs may be incomplete.
     virtual void listIsCut(const char *, LineWriter &) {}
     // Called after the last log of a server.
     virtual void end() {}
-    // Called after the last server, unless a signal ended the run.
+    // Called after the last server, unless the report was not opened or a signal ended the run.
     virtual void endRun(LineWriter &) {}
 };
 

@@ -106,7 +106,7 @@ static void appendValue(LogText &line, const MessageValue &value, bool isOwn) {
         line.append(std::get<const char *>(value));
 }
 
-// Messages of set 59 print their arguments unchanged.  Messages of sets 60 and 61 begin with the program's
+// Messages of set 59 and kMsgCheckUsage print their arguments unchanged.  All others begin with the program's
 // name, and control characters in their arguments are escaped.
 void qvledger::displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values) {
     char text[kRawSize];

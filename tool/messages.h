@@ -36,7 +36,7 @@ using MessageValue = std::variant<const char *, std::int32_t>;
 // Prints a message.  A placeholder without an argument is removed.
 void displayMessage(std::uint32_t msgCode, std::initializer_list<MessageValue> values);
 
-// The message code for an ALA return code.
+// The message code for an ALA return code; kMsgUnknownError for an unknown return code.
 std::uint32_t messageOf(std::uint32_t errCode);
 
 // Prints a message with its arguments.
@@ -51,12 +51,12 @@ void DisplayMsgFromErr(std::uint32_t in_errCode, const Values &...values) {
     displayMessage(messageOf(in_errCode), {values...});
 }
 
-// Copies the unformatted text of a message to a buffer of in_bufSize bytes, cut if it is longer.  Uses the
-// catalogue's text if all its placeholders occur in the default text, else the default text.  An unknown code
-// gets the text of kMsgUnknownError.
+// Copies the unformatted text of a message to a buffer of in_bufSize bytes.  Uses the catalogue's text if it
+// fits and all its placeholders occur in the default text, else the default text, cut if it does not fit.  An
+// unknown code has the default text of kMsgUnknownError.
 void GetMsg(std::uint32_t in_msgCode, std::uint32_t in_bufSize, char *inoutp_buf);
 
-// Was a message catalogue found?
+// Was a message catalogue with the text of kMsgUsage found?
 bool hasCatalogue();
 
 // Appends the log text of a return code to the log entry being built.  Appends nothing for success.

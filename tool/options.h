@@ -7,7 +7,7 @@ namespace qvledger {
 
 struct Options {
     const char *serverName = nullptr;   // first operand
-    char *const *moreServers = nullptr; // the other operands
+    char *const *moreServers = nullptr; // operands after the first
     std::int32_t numMoreServers = 0;
     const char *ofile = nullptr;
     const char *startDate = nullptr;
@@ -34,20 +34,21 @@ constexpr char kJsonLetters[] = "to:s:e:p:O:hV";
 constexpr char kCheckLetters[] = "s:e:p:O:S:hV";
 constexpr char kSumLetters[] = "b:k:n:f:s:e:p:O:hV";
 
-// Replaces "--help" and "--version" before the first operand by "-h" and "-V".
+// Replaces "--help" by "-h" and "--version" by "-V".  Stops at the first argument that does not begin with a
+// hyphen.
 void replaceLongOptions(int argc, char **argv);
 
 Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
 
-// Values of ValidDate's dateTypeStr: the option that a message names.
+// Values of ValidDate's dateTypeStr: whether messages call the date the start date or the end date.
 constexpr std::int32_t kStartDate = 0;
 constexpr std::int32_t kEndDate = 1;
 
 // Checks a date.  Returns 1 for a valid date; otherwise prints a message with the fault and returns 0.  A
-// valid date begins with exactly eight digits, YYYYMMDD.
+// valid date begins with exactly eight digits, YYYYMMDD, and the month has this day.
 std::int32_t ValidDate(const char *dateStr, std::int32_t dateTypeStr);
 
-// Checks with ValidDate those dates that the options contain.
+// Checks the dates in the options with ValidDate.  True for options without dates.
 bool datesAreValid(const Options &options);
 
 // The requested range of dates, as numbers YYYYMMDD, both ends included.

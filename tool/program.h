@@ -5,10 +5,10 @@
 
 namespace qvledger {
 
-// Sets up the process, calls work, cleans up, and returns the exit status.  If a signal asked the program to
-// end, the program ends by that signal instead of returning.  If work throws std::bad_alloc, prints a message
-// and returns kStatusNoMemory.  name: text before each message.  localeCategories: the LC_... categories to
-// set from the user's environment.
+// Sets up the process, calls work, cleans up, and returns the exit status of work.  If a signal asked the
+// program to end, the program ends by that signal instead of returning.  If work throws std::bad_alloc,
+// prints a message and returns kStatusNoMemory.  name: the program's name in messages.  localeCategories: the
+// LC_... categories to set from the user's environment.
 int runProgram(const char *name, int argc, char **argv, std::initializer_list<int> localeCategories,
                int (*work)(int argc, char **argv));
 

@@ -43,7 +43,7 @@ void qvledger::startProgress(bool reportIsFile, std::int32_t numLogs) {
                   !isSetTo("QV_LOG", "stderr");
     state.numLogs = numLogs;
     state.started = milliseconds();
-    state.lastDrawn = state.started; // a short run shows nothing
+    state.lastDrawn = state.started; // first drawn after kRedrawAfter, so a short run shows no line
 }
 
 static void drawIfDue() {

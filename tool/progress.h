@@ -12,9 +12,9 @@ namespace qvledger {
 // Starts the progress line for a run over numLogs logs.
 void startProgress(bool reportIsFile, std::int32_t numLogs);
 
-// Count a log, with its date YYYYMMDD, and a record.  Both functions redraw the line, at most four times a
-// second.
+// Counts a log, whose date is YYYYMMDD.  Redraws the line, at most four times a second.
 void progressToLog(std::int32_t date);
+// Counts a record.  Redraws the line, at most four times a second.
 void countRecord();
 
 // Redraws the line, at most four times a second.  Call this function during long work without records.

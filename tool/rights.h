@@ -1,8 +1,9 @@
 // The rights that a set-group-id installation lends.
 //
-// The program runs with its caller's own rights.  It uses the lent rights only to read the system's registry
-// file and OID database, to find the host's domain, and to list and open the logs in the system's own
-// directory, where each log's access list decides.  docs/security.md explains why.
+// The program runs with its user's own rights.  It uses the lent rights only to read the system's registry
+// file and OID database, to find the host's domain, to list and open the logs in the system's own directory,
+// where each log's access list decides, and to compare the folder of -S with the log directory.
+// docs/security.md explains why.
 #pragma once
 
 #include "ala/driver/session.h"
@@ -10,8 +11,8 @@
 
 namespace qvledger {
 
-// Drops the lent rights until LentRights uses them.  Call this function first.  With lent rights, also
-// removes QV_ROOT, so that the root comes from the registry and not from the caller.
+// Drops the lent rights until LentRights uses them.  Call this function when the program starts.  With lent
+// rights, also removes QV_ROOT, so that the root comes from the registry and not from the user.
 inline void dropLentRights() {
     if (OS_HasLentRights() != 0)
         static_cast<void>(_putenv("QV_ROOT=")); // an empty value removes a variable
@@ -30,7 +31,7 @@ public:
     LentRights &operator=(const LentRights &) = delete;
 };
 
-// Finds the host's domain with lent rights, whatever paths the caller names.  The result is kept, so the
+// Finds the host's domain with lent rights, whatever paths the user names.  The result is kept, so the
 // registration does not look again.  Without lent rights, does nothing: the registration finds the domain.
 inline void findDomainWithLentRights() {
     if (OS_HasLentRights() == 0)

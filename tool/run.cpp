@@ -61,10 +61,10 @@ private:
     ReportFile file_;
     LineWriter lines_{file_};
     RunResult result_;
-    bool isOpen_ = false; // the report is open
+    bool isOpen_ = false; // openReport() succeeded
     bool isOver_ = false; // the remaining servers are skipped
     char **environment_ = OS_KeepEnvironment();
-    char zone_[256] = ""; // TZ of the first server, which all others must share; a copy, cut to 255 bytes
+    char zone_[256] = ""; // TZ that all servers must share; a copy, cut to 255 bytes
 };
 
 } // namespace
@@ -81,9 +81,9 @@ bool Run::loadSettings(std::int32_t number) {
     return loadServiceEnvironment(options_.serverName);
 }
 
-// Refuses a report file that is a log of one of the servers: prints a message and returns true, because
-// report lines in a log would be read as records.  Registers no server, because the first registration fixes
-// the time zone.
+// Prints a message and returns true if the report file is a log in a server's log directory, because report
+// lines in a log would be read as records; also if the current server's settings can no longer be loaded.
+// Registers no server, because the first registration fixes the time zone.
 bool Run::refuseLogAsReport(std::int32_t current) {
     if (!file_.isFile())
         return false;
@@ -102,12 +102,12 @@ bool Run::refuseLogAsReport(std::int32_t current) {
     }
     if (numServers_ == 1 || loadSettings(current))
         return false;
-    DisplayMsg(kMsgEnvironment); // the registry has changed meanwhile
+    DisplayMsg(kMsgEnvironment);
     return true;
 }
 
-// Checks the dates and opens the report, once, before the first log.  Returns 0, or the status that ends the
-// run.  If a signal asked the program to end, returns 0 and leaves isOpen_ false.
+// Checks the dates and opens the report.  Called once, before the first log.  Returns 0, or the status that
+// ends the run.  If a signal ended the opening, returns 0 and leaves isOpen_ false.
 int Run::openReport(std::int32_t number) {
     if (!datesAreValid(options_))
         return kStatusBadStart;
@@ -134,7 +134,7 @@ ServerResult Run::reportOne(std::int32_t number) {
         DisplayMsg(kMsgEnvironment);
         if (const char *trouble = OS_RegistryTrouble(); *trouble != '\0') {
             DisplayMsg(kMsgRegistryFile, trouble);
-            isOver_ = true; // the registry has the settings of all servers
+            isOver_ = true; // other servers need the same registry file
         }
         return failedServer(kStatusBadStart);
     }
@@ -164,7 +164,7 @@ int Run::report() {
     }
     if (isOpen_ && OS_NotedSignal() == 0)
         writer_.endRun(lines_);
-    static_cast<void>(lines_.flush()); // a failure was reported
+    static_cast<void>(lines_.flush()); // flush() reports a failure
     if (!result_.deletedAny && (result_.failed || !result_.foundLog))
         if (file_.removeIfCreated())
             DisplayMsg(kMsgReportRemoved, options_.ofile);

@@ -14,13 +14,14 @@ constexpr char compiledVersionString[] = {
     '0' + ALA_VERSION_MAJOR,      '.', '0' + ALA_VERSION_MINOR, '-', '0' + ALA_VERSION_PATCH / 10,
     '0' + ALA_VERSION_PATCH % 10, '\0'};
 
-// Runs qvledger for the server of the first operand.  Returns the exit status.
+// Runs qvledger for the server of the first operand; other operands are ignored.  Returns the exit status.
 int run(const Options &options);
 
-// Reports the servers of the first numServers operands into one report, through any writer.  If a server
-// fails, the others are still reported.  Returns the status of the first failure; kStatusNoLogs only if no
-// server failed.  statusIfLost is the status if the report could not be written; kStatusAsUsual means no
-// special status.
+// Reports the servers of the first numServers operands into one report, through the writer.  If a server
+// fails, the others are still reported, unless the failure concerns all servers: the registry file, the dates
+// or the report.  Also handles -h, -V and invalid options.  Returns the status of the first failure;
+// kStatusNoLogs only if no server failed.  statusIfLost is the status if the report could not be written;
+// kStatusAsUsual means no special status.
 constexpr int kStatusAsUsual = -1;
 int runWith(const Options &options, std::int32_t numServers, LogOutput &writer,
             int statusIfLost = kStatusAsUsual);

@@ -30,8 +30,8 @@ struct LoopState {
     }
 };
 
-// Checks the report before each deletion, and prints a message about each log that could not be given its
-// name back.
+// Checks the report before each deletion.  Prints a message about each log that was renamed for its deletion
+// and could not be renamed back.
 class Deletion final : public DeletionWatch {
 public:
     explicit Deletion(const ReportFile &report) : report_(report) {}
@@ -132,7 +132,7 @@ static void processLogs(const Options &options, const ServerSession &session, Li
     const ALA_name *file = session.nameList;
     for (const dateNode *node = session.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (date > range.last) // all later logs are newer
+        if (date > range.last) // the list is sorted by date
             return;
         if (mustStop(report.failed()))
             return;
@@ -163,12 +163,12 @@ ServerResult qvledger::reportServer(const Options &options, LineWriter &report, 
         writer.listIsCut(options.serverName, report);
     writer.end();
     endProgress();
-    static_cast<void>(report.flush()); // a failure is already reported
+    static_cast<void>(report.flush()); // flush() reports a failure
     const bool askedToEnd = OS_NotedSignal() != 0;
     ServerResult result = {
         .failed = state.errOut || askedToEnd, .foundLog = !state.noLogFound, .deletedAny = state.deletedAny};
     if (const ALA_retCode_t ended = endSession(session); ended != ALA_N_NORMAL) {
-        result.status = ended; // not a failure: the report is complete
+        result.status = ended; // `failed` does not change: the report is not affected
     } else if (state.noLogFound && !result.failed && !report.failed()) {
         DisplayMsg(kMsgNoLogs);
         result.status = kStatusNoLogs;

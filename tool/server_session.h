@@ -7,12 +7,12 @@
 
 namespace qvledger {
 
-// The registration of a server and the lists of its logs.  endSession() releases both and reports a failure;
-// the destructor releases the rest and ignores failures.
+// The registration of a server and the lists of its logs.  endSession() releases both and logs a failure; the
+// destructor releases what endSession() has not released, and ignores failures.
 struct ServerSession {
     ALA_handle_t mainh = nullptr;
     dateNode *dateList = nullptr;
-    ALA_name *nameList = nullptr; // one name per date
+    ALA_name *nameList = nullptr; // file names of the logs, in the order of dateList
     bool isListCut = false;       // the lists may lack logs
 
     ServerSession() = default;
@@ -32,14 +32,14 @@ const char *findLogPath(const Options &options, Malloced<char> &made);
 // Reports why findLogPath() returned null.  Returns the exit status for this failure.
 int reportNoLogPath();
 
-// Registers the server of the options.  0, or the code of a failure, which is reported.
+// Registers the server of the options.  Returns 0, or the code of a failure, which is reported.
 ALA_retCode_t registerServer(const Options &options, const char *logPath, ServerSession &session);
 
-// Lists the server's logs.  Reports logs that are being deleted, an incomplete list, and logs with the same
-// date.  0, or the code of a failure, which is reported.
+// Lists the server's logs.  Reports logs that are being deleted, an incomplete list, and a current log with
+// the date of another log.  Returns 0, or the code of a failure, which is reported and ends the registration.
 ALA_retCode_t listLogs(const Options &options, ServerSession &session);
 
-// The number of listed logs in the range.
+// The number of listed logs in the date range.
 std::int32_t countLogs(const ServerSession &session, const DateRange &range);
 
 // Releases the lists and the registration.  Returns 0, or logs and returns the code of the first step that

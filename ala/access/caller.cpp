@@ -23,7 +23,7 @@ constexpr DWORD kWorkstationLevel = 101;
 static char gMyDomainName[kDomainSize + 1] = ""; // empty: not looked up yet, or there is no domain
 static std::int32_t threadOnce = 0;
 
-// The family of the operating system (dwPlatformId).  Empty if the system does not report its family.
+// Returns the family of the operating system (dwPlatformId).  Empty if the system does not report its family.
 static std::optional<DWORD> platformFamily() {
     OSVERSIONINFOA version = {};
     version.dwOSVersionInfoSize = sizeof version;
@@ -81,7 +81,7 @@ static Malloced<char> accountDomain(const char *user) {
     return domain;
 }
 
-// Fills the caller's credential.  The host gets the same domain as the user.  0, or 1 on failure.
+// Fills the user's credential.  The host gets the same domain as the user.  Returns 0, or 1 on failure.
 static std::int32_t fillPac(ALA__pac *pac, SEC_domType_t domainType) {
     char user[kUserNameSize] = "";
     DWORD userSize = sizeof user;
@@ -188,7 +188,7 @@ void qvledger::TOnceGetDomainName() {
     const LONG result = readLogonFlags(&flags);
     logRegistryTrouble();
     if (result != ERROR_SUCCESS && OS_HasLentRights() != 0) {
-        // A caller could make the registry unreadable so that the computer's name is used as the domain.
+        // Otherwise a user could make the registry unreadable, and get the computer's name as the domain.
         LOG_CondMessage(
             LOG_ERROR, __FILE__, __LINE__,
             "TOnceGetDomainName: the registry cannot be read, error %d; the machine has no domain\n",

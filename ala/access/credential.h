@@ -1,4 +1,4 @@
-// The records of the caller's identity.
+// The structures that contain the user's identity.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@ constexpr std::uint32_t kComputerNameSize = 16;
 
 } // namespace qvledger
 
-// The caller's identity as obtained from the system.  All numbers are in network byte order.
+// The user's identity as obtained from the system.  All numbers are in network byte order.
 struct ALA__pac {
     std::uint32_t version; // always 1001
     std::uint32_t magic;
@@ -37,7 +37,7 @@ struct ALA__pac {
     std::uint8_t certificateVal_o[1];
 };
 
-// The caller's identity as compared with an access list.  The domain types are in network byte order.
+// The user's identity as compared with an access list.  The domain types are in network byte order.
 struct ALA_oncMsCred {
     char *user;
     char *domainName;

@@ -46,7 +46,8 @@ EntryDomain::EntryDomain(const GEN_distNameString &value)
     : hasType(value.name_syntax_o != nullptr),
       failure(GENU_ExtractDistNameString(StatusList(), TextOut(text), &type, &value, 0)) {}
 
-// The machine's domain as text and type; null and 0 if there is no domain.
+// The machine's domain as text and type; the text is empty if the machine has no domain.  Null and 0 without
+// a registration, or if memory ran out when the domain was stored.
 static Domain machineDomain() {
     if (serverUserDomain == nullptr)
         return {nullptr, 0};
@@ -83,7 +84,7 @@ std::int32_t qvledger::matchDomain(const ALA_credential_t &credential, const Ent
                            entry.type != 0 ? entry.type : machine.type};
     const ALA_oncMsCred &caller = credential.u.oncMsCred;
     compare(completed(caller.domainName, caller.userDomType), filled, matched);
-    if (*matched != 0) // for the host's domain, an empty text is not replaced
+    if (*matched != 0) // here, an empty domain of the entry is not replaced
         compare(completed(caller.hostDomain, caller.hostDomType), typed(entry), matched);
     return 0;
 }
@@ -140,7 +141,7 @@ std::int32_t _ALA_DNSMatchAscii(STF_l__hdr *, const char *inp_credDom, const cha
     const Malloced<char> aclReversed(_ALA_ReverseString(inp_aclDom));
     if (credReversed == nullptr || aclReversed == nullptr)
         return 1;
-    // Skip the name's trailing dot, which leads the reversed text.
+    // A trailing dot of the name is the first byte of the reversed text; skip it.
     char *cred = credReversed.get() + (*credReversed == '.' ? 1 : 0);
     const char *acl = aclReversed.get() + (*aclReversed == '.' ? 1 : 0);
     const std::size_t length = std::strlen(acl);

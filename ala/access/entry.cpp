@@ -65,7 +65,7 @@ static std::int32_t matchGroup(Entry &entry, const ALA_groupSIDList *groups) {
     if (ALA__SeparateSimpleName(&entry.rawName(), &name, &length) != 0)
         return 1;
     const char *domain = entry.domain().text.get();
-    // An entry for a group without a domain matches no caller.
+    // An entry for a group without a domain matches no user.
     return !isEmpty(domain) && isListed(groups, name, static_cast<std::size_t>(length), domain) ? 0 : 1;
 }
 
@@ -76,7 +76,7 @@ static std::int32_t match(Entry &entry, const ALA_credential_t &credential, ALA_
         return ALA_FAIL(1, "ALA__MSACLMatch: Invalid ACL: 0\n");
     if (user == nullptr)
         return ALA_FAIL(1, "ALA__MSACLMatch: Invalid user name in credential: 0\n");
-    std::int32_t differs = kind == kAnyUser ? 0 : 1; // an unknown kind matches no caller
+    std::int32_t differs = kind == kAnyUser ? 0 : 1; // an unknown kind matches no user
     if (kind == kUser)
         differs = _stricmp(user, entry.name());
     else if (kind == kGroup)

@@ -1,4 +1,4 @@
-// Decides whether an access list entry admits the caller.
+// Decides whether an access list entry admits the user.
 #pragma once
 
 #include <cstdint>
@@ -13,13 +13,13 @@ std::int32_t ALA__AccountingAuthorized(STF_l__hdr *inoutp_status, const GEN_eACL
                                        const ALA_credential_t *inp_userInfo,
                                        std::int32_t *outp_booleanResult);
 
-// Checks whether the entry applies to the user.  Returns 0 if the entry applies; otherwise, and after a
-// failure, returns non-zero.
+// Checks whether the entry applies to the user.  If the entry names a group, creates the list of the user's
+// groups unless it exists.  Returns 0 if the entry applies; otherwise, and after a failure, returns non-zero.
 std::int32_t ALA__MSACLMatch(STF_l__hdr *inoutp_status, const GEN_eACL *inp_msACL,
                              const ALA_credential_t *inp_credential, ALA_groupSIDList **inoutpp_gSidList);
 
-// Checks whether the list of the caller's groups contains the entry's group.  Returns 0 if the list
-// contains the group, otherwise 1.
+// Checks whether the list of the user's groups contains the entry's group.  Returns 0 if the list contains
+// the group, otherwise 1.
 std::int32_t _ALA_MSingrp(const GEN_eACL *inp_msACL, const ALA_credential_t *inp_credential,
                           ALA_groupSIDList **inoutpp_gSidList);
 
@@ -31,7 +31,7 @@ std::int32_t ALA__SeparateSimpleName(const GEN_simpleName *inp_serverName, const
 namespace qvledger {
 
 // Unpacks an access list entry.  Unless *granted is 1 already, evaluates the entry and sets *granted to 1 if
-// the entry admits the caller, otherwise to 0.  Returns ALA_N_NORMAL, or ALA_A_ODPUNPACK_ERROR if the entry
+// the entry admits the user, otherwise to 0.  Returns ALA_N_NORMAL, or ALA_A_ODPUNPACK_ERROR if the entry
 // cannot be unpacked or an evaluated entry has an unknown privilege level.
 ALA_retCode_t evaluateEntry(const std::uint8_t *packed, std::int32_t length, AS_attrValType_t type,
                             Caller &caller, std::int32_t *granted);

@@ -8,11 +8,11 @@
 // A group in a list of groups.
 struct ALA_groupSIDList {
     char *user;       // the group's name
-    char *domainName; // the group's domain
+    char *domainName; // the group's domain; the computer's name for a local group
     ALA_groupSIDList *next;
 };
 
-// Creates the list of the caller's groups unless the list already contains groups.  Returns 0, or 1 and an
+// Creates the list of the user's groups unless the list already contains groups.  Returns 0, or 1 and an
 // empty list on failure.
 std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *inp_credential,
                                      ALA_groupSIDList **inoutpp_gSidList);

@@ -1,8 +1,8 @@
 // A cache of attribute names, used for all records that are read with a handle.
 //
 // Most records of a log have the same attributes in the same order.  A place is the index of an attribute in
-// its record.  A column caches the object identifier and the name of the last attribute at one place.  A name
-// is looked up again only if the identifier at its place changes.
+// its record.  A column caches the object identifier and the name of the attribute that was last read at one
+// place.  A name is looked up again only if the identifier at its place changes.
 #pragma once
 
 #include <cstddef>
@@ -42,7 +42,8 @@ public:
     void forget() { table_.reset(); }
 
     // Returns a number that identifies the names now cached for the places from first to end (not included).
-    // Other names or other places have another number.  Never 0.  REQUIRES: all these places are cached.
+    // The number is different for different names or places.  Never 0.  REQUIRES: all these places are
+    // cached.
     std::uint64_t stateOf(std::uint64_t first, std::uint64_t end) {
         if (first != first_ || end != end_) {
             first_ = first;

@@ -14,14 +14,14 @@ struct handleData {
     char *acctLogPath; // released with the handle
     void *oidHandle;   // the open OID database
 
-    // Number of values and attributes that the cursors could not return.  If it grows while a log is read,
-    // the report of that log is incomplete.
+    // Number of values and attributes that the cursors could not return completely.  If it grows while a log
+    // is read, the report of that log is incomplete.
     std::uint64_t valuesSkipped;
 
     ALA_timeForm_t timeForm;
 
     qvledger::Columns columns;     // cached attribute names
-    qvledger::PlainDays plainDays; // for the time zone when a log was last opened
+    qvledger::PlainDays plainDays; // of the time zone that was set when a log was last opened
 
     ~handleData() {
         std::free(svrName);
@@ -32,11 +32,11 @@ using ALA_handleData_t = handleData;
 
 namespace qvledger {
 
-// Checks that this process registered the handle.  Returns ALA_N_NORMAL; otherwise ALA_A_NOT_REGISTER, and
-// logs a line of level 5 with the name of the operation.
+// Returns ALA_N_NORMAL if this process registered the handle.  Otherwise logs a line of level 5 with the name
+// of the operation, and returns ALA_A_NOT_REGISTER.
 ALA_retCode_t checkHandle(ALA_handle_t handle, const char *operation);
 
-// checkHandle for ALA_Open and ALA_Close, whose log line has other words.
+// Like checkHandle, for ALA_Open and ALA_Close.  Their log line is worded differently.
 ALA_retCode_t checkHandleOfLog(ALA_handle_t handle, const char *operation);
 
 } // namespace qvledger

@@ -28,6 +28,6 @@ extern THR_mutex_t localeLock;
 
 } // namespace qvledger
 
-// Called by every registration.  Initialises both mutexes; if they are initialised already, counts a further
-// user.
+// Initialises both mutexes unless they are in use.  Every registration calls this function; the last
+// ALA_Unregister destroys the mutexes.
 void ALA__InitMutex();

@@ -11,7 +11,7 @@
 
 namespace qvledger {
 
-// Allocates a zeroed record without a destructor.  Null when memory runs out.
+// Allocates a zeroed object of a type without a destructor.  Null when memory runs out.
 template <class T>
 Malloced<T> makeZeroed() {
     static_assert(std::is_trivially_destructible_v<T>, "free() would not release its members");
@@ -21,7 +21,7 @@ Malloced<T> makeZeroed() {
     return record;
 }
 
-// Owned<T> owns a malloc'ed record with a destructor, which releases the record's members.
+// Owned<T> owns a malloc'ed object with a destructor, which releases the object's members.
 struct DestroyDeleter {
     template <class T>
     void operator()(T *record) const {
@@ -32,7 +32,7 @@ struct DestroyDeleter {
 template <class T>
 using Owned = std::unique_ptr<T, DestroyDeleter>;
 
-// Allocates a zeroed record with a destructor.  Null when memory runs out.
+// Allocates a zeroed object of a type with a destructor.  Null when memory runs out.
 template <class T>
 Owned<T> makeOwned() {
     void *memory = std::malloc(sizeof(T));

@@ -10,7 +10,7 @@
 using namespace qvledger;
 
 constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr std::size_t kDays = 16384; // days in the cache: 44 years
+constexpr std::size_t kDays = 16384; // days in the cache: almost 45 years
 
 // Converts a local time, in seconds since 1970, to an instant.  True if converting the instant back results
 // in the same local time.

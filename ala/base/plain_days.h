@@ -1,7 +1,7 @@
 // A cache of plain days: days on which the clocks are not changed.
 //
 // If the C library converts a local time of a plain day to an instant and back, the result is the same local
-// time.  So both conversions are skipped; they cost more than the rest of rendering a time.
+// time.  So the facility skips both conversions, which cost more than the rest of rendering a time.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,10 @@ namespace qvledger {
 // The plain days of one time zone.
 class PlainDays {
 public:
-    // Empties the cache if the time zone of the process has changed.
+    // Empties the cache if TZ or the zone's standard offset has changed.
     void checkZone();
 
-    // Is the day plain?  day: in days since 1 January 1970.  Also false if this cannot be determined.
+    // Is the day plain?  day: in days since 1 January 1970.  False if this cannot be determined.
     bool contains(std::int32_t day);
 
 private:

@@ -33,7 +33,7 @@ static_assert(offsetof(ALA_attrTag_t, attrValType) == 148);
 
 // An attribute of a record or document.
 struct attrValNode : attrTag {
-    std::uint8_t *oid;    // oidBytes; null until the binary object identifier is needed
+    std::uint8_t *oid;    // points to oidBytes; null until the binary object identifier is needed
     GEN_string *attrVals; // numAttrVal values; null if numAttrVal is 0
     std::uint8_t oidBytes[OID_BINARY_SIZE];
 };
@@ -42,7 +42,7 @@ using ALA_attrValNode_t = attrValNode;
 struct record {
     std::uint32_t numAttr;
     std::uint32_t numJobAttr;    // number of job attributes, which come first; 0 before log version 3
-    std::uint32_t docAttrPerDoc; // number of attributes of each document; 0 before log version 3
+    std::uint32_t docAttrPerDoc; // number of attributes of each complete document; 0 before log version 3
     attrValNode *attrValList;    // numAttr nodes, in file order
     attrValNode *curAttr;        // last node that the job cursor returned; null before the first node
     std::uint32_t index;         // position of the job cursor

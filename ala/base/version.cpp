@@ -32,7 +32,7 @@ static constexpr CodeText codeText(ALA_retCode_t code, const char *codeName, std
     for (const std::string_view part :
          {name, std::string_view(name.empty() || logText.empty() ? "" : ": "), logText})
         for (const char character : part)
-            row.text.at(size++) = character; // a text that is too long does not compile
+            row.text.at(size++) = character; // a text of more than kTextSize bytes does not compile
     return row;
 }
 

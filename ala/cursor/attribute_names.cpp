@@ -39,7 +39,7 @@ public:
         return true;
     }
 
-    // Returns the list, which the caller releases with free.  REQUIRES: count names have been added.
+    // Returns the list, to be released with free.  REQUIRES: count names have been added.
     ALA_attrName *release() { return reinterpret_cast<ALA_attrName *>(block_.release()); }
 
 private:
@@ -103,8 +103,8 @@ static ALA_retCode_t setLocale(STF_l__hdr *status, ALA_handle_t handle, const ch
         wanted, static_cast<unsigned>(result), jobRecord.attrValList->decoid);
 }
 
-// Looks up an attribute's name in the OID database and caches the name.  Returns 0, or the error of the OID
-// database.
+// Looks up an attribute's name in the OID database and caches the name.  Returns 0, or the error of an OID_
+// function.
 static std::int32_t lookUpName(STF_l__hdr *status, ALA_handle_t handle, std::uint32_t place,
                                attrValNode *node, char *name) {
     std::int32_t result = fillOid(status, node);

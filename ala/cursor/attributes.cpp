@@ -35,7 +35,7 @@ std::int32_t qvledger::fillOid(STF_l__hdr *status, attrValNode *node) {
 
 // Renders a value and adds its text to the pair.  packed: empty for an attribute without values.  name: null
 // data if the attribute's name is not cached.  Returns the codes of getAttribute, or ALA_A_ODPUNPACK_ERROR if
-// the value does not match its type.
+// the value cannot be unpacked.
 static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNode &node,
                                   const GEN_string &packed, std::string_view name, const char *locale,
                                   ALA_attrPair **attribute) {
@@ -52,8 +52,8 @@ static ALA_retCode_t deliverValue(const RenderContext &context, const attrValNod
 }
 
 // Renders all values of an attribute.  Sets *complete and returns the result of the last value; failures of
-// earlier values are only counted (valuesSkipped).  If the object identifier is malformed or a value does not
-// match its type, stops there, returns the error and does not change *complete.
+// earlier values are counted in valuesSkipped, but not returned.  If the object identifier is malformed or a
+// value cannot be unpacked, stops there, returns the error and does not change *complete.
 static ALA_retCode_t deliverAttribute(ALA_handle_t handle, attrValNode *node, Place place, const char *locale,
                                       const CursorTexts &texts, ALA_attrPair **attribute, bool *complete) {
     if (locale != nullptr)

@@ -7,14 +7,14 @@
 
 namespace qvledger {
 
-// The texts for log entries that differ between the operations.
+// The texts in log lines that differ between the operations.
 struct CursorTexts {
     const char *operation;     // name of the operation
-    const char *invalidRecord; // log text for a null record
+    const char *invalidRecord; // log text for an invalid record
 };
 
 // Converts the node's object identifier to binary, and sets node->oid; on failure node->oid is null.  Returns
-// 0, or the error of the OID database.
+// 0, or the error of OID_ConvertDecToBin.
 std::int32_t fillOid(STF_l__hdr *status, attrValNode *node);
 
 // Checks the handle and the record of an operation.  Returns ALA_N_NORMAL, ALA_A_NOT_REGISTER or

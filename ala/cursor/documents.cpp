@@ -11,7 +11,7 @@
 using namespace qvledger;
 
 // Copies a document of a record.  number: 0 for the first document.  If the record has too few attributes for
-// the document, the copy contains only the existing ones.
+// the document, the copy contains only the existing attributes.
 static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const char *operation,
                                   ALA_dRecord_t *outDocument) {
     const std::uint64_t start = jobRecord->numJobAttr + std::uint64_t{number} * jobRecord->docAttrPerDoc;
@@ -51,7 +51,7 @@ static ALA_retCode_t copyDocument(record *jobRecord, std::uint32_t number, const
 
 namespace {
 
-// Checks the arguments.  Sets *none if the record is valid but has no documents.
+// Checks the arguments.  Sets *none to true if the record is valid but has no documents.
 ALA_retCode_t checkDocuments(ALA_handle_t handle, ALA_record_t *curRecord, const CursorTexts &texts,
                              bool *none) {
     *none = false;

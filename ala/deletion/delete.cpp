@@ -14,7 +14,7 @@
 
 using namespace qvledger;
 
-// If the system cannot block a log's writers, the log is deleted only if it was not changed for this long.
+// If the system cannot block a log's writers, the log is deleted only if it has not changed for this long.
 constexpr std::chrono::hours kQuiet(1);
 
 static ALA_retCode_t refuseToday(const ALA_time *date) {
@@ -75,9 +75,9 @@ static const char *difference(const char *path, const ReadLog &read) {
     return present.modified != read.identity.modified ? "it was written to since it was opened" : nullptr;
 }
 
-// Like difference(), before this run renames the file.  If the file still has the name under which it was
-// opened, its change time must be the same, too.  The former log of the day in progress has a new change
-// time, because the server renamed it.
+// Like difference(), but for a file that this process has not yet renamed.  If the file still has the name
+// under which it was opened, its change time must be the same, too.  The former log of the day in progress
+// has a new change time, because the server renamed it.
 static const char *differenceInPlace(const char *path, const ReadLog &read) {
     if (const char *why = difference(path, read); why != nullptr)
         return why;
@@ -127,11 +127,12 @@ static const char *differenceAside(const char *aside, const ReadLog &read, Delet
 }
 
 // Renames the log to a private name, compares it again, and removes it.  Under the log's own name, another
-// process could replace the file after the comparison.  No other process uses the private name.
+// process could replace the file after the comparison.  Other processes do not use the private name while the
+// log is locked.
 static ALA_retCode_t removeRead(const char *path, const char *aside, const ReadLog &read,
                                 DeletionWatch &watch, bool *kept) {
     OS_fileIdentity present = {};
-    // Stop if the file is missing, because a file that appears now was not read.
+    // Stop if the file is missing: a file that appears later is not the one that was read.
     if (OS_IdentifyName(path, &present) != 0)
         return failToUnlink();
     if (const char *why = differenceInPlace(path, read); why != nullptr)
@@ -176,7 +177,7 @@ ALA_retCode_t qvledger::deleteReadLog(ALA_handle_t handle, const ALA_time *date,
     return removeRead(path.get(), aside.get(), read, watch, kept);
 }
 
-// ---- Logs that an interrupted run left renamed ----
+// ---- Logs that an interrupted process left renamed ----
 
 namespace {
 
@@ -197,12 +198,12 @@ public:
     }
 
 private:
-    // Renames the log back unless another run is working on it.  A run that renames a log keeps the log
-    // locked until the run ends.
+    // Renames the log back unless another process is working on it.  A process that renames a log keeps the
+    // log locked until it has deleted the log or renamed it back.
     void restoreIfUnused(const char *path, const char *aside) {
         OS_fileIdentity named = {};
         if (OS_IdentifyName(aside, &named) != 0 || !named.regular)
-            return; // another run has just deleted or restored the log, or the file is not regular
+            return; // another process has just deleted or restored the log, or the file is not regular
         const Descriptor file(SYSU_Open(aside, 0));
         const int locked = file.isOpen() ? OS_LockFile(file.get()) : OS_REFUSED;
         if (locked == OS_REFUSED && errno != ENOENT)
@@ -210,7 +211,7 @@ private:
         OS_fileIdentity held = {};
         if (locked != OS_DONE || OS_IdentifyDescriptor(file.get(), &held) != 0 ||
             OS_IdentifyName(aside, &named) != 0 || !OS_IsSameFile(held, named))
-            return; // another run is working on the log
+            return; // another process is working on the log
         if (renameBack(path, aside, watch_))
             LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
                             "%s has its name again; a run that ended early had renamed it", path);

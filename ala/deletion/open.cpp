@@ -21,8 +21,8 @@ static LogFile readStart(const NamedLog &file) {
     return beginning;
 }
 
-// Checks the access list again if the header has changed.  A second check of an unchanged header would repeat
-// its log entries.
+// Checks the access list again unless the header is known to be unchanged.  A second check of an unchanged
+// header would repeat its log entries.
 static ALA_retCode_t checkAccessAgain(NamedLog &file, const LogFile &before) {
     const auto size = static_cast<std::size_t>(file.bytes.position());
     LogFile present(file.descriptor.get());
@@ -33,9 +33,10 @@ static ALA_retCode_t checkAccessAgain(NamedLog &file, const LogFile &before) {
     return ALA_N_NORMAL;
 }
 
-// Opens and locks the file of a date.  Starts again if the name then leads to another file.  Checks the
-// access list before locking, so that a caller whom the list does not admit cannot make other runs wait.
-// Returns the codes of ALA_Open; ALA_N_NORMAL and a closed descriptor if the driver stopped waiting.
+// Opens and locks the file of a date.  Starts again if the name then leads to another file or to none.
+// Checks the access list before locking, so that a user whom the list does not admit cannot make other
+// processes wait.  Returns the codes of ALA_Open; ALA_N_NORMAL and a closed descriptor if the driver stopped
+// waiting.
 static ALA_retCode_t openLocked(ALA_handle_t handle, const ALA_time *date, FileLocker lock, NamedLog &file,
                                 LogFile &before) {
     for (;;) {

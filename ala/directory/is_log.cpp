@@ -28,7 +28,7 @@ static bool isNamedAsLog(std::string_view name) {
     return tail == kCurrentTail || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
 }
 
-// Does the file begin as a log?  Also true if the caller cannot open the file.
+// Does the file begin as a log?  Also true if the file cannot be opened.
 static bool mayBeginAsLog(const char *path) {
     const Descriptor file(SYSU_Open(path, 0));
     return !file.isOpen() || beginsAsLog(file.get());
@@ -57,7 +57,7 @@ public:
     void cut(int) override { isCut = true; }
 
     bool isFound = false;
-    bool isCut = false; // some entry was not compared
+    bool isCut = false; // some of the directory's entries were not compared
 
 private:
     const std::string_view prefix_;

@@ -162,11 +162,13 @@ static nameNode *sortStably(nameNode *list) {
     return list;
 }
 
-// The result is that of an insertion sort.  The insertion sort would insert a node with the date of the
-// list's head directly after the head, and any other node before all nodes of its date.  So it would reverse
-// the nodes of one date, except that the head is ordered as if inserted when a newer node replaces it as
-// head, or at the end.
-// This function moves each head to that place in the input, reverses the input and sorts it stably.
+// The result is that of an insertion sort, which builds a sorted list node by node.  The insertion sort puts
+// a node before all listed nodes of its date, but after the list's head if the head has the same date.  So
+// nodes of one date end up in reverse order, except a node that was the head: it stays before all nodes of
+// its date that were inserted while it was the head.
+//
+// This function gets the same result in three steps.  It moves each head to the place in the input where a
+// newer node replaces it as the head, or to the input's end.  Then it reverses the input and sorts it stably.
 void ALA__SortList(nameNode **inoutp_head) {
     if (inoutp_head == nullptr || *inoutp_head == nullptr)
         return;

@@ -1,8 +1,8 @@
 // Lists the logs of a server and their dates.
 //
-// A file belongs to a server if its name is the server's name, a dot and a tail.  The tail of the current
-// day's log is "current"; the date of this log is the date of the file's last change.  Any other tail is the
-// eight digits of the log's date.
+// A file belongs to a server if its name is the server's name, a dot and a tail of at most 8 bytes.  The tail
+// of the current day's log is "current"; the date of this log is the date of the file's last change.  The
+// date of any other log is the number at the beginning of its tail, which usually has eight digits.
 #pragma once
 
 #include <cstdint>

@@ -54,7 +54,8 @@ static void openPath(NamedLog &file) {
 }
 
 // Opens the current day's log instead of the dated log, if the current day's log was last changed on the
-// wanted date.  Otherwise opens nothing and returns ALA_N_NORMAL.
+// wanted date.  Opens nothing if it was last changed on another date or cannot be opened.  Fails only if its
+// path cannot be made or converted.
 static ALA_retCode_t openStandBy(ALA_handle_t handle, NamedLog &file) {
     file.path = currentLogPath(handle->acctLogPath, handle->svrName);
     if (file.path == nullptr)

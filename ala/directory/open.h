@@ -19,15 +19,15 @@ struct NamedLog {
     std::uint32_t verNum = 0;
 };
 
-// Checks the handle and opens the log of a date; a null date means the oldest log.  Returns ALA_N_NORMAL, or
-// a code for an invalid handle, or:
-// ALA_A_FAIL_TO_OPEN_LOG_FILE: the log does not exist or cannot be opened; ALA_A_FAIL_TO_GET_TIME: the
-// current time is not available; ALA_A_UNKNOWN_ERR: the path cannot be converted; ALA_A_OUT_OF_MEMORY.
+// Checks the handle and opens the log of a date; a null date means the oldest log.  Returns ALA_N_NORMAL or:
+// ALA_A_NOT_REGISTER: the handle is invalid; ALA_A_FAIL_TO_OPEN_LOG_FILE: the log does not exist or cannot be
+// opened, or the oldest log cannot be determined; ALA_A_FAIL_TO_GET_TIME: the current time cannot be
+// determined; ALA_A_UNKNOWN_ERR: the path cannot be converted; ALA_A_OUT_OF_MEMORY.
 ALA_retCode_t openFile(ALA_handle_t handle, const ALA_time *date, NamedLog &file);
 
-// Reads the header and checks whether its access list admits the caller.  ALA_N_NORMAL: the caller is
-// admitted, and the next item is the first record.  ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: the caller is not
-// admitted.  Also the codes of lookUpPermission.
+// Reads the header and checks whether its access list admits the user.  ALA_N_NORMAL: the user is admitted,
+// and the next item is the first record.  ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE: the user is not admitted.
+// Otherwise a code of lookUpPermission.
 ALA_retCode_t checkAccess(NamedLog &file);
 
 // Makes the handle of the open log.  The handle takes over the descriptor, the converted path and the bytes.

@@ -1,4 +1,4 @@
-// Paths of logs, as new strings; null when memory runs out.
+// Paths of logs, as new strings; null on failure.
 #pragma once
 
 #include <string_view>

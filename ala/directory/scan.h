@@ -69,7 +69,7 @@ protected:
 };
 
 // Visits the server's logs in the directory's order until a visit returns a code other than ALA_N_NORMAL, and
-// returns that code.  Skips a log whose date is kOffTheCalendar, and writes a log entry about it.
+// returns that code.  Skips a log whose date is kOffTheCalendar, and logs this.
 // ALA_A_INVALID_ARG: a null argument; ALA_A_UNKNOWN_ERR: the path cannot be converted; ALA_A_OUT_OF_MEMORY;
 // rules.codeOfDirectory: the directory cannot be opened; ALA_A_FAIL_TO_GET_TIME: the current day's log has
 // vanished, and rules.notDated is not null.

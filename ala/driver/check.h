@@ -1,8 +1,7 @@
-// Checks logs, and saves the intact records of damaged ones.
+// Checks logs, and saves the intact records of damaged logs.
 //
-// A log is opened by its file name if its access list admits the caller.  Bytes that the server appends to
-// the open log are ignored.  docs/architecture.md, "Damaged logs", explains how records are found after
-// damage.
+// A log is opened by its file name if its access list admits the user.  Bytes that the server appends to the
+// open log are ignored.  docs/architecture.md, "Damaged logs", explains how records are found after damage.
 #pragma once
 
 #include <array>
@@ -18,7 +17,7 @@ enum class CheckOutcome : std::uint8_t {
     GaveUp,          // CheckWatch::goOn returned false
     CannotOpen,      // the file does not exist or cannot be opened
     NotAFile,        // not a regular file
-    NotAdmitted,     // the access list does not admit the caller
+    NotAdmitted,     // the access list does not admit the user
     CannotRead,      // reading the log failed
     HeaderIsCut,     // the file is empty or ends inside its header
     HeaderIsDamaged, // the header has invalid contents
@@ -31,7 +30,7 @@ enum class CheckOutcome : std::uint8_t {
 struct CheckResult {
     CheckOutcome outcome;
     ALA_retCode_t code; // ALA_N_NORMAL for Done and GaveUp
-    int error;          // errno; 0: no system call failed
+    int error;          // errno; 0: no system call failed, or its error is not known
 };
 
 // Why a report skips a value.
@@ -66,7 +65,7 @@ struct LogSummary {
 
 // How the record after a range of stray bytes was found.
 enum class FoundNext : std::uint8_t {
-    InStep,    // the record begins where sound bytes end
+    InStep,    // the header, a record or a sound attribute ends where the record begins
     OutOfStep, // the search recognised the record by its contents
     None       // no record follows
 };
@@ -94,18 +93,18 @@ using OpenCheckedLog = std::unique_ptr<CheckedLog, CloseChecked>;
 
 // Opens a log of the registered directory by its file name.  Outcomes: Done, CannotOpen, NotAFile,
 // NotAdmitted, CannotRead, HeaderIsCut, HeaderIsDamaged, or Failed.  Failed has the code ALA_A_SYSTEM_ERR
-// (the caller's identity cannot be determined), ALA_A_UNKNOWN_ERR (the path cannot be converted, or the
-// caller's platform is unknown), ALA_A_OUT_OF_MEMORY or ALA_A_NOT_REGISTER.  The log is null unless the
+// (the user's identity cannot be determined), ALA_A_UNKNOWN_ERR (the path cannot be converted, or the
+// operating system is unknown), ALA_A_OUT_OF_MEMORY or ALA_A_NOT_REGISTER.  The log is null unless the
 // outcome is Done.
 CheckResult openToCheck(ALA_handle_t handle, const char *name, OpenCheckedLog &log);
 
-// Finds all intact records of a log, renders all their values, and fills the summary.  Outcomes: Done,
-// GaveUp, CannotRead, or Failed with ALA_A_OUT_OF_MEMORY.
+// Finds the intact records of a log, renders their values, and fills the summary.  Outcomes: Done, GaveUp,
+// CannotRead, or Failed with ALA_A_OUT_OF_MEMORY.
 CheckResult checkLog(ALA_handle_t handle, CheckedLog &log, CheckWatch &watch, LogSummary &summary);
 
-// Writes the header and all intact records of a log to a new file, and syncs the file.  Gives the file the
-// owner, mode and times of the log, if the caller is allowed to set them.  The file gets its name when it is
-// complete.  Outcomes: Done, GaveUp, CannotRead, Exists, CannotWrite, NotSynced, or Failed with
+// Writes the header and the records that checkLog finds to a new file, and syncs the file.  Gives the file
+// the owner, mode and times of the log, if the user is allowed to set them.  The file gets its name when it
+// is complete.  Outcomes: Done, GaveUp, CannotRead, Exists, CannotWrite, NotSynced, or Failed with
 // ALA_A_OUT_OF_MEMORY.  No new file remains unless the outcome is Done or NotSynced.
 CheckResult saveLog(CheckedLog &log, const char *path, CheckWatch &watch);
 

@@ -18,14 +18,14 @@ namespace qvledger {
 enum class LockResult : std::uint8_t {
     Locked,
     NotGranted, // the file cannot be locked on this system
-    GivenUp     // another run has locked the file, and the driver stopped waiting for the lock
+    GivenUp     // another process has locked the file, and the driver stopped waiting for the lock
 };
 
-// The driver's function that locks an open file with OS_LockFile.  If another run has locked the file, the
-// function waits for as long as the driver chooses.
+// The driver's function that locks an open file with OS_LockFile.  If another process has locked the file,
+// the function waits for as long as the driver chooses.
 using FileLocker = LockResult (*)(int fd, const char *path);
 
-// Opens a log like ALA_Open, and locks it when its access list has admitted the caller.  If the header has
+// Opens a log like ALA_Open, and locks it when its access list has admitted the user.  If the header may have
 // changed by the time the log is locked, the access list is checked again.  If the log was renamed or removed
 // meanwhile, the date is looked up again.  If the system cannot lock the log (NotGranted), the log is opened
 // without a lock.  Returns the codes of ALA_Open; ALA_N_NORMAL and a null log if the driver stopped waiting
@@ -62,8 +62,8 @@ protected:
 ALA_retCode_t deleteReadLog(ALA_handle_t handle, const ALA_time *date, const ReadLog &read,
                             DeletionWatch &watch, bool *kept);
 
-// Renames back the logs that an interrupted run had renamed to delete them, and writes the path of each log
-// to the program's log.  Calls watch.leftAside for each log that cannot be renamed back.
+// Renames back the logs that an interrupted process had renamed to delete them, and writes the path of each
+// log to the program's log.  Calls watch.leftAside for each log that cannot be renamed back.
 void restoreLogs(ALA_handle_t handle, DeletionWatch &watch);
 
 } // namespace qvledger

@@ -8,9 +8,9 @@
 
 namespace qvledger {
 
-// Returns the number of values and attributes that the cursors of a handle could not return so far.  If the
-// number grows while a log is read, the report of that log is incomplete.  REQUIRES: a handle from
-// ALA_Register.
+// Returns the number of values and attributes that the cursors of a handle could not return completely so
+// far.  If the number grows while a log is read, the report of that log is incomplete.  REQUIRES: a handle
+// from ALA_Register.
 std::uint64_t valuesSkipped(ALA_handle_t handle);
 
 // Returns a number that identifies the names that ALA_ListAttributesFromRecord would return with a null

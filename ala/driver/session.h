@@ -15,7 +15,7 @@ namespace qvledger {
 // Called while the list of logs is made, for logs that the list does not contain.
 class ListingWatch {
 public:
-    // Reports a log that a run has renamed to delete it.  name: the file name without the directory.
+    // Reports a log that a process has renamed to delete it.  name: the file name without the directory.
     virtual void aside(const char *name) = 0;
     // Reports that reading the directory failed, so logs may be missing from the list.  error: errno.
     virtual void cut(int error) = 0;
@@ -35,8 +35,9 @@ const char *logFileName(ALA_acctLogHandle_t log);
 bool hasNoRecord(ALA_acctLogHandle_t log);
 
 // Is an open file a log in this directory?  Also true for a log of another server, for a log that is being
-// deleted, and for a file to which a link with a log's name leads.  If the directory cannot be compared
-// completely, returns whether the file begins like a log.  file: the identity of the file that is open as fd.
+// deleted, and for a file to which a link with a log's name leads.  False if the directory cannot be opened.
+// If some entries of the directory could not be compared, returns whether the file begins like a log.  file:
+// the identity of the file that is open as fd.
 bool isLog(const char *serverName, const char *acctLogPath, const OS_fileIdentity &file, std::int32_t fd);
 
 } // namespace qvledger

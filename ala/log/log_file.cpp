@@ -33,7 +33,7 @@ bool LogFile::fill(std::size_t size) {
 
 // Makes room after the bytes read.  Moves the item to the start of the block or, if the item is already
 // there, doubles the block.  Because the file must fill a block before it is doubled, a damaged length never
-// allocates more than twice the file's size.
+// allocates more than kPiece bytes or twice the file's size.
 bool LogFile::makeRoom() {
     if (begin_ != 0) {
         std::memmove(block_.get(), block_.get() + begin_, filled_ - begin_);

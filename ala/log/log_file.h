@@ -1,7 +1,7 @@
 // Reads an open log in large pieces.
 //
 // The reader asks for the parts of an item (a record, a header, an access list entry) one after the other.
-// LogFile keeps these parts, in one piece, until the reader consumes the item.  If the item turns out to be
+// LogFile keeps these parts contiguous until the reader consumes the item.  If the item turns out to be
 // incomplete, it can be read again from its first byte later.
 #pragma once
 
@@ -24,12 +24,11 @@ inline std::uint32_t nativeWord(const std::uint8_t *at) {
 class LogFile {
 public:
     LogFile() = default;
-    // The first item begins at the position.  The caller keeps ownership of the descriptor; reading moves its
-    // position.
+    // The first item begins at the position.  Does not own the descriptor; reading moves its position.
     explicit LogFile(int fd, std::int64_t position = 0) : fd_(fd), offset_(position) {}
 
-    // Returns the next bytes of the item, valid until the next call.  Null if the file has fewer bytes left,
-    // a read failed, or memory ran out; see error() and outOfMemory().
+    // Returns the next bytes of the item, valid until the next need(), consume() or moveTo().  Null if the
+    // file has fewer bytes left, a read failed, or memory ran out; see error() and outOfMemory().
     const std::uint8_t *need(std::size_t size) {
         if (size > filled_ - reached_ && !fill(size)) [[unlikely]]
             return nullptr;
@@ -48,7 +47,7 @@ public:
         return at != nullptr;
     }
 
-    // The part of the item that the reader has asked for so far.
+    // The part of the item that need() has returned so far.
     const std::uint8_t *item() const { return block_.get() + begin_; }
     std::size_t itemSize() const { return reached_ - begin_; }
     // The item's offset in the file.
@@ -64,11 +63,12 @@ public:
     void moveTo(std::int64_t position) { *this = LogFile(fd_, position); }
 
     // The reason why need() failed: outOfMemory() is true if memory ran out, error() is the errno of a failed
-    // read, else 0.  Otherwise the file ended; isAtEnd() is true if it ended before the item's first byte.
+    // read, else 0.  In all other cases the file ended; isAtEnd() is true if it ended before the item's first
+    // byte.
     bool outOfMemory() const { return isOutOfMemory_; }
     int error() const { return error_; }
     bool isAtEnd() const { return isEnd_ && begin_ == filled_; }
-    // The file offset up to which the item could be read.
+    // The file offset up to which the item has been read.
     std::int64_t reach() const { return offset_ + static_cast<std::int64_t>(isEnd_ ? filled_ : reached_); }
 
 private:
@@ -84,7 +84,7 @@ private:
     Malloced<std::uint8_t> block_;
     std::size_t room_ = 0;
     std::size_t begin_ = 0;   // start of the item in the block
-    std::size_t reached_ = 0; // end of the bytes that the reader asked for
+    std::size_t reached_ = 0; // end of the bytes that need() has returned
     std::size_t filled_ = 0;  // end of the bytes read from the file
     int error_ = 0;
     bool isEnd_ = false;

@@ -14,10 +14,11 @@ using namespace qvledger;
 
 namespace {
 
-// The differences between the two operations, besides the wording of some log lines.
+// The differences between ALA_GetFirstJobRecord and ALA_GetNextJobRecord.  isFirst also selects some log
+// lines and the code for a record that is not there.
 struct ReaderRules {
     const char *operation;
-    bool isFirst; // position after a failure: byte 0 if true, else the record
+    bool isFirst; // true: a failure sets the position to byte 0; false: to the record's start
 };
 
 constexpr ReaderRules kFirstRecord = {"ALA_GetFirstJobRecord", true};
@@ -69,8 +70,8 @@ static ALA_retCode_t readCounts(LogFile &in, std::uint32_t verNum, const ReaderR
     return ALA_N_NORMAL;
 }
 
-// Logs that a record ends inside its attributes or cannot be read there, and returns the code.  valueIndex
-// and valueCount are 0 if the attribute's tag could not be read.
+// Logs that an attribute is incomplete, invalid or cannot be read, and returns the code.  valueIndex and
+// valueCount are 0 if the attribute's tag could not be read.
 static ALA_retCode_t cutRecord(const ReaderRules &rules, std::uint32_t attrIndex, std::uint32_t attrCount,
                                std::uint32_t valueIndex, std::uint32_t valueCount) {
     const auto attr = static_cast<std::int32_t>(attrIndex);

@@ -41,7 +41,7 @@ static bool setVariable(const char *name, const char *data) {
     const Malloced<char> assignment(_ALA_AddChar(head.get(), data));
     if (assignment == nullptr)
         return false;
-    static_cast<void>(_putenv(assignment.get())); // invalid names are ignored
+    static_cast<void>(_putenv(assignment.get())); // a setting with an invalid name is ignored
     return true;
 }
 

@@ -16,13 +16,14 @@ void findHostDomain();
 
 } // namespace qvledger
 
-// Sets *outpp_serviceName to the name of a server's service, a new text that the caller releases with free.
-// Returns 0.  If the type is unknown, the address is null or memory runs out, returns -1 and sets the text to
-// null.
+// Sets *outpp_serviceName to the name of a server's service, a new text that the calling function releases
+// with free.  Returns 0.  If the type is unknown, the address is null or memory runs out, returns -1 and sets
+// the text to null.
 std::int32_t ALA__GetServiceName(const char *inp_serverName, std::uint32_t in_serverType,
                                  char **outpp_serviceName);
 
-// Copies every value of the service's registry key into the environment of the process.  If that key cannot
-// be opened, copies the values of the common key.  Returns 0.  If neither key can be opened, a value cannot
-// be read or is too long, or memory runs out, returns -1; variables that are already set remain set.
+// Copies the values of the service's registry key into the environment of the process; values with invalid
+// names are ignored.  If that key cannot be opened, copies the values of the common key.  Returns 0.  If
+// neither key can be opened, a value cannot be read or is too long, or memory runs out, returns -1; variables
+// that are already set remain set.
 std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName);

@@ -22,8 +22,9 @@ static void ALA__InitOnce() {
     GENU_TimeZoneInit();
 }
 
-// Loads the server's settings into the environment, and sets the path to QV_ROOT followed by "/share/oid".
-// Locks a mutex, because another thread could load another server's QV_ROOT between the two steps.
+// Loads the server's settings into the environment, and sets the path to QV_ROOT followed by "/share/oid"
+// (null when memory runs out).  Locks a mutex, because another thread could load another server's QV_ROOT
+// between the two steps.
 static ALA_retCode_t defaultOidPath(const char *svrName, Malloced<char> &path) {
     static std::mutex environmentLock;
     const std::lock_guard guard(environmentLock);
@@ -93,7 +94,7 @@ ALA_retCode_t ALA_Register(const char *inp_svrName, const char *inp_acctLogPath,
         result != ALA_N_NORMAL)
         return result;
 
-    // A failure of these calls is noticed later: a mutex cannot be locked, or the machine's domain is null.
+    // A failure of these calls shows later: a mutex cannot be locked, or the machine's domain is null.
     static_cast<void>(THR_Once(&mutexInit, ALA__InitOnce));
     ALA__InitMutex();
     ALA__EACL_Init();

@@ -1,15 +1,16 @@
 // Formatters for the report: each appends the text of one print-job value.
 //
-// An absent or invalid value adds a fixed text or nothing.  When memory runs out, the Text fails
-// (Text::failed()); the formatters do not report it otherwise.  The arguments are always status, database
-// handle, text, value.
+// An absent or invalid part adds a fixed text or nothing.  ALA__DocFormatToAscii, ALA__EdgeToAscii and
+// ALA__MedSelectToAscii need a value that is not null; the others accept null.  When memory runs out, the
+// Text fails (Text::failed()); the formatters do not report it otherwise.  The arguments are always status,
+// database handle, text, value, except for ALA__DAToAscii, which returns its text.
 #pragma once
 
 #include "ala/render/value_text.h"
 #include "service/packed/values.h"
 #include "service/status.h"
 
-// The text of an address as a new string, to be released with free.  Null if this form of address has no
+// The text of an address as a new string, to be released with free.  Null if the address is null or has no
 // text, or when memory runs out.
 char *ALA__DAToAscii(STF_l__hdr *inoutp_status, const GEN_deliveryAddress *in_da);
 

@@ -75,8 +75,9 @@ bool qvledger::addText(STF_l__hdr *status, Text &text, const GEN_text *ip) {
 }
 
 void ALA__NameOrOidToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &buf, const GEN_nameOrOid *ip) {
+    // An identifier without a name adds nothing.
     if (ip->choice == GEN_GLOBAL_FORM)
-        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm)); // may be unknown
+        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, ip->u.globalForm));
     else if (ip->choice == GEN_LOCAL_FORM)
         addSimpleName(inoutp_status, buf, &ip->u.localForm);
 }
@@ -103,7 +104,8 @@ void ALA__ObjectIdentToAscii(STF_l__hdr *inoutp_status, void *in_handle, Text &b
         }
         return;
     case GEN_OBJ_ID_OID:
-        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, u.objIdOID)); // may be unknown
+        // An identifier without a name adds nothing.
+        static_cast<void>(addStrippedName(inoutp_status, in_handle, buf, u.objIdOID));
         return;
     case GEN_OBJ_ID_DIST_NAME:
         return addDistName(inoutp_status, &u.objIdDistName, buf);

@@ -21,16 +21,16 @@ inline void copyName(const char *name, std::size_t length, char *buffer) {
         std::memcpy(buffer + kUsualName, name + kUsualName, length + 1 - kUsualName);
 }
 
-// The name of a short identifier.  A name that begins with a digit and has a class of 0x40 to 0x4F or 0x10 to
-// 0x1F loses everything up to and including its first hyphen.  The result points into the buffer; null if the
-// database does not know the identifier.
+// Returns the name of a short identifier, in the buffer; null if the database does not know the identifier.
+// If the identifier's class is 0x40 to 0x4F or 0x10 to 0x1F and the name begins with a digit, the result
+// begins after the name's first hyphen, if it has one.
 const char *strippedName(STF_l__hdr *status, void *handle, GEN_oid_t shortOID, char (&buffer)[OID_NAME_SIZE]);
 
 // Appends the name that strippedName returns.  False if the database does not know the identifier.
 bool addStrippedName(STF_l__hdr *status, void *handle, Text &text, GEN_oid_t shortOID);
 
-// Append the text of a name or text record.  If the record has no text, both append nothing, and addText
-// returns false.
+// Append the text of a name or text record.  If the record has no text, both append nothing.  addText returns
+// false if it cannot get the text.
 void addSimpleName(STF_l__hdr *status, Text &text, const GEN_simpleName *ip);
 bool addText(STF_l__hdr *status, Text &text, const GEN_text *ip);
 

@@ -18,7 +18,7 @@ namespace {
 
 // A pair and its first value.  The attribute's name follows the value's text.
 struct PairBlock {
-    ALA_attrPair pair;     // the caller's view; first, so that pair and block have the same address
+    ALA_attrPair pair;     // the public part; first, so that pair and block have the same address
     AS_attrValType_t type; // type of the values
     bool isUsual;          // the block has kUsualPair bytes and can be reused
     attributeVal *last;

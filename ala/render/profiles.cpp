@@ -13,7 +13,8 @@ static bool hasText(const GEN_deliveryAddress *address) {
             (address->choice == GEN_MHS_ADDRESS && address->u.mhsAddress.attributes != nullptr));
 }
 
-// Appends the address and the suffix.  False, and appends nothing, if the address has no text.
+// Appends the address and the suffix.  False, and appends nothing, if the address has no text or the text
+// cannot be made.
 static bool addAddress(Rendering &rendering, const GEN_deliveryAddress *record, const char *suffix) {
     const Malloced<char> address(ALA__DAToAscii(rendering.status, record));
     if (address == nullptr) {
@@ -31,7 +32,7 @@ const RenderFailure *qvledger::renderDeliveryAddress(Rendering &rendering, const
     return nullptr;
 }
 
-// Ends an item of an event handling profile with a space.  For an absent item, first appends "NULL".
+// Ends an item with a space.  For an absent item, first appends "NULL".
 static void endItem(bool there, Text &text) {
     text.add(there ? " " : "NULL ");
 }

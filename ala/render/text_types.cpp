@@ -55,7 +55,8 @@ const RenderFailure *qvledger::renderDistName(Rendering &rendering, const GEN_di
     return isThere ? nullptr : &kExtractTextFailed;
 }
 
-// Renders each name as one value; if one fails, renders no value.  No other type renders several values.
+// Renders each name as a separate value; if one of the names fails, renders no value.  No other type renders
+// several values.
 const RenderFailure *qvledger::renderDistNameSeq(Rendering &rendering, const GEN_distNameStringSeq &head) {
     static constexpr RenderFailure kNoText = {ALA_A_OUT_OF_MEMORY,
                                               "strdup failed for tmpNode->value in ALA__GetAttribute"};

@@ -1,4 +1,4 @@
-// Render functions for texts and for names of people and places.
+// Render functions for octet strings, texts and names.
 #pragma once
 
 #include "ala/render/value_types.h"

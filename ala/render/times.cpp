@@ -28,8 +28,8 @@ static std::time_t instantOfUtc(const GEN_generalizedTime &time) {
     return _mkgmtime(&utc);
 }
 
-// Converts a local time to seconds since 1970.  The local time is passed as if it were Coordinated Universal
-// Time.  Returns -1 if the local time cannot be converted.
+// Converts a local time to seconds since 1970.  local: the local time in seconds since 1970, as if it were
+// Coordinated Universal Time.  Returns -1 if the conversion fails.
 static std::time_t instantOf(std::time_t local) {
     std::tm time = {};
     static_cast<void>(gmtime_s(&time, &local)); // cannot fail for the years of a record
@@ -152,8 +152,8 @@ std::string_view qvledger::clockTime(const GEN_generalizedTime &time, char (&tex
     return {text, at};
 }
 
-// The text consists of digits, which no locale changes.  So the locale argument is ignored, and the process's
-// locale does not change under other threads.
+// The text consists of digits, which no locale changes.  So the locale argument is ignored.  Setting the
+// locale would affect other threads, too.
 std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, const char *,
                                          char **outp_asciiTime) {
     if (inp_gt == nullptr)
@@ -192,8 +192,8 @@ std::string_view qvledger::isoTime(const GEN_generalizedTime &utc, char (&text)[
     std::tm local = {};
     if (SYSU_Localtime_r(&instant, &local) == nullptr)
         return {};
-    // Offsets of old times can have seconds, which this form cannot express.  Drop them, and show the clock
-    // time for the remaining offset.
+    // Offsets of old times can have seconds, which this form cannot express.  Drop the seconds of the offset,
+    // and show the clock time for the remaining offset.
     const std::time_t exact = _mkgmtime(&local) - instant;
     const auto offset = static_cast<int>(exact / 60);
     if (exact % 60 != 0) {

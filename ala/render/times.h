@@ -11,11 +11,10 @@
 #include "ala/base/plain_days.h"
 #include "service/packed/values.h"
 
-// Converts a time record to seconds since 1970.  If the time cannot be converted, fails and sets the output
-// to -1.
+// Converts a time record to seconds since 1970.  The output is valid only on success.
 std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int64_t *outp_unixTime);
 
-// Converts a time record to local time.  On failure, fills the output with zeros.
+// Converts a time record to local time.  The output is valid only on success.
 std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
                                          GEN_generalizedTime *outp_localTime);
 
@@ -29,17 +28,17 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
 
 namespace qvledger {
 
-// Does the work of ALA__GeneralizedToLocalTime for a plain day, without a lock and without the C library's
-// conversions.  On any other day, returns false and leaves localTime unchanged.
+// Does the work of ALA__GeneralizedToLocalTime for a plain day.  Needs a lock and the C library's
+// conversions only if the day is not cached yet.  If the day is not plain or cannot be determined, returns
+// false and leaves localTime unchanged.
 bool localOnPlainDay(PlainDays &days, const GEN_generalizedTime &time, GEN_generalizedTime *localTime);
 
 // Sizes in bytes of the buffers for a time's text.  The text has no NUL at its end.
 constexpr std::size_t kClockTimeSize = 19;
 constexpr std::size_t kIsoTimeSize = 32;
 
-// Writes the text of ALA__GeneralizedTimeToAscii to the caller's buffer.  Needs no lock and no C library,
-// because the text consists of digits, which no locale changes.  Empty if a field needs more digits or is
-// negative.
+// Writes the text of ALA__GeneralizedTimeToAscii to the buffer.  Needs no lock and no C library, because the
+// text consists of digits, which no locale changes.  Empty if a field needs more digits or is negative.
 std::string_view clockTime(const GEN_generalizedTime &time, char (&text)[kClockTimeSize]);
 
 // Writes a time, given in Coordinated Universal Time, as text in the process's time zone:
@@ -49,5 +48,6 @@ std::string_view isoTime(const GEN_generalizedTime &utc, char (&text)[kIsoTimeSi
 
 } // namespace qvledger
 
-// The day of the week in the Gregorian calendar; 0 is Sunday.
+// The day of the week in the Gregorian calendar; 0 is Sunday.  Also 0 for a negative year or a month outside
+// 1 to 12.
 std::int32_t ALA__GetDayOfWk(std::int32_t in_year, std::int32_t in_month, std::int32_t in_day);

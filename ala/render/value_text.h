@@ -11,8 +11,7 @@
 namespace qvledger {
 
 // A text without a fixed limit.  It starts in the creator's buffer and moves to the heap when it outgrows the
-// buffer.  When memory runs out, or a user of the text calls fail(), the text stays unchanged, later
-// additions are dropped and failed() is true.
+// buffer.  When memory runs out or fail() is called, failed() is true and add() no longer changes the text.
 class Text {
 public:
     Text(char *room, std::size_t size) : text_(room), capacity_(size) {}

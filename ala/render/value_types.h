@@ -21,8 +21,8 @@ struct RenderFailure {
     const char *message;
 };
 
-// The failure of bytes that are not a value of the type, or of a read for which memory ran out.  The caller
-// logs this failure.
+// The failure if the bytes are not a value of the type, or if memory ran out while they were read.  Has no
+// log text; the cursor logs this failure.
 extern const RenderFailure kRefused;
 
 // The data that rendering needs besides the value.
@@ -46,10 +46,12 @@ struct Rendering {
 
 // The functions of a value type.  render and renderPacked return null on success.
 struct ValueForm {
-    // Unpacks a record into the reader's memory.  Null for an empty chain, or if the reader failed.
+    // Unpacks a record into the reader's memory.  Null for an empty chain.  If the reader fails, the result
+    // is null or incomplete: call the reader's isWhole().
     void *(*unpack)(XdrReader &inoutp_in);
     const RenderFailure *(*render)(Rendering &inoutp_rendering, const void *inp_record);
-    // Unpacks and renders at once, without a record that outlives the call.  Can also return kRefused.
+    // Unpacks and renders in one step; the calling function gets no record.  Returns kRefused if the bytes
+    // are not exactly one valid value, or if memory ran out while they were read.
     const RenderFailure *(*renderPacked)(XdrReader &inoutp_in, Rendering &inoutp_rendering);
 };
 
@@ -69,7 +71,8 @@ extern "C" {
 
 // Unpacks in_length bytes into a record of the type, which outp_desc->deleteFunc releases.  The record of an
 // unknown type is a copy of the bytes.  *outpp_value is null for an empty chain and on failure.
-// Returns 0; ODP_E_REFUSED if the bytes are not a value of the type; or ODP_E_NO_MEMORY.
+// Returns 0; ODP_E_REFUSED if the bytes are null or are not exactly one value of the type; or
+// ODP_E_NO_MEMORY.
 std::int32_t ODP_UnpackAV(STF_l__hdr *in_status, std::int32_t in_length, const void *inp_bytes,
                           AS_attrValType_t in_type, void **outpp_value, AS_attrValDesc_t *outp_desc);
 

@@ -95,7 +95,7 @@ static bool isCutHeader(int fd, std::int64_t size) {
     return false;
 }
 
-// The result for a header that could not be read, or for a caller whose identity is unknown.
+// The result after lookUpPermission failed.
 static CheckResult headerFailure(const CheckedLog &log, const char *name, ALA_retCode_t code, int error) {
     switch (code) {
     case ALA_A_FAIL_READ_LOG_FILE:

@@ -13,9 +13,10 @@
 
 using namespace qvledger;
 
-// Limit for the attributes of a record and for the values of an attribute; more would take gigabytes.
+// Counts of attributes or values from this number on are implausible.
 constexpr std::uint32_t kMost = 1 << 24;
-constexpr std::uint32_t kLongestUnpacked = 1 << 20; // bytes; longer values would take too much memory
+// Bytes; unpacking longer values would take too much memory.
+constexpr std::uint32_t kLongestUnpacked = 1 << 20;
 
 // The costs of steps, in the unit of LogBytes::cost().
 constexpr std::int64_t kCostOfTag = 240;

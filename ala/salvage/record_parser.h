@@ -16,7 +16,7 @@ struct ValueType;
 // The fault found where a record or an attribute is expected.
 enum class Fault : std::uint8_t {
     None,
-    PastEnd, // the log ends inside the record or attribute
+    PastEnd, // the record or attribute extends past the end of the log
     CutOff,  // the log ends inside an attribute of a known type, whose values are sound up to the end
     ZeroCount,
     BadCounts,
@@ -49,8 +49,8 @@ struct Run {
     std::uint32_t attributes;
     std::uint64_t values;
     std::int64_t longest; // bytes of the longest attribute
-    bool endIsCertain;    // the last value's bytes show where it ends, because its type is known
-    Fault fault;          // fault of the attribute after the run
+    bool endIsCertain; // the last attribute has no value, or its last value was unpacked and so shows its end
+    Fault fault;       // fault of the attribute after the run
     // Hashes of the attributes' identifiers; only the first kNotedIdentifiers are kept.
     std::vector<std::uint64_t> identifiers;
 };

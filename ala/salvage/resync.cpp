@@ -13,7 +13,7 @@ constexpr std::int64_t kAskAfter = 1 << 20; // bytes between calls of the watch
 // enough budget for a few records.
 constexpr std::int64_t kSearchStep = 128 << 10;
 
-// The budget for reading without finding a record is this many bytes read sequentially, plus the number of
+// The budget for all reading that finds no record is this many bytes read sequentially, plus the number of
 // bytes by which the search has advanced.  Random damage costs far less.
 constexpr std::int64_t kCredit = 64 << 20;
 
@@ -163,7 +163,7 @@ static Fault faultOf(Fault headFault, const RecordHead &head, const Run &run) {
     return head.numAttr < run.attributes ? Fault::MoreAttributes : Fault::BadEnd;
 }
 
-// Reads one run.  True if the run is a record.
+// Searches for a run, if necessary, and reads it.  True if the run is a record.
 bool Resync::step() {
     const bool isExpected = place_.inStep && place_.at == place_.recordsEnd;
     place_.inStep = isExpected || (place_.inStep && canAfford());
@@ -193,7 +193,8 @@ bool Resync::step() {
     return false;
 }
 
-// Decides whether a run is a record.  Called if damage follows the run or the search is out of step.
+// Decides whether a run is a record.  Called if no record is expected here, or if the head does not fit the
+// run or no boundary follows.
 bool Resync::decide(const Candidate &candidate) {
     const Run &run = candidate.run;
     const bool isUsual = candidate.isExpected && candidate.fits && known_.lastTypes.contains(run.lastType);

@@ -15,7 +15,7 @@ struct FoundRecord {
     RecordHead head;
     Run run;
     bool inStep;       // the header, a record or sound attributes end at `begin`
-    Fault faultBefore; // fault found where the previous record ends
+    Fault faultBefore; // fault found where the previous record, or the header, ends
 };
 
 class Resync {
@@ -27,7 +27,7 @@ public:
     // after a failed read (bytes.failed()) and after the watch gave up.  Throws std::bad_alloc.
     const FoundRecord *next();
 
-    // After next() has returned null: the fault found where the last record ends.
+    // After next() has returned null: the fault found where the last record, or the header, ends.
     Fault lastFault() const { return place_.fault; }
     bool gaveUp() const { return stopped_; }
     // The number of bytes skipped without a search, because the budget was used up.
@@ -38,7 +38,7 @@ private:
     struct Known {
         std::unordered_set<std::uint64_t> first;     // hashes of first attributes' identifiers
         std::unordered_set<std::uint64_t> later;     // hashes of other attributes' identifiers
-        std::unordered_set<std::uint32_t> lastTypes; // types of records' last values; only unknown types
+        std::unordered_set<std::uint32_t> lastTypes; // types of last values whose end was not certain
 
         void learn(const Run &run);
     };
@@ -48,7 +48,7 @@ private:
         std::int64_t at;
         std::int64_t floor;      // no record begins before this position
         std::int64_t recordsEnd; // end of the last record found, or of the header
-        bool inStep;             // the header, a record or a sound run ends at `at`
+        bool inStep;             // read the next head at `at`, without a search
         Fault fault;             // fault found where the last record ends
     };
 
@@ -59,8 +59,8 @@ private:
         RecordHead head;
         Run run;
         std::int64_t cost;
-        bool fits;     // the head counts as many attributes as the run has
-        bool isClosed; // the log's end or a record follows
+        bool fits;     // the head is sound, not before the floor, and counts the run's attributes
+        bool isClosed; // a boundary follows the run (RecordParser::isBoundary)
     };
 
     bool step();

@@ -13,7 +13,8 @@ using namespace qvledger;
 
 namespace {
 
-// A new file.  finish() gives the complete file its name.  Without finish(), the destructor removes the file.
+// A new file.  finish() gives the complete file its name.  Unless finish() succeeds, the destructor removes
+// the file.
 class NewFile {
 public:
     explicit NewFile(const char *path) : path_(path) {
@@ -22,7 +23,7 @@ public:
         const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
         partPath_ = firstPath;
         file_.reset(OS_MakeFile(partPath_.c_str()));
-        // Killed runs with the same process number may have left files with these names.
+        // Killed processes with the same number may have left files with these names.
         for (int left = 1; left <= kMostLeft && !file_.isOpen() && errno == EEXIST; ++left) {
             partPath_ = firstPath + "." + std::to_string(left);
             file_.reset(OS_MakeFile(partPath_.c_str()));

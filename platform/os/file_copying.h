@@ -5,8 +5,9 @@
 
 extern "C" {
 
-// Reads at a position of the file and leaves the descriptor's position unchanged.  Returns the number of
-// bytes read, which is less than size only at the end of the file; -1 on failure, with errno.
+// Reads at a position of the file and leaves the descriptor's position unchanged.  size: at most INT_MAX.
+// Returns the number of bytes read, which is less than size only at the end of the file; -1 on failure, with
+// errno.
 int OS_ReadAt(int fd, std::int64_t position, void *buffer, unsigned size);
 
 // Creates a file and opens it for writing.  On Linux only the file's owner may access it; on Windows it gets
@@ -14,9 +15,9 @@ int OS_ReadAt(int fd, std::int64_t position, void *buffer, unsigned size);
 // exists).
 int OS_MakeFile(const char *path);
 
-// Copies owner and group, access control list, mode and times from one open file to another, and skips what
-// the caller may not change.  If owner and group, or the list, cannot be copied, the mode grants group and
-// others nothing.  Windows copies only the times.
+// Copies owner and group, access control list, permission bits and times from one open file to another.
+// Skips an attribute that cannot be copied.  Unless owner, group and list are copied, the new permission bits
+// grant group and others nothing.  Windows copies only the times.
 void OS_GiveAttributes(int from, int to);
 
 } // extern "C"

@@ -5,8 +5,8 @@
 
 // Results of calls that can fail because of another program.
 constexpr int OS_DONE = 0;
-constexpr int OS_TAKEN = 1;    // another program uses the file, or the name exists
-constexpr int OS_REFUSED = -1; // the system refused; errno has the reason
+constexpr int OS_TAKEN = 1;    // the file is in use, or the name exists
+constexpr int OS_REFUSED = -1; // any other failure
 
 #ifndef _WIN32
 
@@ -34,7 +34,7 @@ int _read(int in_fd, void *outp_buffer, unsigned in_size);
 // Returns the new position, or -1 with errno.
 std::int64_t _lseeki64(int fd, std::int64_t offset, int origin);
 int _close(int in_fd);
-// Returns the number of bytes written, which is less than size if no more fit; -1 on failure, with errno.
+// Returns the number of bytes written, which may be less than size; -1 on failure, with errno.
 int _write(int fd, const void *bytes, unsigned size);
 // Returns a copy of the descriptor, which shares its position and locks; -1 on failure, with errno.
 int _dup(int fd);
@@ -55,14 +55,16 @@ int OS_OpenToRead(const char *path);
 
 // Opens a file for appending and creates the file if it does not exist.  Follows symbolic links, even to a
 // file that does not exist yet.  Returns the descriptor, or -1 with errno.  If this call created the file,
-// *made is its path, which the caller frees; otherwise *made is null.
+// *made is its path, which the calling function frees; otherwise *made is null.
 int OS_OpenToAppend(const char *path, char **made);
 
-// Opens the file of a descriptor a second time.  The new descriptor has its own position and locks.  It
-// reads; if the file may not be read, it appends.  Returns the descriptor, or -1 with errno.
+// Opens the file of a descriptor a second time.  The new descriptor has its own position and locks.  It is
+// open for reading, or for appending if the file cannot be opened for reading.  Returns the descriptor; -1 on
+// failure.
 int OS_OpenAgain(int fd);
 
-// Returns the last byte of a file that is open for reading; -1 if the file is empty or cannot be read.
+// Returns the last byte of a file that is open for reading; -1 if the file is empty or cannot be read.  The
+// descriptor's position may change.
 int OS_LastByte(int fd);
 
 // Truncates an open file to a size in bytes and moves the descriptor's position to the new end.  Returns 0,
@@ -75,11 +77,11 @@ int OS_CutFile(int fd, std::int64_t size);
 int OS_MoveName(const char *from, const char *to);
 
 // Like OS_MoveName, for a new file that no other program uses.  If the file system cannot rename without
-// replacing, the file has both names for a moment.
+// replacing, the file has both names for a moment, or longer if the old name cannot be removed.
 int OS_NameNewFile(const char *from, const char *to);
 
-// Flushes the name of an open file to disk.  Returns 0, or -1 with errno.  Windows needs no call for this and
-// always returns 0.
+// Flushes the name of an open file to disk.  Returns 0, or -1 with errno.  Does nothing on Windows and
+// returns 0.
 int OS_SyncFolderOf(int fd);
 
 } // extern "C"

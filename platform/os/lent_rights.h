@@ -1,4 +1,5 @@
-// Lent rights: the rights beyond its caller's that a program gets from a set-group-id or set-user-id bit.
+// Lent rights: the rights beyond the calling user's that a program gets from a set-group-id or set-user-id
+// bit.
 #pragma once
 
 #include "platform/os/types.h"
@@ -9,8 +10,8 @@ extern "C" {
 int OS_HasLentRights();
 
 // Select the rights that the program uses for files from now on.  Without lent rights, both select the
-// caller's rights.  If the system refuses, the program aborts, because it must not continue with the wrong
-// rights.
+// calling user's rights.  If the system refuses, the program aborts, because it must not continue with the
+// wrong rights.
 void OS_UseCallersRights();
 void OS_UseLentRights();
 

@@ -3,7 +3,7 @@
 
 #include "platform/os/types.h"
 
-// The registry key of the value LanGroup, the name of the machine's group.
+// The registry key with the value LanGroup, which is the name of the machine's group.
 constexpr char OS_WORKSTATION_KEY[] = "SYSTEM\\CurrentControlSet\\Services\\LanmanWorkstation\\Parameters";
 
 #ifndef _WIN32
@@ -20,9 +20,9 @@ struct WKSTA_INFO_101 {
 extern "C" {
 
 // LoadLibraryA loads only "netapi32.dll", and GetProcAddress finds only its NetWkstaGetInfo and
-// NetApiBufferFree; both return null for any other name.  NetWkstaGetInfo supports only level 101 of this
-// machine (null).  It returns a Win32 error code; on 0 the buffer contains a WKSTA_INFO_101, which
-// NetApiBufferFree releases.
+// NetApiBufferFree; both return null for any other name.  NetWkstaGetInfo supports only level 101, and only a
+// null server, which means this machine.  It returns a Win32 error code; on 0 the buffer is a WKSTA_INFO_101
+// that NetApiBufferFree releases.
 HMODULE LoadLibraryA(const char *inp_name);
 FARPROC GetProcAddress(HMODULE in_library, const char *inp_name);
 BOOL FreeLibrary(HMODULE in_library);

@@ -4,10 +4,10 @@
 #include "platform/os/types.h"
 
 enum class OS_outputKind : std::uint8_t {
-    Unknown, // the system does not report it, or the descriptor is closed
+    Unknown, // another kind, such as a folder, or a failure, such as a closed descriptor
     File,
     BlockDevice,
-    Pipe,
+    Pipe, // on Windows also a socket
     LocalSocket,
     OtherSocket,
     Device // a terminal or another character device
@@ -17,12 +17,14 @@ extern "C" {
 
 OS_outputKind OS_KindOfOutput(int fd);
 
-// If the descriptor refers to a file, makes all later writes append, also the writes of other programs that
-// share the descriptor.  Windows only moves the position to the file's end.  Returns 0, or -1 with errno.
+// If the descriptor refers to a regular file, makes all later writes append, also the writes of other
+// programs that share the descriptor.  Windows only moves the position to the file's end.  Returns 0, also
+// for other outputs; -1 on failure, with errno.
 int OS_WriteAtEnd(int fd);
 
-// Number of bytes in a pipe or local socket that the reader has not read yet.  Returns -1 if the reader has
-// closed the pipe or socket, or if the system cannot report the number.  Always 0 on Windows.
+// Number of bytes in a pipe or local socket that the reader has not read yet; a local socket's number
+// includes the system's overhead.  Returns -1 if the reader has closed the pipe or socket, or if the system
+// cannot report the number.  Always 0 on Windows.
 int OS_UnreadBytes(int fd);
 
 } // extern "C"

@@ -15,13 +15,15 @@ int _putenv(const char *inp_assignment);
 #endif
 
 // OS_KeepEnvironment returns the current environment.  Later calls of _putenv do not change the returned
-// environment, and OS_RestoreEnvironment makes it current again.  The caller does not release it.  On Windows
-// the result is null when memory runs out, and OS_RestoreEnvironment does nothing for null.
+// environment, and OS_RestoreEnvironment makes it current again.  The calling function must not release it.
+// On Windows the result is null or incomplete when memory runs out, and OS_RestoreEnvironment does nothing
+// for null.
 char **OS_KeepEnvironment();
 void OS_RestoreEnvironment(char **kept);
 
 // Returns the value of an environment variable that configures the program itself.  Null if the variable is
-// not set, or if the program has lent rights, because it then cannot trust its caller's environment.
+// not set, or if the program started with more rights than the calling user has, because it then cannot trust
+// the user's environment.
 const char *OS_ProgramVariable(const char *name);
 
 } // extern "C"

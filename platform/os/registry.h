@@ -25,8 +25,8 @@ extern "C" {
 LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD in_options, DWORD in_access, HKEY *outp_key);
 
 // Gets the value at an index.  Sizes: on input, bytes of the buffers; on output, the name's length without
-// its NUL, and the data's size, which counts a text's NUL.  Returns 259 after the last value, and 234 if the
-// name or the data does not fit.
+// its NUL, and the data's size, which counts a text's NUL if the text has one.  Returns 259 after the last
+// value, and 234 if the name or the data does not fit.
 LONG RegEnumValueA(HKEY in_key, DWORD in_index, char *outp_name, DWORD *inoutp_nameSize, DWORD *in_reserved,
                    DWORD *outp_type, BYTE *outp_data, DWORD *inoutp_dataSize);
 // Gets the value with a name; type and data may be null.  Returns 234, with the needed size, if the data does
@@ -50,8 +50,9 @@ const char *OS_RegistryTrouble();
 const char *OS_RegistryPath();
 
 // Writes the place of a key below HKEY_LOCAL_MACHINE, truncated to size bytes, and returns a Win32 error
-// code.  On 0 the place is "file:line"; on Windows it is the key's full path.  On 2 (no such key) it is
-// OS_RegistryPath().  On any other code it is empty; for 1015, OS_RegistryTrouble() returns the reason.
+// code.  On 0 the place is "file:line", with line 0 if only keys below the key occur; on Windows it is the
+// key's full path.  On 2 (no such key) it is OS_RegistryPath().  On any other code it is empty; for 1015,
+// OS_RegistryTrouble() returns the reason.
 LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size);
 
 } // extern "C"

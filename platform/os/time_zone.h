@@ -9,8 +9,8 @@
 
 extern "C" {
 
-// Reads the process's time zone from the environment.  Sets _timezone to its standard time's offset, in
-// seconds west of Greenwich.
+// Reads the process's time zone from the environment or the system's settings.  Sets _timezone to the offset
+// of the zone's standard time, in seconds west of Greenwich.
 void _tzset();
 extern long _timezone;
 

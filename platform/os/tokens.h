@@ -23,12 +23,12 @@ extern "C" {
 HANDLE GetCurrentProcess();
 BOOL OpenProcessToken(HANDLE in_process, DWORD in_access, HANDLE *outp_token);
 
-// Writes a TOKEN_GROUPS with the groups of the real caller, each once; other classes are not supported.
+// Writes a TOKEN_GROUPS with the groups of the calling user, each once; other classes are not supported.
 // Returns non-zero on success, otherwise 0.  Error 122, with the needed size, if the groups do not fit.
 BOOL GetTokenInformation(HANDLE in_token, TOKEN_INFORMATION_CLASS in_class, void *outp_info, DWORD in_length,
                          DWORD *outp_needed);
 
-// Closes a token or a process, the only handles that the calls return.
+// Closes a token or a process.  Returns non-zero on success; 0, with error 6, for any other handle.
 BOOL CloseHandle(HANDLE handle);
 
 } // extern "C"

@@ -84,7 +84,7 @@ BOOL LookupAccountNameA(const char *, const char *inp_name, PSID outp_sid, DWORD
         if (!account)
             return failWith(ERROR_NONE_MAPPED);
         const Sid sid = makeSid(kSidOfUser, account->id);
-        // The domain of a local account is its computer.
+        // The domain of a local account is the computer's name.
         const std::string domain = account->name.domain.empty() ? computerName() : account->name.domain;
         NameBuffer domainOut(outp_domain, inoutp_domainSize, domain);
         const bool fits = outp_sid != nullptr && *inoutp_sidSize >= sizeof sid && domainOut.fits();

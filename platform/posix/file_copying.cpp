@@ -32,8 +32,8 @@ int OS_MakeFile(const char *path) {
     return open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kOwnerAlone);
 }
 
-// Copies the access control list; returns false on failure.  A file with a list has the list's mask in the
-// group bits of its mode, so these bits must not be copied without the list.
+// Copies the access control list, if any; returns false on failure.  A file with a list has the list's mask
+// in the group bits of its mode, so these bits must not be copied without the list.
 static bool giveAccessList(int from, int to) {
     constexpr const char *kName = "system.posix_acl_access";
     char list[65536]; // the size limit of an extended attribute

@@ -5,8 +5,9 @@
 #include <sys/stat.h>
 
 constexpr std::int64_t kSecond = 1'000'000'000;
-// Time to wait until file times have advanced, twice their step.  kFineStep is for times from the kernel's
-// clock, kCoarseStep for a file system without fractions of a second.
+// How long to wait until file times have certainly advanced: twice the longest step.  The kernel's clock
+// advances in steps of up to 10 ms (kFineStep); file systems without fractions of a second, such as FAT, in
+// steps of up to 2 s (kCoarseStep).
 constexpr std::int64_t kFineStep = kSecond / 50;
 constexpr std::int64_t kCoarseStep = 4 * kSecond;
 constexpr int kLooks = 3; // attempts for a file that keeps changing

@@ -15,7 +15,7 @@
 
 using namespace qvledger;
 
-constexpr int kLinks = 40; // limit of symbolic links to follow, the kernel's limit too
+constexpr int kLinks = 40; // the most symbolic links to follow, as in the kernel
 
 // ---- The system's own calls ----
 
@@ -69,7 +69,7 @@ int _commit(int fd) {
 
 // ---- Opening ----
 
-// Returns the path that a symbolic link refers to; null if the path is not a link or memory runs out.
+// Returns the path that a symbolic link refers to; null if the path is not a link or on failure.
 static Malloced<char> follow(const char *link) {
     char target[PATH_MAX];
     const ssize_t length = readlink(link, target, sizeof target - 1);
@@ -170,7 +170,7 @@ int OS_NameNewFile(const char *from, const char *to) {
 }
 
 // Syncs the folder in the path that the kernel reports for the file.  Syncs the whole file system instead if
-// that path is another file's by now, or if the folder cannot be opened or synced.
+// that path does not refer to the file, if the folder cannot be opened, or if its sync fails without EIO.
 int OS_SyncFolderOf(int fd) {
     char link[64];
     char path[PATH_MAX];

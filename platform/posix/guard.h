@@ -14,6 +14,7 @@ inline BOOL failWith(LONG error) {
 }
 
 // Runs the body of a call that returns 0 on failure.  When memory runs out, sets the error and returns 0.
+// Any other exception ends the program.
 template <class Body>
 auto guarded(Body body) noexcept -> decltype(body()) {
     try {

@@ -22,8 +22,8 @@ public:
     bool atEnd() const;
     bool take(char character);
     bool take(std::string_view word);
-    // Takes the text up to a key's closing bracket, and the bracket.  Only a comment may follow the bracket,
-    // because names of keys may contain brackets.
+    // Takes a key's name and its closing bracket.  Names may contain brackets, so the closing bracket is the
+    // first bracket after which the line has at most a comment.
     std::optional<std::string_view> takeToBracket();
     // Takes a quoted text and resolves its escapes.
     bool takeQuoted(std::string &text);

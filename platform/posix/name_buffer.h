@@ -1,4 +1,4 @@
-// A caller's buffer for a name, and the buffer's size in bytes.
+// The calling function's buffer for a name, and the buffer's size in bytes.
 #pragma once
 
 #include <cstring>
@@ -14,7 +14,7 @@ public:
     NameBuffer(char *text, DWORD *size, const std::string &name) : text_(text), size_(size), name_(name) {}
 
     bool fits() const { return text_ != nullptr && name_.size() < *size_; }
-    // Sets the size to what the name needs, with its NUL.
+    // Sets the size to the bytes that the name needs, NUL included.
     void setNeeded() { *size_ = static_cast<DWORD>(name_.size() + 1); }
     // Copies the name and sets the size to its length without the NUL.  REQUIRES: fits().
     void write() {

@@ -22,7 +22,7 @@ AccountName qvledger::splitAccountName(std::string_view full) {
 }
 
 // Runs a reentrant look-up of the C library, and enlarges the room until the entry fits.  Returns
-// take(entry), or nothing if no entry is found.
+// take(entry), or nothing if there is no entry or the look-up fails.
 template <class Entry, class Lookup, class Take>
 static auto lookUp(Lookup call, Take take) -> std::optional<decltype(take(Entry{}))> {
     for (std::vector<char> room(kFirstRoom); room.size() <= kMostRoom;) {

@@ -21,7 +21,7 @@ struct Account {
     AccountName name;
 };
 
-// Look up an account or group; nothing if it does not exist.
+// Look up an account or group; nothing if it does not exist or the look-up fails.
 std::optional<Account> accountOfId(uid_t id);
 std::optional<Account> accountOfName(const std::string &name);
 std::optional<AccountName> groupOfId(gid_t id);

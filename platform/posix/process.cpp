@@ -12,9 +12,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-// Makes memory for the cached process id; null if the system cannot clear the memory in children.  Every
-// operation of the facility needs the id, and a system call would cost more than most operations.  The kernel
-// clears the page in every child.  A handler of pthread_atfork would not run after a raw clone().
+// Makes memory for the cached process id; null on failure, for example if the system cannot clear the memory
+// in children.  The id is cached because every operation of ala/ needs it, and a system call would cost more
+// than most operations.  The kernel clears the memory in every child; a handler of pthread_atfork would not
+// run after a raw clone().
 static std::atomic<int> *makeKnownPid() {
     const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     void *page = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);

@@ -23,7 +23,7 @@
 using namespace qvledger;
 
 constexpr char kDefaultPath[] = "/etc/qvledger/registry.reg";
-constexpr std::size_t kMostBytes = std::size_t{64} << 20; // size limit of the registry file, 64 MiB
+constexpr std::size_t kMostBytes = std::size_t{64} << 20; // size limit of the registry file
 constexpr std::size_t kPiece = 64 * 1024;
 
 struct OS_registryKey {
@@ -93,8 +93,8 @@ static bool isOpenKey(HKEY key) {
     return key != nullptr && key != HKEY_LOCAL_MACHINE;
 }
 
-// Copies type and data of a value to the caller.  Each output may be null, but data requires dataSize.
-// Returns ERROR_MORE_DATA, with the needed size, if the data does not fit.
+// Copies type and data of a value to the calling function.  Each output may be null, but data requires
+// dataSize.  Returns ERROR_MORE_DATA, with the needed size, if the data does not fit.
 static LONG deliver(const RegistryValue &value, DWORD *type, BYTE *data, DWORD *dataSize) {
     if (data != nullptr && dataSize == nullptr)
         return ERROR_INVALID_PARAMETER;

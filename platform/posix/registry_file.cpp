@@ -87,7 +87,7 @@ private:
     Registry &registry_;
     bool wideTexts_ = false;     // hexadecimal texts are UTF-16
     bool inSection_ = false;     // a line with a key was read
-    RegistryKey *key_ = nullptr; // current key; null if it is outside HKEY_LOCAL_MACHINE
+    RegistryKey *key_ = nullptr; // current key; null before the first key and outside HKEY_LOCAL_MACHINE
 };
 
 } // namespace
@@ -222,8 +222,8 @@ bool Parser::hexBytes(std::string &data) {
     return true;
 }
 
-// Skips spaces and tabs, and continues with the next line if the current line ends in a backslash.  False if
-// there is no next line.
+// Skips spaces and tabs, and continues with the next line if only a backslash is left of the current line.
+// False if there is no line after the backslash.
 bool Parser::joinContinued() {
     line_.skipBlanks();
     while (line_.takeContinuation()) {
@@ -239,7 +239,7 @@ std::optional<RegistryFault> qvledger::parseRegistry(std::string_view bytes, Reg
         const bool bigEndian = bytes[0] == '\xFE';
         std::string text = utf8FromUtf16(bytes.substr(2), bigEndian);
         if (bytes.size() % 2 != 0)
-            text.push_back('\0'); // makes the line with half a character malformed
+            text.push_back('\0'); // half a character: the NUL makes the last line malformed
         return Parser(text, registry).parse();
     }
     if (bytes.starts_with("\xEF\xBB\xBF"sv))

@@ -18,32 +18,34 @@ namespace qvledger {
 struct RegistryValue {
     std::string name; // empty for the unnamed value
     DWORD type;       // REG_SZ, REG_DWORD, ...
-    std::string data; // bytes; a text includes its NUL
+    std::string data; // bytes; a text usually includes a NUL, but not if the file gives its bytes without one
 };
 
-// A key's values in the file's order.
+// A key's values in the file's order.  Ignores the case of ASCII letters in names.
 class RegistryKey {
 public:
-    // Adds a value.  If the key has a value of that name, compared without case, replaces its type and data.
+    // Adds a value.  If the key already has a value of that name, replaces that value's type and data.
     void set(RegistryValue value);
-    // Finds a value by name, compared without case; null if there is no such value.
+    // Finds a value by name; null if there is no such value.
     const RegistryValue *find(std::string_view name) const;
     const std::vector<RegistryValue> &all() const { return values_; }
 
-    std::size_t line = 0; // line where the key first occurs, counted from 1; 0 if only keys below it occur
+    // Line where the key first occurs, counted from 1; 0 if only keys below this key occur.
+    std::size_t line = 0;
 
 private:
     std::vector<RegistryValue> values_;
     std::unordered_map<std::string, std::size_t> places_; // index in values_, by name in lower case
 };
 
-// The keys below HKEY_LOCAL_MACHINE.  Paths are relative to HKEY_LOCAL_MACHINE and are compared without case.
+// The keys below HKEY_LOCAL_MACHINE.  Paths are relative to HKEY_LOCAL_MACHINE; the case of ASCII letters is
+// ignored.
 class Registry {
 public:
     // Returns the key at a path; adds the key if it does not exist.
     RegistryKey &make(std::string_view path);
-    // Removes and returns a key; nothing if it does not exist.  If only a key below it was made, the key
-    // exists without values.
+    // Removes and returns a key; nothing if the key does not exist.  A key also exists, without values, if a
+    // key below it was made.
     std::optional<RegistryKey> take(std::string_view path);
 
 private:

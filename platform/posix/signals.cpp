@@ -4,7 +4,8 @@
 #include <ctime>
 #include <initializer_list>
 
-constexpr long kAtOnce = 50'000'000; // nanoseconds; time to ignore more signals
+// Nanoseconds after the first signal in which more signals are ignored.
+constexpr long kAtOnce = 50'000'000;
 
 static volatile std::sig_atomic_t notedSignal = 0;
 static std::timespec notedAt; // only the signal handler uses this variable

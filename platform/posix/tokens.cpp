@@ -12,7 +12,7 @@
 
 using namespace qvledger;
 
-constexpr DWORD kGroupEnabled = 7; // the group is mandatory, enabled by default and enabled
+constexpr DWORD kGroupEnabled = 7; // flags: mandatory, enabled by default, enabled
 
 static char gProcess; // this variable's address is the process's handle
 static char gToken;   // this variable's address is the token's handle

@@ -26,8 +26,8 @@ private:
     HANDLE handle_;
 };
 
-// Lets other programs read, write, rename and remove a file that is open here, because the writer of a log
-// renames and removes the log.
+// Lets other programs read, write, rename and remove a file that is open here, because the program that
+// writes a log also renames and removes it.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 // The handle of a descriptor; INVALID_HANDLE_VALUE, with errno, if the descriptor is not open.
@@ -42,7 +42,7 @@ HANDLE openHandle(const char *path, DWORD access, DWORD disposition, DWORD flags
 int identifyHandle(HANDLE handle, OS_fileIdentity *identity);
 
 // Makes a descriptor in binary mode, which takes the ownership of the handle.  On failure, closes the handle
-// and returns -1.
+// and returns -1.  Returns -1 for INVALID_HANDLE_VALUE and leaves errno unchanged.
 int descriptorOf(HANDLE handle, int flags);
 
 } // namespace qvledger

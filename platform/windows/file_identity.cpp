@@ -7,10 +7,11 @@
 
 using namespace qvledger;
 
-// File times count 100 nanoseconds since 1601.
+// File times count units of 100 nanoseconds since 1601.
 constexpr std::int64_t kStep = 100;
 constexpr std::int64_t kStepsTo1970 = 116'444'736'000'000'000;
-// A file system may store times in steps of two seconds.  Each time to wait is twice the step.
+// How long to wait until file times have certainly advanced: twice the longest step.  Some file systems store
+// times in steps of two seconds.
 constexpr std::int64_t kCoarse = 2'000'000'000;
 constexpr std::int64_t kCoarseStep = 2 * kCoarse;
 constexpr std::int64_t kFineStep = 40'000'000; // for times from the system's clock

@@ -7,11 +7,11 @@
 
 using namespace qvledger;
 
-// ---- Locks between runs ----
+// ---- Locks between processes ----
 
-// A lock blocks access to the locked bytes, so the lock of a file is two bytes beyond the end of any file.  A
-// run that has locked both bytes has locked the file.  After OS_LockOutWriters only the second byte is
-// locked, by the new handle.
+// A lock on Windows blocks access to the locked bytes, so a process locks a file by two bytes beyond the end
+// of any file.  A process that has locked both bytes has locked the file.  After OS_LockOutWriters only the
+// second byte is locked, by the new handle.
 constexpr DWORD kLockedAt = 0x7fffffff; // high half of the position of the two bytes
 enum LockByte : DWORD { kFirst = 0, kSecond = 1 };
 
@@ -50,8 +50,8 @@ void OS_UnlockFile(int fd) {
 
 // ---- Locking out writers ----
 
-// Opens a second handle that shares the file only with readers.  This fails while a writer has the file open,
-// and afterwards prevents writers from opening the file.  The new handle locks the second byte and then
+// Opens a second handle that does not share the file with writers.  This fails while a writer has the file
+// open, and afterwards prevents writers from opening the file.  The new handle locks the second byte and then
 // replaces the descriptor's old handle.  Closing the old handle releases the lock of the first byte.
 int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
     FileHandle held(CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
@@ -68,7 +68,7 @@ int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
         errno = ENOENT;
         return OS_REFUSED;
     }
-    unlock(handleOf(fd), kSecond); // the lock of the first byte still excludes other runs
+    unlock(handleOf(fd), kSecond); // the lock of the first byte still excludes other processes
     if (lock(held.get(), kSecond) != ERROR_SUCCESS)
         return OS_REFUSED;
     const int newFd = descriptorOf(held.release(), _O_RDONLY);
@@ -79,7 +79,7 @@ int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
     return moved == 0 ? OS_DONE : OS_REFUSED;
 }
 
-// No call reports whether a file is open elsewhere for reading or writing.
+// No simple call reports whether a file is open elsewhere for reading or writing.
 int OS_IsOpenElsewhere(int) {
     return 0;
 }

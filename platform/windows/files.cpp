@@ -35,7 +35,7 @@ int OS_OpenToAppend(const char *name, char **made) {
         return -1;
     }
     for (int tries = 0; tries < kTries; ++tries) {
-        // Requests the right to delete, because a run that creates the file may have to remove the file.
+        // Requests the right to delete, because the program may have to remove the file that it creates.
         FileHandle file(openToAppend(name, DELETE, CREATE_NEW));
         const bool isMade = file.isOpen();
         if (!isMade && errno != EEXIST)
@@ -83,7 +83,7 @@ int OS_CutFile(int fd, std::int64_t size) {
 // ---- Names ----
 
 int OS_MoveName(const char *from, const char *to) {
-    // A longer path could not be opened afterwards.
+    // A path of MAX_PATH or more bytes might not open afterwards.
     if (std::strlen(to) >= MAX_PATH) {
         errno = EINVAL;
         return OS_REFUSED;

@@ -1,4 +1,4 @@
-// Programs on Windows have no rights beyond their caller's.
+// Programs on Windows have no rights beyond the calling user's.
 #include "platform/os.h"
 
 int OS_HasLentRights() {

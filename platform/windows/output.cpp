@@ -27,7 +27,7 @@ int OS_WriteAtEnd(int fd) {
     return _lseeki64(fd, 0, SEEK_END) >= 0 ? 0 : -1;
 }
 
-// No call reports unread bytes, so everything written counts as read.
+// No call reports unread bytes, so all written bytes are treated as read.
 int OS_UnreadBytes(int) {
     return 0;
 }

@@ -12,15 +12,15 @@ constexpr UINT kInterrupted = 0xC000013A; // exit status of a program that Ctrl+
 static BOOL WINAPI note(DWORD kind) {
     int none = 0;
     const bool isFirst = notedSignal.compare_exchange_strong(none, kind == CTRL_C_EVENT ? SIGINT : SIGTERM);
-    // After these events the system ends the program when the handler returns, so the handler waits until the
-    // run can finish.
+    // After the other events the system ends the program when the handler returns, so the handler waits to
+    // give the program time to finish.
     if (isFirst && kind != CTRL_C_EVENT && kind != CTRL_BREAK_EVENT)
         Sleep(kTimeToEnd);
     return isFirst ? 1 : 0;
 }
 
 void OS_NoteEndSignals() {
-    static_cast<void>(SetConsoleCtrlHandler(note, 1)); // fails only without a console, and so without signals
+    static_cast<void>(SetConsoleCtrlHandler(note, 1)); // on failure, the first signal ends the program
 }
 
 int OS_NotedSignal() {

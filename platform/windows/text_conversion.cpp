@@ -15,7 +15,7 @@ using namespace qvledger;
 struct Iconv {
     const char *name;
     UINT page;            // the system's code page; 0 for the Unicode sets
-    std::size_t unit = 1; // size in bytes
+    std::size_t unit = 1; // bytes of the smallest unit
     bool bigEndian = false;
     bool pairs = false; // has surrogate pairs, as UTF-16 does
 };
@@ -90,8 +90,8 @@ int iconv_close(iconv_t) {
 
 namespace {
 
-// The first character of the input.  reason: 0; errno EILSEQ if the character is invalid, EINVAL if it is
-// incomplete.
+// The first character of the input.  reason: 0 if the character is valid, EILSEQ if it is invalid, EINVAL if
+// it may be incomplete.
 struct Character {
     std::size_t length;
     std::string utf8;

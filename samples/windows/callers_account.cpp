@@ -27,8 +27,8 @@ static std::string userName() {
     return name;
 }
 
-// Sets the name that access lists use for a group.  The domain of a local group is the computer.  False if
-// the SID is not that of a group.
+// Sets the group's name and domain, as in access lists.  The domain of a local group is the computer's name.
+// False if the SID has no name or is not that of a group.
 static bool nameGroup(PSID sid, AccountName &group) {
     char name[257];
     char domain[257];

@@ -19,29 +19,29 @@ using namespace qvledger;
 constexpr std::int32_t kNotStarted = INT32_MAX;
 constexpr std::int32_t kNothing = INT32_MIN;
 constexpr std::size_t kMostPlaces = 64;    // source lines whose repeated entries are counted
-constexpr std::size_t kLongestText = 1000; // bytes of an entry kept for comparison with the next
+constexpr std::size_t kLongestText = 1000; // bytes; a longer text never counts as repeated
 
 std::atomic<std::int32_t> LOG_g_level = kNotStarted;
 
 namespace {
 
-// The last entry of a source file and line.
+// The last entry that a source line logged.
 struct LastEntry {
     LogPlace place;
     std::uint64_t repeated; // number of repetitions since the entry was written
     std::size_t size;
-    char text[kLongestText]; // truncated, so a longer text never equals it
+    char text[kLongestText]; // truncated
 };
 
-// Sink, levels and counts, shared by all threads.
+// The log's sink, levels and counts, shared by all threads.
 class ProgramLog {
 public:
     void start() {
         if (LOG_g_level.load(std::memory_order_acquire) != kNotStarted)
             return;
-        // Done before the lock is first taken, because a child that another thread forks must not inherit a
-        // locked mutex.  If a call fails, repetitions are not counted, because counts could be lost or
-        // written twice.
+        // Registers the functions before the lock is first taken, because a child that another thread forks
+        // must not inherit a locked mutex.  If a registration fails, repetitions are not counted, because
+        // counts could be lost at the exit or written by a child, too.
         static const bool isWatched =
             std::atexit([] { instance.flush(); }) == 0 && OS_WatchForks([] { instance.beginChild(); }) == 0;
         const std::lock_guard guard(lock_);
@@ -123,8 +123,8 @@ private:
         LOG_g_level = !isWanted ? kNothing : tracesToo_ ? LOG_TRACE : messageLevel_;
     }
 
-    // Does the entry repeat the last entry of its place?  Counts a repetition.  Any other entry becomes the
-    // last entry of its place.
+    // Does the entry repeat the last entry of its source line?  If so, counts the repetition; otherwise the
+    // entry becomes the line's last entry.
     bool isRepeated(const LogPlace &place, std::string_view text) {
         LastEntry *const known = last_ + placesKnown_;
         LastEntry *const last = std::find_if(last_, known, [&](const LastEntry &it) {
@@ -158,7 +158,7 @@ private:
         static_cast<void>(sink_.writeLost()); // on failure, the lost entries stay counted
     }
 
-    std::mutex lock_; // guards all members below
+    std::mutex lock_; // guards sink and counts, and changes of the other members
     LogSink sink_;
     std::int32_t messageLevel_ = LOG_ERROR;
     bool tracesToo_ = false;
@@ -169,11 +169,11 @@ private:
     LastEntry last_[kMostPlaces] = {};
 };
 
-// No constructor or destructor runs if std::mutex needs none, so the program may log before main() and during
-// exit().
+// If std::mutex needs no constructor and destructor to run, this object needs none either, so the program may
+// log before main() and during exit().
 ProgramLog ProgramLog::instance;
 
-// Restores errno, because callers may log before they read errno.
+// Restores errno, because the calling function may read errno after it logs.
 struct KeepErrno {
     const int kept = errno;
     ~KeepErrno() { errno = kept; }

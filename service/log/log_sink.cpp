@@ -20,7 +20,7 @@ void LogSink::open(const char *name) {
         return;
     fd_ = sink == "stderr" ? kStandardError : openFile(name);
     if (fd_ >= 0) {
-        static_cast<void>(OS_IdentifyDescriptor(fd_, &opened_)); // if fd_ is closed, each write fails too
+        static_cast<void>(OS_IdentifyDescriptor(fd_, &opened_)); // on failure, writes fail, too
         return;
     }
     LogText text;

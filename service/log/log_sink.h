@@ -14,8 +14,8 @@ struct LogPlace {
     std::int32_t line;
 };
 
-// Writes entries; drops and counts the entries that are not taken at once.  REQUIRES: only one thread at a
-// time uses a sink.
+// Writes entries.  An entry that the sink does not accept at once is dropped and counted as lost.  REQUIRES:
+// only one thread at a time uses a sink.
 class LogSink {
 public:
     // Opens the sink.  name: the value of QV_LOG; null or empty means the system's log.  If a file cannot be
@@ -24,10 +24,11 @@ public:
     void close();
     bool isOpen() const { return isOpen_; }
 
-    // Writes an entry.  If it is not taken, counts `calls`, the number of log calls that it represents, as
-    // lost.
+    // Writes an entry that represents `calls` log calls.  If the entry is not accepted, `calls` entries are
+    // counted as lost.
     void write(const LogPlace &place, std::string_view text, std::uint64_t calls = 1);
-    // If calls were lost, writes an entry with their number; false if that entry is not taken.
+    // If entries were lost, writes an entry with their number.  Returns false if that entry is not accepted,
+    // otherwise true.
     bool writeLost();
     void forgetLost() { lost_ = 0; }
 
@@ -39,8 +40,8 @@ public:
     const char *systemLogPath = "/dev/log";
 
 private:
-    // The part that depends on the system, in log_system.cpp.
-    static int openFile(const char *name); // never returns a standard stream's number
+    // Each system has its own implementation: log_system.cpp, windows/log_system.cpp.
+    static int openFile(const char *name);                          // returns a descriptor, or -1 with errno
     static std::size_t writeAtOnce(int fd, std::string_view bytes); // returns the number of bytes written
     static bool sendToSystemLog(const char *path, std::int32_t level, std::string_view entry);
 

@@ -26,7 +26,7 @@ static int movedAboveStandardStreams(int fd) {
 }
 
 int LogSink::openFile(const char *name) {
-    // With O_NONBLOCK, a pipe without a reader does not block the program.
+    // With O_NONBLOCK, opening a pipe without a reader fails instead of blocking the program.
     constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     return movedAboveStandardStreams(::open(name, kFlags, 0640));
 }
@@ -38,11 +38,11 @@ static bool isPipeReady(int fd) {
     return ::poll(&pipe, 1, 0) == 1 && pipe.revents == POLLOUT;
 }
 
-// Checks a pipe before each write instead of making it non-blocking, because other programs share the
-// standard error stream.
+// Checks a pipe before each write.  Making the pipe non-blocking would also affect other programs that share
+// the standard error stream.
 std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     struct stat file = {};
-    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // an unknown file may block too
+    const bool isPipe = ::fstat(fd, &file) != 0 || S_ISFIFO(file.st_mode); // assumed if the type is unknown
     std::size_t done = 0;
     while (done < bytes.size() && (!isPipe || isPipeReady(fd))) {
         const std::string_view piece = bytes.substr(done, isPipe ? PIPE_BUF : std::string_view::npos);
@@ -72,7 +72,7 @@ bool LogSink::sendToSystemLog(const char *path, std::int32_t level, std::string_
     LogText text;
     text.appendFormat("<%d>", LOG_USER | (level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG));
     text.append(entry);
-    text.end('\0'); // in a stream, a NUL ends each entry
+    text.end('\0'); // on a stream socket, a NUL ends each entry
     const std::string_view bytes = text.view();
     return send(path, SOCK_DGRAM, bytes.substr(0, bytes.size() - 1)) ||
            (errno == EPROTOTYPE && send(path, SOCK_STREAM, bytes));

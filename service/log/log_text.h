@@ -13,7 +13,7 @@
 
 namespace qvledger {
 
-// A growing text.  When memory runs out, it keeps the part that fits and drops the rest.
+// A growing text.  When memory runs out, the text is truncated to the part that fits.
 class LogText {
 public:
     void append(std::string_view piece) {
@@ -50,7 +50,8 @@ public:
 private:
     char *text() { return onHeap_ ? onHeap_.get() : inPlace_; }
 
-    // Makes room for `size` further bytes.  Returns how many of them fit: all, unless memory ran out.
+    // Makes room for `size` more bytes.  Returns the number of bytes that fit: `size`, unless memory runs
+    // out.
     std::size_t makeRoom(std::size_t size) {
         const bool wasInPlace = onHeap_ == nullptr;
         if (size <= capacity_ - length_ || !resize(onHeap_, 2 * capacity_ + size + 1))

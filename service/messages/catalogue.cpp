@@ -18,7 +18,7 @@ constexpr unsigned kSetShift = 16;
 static const nl_catd kNoCatalogue = reinterpret_cast<nl_catd>(std::intptr_t{-1});
 static nl_catd catalogue = kNoCatalogue;
 
-// Opens a catalogue in this installation's folder, which the C library may not search.
+// Opens a catalogue in this installation's folder, because the C library may search only other folders.
 static nl_catd openInstalled(const char *name) {
     char language[64] = "";
     if (const char *locale = std::setlocale(LC_MESSAGES, nullptr); locale != nullptr)
@@ -89,7 +89,7 @@ std::int32_t MSG_GetUnformatted(std::int32_t, std::uint32_t in_code, std::int32_
                                 std::uint32_t *outp_count, char *outp_buffer) {
     if (catalogue == kNoCatalogue)
         return 1;
-    static const char absent = '\0'; // recognised by its address
+    static const char absent = '\0'; // catgets returns this address if there is no message
     const char *text = catgets(catalogue, static_cast<int>(in_code >> kSetShift),
                                static_cast<int>(in_code & kNumberMask), &absent);
     if (text == &absent)

@@ -8,7 +8,7 @@
 
 using namespace qvledger;
 
-constexpr unsigned kMostArguments = 9; // limit of a format, because one digit numbers an argument
+constexpr unsigned kMostArguments = 9; // the number of an argument has a single digit
 
 namespace {
 
@@ -33,8 +33,8 @@ struct Conversion {
 
 class Arguments {
 public:
-    // Notes the kind of the conversion's argument.  False if another conversion uses the argument as another
-    // kind.
+    // Stores the kind of the conversion's argument.  False if an earlier conversion of the same argument has
+    // another kind.
     bool use(const Conversion &conversion) {
         Kind &kind = kinds_[conversion.argument];
         const bool agrees = kind == Kind::Unused || kind == conversion.kind;
@@ -42,7 +42,8 @@ public:
         count_ = std::max(count_, conversion.argument + 1);
         return agrees;
     }
-    // Reads the values.  False if the format skips an argument, because its type is then unknown.
+    // Reads the values.  False if the format skips an argument, because the type of a skipped argument is
+    // unknown.
     bool take(std::va_list values) {
         std::va_list from;
         va_copy(from, values);

@@ -8,12 +8,13 @@
 namespace qvledger {
 
 // Writes the formatted text, truncated to size bytes including its NUL; with size 0, writes nothing.  Returns
-// the length of the whole text without the NUL.  Returns -1 if that length exceeds INT32_MAX or the format is
-// invalid.
+// the length of the whole text without the NUL; a negative number if that length exceeds INT32_MAX, a
+// positional conversion is invalid, or the C library fails.
 //
-// The conversions of a valid format are either all plain or all positional.  A positional conversion is one
-// of "d i u x X o c s p f e g", with "l", "ll" or "z" only for integers.  Positional conversions use every
-// argument up to the highest number, and use each argument as only one type.
+// A positional conversion is one of "d i u x X o c s p f e g", with "l", "ll" or "z" only for integers, and
+// an argument number from 1 to 9.  Positional conversions must use every argument up to the highest number,
+// and each argument as only one type.  REQUIRES: the format's conversions are either all plain or all
+// positional.
 std::int32_t formatText(char *text, std::size_t size, const char *format, std::va_list values);
 
 } // namespace qvledger

@@ -1,9 +1,10 @@
 // MSG_: the tool's message catalogue, and formatted output.
 //
-// The messages come from the X/Open catalogue that LANG and NLSPATH select, otherwise from the installation's
-// catalogue for the locale.  On Windows there is no catalogue.  Texts are stored in UTF-8 and returned in the
-// locale's character set.  The high half of a message's code is the number of its set (59 to 61); the low
-// half is the message's number in the set.
+// The messages come from the X/Open catalogue that the locale and NLSPATH select, otherwise from the
+// installation's catalogue for the locale.  On Windows there is no catalogue.  Texts are stored in UTF-8 and
+// returned in the locale's character set; a text that cannot be converted is returned unchanged.  The high
+// half of a message's code is the number of its set (59 to 61); the low half is the message's number in the
+// set.
 #pragma once
 
 #include <cstdarg>
@@ -24,9 +25,8 @@ std::int32_t MSG_GetUnformatted(std::int32_t in_reserved, std::uint32_t in_code,
                                 std::uint32_t in_size, std::uint32_t *outp_count, char *outp_buffer);
 
 // Like printf, with the positional arguments of service/messages/format.h.  Return the length of the text
-// without its NUL, or a negative number for an invalid format.  MSG_fprintf also returns a negative number
-// when memory runs out or the write fails.  REQUIRES: the buffer of MSG_vsprintf and MSG_sprintf is large
-// enough.
+// without its NUL, or a negative number on failure.  MSG_fprintf also fails when memory runs out or the
+// write fails.  REQUIRES: the buffer of MSG_vsprintf and MSG_sprintf is large enough.
 std::int32_t MSG_vsprintf(char *outp_buffer, const char *in_format, std::va_list in_values);
 std::int32_t MSG_sprintf(char *outp_buffer, const char *in_format, ...) __attribute__((format(printf, 2, 3)));
 std::int32_t MSG_fprintf(std::FILE *inp_stream, const char *in_format, ...)

@@ -16,14 +16,14 @@ using namespace qvledger;
 
 namespace {
 
-// A renaming table; a file that is absent or bad is remembered without a table.
+// A language, with its renaming table; the table is null if its file is absent or bad.
 struct Language {
     std::string tag; // the file's name after "oids."
     OidTable::State state;
     std::unique_ptr<OidTable> table;
 };
 
-// The database of a handle.
+// An open database, to which a handle points.
 struct Database {
     std::string tablePath;
     OidTable identifiers;
@@ -92,7 +92,7 @@ static std::string_view generalised(std::string_view tag) {
     return end == tag.npos ? std::string_view() : tag.substr(0, end);
 }
 
-// Could the locale name a file outside the database's folder?  The user chooses the locale.
+// Could the locale, which the user chooses, name a file outside the database's folder?
 static bool namesNoTable(std::string_view locale) {
     return locale.find('/') != locale.npos || locale.find("..") != locale.npos;
 }

@@ -31,7 +31,7 @@ public:
     bool isBelow(unsigned limit) const { return count_ == 0 || (count_ == 1 && digits_[0] < limit); }
     unsigned lowest() const { return count_ == 0 ? 0 : digits_[0]; }
 
-    // Appends the number to the contents octets, the highest digit first; false if it does not fit.
+    // Appends the number to the contents octets, the highest digit first; false if the number does not fit.
     bool encode(OidBinary *binary) const {
         const std::size_t size = count_ == 0 ? 1 : count_;
         std::uint8_t &length = binary->bytes[0];
@@ -53,7 +53,7 @@ private:
 } // namespace
 
 // Removes one arc and the dot after it from the start of the text; false if the text does not begin with a
-// valid arc.
+// valid arc, or ends with that dot.
 static bool takeArc(std::string_view &text, Arc *arc) {
     std::size_t at = 0;
     for (; at < text.size() && text[at] != '.'; ++at) {

@@ -82,7 +82,7 @@ static bool parseNumber(std::string_view text, int base, Number *number) {
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// Splits a line into fields at each tab; false if the line has another number of fields.
+// Splits a line at each tab; false unless the line has exactly fields.size() fields.
 static bool split(std::string_view line, std::span<std::string_view> fields) {
     for (std::size_t at = 0; at < fields.size(); ++at) {
         const std::size_t tab = line.find('\t');
@@ -245,7 +245,7 @@ OidTable::State OidTable::load(const char *path, Kind kind) {
         LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s", trouble_.c_str());
         return State::Bad;
     }
-    // An entry never takes more bytes than its line.
+    // An entry never takes more bytes than its line, so the file's size suffices for all entries.
     bytes_.reserve(static_cast<std::size_t>(info.size));
     return readLines(file.get(), path, kind) ? State::Loaded : State::Bad;
 }

@@ -33,12 +33,13 @@ public:
     };
     enum class State : std::uint8_t { Loaded, Absent, Bad };
 
-    // Reads a table file.  Returns Bad if the file is unreadable or malformed; the log then has the file, the
-    // line if known, and the reason.  Returns Absent, and logs nothing, if the file does not exist.  Throws
-    // std::bad_alloc.  REQUIRES: the table was not loaded before.
+    // Reads a table file.  Returns Bad if the file is unreadable, malformed, larger than 1 GiB or not a
+    // regular file; the log then has the file, the line if known, and the reason.  Returns Absent, and logs
+    // nothing, if the file does not exist.  Throws std::bad_alloc.  REQUIRES: the table was not loaded
+    // before.
     State load(const char *path, Kind kind);
 
-    // The text that was logged by a load that returned Bad.
+    // The log text of a load() that returned Bad; otherwise empty.
     const std::string &whyBad() const { return trouble_; }
 
     // Find an entry by contents octets or by short identifier; null if the table has no such entry.

@@ -1,6 +1,6 @@
 // Unpacked attribute values (service/packed/values.h): how to release them, failure codes, and helpers.
 //
-// The packed form is XDR (RFC 4506); service/packed/values.x describes the form, and docs/formats.md explains
+// The packed form is XDR (RFC 4506); service/packed/values.x defines the form, and docs/formats.md explains
 // it.
 #pragma once
 
@@ -22,13 +22,13 @@ using AS_attrValType_t = std::uint32_t;
 constexpr AS_attrValType_t AS_ACCESS_LIST_ENTRY = 7;
 
 // Failure codes, all non-zero.
-constexpr std::int32_t ODP_E_REFUSED = 1; // the bytes are not a value of the requested type
+constexpr std::int32_t ODP_E_REFUSED = 1; // not a value of the requested type or form
 constexpr std::int32_t ODP_E_NO_MEMORY = 2;
 
 extern "C" {
 
 // Gets the short identifier of an attribute reference.  Returns 0; ODP_E_REFUSED, with the output unchanged,
-// for a reference of another form.
+// for a reference without a short identifier.
 std::int32_t AS_GetAttrIDR(STF_l__hdr *in_status, const AS_attrRef *inp_reference,
                            std::uint32_t *outp_identifier);
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-// The readers call each other by overload, so all of them are in the namespace.
+// The readers are overloads of unpack() that call each other, so all of them are in one namespace.
 namespace qvledger {
 
 // ---- Building blocks ----
@@ -192,7 +192,7 @@ void unpack(XdrReader &in, GEN_mediaConsumed &value) {
 
 // ---- Profiles and addresses ----
 
-// Reads the two texts of an O/R attribute, the element of a chain.
+// Reads an attribute of an O/R address.
 static void unpack(XdrReader &in, ODP_orPair &value) {
     unpackAll(in, value.type, value.value);
 }

@@ -52,7 +52,8 @@ void unpack(XdrReader &in, Record *&optional) {
 }
 
 // Reads a chain whose nodes have their element in the given member.  Returns the first node; null if the
-// chain is empty.  Uses a loop, because recursion over a long chain would exhaust the stack.
+// chain is empty.  If the reader fails, the result is null or an incomplete chain.  Uses a loop, because
+// recursion over a long chain would exhaust the stack.
 template <class Node, class Element>
 Node *unpackChain(XdrReader &in, Element Node::*element) {
     Node *head = nullptr;

@@ -1,4 +1,4 @@
-// The memory of one unpacked value's parts, released together by the destructor.
+// The memory of one unpacked value's parts.  All parts are released together.
 #pragma once
 
 #include <algorithm>
@@ -11,14 +11,15 @@ namespace qvledger {
 
 class ValueMemory {
 public:
-    // Allocations use the room first.  REQUIRES: the room outlives this object.
+    // Allocations first use `room`, which is not released.  REQUIRES: the room outlives this object and is
+    // aligned for every type.
     explicit ValueMemory(std::span<std::byte> room = {})
         : next_(room.data()), end_(room.data() + room.size()) {}
     ~ValueMemory() { releaseFrom(first_); }
     ValueMemory(const ValueMemory &) = delete;
     ValueMemory &operator=(const ValueMemory &) = delete;
 
-    // Returns uninitialised memory, aligned for every record and with its own address even for size 0; null
+    // Returns uninitialised memory, aligned for every type and with its own address even for size 0; null
     // when memory runs out.
     void *allocate(std::size_t size) {
         constexpr std::size_t kUnit = alignof(std::max_align_t);
@@ -28,8 +29,9 @@ public:
         return std::exchange(next_, next_ + units);
     }
 
-    // handOver() passes the ownership of all memory to the caller.  The caller releases all of it by passing
-    // the address of the first allocation, or null, to release().  REQUIRES: the constructor got no room.
+    // handOver() passes the ownership of all memory to the calling function, which releases the memory by
+    // passing the address of the first allocation, or null, to release().  REQUIRES: the constructor was
+    // called without `room`.
     void handOver() { first_ = nullptr; }
     static void release(void *firstAllocation) {
         if (firstAllocation != nullptr)
@@ -66,7 +68,7 @@ private:
     Chunk *last_ = nullptr;
     std::byte *next_; // start of the free memory
     std::byte *end_;
-    std::size_t usual_ = 0; // bytes; size of the last chunk unless a larger one was needed
+    std::size_t usual_ = 0; // bytes of a usual chunk; doubles with each chunk up to kLargest
 };
 
 } // namespace qvledger

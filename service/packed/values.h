@@ -1,9 +1,9 @@
 // The records of unpacked attribute values.
 //
 // A pointer field whose name ends in _o is optional: null means absent.  A pointer field whose name ends in
-// _d has a default: null means the default.  A choice selects the member of the union after it; any other
-// number selects no member.  Chains are linked by next.  The library owns every record, so a pointer into a
-// record is invalid after the record's release.
+// _d has a default: null means the default.  The number in `choice` selects a member of the union after it;
+// an unknown number selects no member.  Chains are linked by next.  The library owns every record, so a
+// pointer into a record is invalid after the record's release.
 #pragma once
 
 #include <cstdint>

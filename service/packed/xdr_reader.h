@@ -1,7 +1,7 @@
 // A cursor over the bytes of a packed value (XDR, RFC 4506).
 //
-// Getters never read past the end.  The first invalid item makes the reader fail permanently: all later
-// getters return zero or nothing, so the caller checks once, at the end of the value.
+// Getters never read past the end.  An invalid or incomplete item makes the reader fail permanently: all
+// later getters return zero or nothing, so it is enough to check for a failure once, at the end of the value.
 #pragma once
 
 #include <cstddef>
@@ -38,7 +38,7 @@ public:
     bool present(); // reads the int before optional data, which must be 0 or 1
 
     // Reads a count and that many bytes, and returns the bytes without their fill bytes.  Fails if the count
-    // is above limit or a fill byte is not zero.
+    // is above limit, bytes are missing or a fill byte is not zero.
     std::span<const std::uint8_t> bytes(std::size_t limit);
 
     // Like bytes(), but for a string; fails if the string contains a NUL.
@@ -73,14 +73,14 @@ public:
     bool isWhole() const { return fault_ == Fault::None && rest_.empty(); }
     bool failed() const { return fault_ != Fault::None; }
     bool outOfMemory() const { return fault_ == Fault::Memory; }
-    // Did the reader fail because of the missing bytes, and not at an invalid item?
+    // Did the reader fail only because the value's end is missing?
     bool lacksBytes() const { return fault_ == Fault::Missing; }
 
 private:
     enum class Fault : std::uint8_t { None, Malformed, Missing, Memory };
 
     void fail(Fault fault);
-    // Fails at an item of size bytes, because fewer bytes are unread.
+    // Fails because an item has `size` bytes, but fewer bytes are unread.
     void failAt(std::size_t size) {
         fail(size <= rest_.size() + missing_ ? Fault::Missing : Fault::Malformed);
     }

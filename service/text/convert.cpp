@@ -21,7 +21,7 @@ struct CodeSet {
     std::uint32_t number;
     const char *name;     // iconv's name of the code set
     std::size_t unit = 1; // bytes of the smallest unit
-    bool hasAscii = true; // bytes 0x01 to 0x7F are always ASCII characters
+    bool hasAscii = true; // a text of only bytes 0x01 to 0x7F is ASCII
 };
 
 } // namespace
@@ -132,7 +132,7 @@ static char *convertBy(iconv_t converter, std::size_t unit, std::string_view tex
         return iconv(converter, from, &left, &out, &room) != static_cast<std::size_t>(-1);
     };
     while (left > 0 && !run(&in)) {
-        run(nullptr); // writes a pending character from before the fault
+        run(nullptr); // writes a character that iconv still keeps
         *out++ = '?';
         const std::size_t fault = std::min(unit, left);
         in += fault;

@@ -13,13 +13,14 @@ constexpr std::uint32_t CODE_SET_UCS2 = 1000; // big-endian
 
 namespace qvledger {
 
-// Converts the characters before the first NUL to a new NUL-terminated text that the caller frees; null when
-// memory or another resource runs out.  Each unit that cannot be converted becomes a "?".  A unit is one
-// byte, or the 2 or 4 bytes of a wide code set.  If the code set is unknown, ASCII characters are copied and
-// every other byte becomes a "?".
+// Converts the characters before the first NUL to a new NUL-terminated text; release it with free().  Null
+// when memory or another resource runs out.  Each unit that cannot be converted becomes a "?".  A unit is one
+// byte, or the 2 or 4 bytes of a wide code set.  If the code set is not supported, ASCII characters are
+// copied and every other byte becomes a "?".
 char *convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t codeSet);
 
-// Copies the bytes before the first NUL unchanged to a new text, which is returned as by convertToUtf8.
+// Copies the bytes before the first NUL unchanged to a new NUL-terminated text; release it with free().  Null
+// when memory runs out.
 char *copyText(std::span<const std::uint8_t> bytes);
 
 } // namespace qvledger

@@ -9,7 +9,7 @@
 using namespace qvledger;
 
 constexpr char kMailType[] = "DDA:RFC-822";
-constexpr std::string_view kWrittenAt = "(a)"; // O/R addresses cannot contain "@"
+constexpr std::string_view kWrittenAt = "(a)"; // means "@", which O/R addresses cannot contain
 
 static const char *textOrEmpty(const char *text) {
     return text != nullptr ? text : "";

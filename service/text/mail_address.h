@@ -8,9 +8,10 @@
 
 extern "C" {
 
-// Converts an O/R address to a new text that the caller frees.  The text is the RFC-822 attribute with "@"
-// for "(a)".  Without such an attribute it is "/TYPE=VALUE" for each attribute and a closing "/".  Returns 0,
-// or non-zero when memory runs out.  If the address has no attributes, *outpp_text stays unchanged.
+// Converts an O/R address to a new text; release it with free().  The text is the DDA:RFC-822 attribute with
+// each "(a)" replaced by "@".  If there is no such attribute, the text is "/TYPE=VALUE" for each attribute
+// and a closing "/".  Returns 0, or non-zero when memory runs out.  *outpp_text stays unchanged if the
+// address is null or has no attributes, or on failure.
 std::int32_t GEN_X400ToInternetMailAddress(STF_l__hdr *in_status, char **outpp_text,
                                            const ODP_orName *inp_address, std::int32_t in_reserved);
 

@@ -1,8 +1,8 @@
-// floor.cpp: the least work that turns an accounting log into a tab-separated report, as a baseline.
+// floor.cpp: turns an accounting log into a tab-separated report with the least work, as a baseline.
 //   floor LOG > REPORT     one line per job record; a line of OIDs whenever the columns change
 //   floor --cat LOG        only reads the file, 1 MiB at a time
-//   floor --walk LOG       finds every tag and value, decodes and writes nothing
-// Only bounds are checked.  A column's name is its OID, which is read again only if its bytes change.
+//   floor --walk LOG       finds every tag and value, but decodes and writes no value
+// Checks only bounds.  The report names each column by its OID.
 #include "tests/bench/log.h"
 #include <charconv>
 #include <string>
@@ -10,7 +10,7 @@
 
 class Output {
 public:
-    // Makes room for n more bytes.  advance() sets the end of the bytes that were written.
+    // Returns room for n bytes.  The calling function writes them and passes their end to advance().
     char *room(size_t n) {
         if (buf_.size() - used_ < n)
             buf_.resize(2 * buf_.size() + n);

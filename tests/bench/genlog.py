@@ -3,8 +3,8 @@
 
 12 strings of 8 to 40 bytes, 5 ints, 2 times, 1 int with two values; --attributes and --values change
 these numbers, and --documents gives each job documents of 6 attributes.  The access list admits
-everybody.  The same arguments give the same bytes.  genlog.py --oids N writes an OID table of N names
-instead, including those of the log.
+everybody.  The same arguments give the same bytes.  genlog.py --oids N writes an OID table of the
+attributes 1 to N instead.
 """
 import argparse
 import random
@@ -13,7 +13,7 @@ import sys
 
 INTEGER, STRING, TIME = 1, 14, 48
 OID = "1.3.6.1.4.1.99999.7.2."  # OID of an attribute without its number
-VARIANTS = 257  # different values of each string and time attribute
+VARIANTS = 257  # prepared values of each attribute
 WORDS = "plain duplex A4 letter heavy queue alpha bravo delta annual report draft north south".split()
 
 ap = argparse.ArgumentParser(description=__doc__.splitlines()[0])
@@ -77,7 +77,7 @@ if args.oids:
     for attr in range(1, args.n + 1):
         out.write(f"{OID}{attr}\t{attr}\t00\tattribute-number-{attr}\n".encode())
     sys.exit()
-ANYBODY = struct.pack(">iIiIiiIii", 1, 0, 1, 0, 1, 1, 3055, 0, 2)  # no name, no domain text, any domain; all users, read
+ANYBODY = struct.pack(">iIiIiiIii", 1, 0, 1, 0, 1, 1, 3055, 0, 2)  # no name, any domain; all users may read
 out.write(struct.pack(">III", 3, 1_000_000_000, 1) + tag(100, 1, 7) + block(ANYBODY))
 LAYOUT = "SSISSTSSIISSDSSTSSII"  # S string, I int, T time, D int with two values
 layout = (LAYOUT * (args.attributes // len(LAYOUT) + 1))[:args.attributes]

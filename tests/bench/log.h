@@ -34,7 +34,7 @@ public:
             fail("cannot open the log");
     }
     bool atEnd() { return pos_ == end_ && !fill(1); }
-    // The next n bytes, valid until the next call.
+    // Returns the next n bytes, which are valid until the next call.
     const char *take(size_t n) {
         if (end_ - pos_ < n && !fill(n))
             fail("the log ends early");

@@ -1,4 +1,4 @@
-// Measures each stage of an attribute's path into the report, to locate a change of speed.
+// Measures stages of an attribute's path from the log to the report, to locate a change of speed.
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
@@ -23,7 +23,7 @@ constexpr int kAttributes = 20;
 
 namespace {
 
-// A root with one log, whose records have 20 text attributes.
+// A root with one log, whose records have 20 string attributes.
 class Bench {
 public:
     explicit Bench(int records) : root(fs::temp_directory_path() / ("bench-" + std::to_string(getpid()))) {

@@ -186,7 +186,7 @@ def main_table():
         f"{args.records:,} records against 1,000")
 
     short, short_accounts = report(generate("log-10", 10)), ["dump-acct", process_accounts(10)]
-    # One process is too short for the clock: a shell runs fifty.
+    # One run is too short to be timed, so a shell runs each program fifty times.
     repeat = ["sh", "-c", 'for i in 1 2 3 4 5 6 7 8 9 10; do for j in 1 2 3 4 5; do "$@"; done; done', "sh"]
     tool, other, ratio = pairs(repeat + short, repeat + short_accounts)
     row("10 records, whole run / `dump-acct`", "at most 2", f"{ratio:.2f}",

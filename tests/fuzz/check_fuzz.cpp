@@ -1,5 +1,5 @@
 // Checks and saves a log.  If the log has no damage, the copy must be identical.  Otherwise a check of the
-// copy must find the same records and no damage.
+// copy must find as many records and no damage.
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>

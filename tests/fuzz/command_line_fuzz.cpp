@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *bytes, std::size_t siz
     static_cast<void>(entered);
     const std::string text(reinterpret_cast<const char *>(bytes), size);
     if (text.find('/') != std::string::npos)
-        return 0; // the run could leave the folder
+        return 0; // the run could use paths outside the folder
     std::vector<std::string> words = {"qvledger"};
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\0', at), text.size());

@@ -1,4 +1,4 @@
-// Reads a log to the last attribute of its last document.
+// Reads the records of a log, with all their attributes and documents.
 #include "ala/ala.h"
 #include "tests/fuzz/sandbox.h"
 

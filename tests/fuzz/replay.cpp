@@ -1,5 +1,5 @@
-// Runs a target on kept inputs, so that no fixed fault returns.  An input may take one second per megabyte,
-// and at least one second.
+// Runs a target on kept inputs, to detect that a fixed fault has returned.  An input may take one
+// second, and an input above a megabyte one second per megabyte.
 //
 //     replay_TARGET FILE-OR-FOLDER...
 #include <algorithm>

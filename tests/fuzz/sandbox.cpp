@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 // The next two functions replace the C library's look-ups, which read files several times for each log.  The
-// logs in corpus/ admit this group, on any machine and for any user.
+// logs in corpus/ admit the group that getgrgid_r() returns, so they open on any machine and for any user.
 extern "C" int getpwuid_r(uid_t id, passwd *entry, char *, std::size_t, passwd **found) {
     static char name[] = "anna";
     *entry = {};

@@ -20,7 +20,7 @@ public:
     Sandbox &operator=(const Sandbox &) = delete;
 
     const samples::SampleRoot &root() const { return tree_; }
-    // The handle of the only registration of the server alpha, which never ends.
+    // Returns the handle of the server alpha, which is registered once and never unregistered.
     ALA_handle_t handle() const;
 
     static void write(const std::filesystem::path &file, std::span<const std::uint8_t> bytes);

@@ -17,7 +17,7 @@
 constexpr ALA_time kDay = {2001, 2, 3};
 constexpr char kDayTail[] = "20010203";
 
-// While an object exists, the current date is the day after kDay.
+// While an object of this class exists, the current date is the day after kDay.
 class NextDay : Scripted<decltype(::GENU_GetCurrentTime)> {
 public:
     NextDay();
@@ -30,7 +30,7 @@ protected:
 
     void registerAgain();
 
-    // Returns the texts that were logged at a level since the last call.
+    // Returns the texts of a level that were logged since the last call.  Discards those of other levels.
     std::vector<std::string> takeLog(char level = '5');
     static void setLogLevel(const char *level);
 
@@ -40,7 +40,7 @@ protected:
 
     std::filesystem::path path(const std::string &tail = kDayTail) const { return root.log("alpha", tail); }
 
-    // Saves a current log that was last changed at 23:30 UTC of kDay.  The time zone is UTC at first.
+    // Saves a current log that was last changed at 23:30 UTC of kDay.  Each test starts in the zone UTC.
     void layCurrentLog() const;
     static void setTimeZone(const char *zone);
 
@@ -50,5 +50,5 @@ protected:
     ALA_acctLogHandle_t log = nullptr;
 
 private:
-    std::vector<std::pair<std::int32_t, std::string>> entries_; // levels and texts of the program's log
+    std::vector<std::pair<std::int32_t, std::string>> entries_; // level and text since takeLog()
 };

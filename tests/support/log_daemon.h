@@ -14,7 +14,7 @@
 
 class LogDaemon {
 public:
-    // type: SOCK_DGRAM or SOCK_STREAM.
+    // The type is SOCK_DGRAM or SOCK_STREAM.
     LogDaemon(const std::filesystem::path &path, int type)
         : type_(type), socket_(::socket(AF_UNIX, type_ | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
         std::filesystem::remove(path);

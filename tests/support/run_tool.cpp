@@ -70,7 +70,7 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
     std::vector<std::string> environment;
     for (const auto &[name, value] : run.environment)
         environment.push_back(name + '=' + value);
-    // A runner gets the program's path and arguments, and settings in QVLEDGER_ variables.
+    // A runner gets the program's path and arguments, and this process's QVLEDGER_ variables.
     if (runner != nullptr) {
         arguments = {runner, run.program};
         for (char **kept = environ; *kept != nullptr; ++kept)

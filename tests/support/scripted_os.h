@@ -1,7 +1,7 @@
-// Scripts that replace single system calls, for results that the real calls rarely have.
+// Scripts that replace functions of platform/ and service/, for results that the real functions rarely have.
 //
-// The test programs are linked so that the calls listed in tests/CMakeLists.txt come here first.  Calls
-// without a script are passed to the real function.
+// The test programs are linked so that calls of the functions listed in tests/CMakeLists.txt come here first.
+// A function without a script calls the real function.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@
 #include "service/clock.h"
 #include "service/system.h"
 
-// Installs a script while it exists: Scripted user(script::GetUserNameA, [](char *, DWORD *) {...});
+// While it exists, replaces a function: Scripted user(script::GetUserNameA, [](char *, DWORD *) {...});
 template <class Function>
 class Scripted {
 public:
@@ -49,10 +49,10 @@ extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 
 } // namespace script
 
-// The real call, for scripts that change its result.
+// The real function, for scripts that change its result.
 extern "C" decltype(::GENU_GetCurrentTime) __real_GENU_GetCurrentTime;
 
-// Scripts the calls that find the caller's account and domain for the credential.
+// Scripts the functions that find the name and domain of the user who runs the program.
 class ScriptedUser {
 public:
     ScriptedUser(const char *user, const char *domain);

@@ -1,4 +1,4 @@
-// Packed values of every type and their rendered texts, including every absent, unknown and invalid part.
+// Packed values of every type and their rendered texts.  Many values have absent, unknown or invalid parts.
 //
 // The texts assume an OID database with these short identifiers (class): 10 (00) "a4", 11 (40) "12-abc",
 // 12 (10) "1-2-3", 13 (4F) "12-", 14 (40) "12abc", 15 (1F) "abc-def", 16 (20) "7-staple"; the time zone
@@ -14,7 +14,7 @@ struct ValueCase {
     std::string label;
     std::uint32_t type;
     samples::Bytes packed;
-    std::string text;      // all texts for type 42, separated by "|"
+    std::string text;      // rendered text; for type 42 all texts, separated by "|"
     std::int32_t code = 0; // result of ALA__GetAttribute
 };
 

@@ -95,7 +95,7 @@ Bench::Bench() {
     }
 }
 
-// The day of the demo's second oldest log.
+// Returns the day of the demo's second oldest log.
 static std::string refusedDay(const fs::path &store) {
     std::set<std::string> dates;
     for (const auto &entry : fs::directory_iterator(store))
@@ -111,8 +111,8 @@ std::vector<Scenario> Bench::scenarios() const {
             {"denied", {"-d", "-s", refused, "-e", refused, "-o", report_.string()}, "stderr"}};
 }
 
-// Sorts the lines of standard error: log entries are "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT"; all other
-// lines are messages.
+// Separates the level 5 log entries from the messages on standard error.  An entry is the line
+// "TIME PROGRAM[PID]: LEVEL FILE:LINE: TEXT".
 static void sortOut(const std::string &error, Run &run) {
     std::istringstream lines(error);
     for (std::string line; std::getline(lines, line);) {
@@ -125,7 +125,7 @@ static void sortOut(const std::string &error, Run &run) {
 }
 
 Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLimit) {
-    fs::remove_all(system_.root.logs()); // an earlier run deleted or renamed logs
+    fs::remove_all(system_.root.logs()); // an earlier run may have deleted or renamed logs
     fs::create_directory(system_.root.logs());
     for (const auto &entry : fs::directory_iterator(store_))
         fs::create_hard_link(entry.path(), system_.root.logs() / entry.path().filename());
@@ -151,12 +151,12 @@ Run Bench::run(const Scenario &scenario, const std::string &order, rlim_t fileLi
     return run;
 }
 
-// Are there lines that the untouched run did not write?
+// Are there lines that the untouched run, in which no point failed, did not write?
 static bool saysMore(const std::multiset<std::string> &said, const std::multiset<std::string> &usual) {
     return !std::includes(usual.begin(), usual.end(), said.begin(), said.end());
 }
 
-// Describes what is wrong with a run.  Returns an empty text if the run is good.
+// Returns what is wrong with a run, or an empty text if the run is good.
 std::string Bench::complaint(const Run &untouched, const Run &run, bool mustReport) const {
     std::string wrong;
     if (run.status > 34 && run.status != 100)

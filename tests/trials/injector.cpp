@@ -1,5 +1,5 @@
-// Makes allocations and system calls fail, as the environment says.  Each allocation or call that could fail
-// is a point.  The points of the chosen family (allocations or calls) are numbered from the program's start.
+// Makes allocations and system calls fail, as QV_FAULT orders (injector.h).  Each allocation or call that
+// could fail is a point.  A family's points (allocations or calls) are numbered from the start.
 //
 // The allocation functions replace the C library's own, so that allocations of libraries can fail too.  Under
 // AddressSanitizer, which replaces these functions itself, only the program's allocations fail.  Calls are
@@ -25,7 +25,7 @@
 #include <sys/utsname.h>
 #include <unistd.h>
 
-static char gFamily;    // 0 until the environment is read
+static char gFamily;    // 'a' or 'c' if points of this family can fail
 static unsigned gPoint; // number of the first point that fails
 static int gLasts, gError;
 static unsigned gPassed; // points of the family so far
@@ -118,7 +118,7 @@ void free(void *block) {
 }
 #endif
 char *__real_strdup(const char *);
-char *__wrap_strdup(const char *text) { // the program, not the C library, allocates the copy
+char *__wrap_strdup(const char *text) { // allocates the copy in the program, so that its leak is found
     const std::size_t size = std::strlen(text) + 1;
     void *copy = std::malloc(size);
     return copy != nullptr ? static_cast<char *>(std::memcpy(copy, text, size)) : nullptr;
@@ -163,7 +163,7 @@ void operator delete[](void *block, std::size_t) noexcept {
     }
 #define FAILING(...) FAILING_WITH(, __VA_ARGS__)
 
-// No allocation fails in the C library's account look-ups, which would crash.  A look-up fails as a whole.
+// Inside an account look-up no allocation fails: the C library would crash.  The look-up itself can fail.
 class WithMemory {
 public:
     WithMemory() : family_(std::exchange(gFamily, gFamily == 'a' ? '-' : gFamily)) {}
@@ -209,7 +209,7 @@ extern "C" ssize_t __wrap_write(int, const void *, std::size_t);
 ssize_t __wrap_write(int fd, const void *bytes, std::size_t size) {
     if (gError == kShortRead || !failsNow('c', "write"))
         return __real_write(fd, bytes, size);
-    gAccount.mute |= fd == STDERR_FILENO; // can be the program's log
+    gAccount.mute |= fd == STDERR_FILENO; // standard error can be the program's log
     return -1;
 }
 

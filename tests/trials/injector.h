@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-// "FAMILY:N:LASTS:ERROR": the N-th point of the family fails, and all later points if LASTS is 1.  FAMILY is
-// a for allocations, c for system calls.  ERROR is the value for errno; kShortRead shortens reads instead.
+// "FAMILY:N:LASTS:ERROR": the N-th point of the family fails; if LASTS is 1, all later points fail, too.
+// FAMILY is "a" (allocations) or "c" (system calls).  ERROR is errno's value, or kShortRead to shorten reads.
 constexpr char kFaultVariable[] = "QV_FAULT";
 constexpr int kShortRead = -1;
 
@@ -13,8 +13,8 @@ constexpr int kAccountFd = 100;
 
 struct FaultAccount {
     std::uint32_t fired;      // points that failed
-    std::int32_t live;        // allocations that the program did not release
+    std::int32_t live;        // blocks that the program itself did not release; 0 under sanitizers
     std::int32_t descriptors; // descriptors that are still open
     bool mute;                // a write to standard error failed
-    char last[20];            // name of the call that failed last
+    char last[20];            // name of the function that failed last
 };

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 constexpr int kUsualRounds = 15;
 constexpr int kLogs = 6, kMostRecords = 25; // logs per server; records per log
-constexpr int kFresh = 1000;                // first record number in a log that replaces another log
+constexpr int kFresh = 1000;                // number of the first record in a log that replaces another
 constexpr int kServerFailed = 2, kNameLost = 3;
 static const char *const kServers[] = {"alpha", "beta"};
 static const char *const kHeader = "job-name\tjob-comment";
@@ -37,7 +37,7 @@ enum Trouble { kNone, kKills, kSignals, kFullDisk, kReportRemoved, kLogsReplaced
 struct Kind {
     const char *label;
     int servers, reports;
-    bool byShell; // the report is standard output
+    bool byShell; // the report is standard output, not -o's file
     Trouble trouble;
     bool serverWrites; // a server writes alpha's current log
 };
@@ -178,7 +178,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
         for (const pid_t run : started)
             if (random() % 2 == 0)
                 kill(run, kind.trouble == kKills ? SIGKILL : kAsked[random() % 3]);
-    if (kind.trouble == kReportRemoved) { // lines that are written later do not count
+    if (kind.trouble == kReportRemoved) { // lines that are written later are ignored
         std::rename((folder / "0").c_str(), (system / "aside/report").c_str());
         writeFile(folder / "removed", readFile(system / "aside/report"));
     }
@@ -186,7 +186,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
         const fs::path replaced = system.log("1999030" + std::to_string(1 + random() % kLogs));
         logOf(kFresh, kFresh + 5).save(system / "fresh");
         std::error_code gone;
-        fs::create_hard_link(replaced, system / "aside/log", gone); // no run destroys this log
+        fs::create_hard_link(replaced, system / "aside/log", gone); // no run deletes this second name
         fs::rename(system / "fresh", replaced);
         for (int number = kFresh; number < kFresh + 5; ++number)
             wanted.insert(number);
@@ -194,7 +194,7 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
 }
 
 void Live::check() {
-    const bool mayRepeat = kind.trouble != kNone || kind.serverWrites; // lines of a log that had to be kept
+    const bool mayRepeat = kind.trouble != kNone || kind.serverWrites; // a kept log is reported again
     std::set<int> found;
     for (const auto &entry : fs::directory_iterator(folder)) {
         std::map<std::string, int> seen;

@@ -1,8 +1,8 @@
 // Cuts the power after each recorded call of a run: no record may be lost, whatever reached the disk.
 //
-// strace records the calls that change files.  A file's contents are safe once the file is synced; a name is
-// safe once its folder is synced.  Each other call may have reached the disk, completely or not at all.
-// Tries all selections of up to 12 such calls, and 4,096 selections of more calls.
+// strace records the calls that change or sync files.  A file's contents are safe once the file is synced; a
+// name is safe once its folder is synced.  Any other change reached the disk completely or not at all.
+// Tries all selections of up to 12 such changes.  If there are more, tries 4,096 random selections.
 #include <algorithm>
 #include <cstdio>
 #include <map>
@@ -30,7 +30,7 @@ struct Call {
     int file;            // number of the file; -1 for a folder
     std::string path;    // path of the file or folder
     std::string to = {}; // new path of a moved file
-    std::size_t at = 0;  // position of the bytes, or size after the cut
+    std::size_t at = 0;  // position of the written bytes, or size after the truncation
     std::string bytes = {};
 
     bool isData() const { return kind == Kind::Write || kind == Kind::Cut; }
@@ -66,7 +66,7 @@ private:
     PrintSystem system_;
     const fs::path reports_ = system_ / "reports", saved_ = system_ / "saved", logs_ = system_.root.logs();
     State before_;
-    std::map<std::string, int> names_; // file numbers by path, as the run sees them
+    std::map<std::string, int> names_; // file number of each path, with all calls completed
     std::vector<std::size_t> sizes_;   // indexed by file number
     std::vector<Call> calls_;
 };
@@ -276,7 +276,7 @@ void Power::trial(const char *label, bool exists, const std::string &earlier, bo
             return false;
         system_.run({"-d", "-o", report, "alpha"}, {.environment = {{"QV_LOG", "none"}}});
         const std::multiset<int> lines = linesIn(readFile(report));
-        return Numbers(lines.begin(), lines.end()).size() == 6; // includes logs that the first run left
+        return Numbers(lines.begin(), lines.end()).size() == 6; // the second run reports the rest
     });
 }
 

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr int kSkipped = 77, kNotTraced = 125;
 constexpr const char *kDays[] = {"19990301", "19990302"}; // days of the logs of records 1 to 3, and 4 to 6
-constexpr int kFresh = 7;                                 // first record of another, longer log
+constexpr int kFresh = 7; // first record number of the longer log of kReplace and kOverwrite
 
 namespace {
 
@@ -63,7 +63,7 @@ Numbers Stops::inLogs(const char *ending) const {
     return found;
 }
 
-// Starts another run, and waits at most 30 ms for its end, because it may wait for the stopped run.
+// Starts another run and waits for its end, but only about 30 ms: the new run may wait for the stopped one.
 void Stops::start(const std::vector<std::string> &arguments) {
     beside_ = system_.start(arguments);
     for (int waits = 0; waits < 30 && waitpid(beside_, nullptr, WNOHANG | WNOWAIT) == 0; ++waits)
@@ -113,7 +113,7 @@ void Stops::judge(Act act, unsigned number, const char *when) {
     const bool twice = kept.size() != lines.size();
     kept.merge(inLogs(""));
     const bool isComplete = std::includes(kept.begin(), kept.end(), wanted_.begin(), wanted_.end());
-    const bool repeats = twice && act <= kFindsNone; // after other acts, a log that is kept is reported again
+    const bool repeats = twice && act <= kFindsNone; // after the other acts a kept log is reported again
     if (isComplete && !repeats)
         return;
     ++faults;

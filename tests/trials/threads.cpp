@@ -63,7 +63,7 @@ static void addJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, std::string &t
     }
 }
 
-// Plays a round.  Returns the codes of the operations and all texts that were read.
+// Plays a round.  Returns the codes of the operations, and all texts that were read from the log.
 static std::string playRound(const std::string &server, const SampleRoot &root, const Log &logName) {
     logName.save(root.log(server, "20010203"));
     ALA_handle_t handle = nullptr;
@@ -88,7 +88,7 @@ int main(int argc, char **argv) {
     const TempDir folder;
     const SampleRoot roots[] = {SampleRoot(folder / "0"), SampleRoot(folder / "1")};
     std::filesystem::remove(roots[1].oids() / "oids.de");
-    std::vector<RegistryKey> keys; // half of the servers set QV_HALF, which precedes TZ in the environment
+    std::vector<RegistryKey> keys; // every other server removes QV_HALF, which precedes TZ in the environment
     for (unsigned i = 0; i < kThreads; ++i)
         keys.push_back({serverKey(std::to_string(i)),
                         {{"QV_HALF", i % 2 == 0 ? "" : "1"}, {"QV_ROOT", roots[i % 2].path()}}});

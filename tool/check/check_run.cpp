@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    const char *name_; // null: ranges are not reported
+    const char *name_; // name of the log; null: stray bytes are not reported
 };
 
 // The findings that determine the exit status.
@@ -87,7 +87,7 @@ private:
     Findings findings_;
     std::unordered_set<std::string> checked_; // names of the server's logs that were checked
     bool savesIntoLogs_ = false;              // -S names the log directory: a copy would be a log
-    bool willListAgain_ = false;              // the logs are listed again if a log disappears
+    bool willListAgain_ = false;              // if a log disappears, the logs are listed again
     bool hasMissing_ = false;                 // a listed log has disappeared
 };
 
@@ -98,7 +98,7 @@ static bool isSameFolder(const char *logs, const char *saved) {
     OS_fileIdentity ofSaved = {};
     if (saved == nullptr || OS_IdentifyTarget(saved, &ofSaved) != 0)
         return false;
-    const LentRights rights(true); // the caller may have no access to the log directory
+    const LentRights rights(true); // the user may have no access to the log directory
     return OS_IdentifyTarget(logs, &ofLogs) == 0 && OS_IsSameFile(ofLogs, ofSaved);
 }
 
@@ -249,9 +249,9 @@ int CheckRun::checkLogs(ServerSession &session) {
     hasMissing_ = false;
     willListAgain_ = true;
     checkListed(session);
-    if (hasMissing_) { // a server renames the current log at midnight
+    if (hasMissing_) { // the log may have been renamed: a server renames its current log at midnight
         willListAgain_ = false;
-        static_cast<void>(ALA_FreeDateList(&session.dateList)); // replaced below
+        static_cast<void>(ALA_FreeDateList(&session.dateList)); // listLogs() makes new lists
         static_cast<void>(ALA_FreeNameList(&session.nameList));
         if (const ALA_retCode_t result = listLogs(options_, session); result != ALA_N_NORMAL) {
             endProgress();
@@ -274,7 +274,7 @@ int CheckRun::checkLogs(ServerSession &session) {
 int CheckRun::checkServer() {
     ServerSession session;
     std::string logPath;
-    OS_RestoreEnvironment(environment_); // removes the settings of the previous server
+    OS_RestoreEnvironment(environment_); // without the settings of the previous server
     int status = checkSetUp(options_, logPath);
     if (status == 0)
         status = start(logPath, session);

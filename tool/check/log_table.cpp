@@ -51,7 +51,7 @@ static void addPart(std::string &text, const std::string &part) {
     text += text.empty() ? part : "; " + part;
 }
 
-// Describes the damage of the log, and gives the numbers of values that a report would skip.
+// Describes the damage of the log, and counts the values that a report would skip, by reason.
 static std::string reasonText(const LogSummary &summary) {
     constexpr const char *kReasons[kSkipReasons] = {"value does not match its type",
                                                     "no name for an object identifier",

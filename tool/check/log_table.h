@@ -10,9 +10,9 @@ namespace qvledger {
 enum class LogState { Whole, Cut, Damaged, Empty, NotAdmitted, Unreadable };
 
 void writeLogHeader();
-// Writes the line of a log that was read.
+// Writes the line of a log that was read to its end.
 void writeLogLine(const char *server, const char *log, LogState state, const LogSummary &summary);
-// Writes the line of a log that was not read, without facts about its content.
+// Writes the line of a log that was not read to its end, without facts about its content.
 void writeUnreadLogLine(const char *server, const char *log, LogState state, const char *reason);
 
 LogState stateOf(const LogSummary &summary);

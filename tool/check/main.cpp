@@ -1,4 +1,4 @@
-// qvledger-check: reports which accounting logs are whole and which admit the caller, and saves the intact
+// qvledger-check: reports which accounting logs are whole and which admit the user, and saves the intact
 // records of damaged logs.
 #include <clocale>
 

@@ -26,7 +26,7 @@ namespace {
 // Writes the lines of the set-up table, and a message for each fault.
 class SetUpLines {
 public:
-    // Hides paths that were examined with lent rights: the caller may have no right to see them.
+    // Hides paths that were examined with lent rights: the user may have no right to see them.
     explicit SetUpLines(bool partIsTheSystems) : hides_(partIsTheSystems && OS_HasLentRights() != 0) {}
 
     // Writes the line of a part of the set-up.  place: file and line, or a path.  fault: the reason; empty if
@@ -90,7 +90,8 @@ static std::string faultOfSettings(const char *path, bool needsRoot) {
     return type == REG_SZ || type == REG_EXPAND_SZ ? "" : "QV_ROOT is not a string";
 }
 
-// The checks of a key: only its place; also its settings; or also that the settings include QV_ROOT.
+// The checks of a key: its place; its place and settings; or its place and settings, which must include
+// QV_ROOT.
 enum class Use { Place, Settings, SettingsWithRoot };
 
 // Writes the line of a key.  Returns ERROR_SUCCESS, or the error of the registry.  ifAbsent: the fault to

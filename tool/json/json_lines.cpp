@@ -1,4 +1,4 @@
-// Also an example of a program that uses the Accounting Log Access library: it reads logs only through
+// This file is also an example for users of the Accounting Log Access library: it reads logs only through
 // ala/ala.h.
 #include "json_lines.h"
 
@@ -109,7 +109,8 @@ using Owned = std::unique_ptr<Thing, Deleter>;
 
 // ---- Records ----
 
-// Appends the attributes that first() and next() return, as an object.  Returns the code that ended the loop.
+// Appends the attributes that first() and next() return, as an object.  Returns the code that ended
+// the loop.
 template <class Record, class First, class Next>
 static ALA_retCode_t appendAttributes(std::string &line, ALA_handle_t handle, Record record, bool isTyped,
                                       First first, Next next) {
@@ -146,7 +147,7 @@ static bool appendDocuments(std::string &line, ALA_handle_t handle, ALA_record_t
     return complete && (result == ALA_N_NORMAL || result == ALA_A_NO_MORE_DOCMT_ATTR);
 }
 
-// The beginning of an object: its server and log.
+// The beginning of a record's or a log's object: the members "server" and "log".
 static std::string beginObject(const JsonLog &log) {
     std::string line = "{\"server\":";
     appendText(line, log.server);

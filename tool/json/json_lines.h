@@ -4,13 +4,14 @@
 //      "attributes":{"job-name":["letter"]},"documents":[{"document-name":["x"]}]}
 //     {"server":"alpha","log":"alpha.20261119","records":1,"complete":true}
 //
-// and one object for a server whose list of logs may be incomplete:
+// "complete" is true if the log was read to its end and has a record.  A server whose list of logs may be
+// incomplete has an object, too:
 //
 //     {"server":"alpha","complete":false}
 //
 // An attribute is an array of strings.  Attributes are in the order of the record; a name that occurs twice
-// in a record occurs twice in its object.  The object of a record that could not be read to its end has
-// "incomplete":true as its last member.
+// in a record occurs twice in the record's object.  The object of a record that could not be read to its end
+// has "incomplete":true as its last member.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +21,7 @@
 
 namespace qvledger {
 
-// Receives the lines and events of a log.
+// Receives the lines and events.
 class JsonOutput {
 public:
     virtual ~JsonOutput() = default;
@@ -28,7 +29,7 @@ public:
     virtual void line(std::string_view text) = 0;
     // Called after each record.  True: continue with the next record; false: stop.
     virtual bool recordWritten() = 0;
-    // Called if the attributes of a record could not be read to their end; code: the ALA return code.
+    // Called if the job attributes of a record could not be read to their end; code: the ALA return code.
     virtual void recordFailed(ALA_retCode_t code) = 0;
 };
 
@@ -41,9 +42,9 @@ struct JsonLog {
     bool isTyped;
 };
 
-// Writes all records of an open log, and the object at the log's end, in UTF-8; invalid bytes become U+FFFD.
+// Writes the records of an open log, and then the log's final object, in UTF-8; invalid bytes become U+FFFD.
 // Returns ALA_A_LAST_ATTRIBUTE at the end of the log, ALA_N_NORMAL if recordWritten() returned false, or
-// another code for a failure.  Throws std::bad_alloc if memory runs out.
+// another code for a failure.  May throw std::bad_alloc.
 ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
                              JsonOutput &output);
 

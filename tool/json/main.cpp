@@ -62,7 +62,7 @@ public:
     void recordFailed(ALA_retCode_t code) override { reportFailure(code, "unable to read record: "); }
 
 private:
-    // Was this file already written?  If two listed logs have the same date, the same file is opened for
+    // Was this file also the last one?  If two listed logs have the same date, the same file is opened for
     // both.  unread_ is then the listed name of the log that was never opened.
     bool isRepeated(const LogName &name) {
         const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
@@ -77,14 +77,16 @@ private:
 
     bool isTyped_;
     LineWriter *report_ = nullptr;
-    std::string server_, file_, unread_; // server_ and file_: the last log
+    std::string server_, file_, unread_; // server_ and file_: those of the last log
     std::int32_t date_ = 0;
-    int status_ = 0; // exit status of a run without another failure
+    // Status for what the writer itself found, such as an unreadable log.  It is the exit status if
+    // the run returns 0.
+    int status_ = 0;
 };
 
 } // namespace
 
-// True if no name is empty and no name occurs twice: a repeated server would be counted twice.
+// True if no name is empty and no name occurs twice: the logs of a repeated server would be written twice.
 static bool areNames(std::span<const char *const> servers) {
     std::set<std::string_view> names(servers.begin(), servers.end());
     return names.size() == servers.size() && !names.contains("");

@@ -69,8 +69,7 @@ bool LineWriter::beginLine() {
     return file_.endedWithLineEnd() || write("\n");
 }
 
-// Writes a message between lines.  If the message does not fit on the disk, its part in the file is removed
-// like a cut line, and no message can report that.
+// Writes a message between lines.  After a failure, discards the message, even the one about that failure.
 void LineWriter::message(std::string_view text) {
     if (writeLines(false) && beginLine())
         static_cast<void>(write(text));
@@ -92,8 +91,8 @@ void LineWriter::close() {
         static_cast<void>(fail(error));
 }
 
-// Discards the buffer and reports the failure, if it is the first.  Always returns false, so that the caller
-// can return the result.
+// Discards the buffer, removes an incomplete line from the file, and reports the failure if it is the first.
+// Always returns false, so that the calling function can return the result.
 bool LineWriter::fail(int error) {
     file_.cutBack();
     waiting_ = 0;

@@ -1,7 +1,8 @@
 // Buffers the report's lines and writes them to its file.
 //
-// Writes only whole lines.  If the standard error stream writes to the same file, LineWriter also writes the
-// messages, between lines.  Reports the first failed write, and writes nothing after that failure.
+// Writes only whole lines until flush().  If the standard error stream writes to the same regular file,
+// LineWriter also writes the messages, between lines.  After the first failure, writes nothing more.  Reports
+// this failure; a closed pipe and a signal only in the program's log.
 #pragma once
 
 #include <cstddef>
@@ -41,7 +42,7 @@ public:
             static_cast<void>(writeLines(false)); // failed() shows a failure
     }
 
-    // True after a failed write, which was reported.
+    // True after the first failure.
     bool failed() const { return failed_; }
     // Writes the whole buffer.  False if this or an earlier write failed.
     bool flush() { return writeLines(true); }

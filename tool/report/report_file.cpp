@@ -90,7 +90,7 @@ int ReportFile::write(std::string_view bytes) {
         const int reason = got < 0 ? errno : 0;
         done += static_cast<std::size_t>(std::max(got, 0));
         if (done < bytes.size() && !isFile() && OS_NotedSignal() != 0)
-            error = EINTR; // the reader may never read
+            error = EINTR; // a reader that does not read must not keep the program from ending
         else if (reason == EAGAIN)
             OS_Sleep(kPause); // a non-blocking pipe
         else if (got <= 0 && reason != EINTR)
@@ -126,7 +126,7 @@ std::int64_t ReportFile::end() const {
     return opened_.size + written_ + logBytesIn(opened_) - loggedBefore_;
 }
 
-// True if nothing else has written to the file or truncated it since the lock.
+// True if, by its size, nothing else has written to the file or truncated it since the lock.
 bool ReportFile::isWhole() const {
     OS_fileIdentity present = {};
     return OS_IdentifyDescriptor(fd_, &present) == 0 && present.size == end();
@@ -192,7 +192,7 @@ bool ReportFile::removeIfCreated() {
     if (madePath_ == nullptr || !isLocked_ || opened_.size != 0 || !nameLeadsHere() || !isWhole())
         return false;
     again_.reset(-1);
-    // Another process still has the file open.  Removing it would lose that process's output, so only
+    // If another process has the file open, removing the file would lose that process's output, so only
     // truncate it.
     const bool isShared = OS_IsOpenElsewhere(fd_) != 0;
     const bool isGone = (isShared ? OS_CutFile(fd_, 0) : OS_RemoveFile(fd_, madePath_.get())) == 0;

@@ -1,6 +1,7 @@
 // The file of the report: standard output, or a named file to which the report is appended.
 //
-// A regular file is locked against other runs from open() to close(), and every write appends to it.
+// Every write appends to a regular file.  The file is locked against other runs from open() to close(), if
+// the system can lock it.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +19,7 @@ public:
     enum class Opened : std::uint8_t {
         Yes,
         No,
-        GivenUp // a signal asked the program to end while another run had the file locked
+        GivenUp // a signal asked the program to end before the file was opened and locked
     };
 
     ReportFile() = default;
@@ -28,7 +29,8 @@ public:
 
     // Opens the named file, or standard output if the name is null.
     Opened open(const char *fileName);
-    // Closes and unlocks the file.  Returns 0, or the errno value if written data may be lost.
+    // Unlocks the file, and closes it unless it is standard output.  Returns 0, or the errno value if written
+    // data may be lost.
     int close();
 
     const char *name() const; // name of the report in messages
@@ -38,32 +40,34 @@ public:
     bool isMessagesFile() const { return isFile() && qvledger::isMessagesFile(fd_); }
     // Was the file of standard output removed while this run waited for its lock?
     bool wasRemoved() const { return wasRemoved_; }
-    // Is the report one of the server's logs?
+    // Is the report a log in this directory?  For the exact conditions, see ala/driver/session.h.
     bool isLog(const char *server, const char *logPath) const {
         return isFile() && qvledger::isLog(server, logPath, opened_, again_.get());
     }
 
-    // Writes all bytes.  Returns 0, or the errno value if only some bytes were written.  EINTR: a signal
-    // asked the program to end while the reader of a pipe read nothing.
+    // Writes all bytes.  Returns 0, or an errno value if not all bytes were written.  EINTR: a signal
+    // asked the program to end while a pipe or device did not accept all bytes.
     int write(std::string_view bytes);
-    // Removes an incomplete line from the end of the file, unless another program has written to the file
-    // since.
+    // Removes an incomplete line of this run from the end of the file, unless the file is not locked or
+    // another program has written to it since the lock.
     void cutBack();
-    // When the file was locked, was it empty or did it end with a line end?  True for pipes and devices.
+    // Was the file empty when it was locked, or does it end with a line end?  False if its last byte cannot
+    // be read.  True if it is not a regular file.
     bool endedWithLineEnd() const;
 
-    // Checks that everything written is safe: synced to the disk or, in a pipe, read by the reader.  Waits
-    // for the reader of a pipe.  Returns null, or the reason why a log with lines in the report must not be
-    // deleted.  *error: errno of a failed sync, else 0.
+    // Checks that everything written is safe: in a locked file, synced to the disk; in a pipe, read by the
+    // reader, for which this function waits.  Returns null, or the reason why a log with lines in the report
+    // must not be deleted.  A terminal is not checked.  *error: errno if the file could not be synced, else
+    // 0.
     const char *whyNotSafe(int *error);
-    // Checks the report; call this function directly before a log is removed.  Returns null if the report is
-    // not a file, or if it still has its name (standard output may have had no name) and contains exactly
-    // what it contained before plus what this run wrote.  Otherwise returns the reason why the log must not
-    // be deleted.
+    // Checks that others have not removed or changed the report and, if it was opened by name, not renamed
+    // it.  Call this function directly before a log is deleted.  Returns null, or the reason why the log must
+    // not be deleted.  A report that is not a regular file is not checked.  For standard output, the file may
+    // be one that never had a name.
     const char *whyNotInPlace() const;
 
-    // Removes a file that this run created.  If another process has the file open, truncates the file
-    // instead.  True if lines of the report were discarded.
+    // Removes a file that this run created, unless others have changed or renamed it.  If another process has
+    // the file open, truncates the file instead.  True if written text was discarded.
     bool removeIfCreated();
 
 private:
@@ -87,7 +91,7 @@ private:
     bool isFolderSynced_ = false;
     bool isSyncFailed_ = false;
     std::int64_t written_ = 0;      // bytes written
-    std::int64_t openLine_ = 0;     // bytes written after the last line end
+    std::int64_t openLine_ = 0;     // bytes of an incomplete line at the end of the file
     std::int64_t loggedBefore_ = 0; // bytes that the program's log wrote to the same file before the lock
 };
 

@@ -4,7 +4,7 @@
 
 using namespace qvledger;
 
-// Appends a decimal digit to the number.  False when it does not fit.
+// Appends a decimal digit to the number.  False if the result does not fit.
 static bool appendDigit(std::int64_t *number, int digit, bool isNegative) {
     return !__builtin_mul_overflow(*number, 10, number) &&
            !__builtin_add_overflow(*number, isNegative ? -digit : digit, number);
@@ -36,7 +36,7 @@ bool qvledger::parseAmount(std::string_view text, int places, std::int64_t *amou
 
 std::string qvledger::amountText(Amount amount, int places) {
     const bool isNegative = amount < 0;
-    std::string text; // backwards
+    std::string text; // characters in reverse order
     for (int digits = 0; amount != 0 || digits <= places; ++digits, amount /= 10) {
         if (digits == places && places != 0)
             text += '.';

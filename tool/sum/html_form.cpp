@@ -1,4 +1,4 @@
-// The sums as one HTML page, without scripts and without parts that lie elsewhere.
+// The sums as one HTML page, without scripts or external files.
 #include <algorithm>
 
 #include "tool/sum/sum_page.h"
@@ -58,13 +58,13 @@ static std::string escaped(std::string_view text) {
     return html;
 }
 
-// The measure that the bars show: the one that the rows are sorted by, if there is one.
+// The measure that the bars show: the column of -k if it is a measure, otherwise the sheets.
 static std::size_t barMeasure(const SumOptions &options) {
     const std::size_t measure = options.sortBy - options.parts.size();
     return options.sortBy >= options.parts.size() && measure < kNumMeasures ? measure : kSheets;
 }
 
-// A bar for a part of the greatest sum, in tenths of a percent.
+// A table cell with a bar, whose width is the amount in thousandths of the greatest amount.
 static std::string bar(Amount amount, Amount greatest) {
     const Amount width = greatest > 0 && amount > 0 ? std::min<Amount>(amount * 1000 / greatest, 1000) : 0;
     return "<td><svg viewBox=\"0 0 1000 10\" preserveAspectRatio=\"none\" aria-hidden=\"true\"><rect "
@@ -134,7 +134,7 @@ static void appendMissing(std::string &html, const SumPage &page) {
     html += "</tbody>\n</table>\n";
 }
 
-// "alpha, beta, 2026-11-01 to 2026-11-30"
+// The servers and the dates, such as "alpha, beta, 2026-11-01 to 2026-11-30".
 static std::string subject(const SumPage &page) {
     std::string text;
     for (const std::string &server : page.servers)

@@ -118,8 +118,8 @@ static bool areSame(const std::vector<std::string> &known, const ALA_attrName *n
     return names == nullptr;
 }
 
-// Sets the layout to that of the record, which most records share with the one before.  False if a name is
-// not known.
+// Sets layout_ for the record.  Most records have the same names as the previous record, and so the same
+// layout.  False if the record's names cannot be listed.
 bool JobReader::findLayout(ALA_handle_t handle, ALA_record_t jobRecord) {
     ALA_attrName *names = nullptr;
     if (ALA_ListAttributesFromRecord(handle, jobRecord, ALA_JOB_ATTRIBUTES, nullptr, &names) != ALA_N_NORMAL)
@@ -130,17 +130,18 @@ bool JobReader::findLayout(ALA_handle_t handle, ALA_record_t jobRecord) {
     return true;
 }
 
-// After such a code the next attribute can still be read.
+// True if the code concerns one attribute, so that the next attribute can still be read.
 static bool isOfOneAttribute(ALA_retCode_t code) {
     return code == ALA_A_ODPUNPACK_ERROR || code == ALA_A_OID_ERROR || code == ALA_A_FAIL_TO_GET_TIME;
 }
 
-// Reads the attributes up to the last one that is used; all of them if not all names are known.  The code
-// that ended them, ALA_N_NORMAL where attributes are left.
+// Reads the attributes up to the last one that is used, or all attributes if their names cannot be listed.
+// Returns ALA_N_NORMAL after the last attribute in use, otherwise the code that ended the loop.  Sets
+// *failure to the code of the first attribute that could not be read.
 ALA_retCode_t JobReader::readAttributes(ALA_handle_t handle, ALA_record_t jobRecord, ALA_retCode_t *failure) {
     const bool isKnown = findLayout(handle, jobRecord);
     for (std::size_t place = 0; !isKnown || place < layout_.size(); ++place) {
-        // Times with their offset cost much more than times as reported.
+        // Rendering a time in ISO 8601 is slow, so only a possible completion time is rendered in this form.
         const bool isTime = !isKnown || layout_[place].use == Use::Completion;
         if (isTime)
             ALA_SetTimeForm(handle, ALA_TIME_ISO_8601);

@@ -1,4 +1,4 @@
-// What the jobs of a log add to the sums.  For the logs it uses nothing but ala/ala.h.
+// Reads the key and the amounts of each job from a log, only through ala/ala.h.
 #pragma once
 
 #include <array>
@@ -31,21 +31,23 @@ public:
     // REQUIRES: the parts outlive this object.
     explicit JobReader(std::span<const KeyPart> parts) : parts_(parts), texts_(parts.size()) {}
 
-    // The server and the date of the jobs that follow.
+    // Sets the server and the date (YYYYMMDD) of the following jobs, and clears faults().
     void beginLog(std::string_view server, std::int32_t date);
-    // Reads a job.  ALA_N_NORMAL, or the code of the first failure, which cost the job some of its values.
+    // Reads a job, and sets the results below.  Returns ALA_N_NORMAL, or the code of the first failure: the
+    // results then lack values of the job.
     ALA_retCode_t read(ALA_handle_t handle, ALA_record_t jobRecord);
 
-    // Of the job that was read last.
+    // The results for the last job.
     const Key &key() const { return key_; }
     const std::array<Amount, kNumMeasures> &amounts() const { return amounts_; }
     const Moment &completion() const { return completion_; }
 
-    // How many values of an attribute could not be counted, since the beginning of the log.
+    // The number of values since beginLog() that could not be counted, by attribute name.  For an attribute
+    // with sheets, the number of jobs with such values.
     const std::map<std::string_view, std::uint64_t> &faults() const { return faults_; }
 
 private:
-    // What an attribute is used for, besides the key.
+    // The use of an attribute, besides being part of the key.
     enum class Use : std::uint8_t { None, SheetsCompleted, MediaConsumed, Copies, Cost, Completion };
     struct Slot {
         Use use;
@@ -53,7 +55,8 @@ private:
     };
     struct KeyText {
         std::string text;
-        std::size_t rank = 0; // of the attribute that it is from; their number if the job has none of them
+        // Index of the text's attribute in KeyPart::attributes; the number of attributes if none has a value.
+        std::size_t rank = 0;
     };
 
     Slot slotOf(std::string_view name) const;
@@ -68,13 +71,13 @@ private:
     void makeKey();
 
     std::span<const KeyPart> parts_;
-    std::vector<KeyText> texts_;     // one a part
-    std::vector<std::string> names_; // of the job's attributes, last attribute first
-    std::vector<Slot> layout_;       // of its attributes, up to the last one that is used
+    std::vector<KeyText> texts_;     // indexed like parts_
+    std::vector<std::string> names_; // names of the last job's attributes, last attribute first
+    std::vector<Slot> layout_;       // attributes in record order, up to the last one that is used
     Key key_;
     std::array<Amount, kNumMeasures> amounts_{};
     Moment completion_;
-    AlaOwned<ALA_attrPair> completed_, consumed_; // the attributes that have the sheets
+    AlaOwned<ALA_attrPair> completed_, consumed_; // the job's attributes kSheetsCompleted and kMediaConsumed
     std::map<std::string_view, std::uint64_t> faults_;
 };
 

@@ -1,11 +1,11 @@
-// The sums as one JSON object, with a line for each group.
+// The sums as one JSON object, with one line per group.
 #include <cstdio>
 
 #include "tool/sum/sum_page.h"
 
 using namespace qvledger;
 
-// REQUIRES: valid UTF-8.
+// REQUIRES: the text is valid UTF-8.
 static std::string quoted(std::string_view text) {
     std::string json = "\"";
     for (const char c : text) {

@@ -1,5 +1,4 @@
-// qvledger-sum: the jobs, sheets and costs of print servers, summed by owner, printer, month or any
-// attribute.
+// qvledger-sum: sums the jobs, sheets and costs of print servers by owner, printer, month or any attribute.
 #include <clocale>
 #include <cstdio>
 #include <set>
@@ -19,7 +18,7 @@ static const char *const kUsage = "Command line usage: qvledger-sum [-h] [-V] [-
                                   "   [-s <start date>] [-e <end date>] [-p <path>] [-O <path>]\n"
                                   "   serverName ...\n";
 
-// No name is empty, and none is given twice, because its jobs would be counted twice.
+// True if no name is empty and no name occurs twice: the jobs of a repeated server would be counted twice.
 static bool areNames(const std::vector<const char *> &servers) {
     const std::set<std::string_view> names(servers.begin(), servers.end());
     return names.size() == servers.size() && !names.contains("");
@@ -42,7 +41,7 @@ static int runSum(const Options &options) {
 }
 
 int main(int argc, char **argv) {
-    // Messages are in the user's language; the sums look the same for everyone.
+    // Sets the user's language for messages only: the sums do not depend on the locale.
     return runProgram("qvledger-sum", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
         replaceLongOptions(count, values);
         return runSum(readOptions(count, values, kSumLetters));

@@ -4,7 +4,7 @@
 
 using namespace qvledger;
 
-// Adds a number of sheets.  False if the text is not one.
+// Adds a number of sheets.  False if the text is not a number, or the number is negative or too large.
 static bool addSheets(std::string_view text, Amount *sheets) {
     std::int64_t number = 0;
     if (!parseAmount(text, 0, &number) || number < 0)
@@ -13,7 +13,8 @@ static bool addSheets(std::string_view text, Amount *sheets) {
     return true;
 }
 
-// Adds the digits after the last colon of each word.  False if a number is too large.
+// Adds the number after the last colon of each word, and skips words without such a number.  False if a
+// number is too large.
 static bool addConsumed(std::string_view text, Amount *sheets) {
     bool isValid = true;
     while (!text.empty()) {

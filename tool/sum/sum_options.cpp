@@ -32,7 +32,7 @@ static KeyPart partOf(std::string_view name) {
     return {std::string(name), Attribute, {std::string(name)}};
 }
 
-// Names with commas between them, none of them empty or given twice.
+// Parses names separated by commas.  False if a name is empty or occurs twice.
 static bool readParts(std::string_view names, std::vector<KeyPart> *parts) {
     for (;;) {
         const std::string_view name = names.substr(0, names.find(','));

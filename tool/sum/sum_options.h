@@ -1,4 +1,4 @@
-// What the options of qvledger-sum ask for, besides those that all programs have.
+// The options that only qvledger-sum has.
 #pragma once
 
 #include <cstdint>
@@ -13,24 +13,25 @@ namespace qvledger {
 struct KeyPart {
     enum class Kind : std::uint8_t { Server, Month, Day, Attribute };
 
-    std::string name; // of its column
+    std::string name; // name of the column
     Kind kind;
-    std::vector<std::string> attributes; // the first one that a job has a value of is used
+    std::vector<std::string> attributes; // the text is from the first attribute that has a value in the job
 };
 
 enum class Form : std::uint8_t { Table, Tsv, Json, Html };
 
 struct SumOptions {
-    std::vector<KeyPart> parts; // of the key, at least one
-    std::size_t sortBy = 0;     // a column of columnNames()
-    std::uint64_t top = 0;      // 0: all
+    std::vector<KeyPart> parts; // parts of the key, at least one
+    std::size_t sortBy = 0;     // index in columnNames()
+    std::uint64_t top = 0;      // number of groups to show; 0: all
     Form form = Form::Table;
 };
 
-// The names of all columns: first the parts of the key, then the measures, then the times.
+// The names of all columns: first the parts of the key, then the measures, then the times of the
+// first and the last job.
 std::vector<std::string> columnNames(const std::vector<KeyPart> &parts);
 
-// False after a message about an argument that cannot be used.
+// Parses the options.  If an argument is invalid, prints a message and returns false.
 bool readSumOptions(const Options &options, SumOptions *sum);
 
 } // namespace qvledger

@@ -9,7 +9,7 @@ using namespace qvledger;
 
 const Cells qvledger::kMissingColumns = {"server", "log", "from", "to", "reason"};
 
-// Each byte that belongs to no character becomes U+FFFD.
+// Replaces each byte that is not part of a valid character by U+FFFD.
 static std::string validUtf8(std::string_view text) {
     std::string valid;
     while (!text.empty()) {
@@ -26,8 +26,8 @@ std::string qvledger::visible(std::string_view text) {
     return shown;
 }
 
-// Does a row come before another one?  Numbers and times descend, keys ascend.  Rows that are equal in the
-// column keep the order of their keys.
+// Is row a sorted before row b, by this column?  Keys are in ascending order, numbers and times in descending
+// order, rows without a time at the end.
 static bool isBefore(const SumRow &a, const SumRow &b, std::size_t column) {
     if (column < a.keys.size())
         return a.keys[column] < b.keys[column];

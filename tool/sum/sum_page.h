@@ -1,4 +1,4 @@
-// The sums of a run, sorted, and the forms in which they are written.
+// The sums of a run, and their text in each form of output.
 #pragma once
 
 #include <optional>
@@ -12,27 +12,28 @@
 namespace qvledger {
 
 struct SumRow {
-    std::vector<std::string> keys; // valid UTF-8, one a part
+    std::vector<std::string> keys; // one text per part of the key, in valid UTF-8
     Sums sums;
 };
 
 struct SumPage {
     const SumOptions &options;
     std::vector<std::string> servers = {};
-    std::int32_t first = 0, last = 0; // dates of the first and the last log; 0: there is none
+    std::int32_t first = 0, last = 0; // dates of the first and the last log, YYYYMMDD; 0: no log
     std::vector<SumRow> rows = {};    // sorted
-    std::optional<Sums> others = {};  // what the rows lack after -n
+    std::optional<Sums> others = {};  // sums of the groups that -n removed from the rows, if any
     Sums total = {};
     std::vector<Missing> missing = {};
 };
 
-// Takes the groups, sorts them and keeps as many as the options ask for.
+// Makes a sorted row of each group, and adds up the total.  With -n, adds the rows beyond that number to the
+// others and removes them.
 void addRows(SumPage &page, const Groups &groups);
 
-// The page as a text of whole lines.
+// The text of the page, in the form that the options name.  Consists of whole lines.
 std::string pageText(const SumPage &page);
 
-// The parts of pageText: each writes one form.
+// The text of the page in one form.
 std::string tableForm(const SumPage &page);
 std::string tsvForm(const SumPage &page);
 std::string jsonForm(const SumPage &page);
@@ -42,14 +43,15 @@ std::string htmlForm(const SumPage &page);
 
 using Cells = std::vector<std::string>;
 
-// A cell for each column.
+// The cells of a row, one per column.
 Cells cellsOf(const SumRow &row);
-// The sums without a key: its first cell has the name.
+// The cells of sums without a key, one per column.  The first cell contains the name.
 Cells cellsOf(const SumPage &page, const char *name, const Sums &sums);
+// The columns of the section about missing data, and the cells of one of its lines.
 extern const Cells kMissingColumns;
 Cells cellsOf(const Missing &missing);
 
-// The text with "\xNN" for each byte of a control character.
+// The text with each byte of a control character replaced by "\xNN".
 std::string visible(std::string_view text);
 
 } // namespace qvledger

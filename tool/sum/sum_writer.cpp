@@ -20,7 +20,8 @@ void SumWriter::addMissing(const std::string &reason) {
     page_.missing.push_back({server_, file_, date_, date_, reason});
 }
 
-// Two listed names of the same date lead to the same file.  The name of the other file is in unread_.
+// Was this file also the last one?  If two listed logs have the same date, the same file is opened for both.
+// unread_ is then the listed name of the log that was never opened.
 bool SumWriter::isRepeated(const LogName &name) {
     const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
     if (!isSame || name.file != std::string_view(name.listed))
@@ -47,7 +48,8 @@ void SumWriter::addJob() {
     group->second.addJob(reader_.amounts(), reader_.completion());
 }
 
-// The code that ended the log; ALA_N_NORMAL if the run ends.
+// Adds the jobs of a log to the sums.  Returns the code that ended the log, ALA_A_LAST_ATTRIBUTE for a log
+// without records, or ALA_N_NORMAL if mustStop().
 ALA_retCode_t SumWriter::sumJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, const LineWriter &report) {
     ALA_record_t read = nullptr;
     ALA_retCode_t result = ALA_GetFirstJobRecord(handle, &log, &read);

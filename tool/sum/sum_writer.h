@@ -1,4 +1,4 @@
-// Sums the logs of a run, and writes the page at its end.
+// Sums the logs of a run, and writes the page at the end of the run.
 #pragma once
 
 #include <set>
@@ -27,7 +27,8 @@ public:
     void listIsCut(const char *server, LineWriter &report) override;
     void endRun(LineWriter &report) override;
 
-    // What the sums lack; 0: nothing, or the status of the run in which nothing else failed.
+    // The exit status if the run returns 0: the code of the first failure that the writer found;
+    // kStatusIncomplete if something else is missing from the sums; otherwise 0.
     int status() const;
 
 private:
@@ -44,13 +45,13 @@ private:
     JobReader reader_;
     DayGaps gaps_;
     std::span<const char *const> servers_;
-    std::set<std::string, std::less<>> seen_; // servers that have a log
-    std::string server_, file_;               // of the last log
+    std::set<std::string, std::less<>> seen_; // servers with at least one log
+    std::string server_, file_;               // those of the last log
     std::int32_t date_ = 0;
-    std::string unread_;                   // the name of a log with the date of the last one
-    std::uint64_t records_ = 0;            // of the last log
-    std::uint64_t unreadable_ = 0;         // of these, records that lack a value
-    ALA_retCode_t failure_ = ALA_N_NORMAL; // the first one
+    std::string unread_;                   // listed name of the log that was never opened, if isRepeated()
+    std::uint64_t records_ = 0;            // records read from the last log
+    std::uint64_t unreadable_ = 0;         // records of the last log with unreadable values
+    ALA_retCode_t failure_ = ALA_N_NORMAL; // code of the first failure
 };
 
 } // namespace qvledger

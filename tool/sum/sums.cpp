@@ -2,7 +2,8 @@
 
 using namespace qvledger;
 
-// Takes digits from the front of the text.  False unless there are that many at least.
+// Parses up to nine digits at the beginning of the text, and removes them.  False for fewer than `fewest`
+// digits.
 static bool takeNumber(std::string_view &text, std::size_t fewest, std::int64_t *number) {
     std::size_t digits = 0;
     *number = 0;
@@ -19,7 +20,8 @@ static bool takeSign(std::string_view &text, char sign) {
     return true;
 }
 
-// Days from 1970-01-01 in the Gregorian calendar, whose 400-year cycle is counted from a first of March.
+// Days from 1970-01-01 in the Gregorian calendar.  Lets years begin on March 1, so that the leap day is the
+// last day of a year.
 static std::int64_t daysSince1970(std::int64_t year, std::int64_t month, std::int64_t day) {
     year -= month <= 2 ? 1 : 0;
     const std::int64_t cycle = (year >= 0 ? year : year - 399) / 400;

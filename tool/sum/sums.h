@@ -1,4 +1,4 @@
-// What is summed, and the groups that it is summed by.
+// The measures that are summed, and their sums by group.
 #pragma once
 
 #include <array>
@@ -15,35 +15,37 @@ namespace qvledger {
 
 struct Measure {
     const char *name;
-    int places; // after the decimal point
+    int places; // digits after the decimal point
 };
 enum : std::size_t { kJobs, kDocuments, kSheets, kCopies, kCost, kNumMeasures };
 constexpr std::array<Measure, kNumMeasures> kMeasures = {
     {{"jobs", 0}, {"documents", 0}, {"sheets", 0}, {"copies", 0}, {"cost", 6}}};
 
-// A time with its offset from UTC, as the facility writes it in the form ALA_TIME_ISO_8601.
+// A time with its offset from UTC, as rendered in the form ALA_TIME_ISO_8601.
 struct Moment {
-    std::int64_t seconds = 0; // since 1970
-    std::string text;         // empty: there is none
+    std::int64_t seconds = 0; // since 1970-01-01 00:00 UTC
+    std::string text;         // empty: no time
 
-    // False, with the moment unchanged, if the text is not such a time.
+    // Parses a time.  If the text does not begin like a time in this form, returns false and changes nothing.
+    // Does not check the ranges of the fields.
     bool set(std::string_view time);
 };
 
 struct Sums {
     std::array<Amount, kNumMeasures> amounts{};
-    Moment first, last; // completion
+    Moment first, last; // first and last completion time
 
     void add(const Sums &other);
-    // Adds what one job has.
+    // Adds the amounts and the completion time of a job.
     void addJob(const std::array<Amount, kNumMeasures> &job, const Moment &completion);
 
 private:
     void include(const Moment &from, const Moment &to);
 };
 
-// The texts of a group's key, each with a NUL after it.
+// The texts of a group's key, with a NUL after each text.
 using Key = std::string;
+// Splits a key into its texts.
 std::vector<std::string> keyTexts(std::string_view key);
 
 struct KeyHash {

@@ -1,4 +1,4 @@
-// The aligned table, and the lines with tabs between their fields.
+// The sums as a table with aligned columns, and as lines of tab-separated fields.
 #include <algorithm>
 
 #include "tool/sum/sum_page.h"
@@ -9,8 +9,8 @@ static std::size_t widthOf(std::string_view text) {
     return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-// Lines with two spaces between their columns.  Cells of the columns from `firstRight` to before `endRight`
-// end at the right.
+// Lines with aligned columns and two spaces between columns.  Columns with an index of at least firstRight
+// and less than endRight are right-aligned.
 static std::string aligned(std::vector<Cells> lines, std::size_t firstRight, std::size_t endRight) {
     std::vector<std::size_t> widths(lines[0].size());
     for (Cells &line : lines)
