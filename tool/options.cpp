@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <initializer_list>
+#include <set>
 #include <string_view>
 
 #include "service/system.h"
@@ -85,6 +86,18 @@ Options qvledger::readOptions(int argc, char *const *argv, const char *letters) 
             ++options.errflg;
         }
     }
+}
+
+std::vector<const char *> qvledger::serversOf(const Options &options) {
+    std::vector<const char *> servers(options.moreServers, options.moreServers + options.numMoreServers);
+    if (options.serverName != nullptr)
+        servers.insert(servers.begin(), options.serverName);
+    return servers;
+}
+
+bool qvledger::areDistinctNames(const std::vector<const char *> &servers) {
+    const std::set<std::string_view> names(servers.begin(), servers.end());
+    return !names.empty() && names.size() == servers.size() && !names.contains("");
 }
 
 static std::int32_t lastDayOf(std::int32_t year, std::int32_t month) {

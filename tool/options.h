@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace qvledger {
 
@@ -39,6 +40,13 @@ constexpr char kSumLetters[] = "b:k:n:f:s:e:p:O:hV";
 void replaceLongOptions(int argc, char **argv);
 
 Options readOptions(int argc, char *const *argv, const char *letters = kReportLetters);
+
+// All operands: the names of the servers, for a program that accepts several.
+std::vector<const char *> serversOf(const Options &options);
+
+// True if there are names, no name is empty and no name occurs twice: the logs of a repeated server would be
+// written or counted twice.
+bool areDistinctNames(const std::vector<const char *> &servers);
 
 // Values of ValidDate's dateTypeStr: whether messages call the date the start date or the end date.
 constexpr std::int32_t kStartDate = 0;

@@ -325,9 +325,7 @@ int qvledger::runCheck(const Options &options) {
         MSG_fprintf(stdout, "%s\n", compiledVersionString);
         return 0;
     }
-    std::vector<const char *> servers(options.moreServers, options.moreServers + options.numMoreServers);
-    if (options.serverName != nullptr)
-        servers.insert(servers.begin(), options.serverName);
+    const std::vector<const char *> servers = serversOf(options);
     if (!isValid(options, servers)) {
         DisplayMsg(kMsgCheckUsage);
         return kStatusUsage;

@@ -1,13 +1,11 @@
 // qvledger-json: writes the accounting logs of print servers as JSON Lines.  It shares the run (tool/run.h),
 // the options, the messages and the statuses with qvledger.
 #include <clocale>
-#include <set>
-#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "tool/json/json_lines.h"
+#include "tool/last_log.h"
 #include "tool/messages.h"
 #include "tool/options.h"
 #include "tool/program.h"
@@ -30,9 +28,10 @@ public:
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                LineWriter &report) override {
         report_ = &report;
-        if (isRepeated(name)) {
+        if (last_.isRepeated(name)) {
             status_ = ALA_A_FAIL_TO_OPEN_LOG_FILE;
-            skip({name.server, unread_.c_str(), unread_.c_str(), name.date}, report);
+            const char *unread = last_.unread().c_str();
+            skip({name.server, unread, unread, name.date}, report);
             return false;
         }
         const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), *this);
@@ -62,23 +61,11 @@ public:
     void recordFailed(ALA_retCode_t code) override { reportFailure(code, "unable to read record: "); }
 
 private:
-    // Was this file also the last one?  If two listed logs have the same date, the same file is opened for
-    // both.  unread_ is then the listed name of the log that was never opened.
-    bool isRepeated(const LogName &name) {
-        const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
-        if (!isSame || name.file != std::string_view(name.listed))
-            unread_ = name.listed;
-        server_ = name.server;
-        file_ = name.file;
-        date_ = name.date;
-        return isSame;
-    }
     JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped_}; }
 
     bool isTyped_;
     LineWriter *report_ = nullptr;
-    std::string server_, file_, unread_; // server_ and file_: those of the last log
-    std::int32_t date_ = 0;
+    LastLog last_;
     // Status for what the writer itself found, such as an unreadable log.  It is the exit status if
     // the run returns 0.
     int status_ = 0;
@@ -86,16 +73,8 @@ private:
 
 } // namespace
 
-// True if no name is empty and no name occurs twice: the logs of a repeated server would be written twice.
-static bool areNames(std::span<const char *const> servers) {
-    std::set<std::string_view> names(servers.begin(), servers.end());
-    return names.size() == servers.size() && !names.contains("");
-}
-
 static int runJson(const Options &options) {
-    std::vector<const char *> servers(options.moreServers, options.moreServers + options.numMoreServers);
-    servers.push_back(options.serverName);
-    const bool isValid = options.errflg == 0 && options.serverName != nullptr && areNames(servers);
+    const bool isValid = options.errflg == 0 && areDistinctNames(serversOf(options));
     if (options.helpflg != 0 || (options.verflg == 0 && !isValid)) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;

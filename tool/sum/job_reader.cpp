@@ -1,9 +1,10 @@
 #include "tool/sum/job_reader.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <utility>
+
+#include "tool/sum/missing.h"
 
 using namespace qvledger;
 
@@ -14,12 +15,10 @@ constexpr char kCompletionName[] = "completion-time";
 void JobReader::beginLog(std::string_view server, std::int32_t date) {
     faults_.clear();
     for (std::size_t i = 0; i < parts_.size(); ++i) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%04d-%02d-%02d", date / 10000, date / 100 % 100, date % 100);
         if (parts_[i].kind == KeyPart::Kind::Server)
             texts_[i].text = server;
         else if (parts_[i].kind != KeyPart::Kind::Attribute)
-            texts_[i].text = std::string_view(text, parts_[i].kind == KeyPart::Kind::Month ? 7 : 10);
+            texts_[i].text = dateText(date).substr(0, parts_[i].kind == KeyPart::Kind::Month ? 7 : 10);
     }
 }
 

@@ -1,8 +1,6 @@
 // qvledger-sum: sums the jobs, sheets and costs of print servers by owner, printer, month or any attribute.
 #include <clocale>
 #include <cstdio>
-#include <set>
-#include <string_view>
 #include <vector>
 
 #include "tool/options.h"
@@ -18,16 +16,9 @@ static const char *const kUsage = "Command line usage: qvledger-sum [-h] [-V] [-
                                   "   [-s <start date>] [-e <end date>] [-p <path>] [-O <path>]\n"
                                   "   serverName ...\n";
 
-// True if no name is empty and no name occurs twice: the jobs of a repeated server would be counted twice.
-static bool areNames(const std::vector<const char *> &servers) {
-    const std::set<std::string_view> names(servers.begin(), servers.end());
-    return names.size() == servers.size() && !names.contains("");
-}
-
 static int runSum(const Options &options) {
-    std::vector<const char *> servers = {options.serverName};
-    servers.insert(servers.end(), options.moreServers, options.moreServers + options.numMoreServers);
-    const bool isValid = options.errflg == 0 && options.serverName != nullptr && areNames(servers);
+    const std::vector<const char *> servers = serversOf(options);
+    const bool isValid = options.errflg == 0 && areDistinctNames(servers);
     if (options.helpflg != 0 || (options.verflg == 0 && !isValid)) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;

@@ -20,15 +20,6 @@ void SumWriter::addMissing(const std::string &reason) {
     page_.missing.push_back({server_, file_, date_, date_, reason});
 }
 
-// Was this file also the last one?  If two listed logs have the same date, the same file is opened for both.
-// unread_ is then the listed name of the log that was never opened.
-bool SumWriter::isRepeated(const LogName &name) {
-    const bool isSame = name.date == date_ && name.file == file_ && name.server == server_;
-    if (!isSame || name.file != std::string_view(name.listed))
-        unread_ = name.listed;
-    return isSame;
-}
-
 void SumWriter::beginLog(const LogName &name) {
     server_ = name.server;
     file_ = name.file;
@@ -72,9 +63,9 @@ ALA_retCode_t SumWriter::sumJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, c
 }
 
 bool SumWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name, LineWriter &report) {
-    if (isRepeated(name)) {
+    if (last_.isRepeated(name)) {
         page_.missing.push_back(
-            {name.server, unread_, name.date, name.date, "another log of this date was read instead"});
+            {name.server, last_.unread(), name.date, name.date, "another log of this date was read instead"});
         fail(ALA_A_FAIL_TO_OPEN_LOG_FILE);
         return false;
     }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/log_output.h"
+#include "tool/last_log.h"
 #include "tool/sum/job_reader.h"
 #include "tool/sum/missing.h"
 #include "tool/sum/sum_options.h"
@@ -32,11 +32,9 @@ public:
     int status() const;
 
 private:
-    bool isRepeated(const LogName &name);
     void beginLog(const LogName &name);
     ALA_retCode_t sumJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, const LineWriter &report);
     void addJob();
-    void reportEnd(ALA_retCode_t ended, std::uint64_t records);
     void addMissing(const std::string &reason);
     void fail(ALA_retCode_t code);
 
@@ -48,7 +46,7 @@ private:
     std::set<std::string, std::less<>> seen_; // servers with at least one log
     std::string server_, file_;               // those of the last log
     std::int32_t date_ = 0;
-    std::string unread_;                   // listed name of the log that was never opened, if isRepeated()
+    LastLog last_;
     std::uint64_t records_ = 0;            // records read from the last log
     std::uint64_t unreadable_ = 0;         // records of the last log with unreadable values
     ALA_retCode_t failure_ = ALA_N_NORMAL; // code of the first failure

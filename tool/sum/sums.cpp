@@ -1,5 +1,7 @@
 #include "tool/sum/sums.h"
 
+#include <chrono>
+
 using namespace qvledger;
 
 // Parses up to nine digits at the beginning of the text, and removes them.  False for fewer than `fewest`
@@ -20,16 +22,6 @@ static bool takeSign(std::string_view &text, char sign) {
     return true;
 }
 
-// Days from 1970-01-01 in the Gregorian calendar.  Lets years begin on March 1, so that the leap day is the
-// last day of a year.
-static std::int64_t daysSince1970(std::int64_t year, std::int64_t month, std::int64_t day) {
-    year -= month <= 2 ? 1 : 0;
-    const std::int64_t cycle = (year >= 0 ? year : year - 399) / 400;
-    const std::int64_t yearOfCycle = year - cycle * 400;
-    const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    return cycle * 146097 + yearOfCycle * 365 + yearOfCycle / 4 - yearOfCycle / 100 + dayOfYear - 719468;
-}
-
 bool Moment::set(std::string_view time) {
     std::string_view left = time;
     const bool isBefore0 = takeSign(left, '-');
@@ -43,11 +35,18 @@ bool Moment::set(std::string_view time) {
         return false;
     const bool isWest = left.starts_with('-');
     if (!(takeSign(left, '-') || takeSign(left, '+')) || !takeNumber(left, 2, &hours) ||
-        !takeSign(left, ':') || !takeNumber(left, 2, &minutes))
+        !takeSign(left, ':') || !takeNumber(left, 2, &minutes) || !left.empty() ||
+        year > static_cast<int>(std::chrono::year::max()))
+        return false;
+    namespace chrono = std::chrono;
+    const chrono::year_month_day date(chrono::year(static_cast<int>(isBefore0 ? -year : year)),
+                                      chrono::month(static_cast<unsigned>(month)),
+                                      chrono::day(static_cast<unsigned>(day)));
+    if (!date.ok())
         return false;
     const std::int64_t offset = (hours * 60 + minutes) * (isWest ? -60 : 60);
-    seconds = daysSince1970(isBefore0 ? -year : year, month, day) * 86400 + hour * 3600 + minute * 60 +
-              second - offset;
+    const std::int64_t days = chrono::sys_days(date).time_since_epoch().count();
+    seconds = days * 86400 + hour * 3600 + minute * 60 + second - offset;
     text = time;
     return true;
 }

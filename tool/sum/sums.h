@@ -26,8 +26,8 @@ struct Moment {
     std::int64_t seconds = 0; // since 1970-01-01 00:00 UTC
     std::string text;         // empty: no time
 
-    // Parses a time.  If the text does not begin like a time in this form, returns false and changes nothing.
-    // Does not check the ranges of the fields.
+    // Parses a time.  If the text is not a time in this form, with a date from the year -32767 to 32767,
+    // returns false and changes nothing.
     bool set(std::string_view time);
 };
 
