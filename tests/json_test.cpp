@@ -180,9 +180,9 @@ TEST(Json, StatusAndMessagesEqualThoseOfTheTool) {
         EXPECT_TRUE(result.status == status && expected.status == status) << result.status;
         EXPECT_EQ(result.err, expected.err);
     }
-    const std::string usage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
-                              "   [-s <start date>]\n   [-e <end date>] [-p <path>]\n"
-                              "   [-O <path>] serverName ...\n";
+    const std::string usage = "Command line usage: qvledger-json [-h] [-V] [-t] [-c <state file>]\n"
+                              "   [-o <filename>] [-s <start date>] [-e <end date>]\n"
+                              "   [-p <path>] [-O <path>] serverName ...\n";
     for (const std::vector<std::string> &arguments : std::vector<std::vector<std::string>>{
              {"-d"}, {"-a"}, {"-g"}, {"-x"}, {"-s"}, {""}, {"alpha", "beta", "alpha"}}) {
         const ToolResult result = system.run(arguments, kJson);

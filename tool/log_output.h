@@ -35,6 +35,8 @@ public:
     virtual void end() {}
     // Called after the last server, unless the report was not opened or a signal ended the run.
     virtual void endRun(LineWriter &) {}
+    // Called after endRun().  True: a report that this run created is kept even if the run failed.
+    virtual bool keepsReport() const { return false; }
 };
 
 } // namespace qvledger

@@ -60,6 +60,9 @@ Options qvledger::readOptions(int argc, char *const *argv, const char *letters) 
         case 'f':
             options.form = optarg;
             break;
+        case 'c':
+            options.stateFile = optarg;
+            break;
         case 'h':
             ++options.helpflg;
             break;

@@ -20,6 +20,7 @@ struct Options {
     const char *sortBy = nullptr;
     const char *top = nullptr;
     const char *form = nullptr;
+    const char *stateFile = nullptr;
     std::int32_t dflg = 0; // number of -d options; non-zero: delete the logs
     std::int32_t helpflg = 0;
     std::int32_t verflg = 0;
@@ -31,7 +32,7 @@ struct Options {
 
 // The option letters of each program, in the form of getopt.
 constexpr char kReportLetters[] = "do:s:e:p:O:hVag";
-constexpr char kJsonLetters[] = "to:s:e:p:O:hV";
+constexpr char kJsonLetters[] = "tc:o:s:e:p:O:hV";
 constexpr char kCheckLetters[] = "s:e:p:O:S:hV";
 constexpr char kSumLetters[] = "b:k:n:f:s:e:p:O:hV";
 

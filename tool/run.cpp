@@ -165,7 +165,7 @@ int Run::report() {
     if (isOpen_ && OS_NotedSignal() == 0)
         writer_.endRun(lines_);
     static_cast<void>(lines_.flush()); // flush() reports a failure
-    if (!result_.deletedAny && (result_.failed || !result_.foundLog))
+    if (!result_.deletedAny && !writer_.keepsReport() && (result_.failed || !result_.foundLog))
         if (file_.removeIfCreated())
             DisplayMsg(kMsgReportRemoved, options_.ofile);
     lines_.close();

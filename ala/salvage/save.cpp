@@ -2,81 +2,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <new>
-#include <string>
 
 #include "ala/base/handle.h"
 #include "ala/base/owners.h"
 #include "ala/base/trace.h"
 #include "ala/salvage/checked_log.h"
+#include "service/new_file.h"
 
 using namespace qvledger;
-
-namespace {
-
-// A new file.  finish() gives the complete file its name.  Unless finish() succeeds, the destructor removes
-// the file.
-class NewFile {
-public:
-    explicit NewFile(const char *path) : path_(path) {
-        // Do not use the log's name, which may already have the maximum length.
-        const std::string folder = path_.substr(0, path_.rfind('/') + 1);
-        const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
-        partPath_ = firstPath;
-        file_.reset(OS_MakeFile(partPath_.c_str()));
-        // Killed processes with the same number may have left files with these names.
-        for (int left = 1; left <= kMostLeft && !file_.isOpen() && errno == EEXIST; ++left) {
-            partPath_ = firstPath + "." + std::to_string(left);
-            file_.reset(OS_MakeFile(partPath_.c_str()));
-        }
-    }
-    ~NewFile() {
-        const int error = errno;
-        if (file_.isOpen() && !named_)
-            static_cast<void>(_unlink(partPath_.c_str()));
-        errno = error;
-    }
-    NewFile(const NewFile &) = delete;
-    NewFile &operator=(const NewFile &) = delete;
-
-    bool isOpen() const { return file_.isOpen(); }
-    int descriptor() const { return file_.get(); }
-
-    bool write(const std::uint8_t *bytes, std::size_t size) {
-        for (std::size_t done = 0; done < size;) {
-            const int put = _write(file_.get(), bytes + done, static_cast<unsigned>(size - done));
-            if (put < 0 && errno == EINTR)
-                continue;
-            if (put <= 0)
-                return false;
-            done += static_cast<std::size_t>(put);
-        }
-        return true;
-    }
-
-    // Syncs the file and gives it its final name.  Fails with EEXIST if that name is taken.
-    bool finish() {
-        int synced = 0;
-        do
-            synced = _commit(file_.get());
-        while (synced != 0 && errno == EINTR);
-        if (synced != 0)
-            return false;
-        const int moved = OS_NameNewFile(partPath_.c_str(), path_.c_str());
-        if (moved == OS_TAKEN)
-            errno = EEXIST;
-        named_ = moved == OS_DONE;
-        return named_;
-    }
-
-private:
-    static constexpr int kMostLeft = 1000;
-
-    std::string path_, partPath_;
-    Descriptor file_;
-    bool named_ = false;
-};
-
-} // namespace
 
 static CheckOutcome copyRange(LogBytes &source, std::int64_t begin, std::int64_t end, NewFile &file) {
     constexpr std::int64_t kPiece = 256 * 1024;
@@ -156,7 +89,7 @@ CheckResult qvledger::saveLog(CheckedLog &log, const char *path, CheckWatch &wat
             result.outcome != CheckOutcome::Done)
             return result;
         OS_GiveAttributes(log.log.fd, file.descriptor());
-        if (!file.finish())
+        if (!file.nameNew())
             return failure(errno == EEXIST ? CheckOutcome::Exists : CheckOutcome::CannotWrite, errno, path);
         if (OS_SyncFolderOf(file.descriptor()) != 0)
             return failure(CheckOutcome::NotSynced, errno, path);

@@ -80,6 +80,10 @@ int OS_MoveName(const char *from, const char *to);
 // replacing, the file has both names for a moment, or longer if the old name cannot be removed.
 int OS_NameNewFile(const char *from, const char *to);
 
+// Renames a file within its folder, and atomically replaces a file that has the new name.  Returns 0, or -1
+// with errno.
+int OS_ReplaceName(const char *from, const char *to);
+
 // Flushes the name of an open file to disk.  Returns 0, or -1 with errno.  Does nothing on Windows and
 // returns 0.
 int OS_SyncFolderOf(int fd);

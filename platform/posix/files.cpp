@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -167,6 +168,10 @@ int OS_NameNewFile(const char *from, const char *to) {
         return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
     static_cast<void>(unlink(from)); // on failure the file keeps both names
     return OS_DONE;
+}
+
+int OS_ReplaceName(const char *from, const char *to) {
+    return std::rename(from, to);
 }
 
 // Syncs the folder in the path that the kernel reports for the file.  Syncs the whole file system instead if

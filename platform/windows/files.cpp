@@ -101,6 +101,13 @@ int OS_NameNewFile(const char *from, const char *to) {
     return OS_MoveName(from, to); // never replaces a file, on any file system
 }
 
+int OS_ReplaceName(const char *from, const char *to) {
+    if (MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0)
+        return 0;
+    setErrno(GetLastError());
+    return -1;
+}
+
 // Does nothing, because no call flushes a folder.  OS_MoveName writes the new name to disk, and _commit
 // flushes a new file's name with its contents.
 int OS_SyncFolderOf(int) {

@@ -1,12 +1,11 @@
 // Concurrent runs and a server, disturbed by signals, a full disk and other programs: every record must be in
-// a whole line of a report or in a log.
+// a whole line of a report or in a log.  With qvledger-json -c, every record must be in a report at the end.
 //
 // A round's number seeds its random choices; QVLEDGER_LIVE_ROUNDS is the number of rounds of each kind.
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <ctime>
-#include <map>
 #include <random>
 #include <set>
 #include <sstream>
@@ -39,7 +38,8 @@ struct Kind {
     int servers, reports;
     bool byShell; // the report is standard output, not -o's file
     Trouble trouble;
-    bool serverWrites; // a server writes alpha's current log
+    bool serverWrites;         // a server writes alpha's current log
+    bool sinceLastRun = false; // the runs are those of qvledger-json -c
 };
 
 class Live : public testing::TestWithParam<Kind> {
@@ -51,7 +51,7 @@ protected:
     pid_t startServer(int first);
     pid_t startRun(const std::string &server, const fs::path &report, bool findsNone);
     void makeTrouble(const std::vector<pid_t> &started);
-    void check();
+    void check(bool isOver);
 
     PrintSystem system;
     const Kind kind = GetParam();
@@ -65,6 +65,23 @@ protected:
 
 static std::string commentOf(int number) {
     return std::string(static_cast<std::size_t>(number * 97 % 5000), static_cast<char>('a' + number % 26));
+}
+
+// The line of a record in a report of qvledger, and the end of its line from qvledger-json.
+static std::string lineOf(int number) {
+    return std::to_string(number) + '\t' + commentOf(number);
+}
+static std::string jsonOf(int number) {
+    return "{\"job-name\":[\"" + std::to_string(number) + "\"],\"job-comment\":[\"" + commentOf(number) +
+           "\"]},\"documents\":[]}";
+}
+
+// Returns the number of the record in a line of a report; 0 if the line is not that of a whole record.
+static int numberIn(const std::string &line) {
+    static const std::string kName = "{\"job-name\":[\"";
+    const std::size_t at = line.find(kName);
+    const int number = std::atoi(line.c_str() + (at != line.npos ? at + kName.size() : 0));
+    return line == lineOf(number) || line.ends_with(jsonOf(number)) ? number : 0;
 }
 
 static Log logOf(int first, int end) {
@@ -158,14 +175,21 @@ pid_t Live::startServer(int first) {
 // ---- A round ----
 
 pid_t Live::startRun(const std::string &server, const fs::path &report, bool findsNone) {
-    std::vector<std::string> arguments = {"-d", "-s", findsNone ? "20300101" : "19990101"};
+    std::vector<std::string> arguments = {"-s", findsNone ? "20300101" : "19990101"};
+    if (kind.sinceLastRun)
+        arguments.insert(arguments.end(), {"-c", system / "aside/state"});
+    else
+        arguments.emplace_back("-d");
     if (!kind.byShell)
         arguments.insert(arguments.end(), {"-o", report});
     arguments.push_back(server);
     const int append = random() % 2 == 0 ? O_APPEND : 0; // like ">>" or "1<>" in a shell
     const int output =
         kind.byShell ? open(report.c_str(), O_WRONLY | append | O_CREAT | O_CLOEXEC, 0644) : -1;
-    const pid_t run = system.start(arguments, {.environment = {{"QV_LOG", "none"}}, .output = output});
+    const pid_t run =
+        system.start(arguments, {.environment = {{"QV_LOG", "none"}},
+                                 .output = output,
+                                 .program = kind.sinceLastRun ? QVLEDGER_JSON_BINARY : QVLEDGER_BINARY});
     close(output);
     ++runs;
     return run;
@@ -193,27 +217,32 @@ void Live::makeTrouble(const std::vector<pid_t> &started) {
     }
 }
 
-void Live::check() {
-    const bool mayRepeat = kind.trouble != kNone || kind.serverWrites; // a kept log is reported again
+void Live::check(bool isOver) {
+    // A kept log is reported again.
+    const bool mayRepeat = kind.trouble != kNone || (kind.serverWrites && !kind.sinceLastRun);
     std::set<int> found;
     for (const auto &entry : fs::directory_iterator(folder)) {
-        std::map<std::string, int> seen;
         std::istringstream lines(readFile(entry.path()));
-        for (std::string line; std::getline(lines, line); ++seen[line])
-            if (const int number = std::atoi(line.c_str());
-                number != 0 && line == std::to_string(number) + '\t' + commentOf(number)) {
-                found.insert(number);
-                ASSERT_TRUE(seen[line] == 0 || mayRepeat) << number << " is repeated in " << entry.path();
+        std::set<int> seen;
+        for (std::string line; std::getline(lines, line);)
+            if (const int number = numberIn(line); number != 0) {
+                ASSERT_TRUE(seen.insert(number).second || mayRepeat)
+                    << number << " is repeated in " << entry.path();
             } else if (kind.trouble != kKills && entry.path().filename() != "removed") {
-                ASSERT_EQ(line, kHeader) << "in " << entry.path();
+                ASSERT_TRUE(line == kHeader || line.find("\"complete\":") != line.npos)
+                    << line << " in " << entry.path();
             }
+        found.insert(seen.begin(), seen.end());
     }
+    if (kind.sinceLastRun && !isOver)
+        return;
     Bytes logs = readFile(system / "aside/log");
     for (const auto &entry : fs::directory_iterator(system.root.logs()))
         logs += readFile(entry.path());
     for (const int number : wanted)
         ASSERT_TRUE(found.contains(number) ||
-                    logs.find(logOf(number, number + 1).bytes().substr(Log().size())) != logs.npos)
+                    (!kind.sinceLastRun &&
+                     logs.find(logOf(number, number + 1).bytes().substr(Log().size())) != logs.npos))
             << "record " << number << " is lost";
 }
 
@@ -242,12 +271,12 @@ void Live::round() {
             << (WEXITSTATUS(status) == kNameLost ? "a log open for writing was deleted" : "server failed");
     }
     fs::remove(folder / "filler");
-    check();
+    check(false);
     for (int number = 0; number < kind.servers && !HasFatalFailure(); ++number) {
         const pid_t last = startRun(kServers[number], folder / "0", false);
         ASSERT_EQ(waitpid(last, &status, 0), last);
     }
-    check();
+    check(true);
 }
 
 TEST_P(Live, NoRecordIsLostOrTorn) {
@@ -271,5 +300,7 @@ INSTANTIATE_TEST_SUITE_P(Rounds, Live,
                                          Kind{"ReportRemoved", 1, 1, false, kReportRemoved, false},
                                          Kind{"LogsReplaced", 1, 2, false, kLogsReplaced, false},
                                          Kind{"ServerWrites", 1, 2, false, kNone, true},
-                                         Kind{"ServerWritesAndRunsAreKilled", 1, 1, false, kKills, true}),
+                                         Kind{"ServerWritesAndRunsAreKilled", 1, 1, false, kKills, true},
+                                         Kind{"SinceLastRun", 1, 1, false, kNone, true, true},
+                                         Kind{"SinceLastRunKilled", 2, 2, false, kKills, true, true}),
                          [](const auto &test) { return test.param.label; });

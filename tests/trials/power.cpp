@@ -50,6 +50,7 @@ public:
     // If exists is true, an earlier run wrote the report and synced its contents, but not its name.
     void trial(const char *label, bool exists, const std::string &earlier, bool byLink, int output);
     void trialOfSaving();
+    void trialSinceLastRun();
     unsigned faults = 0;
 
 private:
@@ -296,6 +297,25 @@ void Power::trialOfSaving() {
                   [&](const State &state) { return !state.contains(copy) || state.at(copy) == whole; });
 }
 
+// With qvledger-json -c, a second run must write all records that did not survive.
+void Power::trialSinceLastRun() {
+    const fs::path report = reports_ / "report", state = saved_ / "state";
+    before_ = {{system_.log("19990301"), numberedLog(1, 4)}, {system_.log("19990302"), numberedLog(4, 7)}};
+    names_.clear();
+    calls_.clear();
+    lay(before_);
+    sizes_.assign(before_.size(), 0);
+    const std::vector<std::string> arguments = {"-c", state, "-o", report, "alpha"};
+    record(arguments, -1, QVLEDGER_JSON_BINARY);
+    if (readFile(state).find("alpha.19990302") == std::string::npos && ++faults != 0)
+        std::printf("FAULT: the state was not saved\n");
+    cutEverywhere("qvledger-json -c", [&](const State &cut) {
+        lay(cut);
+        system_.run(arguments, {.environment = {{"QV_LOG", "none"}}, .program = QVLEDGER_JSON_BINARY});
+        return numbersIn(readFile(report)).size() == 6;
+    });
+}
+
 int main() {
     Power power;
     power.trial("new report", false, "", false, -1);
@@ -306,6 +326,7 @@ int main() {
     power.trial("standard output, >", true, "", false, 0);
     power.trial("standard output, >>", true, "earlier\n", false, O_APPEND);
     power.trialOfSaving();
+    power.trialSinceLastRun();
     std::printf("%u faults\n", power.faults);
     return power.faults == 0 ? 0 : 1;
 }

@@ -195,14 +195,15 @@ void qvledger::writeJsonOfIncompleteServer(const char *server, JsonOutput &outpu
 }
 
 ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
-                                       JsonOutput &output) {
+                                       JsonOutput &output, bool *isComplete) {
     if (log.isTyped)
         ALA_SetTimeForm(handle, ALA_TIME_ISO_8601);
     const std::string beginning = beginObject(log) + ",\"record\":";
     std::string line;
-    std::uint64_t records = 0;
+    std::uint64_t records = log.recordsBefore;
     ALA_record_t read = nullptr;
-    ALA_retCode_t result = ALA_GetFirstJobRecord(handle, &openLog, &read);
+    ALA_retCode_t result = records == 0 ? ALA_GetFirstJobRecord(handle, &openLog, &read)
+                                        : ALA_GetNextJobRecord(handle, &openLog, &read);
     Owned<record> current(read);
     while (result == ALA_N_NORMAL) {
         line = beginning + std::to_string(++records);
@@ -213,6 +214,8 @@ ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t 
         result = ALA_GetNextJobRecord(handle, &openLog, &read);
         current.reset(read);
     }
-    writeEnd(log, records, result == ALA_A_LAST_ATTRIBUTE && ALA_ReadError(openLog) == 0, output);
+    *isComplete = result == ALA_A_LAST_ATTRIBUTE && ALA_ReadError(openLog) == 0;
+    if (!*isComplete || !log.isCompleteBefore || records != log.recordsBefore)
+        writeEnd(log, records, *isComplete, output);
     return result;
 }

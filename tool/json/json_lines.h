@@ -40,13 +40,18 @@ struct JsonLog {
     // Integers become numbers, times ISO 8601 strings with their offset; both become null if their text is
     // empty.
     bool isTyped;
+    std::uint64_t recordsBefore = 0; // records before the first one to write
+    // The log's final object is skipped if it says "complete":true and no record is written.
+    bool isCompleteBefore = false;
 };
 
 // Writes the records of an open log, and then the log's final object, in UTF-8; invalid bytes become U+FFFD.
+// Begins with the log's first record, or, after continueAt() (ala/driver/log_place.h), with the record there.
 // Returns ALA_A_LAST_ATTRIBUTE at the end of the log, ALA_N_NORMAL if recordWritten() returned false, or
 // another code for a failure.  May throw std::bad_alloc.
+// Sets *isComplete to the value of "complete".
 ALA_retCode_t writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t openLog, const JsonLog &log,
-                             JsonOutput &output);
+                             JsonOutput &output, bool *isComplete);
 
 // Writes the final object of a log that could not be opened or is not read.
 void writeJsonOfUnreadLog(const JsonLog &log, JsonOutput &output);

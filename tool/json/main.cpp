@@ -1,10 +1,13 @@
 // qvledger-json: writes the accounting logs of print servers as JSON Lines.  It shares the run (tool/run.h),
 // the options, the messages and the statuses with qvledger.
 #include <clocale>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "tool/json/json_lines.h"
+#include "tool/json/state_file.h"
 #include "tool/last_log.h"
 #include "tool/messages.h"
 #include "tool/options.h"
@@ -15,16 +18,16 @@
 
 using namespace qvledger;
 
-static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V] [-t] [-o <filename>]\n"
-                                  "   [-s <start date>]\n"
-                                  "   [-e <end date>] [-p <path>]\n"
-                                  "   [-O <path>] serverName ...\n";
+static const char *const kUsage = "Command line usage: qvledger-json [-h] [-V] [-t] [-c <state file>]\n"
+                                  "   [-o <filename>] [-s <start date>] [-e <end date>]\n"
+                                  "   [-p <path>] [-O <path>] serverName ...\n";
 
 namespace {
 
 class JsonWriter final : public LogOutput, JsonOutput {
 public:
-    explicit JsonWriter(bool isTyped) : isTyped_(isTyped) {}
+    // state: null without -c.
+    JsonWriter(bool isTyped, StateFile *state) : isTyped_(isTyped), state_(state) {}
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                LineWriter &report) override {
         report_ = &report;
@@ -34,7 +37,7 @@ public:
             skip({name.server, unread, unread, name.date}, report);
             return false;
         }
-        const ALA_retCode_t ended = writeJsonLines(handle, log, jsonLog(name), *this);
+        const ALA_retCode_t ended = writeLog(handle, log, name);
         if (ended != ALA_N_NORMAL && ended != ALA_A_LAST_ATTRIBUTE)
             reportFailure(ended, "qvledger-json internal error: ");
         return ended == ALA_A_LAST_ATTRIBUTE;
@@ -49,6 +52,8 @@ public:
         report_ = &report;
         writeJsonOfIncompleteServer(server, *this);
     }
+    void endRun(LineWriter &report) override;
+    bool keepsReport() const override { return isStateSaved_ && hasRecords_; }
     int status() const { return status_; }
     void line(std::string_view text) override {
         report_->put(text.substr(0, text.size() - 1));
@@ -56,22 +61,69 @@ public:
     }
     bool recordWritten() override {
         countRecord();
+        if (state_ != nullptr)
+            written_.addRecord(log_);
         return !mustStop(report_->failed());
     }
     void recordFailed(ALA_retCode_t code) override { reportFailure(code, "unable to read record: "); }
 
 private:
     JsonLog jsonLog(const LogName &name) const { return {name.server, name.file, name.date, isTyped_}; }
+    ALA_retCode_t writeLog(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name);
 
     bool isTyped_;
+    StateFile *state_;
+    ALA_acctLogHandle_t log_ = nullptr; // the current log
+    WrittenLog written_;                // how far the current log is written
+    bool hasRecords_ = false;           // a record was written
+    bool isStateSaved_ = false;
     LineWriter *report_ = nullptr;
     LastLog last_;
     // Status for what the writer itself found, such as an unreadable log.  It is the exit status if
-    // the run returns 0.
+    // the run returns 0, and kStatusLostOutput in any case.
     int status_ = 0;
 };
 
 } // namespace
+
+// Writes the records that no earlier run with the state file wrote, or all records without a state file.
+ALA_retCode_t JsonWriter::writeLog(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name) {
+    JsonLog json = jsonLog(name);
+    log_ = log;
+    if (state_ != nullptr) {
+        written_ = WrittenLog();
+        written_.server = name.server;
+        written_.file = name.file;
+        written_.date = name.date;
+        written_.place.end = nextRecordOffset(log);
+        if (std::optional<WrittenLog> before = state_->logs().take(log, name)) {
+            written_ = *std::move(before);
+            continueAt(log, written_.place.end);
+        }
+        json.recordsBefore = written_.records;
+        json.isCompleteBefore = written_.isComplete;
+    }
+    const ALA_retCode_t ended = writeJsonLines(handle, log, json, *this, &written_.isComplete);
+    hasRecords_ = hasRecords_ || written_.records != json.recordsBefore;
+    if (state_ != nullptr)
+        state_->logs().add(std::move(written_), log);
+    return ended;
+}
+
+void JsonWriter::endRun(LineWriter &report) {
+    if (state_ == nullptr)
+        return;
+    const char *why = report.whyNotSafe();
+    if (why == nullptr)
+        why = report.file().whyNotInPlace();
+    if (report.failed())
+        return; // reported already
+    if (why != nullptr)
+        DisplayMsg(kMsgStateKept, state_->name(), why);
+    isStateSaved_ = why == nullptr && state_->save();
+    if (!isStateSaved_)
+        status_ = kStatusLostOutput;
+}
 
 static int runJson(const Options &options) {
     const bool isValid = options.errflg == 0 && areDistinctNames(serversOf(options));
@@ -79,9 +131,13 @@ static int runJson(const Options &options) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
-    JsonWriter writer(options.typeflg != 0);
+    std::optional<StateFile> state;
+    if (options.stateFile != nullptr && options.verflg == 0 &&
+        !state.emplace(options.stateFile).open(options.ofile))
+        return kStatusBadStart;
+    JsonWriter writer(options.typeflg != 0, state ? &*state : nullptr);
     const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLostOutput);
-    return status != 0 ? status : writer.status();
+    return status == 0 || writer.status() == kStatusLostOutput ? writer.status() : status;
 }
 
 int main(int argc, char **argv) {
