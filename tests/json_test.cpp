@@ -189,8 +189,8 @@ TEST(Json, StatusAndMessagesEqualThoseOfTheTool) {
         EXPECT_EQ(result.status, 1) << arguments[0];
         EXPECT_EQ(result.err, usage) << arguments[0];
     }
-    EXPECT_EQ(system.run({"-h"}, kJson).status, 0);
-    EXPECT_EQ(system.run({"-V"}, kJson).out, system.run({"-V"}).out);
+    EXPECT_EQ(system.run({"--help"}, kJson).err, usage);
+    EXPECT_EQ(system.run({"--version"}, kJson).out, system.run({"-V"}).out);
 }
 
 TEST(Json, AFullDiskIsReportedAndHasItsStatus) {

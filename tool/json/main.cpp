@@ -143,6 +143,7 @@ static int runJson(const Options &options) {
 int main(int argc, char **argv) {
     // Sets the user's language for messages only: the lines do not depend on the locale.
     return runProgram("qvledger-json", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
+        replaceLongOptions(count, values);
         return runJson(readOptions(count, values, kJsonLetters));
     });
 }
