@@ -102,12 +102,16 @@ typedef struct attrPair {
     attributeVal *attrVal;
 } ALA_attrPair;
 
-/* What the texts of an attribute's values contain. */
+/* What the texts of an attribute's values contain.  A later version can have more kinds: treat an unknown
+   kind as ALA_KIND_TEXT. */
 typedef int32_t ALA_valueKind_t;
 enum {
     ALA_KIND_TEXT = 0,
     ALA_KIND_INTEGER = 1, /* a decimal number, from INT32_MIN to UINT64_MAX */
-    ALA_KIND_TIME = 2     /* in the format set by ALA_SetTimeForm */
+    ALA_KIND_TIME = 2,    /* in the format set by ALA_SetTimeForm */
+    ALA_KIND_BOOLEAN = 3, /* "true" or "false"; an invalid boolean has an empty text */
+    ALA_KIND_REAL = 4,    /* a decimal number with six decimals; or "inf" or "nan", which can follow a "-" */
+    ALA_KIND_DURATION = 5 /* H:MM:SS; the hours have no leading zero and can exceed 23 */
 };
 
 /* The format of the texts of times. */

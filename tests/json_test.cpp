@@ -1,6 +1,7 @@
 // Lines, escaping and statuses of qvledger-json; read errors and missing logs, also in other programs.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <fstream>
 
 #include <fcntl.h>
@@ -86,7 +87,7 @@ TEST(Json, ALineHasAJobWithItsDocumentsAndIsMarkedIfIncomplete) {
             endLine("alpha.19990302", 3, false));
 }
 
-TEST(Json, TypedValuesAreNumbersAndTimesWithAnOffset) {
+TEST(Json, TypedValuesHaveTheFormOfTheirKind) {
     const auto at = [](std::int32_t month, std::int32_t hour) {
         return Value(pack(samples::Time{
             .year = 1999, .month = month, .day = 31, .hour = hour, .minute = 59, .second = 58}));
@@ -94,6 +95,10 @@ TEST(Json, TypedValuesAreNumbersAndTimesWithAnOffset) {
     Job job = jobOf({{"job-name", {"12"}}});
     job.attribute(dotted("job-copies"), INTEGER, {Value(packInt(-3)), Value(packInt(2'147'483'647))})
         .attribute(dotted("job-priority"), INTEGER, {})
+        .attribute(dotted("job-hold"), BOOLEAN, {packInt(1), packInt(0), packInt(2)})
+        .attribute(dotted("job-cost"), REAL, {packDouble(3.84), packDouble(-0.25), packDouble(-HUGE_VAL)})
+        .attribute(dotted("toner-used-grams"), REAL_62, {packDouble(NAN)})
+        .attribute(dotted("processing-duration"), DELTA_TIME, {packUint(90061), packUint(0xFFFFFFFF)})
         .attribute(dotted("completion-time"), TIME, {at(12, 23), at(7, 1)});
     PrintSystem system;
     system.save("19990301", logOf({job}));
@@ -102,6 +107,8 @@ TEST(Json, TypedValuesAreNumbersAndTimesWithAnOffset) {
     EXPECT_EQ(system.run({"-t", "alpha"}, inZone).out,
               recordLine(1, "19990301",
                          R"({"job-name":["12"],"job-copies":[-3,2147483647],"job-priority":[null],)"
+                         R"("job-hold":[true,false,null],"job-cost":[3.840000,-0.250000,"-inf"],)"
+                         R"("toner-used-grams":["nan"],"processing-duration":[90061,4294967295],)"
                          R"("completion-time":["2000-01-01T00:59:58+01:00","1999-07-31T03:59:58+02:00"]},)"
                          R"("documents":[]})") +
                   endLine("alpha.19990301", 1));

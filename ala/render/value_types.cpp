@@ -89,9 +89,9 @@ static constexpr ValueForm octets = {
 // ---- The table ----
 
 static constexpr ValueType kRows[] = {
-    {0, value<GEN_boolean_t, renderBoolean>},
+    {0, value<GEN_boolean_t, renderBoolean>, ALA_KIND_BOOLEAN},
     {1, value<std::int32_t, renderInt>, ALA_KIND_INTEGER},
-    {4, value<GEN_deltaTime_t, formatted<ALA__DeltaTimeToAscii>>},
+    {4, value<GEN_deltaTime_t, formatted<ALA__DeltaTimeToAscii>>, ALA_KIND_DURATION},
     {6, value<GEN_distNameString, renderDistName>},
     {AS_ACCESS_LIST_ENTRY, value<GEN_eACL, renderNothing>},
     {8, value<GEN_eventHandlingProfile, renderEventHandlingProfile>},
@@ -104,7 +104,7 @@ static constexpr ValueType kRows[] = {
     {18, value<GEN_nameOrOid, formatted<ALA__NameOrOidToAscii>>},
     {20, octets},
     {22, value<std::int32_t, renderInt>, ALA_KIND_INTEGER},
-    {23, value<double, renderReal>},
+    {23, value<double, renderReal>, ALA_KIND_REAL},
     {26, value<std::int16_t, renderShort>, ALA_KIND_INTEGER},
     {27, value<GEN_simpleName, renderSimpleName>},
     {28, value<GEN_text, renderText>},
@@ -117,7 +117,7 @@ static constexpr ValueType kRows[] = {
     {46, value<GEN_finishing, formatted<ALA__FinishingToAscii>>},
     {48, value<GEN_generalizedTime, renderTime>, ALA_KIND_TIME},
     {60, chain<GEN_nameOrOidSeq, &GEN_nameOrOidSeq::_value, renderNameOrOidSeq>},
-    {62, value<double, renderReal>},
+    {62, value<double, renderReal>, ALA_KIND_REAL},
     {67, value<GEN_mediaSelect, formatted<ALA__MedSelectToAscii>>},
     {68, value<GEN_pageOrderType_t, renderPageOrder>},
     {69, chain<GEN_pageSelectSeq, &GEN_pageSelectSeq::value, renderPageSelectSeq>},

@@ -104,6 +104,7 @@ static std::vector<TypeRows> makeRows() {
          {{"1.5", packDouble(1.5), "1.500000"},
           {"-0", packDouble(-0.0), "-0.000000"},
           {"1e22", packDouble(1e22), "10000000000000000000000.000000"},
+          {"not a number", packDouble(std::numeric_limits<double>::quiet_NaN()), "nan"},
           {"infinite", packDouble(-std::numeric_limits<double>::infinity()), "-inf"}}},
         {{SHORT_26, SHORT_75}, {{"-2", packInt(-2), "-2"}, {"lowest", packInt(-32768), "-32768"}}},
         {{SIMPLE_NAME},

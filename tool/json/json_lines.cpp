@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 using namespace qvledger;
 
@@ -64,13 +65,28 @@ static void appendText(std::string &line, std::string_view text) {
     line += '"';
 }
 
-// Appends a value: an integer as a number, anything else as a string; null for an empty value that is not
-// text.
-static void appendTyped(std::string &line, const char *text, ALA_valueKind_t kind) {
-    if (*text == '\0' && kind != ALA_KIND_TEXT)
+// The number of seconds in a duration, H:MM:SS.
+static std::uint64_t secondsOf(std::string_view duration) {
+    std::uint64_t total = 0;
+    std::uint64_t part = 0;
+    for (const char c : duration) {
+        if (c == ':')
+            total = (total + std::exchange(part, 0)) * 60;
+        else
+            part = part * 10 + static_cast<std::uint64_t>(c - '0');
+    }
+    return total + part;
+}
+
+// Appends a value in the JSON form of its kind; null for an empty value that is not text.
+static void appendTyped(std::string &line, std::string_view text, ALA_valueKind_t kind) {
+    const bool isFinite = !text.ends_with("inf") && !text.ends_with("nan"); // JSON has only finite numbers
+    if (text.empty() && kind != ALA_KIND_TEXT)
         line += "null";
-    else if (kind == ALA_KIND_INTEGER)
+    else if (kind == ALA_KIND_INTEGER || kind == ALA_KIND_BOOLEAN || (kind == ALA_KIND_REAL && isFinite))
         line += text;
+    else if (kind == ALA_KIND_DURATION)
+        line += std::to_string(secondsOf(text));
     else
         appendText(line, text);
 }

@@ -9,9 +9,9 @@
 //
 //     {"server":"alpha","complete":false}
 //
-// An attribute is an array of strings.  Attributes are in the order of the record; a name that occurs twice
-// in a record occurs twice in the record's object.  The object of a record that could not be read to its end
-// has "incomplete":true as its last member.
+// An attribute is an array of values, which are strings unless the log is typed.  Attributes are in the order
+// of the record; a name that occurs twice in a record occurs twice in the record's object.  The object of a
+// record that could not be read to its end has "incomplete":true as its last member.
 #pragma once
 
 #include <cstdint>
@@ -37,8 +37,8 @@ struct JsonLog {
     const char *server;
     const char *file;  // name of the log's file without its directory
     std::int32_t date; // YYYYMMDD
-    // Integers become numbers, times ISO 8601 strings with their offset; both become null if their text is
-    // empty.
+    // Write integers, reals, booleans and durations (in seconds) as JSON numbers and booleans, and times in
+    // ISO 8601 with their offset.  If its text is empty, such a value becomes null.
     bool isTyped;
     std::uint64_t recordsBefore = 0; // records before the first one to write
     // The log's final object is skipped if it says "complete":true and no record is written.
