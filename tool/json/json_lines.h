@@ -12,6 +12,8 @@
 // An attribute is an array of values, which are strings unless the log is typed.  Attributes are in the order
 // of the record; a name that occurs twice in a record occurs twice in the record's object.  The object of a
 // record that could not be read to its end has "incomplete":true as its last member.
+//
+// share/qvledger-json.schema.json describes all lines.
 #pragma once
 
 #include <cstdint>
