@@ -41,8 +41,7 @@ protected:
         if (system.run({"-V"}, {.mounted = {system / "etc", "/etc"}}).status == kNoNamespace)
             GTEST_SKIP() << "needs a mount namespace";
         caller = getpwuid(kCaller)->pw_name;
-        fs::copy_file(QVLEDGER_BINARY, system / "qvledger");
-        own(system / "qvledger", 0, kLent, 02755);
+        install(QVLEDGER_BINARY);
         system.save("19990301", logFor(userEntry(caller, computerName())));
         own(system.log("19990301"), 0, kLent, 0640);
         own(system.root.logs(), 0, kLent, 0750);
@@ -51,6 +50,11 @@ protected:
         mine.writeRegistry("alpha");
         own(system / "mine", kCaller, kCaller, 0755);
         own(mine.logs(), kCaller, kCaller, 0755);
+    }
+
+    void install(const char *program) {
+        fs::copy_file(program, system / "qvledger", fs::copy_options::overwrite_existing);
+        own(system / "qvledger", 0, kLent, 02755);
     }
 
     // Makes the folder that the runs see as /etc: the accounts, and a registry file.
@@ -167,9 +171,30 @@ TEST_F(SetGroupId, UsesTheGroupsRightsForTheSystemsOwnLogsOnly) {
     }
 }
 
+TEST_F(SetGroupId, LendsTheGroupsRightsToJsonAndSumsForAdmittedLogsOnly) {
+    const struct {
+        const char *program;
+        std::vector<std::string> arguments;
+        const char *admitted; // a part of the output
+    } kCases[] = {
+        {QVLEDGER_JSON_BINARY, {"alpha"}, R"("job-name":["the system's"])"},
+        {QVLEDGER_SUM_BINARY, {"-b", "job-name", "-f", "tsv", "alpha"}, "\nthe system's\t1\t"},
+    };
+    system.save("19990302", logFor(userEntry("root", computerName()), "secret"));
+    own(system.log("19990302"), 0, kLent, 0640);
+    for (const auto &[program, arguments, admitted] : kCases) {
+        install(program);
+        ToolResult result = run(arguments, {{"QV_REGISTRY", mine.registry()}});
+        EXPECT_EQ(result.status, 7) << program << ": " << result.err;
+        EXPECT_NE(result.out.find(admitted), std::string::npos) << program << ": " << result.out;
+        EXPECT_EQ(result.out.find("secret"), std::string::npos) << program;
+        result = run({"-p", system.root.logs(), "alpha"});
+        EXPECT_EQ(result.status, 2) << program << ": a path of the caller's choice";
+    }
+}
+
 TEST_F(SetGroupId, ChecksAdmittedLogsAndSavesWithTheCallersRights) {
-    fs::copy_file(QVLEDGER_CHECK_BINARY, system / "qvledger", fs::copy_options::overwrite_existing);
-    own(system / "qvledger", 0, kLent, 02755);
+    install(QVLEDGER_CHECK_BINARY);
     system.save("19990302", logFor(userEntry("root", computerName()), "secret").cutTo(600));
     const Log whole = logFor(userEntry(caller, computerName()));
     Log damaged = whole;
