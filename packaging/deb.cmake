@@ -4,8 +4,6 @@ set(debian ${CMAKE_CURRENT_SOURCE_DIR}/debian)
 
 # Only in the packages, not in an installation from source.
 install(FILES registry.reg DESTINATION /etc/qvledger COMPONENT tool EXCLUDE_FROM_ALL)
-install(DIRECTORY DESTINATION /var/lib/qvledger/var/acct COMPONENT tool EXCLUDE_FROM_ALL)
-install(DIRECTORY DESTINATION /var/lib/qvledger/share/oid COMPONENT tool EXCLUDE_FROM_ALL)
 
 # package(COMPONENT NAME SECTION DESCRIPTION): the first line of the description is the summary.
 function(package component name section description)
@@ -42,6 +40,9 @@ Describes the architecture of qvledger, the formats of the files that it reads
 and writes, and what the access lists of the logs protect. Has example files.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_SHLIBDEPS ON)
+# For postinst; systemd provides both.
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS
+  "systemd-standalone-sysusers | systemd-sysusers, systemd-standalone-tmpfiles | systemd-tmpfiles")
 set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "qvledger-doc, bash-completion")
 set(CPACK_DEBIAN_TOOL_PACKAGE_CONTROL_EXTRA ${debian}/conffiles ${debian}/postinst ${debian}/postrm)
 # scripts/package finds the dependencies of the library.  CPack would also add scripts that call ldconfig, which the
