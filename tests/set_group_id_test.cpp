@@ -191,6 +191,11 @@ TEST_F(SetGroupId, LendsTheGroupsRightsToJsonAndSumsForAdmittedLogsOnly) {
         result = run({"-p", system.root.logs(), "alpha"});
         EXPECT_EQ(result.status, 2) << program << ": a path of the caller's choice";
     }
+    install(QVLEDGER_JSON_BINARY);
+    own(system.root.path() / "var", 0, kLent, 0775);
+    const std::string state = system.root.path() / "var/state";
+    EXPECT_EQ(run({"-c", state, "alpha"}).status, 30) << "a state file in the group's folder";
+    EXPECT_FALSE(fs::exists(state) || fs::exists(state + ".lock"));
 }
 
 TEST_F(SetGroupId, ChecksAdmittedLogsAndSavesWithTheCallersRights) {
