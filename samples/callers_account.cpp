@@ -22,7 +22,7 @@ std::string computerName() {
     return name;
 }
 
-static AccountName splitName(const std::string &full) {
+AccountName accountName(const std::string &full) {
     if (const auto backslash = full.find('\\'); backslash != std::string::npos)
         return {full.substr(backslash + 1), full.substr(0, backslash)};
     if (const auto at = full.find('@'); at != std::string::npos)
@@ -44,10 +44,10 @@ Account callersAccount() {
     if (entry == nullptr)
         throw std::runtime_error("user id " + std::to_string(getuid()) + " has no account");
     const std::vector<gid_t> ids = groupIds();
-    Account account{.user = splitName(entry->pw_name), .groups = {}, .groupIds = ids.size()};
+    Account account{.user = accountName(entry->pw_name), .groups = {}, .groupIds = ids.size()};
     for (const gid_t id : ids)
         if (const group *named = getgrgid(id))
-            account.groups.push_back(splitName(named->gr_name));
+            account.groups.push_back(accountName(named->gr_name));
     return account;
 }
 

@@ -1,12 +1,17 @@
 #include "samples/demo_root.h"
 
+#include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <ctime>
+#include <fstream>
 
 #include "samples/log_writer.h"
 #include "samples/sample_jobs.h"
 
 namespace samples {
+
+namespace fs = std::filesystem;
 
 // ---- Access lists ----
 
@@ -52,7 +57,17 @@ static bool admitsNobody(std::uint32_t log, bool current) {
     return log == kRefusedLog && !current;
 }
 
-static std::vector<Value> accessList(std::uint32_t log, bool current, const Account &caller) {
+static std::vector<Value> admitNamed(const DemoOptions &options) {
+    std::vector<Value> entries = admitNobody();
+    for (const AccountName &user : options.users)
+        entries.push_back(pack(userEntry(mixedCase(user.name), user.domain)));
+    for (const AccountName &group : options.groups)
+        entries.push_back(pack(groupEntry(mixedCase(group.name), group.domain)));
+    return entries;
+}
+
+// Access lists that admit the caller, each through another kind of entry.
+static std::vector<Value> admitCaller(std::uint32_t log, bool current, const Account &caller) {
     if (admitsNobody(log, current))
         return admitNobody();
     constexpr std::vector<Value> (*kLists[])(const Account &) = {admitUser, admitAnyUser, admitGroup};
@@ -76,10 +91,11 @@ static std::string dateText(const std::tm &date) {
     return {text, std::strftime(text, sizeof text, "%Y%m%d", &date)};
 }
 
-static void writeLog(const std::filesystem::path &path, const Day &day, JobKind kind,
+static void writeLog(const fs::path &path, const Day &day, JobKind kind, std::uint32_t version,
                      std::vector<Value> access, Totals &totals) {
     std::tm noon = day.date;
-    LogWriter log(path, {.createDate = static_cast<std::uint32_t>(std::mktime(&noon)),
+    LogWriter log(path, {.verNum = version,
+                         .createDate = static_cast<std::uint32_t>(std::mktime(&noon)),
                          .accessList = std::move(access)});
     Job job;
     for (std::uint64_t number = 1; number <= day.jobs; number++) {
@@ -92,17 +108,50 @@ static void writeLog(const std::filesystem::path &path, const Day &day, JobKind 
     log.close();
 }
 
+// The date of the log of the current day is the date of its last change.
+static void setLastChange(const fs::path &path, std::time_t time) {
+    const auto changed = std::chrono::system_clock::from_time_t(time);
+    fs::last_write_time(path, std::chrono::file_clock::from_sys(changed));
+}
+
+// ---- Damage ----
+
+static void cutEnd(const fs::path &path) {
+    constexpr std::uintmax_t kCut = 100; // bytes; every record and every header is longer
+    fs::resize_file(path, fs::file_size(path) - kCut);
+}
+
+static void zeroMiddle(const fs::path &path) {
+    constexpr std::uintmax_t kMostZeros = 600; // bytes
+    const std::uintmax_t middle = fs::file_size(path) / 2;
+    std::fstream log(path, std::ios::in | std::ios::out | std::ios::binary);
+    log.exceptions(std::ios::failbit | std::ios::badbit);
+    log.seekp(static_cast<std::streamoff>(middle));
+    log << std::string(std::min(middle, kMostZeros), '\0') << std::flush;
+}
+
+// ---- The whole root ----
+
 Totals layDemo(const SampleRoot &root, const Account &caller, const DemoOptions &options) {
     constexpr std::uint32_t kLogsPerOrderDay = 4;
-    const std::time_t now = std::time(nullptr);
+    const std::time_t today = options.today.value_or(std::time(nullptr));
+    const bool named = !options.users.empty() || !options.groups.empty();
     Totals admitted, refused;
     root.writeRegistry(options.server);
     for (std::uint32_t log = 0; log <= options.days; log++) {
         const bool current = log == options.days;
-        const Day day{options.server, daysAgo(now, options.days - log), log, options.jobs};
+        const Day day{options.server, daysAgo(today, options.days - log), log, options.jobs, options.failed};
         const JobKind kind = log % kLogsPerOrderDay == 2 ? JobKind::ORDER : JobKind::OFFICE;
-        writeLog(root.log(options.server, current ? "current" : dateText(day.date)), day, kind,
-                 accessList(log, current, caller), admitsNobody(log, current) ? refused : admitted);
+        const fs::path path = root.log(options.server, current ? "current" : dateText(day.date));
+        writeLog(path, day, kind, options.logVersion,
+                 named ? admitNamed(options) : admitCaller(log, current, caller),
+                 !named && admitsNobody(log, current) ? refused : admitted);
+        if (current && options.today)
+            setLastChange(path, today);
+        if (options.zeros && log == 0)
+            zeroMiddle(path);
+        if (options.cut && log + 1 == options.days)
+            cutEnd(path);
     }
     return admitted;
 }

@@ -2,18 +2,30 @@
 #include <charconv>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string_view>
+#include <vector>
 
 #include "samples/demo_root.h"
 
 static constexpr char kUsage[] =
-    "usage: mksample DIR [--jobs N] [--days N] [--server NAME] [--totals]\n"
+    "usage: mksample DIR [--server NAME] [--user NAME]... [--group NAME]... [--jobs N] [--days N]\n"
+    "                    [--today DATE] [--failed N] [--log-version N] [--cut] [--zeros] [--totals]\n"
     "Creates the root of a print system in DIR: the registry file, the OID tables, and the\n"
     "accounting logs of some past days and of today.\n"
-    "  --jobs N       jobs in each log (12)\n"
-    "  --days N       past days with a log (5, at most 3650)\n"
-    "  --server NAME  server whose logs to write (alpha)\n"
-    "  --totals       print the name, jobs and sheets of each user, from the logs that admit you\n";
+    "  --server NAME    server whose logs to write (alpha)\n"
+    "  --user NAME      let all logs admit this user instead of you\n"
+    "  --group NAME     let all logs admit this group instead of you\n"
+    "  --jobs N         jobs in each log (12, at most 1000000)\n"
+    "  --days N         past days with a log (5, at most 3650)\n"
+    "  --today DATE     date of the newest log, YYYYMMDD (the current day)\n"
+    "  --failed N       let every Nth job fail, and give each job the attribute job-state\n"
+    "  --log-version N  format version of the logs: 1, 2 or 3 (3)\n"
+    "  --cut            cut the log of yesterday inside its last record\n"
+    "  --zeros          replace bytes in the middle of the oldest log with zeros\n"
+    "  --totals         print the name, jobs and sheets of each user, from the logs that admit you\n"
+    "  --help           print this text\n"
+    "  --version        print the version\n";
 
 namespace {
 
@@ -21,12 +33,30 @@ struct Arguments {
     std::string directory;
     samples::DemoOptions demo;
     bool help = false;
+    bool version = false;
     bool totals = false;
 };
 
 // The programs cannot load a longer setting.  The root's path becomes the setting QV_ROOT.
 constexpr std::size_t kLongestSetting = 259; // bytes
-constexpr std::uint32_t kMostDays = 3650;
+
+struct NumberOption {
+    std::string_view name;
+    std::uint32_t samples::DemoOptions::*member;
+    std::uint32_t least, most;
+};
+
+// A log of 1,000,000 jobs has about 4 GB.
+constexpr NumberOption kNumbers[] = {
+    {"--jobs", &samples::DemoOptions::jobs, 0, 1'000'000},
+    {"--days", &samples::DemoOptions::days, 0, 3650},
+    {"--failed", &samples::DemoOptions::failed, 1, 1'000'000},
+    {"--log-version", &samples::DemoOptions::logVersion, 1, 3},
+};
+
+[[noreturn]] void refuse(const std::string &option, const std::string &accepted, const std::string &value) {
+    throw std::runtime_error(option + " accepts " + accepted + ", not \"" + value + '"');
+}
 
 template <class Number>
 bool parseNumber(std::string_view text, Number &number) {
@@ -41,54 +71,96 @@ bool hasControl(std::string_view text) {
     return false;
 }
 
-bool parseOption(std::string_view option, std::string_view value, samples::DemoOptions &demo) {
-    if (option == "--jobs")
-        return parseNumber(value, demo.jobs);
-    if (option == "--days")
-        return parseNumber(value, demo.days) && demo.days <= kMostDays;
-    if (option == "--server") {
-        demo.server = value;
-        return !value.empty() && value.find('/') == value.npos && !hasControl(value);
+// Noon of the date.  Refuses future dates: programs take SERVER.current for the log of the real current day,
+// so a log of that day with its date in the name would not be read.
+std::time_t parseDate(const std::string &text) {
+    std::uint32_t number = 0;
+    if (text.size() == 8 && parseNumber(text, number)) {
+        std::tm date{};
+        date.tm_year = static_cast<int>(number / 10000) - 1900;
+        date.tm_mon = static_cast<int>(number / 100 % 100) - 1;
+        date.tm_mday = static_cast<int>(number % 100);
+        date.tm_hour = 12;
+        date.tm_isdst = -1;
+        const int month = date.tm_mon;
+        const int day = date.tm_mday;
+        const std::time_t noon = std::mktime(&date);
+        constexpr std::time_t kHalfDay = 12 * 3600;
+        const bool exists = date.tm_mon == month && date.tm_mday == day; // mktime() accepts February 30
+        if (exists && noon > 0 && noon - kHalfDay <= std::time(nullptr))
+            return noon;
     }
-    return false;
+    refuse("--today", "a date from 19700101 to today", text);
 }
 
-bool parseArguments(int argc, char **argv, Arguments &arguments) {
-    for (int i = 1; i < argc; i++) {
-        const std::string_view argument = argv[i];
-        if (argument == "--help") {
-            arguments.help = true;
+// False if there is no such option with a value.
+bool setOption(const std::string &option, const std::string &value, samples::DemoOptions &demo) {
+    for (const auto &[name, member, least, most] : kNumbers)
+        if (option == name) {
+            if (!parseNumber(value, demo.*member) || demo.*member < least || demo.*member > most)
+                refuse(option, "a number from " + std::to_string(least) + " to " + std::to_string(most),
+                       value);
             return true;
         }
-        if (argument == "--totals") {
-            arguments.totals = true;
-        } else if (argument.starts_with("-")) {
-            const std::string_view value = i + 1 < argc ? argv[i + 1] : "";
-            if (!parseOption(argument, value, arguments.demo)) {
-                std::fprintf(stderr, "mksample: bad argument: %s %s\n", argv[i], value.data());
-                return false;
-            }
+    const bool isName = !value.empty() && !hasControl(value);
+    if (option == "--server") {
+        if (!isName || value.find('/') != value.npos)
+            refuse(option, "a name without slashes and control characters", value);
+        demo.server = value;
+    } else if (option == "--user" || option == "--group") {
+        if (!isName)
+            refuse(option, "a name without control characters", value);
+        (option == "--user" ? demo.users : demo.groups).push_back(samples::accountName(value));
+    } else if (option == "--today") {
+        demo.today = parseDate(value);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool *findFlag(std::string_view option, Arguments &arguments) {
+    return option == "--help"      ? &arguments.help
+           : option == "--version" ? &arguments.version
+           : option == "--totals"  ? &arguments.totals
+           : option == "--cut"     ? &arguments.demo.cut
+           : option == "--zeros"   ? &arguments.demo.zeros
+                                   : nullptr;
+}
+
+// Throws std::runtime_error with a message for the user.
+Arguments parseArguments(const std::vector<std::string> &words) {
+    Arguments arguments;
+    for (std::size_t i = 0; i < words.size() && !arguments.help && !arguments.version; i++) {
+        const std::string &word = words[i];
+        if (bool *flag = findFlag(word, arguments)) {
+            *flag = true;
+        } else if (word.starts_with("-")) {
+            const bool hasValue = i + 1 < words.size();
+            if (!setOption(word, hasValue ? words[i + 1] : "", arguments.demo))
+                throw std::runtime_error("unknown option: " + word + "; mksample --help lists the options");
             i++;
-        } else if (arguments.directory.empty() && !argument.empty()) {
-            arguments.directory = argument;
+        } else if (arguments.directory.empty() && !word.empty()) {
+            arguments.directory = word;
         } else {
-            std::fprintf(stderr, "mksample: bad argument: %s\n", argv[i]);
-            return false;
+            throw std::runtime_error("one directory is needed, not also \"" + word + '"');
         }
     }
-    return !arguments.directory.empty();
+    if (arguments.demo.days == 0 && (arguments.demo.cut || arguments.demo.zeros))
+        throw std::runtime_error("--cut and --zeros damage logs of past days, but --days is 0");
+    return arguments;
 }
 
 } // namespace
 
 int main(int argc, char **argv) try {
-    Arguments arguments;
-    if (!parseArguments(argc, argv, arguments)) {
+    const Arguments arguments = parseArguments({argv + 1, argv + argc});
+    if (arguments.help || arguments.version)
+        return std::fputs(arguments.help ? kUsage : "mksample " MKSAMPLE_VERSION "\n", stdout) < 0 ? 1 : 0;
+    if (arguments.directory.empty()) {
         std::fputs(kUsage, stderr);
         return 1;
     }
-    if (arguments.help)
-        return std::fputs(kUsage, stdout) < 0 ? 1 : 0;
 
     const samples::Account caller = samples::callersAccount();
     const samples::SampleRoot root(arguments.directory);

@@ -226,6 +226,13 @@ constexpr Column kOrderDocument[] = {
     {"page-order", PAGE_ORDER, [](F f) -> Values { return {packUint(2 + f.pick(ORDER_OF_PAGES, 3))}; }},
 };
 
+constexpr Column kState[] = {
+    {"job-state", OBJECT_IDENTIFIER,
+     [](F f) -> Values {
+         return {packUint(shortOid(f.number % f.day.failed == 0 ? "aborted" : "completed"))};
+     }},
+};
+
 template <std::size_t Size>
 void addColumns(Job &job, const Column (&columns)[Size], const Facts &facts) {
     for (const Column &column : columns) {
@@ -248,6 +255,8 @@ Bill makeJob(const Day &day, std::uint64_t number, JobKind kind, Job &job) {
         addColumns(job, kOfficeJob, facts);
     else
         addColumns(job, kOrder, facts);
+    if (day.failed != 0)
+        addColumns(job, kState, facts);
     for (facts.document = 1; facts.document <= facts.documents(); facts.document++) {
         job.document();
         if (kind == JobKind::OFFICE)

@@ -15,6 +15,7 @@ struct Day {
     std::tm date;
     std::uint32_t seed = 0; // different seeds give different jobs
     std::uint64_t jobs = 0;
+    std::uint32_t failed = 0; // every Nth job fails; 0: jobs have no attribute job-state
 };
 
 // Users print office jobs; the print room prints orders.  Orders and office jobs have different attributes.

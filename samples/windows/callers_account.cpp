@@ -42,15 +42,15 @@ static bool nameGroup(PSID sid, AccountName &group) {
     return true;
 }
 
-static AccountName userAccount(const std::string &name) {
+AccountName accountName(const std::string &full) {
     alignas(SID) char sid[SECURITY_MAX_SID_SIZE];
     char domain[257];
     DWORD sidSize = sizeof sid;
     DWORD domainSize = sizeof domain;
     SID_NAME_USE use = SidTypeUnknown;
-    if (LookupAccountNameA(nullptr, name.c_str(), sid, &sidSize, domain, &domainSize, &use) == 0)
+    if (LookupAccountNameA(nullptr, full.c_str(), sid, &sidSize, domain, &domainSize, &use) == 0)
         fail("LookupAccountName");
-    return {name, domain};
+    return {full.substr(full.find('\\') + 1), domain};
 }
 
 static std::vector<char> tokenGroups() {
@@ -70,7 +70,7 @@ static std::vector<char> tokenGroups() {
 Account callersAccount() {
     const std::vector<char> memory = tokenGroups();
     const auto *groups = reinterpret_cast<const TOKEN_GROUPS *>(memory.data());
-    Account account{.user = userAccount(userName()), .groups = {}, .groupIds = groups->GroupCount};
+    Account account{.user = accountName(userName()), .groups = {}, .groupIds = groups->GroupCount};
     for (DWORD i = 0; i < groups->GroupCount; ++i)
         if (AccountName name; nameGroup(groups->Groups[i].Sid, name))
             account.groups.push_back(name);
