@@ -291,6 +291,7 @@ TEST(Json, LogsThatTheListMayLackAreReported) {
     EXPECT_NE(result.err.find(" have the same date: one of them may be reported twice"), result.err.npos);
     EXPECT_EQ(result.status, 6);
     EXPECT_TRUE(result.out.ends_with(whole + endLine("alpha.current", 0, false))) << result.out;
+    EXPECT_EQ(system.run({"alpha"}, {.program = QVLEDGER_CHECK_BINARY}).err, "") << "both are checked";
     EXPECT_EQ(system.run({"-g", "alpha"}).out, "march\nmarch\n");
     EXPECT_EQ(system.run({"-s", "19990302", "alpha"}).err, "There are no accounting logs available.\n");
 }

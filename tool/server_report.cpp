@@ -54,7 +54,10 @@ static ALA_retCode_t startSession(const Options &options, const char *logPath, c
         Deletion deletion(report.file());
         restoreLogs(session.mainh, deletion);
     }
-    return listLogs(options, session);
+    const ALA_retCode_t result = listLogs(options, session);
+    if (result == ALA_N_NORMAL)
+        reportEqualDates(session, dateRange(options));
+    return result;
 }
 
 static void logKept(std::int32_t date, const char *why) {

@@ -79,9 +79,7 @@ private:
 
 } // namespace
 
-// Prints a message if the current day's log and another log have the same date: logs are opened by date, so
-// one of the two may be opened twice.
-static void reportEqualDates(const ServerSession &session, const DateRange &range) {
+void qvledger::reportEqualDates(const ServerSession &session, const DateRange &range) {
     const ALA_name *name = session.nameList;
     for (const dateNode *node = session.dateList; node->next != nullptr;
          node = node->next, name = name->next) {
@@ -101,8 +99,6 @@ ALA_retCode_t qvledger::listLogs(const Options &options, ServerSession &session)
     ListingMessages messages(options, session);
     const ALA_retCode_t result =
         listLogsByDate(session.mainh, messages, &session.dateList, &session.nameList);
-    if (result == ALA_N_NORMAL)
-        reportEqualDates(session, dateRange(options));
     if (result != ALA_N_NORMAL) {
         DisplayMsgFromErr(static_cast<std::uint32_t>(result), options.serverName);
         logFailure(nullptr, result);

@@ -35,9 +35,13 @@ int reportNoLogPath();
 // Registers the server of the options.  Returns 0, or the code of a failure, which is reported.
 ALA_retCode_t registerServer(const Options &options, const char *logPath, ServerSession &session);
 
-// Lists the server's logs.  Reports logs that are being deleted, an incomplete list, and a current log with
-// the date of another log.  Returns 0, or the code of a failure, which is reported and ends the registration.
+// Lists the server's logs.  Reports logs that are being deleted, and an incomplete list.  Returns 0, or the
+// code of a failure, which is reported and ends the registration.
 ALA_retCode_t listLogs(const Options &options, ServerSession &session);
+
+// Prints a message if the current day's log and another log in the date range have the same date: a program
+// that opens logs by date may open one of the two twice.
+void reportEqualDates(const ServerSession &session, const DateRange &range);
 
 // The number of listed logs in the date range.
 std::int32_t countLogs(const ServerSession &session, const DateRange &range);
