@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "tool/sum/missing.h"
+#include "tool/missing.h"
 
 using namespace qvledger;
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tool/sum/missing.h"
+#include "tool/missing.h"
 #include "tool/sum/sum_options.h"
 #include "tool/sum/sums.h"
 

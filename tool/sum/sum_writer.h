@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tool/last_log.h"
+#include "tool/missing.h"
 #include "tool/sum/job_reader.h"
-#include "tool/sum/missing.h"
 #include "tool/sum/sum_options.h"
 #include "tool/sum/sum_page.h"
 

@@ -1,4 +1,4 @@
-#include "tool/sum/missing.h"
+#include "tool/missing.h"
 
 #include <chrono>
 #include <cstdio>

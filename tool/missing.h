@@ -1,5 +1,5 @@
-// What is missing from the sums: logs and folders that were not read completely, days and servers without a
-// log, and values that could not be counted.
+// Days without a log, and whatever else is missing from sums: logs and folders that were not read completely,
+// servers without a log, and values that could not be counted.
 #pragma once
 
 #include <cstdint>
