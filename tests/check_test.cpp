@@ -97,6 +97,51 @@ TEST(Check, EachStateOfALogIsReported) {
     EXPECT_EQ(system.run({"alpha"}, kCheck).status, 50) << "damage outweighs a refusal";
 }
 
+// Returns the log, state and reason of each line about a log that is missing.
+static std::string missingIn(const ToolResult &result) {
+    std::string found;
+    for (const std::string &line : split(result.out, '\n'))
+        if (const auto fields = split(line, '\t');
+            fields.size() == 14 && (fields[10] == "not a log" || fields[10] == "missing"))
+            found += fields[1] + '|' + fields[10] + '|' + fields[13].substr(fields[13].rfind(": ")) + '\n';
+    return found;
+}
+
+TEST(Check, NamesThatAreNotLogsAndDaysWithoutALogAreListed) {
+    PrintSystem system;
+    for (const char *day : {"19990226", "19990301", "19990303", "old", "19990302.gz", "199903011",
+                            "19990301.being-deleted", "x.19990302", "x.current.gz"})
+        system.save(day, threeJobs());
+    threeJobs().save(system.root.log("Alpha", "19990302"));
+    threeJobs().save(system.root.log("beta", "19990302.gz"));
+    const std::string old = "alpha.old|not a log|: a report cannot open it\n",
+                      days = "|missing|: 1999-02-27 to 1999-02-28\n",
+                      names = "Alpha.19990302|not a log|: reports ignore it\n"
+                              "alpha.199903011|not a log|: reports ignore it\n"
+                              "alpha.19990302.gz|not a log|: reports ignore it\n";
+    ToolResult result = system.run({"alpha"}, kCheck);
+    EXPECT_EQ(missingIn(result), old + names + days + "|missing|: 1999-03-02\n");
+    EXPECT_EQ(result.status, 51);
+    EXPECT_EQ(missingIn(system.run({"-q", "alpha"}, kCheck)), old + names);
+    EXPECT_EQ(missingIn(system.run({"-e", "19990301", "alpha"}, kCheck)),
+              old + "alpha.199903011|not a log|: reports ignore it\n" + days);
+    EXPECT_EQ(system.run({"-e", "19990225", "alpha"}, kCheck).status, 29);
+
+    fs::remove(system.log("old"));
+    EXPECT_EQ(system.run({"-e", "19990226", "alpha"}, kCheck).status, 0);
+    fs::remove(system.log("199903011"));
+    EXPECT_EQ(system.run({"-e", "19990301", "alpha"}, kCheck).status, 51) << "days alone";
+    EXPECT_EQ(system.run({"-q", "-e", "19990301", "alpha"}, kCheck).status, 0);
+    system.save("19990226", threeJobs().cutTo(600));
+    EXPECT_EQ(system.run({"alpha"}, kCheck).status, 50);
+
+    for (const char *day : {"19990226", "19990301", "19990303"})
+        fs::remove(system.log(day));
+    result = system.run({"alpha"}, kCheck);
+    EXPECT_EQ(result.status, 29);
+    EXPECT_THAT(missingIn(result), HasSubstr("alpha.19990302.gz|")) << "no log is left";
+}
+
 TEST(Check, ALogsContentsAreCountedAndSkippedValuesHaveAReason) {
     Job job = jobOf({{"job-name", {"one", "two"}}});
     job.attribute("1.3.6.1.4.1.32473.9999", STRING, {packString("x")});
@@ -279,7 +324,9 @@ TEST(Check, CommandLineAndOutputErrorsHaveTheirStatus) {
     EXPECT_EQ(system.run({"-s", "1999", "alpha"}, kCheck).status, 30);
     EXPECT_EQ(system.run({"alpha"}, kCheck).status, 29);
     EXPECT_THAT(system.run({"-h"}, kCheck).err, testing::StartsWith("Command line usage: qvledger-check "));
-    EXPECT_EQ(system.run({"-V"}, kCheck).out, system.run({"-V"}).out);
+    EXPECT_THAT(system.run({"--help"}, kCheck).err,
+                testing::StartsWith("Command line usage: qvledger-check "));
+    EXPECT_EQ(system.run({"--version"}, kCheck).out, system.run({"-V"}).out);
     const qvledger::Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
     system.save("19990301", threeJobs());
     EXPECT_EQ(system.run({"alpha"}, {.output = full.get(), .program = QVLEDGER_CHECK_BINARY}).status, 74);

@@ -206,6 +206,7 @@ TEST_F(SetGroupId, ChecksAdmittedLogsAndSavesWithTheCallersRights) {
     system.save("19990303", damaged.raw("stray"));
     for (const char *day : {"19990302", "19990303"})
         own(system.log(day), 0, kLent, 0640);
+    writeFile(system.log("payroll.txt"), "");
     const fs::path saved = mine.path() / "saved", groups = system / "groups";
     for (const fs::path &folder : {saved, groups})
         fs::create_directory(folder);
@@ -217,6 +218,7 @@ TEST_F(SetGroupId, ChecksAdmittedLogsAndSavesWithTheCallersRights) {
     EXPECT_NE(result.out.find("alpha.19990302\t\t\t\tno\t\t\t\t\tnot admitted\t"), std::string::npos)
         << result.out;
     EXPECT_EQ(result.out.find(system.root.path()), std::string::npos) << "a path of the system";
+    EXPECT_EQ(result.out.find("payroll"), std::string::npos) << "a file that is not a log";
     EXPECT_EQ(std::distance(fs::directory_iterator(saved), {}), 1);
     EXPECT_EQ(readFile(saved / "alpha.19990303"), whole.bytes());
     struct stat made = {};

@@ -78,6 +78,9 @@ Options qvledger::readOptions(int argc, char *const *argv, const char *letters) 
         case 't':
             options.typeflg = 1;
             break;
+        case 'q':
+            options.quietflg = 1;
+            break;
         case -1:
             if (optind >= argc)
                 return options;

@@ -28,12 +28,13 @@ struct Options {
     std::int32_t suppressHeadflg = 0; // 1: no header lines (-g)
     std::int32_t docflg = 0;          // 1: report documents, too (-a)
     std::int32_t typeflg = 0;         // 1: write typed values (-t)
+    std::int32_t quietflg = 0;        // 1: report no days without a log (-q)
 };
 
 // The option letters of each program, in the form of getopt.
 constexpr char kReportLetters[] = "do:s:e:p:O:hVag";
 constexpr char kJsonLetters[] = "tc:o:s:e:p:O:hV";
-constexpr char kCheckLetters[] = "s:e:p:O:S:hV";
+constexpr char kCheckLetters[] = "qs:e:p:O:S:hV";
 constexpr char kSumLetters[] = "b:k:n:f:s:e:p:O:hV";
 
 // Replaces "--help" by "-h" and "--version" by "-V".  Stops at the first argument that does not begin with a

@@ -1,4 +1,5 @@
-// Checks whether a file is one of the logs, because a report must not be written to a log.
+// Distinguishes logs from other files by name: a report must not be written to a log, and a renamed log is in
+// no report.
 #include <algorithm>
 #include <cctype>
 #include <cstring>
@@ -14,18 +15,21 @@
 
 using namespace qvledger;
 
+bool qvledger::isLogTail(std::string_view tail) {
+    constexpr std::size_t kDigits = 8;
+    const auto isDigit = [](unsigned char byte) { return std::isdigit(byte) != 0; };
+    return tail == kCurrentTail || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
+}
+
 // Does the name have the form of a log's name?  That is "NAME.current", or "NAME." and eight digits, or
 // either of these with the suffix of a log that is being deleted.
 static bool isNamedAsLog(std::string_view name) {
-    constexpr std::size_t kDigits = 8;
     if (name.ends_with(kAside))
         name.remove_suffix(kAside.size());
     const std::size_t dot = name.rfind('.');
     if (dot == 0 || dot == std::string_view::npos)
         return false;
-    const std::string_view tail = name.substr(dot + 1);
-    const auto isDigit = [](unsigned char byte) { return std::isdigit(byte) != 0; };
-    return tail == kCurrentTail || (tail.size() == kDigits && std::ranges::all_of(tail, isDigit));
+    return isLogTail(name.substr(dot + 1));
 }
 
 // Does the file begin as a log?  Also true if the file cannot be opened.
@@ -75,4 +79,56 @@ bool qvledger::isLog(const char *serverName, const char *acctLogPath, const OS_f
     if (logs.isFound || (prefix != nullptr && !logs.isCut))
         return logs.isFound;
     return beginsAsLog(fd);
+}
+
+namespace {
+
+class NamesLikeLogs final : public EntryVisitor {
+public:
+    NamesLikeLogs(const std::string &prefix, std::vector<std::string> &names)
+        : prefix_(prefix), names_(names) {}
+
+    ALA_retCode_t visit(const FoundEntry &entry) override {
+        const std::string name = entry.name;
+        if (_stricmp(name.substr(0, prefix_.size()).c_str(), prefix_.c_str()) != 0)
+            return ALA_N_NORMAL;
+        const std::string_view tail = std::string_view(name).substr(prefix_.size());
+        const bool isListed = name.starts_with(prefix_) && tail.size() <= kLongestTail;
+        if (!isListed && !isAside(tail) && !isOfAnotherServer(tail))
+            names_.push_back(name);
+        return ALA_N_NORMAL;
+    }
+
+    void cut(int failure) override { error = failure; }
+
+    int error = 0;
+
+private:
+    // "x.20261103" and "x.20261103.gz" belong to a server whose name ends with ".x".
+    static bool isOfAnotherServer(std::string_view tail) {
+        std::size_t end = tail.find('.');
+        if (isLogTail(tail.substr(0, end)))
+            return false;
+        while (end != std::string_view::npos) {
+            tail.remove_prefix(end + 1);
+            end = tail.find('.');
+            if (isLogTail(tail.substr(0, end)))
+                return true;
+        }
+        return false;
+    }
+
+    const std::string &prefix_;
+    std::vector<std::string> &names_;
+};
+
+} // namespace
+
+int qvledger::findNamesLikeLogs(const char *serverName, const char *acctLogPath,
+                                std::vector<std::string> &names) {
+    const std::string prefix = std::string(serverName) + ".";
+    NamesLikeLogs visitor(prefix, names);
+    visitDirectory(acctLogPath, "", visitor);
+    std::ranges::sort(names);
+    return visitor.error;
 }

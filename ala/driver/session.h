@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "ala/ala.h"
 #include "ala/base/concatenate.h"
@@ -39,5 +42,15 @@ bool hasNoRecord(ALA_acctLogHandle_t log);
 // If some entries of the directory could not be compared, returns whether the file begins like a log.  file:
 // the identity of the file that is open as fd.
 bool isLog(const char *serverName, const char *acctLogPath, const OS_fileIdentity &file, std::int32_t fd);
+
+// Is this the part of a log's name after the server's name and the dot: "current" or eight digits?
+bool isLogTail(std::string_view tail);
+
+// Finds the names in a log directory that look like logs of the server although the listing skips them:
+// compressed or renamed logs, for example, and the server's name in another case.  Skips logs that are being
+// deleted, and logs of another server, such as "alpha.x.20261103" for the server alpha.  Adds the names in
+// alphabetical order.  Returns 0, or the errno of a failed read, after which names can be missing.  Finds
+// nothing if the directory cannot be opened.
+int findNamesLikeLogs(const char *serverName, const char *acctLogPath, std::vector<std::string> &names);
 
 } // namespace qvledger

@@ -15,6 +15,7 @@
 #include "service/messages/message.h"
 #include "tool/check/fields.h"
 #include "tool/check/log_table.h"
+#include "tool/check/missing_logs.h"
 #include "tool/check/set_up_table.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
@@ -49,18 +50,23 @@ private:
 
 // The findings that determine the exit status.
 struct Findings {
-    int failure = 0;      // status of the first server that could not be checked
-    bool noLogs = false;  // a server has no log in the date range
-    int unread = 0;       // status for the last unreadable log or incomplete list of logs
-    bool damaged = false; // a log is cut or damaged
-    bool lost = false;    // a line or a copy could not be written
+    int failure = 0;         // status of the first server that could not be checked
+    bool noLogs = false;     // a server has no log in the date range
+    int unread = 0;          // status for the last unreadable log or incomplete list of logs
+    bool damaged = false;    // a log is cut or damaged
+    bool lost = false;       // a line or a copy could not be written
+    bool incomplete = false; // a name is not a log's, or a day has no log
 
     int status() const {
         if (failure != 0)
             return failure;
         if (lost || damaged)
             return lost ? kStatusLostOutput : kStatusDamaged;
-        return unread == 0 && noLogs ? kStatusNoLogs : unread;
+        if (unread != 0)
+            return unread;
+        if (noLogs)
+            return kStatusNoLogs;
+        return incomplete ? kStatusIncomplete : 0;
     }
 };
 
@@ -78,6 +84,7 @@ private:
     void checkListed(const ServerSession &session);
     void checkLog(ALA_handle_t handle, const char *name);
     void writeUnread(const char *name, const CheckResult &result);
+    void checkCompleteness(const ServerSession &session, const std::string &logPath);
     void save(CheckedLog &log, const char *name);
 
     Options options_; // serverName is the current server
@@ -86,6 +93,7 @@ private:
     char **environment_ = OS_KeepEnvironment();
     Findings findings_;
     std::unordered_set<std::string> checked_; // names of the server's logs that were checked
+    bool hasLogs_ = false;                    // a log is in the date range
     bool savesIntoLogs_ = false;              // -S names the log directory: a copy would be a log
     bool willListAgain_ = false;              // if a log disappears, the logs are listed again
     bool hasMissing_ = false;                 // a listed log has disappeared
@@ -235,17 +243,25 @@ void CheckRun::checkListed(const ServerSession &session) {
     for (const dateNode *node = session.dateList; node != nullptr && !mustStop(std::ferror(stdout) != 0);
          node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (!range_.contains(date) || checked_.contains(name->logName))
+        if (checked_.contains(name->logName))
             continue;
+        if (!isLogsName(options_.serverName, name->logName)) {
+            checked_.insert(name->logName);
+            findings_.incomplete = true;
+            continue;
+        }
+        if (!range_.contains(date))
+            continue;
+        hasLogs_ = true;
         progressToLog(date);
         checkLog(session.mainh, name->logName);
     }
 }
 
 int CheckRun::checkLogs(ServerSession &session) {
-    const std::int32_t count = countLogs(session, range_);
-    startProgress(outputIsFile(), count);
+    startProgress(outputIsFile(), countLogs(session, range_));
     checked_.clear();
+    hasLogs_ = false;
     hasMissing_ = false;
     willListAgain_ = true;
     checkListed(session);
@@ -262,10 +278,25 @@ int CheckRun::checkLogs(ServerSession &session) {
     endProgress();
     if (session.isListCut)
         findings_.unread = ALA_A_FAIL_OPEN_DIR;
-    if (count != 0)
+    if (hasLogs_ || mustStop(std::ferror(stdout) != 0))
         return 0;
     DisplayMsg(kMsgNoLogs);
     return kStatusNoLogs;
+}
+
+// Looks for files with the user's own rights only: the lent rights must not reveal names of other files.
+void CheckRun::checkCompleteness(const ServerSession &session, const std::string &logPath) {
+    if (mustStop(std::ferror(stdout) != 0))
+        return;
+    int error = 0;
+    if (writeNamesLikeLogs(options_, logPath, error) != 0)
+        findings_.incomplete = true;
+    if (error != 0 && !session.isListCut) {
+        DisplayMsg(kMsgListCut, options_.serverName, std::strerror(error));
+        findings_.unread = ALA_A_FAIL_OPEN_DIR;
+    }
+    if (options_.quietflg == 0 && writeMissingDays(options_.serverName, session, range_) != 0)
+        findings_.incomplete = true;
 }
 
 // ---- The run ----
@@ -282,6 +313,8 @@ int CheckRun::checkServer() {
     writeLogHeader();
     if (status == 0)
         status = checkLogs(session);
+    if (status == 0 || status == kStatusNoLogs)
+        checkCompleteness(session, logPath);
     if (status != 0 && servers_.size() > 1)
         DisplayMsg(kMsgCheckServerFailed, options_.serverName, status);
     return status;

@@ -28,6 +28,10 @@ static const char *textOf(LogState state) {
         return "not admitted";
     case LogState::Unreadable:
         return "unreadable";
+    case LogState::NotALog:
+        return "not a log";
+    case LogState::Missing:
+        return "missing";
     }
     return "";
 }

@@ -11,6 +11,7 @@ using namespace qvledger;
 int main(int argc, char **argv) {
     // Sets the user's language for messages only: the tables do not depend on the locale.
     return runProgram("qvledger-check", argc, argv, {LC_CTYPE, LC_MESSAGES}, [](int count, char **values) {
+        replaceLongOptions(count, values);
         return runCheck(readOptions(count, values, kCheckLetters));
     });
 }
