@@ -41,14 +41,20 @@ protected:
     std::string first() { return take(ALA_GetFirstJobRecord); }
     std::string next() { return take(ALA_GetNextJobRecord); }
 
-    std::string line; // last level 5 entry of the last call; empty if it logged none
+    std::string line;  // last level 5 entry of the last call but `place`; empty if it logged none
+    std::string place; // the entry that names the log and the unreadable record; empty if there is none
 
 private:
     std::string take(decltype(ALA_GetNextJobRecord) *get) {
         takeLog();
         ALA_record_t got = nullptr;
         const ALA_retCode_t code = get(handle, &log, &got);
-        const std::vector<std::string> lines = takeLog();
+        std::vector<std::string> lines = takeLog();
+        place.clear();
+        if (!lines.empty() && lines.back().find(", date ") != std::string::npos) {
+            place = lines.back();
+            lines.pop_back();
+        }
         line = lines.empty() ? "" : lines.back();
         const std::string text = got != nullptr ? describe(got) : "code " + std::to_string(code);
         EXPECT_EQ(ALA_FreeJobRecord(&got), ALA_N_NORMAL);
@@ -73,6 +79,7 @@ TEST_F(RecordReader, ACutRecordIsReadOnceItIsComplete) {
         EXPECT_EQ(next(), expected);
         EXPECT_EQ(next(), "code 17");
         EXPECT_EQ(line, "read failed in ALA_GetNextJobRecord; numAttr = 0 ALA_A_LAST_ATTRIBUTE");
+        EXPECT_EQ(place, "") << "a log that ends is not damaged";
         writeFile(path(), whole.job(smallJob()).bytes());
         EXPECT_EQ(next(), expected) << "appended meanwhile";
     }
@@ -91,6 +98,9 @@ TEST_F(RecordReader, AZeroCountIsReportedUntilOverwritten) {
     ASSERT_EQ(open(Log().raw(packUint(0))), ALA_N_NORMAL);
     EXPECT_EQ(first(), "code 34");
     EXPECT_EQ(line, "numAttr < 0 in ALA_GetFirstJobRecord; ALA_A_NO_MORE_JOB");
+    EXPECT_TRUE(place.ends_with("alpha.20010203, date 20010203: the record at byte 204 cannot be read after "
+                                "byte 208: it has no attributes"))
+        << place;
 }
 
 TEST_F(RecordReader, AnUnterminatedObjectIdentifierEndsWithItsField) {

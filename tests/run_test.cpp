@@ -195,6 +195,35 @@ TEST(Run, CleanLogsGiveFewEntriesAndAnUnreadSystemLogDoesNotBlock) {
     EXPECT_NE(daemon.take(), "");
 }
 
+TEST(Run, ACleanRunReportsNoErrorToTheSystemLog) {
+    PrintSystem system;
+    Job job = jobOf({{"job-name", {"x"}}});
+    job.document();
+    addTexts(job, {{"document-name", {"a"}}});
+    const Log log = logOf({job, jobOf({{"job-name", {"y"}}})});
+    system.save("19990301", log);
+    system.save("current", log);
+    fs::create_directory(system / "dev");
+    const LogDaemon daemon(system / "dev/log", SOCK_DGRAM);
+    const ToolRun logged = {.environment = {{"QV_LOG", ""}, {"QV_REGISTRY", "root/registry.reg"}},
+                            .mounted = {system / "dev", "/dev"}};
+    fs::current_path(system / "");
+    const ToolResult result = system.run(
+        {"-a", "-d", "-o", "report", "-p", "root/var/acct", "-O", "root/share/oid", "alpha"}, logged);
+    fs::current_path("/");
+    if (result.status == kNoNamespace)
+        GTEST_SKIP() << "no mount namespace for a daemon's socket";
+    EXPECT_EQ(result.status, 0) << result.err;
+    std::string entries;
+    for (std::string entry = daemon.take(); !entry.empty(); entry = daemon.take()) {
+        EXPECT_TRUE(entry.starts_with("<14>qvledger[")) << entry; // LOG_INFO
+        entries += entry;
+    }
+    for (const char *part : {"]: 5 ala/", "in ALA_GetNextJobRecord; ", "ALA_A_NO_MORE_JOB_ATTR",
+                             "in ALA_GetNextAttrFromJob; ALA_A_LAST_ATTRIBUTE", "_DELETE_CUR_DAY_LOG"})
+        EXPECT_NE(entries.find(part), entries.npos) << part << "\n" << entries;
+}
+
 TEST(Run, TheLogNamesCallsAndPlaces) {
     PrintSystem system;
     const ToolRun traced{.environment = {{"QV_LOG_TRACE", "1"}}};
@@ -230,11 +259,14 @@ TEST(Run, LevelSixNamesCauses) {
     const std::size_t header = Log(LogHeader{}).size();
 
     system.save("19990301", Log(log).cutTo(log.size() - 2));
-    expectCause({"alpha"}, name + ": the record at byte " + std::to_string(header) +
-                               " cannot be read after byte " + std::to_string(log.size() - 2) +
-                               ": the file ends");
+    const std::string place = name + ", date 19990301: ";
+    const std::string unreadable = place + "the record at byte " + std::to_string(header) +
+                                   " cannot be read after byte " + std::to_string(log.size() - 2) +
+                                   ": the file ends\n";
+    EXPECT_NE(system.run({"alpha"}).log.find(unreadable), std::string::npos);
     system.save("19990301", Log(log).cutTo(6));
     expectCause({"alpha"}, "the header cannot be read after byte 6: ALA_A_FAIL_READ_LOG_FILE");
+    EXPECT_NE(system.run({"alpha"}).log.find(place + "the header cannot be read\n"), std::string::npos);
     system.save("19990301", marchLog(kForNobody));
     expectCause({"alpha"}, "an entry does not admit the caller: the user \"nobody-at-all\" of the domain "
                            "\"NOWHERE\", type 3051, level 2");

@@ -1,4 +1,5 @@
-// Makes the facility's log entries: failures at level 5, details at level 6, traces at level 7.
+// Makes the facility's log entries: failures and expected results at level 5, details at level 6, traces at
+// level 7.
 #pragma once
 
 #include "ala/ala.h"
@@ -7,6 +8,9 @@
 
 // Logs a failure and returns its code, as in: return ALA_FAIL(ALA_A_OUT_OF_MEMORY, "...");
 #define ALA_FAIL(code, ...) (LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, __VA_ARGS__), (code))
+
+// Logs an expected result, such as the end of a log, and returns its code.
+#define ALA_EXPECTED(code, ...) (LOG_CondMessage(LOG_EXPECTED, __FILE__, __LINE__, __VA_ARGS__), (code))
 
 #define ALA_DETAIL(...) LOG_CondMessage(LOG_DETAIL, __FILE__, __LINE__, __VA_ARGS__)
 

@@ -169,13 +169,13 @@ static ALA_retCode_t moveToFirst(record *job) {
 
 static ALA_retCode_t moveToNext(record *job) {
     if (!advance(job, job->numAttr))
-        return ALA_FAIL(ALA_A_LAST_ATTRIBUTE,
-                        "record->curAttr is NULL or (++(record->index)>=record->numAttr) in "
-                        "ALA_GetNextAttrFromJob; ALA_A_LAST_ATTRIBUTE");
+        return ALA_EXPECTED(ALA_A_LAST_ATTRIBUTE,
+                            "record->curAttr is NULL or (++(record->index)>=record->numAttr) in "
+                            "ALA_GetNextAttrFromJob; ALA_A_LAST_ATTRIBUTE");
     if (job->index >= job->numJobAttr)
-        return ALA_FAIL(ALA_A_NO_MORE_JOB_ATTR,
-                        "record->index>=record->numJobAttr in ALA_GetNextAttrFromJob; "
-                        "ALA_A_NO_MORE_JOB_ATTR");
+        return ALA_EXPECTED(ALA_A_NO_MORE_JOB_ATTR,
+                            "record->index>=record->numJobAttr in ALA_GetNextAttrFromJob; "
+                            "ALA_A_NO_MORE_JOB_ATTR");
     return ALA_N_NORMAL;
 }
 

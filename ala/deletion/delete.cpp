@@ -24,10 +24,10 @@ static ALA_retCode_t refuseToday(const ALA_time *date) {
                         "GENU_GetCurrentTime failed in ALA_Delete; ALA_A_FAIL_TO_GET_TIME");
     if (isToday == 0)
         return ALA_N_NORMAL;
-    return ALA_FAIL(ALA_A_TRY_TO_DELETE_CUR_DAY_LOG,
-                    "Trying to delete current day's file, year: %d, month: %d, day: %din ALA_Delete; "
-                    "ALA_A_TRY_TO_DELETE_CUR_DAY_LOG",
-                    date->year, date->month, date->day);
+    return ALA_EXPECTED(ALA_A_TRY_TO_DELETE_CUR_DAY_LOG,
+                        "Trying to delete current day's file, year: %d, month: %d, day: %din ALA_Delete; "
+                        "ALA_A_TRY_TO_DELETE_CUR_DAY_LOG",
+                        date->year, date->month, date->day);
 }
 
 // Checks the arguments of a deletion, and sets `converted` to the path of the log.

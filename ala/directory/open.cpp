@@ -97,8 +97,11 @@ ALA_retCode_t qvledger::checkAccess(NamedLog &file) {
     std::int32_t accessOK = 0;
     file.bytes = LogFile(file.descriptor.get());
     if (const ALA_retCode_t result = lookUpPermission(file.bytes, &accessOK, &file.verNum);
-        result != ALA_N_NORMAL)
+        result != ALA_N_NORMAL) {
+        LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__, "%s, date %d: the header cannot be read",
+                        file.convertedPath.get(), file.date);
         return ALA_FAIL(result, "ALA__LookupPermission failed in ALA_Open");
+    }
     if (accessOK != 1)
         return ALA_FAIL(ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE,
                         "No access to log file in ALA_Open; ALA_A_NO_ACCESS_RIGHT_TO_LOG_FILE");

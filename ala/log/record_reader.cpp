@@ -46,9 +46,10 @@ static ALA_retCode_t readCounts(LogFile &in, std::uint32_t verNum, const ReaderR
     if (!in.needNetWord(&counts->numAttr)) {
         if (in.outOfMemory())
             return noMemory(rules);
+        // If the read failed, logPlace() logs the failure.
         if (!rules.isFirst && (in.error() != 0 || in.isAtEnd()))
-            return ALA_FAIL(ALA_A_LAST_ATTRIBUTE, "read failed in %s; numAttr = %d ALA_A_LAST_ATTRIBUTE",
-                            rules.operation, 0);
+            return ALA_EXPECTED(ALA_A_LAST_ATTRIBUTE, "read failed in %s; numAttr = %d ALA_A_LAST_ATTRIBUTE",
+                                rules.operation, 0);
         return ALA_FAIL(ALA_A_FAIL_READ_LOG_FILE, "read failed in %s; numAttr = %d; ALA_A_FAIL_READ_LOG_FILE",
                         rules.operation, 0);
     }
@@ -196,9 +197,10 @@ static ALA_retCode_t readRecord(LogFile &in, std::uint32_t verNum, const ReaderR
 static void logPlace(const logParams &log, ALA_retCode_t result) {
     const LogFile &in = log.bytes;
     const char *why = in.error() != 0 ? std::strerror(in.error()) : "the file ends";
-    ALA_DETAIL("%s: the record at byte %lld cannot be read after byte %lld: %s\n", log.logName,
-               static_cast<long long>(in.position()), static_cast<long long>(in.reach()),
-               result == ALA_A_NO_MORE_JOB ? "it has no attributes" : why);
+    LOG_CondMessage(LOG_ERROR, __FILE__, __LINE__,
+                    "%s, date %d: the record at byte %lld cannot be read after byte %lld: %s\n", log.logName,
+                    log.date, static_cast<long long>(in.position()), static_cast<long long>(in.reach()),
+                    result == ALA_A_NO_MORE_JOB ? "it has no attributes" : why);
 }
 
 // Cleans up after a failed read: sets the file's position and frees the record, which may be null.
@@ -234,7 +236,7 @@ static ALA_retCode_t getJobRecord(ALA_handle_t alaHandle, ALA_acctLogHandle_t *l
     log->end = in.isAtEnd() ? in.position() : -1;
     log->readError = in.error();
     log->holdsNoRecord = in.isAtEnd() && rules.isFirst;
-    if (LOG_Wants(LOG_DETAIL) && log->end < 0 && result != ALA_A_OUT_OF_MEMORY)
+    if (log->end < 0 && result != ALA_A_OUT_OF_MEMORY)
         logPlace(*log, result);
     in.moveTo(rules.isFirst ? 0 : in.position());
     ALA__GetJobRecordCleanup(jobRecord, &log->fd, in.position(), SEEK_SET);

@@ -72,7 +72,7 @@ public:
             LogText shown;
             shown.appendVisible(text);
             shown.end('\0');
-            return function_(context_, place.level, place.file, place.line, shown.view().data());
+            return function_(context_, shownLevel(place.level), place.file, place.line, shown.view().data());
         }
         const std::lock_guard guard(lock_);
         if (place.level > LOG_ERROR || !countsRepeats_ || !isRepeated(place, text))

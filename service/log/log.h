@@ -19,6 +19,9 @@
 
 struct OS_fileIdentity;
 
+// An expected result, such as the end of a log.  The entry shows level 5 and is counted like a failure, but
+// the system's log gets it as information.
+constexpr std::int32_t LOG_EXPECTED = 4;
 constexpr std::int32_t LOG_ERROR = 5;  // a failure
 constexpr std::int32_t LOG_DETAIL = 6; // what the program read and decided
 constexpr std::int32_t LOG_TRACE = 7;  // begin and end of operations

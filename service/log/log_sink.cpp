@@ -56,7 +56,7 @@ bool LogSink::put(const LogPlace &place, std::string_view text) {
     LogText entry, line;
     if (fd_ >= 0) // the system's log adds its own time
         appendTime(entry);
-    entry.appendFormat("%s[%d]: %d %s:%d: ", OS_ProgramName(), _getpid(), place.level, place.file,
+    entry.appendFormat("%s[%d]: %d %s:%d: ", OS_ProgramName(), _getpid(), shownLevel(place.level), place.file,
                        place.line);
     entry.append(text);
     if (isCut_) // separates the new line from the line that was cut

@@ -1,18 +1,25 @@
 // The sink of the log's entries: a file, the standard error stream, or the system's log.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
 #include "platform/os.h"
+#include "service/log/log.h"
 
 namespace qvledger {
 
 struct LogPlace {
-    std::int32_t level;
-    const char *file; // stays valid until the program ends
+    std::int32_t level; // LOG_EXPECTED to LOG_TRACE
+    const char *file;   // stays valid until the program ends
     std::int32_t line;
 };
+
+// The level that an entry shows.
+inline std::int32_t shownLevel(std::int32_t level) {
+    return std::max(level, LOG_ERROR);
+}
 
 // Writes entries.  An entry that the sink does not accept at once is dropped and counted as lost.  REQUIRES:
 // only one thread at a time uses a sink.

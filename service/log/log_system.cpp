@@ -70,7 +70,8 @@ static bool send(const char *path, int type, std::string_view bytes) {
 // Does not use syslog(3), which would block while the daemon's queue is full.
 bool LogSink::sendToSystemLog(const char *path, std::int32_t level, std::string_view entry) {
     LogText text;
-    text.appendFormat("<%d>", LOG_USER | (level <= LOG_ERROR ? LOG_ERR : LOG_DEBUG));
+    const int priority = level == LOG_EXPECTED ? LOG_INFO : level == LOG_ERROR ? LOG_ERR : LOG_DEBUG;
+    text.appendFormat("<%d>", LOG_USER | priority);
     text.append(entry);
     text.end('\0'); // on a stream socket, a NUL ends each entry
     const std::string_view bytes = text.view();

@@ -29,7 +29,7 @@ bool LogSink::sendToSystemLog(const char *, std::int32_t level, std::string_view
     text.append(entry);
     text.end('\0');
     const char *only = text.view().data();
-    const WORD type = level <= LOG_ERROR ? EVENTLOG_ERROR_TYPE : EVENTLOG_INFORMATION_TYPE;
+    const WORD type = level == LOG_ERROR ? EVENTLOG_ERROR_TYPE : EVENTLOG_INFORMATION_TYPE;
     const bool isTaken = ReportEventA(source, type, 0, 1, nullptr, 1, 0, &only, nullptr) != 0;
     DeregisterEventSource(source);
     return isTaken;
