@@ -235,6 +235,42 @@ TEST(Sum, EveryFormEscapesTexts) {
     has("html", "<td>alpha</td><td>-</td><td>1999-03-02</td><td>1999-03-02</td><td>no log of this day</td>");
 }
 
+// Returns what a browser makes of a page, and its log.
+static std::string browse(const fs::path &page, const fs::path &profile) {
+    const std::string command =
+        "timeout 90 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run "
+        "--disable-background-networking --disable-component-update --disable-sync --enable-logging=stderr "
+        "--dump-dom --user-data-dir='" +
+        profile.string() + "' 'file://" + page.string() + "' 2>&1";
+    FILE *const browser = popen(command.c_str(), "r");
+    if (browser == nullptr)
+        throw std::runtime_error("no shell");
+    std::string output = readAll(fileno(browser));
+    EXPECT_EQ(pclose(browser), 0) << output;
+    return output;
+}
+
+TEST(Sum, ABrowserShowsThePageWithoutComplaint) {
+    if (std::system("command -v chromium >/dev/null") != 0)
+        GTEST_SKIP() << "no chromium";
+    PrintSystem system;
+    system.save("19990301", logOf({order("<script>x()</script>", "x:1234567", "1"), order("a", "x:1", "1")}));
+    system.save("19990303", logOf({}));
+    const fs::path page = system / "page.html";
+    std::string html = system.run({"-f", "html", "alpha"}, kSum).out;
+    writeFile(page, html);
+    const std::string shown = browse(page, system / "profile");
+    for (const char *part :
+         {"<tr><td>&lt;script&gt;x()&lt;/script&gt;</td><td class=\"number\">1</td>",
+          "<td class=\"number\">1\u202F234\u202F567</td>", "<tr><td colspan=\"1\">total</td>",
+          "<td class=\"number\">1\u202F234\u202F568</td>", "<td>no log of this day</td>"})
+        EXPECT_NE(shown.find(part), std::string::npos) << part << "\n" << shown;
+    EXPECT_EQ(shown.find(":CONSOLE"), std::string::npos) << shown;
+    // The page's policy forbids files and scripts from elsewhere, so the browser reports them.
+    writeFile(page, html.replace(html.find("</body>"), 0, "<img src=\"x.png\">"));
+    EXPECT_NE(browse(page, system / "profile").find(":CONSOLE"), std::string::npos);
+}
+
 TEST(Sum, ArgumentsAreCheckedAndLostOutputShows) {
     PrintSystem system;
     system.save("19990301", logOf({order("a", "x:1", "1")}));

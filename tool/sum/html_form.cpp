@@ -18,20 +18,27 @@ static constexpr char kStyle[] = R"(
     color-scheme: light;
     --ink: #000000; --paper: #ffffff; --line: #999999; --bar: #666666; --warn: #000000;
   }
-  body { margin: 0; }
+  html { font-size: 62%; } /* all columns fit the width of the paper */
   tr { break-inside: avoid; }
 }
-body { color: var(--ink); background: var(--paper); font: 1rem/1.4 system-ui, sans-serif; margin: 2rem; }
+body { margin: 2rem; color: var(--ink); background: var(--paper); font: 1rem/1.4 system-ui, sans-serif; }
+@media print { body { margin: 0; } }
 h1 { font-size: 1.5rem; }
 h2 { font-size: 1.2rem; }
 table { border-collapse: collapse; }
-th, td { padding: 0.25rem 0.75rem; border-bottom: 1px solid var(--line); }
-th, td { text-align: left; vertical-align: top; }
+th, td { padding: 0.25rem 0.5rem; border-bottom: 1px solid var(--line); }
+th, td { text-align: left; vertical-align: top; unicode-bidi: plaintext; }
+td:not([class]) { min-width: 7rem; overflow-wrap: anywhere; }
 thead th { border-bottom-width: 2px; }
+tfoot { display: table-row-group; } /* not repeated on each printed page */
 tfoot td { font-weight: bold; }
-.number { text-align: right; font-variant-numeric: tabular-nums; white-space: nowrap; }
+tbody + tfoot tr:first-child td { border-top: 2px solid var(--line); }
+thead th, .number, .time { white-space: nowrap; }
+td.time { font-size: 0.8em; font-weight: normal; line-height: 1.75; }
+.number { text-align: right; font-variant-numeric: tabular-nums; }
 .warn { color: var(--warn); font-weight: bold; }
-svg { display: block; width: 10rem; height: 1rem; }
+a { color: inherit; }
+svg { display: block; width: 7rem; height: 1rem; }
 rect { fill: var(--bar); }
 )";
 
@@ -72,15 +79,33 @@ static std::string bar(Amount amount, Amount greatest) {
            amountText(width, 0) + "\" height=\"10\"/></svg></td>";
 }
 
-static std::string cell(std::string_view text, bool isNumber) {
-    return (isNumber ? "<td class=\"number\">" : "<td>") + (text.empty() ? "-" : escaped(text)) + "</td>";
+static std::string cell(std::string_view text) {
+    return "<td>" + (text.empty() ? "-" : escaped(text)) + "</td>";
+}
+
+// Separates each three digits before the decimal point with a narrow space that does not break.
+static std::string grouped(std::string number) {
+    const std::size_t point = std::min(number.find('.'), number.size());
+    const std::size_t first = number.starts_with('-') ? 1 : 0;
+    for (std::size_t at = point; at > first + 3;)
+        number.insert(at -= 3, "\u202F");
+    return number;
+}
+
+// Appends the cells of the measures, and of the first and the last completion.
+static void appendMeasures(std::string &html, const Cells &cells, std::size_t parts) {
+    for (std::size_t i = parts; i < parts + kNumMeasures; ++i)
+        html += "<td class=\"number\">" + grouped(cells[i]) + "</td>";
+    for (std::size_t i = parts + kNumMeasures; i < cells.size(); ++i)
+        html += "<td class=\"time\">" + (cells[i].empty() ? "-" : cells[i]) + "</td>";
 }
 
 static void appendLine(std::string &html, const SumPage &page, const Cells &cells, const std::string &last) {
     const std::size_t parts = page.options.parts.size();
     html += "<tr>";
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        html += cell(cells[i], i >= parts && i < parts + kNumMeasures);
+    for (std::size_t i = 0; i < parts; ++i)
+        html += cell(cells[i]);
+    appendMeasures(html, cells, parts);
     html += last + "</tr>\n";
 }
 
@@ -88,8 +113,7 @@ static void appendNamed(std::string &html, const SumPage &page, const char *name
     const std::size_t parts = page.options.parts.size();
     const Cells cells = cellsOf(page, name, sums);
     html += "<tr><td colspan=\"" + std::to_string(parts) + "\">" + name + "</td>";
-    for (std::size_t i = parts; i < cells.size(); ++i)
-        html += cell(cells[i], i < parts + kNumMeasures);
+    appendMeasures(html, cells, parts);
     html += "<td></td></tr>\n";
 }
 
@@ -116,7 +140,7 @@ static void appendSums(std::string &html, const SumPage &page) {
 }
 
 static void appendMissing(std::string &html, const SumPage &page) {
-    html += "<h2 id=\"missing\">Missing</h2>\n";
+    html += page.missing.empty() ? "<h2>Missing</h2>\n" : "<h2 id=\"missing\" class=\"warn\">Missing</h2>\n";
     if (page.missing.empty()) {
         html += "<p>Nothing is missing.</p>\n";
         return;
@@ -128,7 +152,7 @@ static void appendMissing(std::string &html, const SumPage &page) {
     for (const Missing &missing : page.missing) {
         html += "<tr>";
         for (const std::string &text : cellsOf(missing))
-            html += cell(text, false);
+            html += cell(text);
         html += "</tr>\n";
     }
     html += "</tbody>\n</table>\n";
@@ -149,6 +173,8 @@ std::string qvledger::htmlForm(const SumPage &page) {
     for (const KeyPart &part : page.options.parts)
         title += (&part != page.options.parts.data() ? ", " : "") + escaped(part.name);
     std::string html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+                       "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
+                       "style-src 'unsafe-inline'\">\n"
                        "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
                        title + ": " + subject(page) + "</title>\n<style>" + kStyle +
                        "</style>\n</head>\n<body>\n<h1>" + title + "</h1>\n<p>" + subject(page) + "</p>\n";
