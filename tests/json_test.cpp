@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ctime>
 #include <fstream>
 
 #include <fcntl.h>
@@ -294,4 +295,15 @@ TEST(Json, LogsThatTheListMayLackAreReported) {
     EXPECT_EQ(system.run({"alpha"}, {.program = QVLEDGER_CHECK_BINARY}).err, "") << "both are checked";
     EXPECT_EQ(system.run({"-g", "alpha"}).out, "march\nmarch\n");
     EXPECT_EQ(system.run({"-s", "19990302", "alpha"}).err, "There are no accounting logs available.\n");
+    // For a log of today, the current log is read, even if it is of another day.
+    fs::rename(system.log("19990301"), system.log("19990302"));
+    char today[9];
+    const std::time_t now = std::time(nullptr);
+    std::strftime(today, sizeof today, "%Y%m%d", std::gmtime(&now));
+    system.save(today, marchLog());
+    for (const char *program : {QVLEDGER_JSON_BINARY, QVLEDGER_SUM_BINARY}) {
+        const ToolResult unread = system.run({"alpha"}, {.program = program});
+        EXPECT_EQ(unread.status, 6) << unread.err;
+        EXPECT_NE(unread.out.find(std::string("alpha.") + today), unread.out.npos) << unread.out;
+    }
 }

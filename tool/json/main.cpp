@@ -8,8 +8,8 @@
 
 #include "tool/json/json_lines.h"
 #include "tool/json/state_file.h"
-#include "tool/last_log.h"
 #include "tool/messages.h"
+#include "tool/opened_logs.h"
 #include "tool/options.h"
 #include "tool/program.h"
 #include "tool/progress.h"
@@ -31,9 +31,9 @@ public:
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                LineWriter &report) override {
         report_ = &report;
-        if (last_.isRepeated(name)) {
+        if (opened_.isRepeated(name)) {
             status_ = ALA_A_FAIL_TO_OPEN_LOG_FILE;
-            const char *unread = last_.unread().c_str();
+            const char *unread = opened_.unread().c_str();
             skip({name.server, unread, unread, name.date}, report);
             return false;
         }
@@ -78,7 +78,7 @@ private:
     bool hasRecords_ = false;           // a record was written
     bool isStateSaved_ = false;
     LineWriter *report_ = nullptr;
-    LastLog last_;
+    OpenedLogs opened_;
     // Status for what the writer itself found, such as an unreadable log.  It is the exit status if
     // the run returns 0, and kStatusLostOutput in any case.
     int status_ = 0;

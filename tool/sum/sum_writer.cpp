@@ -63,9 +63,9 @@ ALA_retCode_t SumWriter::sumJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, c
 }
 
 bool SumWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name, LineWriter &report) {
-    if (last_.isRepeated(name)) {
-        page_.missing.push_back(
-            {name.server, last_.unread(), name.date, name.date, "another log of this date was read instead"});
+    if (opened_.isRepeated(name)) {
+        page_.missing.push_back({name.server, opened_.unread(), name.date, name.date,
+                                 "another log was read for this date"});
         fail(ALA_A_FAIL_TO_OPEN_LOG_FILE);
         return false;
     }

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tool/last_log.h"
 #include "tool/missing.h"
+#include "tool/opened_logs.h"
 #include "tool/sum/job_reader.h"
 #include "tool/sum/sum_options.h"
 #include "tool/sum/sum_page.h"
@@ -46,7 +46,7 @@ private:
     std::set<std::string, std::less<>> seen_; // servers with at least one log
     std::string server_, file_;               // those of the last log
     std::int32_t date_ = 0;
-    LastLog last_;
+    OpenedLogs opened_;
     std::uint64_t records_ = 0;            // records read from the last log
     std::uint64_t unreadable_ = 0;         // records of the last log with unreadable values
     ALA_retCode_t failure_ = ALA_N_NORMAL; // code of the first failure
