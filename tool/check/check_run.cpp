@@ -16,6 +16,7 @@
 #include "tool/check/fields.h"
 #include "tool/check/log_table.h"
 #include "tool/check/missing_logs.h"
+#include "tool/check/reasons.h"
 #include "tool/check/set_up_table.h"
 #include "tool/messages.h"
 #include "tool/progress.h"
@@ -118,40 +119,9 @@ int CheckRun::start(const std::string &logPath, ServerSession &session) {
 
 // ---- Logs ----
 
-static std::string withReason(const char *text, int error) {
-    return error != 0 ? std::string(text) + ": " + std::strerror(error) : text;
-}
-
 // Writes the line of a log that was not read, and notes the status.
 void CheckRun::writeUnread(const char *name, const CheckResult &result) {
-    LogState state = LogState::Unreadable;
-    std::string reason;
-    switch (result.outcome) {
-    case CheckOutcome::CannotOpen:
-        reason = withReason("cannot be opened", result.error);
-        break;
-    case CheckOutcome::NotAFile:
-        reason = "not a regular file";
-        break;
-    case CheckOutcome::NotAdmitted:
-        state = LogState::NotAdmitted;
-        reason = "the access list does not admit the caller";
-        break;
-    case CheckOutcome::CannotRead:
-        reason = withReason("cannot be read", result.error);
-        break;
-    case CheckOutcome::HeaderIsCut:
-        state = LogState::Cut;
-        reason = "the file ends inside its header";
-        break;
-    case CheckOutcome::HeaderIsDamaged:
-        state = LogState::Damaged;
-        reason = "the header is damaged: the access list cannot be read";
-        break;
-    default:
-        reason = "cannot be opened or read";
-        break;
-    }
+    const auto &[state, reason] = whyUnread(result);
     const bool cannotBeSaved = state == LogState::Damaged || state == LogState::Cut;
     if (cannotBeSaved)
         findings_.damaged = true;
@@ -160,19 +130,6 @@ void CheckRun::writeUnread(const char *name, const CheckResult &result) {
     writeUnreadLogLine(options_.serverName, name, state, reason.c_str());
     if (cannotBeSaved && options_.saveFolder != nullptr)
         DisplayMsg(kMsgCheckNotSaved, name);
-}
-
-static std::string whyNotSaved(const CheckResult &result) {
-    switch (result.outcome) {
-    case CheckOutcome::Failed:
-        return "out of memory";
-    case CheckOutcome::CannotRead:
-        return "it cannot be read to its end";
-    case CheckOutcome::NotSynced:
-        return withReason("the copy is complete, but its folder cannot be synced to the disk", result.error);
-    default:
-        return std::strerror(result.error);
-    }
 }
 
 void CheckRun::save(CheckedLog &log, const char *name) {
