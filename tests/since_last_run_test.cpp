@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <poll.h>
 
 #include "platform/descriptor.h"
 #include "tests/support/run_tool.h"
@@ -25,6 +26,8 @@ protected:
 };
 
 } // namespace
+
+static const std::string kNothing = "qvledger-json state 1\n"; // contents of a state file without logs
 
 static Log logOfNames(const std::vector<std::string> &names) {
     std::vector<Job> jobs;
@@ -94,7 +97,7 @@ TEST_F(SinceLastRun, RecordsAreRepeatedUnlessTheirLinesAreSafe) {
     logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}).save(system.log("19990302"));
     const qvledger::Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
     EXPECT_EQ(run({}, {.output = full.get()}).status, 74);
-    EXPECT_EQ(readFile(state), "");
+    EXPECT_EQ(readFile(state), kNothing);
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
     close(ends[0]);
@@ -103,16 +106,36 @@ TEST_F(SinceLastRun, RecordsAreRepeatedUnlessTheirLinesAreSafe) {
     const fs::path report = system / "report";
     const ToolResult unsynced = run({"-o", report}, {.failing = {report, "fsync:error=EIO"}});
     EXPECT_EQ(unsynced.status, 74);
-    EXPECT_EQ(readFile(state), "");
-    const ToolResult unwritable = run({"-o", report}, {.failing = {state, "openat:error=EACCES:when=4"}});
+    EXPECT_EQ(readFile(state), kNothing);
+    const ToolResult unwritable = run({"-o", report}, {.failing = {state, "openat:error=EACCES:when=2"}});
     EXPECT_NE(unwritable.err.find("state cannot be used: Permission denied.\n"), unwritable.err.npos)
         << unwritable.err;
     EXPECT_EQ(unwritable.status, 74);
-    // The run fails because of the second log, but its report is kept, because no later run repeats it.
+    // The run fails because of the second log, but its report is kept, because no later run may repeat it.
     fs::remove(report);
-    EXPECT_EQ(run({"-o", report}).status, 7);
-    EXPECT_EQ(shortened(readFile(report)), "1 a, end 1, cut 0");
+    fs::create_directory(system / "reports");
+    const fs::path kept = system / "reports/report";
+    EXPECT_EQ(run({"-o", kept}, {.failing = {system / "", "fsync:error=EIO"}}).status, 74);
+    EXPECT_EQ(shortened(readFile(kept)), "1 a, end 1, cut 0");
     EXPECT_EQ(shortened(run().out), "cut 0");
+}
+
+TEST_F(SinceLastRun, ALogThatIsOverwrittenWhileItIsReadIsInDoubt) {
+    const std::vector<std::string> old(300, std::string(1000, 'a')), other(500, std::string(1000, 'b'));
+    system.save("19990301", logOfNames(old));
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    const qvledger::Descriptor reader(ends[0]);
+    const pid_t blocked =
+        system.start({"-c", state, "alpha"}, {.output = ends[1], .program = QVLEDGER_JSON_BINARY});
+    close(ends[1]);
+    pollfd ready = {reader.get(), POLLIN, 0};
+    ASSERT_EQ(poll(&ready, 1, 10'000), 1); // the run has read the log's beginning, and waits for its reader
+    writeFile(system.log("19990301"), logOfNames(other).bytes());
+    readAll(reader.get());
+    EXPECT_EQ(system.finish(blocked).status, 0);
+    EXPECT_NE(readFile(state), kNothing);
+    EXPECT_NE(run().out.find("\"records\":500,\"complete\":true"), std::string::npos);
 }
 
 TEST_F(SinceLastRun, AnUnusableStateFileIsRefusedAndKept) {
@@ -129,15 +152,16 @@ TEST_F(SinceLastRun, AnUnusableStateFileIsRefusedAndKept) {
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(readFile(state), before);
     };
+    EXPECT_EQ(system.run({"-c", "", "alpha"}, {.program = QVLEDGER_JSON_BINARY}).status, 1);
     expectRefused("the report would be written to it", {"-o", state});
     expectRefused("the report would be written to it", {"-o", state.string() + ".lock"});
     const qvledger::Descriptor output(open(state.c_str(), O_WRONLY | O_CLOEXEC));
     expectRefused("the report would be written to it", {}, {.output = output.get()});
     const std::string zero = "0" + line.substr(line.rfind('\t'));
     for (const std::string &text : {std::string("job-name\n"), std::string("qvledger-json state 1"),
-                                    valid.substr(0, valid.size() - 1)}) {
+                                    std::string(), valid.substr(0, valid.size() - 1)}) {
         writeFile(state, text);
-        expectRefused("line " + std::to_string(text.find('\n') < text.size() - 1 ? 2 : 1) +
+        expectRefused("line " + std::to_string(text.starts_with(kNothing) ? 2 : 1) +
                       " is not from qvledger-json -c");
     }
     for (const std::string &text :
@@ -153,18 +177,18 @@ TEST_F(SinceLastRun, AnUnusableStateFileIsRefusedAndKept) {
     fs::remove(state);
     fs::remove(state.string() + ".lock");
     fs::create_directory(state.string() + ".lock");
-    EXPECT_EQ(run().err, start + ".lock cannot be used: Is a directory.\n");
+    EXPECT_EQ(run().err, start + ".lock cannot be used: it is not a regular file.\n");
 }
 
 TEST_F(SinceLastRun, TheStateFileKeepsItsLinkAndItsMode) {
     fs::create_symlink("real", state);
-    writeFile(system / "real", "");
+    writeFile(system / "real", kNothing);
     fs::permissions(system / "real", fs::perms(0640));
     for (const char *server : {"alpha", "a%\x7f b"}) {
         logOfNames({"a"}).save(system.root.log(server, "19990301"));
         run({server == std::string("alpha") ? "-t" : server});
     }
-    EXPECT_TRUE(fs::is_symlink(state));
+    EXPECT_TRUE(fs::is_symlink(state) && fs::exists(system / "real.lock"));
     EXPECT_EQ(fs::status(system / "real").permissions(), fs::perms(0640));
     EXPECT_EQ(run({"a%\x7f b"}).out, "");
     EXPECT_FALSE(fs::exists(system / (".being-saved." + std::to_string(getpid()))));

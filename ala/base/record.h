@@ -47,6 +47,8 @@ struct record {
     attrValNode *curAttr;        // last node that the job cursor returned; null before the first node
     std::uint32_t index;         // position of the job cursor
     std::uint32_t docIndex;      // number of documents returned since the job cursor was started
+    const std::uint8_t *bytes;   // bytes of the attributes, as in the file; part of the record's block
+    std::size_t size;            // number of these bytes
     std::uint64_t names;         // Columns::stateOf for the record's names; 0: not known
 };
 using ALA_jobRecord_t = record;

@@ -7,21 +7,20 @@
 
 namespace qvledger {
 
-// A place after a record of a log: offsets in the log's file.
-struct LogPlace {
-    std::int64_t firstEnd = 0;  // end of the first record
-    std::int64_t lastBegin = 0; // beginning of the last record before the place
-    std::int64_t end = 0;       // end of that record
-};
-
 // Returns the offset of the next record; after the header if no record was read yet.
 std::int64_t nextRecordOffset(ALA_acctLogHandle_t log);
 
 // Makes ALA_GetNextJobRecord return the record at the offset.
 void continueAt(ALA_acctLogHandle_t log, std::int64_t offset);
 
-// Computes a checksum of the header, the first record and the last record before the place.  Two logs with
-// the same checksum at one place are the same log.  False if the file is shorter, or cannot be read.
-bool checksumAt(ALA_acctLogHandle_t log, const LogPlace &place, std::uint64_t *checksum);
+// A checksum of bytes; start with kNoBytes.  It differs between byte orders.
+constexpr std::uint64_t kNoBytes = 0xcbf29ce484222325;
+
+// Adds the bytes from begin to end of a log's file.  False if the file is shorter, or cannot be read.
+bool addToChecksum(ALA_acctLogHandle_t log, std::int64_t begin, std::int64_t end, std::uint64_t *checksum);
+
+// Adds the bytes of a job record without its counts.  In the file, they are the last bytes of the record.
+// Returns their number.
+std::int64_t addToChecksum(ALA_record_t jobRecord, std::uint64_t *checksum);
 
 } // namespace qvledger

@@ -187,6 +187,8 @@ static ALA_retCode_t readRecord(LogFile &in, std::uint32_t verNum, const ReaderR
     jobRecord->numAttr = counts.numAttr;
     jobRecord->numJobAttr = counts.numJobAttr;
     jobRecord->docAttrPerDoc = counts.docAttrPerDoc;
+    jobRecord->bytes = parts.bytes;
+    jobRecord->size = size;
     std::memcpy(parts.bytes, in.item() + head, size);
     setNodes(counts.numAttr, parts);
     in.consume();

@@ -225,7 +225,7 @@ ALA_retCode_t qvledger::writeJsonLines(ALA_handle_t handle, ALA_acctLogHandle_t 
         line = beginning + std::to_string(++records);
         appendRecord(line, handle, log, current.get(), output);
         output.line(line);
-        if (!output.recordWritten())
+        if (!output.recordWritten(current.get()))
             break;
         result = ALA_GetNextJobRecord(handle, &openLog, &read);
         current.reset(read);

@@ -30,7 +30,7 @@ public:
     // Writes one object; the text ends with a line end.
     virtual void line(std::string_view text) = 0;
     // Called after each record.  True: continue with the next record; false: stop.
-    virtual bool recordWritten() = 0;
+    virtual bool recordWritten(ALA_record_t record) = 0;
     // Called if the job attributes of a record could not be read to their end; code: the ALA return code.
     virtual void recordFailed(ALA_retCode_t code) = 0;
 };

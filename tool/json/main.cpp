@@ -53,16 +53,17 @@ public:
         writeJsonOfIncompleteServer(server, *this);
     }
     void endRun(LineWriter &report) override;
-    bool keepsReport() const override { return isStateSaved_ && hasRecords_; }
+    bool keepsReport() const override { return mayBeNoted_ && hasLines_; }
     int status() const { return status_; }
     void line(std::string_view text) override {
+        hasLines_ = true;
         report_->put(text.substr(0, text.size() - 1));
         report_->endLine();
     }
-    bool recordWritten() override {
+    bool recordWritten(ALA_record_t record) override {
         countRecord();
         if (state_ != nullptr)
-            written_.addRecord(log_);
+            written_.addRecord(log_, record);
         return !mustStop(report_->failed());
     }
     void recordFailed(ALA_retCode_t code) override { reportFailure(code, "unable to read record: "); }
@@ -75,8 +76,8 @@ private:
     StateFile *state_;
     ALA_acctLogHandle_t log_ = nullptr; // the current log
     WrittenLog written_;                // how far the current log is written
-    bool hasRecords_ = false;           // a record was written
-    bool isStateSaved_ = false;
+    bool hasLines_ = false;             // a line was written
+    bool mayBeNoted_ = false;           // the state file may say that the lines are written
     LineWriter *report_ = nullptr;
     OpenedLogs opened_;
     // Status for what the writer itself found, such as an unreadable log.  It is the exit status if
@@ -95,18 +96,16 @@ ALA_retCode_t JsonWriter::writeLog(ALA_handle_t handle, ALA_acctLogHandle_t log,
         written_.server = name.server;
         written_.file = name.file;
         written_.date = name.date;
-        written_.place.end = nextRecordOffset(log);
         if (std::optional<WrittenLog> before = state_->logs().take(log, name)) {
             written_ = *std::move(before);
-            continueAt(log, written_.place.end);
+            continueAt(log, written_.end);
         }
         json.recordsBefore = written_.records;
         json.isCompleteBefore = written_.isComplete;
     }
     const ALA_retCode_t ended = writeJsonLines(handle, log, json, *this, &written_.isComplete);
-    hasRecords_ = hasRecords_ || written_.records != json.recordsBefore;
     if (state_ != nullptr)
-        state_->logs().add(std::move(written_), log);
+        state_->logs().add(std::move(written_));
     return ended;
 }
 
@@ -120,13 +119,14 @@ void JsonWriter::endRun(LineWriter &report) {
         return; // reported already
     if (why != nullptr)
         DisplayMsg(kMsgStateKept, state_->name(), why);
-    isStateSaved_ = why == nullptr && state_->save();
-    if (!isStateSaved_)
+    mayBeNoted_ = why == nullptr;
+    if (!mayBeNoted_ || !state_->save())
         status_ = kStatusLostOutput;
 }
 
 static int runJson(const Options &options) {
-    const bool isValid = options.errflg == 0 && areDistinctNames(serversOf(options));
+    const bool isValid = options.errflg == 0 && areDistinctNames(serversOf(options)) &&
+                         (options.stateFile == nullptr || *options.stateFile != '\0');
     if (options.helpflg != 0 || (options.verflg == 0 && !isValid)) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;

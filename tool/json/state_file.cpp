@@ -46,10 +46,26 @@ bool StateFile::read() {
     return true;
 }
 
-bool StateFile::open(const char *report) {
+// Creates a file that says that nothing is written, unless the file exists.
+bool StateFile::create() const {
     OS_fileIdentity identity = {};
-    if (OS_IdentifyTarget(name_, &identity) == 0 && !identity.regular)
-        return refuse(name_, "it is not a regular file");
+    if (OS_IdentifyTarget(name_, &identity) == 0)
+        return identity.regular || refuse(name_, "it is not a regular file");
+    NewFile file(name_);
+    const std::string text = WrittenLogs().text();
+    if (!file.isOpen() || !file.write(text.data(), text.size()) || !file.nameNew())
+        return refuse(name_, std::strerror(errno));
+    return true;
+}
+
+bool StateFile::open(const char *report) {
+    std::error_code error;
+    lockName_ = std::filesystem::weakly_canonical(name_, error).string() + ".lock"; // follows symbolic links
+    if (error)
+        return refuse(name_, error.message().c_str());
+    OS_fileIdentity identity = {};
+    if (OS_IdentifyTarget(lockName_.c_str(), &identity) == 0 && !identity.regular)
+        return refuse(lockName_.c_str(), "it is not a regular file");
     switch (lock_.open(lockName_.c_str())) {
     case ReportFile::Opened::GivenUp:
         return false;
@@ -58,11 +74,8 @@ bool StateFile::open(const char *report) {
     case ReportFile::Opened::Yes:
         break;
     }
-    char *made = nullptr;
-    const Descriptor created(OS_OpenToAppend(name_, &made)); // also shows whether the file can be written
-    const Malloced<char> madeName(made);
-    if (!created.isOpen())
-        return refuse(name_, std::strerror(errno));
+    if (!create())
+        return false;
     return isReport(report) ? refuse(name_, "the report would be written to it") : read();
 }
 

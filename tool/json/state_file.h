@@ -8,7 +8,8 @@
 
 namespace qvledger {
 
-// A run locks NAME.lock for as long as the object exists, so that another run with the same state file waits.
+// A run locks the file's path and ".lock" for as long as the object exists, so that another run with the same
+// state file waits.
 class StateFile {
 public:
     // REQUIRES: the name outlives this object.
@@ -25,11 +26,12 @@ public:
     bool save() const;
 
 private:
+    bool create() const;
     bool read();
     bool isReport(const char *report) const;
 
     const char *name_;
-    std::string lockName_ = std::string(name_) + ".lock";
+    std::string lockName_;
     ReportFile lock_; // opened and locked like a report
     WrittenLogs logs_;
 };

@@ -8,11 +8,20 @@ using namespace qvledger;
 
 static constexpr std::string_view kFirstLine = "qvledger-json state 1";
 
-void WrittenLog::addRecord(ALA_acctLogHandle_t log) {
-    place.lastBegin = place.end;
-    place.end = nextRecordOffset(log);
-    if (records++ == 0)
-        place.firstEnd = place.end;
+void WrittenLog::addRecord(ALA_acctLogHandle_t log, ALA_record_t record) {
+    end = nextRecordOffset(log);
+    checksum = beginning;
+    if (records++ == 0) {
+        firstEnd = end;
+        std::uint64_t first = kNoBytes;
+        firstBegin = end - addToChecksum(record, &first);
+        // If the header cannot be read, no log has this checksum, and the next run writes the records again.
+        beginning = kNoBytes;
+        static_cast<void>(addToChecksum(log, 0, firstBegin, &beginning));
+        static_cast<void>(addToChecksum(record, &beginning));
+        checksum = beginning;
+    }
+    lastBegin = end - addToChecksum(record, &checksum);
 }
 
 // ---- Text ----
@@ -51,7 +60,7 @@ static bool decode(std::string_view text, std::string *name) {
 }
 
 static bool readLine(std::string_view line, WrittenLog *log) {
-    std::array<std::string_view, 9> fields;
+    std::array<std::string_view, 10> fields;
     for (std::string_view &field : fields) {
         const std::size_t length = line.find('\t');
         field = line.substr(0, length);
@@ -61,27 +70,31 @@ static bool readLine(std::string_view line, WrittenLog *log) {
         line.remove_prefix(line.empty() ? 0 : 1);
     }
     int complete = 0;
-    const auto &[server, file, date, records, isComplete, firstEnd, lastBegin, end, checksum] = fields;
+    const auto &[server, file, date, records, isComplete, firstBegin, firstEnd, lastBegin, end, checksum] =
+        fields;
     if (!decode(server, &log->server) || !decode(file, &log->file) || !readNumber(date, &log->date) ||
         !readNumber(records, &log->records) || !readNumber(isComplete, &complete) ||
-        !readNumber(firstEnd, &log->place.firstEnd) || !readNumber(lastBegin, &log->place.lastBegin) ||
-        !readNumber(end, &log->place.end) || !readNumber(checksum, &log->checksum, 16))
+        !readNumber(firstBegin, &log->firstBegin) || !readNumber(firstEnd, &log->firstEnd) ||
+        !readNumber(lastBegin, &log->lastBegin) || !readNumber(end, &log->end) ||
+        !readNumber(checksum, &log->checksum, 16))
         return false;
-    log->isComplete = complete != 0;
-    const LogPlace &place = log->place;
-    return log->records > 0 && place.firstEnd > 0 && place.lastBegin > 0 && place.firstEnd <= place.end &&
-           place.lastBegin < place.end;
+    log->isComplete = complete == 1;
+    return log->date >= 0 && log->records > 0 && (complete == 0 || complete == 1) && log->firstBegin > 0 &&
+           log->firstBegin < log->firstEnd && log->firstBegin <= log->lastBegin && log->lastBegin < log->end;
 }
 
 std::size_t WrittenLogs::read(std::string_view text) {
     logs_.clear();
-    for (std::size_t number = 1; !text.empty(); ++number) {
+    for (std::size_t number = 1; number == 1 || !text.empty(); ++number) {
         const std::size_t length = text.find('\n');
         if (length == text.npos)
             return number;
         const std::string_view line = text.substr(0, length);
-        if (number == 1 ? line != kFirstLine : !readLine(line, &logs_.emplace_back()))
+        WrittenLog log;
+        if (number == 1 ? line != kFirstLine : !readLine(line, &log))
             return number;
+        if (number != 1)
+            add(std::move(log));
         text.remove_prefix(length + 1);
     }
     return 0;
@@ -90,13 +103,13 @@ std::size_t WrittenLogs::read(std::string_view text) {
 std::string WrittenLogs::text() const {
     std::string text(kFirstLine);
     text += '\n';
-    for (const WrittenLog &log : logs_) {
+    for (const auto &[server, log] : logs_) {
         std::array<char, 17> checksum = {};
         std::to_chars(checksum.data(), checksum.data() + checksum.size() - 1, log.checksum, 16);
-        text += encoded(log.server) + '\t' + encoded(log.file);
+        text += encoded(server) + '\t' + encoded(log.file);
         for (const std::int64_t number :
              {std::int64_t{log.date}, static_cast<std::int64_t>(log.records), std::int64_t{log.isComplete},
-              log.place.firstEnd, log.place.lastBegin, log.place.end})
+              log.firstBegin, log.firstEnd, log.lastBegin, log.end})
             text += '\t' + std::to_string(number);
         text += '\t' + std::string(checksum.data()) + '\n';
     }
@@ -105,26 +118,35 @@ std::string WrittenLogs::text() const {
 
 // ---- Logs ----
 
+// Is the open log the written one?  Sets its checksum `beginning`.
+static bool isSameLog(ALA_acctLogHandle_t log, WrittenLog &written) {
+    written.beginning = kNoBytes;
+    if (!addToChecksum(log, 0, written.firstBegin, &written.beginning) ||
+        !addToChecksum(log, written.firstBegin, written.firstEnd, &written.beginning))
+        return false;
+    std::uint64_t checksum = written.beginning;
+    return addToChecksum(log, written.lastBegin, written.end, &checksum) && checksum == written.checksum;
+}
+
 std::optional<WrittenLog> WrittenLogs::take(ALA_acctLogHandle_t log, const LogName &name) {
-    auto found = logs_.end();
-    for (auto written = logs_.begin(); written != logs_.end(); ++written) {
-        const bool isCandidate = written->server == name.server &&
-                                 (written->date == name.date || written->file.ends_with(".current"));
-        std::uint64_t checksum = 0;
-        if (isCandidate && (found == logs_.end() || written->records > found->records) &&
-            checksumAt(log, written->place, &checksum) && checksum == written->checksum)
-            found = written;
+    const auto [first, last] = logs_.equal_range(name.server);
+    auto found = last;
+    for (auto entry = first; entry != last; ++entry) {
+        WrittenLog &written = entry->second;
+        if ((written.date == name.date || written.file.ends_with(".current")) &&
+            (found == last || written.records > found->second.records) && isSameLog(log, written))
+            found = entry;
     }
-    if (found == logs_.end())
+    if (found == last)
         return std::nullopt;
-    WrittenLog taken = std::move(*found);
+    WrittenLog taken = std::move(found->second);
     logs_.erase(found);
     taken.file = name.file;
     taken.date = name.date;
     return taken;
 }
 
-void WrittenLogs::add(WrittenLog written, ALA_acctLogHandle_t log) {
-    if (written.records != 0 && checksumAt(log, written.place, &written.checksum))
-        logs_.push_back(std::move(written));
+void WrittenLogs::add(WrittenLog written) {
+    if (written.records != 0)
+        logs_.emplace(written.server, std::move(written));
 }
