@@ -10,6 +10,9 @@
 #include <getopt.h>
 
 #include "platform/os.h"
+#include "service/calendar.h"
+
+using namespace qvledger;
 
 constexpr std::size_t kOptionsSize = 512; // bytes; enough for every letter with two colons
 
@@ -29,7 +32,9 @@ std::int32_t SYSU_Open(const char *inp_path, std::int32_t) {
 std::tm *SYSU_Localtime_r(const std::int64_t *inp_time, std::tm *outp_local) {
     const std::time_t time = *inp_time;
     std::tm local{};
-    if (localtime_s(&local, &time) != 0)
+    if (!OS_HasZoneRules(time))
+        local = calendarOf(time - _timezone);
+    else if (localtime_s(&local, &time) != 0)
         return nullptr;
     *outp_local = local;
     return outp_local;

@@ -80,8 +80,8 @@ TEST_F(Directory, ACurrentLogWithAnImpossibleTimeIsSkipped) {
     touch("alpha.20010102");
     touch("alpha.current");
     std::int64_t changed = 0;
-    const Scripted file(script::_stat, [&](const char *, struct _stat *out) {
-        out->st_mtime = changed;
+    const Scripted file(script::OS_IdentifyTarget, [&](const char *, OS_fileIdentity *out) {
+        out->modifiedSeconds = changed;
         return 0;
     });
     const std::string left =

@@ -118,6 +118,27 @@ TEST(Json, TypedValuesHaveTheFormOfTheirKind) {
               std::string::npos);
 }
 
+// On Windows the C library refuses most of these years.
+TEST(Json, TimesOfAllYearsAreConverted) {
+    const auto startOf = [](std::int32_t year) {
+        return Value(pack(samples::Time{.year = year, .month = 1, .day = 1}));
+    };
+    Job job;
+    job.attribute(
+        dotted("completion-time"), TIME,
+        {Value(pack(samples::Time{})), startOf(1955), startOf(1970), startOf(3500), startOf(32767)});
+    PrintSystem system;
+    system.save("19990301", logOf({job}));
+    ToolRun inZone = kJson;
+    inZone.environment = {{"TZ", "UTC0"}};
+    EXPECT_EQ(system.run({"-t", "alpha"}, inZone).out,
+              recordLine(1, "19990301",
+                         R"({"completion-time":["-000001-11-30T00:00:00+00:00","1955-01-01T00:00:00+00:00",)"
+                         R"("1970-01-01T00:00:00+00:00","3500-01-01T00:00:00+00:00",)"
+                         R"("+032767-01-01T00:00:00+00:00"]},"documents":[]})") +
+                  endLine("alpha.19990301", 1));
+}
+
 TEST(Json, EachServerIsReportedWithItsOwnSettings) {
     PrintSystem system;
     const SampleRoot other(system / "other");

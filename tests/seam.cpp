@@ -53,8 +53,8 @@ static int appendTo(const char *path, bool isMade = false) {
 }
 
 static std::int64_t sizeOf(const char *path) {
-    struct _stat status = {};
-    return _stat(path, &status) != 0 ? -1 : status.st_size;
+    OS_fileIdentity identity = {};
+    return OS_IdentifyTarget(path, &identity) != 0 ? -1 : identity.size;
 }
 
 static void checkNames() {
@@ -196,15 +196,9 @@ static void checkTimes() {
         return std::string_view(text) == expected;
     };
     std::tm time = {};
-    const std::time_t summer = 932'040'000, winter = 916'401'600, before1970 = -1, in2100 = 4'102'444'800;
+    const std::time_t summer = 932'040'000, winter = 916'401'600;
     CHECK(localtime_s(&time, &summer) == 0 && isTime(time, "1999-07-15 08:00:00") && time.tm_isdst > 0);
     CHECK(localtime_s(&time, &winter) == 0 && isTime(time, "1999-01-15 07:00:00") && time.tm_isdst == 0);
-    CHECK(gmtime_s(&time, &in2100) == 0 && isTime(time, "2100-01-01 00:00:00"));
-    const int result = gmtime_s(&time, &before1970);
-    CHECK(kOnWindows ? result != 0 : isTime(time, "1969-12-31 23:59:59"));
-    CHECK(gmtime_s(&time, &summer) == 0 && isTime(time, "1999-07-15 12:00:00"));
-    time.tm_mday += 40; // _mkgmtime() normalises the day
-    CHECK(_mkgmtime(&time) - summer == 40 * 86400);
 }
 
 static void checkOwnCalls() {

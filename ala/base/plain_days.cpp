@@ -1,11 +1,13 @@
 #include "ala/base/plain_days.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <string_view>
 
 #include "ala/base/lock.h"
 #include "platform/os.h"
+#include "service/calendar.h"
 
 using namespace qvledger;
 
@@ -14,11 +16,8 @@ constexpr std::size_t kDays = 16384; // days in the cache: almost 45 years
 
 // Converts a local time, in seconds since 1970, to an instant.  True if converting the instant back results
 // in the same local time.
-static bool survivesRoundTrip(std::int64_t seconds, std::time_t *instant) {
-    const std::time_t local = seconds;
-    std::tm original = {};
-    if (gmtime_s(&original, &local) != 0)
-        return false;
+static bool survivesRoundTrip(std::int64_t local, std::time_t *instant) {
+    std::tm original = calendarOf(local);
     original.tm_isdst = -1;
     std::tm converted = original;
     *instant = std::mktime(&converted);
@@ -49,7 +48,9 @@ void PlainDays::checkZone() {
     days_.reset();
 }
 
-bool PlainDays::contains(std::int32_t number) {
+bool PlainDays::contains(std::int64_t local) {
+    const auto number =
+        static_cast<std::int32_t>(std::chrono::floor<std::chrono::days>(std::chrono::seconds(local)).count());
     if (days_ == nullptr && isUsable_)
         days_.reset(static_cast<Day *>(std::calloc(kDays, sizeof(Day))));
     if (days_ == nullptr)

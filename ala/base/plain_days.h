@@ -16,8 +16,9 @@ public:
     // Empties the cache if TZ or the zone's standard offset has changed.
     void checkZone();
 
-    // Is the day plain?  day: in days since 1 January 1970.  False if this cannot be determined.
-    bool contains(std::int32_t day);
+    // Is the day of a local time plain?  local: in seconds since 1970, as if it were Coordinated Universal
+    // Time; within 5 million years.  False if this cannot be determined.
+    bool contains(std::int64_t local);
 
 private:
     struct Day {

@@ -110,8 +110,8 @@ static ALA_retCode_t keep(const char *path, const char *why, bool *kept) {
 
 static bool isQuiet(const ReadLog &read) {
     using namespace std::chrono;
-    const nanoseconds now = system_clock::now().time_since_epoch();
-    return now - nanoseconds(read.identity.modified) >= kQuiet;
+    const auto now = floor<seconds>(system_clock::now()).time_since_epoch();
+    return now - seconds(read.identity.modifiedSeconds) >= kQuiet;
 }
 
 // Blocks other writers of the renamed file, compares it again with the log that was read, and asks the watch.

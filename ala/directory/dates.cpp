@@ -33,11 +33,11 @@ ALA_retCode_t ALA__IsTodaysDate(const ALA_time *inp_date, std::int32_t *outp_res
 }
 
 ALA_retCode_t ALA__GetDateFromStat(const char *inp_fileName, std::int32_t *outp_dateInNum) {
-    struct _stat file = {};
-    if (_stat(inp_fileName, &file) != 0)
+    OS_fileIdentity file = {};
+    if (OS_IdentifyTarget(inp_fileName, &file) != 0)
         return ALA_A_FAIL_TO_GET_TIME;
     std::tm local = {};
-    if (SYSU_Localtime_r(&file.st_mtime, &local) == nullptr || local.tm_year < kFirstYear - 1900 ||
+    if (SYSU_Localtime_r(&file.modifiedSeconds, &local) == nullptr || local.tm_year < kFirstYear - 1900 ||
         local.tm_year > kLastYear - 1900) {
         *outp_dateInNum = kOffTheCalendar;
         return ALA_A_FAIL_TO_GET_TIME;

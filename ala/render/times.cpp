@@ -1,11 +1,11 @@
 #include "ala/render/times.h"
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 
 #include "ala/base/lock.h"
 #include "ala/base/owners.h"
+#include "service/calendar.h"
 #include "service/system.h"
 
 using namespace qvledger;
@@ -17,7 +17,7 @@ static std::int32_t yearForTm(const GEN_generalizedTime &time) {
     return time.utc == 1 ? time.year : time.year - kTmEpoch;
 }
 
-static std::time_t instantOfUtc(const GEN_generalizedTime &time) {
+static std::int64_t instantOfUtc(const GEN_generalizedTime &time) {
     std::tm utc = {};
     utc.tm_year = yearForTm(time);
     utc.tm_mon = time.month - 1;
@@ -25,14 +25,15 @@ static std::time_t instantOfUtc(const GEN_generalizedTime &time) {
     utc.tm_hour = time.hour;
     utc.tm_min = time.utc == 1 ? time.minute : time.minute + time.mindiff;
     utc.tm_sec = time.second;
-    return _mkgmtime(&utc);
+    return secondsOf(utc);
 }
 
 // Converts a local time to seconds since 1970.  local: the local time in seconds since 1970, as if it were
 // Coordinated Universal Time.  Returns -1 if the conversion fails.
-static std::time_t instantOf(std::time_t local) {
-    std::tm time = {};
-    static_cast<void>(gmtime_s(&time, &local)); // cannot fail for the years of a record
+static std::int64_t instantOf(std::int64_t local) {
+    if (!OS_HasZoneRules(local))
+        return local + _timezone;
+    std::tm time = calendarOf(local);
     time.tm_isdst = -1;
     const std::time_t instant = std::mktime(&time);
     if (instant == -1)
@@ -40,7 +41,7 @@ static std::time_t instantOf(std::time_t local) {
     // For a local time that the clocks skip, mktime uses the offset before or after the gap, depending on its
     // previous conversion.  Always use the offset before the gap: with that offset, mktime's local time is
     // later than the local time passed in.
-    const std::time_t shown = _mkgmtime(&time);
+    const std::int64_t shown = secondsOf(time);
     return shown < local ? instant + (local - shown) : instant;
 }
 
@@ -51,7 +52,7 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
     // mktime expects local time, so shift the time by the zone's standard offset; mktime decides whether
     // summer time applies.  The sum is normalised first: for fields out of range, that decision would depend
     // on mktime's previous conversion.
-    const std::time_t local = instantOfUtc(*inp_UTC) - _timezone;
+    const std::int64_t local = instantOfUtc(*inp_UTC) - _timezone;
     Lock lock(timeLock);
     if (!lock.isLocked())
         return 1;
@@ -63,30 +64,11 @@ std::int32_t ALA__ConvertUTCToUnix(const GEN_generalizedTime *inp_UTC, std::int6
 
 bool qvledger::localOnPlainDay(PlainDays &plainDays, const GEN_generalizedTime &time,
                                GEN_generalizedTime *localTime) {
-    using namespace std::chrono;
-    const std::int32_t fullYear = yearForTm(time) + kTmEpoch;
-    if (fullYear < 1 || fullYear > 9998 || time.month < 1 || time.month > 12)
+    const std::int64_t local = instantOfUtc(time) - _timezone;
+    if (!plainDays.contains(local))
         return false;
-    const sys_days monthStart = year{fullYear} / month{static_cast<unsigned>(time.month)} / 1;
-    const std::int32_t minutes = time.utc == 1 ? time.minute : time.minute + time.mindiff;
-    const sys_seconds local = monthStart + days{time.day - 1} + hours{time.hour} +
-                              std::chrono::minutes{minutes} + seconds{time.second - _timezone};
-    const sys_days date = floor<days>(local);
-    if (!plainDays.contains(static_cast<std::int32_t>(date.time_since_epoch().count())))
-        return false;
-    const year_month_day calendar{date};
-    const hh_mm_ss clock{local - date};
-    const auto narrow = [](auto number) { return static_cast<std::int16_t>(number); };
-    *localTime = {narrow(static_cast<int>(calendar.year())),
-                  narrow(static_cast<unsigned>(calendar.month())),
-                  narrow(static_cast<unsigned>(calendar.day())),
-                  narrow(clock.hours().count()),
-                  narrow(clock.minutes().count()),
-                  narrow(clock.seconds().count()),
-                  0,
-                  narrow(_timezone / 60),
-                  0};
-    return true;
+    const std::tm fields = calendarOf(local);
+    return ALA__MakeGeneralizedTime(localTime, &fields, 0) == 0;
 }
 
 std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
@@ -98,7 +80,7 @@ std::int32_t ALA__GeneralizedToLocalTime(const GEN_generalizedTime *inp_GMTTime,
     if (ALA__ConvertUTCToUnix(inp_GMTTime, &time1) != 0)
         return 1;
     std::tm local = {};
-    static_cast<void>(SYSU_Localtime_r(&time1, &local)); // cannot fail: mktime made time1
+    static_cast<void>(SYSU_Localtime_r(&time1, &local)); // cannot fail for the years of a record
     return ALA__MakeGeneralizedTime(outp_localTime, &local, 0);
 }
 
@@ -188,18 +170,16 @@ std::int32_t ALA__GeneralizedTimeToAscii(const GEN_generalizedTime *inp_gt, cons
 }
 
 std::string_view qvledger::isoTime(const GEN_generalizedTime &utc, char (&text)[kIsoTimeSize]) {
-    const std::time_t instant = instantOfUtc(utc);
+    const std::int64_t instant = instantOfUtc(utc);
     std::tm local = {};
     if (SYSU_Localtime_r(&instant, &local) == nullptr)
         return {};
     // Offsets of old times can have seconds, which this form cannot express.  Drop the seconds of the offset,
     // and show the clock time for the remaining offset.
-    const std::time_t exact = _mkgmtime(&local) - instant;
+    const std::int64_t exact = secondsOf(local) - instant;
     const auto offset = static_cast<int>(exact / 60);
-    if (exact % 60 != 0) {
-        const std::time_t shown = instant + std::time_t{60} * offset;
-        static_cast<void>(gmtime_s(&local, &shown));
-    }
+    if (exact % 60 != 0)
+        local = calendarOf(instant + std::int64_t{60} * offset);
     const int year = local.tm_year + kTmEpoch;
     const bool isUsual = year >= 0 && year <= 9999;
     char *at = text;

@@ -3,15 +3,17 @@
 
 #include "platform/os/types.h"
 
-// Times are nanoseconds since 1970.
+// Times are nanoseconds since 1970.  They overflow for years outside 1678 to 2261, but still show every
+// change.
 struct OS_fileIdentity {
     std::uint64_t device;
     std::uint64_t number;
-    std::int64_t size;     // bytes
-    std::int64_t modified; // last change of the contents
-    std::int64_t changed;  // last change of the contents, attributes or names
-    std::uint64_t names;   // number of hard links; 0 after the last one was removed
-    bool regular;          // a regular file
+    std::int64_t size;            // bytes
+    std::int64_t modified;        // last change of the contents
+    std::int64_t changed;         // last change of the contents, attributes or names
+    std::int64_t modifiedSeconds; // `modified` in seconds since 1970; does not overflow
+    std::uint64_t names;          // number of hard links; 0 after the last one was removed
+    bool regular;                 // a regular file
 };
 
 // Do both identities belong to one file?  On Windows, also true for any two devices or pipes.

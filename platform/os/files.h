@@ -10,23 +10,8 @@ constexpr int OS_REFUSED = -1; // any other failure
 
 #ifndef _WIN32
 
-// glibc defines st_mtime as a macro, which would rename the field of struct _stat below.
-#include <sys/stat.h>
-#undef st_mtime
-
-struct _stat {
-    std::uint64_t st_dev;
-    std::uint64_t st_ino;
-    std::int64_t st_size;
-    std::int64_t st_mtime;
-};
-
 extern "C" {
 
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wshadow" // the struct and the function have the same name, like stat
-int _stat(const char *inp_path, struct _stat *outp_stat);
-#pragma GCC diagnostic pop
 int _unlink(const char *inp_path);
 
 // Returns the number of bytes read; 0 at the end of the file; -1 on failure, with errno.

@@ -1,4 +1,4 @@
-// The process's time zone, and calendar time in it and in Coordinated Universal Time.
+// The process's time zone, and calendar time in it.
 #pragma once
 
 #include <ctime>
@@ -14,15 +14,21 @@ extern "C" {
 void _tzset();
 extern long _timezone;
 
-// Convert an instant to calendar time: gmtime_s in Coordinated Universal Time, localtime_s in the process's
-// time zone.  Return 0; non-zero, with the output undefined, if calendar time cannot represent the instant.
-int gmtime_s(std::tm *fields, const std::time_t *time);
+// Converts an instant to calendar time in the process's time zone.  Returns 0; non-zero, with the output
+// undefined, if calendar time cannot represent the instant.
 int localtime_s(std::tm *fields, const std::time_t *time);
-
-// Converts a calendar time in Coordinated Universal Time to an instant and brings the fields into range.
-// Returns -1 if the instant cannot be represented.
-std::time_t _mkgmtime(std::tm *time);
 
 } // extern "C"
 
 #endif
+
+// Can localtime_s and mktime convert this time, in seconds since 1970?  On Windows they refuse times before
+// 1970 and after the year 3000; for these only the zone's standard offset is known.  Each limit is one day
+// inside that range, so that the result is right for local time as well as for Coordinated Universal Time.
+inline bool OS_HasZoneRules([[maybe_unused]] std::int64_t seconds) {
+#ifdef _WIN32
+    return seconds >= 86'400 && seconds < 32'535'129'600;
+#else
+    return true;
+#endif
+}

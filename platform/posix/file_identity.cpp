@@ -13,7 +13,8 @@ constexpr std::int64_t kCoarseStep = 4 * kSecond;
 constexpr int kLooks = 3; // attempts for a file that keeps changing
 
 static std::int64_t nanoseconds(const std::timespec &time) {
-    return time.tv_sec * kSecond + time.tv_nsec;
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.tv_sec) * kSecond +
+                                     static_cast<std::uint64_t>(time.tv_nsec));
 }
 
 static int identify(int result, const struct stat &status, OS_fileIdentity *identity) {
@@ -24,6 +25,7 @@ static int identify(int result, const struct stat &status, OS_fileIdentity *iden
                  status.st_size,
                  nanoseconds(status.st_mtim),
                  nanoseconds(status.st_ctim),
+                 status.st_mtim.tv_sec,
                  status.st_nlink,
                  S_ISREG(status.st_mode)};
     return 0;

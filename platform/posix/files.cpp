@@ -20,14 +20,6 @@ constexpr int kLinks = 40; // the most symbolic links to follow, as in the kerne
 
 // ---- The system's own calls ----
 
-int _stat(const char *inp_path, struct _stat *outp_stat) {
-    struct stat status;
-    if (stat(inp_path, &status) != 0)
-        return -1;
-    *outp_stat = {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec};
-    return 0;
-}
-
 int _unlink(const char *inp_path) {
     return unlink(inp_path);
 }

@@ -10,18 +10,6 @@ void _tzset() {
     _timezone = timezone;
 }
 
-static int resultOf(const std::tm *converted) {
-    return converted != nullptr ? 0 : errno;
-}
-
-int gmtime_s(std::tm *fields, const std::time_t *time) {
-    return resultOf(gmtime_r(time, fields));
-}
-
 int localtime_s(std::tm *fields, const std::time_t *time) {
-    return resultOf(localtime_r(time, fields));
-}
-
-std::time_t _mkgmtime(std::tm *time) {
-    return timegm(time);
+    return localtime_r(time, fields) != nullptr ? 0 : errno;
 }

@@ -8,7 +8,8 @@
 using namespace qvledger;
 
 // File times count units of 100 nanoseconds since 1601.
-constexpr std::int64_t kStep = 100;
+constexpr std::uint64_t kStep = 100;
+constexpr std::int64_t kStepsPerSecond = 10'000'000;
 constexpr std::int64_t kStepsTo1970 = 116'444'736'000'000'000;
 // How long to wait until file times have certainly advanced: twice the longest step.  Some file systems store
 // times in steps of two seconds.
@@ -18,11 +19,19 @@ constexpr std::int64_t kFineStep = 40'000'000; // for times from the system's cl
 constexpr int kLooks = 3;                      // attempts for a file that keeps changing
 
 static std::int64_t nanoseconds(std::int64_t steps) {
-    return (steps - kStepsTo1970) * kStep;
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(steps - kStepsTo1970) * kStep);
 }
 
 static std::int64_t together(DWORD high, DWORD low) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(high) << 32 | low);
+}
+
+// Is the handle that of a link itself, or of a folder that leads to another place?  Other reparse points are
+// files that the file system stores in its own way, such as files on a deduplicated volume.
+static bool isLink(HANDLE file) {
+    FILE_ATTRIBUTE_TAG_INFO info = {};
+    return GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) == 0 ||
+           IsReparseTagNameSurrogate(info.ReparseTag);
 }
 
 int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
@@ -31,7 +40,7 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
     FILE_STANDARD_INFO standard = {};
     const DWORD type = file != INVALID_HANDLE_VALUE ? GetFileType(file) : DWORD{FILE_TYPE_UNKNOWN};
     if (type == FILE_TYPE_CHAR || type == FILE_TYPE_PIPE) {
-        *identity = {0, 0, 0, 0, 0, 1, false};
+        *identity = {0, 0, 0, 0, 0, 0, 1, false};
         return 0;
     }
     if (file == INVALID_HANDLE_VALUE) {
@@ -49,8 +58,10 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
                  together(found.nFileSizeHigh, found.nFileSizeLow),
                  nanoseconds(times.LastWriteTime.QuadPart),
                  nanoseconds(times.ChangeTime.QuadPart),
+                 (times.LastWriteTime.QuadPart - kStepsTo1970) / kStepsPerSecond,
                  standard.DeletePending != 0 ? 0U : found.nNumberOfLinks,
-                 (found.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0};
+                 (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+                     ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || !isLink(file))};
     return 0;
 }
 

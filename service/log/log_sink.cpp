@@ -6,6 +6,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "service/calendar.h"
 #include "service/log/log.h"
 #include "service/log/log_text.h"
 
@@ -44,9 +45,7 @@ void LogSink::close() {
 // Appends the current time in UTC.
 static void appendTime(LogText &text) {
     const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    std::tm utc{};
-    static_cast<void>(gmtime_s(&utc, &seconds));
+    const std::tm utc = calendarOf(std::chrono::system_clock::to_time_t(now));
     char time[32] = "";
     std::strftime(time, sizeof time, "%Y-%m-%dT%H:%M:%S", &utc);
     text.appendFormat("%s.%03dZ ", time, static_cast<int>(now.time_since_epoch().count() % 1000));

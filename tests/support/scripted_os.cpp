@@ -31,9 +31,9 @@ SCRIPTED(GetProcAddress, FARPROC, (HMODULE library, const char *name), (library,
 SCRIPTED(OS_HasLentRights, int, (), ())
 SCRIPTED(GENU_GetCurrentTime, std::int32_t,
          (STF_l__hdr * status, GEN_generalizedTime **time, std::int32_t reserved), (status, time, reserved))
-SCRIPTED(_stat, int, (const char *path, struct _stat *out), (path, out))
 SCRIPTED(_commit, int, (int fd), (fd))
 SCRIPTED(_unlink, int, (const char *path), (path))
+SCRIPTED(OS_IdentifyTarget, int, (const char *path, OS_fileIdentity *identity), (path, identity))
 SCRIPTED(OS_KindOfOutput, OS_outputKind, (int fd), (fd))
 SCRIPTED(OS_NotedSignal, int, (), ())
 SCRIPTED(OS_SyncFolderOf, int, (int fd), (fd))

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <ctime>
 
-#include "platform/os.h"
+#include "service/calendar.h"
 #include "tool/check/fields.h"
 
 using namespace qvledger;
@@ -43,11 +43,11 @@ LogState qvledger::stateOf(const LogSummary &summary) {
 }
 
 static std::string dateText(const LogSummary &summary) {
-    const std::time_t created = summary.created;
-    std::tm utc = {};
     char text[sizeof "2000-01-01T00:00:00Z"] = "";
-    if (created != 0 && gmtime_s(&utc, &created) == 0)
+    if (summary.created != 0) {
+        const std::tm utc = calendarOf(summary.created);
         std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    }
     return text;
 }
 
