@@ -135,9 +135,14 @@ TEST_F(Access, GroupEntryAdmitsMembers) {
         const char *name, *domain;
         SID_NAME_USE use;
         bool known = true;
-    } groups[] = {{"gone", "CORP", SidTypeGroup, false}, {"Staff", "CORP", SidTypeGroup},
-                  {"print", "BUILTIN", SidTypeAlias},    {"world", "CORP", SidTypeWellKnownGroup},
-                  {"nowhere", "", SidTypeGroup},         {"\xC4rzte", "CORP", SidTypeGroup}};
+        DWORD attributes = 0;
+    } groups[] = {{"gone", "CORP", SidTypeGroup, false},
+                  {"Staff", "CORP", SidTypeGroup},
+                  {"print", "BUILTIN", SidTypeAlias},
+                  {"world", "CORP", SidTypeWellKnownGroup},
+                  {"nowhere", "", SidTypeGroup},
+                  {"\xC4rzte", "CORP", SidTypeGroup},
+                  {"admins", "CORP", SidTypeGroup, true, SE_GROUP_USE_FOR_DENY_ONLY}};
     const ScriptedUser caller("alice", "CORP");
     const auto nameOf = [&](auto, PSID sid, char *name, auto nameSize, char *domain, auto size, auto use) {
         const auto &group = groups[reinterpret_cast<std::uintptr_t>(sid) - 1];
@@ -155,7 +160,7 @@ TEST_F(Access, GroupEntryAdmitsMembers) {
         auto *list = static_cast<TOKEN_GROUPS *>(info);
         list->GroupCount = std::size(groups);
         for (std::uintptr_t i = 0; i < std::size(groups); i++)
-            list->Groups[i] = {reinterpret_cast<PSID>(i + 1), 0};
+            list->Groups[i] = {reinterpret_cast<PSID>(i + 1), groups[i].attributes};
         return fits ? 1 : 0;
     };
     const Scripted account(script::LookupAccountSidA, nameOf);
@@ -170,6 +175,7 @@ TEST_F(Access, GroupEntryAdmitsMembers) {
         {text("print"), "BUILTIN", kRefused}, {text("world"), "CORP", kRefused},
         {text("gone"), "CORP", kRefused},     {latin1Text("\xC4RZTE"), "CORP", kAdmitted},
         {text("nowhere"), "", kRefused},      {text(""), "CORP", kRefused},
+        {text("admins"), "CORP", kRefused},
     };
     for (const bool whole : {true, false})
         for (const auto &c : cases) {

@@ -21,15 +21,17 @@ using OpenToken = std::unique_ptr<void, HandleCloser>;
 
 } // namespace
 
-// Adds a SID of the token to the list if the SID belongs to a domain group or local group.  False when memory
-// runs out.
-static bool addGroup(ALA_groupSIDList **list, PSID sid, const char *computer) {
+// Adds a group of the token to the list if it is a domain group or local group.  Skips a group that can only
+// deny access: a program without elevated rights has the group of administrators in this form.  False when
+// memory runs out.
+static bool addGroup(ALA_groupSIDList **list, const SID_AND_ATTRIBUTES &group, const char *computer) {
     char name[kNameSize] = "";
     char domain[kNameSize] = "";
     DWORD nameSize = sizeof name;
     DWORD domainSize = sizeof domain;
     SID_NAME_USE use = SidTypeUser;
-    if (LookupAccountSidA(nullptr, sid, name, &nameSize, domain, &domainSize, &use) == 0 ||
+    if ((group.Attributes & SE_GROUP_USE_FOR_DENY_ONLY) != 0 ||
+        LookupAccountSidA(nullptr, group.Sid, name, &nameSize, domain, &domainSize, &use) == 0 ||
         (use != SidTypeGroup && use != SidTypeAlias))
         return true;
     Malloced<ALA_groupSIDList> node = makeZeroed<ALA_groupSIDList>();
@@ -66,7 +68,7 @@ std::int32_t _ALA_CreateGroupSIDList(const ALA_credential_t *, ALA_groupSIDList 
     const SID_AND_ATTRIBUTES *first = groups->Groups;
     const bool complete =
         std::all_of(first, first + groups->GroupCount, [&](const SID_AND_ATTRIBUTES &group) {
-            return addGroup(inoutpp_gSidList, group.Sid, computer);
+            return addGroup(inoutpp_gSidList, group, computer);
         });
     if (!complete)
         ALA__ClearGroupSIDList(inoutpp_gSidList);

@@ -7,6 +7,7 @@
 
 enum TOKEN_INFORMATION_CLASS : std::int32_t { TokenGroups = 2 };
 constexpr DWORD TOKEN_QUERY = 8;
+constexpr DWORD SE_GROUP_USE_FOR_DENY_ONLY = 0x10; // an attribute; groups on Linux never have it
 
 struct SID_AND_ATTRIBUTES {
     PSID Sid;
