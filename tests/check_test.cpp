@@ -264,7 +264,7 @@ TEST(Check, ProgressIsDrawnAfterMessagesAndErasedAtTheEnd) {
     const std::string shown = readAll(terminal);
     close(terminal);
     EXPECT_THAT(shown, HasSubstr("No such file or directory.\r\n\r19990302  log 2 of 2  "));
-    EXPECT_TRUE(shown.ends_with(" records/s\033[K\r\033[K")) << shown;
+    EXPECT_THAT(shown, testing::ContainsRegex(" records/s *\r +\r$"));
 }
 
 TEST(Check, SetupFaultsAreReportedWithTheirPlace) {

@@ -14,7 +14,7 @@ namespace {
 
 struct State {
     bool shows = false;
-    bool drawn = false;
+    int width = 0; // columns of the line on the terminal; 0 if there is no line
     std::int32_t numLogs = 0;
     std::int32_t logNumber = 0; // number of the current log, from 1
     std::int32_t date = 0;
@@ -51,10 +51,13 @@ static void drawIfDue() {
     if (now - state.lastDrawn < kRedrawAfter)
         return;
     state.lastDrawn = now;
-    state.drawn = true;
     const std::int64_t perSecond = state.records * 1000 / (now - state.started);
-    std::fprintf(stderr, "\r%08d  log %d of %d  %lld records/s\033[K", state.date, state.logNumber,
-                 state.numLogs, static_cast<long long>(perSecond));
+    char line[80];
+    const int width = std::snprintf(line, sizeof line, "%08d  log %d of %d  %lld records/s", state.date,
+                                    state.logNumber, state.numLogs, static_cast<long long>(perSecond));
+    // Spaces erase the rest of a longer line, because not every console has escape sequences.
+    std::fprintf(stderr, "\r%-*s", state.width, line);
+    state.width = width;
 }
 
 void qvledger::progressToLog(std::int32_t date) {
@@ -78,9 +81,9 @@ void qvledger::redrawProgress() {
 }
 
 void qvledger::eraseProgress() {
-    if (state.drawn)
-        std::fputs("\r\033[K", stderr);
-    state.drawn = false;
+    if (state.width != 0)
+        std::fprintf(stderr, "\r%*s\r", state.width, "");
+    state.width = 0;
 }
 
 void qvledger::endProgress() {
