@@ -51,10 +51,15 @@ std::int32_t ALA__SetEnvironmentVariables(const char *inp_serviceName) {
     if (path == nullptr)
         return -1;
     OpenKey key;
-    if (openKey(path.get(), KEY_READ, key) != ERROR_SUCCESS &&
-        openKey(kCommonEnvironmentKey, KEY_READ, key) != ERROR_SUCCESS) {
+    LONG opened = openKey(path.get(), KEY_READ, key);
+    if (opened != ERROR_SUCCESS)
+        opened = openKey(kCommonEnvironmentKey, KEY_READ, key);
+    if (opened != ERROR_SUCCESS) {
         logRegistryTrouble();
-        if (*OS_RegistryTrouble() == '\0')
+        if (opened != ERROR_FILE_NOT_FOUND && *OS_RegistryTrouble() == '\0')
+            ALA_DETAIL("the settings for %s cannot be read, error %d\n", path.get(),
+                       static_cast<std::int32_t>(opened));
+        else if (*OS_RegistryTrouble() == '\0')
             ALA_DETAIL("%s does not exist, or has neither the key %s nor one for all servers\n",
                        OS_RegistryPath(), path.get());
         return -1;

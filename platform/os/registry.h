@@ -51,8 +51,8 @@ const char *OS_RegistryPath();
 
 // Writes the place of a key below HKEY_LOCAL_MACHINE, truncated to size bytes, and returns a Win32 error
 // code.  On 0 the place is "file:line", with line 0 if only keys below the key occur; on Windows it is the
-// key's full path.  On 2 (no such key) it is OS_RegistryPath().  On any other code it is empty; for 1015,
-// OS_RegistryTrouble() returns the reason.
+// key's full path.  On 2 (no such key) it is OS_RegistryPath().  On any other code it is the reason of
+// the failure.
 LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size);
 
 } // extern "C"

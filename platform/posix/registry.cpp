@@ -137,16 +137,18 @@ LONG RegOpenKeyExA(HKEY in_key, const char *inp_path, DWORD, DWORD, HKEY *outp_k
 
 LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size) {
     gTrouble[0] = '\0';
-    *text = '\0';
     try {
         Registry registry;
-        if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS)
+        if (const LONG result = loadRegistry(registry); result != ERROR_SUCCESS) {
+            std::snprintf(text, size, "%s", gTrouble);
             return result;
+        }
         const std::optional<RegistryKey> key = registry.take(path);
         const std::string line = key ? ":" + std::to_string(key->line) : "";
         std::snprintf(text, size, "%s%s", OS_RegistryPath(), line.c_str());
         return key ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     } catch (const std::bad_alloc &) {
+        std::snprintf(text, size, "out of memory");
         return ERROR_NOT_ENOUGH_MEMORY;
     }
 }

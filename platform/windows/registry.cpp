@@ -1,6 +1,7 @@
 #include "platform/os.h"
 
 #include <cstdio>
+#include <system_error>
 
 #include "platform/registry_key.h"
 
@@ -16,9 +17,12 @@ const char *OS_RegistryPath() {
 
 LONG OS_PlaceOfKey(const char *path, char *text, std::size_t size) {
     OpenKey key;
-    *text = '\0';
     const LONG result = openKey(path, KEY_READ, key);
-    if (result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND)
-        std::snprintf(text, size, result == ERROR_SUCCESS ? "%s\\%s" : "%s", OS_RegistryPath(), path);
+    if (result == ERROR_SUCCESS)
+        std::snprintf(text, size, "%s\\%s", OS_RegistryPath(), path);
+    else if (result == ERROR_FILE_NOT_FOUND)
+        std::snprintf(text, size, "%s", OS_RegistryPath());
+    else
+        std::snprintf(text, size, "%s", std::system_category().message(result).c_str());
     return result;
 }

@@ -105,8 +105,8 @@ static LONG checkKey(const char *key, SetUpLines &lines, Use use = Use::Place, c
     else if (found == ERROR_FILE_NOT_FOUND)
         fault = ifAbsent;
     else if (found != ERROR_SUCCESS)
-        fault = *OS_RegistryTrouble() != '\0' ? OS_RegistryTrouble() : "out of memory";
-    const bool hasPlace = found != ERROR_FILE_NOT_FOUND || *ifAbsent != '\0';
+        fault = place;
+    const bool hasPlace = found == ERROR_SUCCESS || (found == ERROR_FILE_NOT_FOUND && *ifAbsent != '\0');
     lines.part(kRegistryKey, key, hasPlace ? place : "", fault);
     return found;
 }
