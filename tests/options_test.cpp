@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/run_tool.h"
+#include "tests/support/scripted_os.h"
+#include "tool/run.h"
 
 static const char *const kUsage = "Command line usage: qvledger [-h] [-V] [-d] [-a] [-g] [-o <filename>]\n"
                                   "   [-s <start date>]\n"
@@ -33,6 +35,27 @@ TEST(Options, HelpVersionAndUsageErrorsEndTheRunAtOnce) {
         EXPECT_EQ(result.out, c.out);
         EXPECT_EQ(result.err, c.err);
     }
+}
+
+TEST(Options, AnUnsuitableSystemIsReportedOnceBeforeARun) {
+    const Scripted page(script::GetACP, [] { return 1252U; });
+    const Scripted zones(script::OS_KnowsZone, [](const char *) { return 0; });
+    setenv("TZ", "Europe/Berlin", 1);
+    const auto messagesOf = [](const qvledger::Options &options) {
+        testing::internal::CaptureStderr();
+        qvledger::run(options);
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(messagesOf({.helpflg = 1}), kUsage);
+    EXPECT_EQ(messagesOf({}), kUsage);
+    EXPECT_EQ(
+        messagesOf({.serverName = "alpha", .startDate = "x"}),
+        "qvledger: texts beyond ASCII may be wrong, because the system's code page is 1252 instead of UTF-8: "
+        "Windows 10 version 1903, Windows Server 2022 or a later release is needed.\n"
+        "qvledger: the time zone Europe/Berlin is not known here: the system's time zone is used.\n"
+        "Unable to process the environment variables during initialization \n"
+        "or the server name is invalid.\n");
+    EXPECT_EQ(std::getenv("TZ"), nullptr);
 }
 
 TEST(Options, InvalidDatesAreReportedAndTheLastOfRepeatedOptionsApplies) {

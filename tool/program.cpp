@@ -1,5 +1,6 @@
 #include "tool/program.h"
 
+#include <cstdlib>
 #include <new>
 
 #include "platform/os.h"
@@ -18,6 +19,16 @@ static int workWithinMemory(int argc, char **argv, int (*work)(int, char **)) {
         DisplayMsg(kMsgNoMemory);
         return kStatusNoMemory;
     }
+}
+
+void qvledger::checkSystem() {
+    if (const UINT page = GetACP(); page != CP_UTF8)
+        DisplayMsg(kMsgCodePage, static_cast<std::int32_t>(page));
+    const char *zone = std::getenv("TZ");
+    if (zone == nullptr || OS_KnowsZone(zone) != 0)
+        return;
+    DisplayMsg(kMsgUnknownZone, zone);
+    static_cast<void>(_putenv("TZ=")); // on failure, times are in Coordinated Universal Time
 }
 
 int qvledger::runProgram(const char *name, int argc, char **argv, std::initializer_list<int> localeCategories,

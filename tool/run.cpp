@@ -8,6 +8,7 @@
 #include "service/log/log.h"
 #include "service/messages/message.h"
 #include "tool/messages.h"
+#include "tool/program.h"
 #include "tool/report/line_writer.h"
 #include "tool/report/report_file.h"
 #include "tool/report/report_writer.h"
@@ -190,6 +191,7 @@ int qvledger::runWith(const Options &options, std::int32_t numServers, LogOutput
             DisplayMsg(kMsgIgnoredOption, options.moreServers[operand]);
             break;
         }
+    checkSystem();
     needDoc = options.docflg;
     Run run(options, numServers, writer);
     const int status = run.report();

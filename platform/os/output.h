@@ -22,6 +22,10 @@ OS_outputKind OS_KindOfOutput(int fd);
 // for other outputs; -1 on failure, with errno.
 int OS_WriteAtEnd(int fd);
 
+// The errno of a write that has just failed: EPIPE if the reader of a pipe has left.  Windows has another
+// errno for this.
+int OS_WriteError();
+
 // Number of bytes in a pipe or local socket that the reader has not read yet; a local socket's number
 // includes the system's overhead.  Returns -1 if the reader has closed the pipe or socket, or if the system
 // cannot report the number.  Always 0 on Windows.

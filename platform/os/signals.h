@@ -8,7 +8,7 @@ extern "C" {
 // From now on, notes the first signal that asks the program to end (interrupt, termination, hang-up) and
 // continues; a later signal ends the program.  On Linux, another signal within 50 ms of the first is ignored,
 // because some senders send two.  A signal that is ignored before the call stays ignored.  When Windows
-// closes the console or the user's session, the program has 4.5 seconds to end.
+// closes the console or shuts down, the program has 4.5 seconds to end.
 void OS_NoteEndSignals();
 // Returns the noted signal; 0 if no signal was noted.
 int OS_NotedSignal();

@@ -8,6 +8,7 @@
 #ifndef _WIN32
 
 constexpr UINT CP_OEMCP = 1;
+constexpr UINT CP_UTF8 = 65001;
 
 extern "C" {
 
@@ -17,6 +18,9 @@ int _memicmp(const void *inp_one, const void *inp_two, std::size_t in_length);
 
 const unsigned char *_mbschr(const unsigned char *inp_text, unsigned in_character);
 int _mbsicmp(const unsigned char *inp_one, const unsigned char *inp_two);
+
+// Returns the code page of all texts of char, on Linux always CP_UTF8.
+UINT GetACP();
 
 // Converts wide text to UTF-8 and returns its size in bytes; 0 on failure, with error 122 if the UTF-8 text
 // does not fit.  With in_size 0, writes nothing and returns the needed size.  With in_wideLength -1, the text

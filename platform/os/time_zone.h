@@ -22,6 +22,14 @@ int localtime_s(std::tm *fields, const std::time_t *time);
 
 #endif
 
+extern "C" {
+
+// Can the C library read a value of TZ?  Always 1 on Linux.  The C library of Windows reads the name of a
+// zone, such as "Europe/Berlin", as Coordinated Universal Time.
+int OS_KnowsZone(const char *zone);
+
+} // extern "C"
+
 // Can localtime_s and mktime convert this time, in seconds since 1970?  On Windows they refuse times before
 // 1970 and after the year 3000; for these only the zone's standard offset is known.  Each limit is one day
 // inside that range, so that the result is right for local time as well as for Coordinated Universal Time.

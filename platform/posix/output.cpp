@@ -1,5 +1,7 @@
 #include "platform/os.h"
 
+#include <cerrno>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -41,6 +43,10 @@ int OS_WriteAtEnd(int fd) {
         return 0;
     const int flags = fcntl(fd, F_GETFL, 0L);
     return flags != -1 ? fcntl(fd, F_SETFL, static_cast<long>(flags | O_APPEND)) : -1;
+}
+
+int OS_WriteError() {
+    return errno;
 }
 
 int OS_UnreadBytes(int fd) {

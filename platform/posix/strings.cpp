@@ -44,6 +44,10 @@ static std::string narrowOf(std::wstring_view wide, const char *fallback, bool *
 
 extern "C" {
 
+UINT GetACP() {
+    return CP_UTF8;
+}
+
 char *_strdup(const char *inp_text) {
     return strdup(inp_text);
 }

@@ -83,8 +83,8 @@ int OS_CutFile(int fd, std::int64_t size) {
 // ---- Names ----
 
 int OS_MoveName(const char *from, const char *to) {
-    // A path of MAX_PATH or more bytes might not open afterwards.
-    if (std::strlen(to) >= MAX_PATH) {
+    // A longer path might not open afterwards.  The limit counts characters of UTF-16, and the NUL.
+    if (MultiByteToWideChar(CP_ACP, 0, to, -1, nullptr, 0) > MAX_PATH) {
         errno = EINVAL;
         return OS_REFUSED;
     }

@@ -1,5 +1,7 @@
 #include "platform/os.h"
 
+#include <cerrno>
+
 #include "platform/windows/file_handle.h"
 
 using namespace qvledger;
@@ -25,6 +27,10 @@ int OS_WriteAtEnd(int fd) {
     if (OS_KindOfOutput(fd) != OS_outputKind::File)
         return 0;
     return _lseeki64(fd, 0, SEEK_END) >= 0 ? 0 : -1;
+}
+
+int OS_WriteError() {
+    return _doserrno == ERROR_NO_DATA ? EPIPE : errno;
 }
 
 // No call reports unread bytes, so all written bytes are treated as read.

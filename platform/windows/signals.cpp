@@ -10,6 +10,9 @@ constexpr UINT kInterrupted = 0xC000013A; // exit status of a program that Ctrl+
 // Notes the first signal.  The system calls this handler on a separate thread.  A later signal is not
 // handled, so it ends the program.
 static BOOL WINAPI note(DWORD kind) {
+    // Only a service receives this event, for the logoff of any user, and continues.
+    if (kind == CTRL_LOGOFF_EVENT)
+        return 1;
     int none = 0;
     const bool isFirst = notedSignal.compare_exchange_strong(none, kind == CTRL_C_EVENT ? SIGINT : SIGTERM);
     // After the other events the system ends the program when the handler returns, so the handler waits to

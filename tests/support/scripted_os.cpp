@@ -31,10 +31,12 @@ SCRIPTED(GetProcAddress, FARPROC, (HMODULE library, const char *name), (library,
 SCRIPTED(OS_HasLentRights, int, (), ())
 SCRIPTED(GENU_GetCurrentTime, std::int32_t,
          (STF_l__hdr * status, GEN_generalizedTime **time, std::int32_t reserved), (status, time, reserved))
+SCRIPTED(GetACP, UINT, (), ())
 SCRIPTED(_commit, int, (int fd), (fd))
 SCRIPTED(_unlink, int, (const char *path), (path))
 SCRIPTED(OS_IdentifyTarget, int, (const char *path, OS_fileIdentity *identity), (path, identity))
 SCRIPTED(OS_KindOfOutput, OS_outputKind, (int fd), (fd))
+SCRIPTED(OS_KnowsZone, int, (const char *zone), (zone))
 SCRIPTED(OS_NotedSignal, int, (), ())
 SCRIPTED(OS_SyncFolderOf, int, (int fd), (fd))
 

@@ -40,10 +40,12 @@ extern std::function<decltype(::LoadLibraryA)> LoadLibraryA;
 extern std::function<decltype(::GetProcAddress)> GetProcAddress;
 extern std::function<decltype(::OS_HasLentRights)> OS_HasLentRights;
 extern std::function<decltype(::GENU_GetCurrentTime)> GENU_GetCurrentTime;
+extern std::function<decltype(::GetACP)> GetACP;
 extern std::function<decltype(::_commit)> _commit;
 extern std::function<decltype(::_unlink)> _unlink;
 extern std::function<decltype(::OS_IdentifyTarget)> OS_IdentifyTarget;
 extern std::function<decltype(::OS_KindOfOutput)> OS_KindOfOutput;
+extern std::function<decltype(::OS_KnowsZone)> OS_KnowsZone;
 extern std::function<decltype(::OS_NotedSignal)> OS_NotedSignal;
 extern std::function<decltype(::OS_SyncFolderOf)> OS_SyncFolderOf;
 

@@ -19,6 +19,7 @@
 #include "tool/check/reasons.h"
 #include "tool/check/set_up_table.h"
 #include "tool/messages.h"
+#include "tool/program.h"
 #include "tool/progress.h"
 #include "tool/rights.h"
 #include "tool/run.h"
@@ -291,7 +292,7 @@ int CheckRun::run() {
             findings_.failure = status;
     }
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        const int error = outputError() != 0 ? outputError() : errno;
+        const int error = outputError() != 0 ? outputError() : OS_WriteError();
         DisplayMsg(kMsgCheckOutputLost, std::strerror(error));
         findings_.lost = true;
     }
@@ -320,5 +321,6 @@ int qvledger::runCheck(const Options &options) {
         DisplayMsg(kMsgCheckUsage);
         return kStatusUsage;
     }
+    checkSystem();
     return datesAreValid(options) ? CheckRun(options, servers).run() : kStatusBadStart;
 }

@@ -1,9 +1,9 @@
 #include "tool/check/fields.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <string>
 
+#include "platform/os.h"
 #include "service/visible.h"
 
 using namespace qvledger;
@@ -17,7 +17,7 @@ int qvledger::outputError() {
 // Notes a failed write.  Keeps the first error, because later writes may succeed or fail for another reason.
 static void noteError(int result) {
     if (result == EOF && firstError == 0)
-        firstError = errno;
+        firstError = OS_WriteError();
 }
 
 static std::string visible(std::string_view text) {

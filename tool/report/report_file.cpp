@@ -87,7 +87,7 @@ int ReportFile::write(std::string_view bytes) {
     std::size_t done = 0;
     while (done < bytes.size() && error == 0) {
         const int got = _write(fd_, bytes.data() + done, static_cast<unsigned>(bytes.size() - done));
-        const int reason = got < 0 ? errno : 0;
+        const int reason = got < 0 ? OS_WriteError() : 0;
         done += static_cast<std::size_t>(std::max(got, 0));
         if (done < bytes.size() && !isFile() && OS_NotedSignal() != 0)
             error = EINTR; // a reader that does not read must not keep the program from ending
