@@ -4,9 +4,6 @@ using namespace qvledger;
 
 constexpr char32_t kLastCharacter = 0x10FFFF;
 
-static bool isSurrogate(char32_t number) {
-    return number >= 0xD800 && number <= 0xDFFF;
-}
 static bool isStrayByte(char32_t number) {
     return number >= kStrayByte + 0x80 && number <= kStrayByte + 0xFF;
 }

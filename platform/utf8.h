@@ -17,6 +17,11 @@ std::size_t utf8Length(std::string_view text);
 
 bool isUtf8(std::string_view text);
 
+// Is the code point half of a pair in UTF-16, and so not a character?
+constexpr bool isSurrogate(char32_t number) {
+    return number >= 0xD800 && number <= 0xDFFF;
+}
+
 // Removes and returns the first character of a text.  REQUIRES: the text is not empty.
 char32_t takeUtf8(std::string_view &text);
 

@@ -134,11 +134,6 @@ int OS_OpenAgain(int fd) {
 
 // ---- Contents ----
 
-int OS_LastByte(int fd) {
-    unsigned char last = 0;
-    return lseek(fd, -1, SEEK_END) >= 0 && read(fd, &last, 1) == 1 ? last : -1;
-}
-
 int OS_CutFile(int fd, std::int64_t size) {
     return ftruncate(fd, size) == 0 && lseek(fd, size, SEEK_SET) == size ? 0 : -1;
 }

@@ -1,6 +1,5 @@
 #include "platform/windows/file_handle.h"
 
-#include <cerrno>
 #include <cstdint>
 
 #include "platform/windows/error.h"

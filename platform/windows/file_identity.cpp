@@ -1,33 +1,22 @@
 #include "platform/os.h"
 
+#include <algorithm>
 #include <cerrno>
 
-#include "platform/windows/error.h"
 #include "platform/windows/file_handle.h"
 
 using namespace qvledger;
 
-// File times count units of 100 nanoseconds since 1601.
-constexpr std::uint64_t kStep = 100;
-constexpr std::int64_t kStepsPerSecond = 10'000'000;
+// File times count steps of 100 nanoseconds since 1601.
 constexpr std::int64_t kStepsTo1970 = 116'444'736'000'000'000;
-// How long to wait until file times have certainly advanced: twice the longest step.  Some file systems store
-// times in steps of two seconds.
-constexpr std::int64_t kCoarse = 2'000'000'000;
-constexpr std::int64_t kCoarseStep = 2 * kCoarse;
-constexpr std::int64_t kFineStep = 40'000'000; // for times from the system's clock
-constexpr int kLooks = 3;                      // attempts for a file that keeps changing
+constexpr std::int64_t kStepsPerSecond = 10'000'000;
 
-static std::int64_t nanoseconds(std::int64_t steps) {
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(steps - kStepsTo1970) * kStep);
+static std::int64_t nanoseconds(const LARGE_INTEGER &time) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.QuadPart - kStepsTo1970) * 100);
 }
 
-static std::int64_t together(DWORD high, DWORD low) {
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(high) << 32 | low);
-}
-
-// Is the handle that of a link itself, or of a folder that leads to another place?  Other reparse points are
-// files that the file system stores in its own way, such as files on a deduplicated volume.
+// Is the handle that of a link itself?  Other reparse points are files that the file system stores in its own
+// way, such as files on a deduplicated volume.
 static bool isLink(HANDLE file) {
     FILE_ATTRIBUTE_TAG_INFO info = {};
     return GetFileInformationByHandleEx(file, FileAttributeTagInfo, &info, sizeof info) == 0 ||
@@ -38,14 +27,14 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
     BY_HANDLE_FILE_INFORMATION found = {};
     FILE_BASIC_INFO times = {};
     FILE_STANDARD_INFO standard = {};
-    const DWORD type = file != INVALID_HANDLE_VALUE ? GetFileType(file) : DWORD{FILE_TYPE_UNKNOWN};
-    if (type == FILE_TYPE_CHAR || type == FILE_TYPE_PIPE) {
-        *identity = {0, 0, 0, 0, 0, 0, 1, false};
-        return 0;
-    }
     if (file == INVALID_HANDLE_VALUE) {
         errno = EBADF;
         return -1;
+    }
+    if (const DWORD type = GetFileType(file); type == FILE_TYPE_CHAR || type == FILE_TYPE_PIPE) {
+        *identity = {};
+        identity->names = 1;
+        return 0;
     }
     if (GetFileInformationByHandle(file, &found) == 0 ||
         GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times) == 0 ||
@@ -53,15 +42,16 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
         errno = EIO; // not from the system's error, because EBADF would mean that the file is not open
         return -1;
     }
+    const std::int64_t modified = nanoseconds(times.LastWriteTime);
+    const bool isPlain = (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || !isLink(file);
     *identity = {found.dwVolumeSerialNumber,
-                 static_cast<std::uint64_t>(together(found.nFileIndexHigh, found.nFileIndexLow)),
-                 together(found.nFileSizeHigh, found.nFileSizeLow),
-                 nanoseconds(times.LastWriteTime.QuadPart),
-                 nanoseconds(times.ChangeTime.QuadPart),
+                 static_cast<std::uint64_t>(found.nFileIndexHigh) << 32 | found.nFileIndexLow,
+                 standard.EndOfFile.QuadPart,
+                 modified,
+                 std::max(modified, nanoseconds(times.ChangeTime)), // some file systems lack this time
                  (times.LastWriteTime.QuadPart - kStepsTo1970) / kStepsPerSecond,
-                 standard.DeletePending != 0 ? 0U : found.nNumberOfLinks,
-                 (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
-                     ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 || !isLink(file))};
+                 standard.DeletePending != 0 ? 0U : standard.NumberOfLinks,
+                 standard.Directory == 0 && isPlain};
     return 0;
 }
 
@@ -80,21 +70,4 @@ int OS_IdentifyName(const char *path, OS_fileIdentity *identity) {
 
 int OS_IdentifyTarget(const char *path, OS_fileIdentity *identity) {
     return identifyPath(path, FILE_FLAG_BACKUP_SEMANTICS, identity);
-}
-
-int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
-    for (int look = 0; look < kLooks; ++look) {
-        FILETIME now = {}; // read before the file's times, so that a later change gets a later time
-        GetSystemTimeAsFileTime(&now);
-        if (OS_IdentifyDescriptor(fd, identity) != 0)
-            return -1;
-        const bool isCoarse = identity->modified % kCoarse == 0;
-        const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
-        const std::int64_t age =
-            nanoseconds(together(now.dwHighDateTime, now.dwLowDateTime)) - identity->modified;
-        if (age > step || age < -step) // a time far in the future comes from another machine's clock
-            return 0;
-        OS_Sleep(static_cast<int>(step / 1'000'000));
-    }
-    return OS_IdentifyDescriptor(fd, identity);
 }

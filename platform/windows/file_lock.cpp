@@ -1,7 +1,5 @@
 #include "platform/os.h"
 
-#include <cerrno>
-
 #include "platform/windows/error.h"
 #include "platform/windows/file_handle.h"
 
@@ -15,32 +13,24 @@ using namespace qvledger;
 constexpr DWORD kLockedAt = 0x7fffffff; // high half of the position of the two bytes
 enum LockByte : DWORD { kFirst = 0, kSecond = 1 };
 
-static DWORD lock(HANDLE file, LockByte byte) {
-    OVERLAPPED place = {};
-    place.Offset = byte;
-    place.OffsetHigh = kLockedAt;
-    const DWORD kind = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
-    return LockFileEx(file, kind, 0, 1, 0, &place) != 0 ? DWORD{ERROR_SUCCESS} : GetLastError();
+static bool lock(HANDLE file, LockByte byte) {
+    return LockFile(file, byte, kLockedAt, 1, 0) != 0;
 }
 
 static void unlock(HANDLE file, LockByte byte) {
-    OVERLAPPED place = {};
-    place.Offset = byte;
-    place.OffsetHigh = kLockedAt;
-    static_cast<void>(UnlockFileEx(file, 0, 1, 0, &place)); // afterwards the byte is unlocked in any case
+    static_cast<void>(UnlockFile(file, byte, kLockedAt, 1, 0)); // afterwards the byte is unlocked in any case
 }
 
 int OS_LockFile(int fd) {
     const HANDLE file = handleOf(fd);
-    DWORD error = lock(file, kFirst);
-    if (error == ERROR_SUCCESS) {
-        error = lock(file, kSecond);
-        if (error == ERROR_SUCCESS)
-            return OS_DONE;
+    const bool hasFirst = lock(file, kFirst);
+    if (hasFirst && lock(file, kSecond))
+        return OS_DONE;
+    const DWORD error = GetLastError();
+    if (hasFirst)
         unlock(file, kFirst);
-    }
     setErrno(error);
-    return error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING ? OS_TAKEN : OS_REFUSED;
+    return errno == EBUSY ? OS_TAKEN : OS_REFUSED;
 }
 
 void OS_UnlockFile(int fd) {
@@ -57,9 +47,8 @@ int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
     FileHandle held(CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!held.isOpen()) {
-        const DWORD error = GetLastError();
-        setErrno(error);
-        return error == ERROR_SHARING_VIOLATION ? OS_TAKEN : OS_REFUSED;
+        setErrno(GetLastError());
+        return errno == EBUSY ? OS_TAKEN : OS_REFUSED;
     }
     OS_fileIdentity opened = {};
     if (identifyHandle(held.get(), &opened) != 0)
@@ -69,7 +58,7 @@ int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
         return OS_REFUSED;
     }
     unlock(handleOf(fd), kSecond); // the lock of the first byte still excludes other processes
-    if (lock(held.get(), kSecond) != ERROR_SUCCESS)
+    if (!lock(held.get(), kSecond))
         return OS_REFUSED;
     const int newFd = descriptorOf(held.release(), _O_RDONLY);
     if (newFd == -1)

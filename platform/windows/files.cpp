@@ -1,8 +1,6 @@
 #include "platform/os.h"
 
-#include <cerrno>
-#include <cstring>
-
+#include "platform/descriptor.h"
 #include "platform/malloced.h"
 #include "platform/windows/error.h"
 #include "platform/windows/file_handle.h"
@@ -14,12 +12,11 @@ using namespace qvledger;
 // Rights to write only at the file's current end, and to query the file.
 constexpr DWORD kAppend = FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE;
 
-// Opens a file for appending.  Opens it for reading too if permitted, because a lock needs the right to read
+// Opens a file for appending.  Opens it for reading too if possible, because a lock needs the right to read
 // or overwrite the file.
 static HANDLE openToAppend(const char *path, DWORD rights, DWORD disposition) {
     const HANDLE file = openHandle(path, kAppend | GENERIC_READ | rights, disposition);
-    return file != INVALID_HANDLE_VALUE || errno != EACCES ? file
-                                                           : openHandle(path, kAppend | rights, disposition);
+    return file != INVALID_HANDLE_VALUE ? file : openHandle(path, kAppend | rights, disposition);
 }
 
 int OS_OpenToRead(const char *path) {
@@ -36,12 +33,12 @@ int OS_OpenToAppend(const char *name, char **made) {
     }
     for (int tries = 0; tries < kTries; ++tries) {
         // Requests the right to delete, because the program may have to remove the file that it creates.
-        FileHandle file(openToAppend(name, DELETE, CREATE_NEW));
-        const bool isMade = file.isOpen();
+        const HANDLE file = openToAppend(name, DELETE, CREATE_NEW);
+        const bool isMade = file != INVALID_HANDLE_VALUE;
         if (!isMade && errno != EEXIST)
             return -1;
-        const int fd = descriptorOf(isMade ? file.release() : openToAppend(name, 0, OPEN_EXISTING),
-                                    _O_WRONLY | _O_APPEND);
+        const int fd =
+            descriptorOf(isMade ? file : openToAppend(name, 0, OPEN_EXISTING), _O_WRONLY | _O_APPEND);
         if (fd != -1 && isMade)
             *made = path.release();
         if (fd != -1 || errno != ENOENT)
@@ -60,24 +57,13 @@ int OS_OpenAgain(int fd) {
 
 // ---- Contents ----
 
-int OS_LastByte(int fd) {
-    LARGE_INTEGER size = {};
-    unsigned char last = 0;
-    if (GetFileSizeEx(handleOf(fd), &size) == 0 || size.QuadPart == 0)
-        return -1;
-    return OS_ReadAt(fd, size.QuadPart - 1, &last, 1) == 1 ? last : -1;
-}
-
 int OS_CutFile(int fd, std::int64_t size) {
     // A handle that only appends cannot truncate, so the file is opened again.
-    const FileHandle file(ReOpenFile(handleOf(fd), GENERIC_WRITE, kShareAll, 0));
-    FILE_END_OF_FILE_INFO end = {};
-    end.EndOfFile.QuadPart = size;
-    if (!file.isOpen() || SetFileInformationByHandle(file.get(), FileEndOfFileInfo, &end, sizeof end) == 0) {
+    const Descriptor file(descriptorOf(ReOpenFile(handleOf(fd), GENERIC_WRITE, kShareAll, 0), _O_WRONLY));
+    if (!file.isOpen())
         setErrno(GetLastError());
-        return -1;
-    }
-    return _lseeki64(fd, size, SEEK_SET) == size ? 0 : -1;
+    return file.isOpen() && _chsize_s(file.get(), size) == 0 && _lseeki64(fd, size, SEEK_SET) == size ? 0
+                                                                                                      : -1;
 }
 
 // ---- Names ----
@@ -90,10 +76,7 @@ int OS_MoveName(const char *from, const char *to) {
     }
     if (MoveFileExA(from, to, MOVEFILE_WRITE_THROUGH) != 0)
         return OS_DONE;
-    const DWORD error = GetLastError();
-    setErrno(error);
-    if (error == ERROR_SHARING_VIOLATION)
-        errno = EBUSY; // another program has the file open without FILE_SHARE_DELETE
+    setErrno(GetLastError()); // EBUSY if another program has the file open without FILE_SHARE_DELETE
     return errno == EEXIST ? OS_TAKEN : OS_REFUSED;
 }
 

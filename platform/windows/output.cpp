@@ -12,21 +12,15 @@ OS_outputKind OS_KindOfOutput(int fd) {
         return OS_outputKind::Unknown;
     if (identity.regular)
         return OS_outputKind::File;
-    switch (GetFileType(handleOf(fd))) {
-    case FILE_TYPE_CHAR:
-        return OS_outputKind::Device;
-    case FILE_TYPE_PIPE: // also a socket, because the system reports no difference
-        return OS_outputKind::Pipe;
-    default:
-        return OS_outputKind::Unknown;
-    }
+    const DWORD type = GetFileType(handleOf(fd)); // the same for pipes and sockets
+    return type == FILE_TYPE_CHAR   ? OS_outputKind::Device
+           : type == FILE_TYPE_PIPE ? OS_outputKind::Pipe
+                                    : OS_outputKind::Unknown;
 }
 
 // Only moves the position, because an open descriptor cannot be changed to append.
 int OS_WriteAtEnd(int fd) {
-    if (OS_KindOfOutput(fd) != OS_outputKind::File)
-        return 0;
-    return _lseeki64(fd, 0, SEEK_END) >= 0 ? 0 : -1;
+    return OS_KindOfOutput(fd) != OS_outputKind::File || _lseeki64(fd, 0, SEEK_END) >= 0 ? 0 : -1;
 }
 
 int OS_WriteError() {

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <initializer_list>
+#include <string_view>
 
 static void passOver(const wchar_t *, const wchar_t *, const wchar_t *, unsigned, std::uintptr_t) {}
 
@@ -29,9 +30,6 @@ int OS_WatchForks(void (*)()) {
 }
 
 const char *OS_ProgramName() {
-    const char *name = _pgmptr != nullptr ? _pgmptr : "";
-    for (const char *at = name; *at != '\0'; ++at)
-        if (*at == '\\' || *at == '/')
-            name = at + 1;
-    return name;
+    const std::string_view path(_pgmptr != nullptr ? _pgmptr : "");
+    return path.data() + path.find_last_of("\\/") + 1; // without a folder, npos + 1 is 0
 }

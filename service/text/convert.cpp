@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <functional>
 #include <iterator>
+#include <new>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -15,11 +17,15 @@
 
 using namespace qvledger;
 
+constexpr std::uint32_t kUtf16Be = 1013, kUtf16Le = 1014, kUtf32Be = 1018, kUtf32Le = 1019;
+// The byte order is that of the mark at the beginning of the text.
+constexpr std::uint32_t kUtf16 = 1015, kUtf32 = 1017;
+
 namespace {
 
 struct CodeSet {
     std::uint32_t number;
-    const char *name;     // iconv's name of the code set
+    const char *name;     // iconv's name of the code set; unused for a Unicode set with wide units
     std::size_t unit = 1; // bytes of the smallest unit
     bool hasAscii = true; // a text of only bytes 0x01 to 0x7F is ASCII
 };
@@ -27,7 +33,7 @@ struct CodeSet {
 } // namespace
 
 // Code sets with shift states are not supported, because conversion could not resume after a fault.  ASCII
-// needs no row, because texts in unknown code sets are read as ASCII.
+// needs no row, because texts in unknown code sets are read as ASCII.  Unicode sets need no converter.
 constexpr CodeSet kCodeSets[] = {
     {CODE_SET_LATIN1, "ISO-8859-1"},
     {5, "ISO-8859-2"},
@@ -50,12 +56,12 @@ constexpr CodeSet kCodeSets[] = {
     {112, "ISO-8859-16"},
     {113, "GBK"},
     {114, "GB18030"},
-    {CODE_SET_UCS2, "UCS-2BE", 2, false},
-    {1001, "UTF-32BE", 4, false},
-    {1013, "UTF-16BE", 2, false},
-    {1014, "UTF-16LE", 2, false},
-    {1018, "UTF-32BE", 4, false},
-    {1019, "UTF-32LE", 4, false},
+    {CODE_SET_UCS2, "", 2, false},
+    {1001, "", 4, false},
+    {kUtf16Be, "", 2, false},
+    {kUtf16Le, "", 2, false},
+    {kUtf32Be, "", 4, false},
+    {kUtf32Le, "", 4, false},
     {2004, "HP-ROMAN8"},
     {2009, "IBM850"},
     {2010, "IBM852"},
@@ -117,7 +123,7 @@ static iconv_t findConverter(const CodeSet *set) {
     return converter = opened;
 }
 
-static char *convertBy(iconv_t converter, std::size_t unit, std::string_view text) {
+static char *convertBy(iconv_t converter, std::string_view text) {
     // Each byte of input becomes at most three bytes of output.  run() reserves room for one "?" per unread
     // byte.
     const std::size_t size = 4 * text.size() + 16;
@@ -134,9 +140,8 @@ static char *convertBy(iconv_t converter, std::size_t unit, std::string_view tex
     while (left > 0 && !run(&in)) {
         run(nullptr); // writes a character that iconv still keeps
         *out++ = '?';
-        const std::size_t fault = std::min(unit, left);
-        in += fault;
-        left -= fault;
+        ++in;
+        --left;
     }
     run(nullptr);
     *out = '\0';
@@ -176,6 +181,28 @@ static char *convertFromUtf8(std::string_view text) {
     return made;
 }
 
+// Converts a text in a Unicode set.  Does not use iconv, because not every system has these sets.
+static char *convertFromUnicode(std::string_view text, const CodeSet &set) try {
+    const bool isLittle = set.number == kUtf16Le || set.number == kUtf32Le;
+    const bool isCut = text.size() % set.unit != 0;
+    std::string converted;
+    if (set.number == kUtf16Le || set.number == kUtf16Be) {
+        converted = utf8FromUtf16(text, !isLittle);
+    } else {
+        for (std::size_t at = 0; at + set.unit <= text.size(); at += set.unit) {
+            char32_t number = 0;
+            for (std::size_t i = 0; i < set.unit; ++i)
+                number =
+                    number << 8 | static_cast<unsigned char>(text[at + (isLittle ? set.unit - 1 - i : i)]);
+            if (isSurrogate(number) || !appendUtf8(converted, number))
+                converted.push_back('?');
+        }
+    }
+    return newText(isCut ? converted + '?' : converted);
+} catch (const std::bad_alloc &) {
+    return nullptr;
+}
+
 // The text before its first zero unit.
 static std::string_view beforeNul(std::string_view text, std::size_t unit) {
     const std::string_view nul("\0\0\0\0", unit);
@@ -185,20 +212,20 @@ static std::string_view beforeNul(std::string_view text, std::size_t unit) {
     return text.substr(0, at);
 }
 
-// Replaces UTF-16 (1015) or UTF-32 (1017) by a code set with a fixed byte order.  A byte order mark at the
+// Replaces kUtf16 or kUtf32 by a code set with a fixed byte order.  A byte order mark at the
 // start of the text selects the order and is removed; without a mark the order is big-endian.  Returns other
 // code sets unchanged.
 static std::uint32_t takeMark(std::string_view &text, std::uint32_t codeSet) {
-    if (codeSet != 1015 && codeSet != 1017)
+    if (codeSet != kUtf16 && codeSet != kUtf32)
         return codeSet;
-    const bool isWide = codeSet == 1017;
+    const bool isWide = codeSet == kUtf32;
     const std::size_t unit = isWide ? 4 : 2;
     const bool isLittle = text.starts_with(std::string_view("\xFF\xFE\0\0", unit));
     if (isLittle || text.starts_with(std::string_view("\0\0\xFE\xFF", 4).substr(4 - unit)))
         text.remove_prefix(unit);
     if (isWide)
-        return isLittle ? 1019 : 1018;
-    return isLittle ? 1014 : 1013;
+        return isLittle ? kUtf32Le : kUtf32Be;
+    return isLittle ? kUtf16Le : kUtf16Be;
 }
 
 // ---- Operations ----
@@ -217,10 +244,12 @@ char *qvledger::convertToUtf8(std::span<const std::uint8_t> bytes, std::uint32_t
         return newText(text);
     if (codeSet == CODE_SET_UTF8)
         return convertFromUtf8(text);
+    if (set->unit != 1)
+        return convertFromUnicode(text, *set);
     const iconv_t converter = findConverter(set);
     if (converter == kNoConverter) // EINVAL: the C library lacks this code set
         return errno == EINVAL ? asciiAlone(text) : nullptr;
-    return convertBy(converter, set->unit, text);
+    return convertBy(converter, text);
 }
 
 char *qvledger::copyText(std::span<const std::uint8_t> bytes) {

@@ -1,5 +1,4 @@
-// The part of X/Open iconv that the program uses: conversion to UTF-8 from the system's code pages and from
-// Unicode sets.
+// The part of X/Open iconv that the program uses: conversion to UTF-8 from the system's code pages.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +8,14 @@ using iconv_t = Iconv *;
 
 extern "C" {
 
-// Opens a converter.  Code sets have the names in service/text/convert.cpp.  Returns all ones, with errno
-// EINVAL, if the code set is unknown, the system lacks it, or the target is not UTF-8.
+// Opens a converter.  Code sets have the names in service/text/convert.cpp; the target is always UTF-8.
+// Returns all ones, with errno EINVAL, if the system lacks the code set.
 iconv_t iconv_open(const char *inp_to, const char *inp_from);
 int iconv_close(iconv_t in_converter);
 
 // Converts the input up to the first character that cannot be converted, and advances the four values.
-// Returns 0 if all input was converted.  Otherwise returns all ones, with errno: E2BIG if the output is full,
-// EILSEQ at an invalid character, EINVAL if the input's end may have cut the character.  Keeps no state
-// between calls, so a null input does nothing.
+// Returns 0 if all input was converted, otherwise all ones.  Keeps no state between calls, so a null input
+// does nothing.
 std::size_t iconv(iconv_t in_converter, char **inoutp_in, std::size_t *inoutp_left, char **inoutp_out,
                   std::size_t *inoutp_room);
 
