@@ -20,7 +20,7 @@ std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     return written > 0 ? static_cast<std::size_t>(written) : 0;
 }
 
-// The event source has no message file, so the event log shows the text as it is.
+// Message 1 is the text alone if the administrator has registered the source (docs/platform.md).
 bool LogSink::sendToSystemLog(const char *, std::int32_t level, std::string_view entry) {
     const HANDLE source = RegisterEventSourceA(nullptr, "qvledger");
     if (source == nullptr)
@@ -29,8 +29,9 @@ bool LogSink::sendToSystemLog(const char *, std::int32_t level, std::string_view
     text.append(entry);
     text.end('\0');
     const char *only = text.view().data();
+    constexpr DWORD kTextAlone = 1;
     const WORD type = level == LOG_ERROR ? EVENTLOG_ERROR_TYPE : EVENTLOG_INFORMATION_TYPE;
-    const bool isTaken = ReportEventA(source, type, 0, 1, nullptr, 1, 0, &only, nullptr) != 0;
+    const bool isTaken = ReportEventA(source, type, 0, kTextAlone, nullptr, 1, 0, &only, nullptr) != 0;
     DeregisterEventSource(source);
     return isTaken;
 }
