@@ -17,13 +17,11 @@ HANDLE qvledger::openHandle(const char *path, DWORD access, DWORD disposition, D
     return handle;
 }
 
-int qvledger::descriptorOf(HANDLE opened, int flags) {
-    FileHandle handle(opened);
-    if (!handle.isOpen())
+int qvledger::descriptorOf(HANDLE handle, int flags) {
+    if (handle == INVALID_HANDLE_VALUE)
         return -1;
-    const int fd =
-        _open_osfhandle(reinterpret_cast<std::intptr_t>(handle.get()), flags | _O_BINARY | _O_NOINHERIT);
-    if (fd != -1)
-        static_cast<void>(handle.release()); // the descriptor owns the handle now
+    const int fd = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), flags | _O_BINARY | _O_NOINHERIT);
+    if (fd == -1)
+        CloseHandle(handle);
     return fd;
 }

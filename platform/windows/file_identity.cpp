@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "platform/descriptor.h"
 #include "platform/windows/file_handle.h"
 
 using namespace qvledger;
@@ -23,14 +24,13 @@ static bool isLink(HANDLE file) {
            IsReparseTagNameSurrogate(info.ReparseTag);
 }
 
-int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
+int OS_IdentifyDescriptor(int fd, OS_fileIdentity *identity) {
+    const HANDLE file = handleOf(fd);
     BY_HANDLE_FILE_INFORMATION found = {};
     FILE_BASIC_INFO times = {};
     FILE_STANDARD_INFO standard = {};
-    if (file == INVALID_HANDLE_VALUE) {
-        errno = EBADF;
+    if (file == INVALID_HANDLE_VALUE)
         return -1;
-    }
     if (const DWORD type = GetFileType(file); type == FILE_TYPE_CHAR || type == FILE_TYPE_PIPE) {
         *identity = {};
         identity->names = 1;
@@ -56,12 +56,9 @@ int qvledger::identifyHandle(HANDLE file, OS_fileIdentity *identity) {
 }
 
 static int identifyPath(const char *path, DWORD flags, OS_fileIdentity *identity) {
-    const FileHandle file(openHandle(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, flags));
-    return file.isOpen() ? identifyHandle(file.get(), identity) : -1;
-}
-
-int OS_IdentifyDescriptor(int fd, OS_fileIdentity *identity) {
-    return identifyHandle(handleOf(fd), identity);
+    const Descriptor file(
+        descriptorOf(openHandle(path, FILE_READ_ATTRIBUTES, OPEN_EXISTING, flags), _O_RDONLY));
+    return file.isOpen() ? OS_IdentifyDescriptor(file.get(), identity) : -1;
 }
 
 int OS_IdentifyName(const char *path, OS_fileIdentity *identity) {

@@ -1,5 +1,6 @@
 #include "platform/os.h"
 
+#include "platform/descriptor.h"
 #include "platform/windows/error.h"
 #include "platform/windows/file_handle.h"
 
@@ -44,28 +45,22 @@ void OS_UnlockFile(int fd) {
 // open, and afterwards prevents writers from opening the file.  The new handle locks the second byte and then
 // replaces the descriptor's old handle.  Closing the old handle releases the lock of the first byte.
 int OS_LockOutWriters(int fd, const char *path, const OS_fileIdentity &file) {
-    FileHandle held(CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!held.isOpen()) {
+    const HANDLE handle = CreateFileA(path, GENERIC_READ | DELETE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
         setErrno(GetLastError());
         return errno == EBUSY ? OS_TAKEN : OS_REFUSED;
     }
+    const Descriptor held(descriptorOf(handle, _O_RDONLY));
     OS_fileIdentity opened = {};
-    if (identifyHandle(held.get(), &opened) != 0)
+    if (OS_IdentifyDescriptor(held.get(), &opened) != 0)
         return OS_REFUSED;
     if (!OS_IsSameFile(opened, file)) {
         errno = ENOENT;
         return OS_REFUSED;
     }
     unlock(handleOf(fd), kSecond); // the lock of the first byte still excludes other processes
-    if (!lock(held.get(), kSecond))
-        return OS_REFUSED;
-    const int newFd = descriptorOf(held.release(), _O_RDONLY);
-    if (newFd == -1)
-        return OS_REFUSED;
-    const int moved = _dup2(newFd, fd);
-    static_cast<void>(_close(newFd)); // fd keeps the file open
-    return moved == 0 ? OS_DONE : OS_REFUSED;
+    return lock(handleOf(held.get()), kSecond) && _dup2(held.get(), fd) == 0 ? OS_DONE : OS_REFUSED;
 }
 
 // No simple call reports whether a file is open elsewhere for reading or writing.

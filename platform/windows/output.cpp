@@ -24,7 +24,8 @@ int OS_WriteAtEnd(int fd) {
 }
 
 int OS_WriteError() {
-    return _doserrno == ERROR_NO_DATA ? EPIPE : errno;
+    const bool hasNoReader = _doserrno == ERROR_NO_DATA || _doserrno == ERROR_PIPE_NOT_CONNECTED;
+    return hasNoReader ? EPIPE : errno;
 }
 
 // No call reports unread bytes, so all written bytes are treated as read.
