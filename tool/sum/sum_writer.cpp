@@ -64,8 +64,8 @@ ALA_retCode_t SumWriter::sumJobs(ALA_handle_t handle, ALA_acctLogHandle_t log, c
 
 bool SumWriter::write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name, LineWriter &report) {
     if (opened_.isRepeated(name)) {
-        page_.missing.push_back({name.server, opened_.unread(), name.date, name.date,
-                                 "another log was read for this date"});
+        page_.missing.push_back(
+            {name.server, opened_.unread(), name.date, name.date, "another log was read for this date"});
         fail(ALA_A_FAIL_TO_OPEN_LOG_FILE);
         return false;
     }
