@@ -10,18 +10,23 @@
 using namespace samples;
 namespace fs = std::filesystem;
 
-TEST(Admission, EntriesAdmitTheCallersUserAndGroup) {
+static int statusFor(const AccessEntry &entry) {
+    PrintSystem system;
+    system.save("19990301", marchLog({.accessList = {pack(entry)}}));
+    return system.run({"alpha"}).status;
+}
+
+TEST(Admission, AnEntryAdmitsTheCallersUser) {
+    const AccountName user = callersAccount().user;
+    EXPECT_EQ(statusFor(userEntry(user.name, user.domain)), 0);
+    EXPECT_EQ(statusFor(userEntry(user.name, "ELSEWHERE")), 7);
+}
+
+TEST(Admission, AnEntryAdmitsTheCallersGroup) {
     const Account caller = callersAccount();
-    const auto statusFor = [](const AccessEntry &entry) {
-        PrintSystem system;
-        system.save("19990301", marchLog({.accessList = {pack(entry)}}));
-        return system.run({"alpha"}).status;
-    };
-    EXPECT_EQ(statusFor(userEntry(caller.user.name, caller.user.domain)), 0);
-    EXPECT_EQ(statusFor(userEntry(caller.user.name, "ELSEWHERE")), 7);
-    if (!caller.groups.empty() && caller.groupIds <= 15) {
-        EXPECT_EQ(statusFor(groupEntry(caller.groups[0].name, caller.groups[0].domain)), 0);
-    }
+    if (caller.groups.empty() || caller.groupIds > 15)
+        GTEST_SKIP() << "the caller is in no group with a name, or in too many groups";
+    EXPECT_EQ(statusFor(groupEntry(caller.groups[0].name, caller.groups[0].domain)), 0);
 }
 
 TEST(Admission, AccountsAndGroupsBelongToTheDomainInTheirName) {

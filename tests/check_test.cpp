@@ -92,9 +92,13 @@ TEST(Check, EachStateOfALogIsReported) {
                   one.firstDamage != nullptr ? "" : std::to_string(damage));
         EXPECT_THAT(result.out, Not(HasSubstr("secret")));
     }
+    EXPECT_EQ(system.run({"alpha"}, kCheck).status, 50) << "damage outweighs a refusal";
+}
+
+TEST(Check, AFolderWithTheNameOfALogIsReported) {
+    PrintSystem system;
     fs::create_directory(system.log("19990308"));
     EXPECT_EQ(field(system.run({"alpha"}, kCheck), "alpha.19990308", "reason"), "not a regular file");
-    EXPECT_EQ(system.run({"alpha"}, kCheck).status, 50) << "damage outweighs a refusal";
 }
 
 // Returns the log, state and reason of each line about a log that is missing.
@@ -169,13 +173,10 @@ TEST(Check, ADamagedLogsIntactRecordsAreSaved) {
     damaged.overwrite(begin, "\xff");
     system.save("19990301", damaged);
     system.save("19990302", threeJobs());
-    ASSERT_EQ(chmod(system.log("19990301").c_str(), 0640), 0);
     setChanged(system.log("19990301"), 1000000000);
     const fs::path folder = system / "bücher";
     fs::create_directory(folder);
-    ToolRun run = kCheck; // as on a file system without renameat2()
-    run.failing = {folder / "alpha.19990301", "renameat2:error=EINVAL"};
-    const ToolResult result = system.run({"-S", folder, "alpha"}, run);
+    const ToolResult result = system.run({"-S", folder, "alpha"}, kCheck);
     EXPECT_EQ(result.status, 50);
     EXPECT_THAT(result.err, HasSubstr("saved as " + (folder / "alpha.19990301").string() + ".\n"));
     EXPECT_THAT(result.err, HasSubstr("bytes " + std::to_string(begin) + " to " + std::to_string(end) +
@@ -186,7 +187,6 @@ TEST(Check, ADamagedLogsIntactRecordsAreSaved) {
     EXPECT_FALSE(fs::exists(folder / "alpha.19990302")) << "a whole log is not saved";
     struct stat status = {};
     ASSERT_EQ(stat((folder / "alpha.19990301").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0640U);
     EXPECT_EQ(status.st_mtim.tv_sec, 1000000000);
     EXPECT_EQ(system.run({"-p", folder, "alpha"}).out, "job-name\tjob-owner\none\ta b\nthree\ta b\n");
     EXPECT_EQ(system.run({"-p", folder, "alpha"}, kCheck).status, 0);
@@ -199,6 +199,22 @@ TEST(Check, ADamagedLogsIntactRecordsAreSaved) {
     EXPECT_THAT(system.run({"-S", system.log("19990301").parent_path(), "alpha"}, kCheck).err,
                 HasSubstr("the folder is the log directory"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "no partial copy is left";
+}
+
+TEST(Check, ACopyGetsTheLogsModeOnAnyFileSystem) {
+    PrintSystem system;
+    Log damaged = threeJobs();
+    damaged.overwrite(damaged.records()[1], "\xff");
+    system.save("19990301", damaged);
+    ASSERT_EQ(chmod(system.log("19990301").c_str(), 0640), 0);
+    fs::create_directory(system / "saved");
+    const std::string copy = system / "saved/alpha.19990301";
+    ToolRun run = kCheck; // as on a file system without renameat2()
+    run.failing = {copy, "renameat2:error=EINVAL"};
+    system.run({"-S", system / "saved", "alpha"}, run);
+    struct stat status = {};
+    ASSERT_EQ(stat(copy.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
 }
 
 TEST(Check, MessagesSayWhetherARecordFollowsUnsavedBytes) {
@@ -270,8 +286,6 @@ TEST(Check, ProgressIsDrawnAfterMessagesAndErasedAtTheEnd) {
 TEST(Check, SetupFaultsAreReportedWithTheirPlace) {
     using In = const PrintSystem &;
     const std::tuple<const char *, std::function<void(In)>, const char *, int> cases[] = {
-        {"bad registry", [](In system) { std::ofstream(system.root.registry()) << "REGEDIT4\n\nnothing\n"; },
-         "registry.reg:3: ", 30},
         {"no settings", [](In system) { fs::remove(system.root.registry()); },
          "CurrentVersion\\Environment: ", 30},
         {"QV_ROOT of another type",
@@ -296,6 +310,15 @@ TEST(Check, SetupFaultsAreReportedWithTheirPlace) {
         EXPECT_THAT(result.err, HasSubstr(message));
         EXPECT_THAT(result.out, HasSubstr("registry key\t"));
     }
+}
+
+TEST(Check, AMalformedRegistryFileIsReportedWithItsLine) {
+    PrintSystem system;
+    std::ofstream(system.root.registry()) << "REGEDIT4\n\nnothing\n";
+    const ToolResult result = system.run({"alpha"}, kCheck);
+    EXPECT_EQ(result.status, 30);
+    EXPECT_THAT(result.err, HasSubstr("registry.reg:3: "));
+    EXPECT_THAT(result.out, HasSubstr("registry key\t"));
 }
 
 TEST(Check, EachServerIsCheckedWithItsOwnSettings) {

@@ -78,22 +78,27 @@ TEST(Deletion, ALogIsKeptUnlessTheReportHasAllOfIt) {
 }
 
 // Both runs fail.  A failed run that deleted a log keeps its new report.
-TEST(Deletion, OnlyOpenedLogsOfTheRangeWithoutAWriterAreDeleted) {
-    for (const bool hasWriter : {false, true}) {
-        SCOPED_TRACE(hasWriter);
-        PrintSystem system;
-        for (const char *tail : {"19990228", "19990301", "19990303"})
-            system.save(tail, marchLog());
-        system.save("19990302", marchLog({.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
-        const Descriptor writer(hasWriter ? open(system.log("19990301").c_str(), O_WRONLY | O_CLOEXEC) : -1);
-        const fs::path report = system / "report";
-        EXPECT_EQ(system.run({"-d", "-o", report, "-s", "19990301", "-e", "19990302", "alpha"}).status, 7);
-        for (const char *tail : {"19990228", "19990302", "19990303"})
-            EXPECT_TRUE(fs::exists(system.log(tail))) << tail;
-        EXPECT_EQ(fs::exists(system.log("19990301")), hasWriter);
-        EXPECT_EQ(readFile(report), hasWriter ? "" : "job-name\nmarch\n");
-        EXPECT_NE(fs::exists(report), hasWriter);
-    }
+static void expectDeletionOfTheOpenedLog(bool hasWriter) {
+    PrintSystem system;
+    for (const char *tail : {"19990228", "19990301", "19990303"})
+        system.save(tail, marchLog());
+    system.save("19990302", marchLog({.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
+    const Descriptor writer(hasWriter ? open(system.log("19990301").c_str(), O_WRONLY | O_CLOEXEC) : -1);
+    const fs::path report = system / "report";
+    EXPECT_EQ(system.run({"-d", "-o", report, "-s", "19990301", "-e", "19990302", "alpha"}).status, 7);
+    for (const char *tail : {"19990228", "19990302", "19990303"})
+        EXPECT_TRUE(fs::exists(system.log(tail))) << tail;
+    EXPECT_EQ(fs::exists(system.log("19990301")), hasWriter);
+    EXPECT_EQ(readFile(report), hasWriter ? "" : "job-name\nmarch\n");
+    EXPECT_NE(fs::exists(report), hasWriter);
+}
+
+TEST(Deletion, OnlyOpenedLogsOfTheRangeAreDeleted) {
+    expectDeletionOfTheOpenedLog(false);
+}
+
+TEST(Deletion, ALogOpenForWritingIsKept) {
+    expectDeletionOfTheOpenedLog(true);
 }
 
 TEST(Deletion, TheCurrentLogIsNeverDeleted) {
@@ -113,37 +118,49 @@ TEST(Deletion, TheCurrentLogIsNeverDeleted) {
     EXPECT_TRUE(fs::exists(system.log("current")));
 }
 
-TEST(Deletion, AFailedWriteKeepsTheLogAndStopsReading) {
+// The report cannot be written: the run keeps both logs and does not read the second one.
+static void expectKeptUnwritten(const std::vector<std::string> &arguments, const ToolRun &run,
+                                const std::string &err) {
+    SCOPED_TRACE(err);
+    PrintSystem system;
+    system.save("19990301", logOf({jobOf({{"job-name", {std::string(600'000, 'x')}}})}));
+    system.save("19990302", logOf({march()}));
+    const ToolResult result = system.run(arguments, run);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, err);
+    EXPECT_TRUE(fs::exists(system.log("19990301")) && fs::exists(system.log("19990302")));
+    EXPECT_NE(result.log.find("the report could not be written: "), std::string::npos);
+    EXPECT_TRUE(wasKept(result, "the log for the date 19990301")) << result.log;
+    EXPECT_FALSE(wasKept(result, "the log for the date 19990302")) << result.log;
+}
+
+TEST(Deletion, APipeWithoutAReaderKeepsTheLog) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
     close(ends[0]);
-    const Descriptor pipe(ends[1]), full(open("/dev/full", O_WRONLY | O_CLOEXEC));
-    const auto expectKept = [](const char *label, const std::vector<std::string> &arguments,
-                               const ToolRun &run, const std::string &err) {
-        SCOPED_TRACE(label);
-        PrintSystem system;
-        system.save("19990301", logOf({jobOf({{"job-name", {std::string(600'000, 'x')}}})}));
-        system.save("19990302", logOf({march()}));
-        const ToolResult result = system.run(arguments, run);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.err, err);
-        EXPECT_TRUE(fs::exists(system.log("19990301")) && fs::exists(system.log("19990302")));
-        EXPECT_NE(result.log.find("the report could not be written: "), std::string::npos);
-        EXPECT_TRUE(wasKept(result, "the log for the date 19990301")) << result.log;
-        EXPECT_FALSE(wasKept(result, "the log for the date 19990302")) << result.log;
-    };
-    const std::string output = "qvledger: the report could not be written to standard output: ";
-    expectKept("full device", {"-d", "alpha"}, {.output = full.get()}, output + "No space left on device.\n");
-    expectKept("pipe without a reader", {"-d", "alpha"}, {.output = pipe.get()}, "");
-    expectKept("closed stream", {"-d", "alpha"}, {.closed = {1}}, output + "Bad file descriptor.\n");
+    const Descriptor pipe(ends[1]);
+    expectKeptUnwritten({"-d", "alpha"}, {.output = pipe.get()}, "");
+}
+
+TEST(Deletion, AClosedOutputKeepsTheLog) {
+    expectKeptUnwritten(
+        {"-d", "alpha"}, {.closed = {1}},
+        "qvledger: the report could not be written to standard output: Bad file descriptor.\n");
     for (const char *name : {"/dev/stdout", "/dev/fd/1"}) {
         PrintSystem system;
         system.save("19990301", marchLog());
         EXPECT_EQ(system.run({"-d", "-o", name, "alpha"}, {.closed = {1}}).status, 30) << name;
         EXPECT_TRUE(fs::exists(system.log("19990301"))) << name;
     }
-    expectKept("report file on a full device", {"-d", "-o", "/dev/full", "alpha"}, {},
-               "qvledger: the report /dev/full could not be written: No space left on device.\n");
+}
+
+TEST(Deletion, AFullDeviceKeepsTheLog) {
+    const Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
+    expectKeptUnwritten(
+        {"-d", "alpha"}, {.output = full.get()},
+        "qvledger: the report could not be written to standard output: No space left on device.\n");
+    expectKeptUnwritten({"-d", "-o", "/dev/full", "alpha"}, {},
+                        "qvledger: the report /dev/full could not be written: No space left on device.\n");
 
     PrintSystem system;
     system.save("19990301", logOf({march()}));
@@ -152,7 +169,34 @@ TEST(Deletion, AFailedWriteKeepsTheLogAndStopsReading) {
     EXPECT_FALSE(fs::exists(system.log("19990301"))) << "this device needs no sync";
 }
 
+struct ChangeOfLog {
+    const char *label, *tail;
+    std::function<void(const PrintSystem &)> change;
+    const char *why = nullptr; // reason to keep the log; null: it is deleted
+};
+
 // Changes the log after the tool has read it.  A full pipe as the report blocks the tool before the deletion.
+static void expectKeptIfChanged(const ChangeOfLog &one) {
+    SCOPED_TRACE(one.label);
+    PrintSystem system;
+    system.save(one.tail, logOf({jobOf({{"job-name", {std::string(20'000, 'x')}}})}));
+    setChanged(system.log(one.tail), kNoonOfMarch1st);
+    Pipe lines;
+    const pid_t tool = system.start({"-d", "alpha"}, {.output = lines.writer()});
+    lines.waitUntilFull(1);
+    one.change(system);
+    lines.drain();
+    const ToolResult result = system.finish(tool);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(fs::exists(system.log(kTail)), one.why != nullptr);
+    EXPECT_NE(result.log.find(one.why != nullptr ? one.why : ""), std::string::npos) << result.log;
+}
+
+static void moveAway(const PrintSystem &system) {
+    fs::rename(system.log(kTail), system / "moved");
+}
+static const char *const kOther = "it is not the file that was read";
+
 TEST(Deletion, AChangedOrReplacedLogIsKept) {
     const auto append = [](const fs::path &path) {
         const Log grown = logOf({march()});
@@ -165,18 +209,8 @@ TEST(Deletion, AChangedOrReplacedLogIsKept) {
         Bytes bytes = readFile(system.log(kTail));
         writeFile(system.log(kTail), bytes.replace(bytes.size() - 100, 8, "reprints")); // keeps the inode
     };
-    const auto moveAnd = [](const PrintSystem &system, auto make) {
-        fs::rename(system.log(kTail), system / "moved");
-        make(system / "moved", system.log(kTail));
-    };
-    Descriptor writer(-1);
-    const char *const grew = "it is not as long as what was read of it",
-                      *other = "it is not the file that was read";
-    const struct {
-        const char *label, *tail;
-        std::function<void(const PrintSystem &)> change;
-        const char *why = nullptr; // reason to keep the log; null: it is deleted
-    } cases[] = {
+    const char *const grew = "it is not as long as what was read of it";
+    const ChangeOfLog cases[] = {
         {"unchanged", kTail, [](const PrintSystem &) {}},
         {"current log renamed to its day", "current", nameOfDay},
         {"current log renamed to its day and grown", "current",
@@ -192,36 +226,27 @@ TEST(Deletion, AChangedOrReplacedLogIsKept) {
          [](const PrintSystem &system) { writeFile(system.log("19990301.being-deleted"), ""); },
          "temporary name"},
         {"another file", kTail,
-         [&](const PrintSystem &system) {
-             moveAnd(system, [](auto from, auto to) { fs::copy_file(from, to); });
+         [](const PrintSystem &system) {
+             moveAway(system), fs::copy_file(system / "moved", system.log(kTail));
          },
-         other},
-        {"link to the file", kTail,
-         [&](const PrintSystem &system) {
-             moveAnd(system, [](auto from, auto to) { fs::create_symlink(from, to); });
-         },
-         other},
-        {"open for writing", kTail,
-         [&](const PrintSystem &system) {
-             writer.reset(open(system.log(kTail).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
-         },
-         "another program has it open for writing"},
+         kOther},
     };
-    for (const auto &[label, tail, change, why] : cases) {
-        SCOPED_TRACE(label);
-        PrintSystem system;
-        system.save(tail, logOf({jobOf({{"job-name", {std::string(20'000, 'x')}}})}));
-        setChanged(system.log(tail), kNoonOfMarch1st);
-        Pipe lines;
-        const pid_t tool = system.start({"-d", "alpha"}, {.output = lines.writer()});
-        lines.waitUntilFull(1);
-        change(system);
-        lines.drain();
-        const ToolResult result = system.finish(tool);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(fs::exists(system.log(kTail)), why != nullptr);
-        EXPECT_NE(result.log.find(why != nullptr ? why : ""), std::string::npos) << result.log;
-    }
+    for (const ChangeOfLog &one : cases)
+        expectKeptIfChanged(one);
+}
+
+TEST(Deletion, ALogThatIsNowALinkOrOpenForWritingIsKept) {
+    expectKeptIfChanged({"link to the file", kTail,
+                         [](const PrintSystem &system) {
+                             moveAway(system), fs::create_symlink(system / "moved", system.log(kTail));
+                         },
+                         kOther});
+    Descriptor writer(-1);
+    expectKeptIfChanged({"open for writing", kTail,
+                         [&](const PrintSystem &system) {
+                             writer.reset(open(system.log(kTail).c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+                         },
+                         "another program has it open for writing"});
 }
 
 // Lines in a pipe or local socket are safe once they are read; lines sent over a network are never safe.
@@ -401,10 +426,11 @@ TEST(Deletion, ASignalEndsTheRunWithinALongLine) {
     EXPECT_TRUE(fs::exists(system.log(kTail)));
 }
 
+static const std::string kLeft =
+    "qvledger: the log alpha.19990301.being-deleted is being deleted, or was left by a run that ended.\n";
+
 TEST(Deletion, ConcurrentRunsReportALogOnce) {
     PrintSystem system;
-    const std::string left =
-        "qvledger: the log alpha.19990301.being-deleted is being deleted, or was left by a run that ended.\n";
     const fs::path report = system / "report", aside = system.log("19990301.being-deleted");
     system.save(kTail, logOf({march()}));
     const int locked = open(system.log(kTail).c_str(), O_RDONLY | O_CLOEXEC);
@@ -425,13 +451,19 @@ TEST(Deletion, ConcurrentRunsReportALogOnce) {
     const int deleting = open(aside.c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(OS_LockFile(deleting), OS_DONE);
     EXPECT_EQ(system.run({"-d", "alpha"}).err,
-              left + "Unable to find the accounting logs for server alpha.\n");
+              kLeft + "Unable to find the accounting logs for server alpha.\n");
     EXPECT_TRUE(fs::exists(aside)) << "the run that deletes it has not ended";
     close(deleting); // as if the deleting run were killed
     EXPECT_EQ(system.run({"-d", "alpha"}, {.failing = {aside, "flock:error=ENOLCK"}}).err,
               "qvledger: a log that was not deleted is still named " + aside.string() +
-                  ": No locks available.\n" + left +
+                  ": No locks available.\n" + kLeft +
                   "Unable to find the accounting logs for server alpha.\n");
+}
+
+TEST(Deletion, ALogLeftByAKilledRunGetsItsNameBackUnlessThatIsTaken) {
+    PrintSystem system;
+    const fs::path report = system / "report", aside = system.log("19990301.being-deleted");
+    system.save("19990301.being-deleted", logOf({march()}));
     EXPECT_EQ(system.run({"alpha"}).status, 29) << "it is not listed as a log";
     EXPECT_EQ(system.run({"-d", "-o", report, "alpha"}).status, 0);
     EXPECT_EQ(readFile(report), "job-name\nmarch\n");
@@ -440,6 +472,6 @@ TEST(Deletion, ConcurrentRunsReportALogOnce) {
         system.save(tail, logOf({march()}));
     EXPECT_EQ(system.run({"-d", "alpha"}).err, "qvledger: a log that was not deleted is still named " +
                                                    aside.string() + ": another file has its own name.\n" +
-                                                   left);
+                                                   kLeft);
     EXPECT_TRUE(fs::exists(aside) && fs::exists(system.log(kTail))) << "neither replaces the other";
 }

@@ -104,7 +104,7 @@ TEST(Json, TypedValuesHaveTheFormOfTheirKind) {
     PrintSystem system;
     system.save("19990301", logOf({job}));
     ToolRun inZone = kJson;
-    inZone.environment = {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}};
+    inZone.environment = {{"TZ", "CET-1CEST"}};
     EXPECT_EQ(system.run({"-t", "alpha"}, inZone).out,
               recordLine(1, "19990301",
                          R"({"job-name":["12"],"job-copies":[-3,2147483647],"job-priority":[null],)"

@@ -140,16 +140,25 @@ TEST(ReportFile, IsRefusedIfItIsALog) {
         EXPECT_EQ(result.err,
                   "Unable to open the file " + report.string() + " to append more accounting information.\n");
     }
-    // The third open(), which would read the log's start, fails as if the log could be written but not read.
-    EXPECT_EQ(
-        system.run({"-o", others, "alpha"}, {.failing = {others, "openat:error=EACCES:when=3+"}}).status, 30);
-    const Descriptor output(open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
-    EXPECT_EQ(system.run({"alpha"}, {.output = output.get()}).status, 30);
     EXPECT_EQ(readFile(system.log("current")), before);
     EXPECT_FALSE(fs::exists(system.log("new")) || fs::exists(system.log("19990305")));
     EXPECT_EQ(readFile(others), marchLog().bytes());
     writeFile(text, "named as a log of another server, but no log\n");
     EXPECT_EQ(system.run({"-e", "19990301", "-o", text, "alpha"}).status, 0);
+}
+
+TEST(ReportFile, IsRefusedIfItIsAnUnreadableLogOrALogOnStandardOutput) {
+    PrintSystem system;
+    system.save("current", marchLog());
+    const fs::path others = system.root.log("beta", "19990301");
+    marchLog().save(others);
+    // The third open(), which would read the log's start, fails as if the log could be written but not read.
+    EXPECT_EQ(
+        system.run({"-o", others, "alpha"}, {.failing = {others, "openat:error=EACCES:when=3+"}}).status, 30);
+    EXPECT_EQ(readFile(others), marchLog().bytes());
+    const Descriptor output(open(system.log("current").c_str(), O_WRONLY | O_APPEND | O_CLOEXEC));
+    EXPECT_EQ(system.run({"alpha"}, {.output = output.get()}).status, 30);
+    EXPECT_EQ(readFile(system.log("current")), marchLog().bytes());
 }
 
 TEST(ReportFile, EndsInWholeLinesWhenTheDiskIsFull) {

@@ -126,7 +126,7 @@ TEST(Run, MessagesStayOutOfTheReportIfStandardErrorIsClosed) {
 
 // Each record of the second log causes a message.  The run blocks once the messages have filled their pipe.
 TEST(Run, ASignalEndsTheRunAfterTheCurrentRecord) {
-    constexpr unsigned kRecords = 200;
+    constexpr unsigned kRecords = 1000;
     const Log damaged = logOf(std::vector<Job>(
         kRecords, jobOf({{"job-name", {"x"}}}).attribute(dotted("job-owner"), STRING, {kUnreadable})));
     for (const auto &[asked, option, existed] :
@@ -142,7 +142,7 @@ TEST(Run, ASignalEndsTheRunAfterTheCurrentRecord) {
         Pipe messages;
         const pid_t run = system.start({option, "-o", report, "alpha"}, {.error = messages.writer()});
         messages.waitUntilFull(100);
-        kill(run, asked);
+        ask(run, asked);
         messages.drain();
         const ToolResult result = system.finish(run);
         EXPECT_EQ(result.status, 1000 + asked);
@@ -172,13 +172,22 @@ TEST(Run, ASignalEndsTheRunWhileTheReportIsNotRead) {
     EXPECT_TRUE(fs::exists(system.log("19990302")));
 }
 
-TEST(Run, CleanLogsGiveFewEntriesAndAnUnreadSystemLogDoesNotBlock) {
-    PrintSystem system;
-    const std::vector<std::string> days = {"19990301", "19990302", "19990303"};
-    for (const std::string &day : days)
+static const std::vector<std::string> kDays = {"19990301", "19990302", "19990303"};
+static void saveCleanLogs(const PrintSystem &system) {
+    for (const std::string &day : kDays)
         system.save(day, logOf(std::vector<Job>(200, jobOf({{"job-name", {"x"}}}))));
+}
+
+TEST(Run, CleanLogsGiveFewEntries) {
+    PrintSystem system;
+    saveCleanLogs(system);
     const std::string counted = system.run({"-a", "alpha"}).log;
-    EXPECT_LE(std::count(counted.begin(), counted.end(), '\n'), 5 * std::ssize(days)) << counted;
+    EXPECT_LE(std::count(counted.begin(), counted.end(), '\n'), 5 * std::ssize(kDays)) << counted;
+}
+
+TEST(Run, AnUnreadSystemLogDoesNotBlock) {
+    PrintSystem system;
+    saveCleanLogs(system);
     fs::create_directory(system / "dev");
     const LogDaemon daemon(system / "dev/log", SOCK_DGRAM);
     // The paths are relative, because the temporary folder may be in /dev, which the mount hides.
@@ -237,6 +246,10 @@ TEST(Run, TheLogNamesCallsAndPlaces) {
         EXPECT_NE(traces.find(trace), traces.npos) << trace;
     for (const char *trace : {"ala/base/trace.h", "ALA_FreeJobRecord"})
         EXPECT_EQ(traces.find(trace), traces.npos) << trace;
+}
+
+TEST(Run, AMalformedRegistryFileIsNamedInTheLogAndInAMessage) {
+    PrintSystem system;
     writeFile(system.root.registry(), "REGEDIT4\n[");
     const ToolResult refused = system.run({"alpha"});
     const std::string trouble = system.root.registry().string() + ":2: malformed key\n";
@@ -245,14 +258,15 @@ TEST(Run, TheLogNamesCallsAndPlaces) {
     EXPECT_EQ(refused.err, kEnvironment + ("qvledger: the registry file cannot be used: " + trouble));
 }
 
+static void expectCause(PrintSystem &system, const std::vector<std::string> &arguments,
+                        const std::string &cause) {
+    const std::string log = system.run(arguments, {.environment = {{"QV_LOG_LEVEL", "6"}}}).log;
+    EXPECT_NE(log.find(cause + "\n"), log.npos) << cause << "\n" << log;
+}
+
 // Entries of level 6 name failed system calls, and the place where a log is damaged.
 TEST(Run, LevelSixNamesCauses) {
     PrintSystem system;
-    const ToolRun detailed{.environment = {{"QV_LOG_LEVEL", "6"}}};
-    const auto expectCause = [&](const std::vector<std::string> &arguments, const std::string &cause) {
-        const std::string log = system.run(arguments, detailed).log;
-        EXPECT_NE(log.find(cause + "\n"), log.npos) << cause << "\n" << log;
-    };
     const fs::path path = system.log("19990301");
     const std::string name = path.string();
     const Log log = marchLog();
@@ -265,26 +279,32 @@ TEST(Run, LevelSixNamesCauses) {
                                    ": the file ends\n";
     EXPECT_NE(system.run({"alpha"}).log.find(unreadable), std::string::npos);
     system.save("19990301", Log(log).cutTo(6));
-    expectCause({"alpha"}, "the header cannot be read after byte 6: ALA_A_FAIL_READ_LOG_FILE");
+    expectCause(system, {"alpha"}, "the header cannot be read after byte 6: ALA_A_FAIL_READ_LOG_FILE");
     EXPECT_NE(system.run({"alpha"}).log.find(place + "the header cannot be read\n"), std::string::npos);
     system.save("19990301", marchLog(kForNobody));
-    expectCause({"alpha"}, "an entry does not admit the caller: the user \"nobody-at-all\" of the domain "
-                           "\"NOWHERE\", type 3051, level 2");
+    expectCause(system, {"alpha"},
+                "an entry does not admit the caller: the user \"nobody-at-all\" of the domain "
+                "\"NOWHERE\", type 3051, level 2");
     const Account caller = callersAccount();
-    expectCause({"alpha"}, "the caller is the user \"" + caller.user.name + "\" of the domain \"" +
-                               caller.user.domain + "\" on the host \"" + computerName() + "\" of \"" +
-                               computerName() + "\"");
-    fs::remove(path);
+    expectCause(system, {"alpha"},
+                "the caller is the user \"" + caller.user.name + "\" of the domain \"" + caller.user.domain +
+                    "\" on the host \"" + computerName() + "\" of \"" + computerName() + "\"");
+    expectCause(system, {"-p", "/nonexistent", "alpha"},
+                "/nonexistent cannot be opened: No such file or directory");
+    expectCause(system, {"-o", "/nonexistent/x", "alpha"},
+                "/nonexistent/x cannot be opened: No such file or directory");
+}
+
+TEST(Run, LevelSixNamesALinkAFolderAndAMissingRegistryFile) {
+    PrintSystem system;
+    const fs::path path = system.log("19990301");
     fs::create_symlink(path.filename(), path);
-    expectCause({"alpha"}, name + " cannot be opened: Too many levels of symbolic links");
+    expectCause(system, {"alpha"}, path.string() + " cannot be opened: Too many levels of symbolic links");
     fs::remove(path);
     fs::create_directory(path);
-    expectCause({"alpha"}, "the header cannot be read after byte 0: Is a directory");
-    expectCause({"-p", "/nonexistent", "alpha"}, "/nonexistent cannot be opened: No such file or directory");
-    expectCause({"-o", "/nonexistent/x", "alpha"},
-                "/nonexistent/x cannot be opened: No such file or directory");
+    expectCause(system, {"alpha"}, "the header cannot be read after byte 0: Is a directory");
     fs::remove(system.root.registry());
-    expectCause({"alpha"},
+    expectCause(system, {"alpha"},
                 system.root.registry().string() +
                     " does not exist, or has neither the key SYSTEM\\CurrentControlSet\\Services\\qv spl "
                     "alpha\\Environment nor one for all servers");

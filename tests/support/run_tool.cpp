@@ -1,8 +1,11 @@
 #include "tests/support/run_tool.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <map>
 #include <sstream>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 
@@ -67,8 +70,12 @@ static std::vector<char *> pointersTo(std::vector<std::string> &texts) {
 pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const ToolRun &run) {
     const char *const runner = std::getenv("QVLEDGER_RUNNER");
     std::vector<std::string> arguments = {"qvledger"};
-    std::vector<std::string> environment;
+    std::map<std::string, std::string> variables = {
+        {"QV_REGISTRY", root.registry()}, {"QV_LOG", folder_ / "log"}, {"TZ", "UTC"}, {"LC_ALL", "C"}};
     for (const auto &[name, value] : run.environment)
+        variables[name] = value;
+    std::vector<std::string> environment;
+    for (const auto &[name, value] : variables)
         environment.push_back(name + '=' + value);
     // A runner gets the program's path and arguments, and this process's QVLEDGER_ variables.
     if (runner != nullptr) {
@@ -78,6 +85,8 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
                 environment.emplace_back(*kept);
     }
     if (!run.failing.first.empty()) {
+        if (runner != nullptr)
+            throw std::logic_error("the runner cannot make calls fail");
         arguments = {"strace",   "-qq",
                      "-o",       "/dev/null",
                      "-P",       run.failing.first,
@@ -89,11 +98,6 @@ pid_t PrintSystem::start(const std::vector<std::string> &furtherArguments, const
                                 : runner != nullptr        ? runner
                                                            : run.program.c_str();
     arguments.insert(arguments.end(), furtherArguments.begin(), furtherArguments.end());
-    // The defaults come last, because the first assignment to a variable applies.
-    for (const std::string &assignment :
-         {"QV_REGISTRY=" + root.registry().string(), "QV_LOG=" + (folder_ / "log").string(),
-          std::string("TZ=UTC"), std::string("LC_ALL=C")})
-        environment.push_back(assignment);
     fs::resize_file(folder_ / "log", 0);
     const int captured = openNew(folder_ / "out");
     const int error = openNew(folder_ / "err");
@@ -129,6 +133,12 @@ ToolResult PrintSystem::finish(pid_t pid) {
                       .log = readFile(folder_ / "log")};
     result.entries = entriesOfTool(result.log);
     return result;
+}
+
+void ask(pid_t run, int signal) {
+    kill(run, signal);
+    if (std::getenv("QVLEDGER_RUNNER") != nullptr)
+        usleep(1'000'000);
 }
 
 std::string readAll(int fd) {

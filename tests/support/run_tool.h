@@ -59,6 +59,9 @@ public:
     const samples::SampleRoot root;
 };
 
+// Sends a run a signal, and gives a runner time to forward it.
+void ask(pid_t run, int signal);
+
 // Reads all bytes up to the end, or until a non-blocking descriptor has no more bytes.
 std::string readAll(int fd);
 
