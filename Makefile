@@ -5,7 +5,7 @@ DESTDIR ?=
 PREFIX ?= /usr/local
 DEMO := build/demo
 
-.PHONY: all release demo test damage faults live power stops threads windows fuzz bench install uninstall deb clean setup
+.PHONY: all release demo test damage faults live power stops threads windows windows-zip fuzz bench install uninstall deb clean setup
 
 # Builds the programs in build/bin/, without tests.
 all: setup
@@ -82,8 +82,17 @@ windows: setup
 	@cmake --preset dev >/dev/null
 	@cmake --build --preset dev --target all seam | tail -n 1
 	@cmake --preset windows >/dev/null
-	@cmake --build --preset windows --target all seam | tail -n 1
+	@cmake --build --preset windows | tail -n 1
 	@scripts/windows build/dev build/windows
+
+# Builds the zip for Windows in build/windows/packages/.
+windows-zip: setup
+	@scripts/setup windows
+	@cmake --preset windows >/dev/null
+	@cmake --build --preset windows | tail -n 1
+	@scripts/check-windows build/windows/bin
+	@cd build/windows && cpack >cpack.log || { cat cpack.log >&2; exit 1; }
+	@ls build/windows/packages/*.zip
 
 # Fuzzes each target (or TARGETS) for SECONDS seconds, JOBS targets at a time.
 SECONDS ?= 60
