@@ -4,11 +4,11 @@
 #include <cstdio>
 
 using namespace qvledger;
-using namespace std::chrono;
+using std::chrono::sys_days, std::chrono::year_month_day;
 
 static year_month_day calendarDate(std::int32_t date) {
-    return {year(date / 10000), month(static_cast<unsigned>(date / 100 % 100)),
-            day(static_cast<unsigned>(date % 100))};
+    return {std::chrono::year(date / 10000), std::chrono::month(static_cast<unsigned>(date / 100 % 100)),
+            std::chrono::day(static_cast<unsigned>(date % 100))};
 }
 
 static std::int32_t numberOf(sys_days when) {
@@ -26,10 +26,10 @@ void DayGaps::date(const std::string &server, std::int32_t date, std::vector<Mis
         return;
     const sys_days here = calendarDate(date);
     if (last_ != 0) {
-        const sys_days expected = sys_days(calendarDate(last_)) + days(1);
+        const sys_days expected = sys_days(calendarDate(last_)) + std::chrono::days(1);
         const std::int64_t gap = (here - expected).count();
         if (gap > 0)
-            missing.push_back({server, "", numberOf(expected), numberOf(here - days(1)),
+            missing.push_back({server, "", numberOf(expected), numberOf(here - std::chrono::days(1)),
                                gap == 1 ? "no log of this day" : "no logs of these days"});
     }
     last_ = date;
