@@ -84,12 +84,13 @@ bool StateFile::save() const {
     const std::string path = std::filesystem::canonical(name_, error).string(); // keeps a symbolic link
     if (error)
         return refuse(name_, error.message().c_str());
-    const Descriptor old(OS_OpenToRead(path.c_str()));
+    Descriptor old(OS_OpenToRead(path.c_str()));
     NewFile file(path);
     const std::string text = logs_.text();
     if (!old.isOpen() || !file.isOpen())
         return refuse(name_, std::strerror(errno));
     OS_GiveAttributes(old.get(), file.descriptor());
+    old.reset(-1); // Windows cannot replace an open file
     if (!file.write(text.data(), text.size()) || !file.nameOver() || OS_SyncFolderOf(file.descriptor()) != 0)
         return refuse(name_, std::strerror(errno));
     return true;
