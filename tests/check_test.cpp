@@ -127,6 +127,8 @@ TEST(Check, NamesThatAreNotLogsAndDaysWithoutALogAreListed) {
     EXPECT_EQ(missingIn(result), old + names + days + "|missing|: 1999-03-02\n");
     EXPECT_EQ(result.status, 51);
     EXPECT_EQ(missingIn(system.run({"-q", "alpha"}, kCheck)), old + names);
+    EXPECT_THAT(missingIn(system.run({"-e", "19990227", "alpha"}, kCheck)),
+                HasSubstr("|missing|: 1999-02-27\n"));
     EXPECT_EQ(missingIn(system.run({"-e", "19990301", "alpha"}, kCheck)),
               old + "alpha.199903011|not a log|: reports ignore it\n" + days);
     EXPECT_EQ(system.run({"-e", "19990225", "alpha"}, kCheck).status, 29);

@@ -140,6 +140,13 @@ TEST_F(SinceLastRun, ALogThatIsOverwrittenWhileItIsReadIsInDoubt) {
 
 TEST_F(SinceLastRun, AnUnusableStateFileIsRefusedAndKept) {
     system.save("19990301", logOfNames({"a"}));
+    for (const char *name : {"new", "new.lock"})
+        EXPECT_EQ(system
+                      .run({"-c", system / "new", "-o", system / "." / name, "alpha"},
+                           {.program = QVLEDGER_JSON_BINARY})
+                      .status,
+                  30);
+    EXPECT_FALSE(fs::exists(system / "new"));
     run();
     const std::string valid = readFile(state), line = valid.substr(valid.find('\n') + 1);
     const std::string start = "qvledger-json: the state file " + state.string();

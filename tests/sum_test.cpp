@@ -173,6 +173,11 @@ TEST(Sum, NamesWhatIsMissingAndDoesNotEndWithStatusZero) {
                                 "server  log  from        to          reason\n"
                                 "alpha   -    1999-02-28  1999-02-28  no log of this day\n");
 
+    // A day at the beginning or the end of the range is missing if there are logs before and after it.
+    EXPECT_EQ(missing(system.run({"-s", "19990228", "alpha"}, kSum).out), missing(gap.out));
+    EXPECT_EQ(missing(system.run({"-e", "19990228", "alpha"}, kSum).out), missing(gap.out));
+    EXPECT_EQ(system.run({"-e", "19990227", "alpha"}, kSum).status, 0);
+
     system.save("19990303", logOf({}, {.accessList = {pack(userEntry("nobody-at-all", "NOWHERE"))}}));
     Job damaged = jobOf({{"job-owner", {"a"}}});
     damaged.attribute(dotted("job-copies"), INTEGER, {Value("xy")});
@@ -231,7 +236,7 @@ TEST(Sum, EveryFormEscapesTexts) {
     for (const char *part : {"<script", "http:", "https:", "src=", "url("})
         EXPECT_EQ(page.find(part), std::string::npos) << part;
     system.save("19990303", logOf({}));
-    has("html", "<p class=\"warn\">These sums are incomplete");
+    has("html", "<p class=\"warn\">These sums may be incomplete");
     has("html", "<td>alpha</td><td>-</td><td>1999-03-02</td><td>1999-03-02</td><td>no log of this day</td>");
 }
 

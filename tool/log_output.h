@@ -25,6 +25,8 @@ public:
     // nothing, because the log is then deleted.
     virtual bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                        LineWriter &report) = 0;
+    // Called for the logs before the range, and for the first log after it.
+    virtual void outsideRange(const LogName &) {}
     // Called after the message about a log that could not be opened.
     virtual void skip(const LogName &, LineWriter &) {}
     // Called after the message about a log that could not be read to its end.

@@ -1,5 +1,6 @@
 #include "tool/missing.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 
@@ -27,16 +28,17 @@ void DayGaps::date(const std::string &server, std::int32_t date, std::vector<Mis
     const sys_days here = calendarDate(date);
     if (last_ != 0) {
         const sys_days expected = sys_days(calendarDate(last_)) + std::chrono::days(1);
-        const std::int64_t gap = (here - expected).count();
-        if (gap > 0)
-            missing.push_back({server, "", numberOf(expected), numberOf(here - std::chrono::days(1)),
-                               gap == 1 ? "no log of this day" : "no logs of these days"});
+        const std::int32_t from = std::max(numberOf(expected), range_.first);
+        const std::int32_t to = std::min(numberOf(here - std::chrono::days(1)), range_.last);
+        if (from <= to)
+            missing.push_back(
+                {server, "", from, to, from == to ? "no log of this day" : "no logs of these days"});
     }
     last_ = date;
 }
 
 std::string qvledger::dateText(std::int32_t date) {
-    if (date == 0)
+    if (!calendarDate(date).ok())
         return "";
     char text[32];
     std::snprintf(text, sizeof text, "%04d-%02d-%02d", date / 10000, date / 100 % 100, date % 100);

@@ -16,6 +16,8 @@ void qvledger::replaceLongOptions(int argc, char **argv) {
     static char version[] = "-V";
     for (int i = 1; i < argc && argv[i][0] == '-'; ++i) {
         const std::string_view option = argv[i];
+        if (option == "--")
+            return;
         if (option == "--help")
             argv[i] = help;
         else if (option == "--version")

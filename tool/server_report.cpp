@@ -135,15 +135,17 @@ static void processLogs(const Options &options, const ServerSession &session, Li
     const ALA_name *file = session.nameList;
     for (const dateNode *node = session.dateList; node != nullptr; node = node->next, file = file->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (date > range.last) // the list is sorted by date
-            return;
+        const LogName name{options.serverName, file->logName, file->logName, date};
         if (mustStop(report.failed()))
+            return;
+        if (!range.contains(date))
+            writer.outsideRange(name);
+        if (date > range.last) // the list is sorted by date
             return;
         if (date < range.first)
             continue;
         progressToLog(date);
-        processLog(options, session.mainh, node->date,
-                   {options.serverName, file->logName, file->logName, date}, report, writer, state);
+        processLog(options, session.mainh, node->date, name, report, writer, state);
     }
 }
 

@@ -47,12 +47,12 @@ std::size_t qvledger::writeNamesLikeLogs(const Options &options, const std::stri
 
 std::size_t qvledger::writeMissingDays(const char *server, const ServerSession &session,
                                        const DateRange &range) {
-    DayGaps gaps;
+    DayGaps gaps(range);
     std::vector<Missing> missing;
     const ALA_name *name = session.nameList;
     for (const dateNode *node = session.dateList; node != nullptr; node = node->next, name = name->next) {
         const std::int32_t date = ALA__NumFromDate(&node->date);
-        if (range.contains(date) && isLogTail(tailOf(name->logName, server)))
+        if (isLogTail(tailOf(name->logName, server)))
             gaps.date(server, date, missing);
     }
     for (const Missing &days : missing) {

@@ -15,15 +15,25 @@ static bool refuse(const char *name, const char *why) {
     return false;
 }
 
-// Is the report the state file or its lock?
+// The absolute path of a file that may not exist, without symbolic links.
+static std::string pathOf(const char *name, std::error_code &error) {
+    const std::filesystem::path path = std::filesystem::absolute(name, error);
+    return error ? "" : std::filesystem::weakly_canonical(path, error).string();
+}
+
+// Is the report the state file or its lock, or would it be?
 bool StateFile::isReport(const char *report) const {
+    std::error_code error;
+    if (report != nullptr)
+        if (const std::string path = pathOf(report, error); path == path_ || path == lockPath_)
+            return true;
     OS_fileIdentity output = {};
     if ((report != nullptr ? OS_IdentifyTarget(report, &output)
                            : OS_IdentifyDescriptor(_fileno(stdout), &output)) != 0)
         return false;
-    for (const char *name : {name_, lockName_.c_str()}) {
+    for (const std::string &path : {path_, lockPath_}) {
         OS_fileIdentity own = {};
-        if (OS_IdentifyTarget(name, &own) == 0 && OS_IsSameFile(own, output))
+        if (OS_IdentifyTarget(path.c_str(), &own) == 0 && OS_IsSameFile(own, output))
             return true;
     }
     return false;
@@ -51,7 +61,7 @@ bool StateFile::create() const {
     OS_fileIdentity identity = {};
     if (OS_IdentifyTarget(name_, &identity) == 0)
         return identity.regular || refuse(name_, "it is not a regular file");
-    NewFile file(name_);
+    NewFile file(path_);
     const std::string text = WrittenLogs().text();
     if (!file.isOpen() || !file.write(text.data(), text.size()) || !file.nameNew())
         return refuse(name_, std::strerror(errno));
@@ -60,32 +70,29 @@ bool StateFile::create() const {
 
 bool StateFile::open(const char *report) {
     std::error_code error;
-    lockName_ = std::filesystem::weakly_canonical(name_, error).string() + ".lock"; // follows symbolic links
+    path_ = pathOf(name_, error);
+    lockPath_ = path_ + ".lock";
     if (error)
         return refuse(name_, error.message().c_str());
+    if (isReport(report))
+        return refuse(name_, "the report would be written to it");
     OS_fileIdentity identity = {};
-    if (OS_IdentifyTarget(lockName_.c_str(), &identity) == 0 && !identity.regular)
-        return refuse(lockName_.c_str(), "it is not a regular file");
-    switch (lock_.open(lockName_.c_str())) {
+    if (OS_IdentifyTarget(lockPath_.c_str(), &identity) == 0 && !identity.regular)
+        return refuse(lockPath_.c_str(), "it is not a regular file");
+    switch (lock_.open(lockPath_.c_str())) {
     case ReportFile::Opened::GivenUp:
         return false;
     case ReportFile::Opened::No:
-        return refuse(lockName_.c_str(), std::strerror(errno));
+        return refuse(lockPath_.c_str(), std::strerror(errno));
     case ReportFile::Opened::Yes:
         break;
     }
-    if (!create())
-        return false;
-    return isReport(report) ? refuse(name_, "the report would be written to it") : read();
+    return create() && read();
 }
 
 bool StateFile::save() const {
-    std::error_code error;
-    const std::string path = std::filesystem::canonical(name_, error).string(); // keeps a symbolic link
-    if (error)
-        return refuse(name_, error.message().c_str());
-    Descriptor old(OS_OpenToRead(path.c_str()));
-    NewFile file(path);
+    Descriptor old(OS_OpenToRead(path_.c_str()));
+    NewFile file(path_);
     const std::string text = logs_.text();
     if (!old.isOpen() || !file.isOpen())
         return refuse(name_, std::strerror(errno));

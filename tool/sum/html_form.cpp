@@ -179,7 +179,7 @@ std::string qvledger::htmlForm(const SumPage &page) {
                        title + ": " + subject(page) + "</title>\n<style>" + kStyle +
                        "</style>\n</head>\n<body>\n<h1>" + title + "</h1>\n<p>" + subject(page) + "</p>\n";
     if (!page.missing.empty())
-        html += "<p class=\"warn\">These sums are incomplete: <a href=\"#missing\">see what is "
+        html += "<p class=\"warn\">These sums may be incomplete: <a href=\"#missing\">see what is "
                 "missing</a>.</p>\n";
     appendSums(html, page);
     appendMissing(html, page);

@@ -26,7 +26,7 @@ static int runSum(const Options &options) {
     SumOptions sumOptions;
     if (options.verflg == 0 && !readSumOptions(options, &sumOptions))
         return kStatusUsage;
-    SumWriter writer(sumOptions, servers);
+    SumWriter writer(sumOptions, dateRange(options), servers);
     const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLostOutput);
     return status != 0 || options.verflg != 0 ? status : writer.status();
 }

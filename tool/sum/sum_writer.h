@@ -17,11 +17,12 @@ namespace qvledger {
 class SumWriter final : public LogOutput {
 public:
     // REQUIRES: options and servers outlive this object.
-    SumWriter(const SumOptions &options, std::span<const char *const> servers)
-        : page_{.options = options}, reader_(options.parts), servers_(servers) {}
+    SumWriter(const SumOptions &options, const DateRange &range, std::span<const char *const> servers)
+        : page_{.options = options}, reader_(options.parts), gaps_(range), servers_(servers) {}
 
     bool write(ALA_handle_t handle, ALA_acctLogHandle_t log, const LogName &name,
                LineWriter &report) override;
+    void outsideRange(const LogName &name) override { gaps_.date(name.server, name.date, page_.missing); }
     void skip(const LogName &name, LineWriter &report) override;
     void readFailed() override;
     void listIsCut(const char *server, LineWriter &report) override;
