@@ -25,7 +25,9 @@ int OS_IdentifySettled(int fd, OS_fileIdentity *identity) {
             return -1;
         const bool isCoarse = identity->modified % kSecond == 0 && identity->changed % kSecond == 0;
         const std::int64_t step = isCoarse ? kCoarseStep : kFineStep;
-        const std::int64_t age = now - identity->changed;
+        // Not signed before the subtraction, because `changed` can have overflowed.
+        const auto age = static_cast<std::int64_t>(static_cast<std::uint64_t>(now) -
+                                                   static_cast<std::uint64_t>(identity->changed));
         if (age > step || age < -step) // a time far in the future comes from another machine's clock
             return 0;
         OS_Sleep(static_cast<int>(step / 1'000'000));

@@ -87,7 +87,7 @@ std::time_t parseDate(const std::string &text) {
         const std::time_t noon = std::mktime(&date);
         constexpr std::time_t kHalfDay = 12 * 3600;
         const bool exists = date.tm_mon == month && date.tm_mday == day; // mktime() accepts February 30
-        if (exists && noon > 0 && noon - kHalfDay <= std::time(nullptr))
+        if (exists && noon != -1 && number >= 19700101 && noon - kHalfDay <= std::time(nullptr))
             return noon;
     }
     refuse("--today", "a date from 19700101 to today", text);

@@ -1,7 +1,6 @@
 #include "service/new_file.h"
 
 #include <cerrno>
-#include <filesystem>
 #include <utility>
 
 #include "platform/os.h"
@@ -12,8 +11,8 @@ constexpr int kMostLeft = 1000; // files that killed processes with the same num
 
 NewFile::NewFile(std::string path) : path_(std::move(path)) {
     // Do not use the file's name, which may already have the maximum length.
-    const std::string firstPath =
-        std::filesystem::path(path_).replace_filename(".being-saved." + std::to_string(_getpid())).string();
+    const std::string folder = path_.substr(0, path_.find_last_of(OS_SEPARATORS) + 1); // npos + 1 is 0
+    const std::string firstPath = folder + ".being-saved." + std::to_string(_getpid());
     partPath_ = firstPath;
     file_.reset(OS_MakeFile(partPath_.c_str()));
     for (int left = 1; left <= kMostLeft && !file_.isOpen() && errno == EEXIST; ++left) {

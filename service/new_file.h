@@ -25,7 +25,7 @@ public:
     bool write(const void *bytes, std::size_t size);
 
     // Each syncs the file and gives it its name, but does not sync the folder.  nameNew() fails with EEXIST
-    // if the name is taken; nameOver() replaces a file with that name atomically.  False on failure, with
+    // if the name is taken; nameOver() replaces a file with that name.  False on failure, with
     // errno.
     bool nameNew();
     bool nameOver();

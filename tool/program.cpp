@@ -24,6 +24,10 @@ static int workWithinMemory(int argc, char **argv, int (*work)(int, char **)) {
 void qvledger::checkSystem() {
     if (const UINT page = GetACP(); page != CP_UTF8)
         DisplayMsg(kMsgCodePage, static_cast<std::int32_t>(page));
+    checkZone();
+}
+
+void qvledger::checkZone() {
     const char *zone = std::getenv("TZ");
     if (zone == nullptr || OS_KnowsZone(zone) != 0)
         return;

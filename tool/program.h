@@ -12,9 +12,12 @@ namespace qvledger {
 int runProgram(const char *name, int argc, char **argv, std::initializer_list<int> localeCategories,
                int (*work)(int argc, char **argv));
 
-// Prints a message if the system cannot use UTF-8, and another if it cannot use the time zone in TZ.  Then
-// removes TZ from the environment, so that the system's time zone applies.  A program calls this function
+// Prints a message if the system cannot use UTF-8, and calls checkZone().  A program calls this function
 // before it changes its environment.
 void checkSystem();
+
+// Prints a message if the system cannot use the time zone in TZ, and removes TZ from the environment, so that
+// the system's time zone applies.
+void checkZone();
 
 } // namespace qvledger

@@ -8,6 +8,7 @@
 #include "service/log/log.h"
 #include "tool/exit_status.h"
 #include "tool/messages.h"
+#include "tool/program.h"
 #include "tool/rights.h"
 
 using namespace qvledger;
@@ -49,6 +50,7 @@ int qvledger::reportNoLogPath() {
 }
 
 ALA_retCode_t qvledger::registerServer(const Options &options, const char *logPath, ServerSession &session) {
+    checkZone(); // the server's settings may contain a zone
     findDomainWithLentRights();
     ALA_retCode_t result = ALA_N_NORMAL;
     {

@@ -19,8 +19,10 @@ constexpr std::uint64_t kNoBytes = 0xcbf29ce484222325;
 // Adds the bytes from begin to end of a log's file.  False if the file is shorter, or cannot be read.
 bool addToChecksum(ALA_acctLogHandle_t log, std::int64_t begin, std::int64_t end, std::uint64_t *checksum);
 
-// Adds the bytes of a job record without its counts.  In the file, they are the last bytes of the record.
-// Returns their number.
-std::int64_t addToChecksum(ALA_record_t jobRecord, std::uint64_t *checksum);
+// Adds the bytes of a record's attributes, which are the last bytes of the record in the file.
+void addToChecksum(ALA_record_t jobRecord, std::uint64_t *checksum);
+
+// Returns the number of these bytes.
+std::int64_t attributesSize(ALA_record_t jobRecord);
 
 } // namespace qvledger

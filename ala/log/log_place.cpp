@@ -41,7 +41,10 @@ bool qvledger::addToChecksum(ALA_acctLogHandle_t log, std::int64_t begin, std::i
     return true;
 }
 
-std::int64_t qvledger::addToChecksum(ALA_record_t jobRecord, std::uint64_t *checksum) {
+void qvledger::addToChecksum(ALA_record_t jobRecord, std::uint64_t *checksum) {
     add(jobRecord->bytes, jobRecord->size, checksum);
+}
+
+std::int64_t qvledger::attributesSize(ALA_record_t jobRecord) {
     return static_cast<std::int64_t>(jobRecord->size);
 }

@@ -8,7 +8,11 @@ constexpr int OS_DONE = 0;
 constexpr int OS_TAKEN = 1;    // the file is in use, or the name exists
 constexpr int OS_REFUSED = -1; // any other failure
 
-#ifndef _WIN32
+// The characters that can precede a file's name in a path.
+#ifdef _WIN32
+constexpr char OS_SEPARATORS[] = "\\/:";
+#else
+constexpr char OS_SEPARATORS[] = "/";
 
 extern "C" {
 
@@ -65,8 +69,8 @@ int OS_MoveName(const char *from, const char *to);
 // replacing, the file has both names for a moment, or longer if the old name cannot be removed.
 int OS_NameNewFile(const char *from, const char *to);
 
-// Renames a file within its folder, and atomically replaces a file that has the new name.  Returns 0, or -1
-// with errno.
+// Renames a file within its folder, and replaces a file that has the new name, on Linux atomically.  Returns
+// 0, or -1 with errno.
 int OS_ReplaceName(const char *from, const char *to);
 
 // Flushes the name of an open file to disk.  Returns 0, or -1 with errno.  Does nothing on Windows and

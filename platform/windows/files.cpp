@@ -59,9 +59,12 @@ int OS_OpenAgain(int fd) {
 
 int OS_CutFile(int fd, std::int64_t size) {
     // A handle that only appends cannot truncate, so the file is opened again.
-    const Descriptor file(descriptorOf(ReOpenFile(handleOf(fd), GENERIC_WRITE, kShareAll, 0), _O_WRONLY));
-    if (!file.isOpen())
+    const HANDLE again = ReOpenFile(handleOf(fd), GENERIC_WRITE, kShareAll, 0);
+    if (again == INVALID_HANDLE_VALUE) {
         setErrno(GetLastError());
+        return -1;
+    }
+    const Descriptor file(descriptorOf(again, _O_WRONLY));
     return file.isOpen() && _chsize_s(file.get(), size) == 0 && _lseeki64(fd, size, SEEK_SET) == size ? 0
                                                                                                       : -1;
 }

@@ -1,5 +1,6 @@
 #include "platform/os.h"
 
+#include <cstdio>
 #include <cstring>
 
 // Accepts the documented form: three letters, an optional sign, and a number of hours.

@@ -253,7 +253,8 @@ void CheckRun::checkCompleteness(const ServerSession &session, const std::string
         DisplayMsg(kMsgListCut, options_.serverName, std::strerror(error));
         findings_.unread = ALA_A_FAIL_OPEN_DIR;
     }
-    if (options_.quietflg == 0 && writeMissingDays(options_.serverName, session, range_) != 0)
+    if (options_.quietflg == 0 && !session.isListCut &&
+        writeMissingDays(options_.serverName, session, range_) != 0)
         findings_.incomplete = true;
 }
 

@@ -131,6 +131,8 @@ static int runJson(const Options &options) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
+    if (options.stateFile != nullptr && !datesAreValid(options))
+        return kStatusBadStart; // before the state file is created
     std::optional<StateFile> state;
     if (options.stateFile != nullptr && options.verflg == 0 &&
         !state.emplace(options.stateFile).open(options.ofile))

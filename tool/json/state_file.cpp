@@ -15,10 +15,15 @@ static bool refuse(const char *name, const char *why) {
     return false;
 }
 
-// The absolute path of a file that may not exist, without symbolic links.
-static std::string pathOf(const char *name, std::error_code &error) {
-    const std::filesystem::path path = std::filesystem::absolute(name, error);
+// The absolute path of a file that may not exist, without symbolic links.  Converts the name from char8_t,
+// because for char the C++ library of Windows assumes the characters of the C locale instead of UTF-8.
+static std::string pathOf(const char *name, std::error_code &error) try {
+    const std::filesystem::path path =
+        std::filesystem::absolute(reinterpret_cast<const char8_t *>(name), error);
     return error ? "" : std::filesystem::weakly_canonical(path, error).string();
+} catch (const std::filesystem::filesystem_error &failure) { // on Windows, for a name that is not UTF-8
+    error = failure.code();
+    return "";
 }
 
 // Is the report the state file or its lock, or would it be?

@@ -10,18 +10,17 @@ static constexpr std::string_view kFirstLine = "qvledger-json state 1";
 
 void WrittenLog::addRecord(ALA_acctLogHandle_t log, ALA_record_t record) {
     end = nextRecordOffset(log);
-    checksum = beginning;
+    lastBegin = end - attributesSize(record);
     if (records++ == 0) {
+        firstBegin = lastBegin;
         firstEnd = end;
-        std::uint64_t first = kNoBytes;
-        firstBegin = end - addToChecksum(record, &first);
         // If the header cannot be read, no log has this checksum, and the next run writes the records again.
-        beginning = kNoBytes;
-        static_cast<void>(addToChecksum(log, 0, firstBegin, &beginning));
-        static_cast<void>(addToChecksum(record, &beginning));
-        checksum = beginning;
+        firstChecksum = kNoBytes;
+        static_cast<void>(addToChecksum(log, 0, firstBegin, &firstChecksum));
+        addToChecksum(record, &firstChecksum);
     }
-    lastBegin = end - addToChecksum(record, &checksum);
+    checksum = firstChecksum;
+    addToChecksum(record, &checksum);
 }
 
 // ---- Text ----
@@ -118,13 +117,13 @@ std::string WrittenLogs::text() const {
 
 // ---- Logs ----
 
-// Is the open log the written one?  Sets its checksum `beginning`.
+// Is the open log the written one?  Sets its checksum `firstChecksum`.
 static bool isSameLog(ALA_acctLogHandle_t log, WrittenLog &written) {
-    written.beginning = kNoBytes;
-    if (!addToChecksum(log, 0, written.firstBegin, &written.beginning) ||
-        !addToChecksum(log, written.firstBegin, written.firstEnd, &written.beginning))
+    written.firstChecksum = kNoBytes;
+    if (!addToChecksum(log, 0, written.firstBegin, &written.firstChecksum) ||
+        !addToChecksum(log, written.firstBegin, written.firstEnd, &written.firstChecksum))
         return false;
-    std::uint64_t checksum = written.beginning;
+    std::uint64_t checksum = written.firstChecksum;
     return addToChecksum(log, written.lastBegin, written.end, &checksum) && checksum == written.checksum;
 }
 

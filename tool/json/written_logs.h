@@ -17,14 +17,14 @@ struct WrittenLog {
     std::string server;
     std::string file; // without its directory
     std::int32_t date = 0;
-    bool isComplete = false;     // the object at the end of the log says "complete":true
-    std::uint64_t records = 0;   // number of records that are written
-    std::int64_t firstBegin = 0; // offset of the first record's attributes
-    std::int64_t firstEnd = 0;   // end of the first record
-    std::int64_t lastBegin = 0;  // offset of the attributes of the last record that is written
-    std::int64_t end = 0;        // end of that record
-    std::uint64_t beginning = 0; // checksum of the header and the first record
-    std::uint64_t checksum = 0;  // `beginning` with the last record that is written
+    bool isComplete = false;         // the object at the end of the log says "complete":true
+    std::uint64_t records = 0;       // number of records that are written
+    std::int64_t firstBegin = 0;     // offset of the first record's attributes
+    std::int64_t firstEnd = 0;       // end of the first record
+    std::int64_t lastBegin = 0;      // offset of the attributes of the last record that is written
+    std::int64_t end = 0;            // end of that record
+    std::uint64_t firstChecksum = 0; // checksum of the header and the first record
+    std::uint64_t checksum = 0;      // `firstChecksum` with the last record that is written
 
     // Notes a record that was just read from the log and written.  The checksums are those of the bytes that
     // were read, whatever has happened to the file since.
@@ -34,8 +34,7 @@ struct WrittenLog {
 // The logs of all servers, as a text with one line per log.
 class WrittenLogs {
 public:
-    // Replaces the contents by those of the text.  Returns 0, or the number of
-    // the first malformed line.
+    // Replaces the contents by those of the text.  Returns 0, or the number of the first malformed line.
     std::size_t read(std::string_view text);
     std::string text() const;
 

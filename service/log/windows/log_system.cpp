@@ -20,7 +20,7 @@ std::size_t LogSink::writeAtOnce(int fd, std::string_view bytes) {
     return written > 0 ? static_cast<std::size_t>(written) : 0;
 }
 
-// Message 1 is the text alone if the administrator has registered the source (docs/platform.md).
+// Message 1 is the text alone if the administrator has registered the source (docs/windows.md).
 bool LogSink::sendToSystemLog(const char *, std::int32_t level, std::string_view entry) {
     const HANDLE source = RegisterEventSourceA(nullptr, "qvledger");
     if (source == nullptr)
