@@ -31,7 +31,7 @@ private:
     bool isReport(const char *report) const;
 
     const char *name_;
-    std::string path_;     // the name without symbolic links
+    std::string path_; // the name without symbolic links
     std::string lockPath_;
     ReportFile lock_; // opened and locked like a report
     WrittenLogs logs_;
