@@ -42,7 +42,7 @@ protected:
     std::string next() { return take(ALA_GetNextJobRecord); }
 
     std::string line;  // last level 5 entry of the last call but `place`; empty if it logged none
-    std::string place; // the entry that names the log and the unreadable record; empty if there is none
+    std::string place; // the entry that names the log and the unreadable record; empty: no such entry
 
 private:
     std::string take(decltype(ALA_GetNextJobRecord) *get) {

@@ -141,6 +141,11 @@ void ask(pid_t run, int signal) {
         usleep(1'000'000);
 }
 
+bool wasKept(const ToolResult &result, const std::string &why) {
+    return result.log.find(why) != std::string::npos &&
+           result.log.find("is not deleted: ") != std::string::npos;
+}
+
 std::string readAll(int fd) {
     std::string all;
     char bytes[4096];

@@ -62,6 +62,9 @@ public:
 // Sends a run a signal, and gives a runner time to forward it.
 void ask(pid_t run, int signal);
 
+// Does the program's log say that a log was kept for this reason?
+bool wasKept(const ToolResult &result, const std::string &why);
+
 // Reads all bytes up to the end, or until a non-blocking descriptor has no more bytes.
 std::string readAll(int fd);
 

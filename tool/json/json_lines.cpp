@@ -78,12 +78,17 @@ static std::uint64_t secondsOf(std::string_view duration) {
     return total + part;
 }
 
+// JSON has only finite numbers.
+static bool isFinite(std::string_view real) {
+    return !real.ends_with("inf") && !real.ends_with("nan");
+}
+
 // Appends a value in the JSON form of its kind; null for an empty value that is not text.
 static void appendTyped(std::string &line, std::string_view text, ALA_valueKind_t kind) {
-    const bool isFinite = !text.ends_with("inf") && !text.ends_with("nan"); // JSON has only finite numbers
     if (text.empty() && kind != ALA_KIND_TEXT)
         line += "null";
-    else if (kind == ALA_KIND_INTEGER || kind == ALA_KIND_BOOLEAN || (kind == ALA_KIND_REAL && isFinite))
+    else if (kind == ALA_KIND_INTEGER || kind == ALA_KIND_BOOLEAN ||
+             (kind == ALA_KIND_REAL && isFinite(text)))
         line += text;
     else if (kind == ALA_KIND_DURATION)
         line += std::to_string(secondsOf(text));

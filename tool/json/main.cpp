@@ -131,11 +131,10 @@ static int runJson(const Options &options) {
         std::fputs(kUsage, stderr);
         return options.helpflg != 0 ? 0 : kStatusUsage;
     }
-    if (options.stateFile != nullptr && !datesAreValid(options))
-        return kStatusBadStart; // before the state file is created
     std::optional<StateFile> state;
+    // Check the dates before the state file is created.
     if (options.stateFile != nullptr && options.verflg == 0 &&
-        !state.emplace(options.stateFile).open(options.ofile))
+        (!datesAreValid(options) || !state.emplace(options.stateFile).open(options.ofile)))
         return kStatusBadStart;
     JsonWriter writer(options.typeflg != 0, state ? &*state : nullptr);
     const int status = runWith(options, 1 + options.numMoreServers, writer, kStatusLostOutput);
